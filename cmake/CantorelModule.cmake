@@ -1,0 +1,51 @@
+# How every folder of the tree becomes a target. Options for all code stand here and nowhere else.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
+
+set(CANTOREL_SANITIZE "" CACHE STRING "Sanitizers for -fsanitize=, empty for none")
+
+add_library(cantorel_options INTERFACE)
+target_compile_definitions(cantorel_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_FOREACH)
+# The real-time marks are attributes of another compiler; this one is told to pass over them.
+target_compile_options(cantorel_options INTERFACE -Wall -Wextra -Werror -Wno-attributes=clang::)
+# RelWithDebInfo carries line tables only: full debug information triples the build tree for little.
+target_compile_options(cantorel_options INTERFACE $<$<CONFIG:RelWithDebInfo>:-g1>)
+if(CANTOREL_SANITIZE)
+  target_compile_options(cantorel_options INTERFACE -fsanitize=${CANTOREL_SANITIZE} -fno-omit-frame-pointer -O1)
+  target_link_options(cantorel_options INTERFACE -fsanitize=${CANTOREL_SANITIZE})
+endif()
+
+# cantorel_module(NAME [SOURCES ...] [HEADERS ...] [LINKS ...] [PRIVATE_LINKS ...])
+# The static library cantorel_NAME of the current folder. Its headers are included by their path below src/, and each
+# is compiled alone by the target all_verify_interface_header_sets.
+function(cantorel_module NAME)
+  cmake_parse_arguments(M "" "" "SOURCES;HEADERS;LINKS;PRIVATE_LINKS" ${ARGN})
+  set(kind STATIC)
+  set(scope PUBLIC)
+  if(NOT M_SOURCES)
+    set(kind INTERFACE)
+    set(scope INTERFACE)
+  endif()
+  add_library(cantorel_${NAME} ${kind} ${M_SOURCES})
+  target_sources(cantorel_${NAME} ${scope} FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}/src FILES ${M_HEADERS})
+  target_include_directories(cantorel_${NAME} ${scope} ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(cantorel_${NAME} ${scope} cantorel_options ${M_LINKS})
+  if(M_PRIVATE_LINKS)
+    target_link_libraries(cantorel_${NAME} PRIVATE ${M_PRIVATE_LINKS})
+  endif()
+endfunction()
+
+# cantorel_tests(NAME SOURCES ... LINKS ... [PROPERTIES ...])
+# A GoogleTest program; each case is a CTest entry of its own, run in a process and a home folder of its own.
+function(cantorel_tests NAME)
+  cmake_parse_arguments(T "" "" "SOURCES;LINKS;PROPERTIES" ${ARGN})
+  add_executable(${NAME} ${T_SOURCES})
+  target_link_libraries(${NAME} PRIVATE cantorel_test_support ${T_LINKS})
+  set_target_properties(${NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  gtest_discover_tests(${NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ${T_PROPERTIES})
+endfunction()

@@ -1,0 +1,119 @@
+#!/usr/bin/env python3
+"""Checks the direction of every include below src/: floors, cycles, and where foreign headers may stand."""
+import re
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+SRC = ROOT / "src"
+INCLUDE = re.compile(r'^\s*#\s*include\s+([<"])([^>"]+)[>"]', re.M)
+
+# Headers of C libraries stay in the folders that wrap them; nobody above meets their types.
+FOREIGN = {
+    r"^libav|^libsw": ["platform/media/ffmpeg"],
+    r"^pipewire/|^spa/": ["platform/hal/pipewire"],
+    r"^plist/": ["platform/foundation"],
+    r"^unicode/": ["util"],
+    r"^QtDBus|^QDBus": ["platform/desktop", "cli", "app"],
+    r"^QtWidgets|^QWidget|^QMessageBox|^QDialog": ["ui", "app", "editor/views"],
+    r"^CLI/": ["cli"],
+}
+# Only the composition roots name a concrete backend.
+CONCRETE = ["platform/hal/pipewire", "platform/hal/embedded", "platform/media/ffmpeg", "platform/desktop/dbus",
+            "platform/desktop/recorded"]
+
+
+def read_table(text):
+    floors, exceptions = {}, {}
+    for line in text.splitlines():
+        line = line.split("#")[0].strip()
+        if "->" in line:
+            pair, _, reason = line.partition(":")
+            left, _, right = (part.strip() for part in pair.partition("->"))
+            if not reason.strip():
+                sys.exit(f"floors.txt: exception without a reason: {line}")
+            exceptions[(left, right)] = False
+        elif line:
+            folder, number = line.split()
+            floors[folder] = int(number)
+    return floors, exceptions
+
+
+def folder_of(path, floors):
+    parts = path.split("/")[:-1]
+    for length in range(len(parts), 0, -1):
+        if "/".join(parts[:length]) in floors:
+            return "/".join(parts[:length])
+    return None
+
+
+def inside(path, folders):
+    return any(path.startswith(folder + "/") for folder in folders)
+
+
+def find_cycle(graph):
+    state, stack = {}, []
+
+    def visit(node):
+        state[node] = 1
+        stack.append(node)
+        for following in graph.get(node, ()):
+            if state.get(following) == 1:
+                return stack[stack.index(following):] + [following]
+            if following not in state:
+                found = visit(following)
+                if found:
+                    return found
+        stack.pop()
+        state[node] = 2
+        return None
+
+    for node in sorted(graph):
+        if node not in state:
+            found = visit(node)
+            if found:
+                return found
+    return None
+
+
+def main():
+    floors, exceptions = read_table((ROOT / "scripts/checks/floors.txt").read_text())
+    faults, graph = [], {}
+    files = sorted(p for p in SRC.rglob("*") if p.suffix in (".h", ".cpp"))
+    for file in files:
+        path = file.relative_to(SRC).as_posix()
+        folder = folder_of(path, floors)
+        if folder is None:
+            faults.append(f"{path}: its folder has no floor in scripts/checks/floors.txt")
+            continue
+        graph[path] = []
+        for kind, name in INCLUDE.findall(file.read_text()):
+            if kind == "<":
+                for pattern, homes in FOREIGN.items():
+                    if re.search(pattern, name) and not inside(path, homes):
+                        faults.append(f"{path}: <{name}> belongs to {', '.join(homes)}")
+                continue
+            if not (SRC / name).is_file():
+                faults.append(f"{path}: \"{name}\" is not a path below src/")
+                continue
+            graph[path].append(name)
+            target = folder_of(name, floors)
+            if target is not None and floors[target] > floors[folder]:
+                if (folder, target) in exceptions:
+                    exceptions[(folder, target)] = True
+                else:
+                    faults.append(f"{path} (floor {floors[folder]}) includes {name} (floor {floors[target]})")
+            for concrete in CONCRETE:
+                if name.startswith(concrete + "/") and not inside(path, [concrete, "app", "cli"]):
+                    faults.append(f"{path}: only app/ and cli/ may name {concrete}")
+    faults += [f"floors.txt: the exception {a} -> {b} is not used any more; remove it"
+               for (a, b), used in exceptions.items() if not used]
+    cycle = find_cycle(graph)
+    if cycle:
+        faults.append("include cycle: " + " -> ".join(cycle))
+    print("\n".join(faults) if faults else f"{len(files)} files keep to their floors")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,63 @@
+#!/usr/bin/env python3
+"""Cheap checks of the tree: test sources in targets, paths in documents, sizes, sleeping tests, bare releases."""
+import re
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+
+
+def sources(*folders):
+    return [p for f in folders for p in sorted((ROOT / f).rglob("*")) if p.suffix in (".h", ".cpp")]
+
+
+def test_targets():
+    """A test source that no target builds is no test."""
+    for folder in ("src", "tests", "bench"):
+        for file in (ROOT / folder).rglob("*.cpp"):
+            lists = file.parent / "CMakeLists.txt"
+            parent = file.parent.parent / "CMakeLists.txt"
+            texts = [p.read_text() for p in (lists, parent) if p.is_file()]
+            if not any(re.search(rf"\b{re.escape(file.name)}\b|\b{re.escape(file.stem)}\b", t) for t in texts):
+                yield f"{file.relative_to(ROOT)}: no CMakeLists.txt beside it names it"
+
+
+def doc_paths():
+    """Every path that a document names exists."""
+    for doc in [*ROOT.glob("*.md"), *(ROOT / "docs").rglob("*.md")]:
+        for path in re.findall(r"`((?:src|tests|scripts|docs|bench|resources|cmake|packaging)/[\w./-]+)`", doc.read_text()):
+            if not (ROOT / path).exists():
+                yield f"{doc.relative_to(ROOT)}: {path} does not exist"
+
+
+def sizes():
+    """Files over 800 lines are refused."""
+    for file in sources("src", "tests", "bench"):
+        lines = file.read_text().count("\n")
+        if lines > 800:
+            yield f"{file.relative_to(ROOT)}: {lines} lines; 800 is the limit"
+
+
+def no_sleeping():
+    """Fast tests wait on conditions with a deadline or step a manual clock."""
+    for file in sources("tests/unit", "tests/contract"):
+        if re.search(r"\b(sleep_for|usleep|QTest::qWait|QThread::m?sleep)\b", file.read_text()):
+            yield f"{file.relative_to(ROOT)}: sleeps"
+
+
+def handles():
+    """C handles are released by their alias in a Handles.h header only."""
+    pattern = re.compile(r"\b(av_\w+_free|avcodec_free_context|avformat_free_context|pw_\w+_destroy|plist_free|"
+                         r"pw_core_disconnect|avformat_close_input)\s*\(")
+    for file in sources("src"):
+        if "Handles" not in file.name and pattern.search(file.read_text()):
+            yield f"{file.relative_to(ROOT)}: releases a C handle by hand"
+
+
+CHECKS = {check.__name__: check for check in (test_targets, doc_paths, sizes, no_sleeping, handles)}
+
+if __name__ == "__main__":
+    chosen = sys.argv[1:] or list(CHECKS)
+    faults = [fault for name in chosen for fault in CHECKS[name]()]
+    print("\n".join(faults) if faults else "nothing found")
+    sys.exit(1 if faults else 0)

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/hal/HardwareBackend.h"
+
+#include <memory>
+
+namespace cantorel::hal {
+
+class ObjectTable;
+
+// Makes the functions of AudioHardware.h answer from a backend while it lives. One at a time, made by the composition
+// root on the thread whose event loop calls the listeners.
+class HardwareSystem {
+public:
+    // stateFolder: where the descriptions of aggregate devices outlive the process; made when needed.
+    HardwareSystem(std::unique_ptr<HardwareBackend> backend, const QString &stateFolder);
+    ~HardwareSystem();
+    HardwareSystem(const HardwareSystem &) = delete;
+    HardwareSystem &operator=(const HardwareSystem &) = delete;
+
+    // The backend and clock of the living system; null and the wall clock when there is none.
+    static HardwareBackend *backend();
+    static foundation::Clock &clock();
+
+    // Delivers what the listeners are waiting for, for callers without an event loop.
+    void deliverChanges();
+
+private:
+    std::unique_ptr<HardwareBackend> mBackend;
+    std::unique_ptr<ObjectTable> mObjects;
+};
+
+} // namespace cantorel::hal
