@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/desktop/FileManagerReveal.h"
+#include "platform/desktop/PowerActivity.h"
+#include "platform/desktop/ScriptHost.h"
+#include "platform/desktop/SoundPlayer.h"
+#include "platform/desktop/SystemVersion.h"
+
+#include <memory>
+
+namespace cantorel::desktop {
+
+// What the desktop does for the program. Made by the composition root; a service that is null is not there.
+struct Services {
+    std::unique_ptr<ScriptHost> scripts;
+    std::unique_ptr<PowerActivity> power;
+    std::unique_ptr<FileManagerReveal> files;
+    std::unique_ptr<SoundPlayer> sounds;
+    SystemVersion version = SystemVersion::current();
+};
+
+// Lends the services to the holders of class operations while it lives. One at a time.
+class InstalledServices {
+public:
+    explicit InstalledServices(Services services);
+    ~InstalledServices();
+    InstalledServices(const InstalledServices &) = delete;
+    InstalledServices &operator=(const InstalledServices &) = delete;
+
+    // Those of the living installation; without one, a set in which every service is null.
+    static Services &current();
+
+private:
+    Services mServices;
+};
+
+} // namespace cantorel::desktop

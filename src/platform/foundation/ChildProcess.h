@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/Guarded.h"
+#include "platform/foundation/Result.h"
+
+#include <QByteArray>
+#include <QStringList>
+
+#include <sys/types.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace cantorel::foundation {
+
+// A program run beside ours: in a session of its own, so that Ctrl-C does not reach it, with nothing on its standard
+// input, and with standard output and standard error joined in one pipe. Owned by whoever waits for it; needs no event
+// loop. The child is sent SIGTERM when the THREAD that started it ends, so that it does not outlive our program.
+class ChildProcess {
+public:
+    struct Command {
+        QString program; // a path, or a name that is looked for in PATH
+        QStringList arguments;
+        QString folder;          // working folder; empty for ours
+        QStringList environment; // "NAME=VALUE", added to our own
+    };
+
+    struct Ending {
+        int exitStatus = 0; // meaningful when signal is 0
+        int signal = 0;     // the signal that ended it, or 0
+        bool timedOut = false;
+
+        bool succeeded() const { return exitStatus == 0 && signal == 0 && !timedOut; }
+    };
+
+    // Told each line without its end; lines end at CR or LF, empty ones are left out.
+    using LineListener = std::function<void(const QByteArray &line)>;
+
+    // Fails when the program does not exist or cannot be executed.
+    static Result<std::unique_ptr<ChildProcess>> start(const Command &command);
+
+    // Kills what still runs, with all that it started.
+    ~ChildProcess();
+    ChildProcess(const ChildProcess &) = delete;
+    ChildProcess &operator=(const ChildProcess &) = delete;
+
+    // Drains the output until the child has ended, and reaps it. After the limit the whole group is asked to end,
+    // two seconds later killed. Once only; the calling thread calls the listener.
+    Ending wait(const LineListener &listener = {}, std::optional<Clock::Duration> limit = {});
+
+    // Asks the child and all that it started to end. Any thread, at any time, also when it has ended already.
+    void terminate() { signalGroup(false); }
+    void kill() { signalGroup(true); }
+
+    pid_t pid() const { return mPid; }
+
+    struct Finished {
+        Ending ending;
+        QByteArray output;
+    };
+    // Starts, waits, and answers the whole output as it came.
+    static Result<Finished> run(const Command &command, std::optional<Clock::Duration> limit = {});
+
+private:
+    using ChunkListener = std::function<void(const QByteArray &chunk)>;
+
+    ChildProcess(pid_t pid, FileDescriptor output, FileDescriptor process);
+    Ending drain(const ChunkListener &listener, std::optional<Clock::Duration> limit);
+    bool readChunk(const ChunkListener &listener);
+    void signalGroup(bool force);
+    Ending reap();
+
+    const pid_t mPid;
+    FileDescriptor mOutput;
+    FileDescriptor mProcess; // readable once the child has ended
+    Guarded<bool> mReaped{false};
+};
+
+} // namespace cantorel::foundation

@@ -1,0 +1,104 @@
+#include "log/Log.h"
+
+#include "log/CommLog.h"
+#include "log/GuardedAction.h"
+#include "platform/foundation/SearchPaths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace cantorel {
+namespace {
+
+const QString kName = QString::fromUtf8(kApplicationLogName);
+
+QString logged() {
+    QFile file(LogFilePath(kName));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QStringLiteral("(none)");
+}
+
+void makeLog(qint64 bytes) {
+    QDir().mkpath(foundation::searchPath(foundation::SearchPath::Caches));
+    QFile file(LogFilePath(kName));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(bytes, 'x'));
+}
+
+TEST(Log, TheFileHasTheExtensionLogWhateverItsName) {
+    const QString caches = foundation::searchPath(foundation::SearchPath::Caches);
+    EXPECT_EQ(LogFilePath(QStringLiteral("app.txt")), caches + QStringLiteral("/app.log"));
+    EXPECT_EQ(LogFilePath(kName), caches + QStringLiteral("/tessolar-cantorel-log.log"));
+}
+
+TEST(Log, OneMebibyteIsKeptAndOneByteMoreIsEmptied) {
+    makeLog(1'048'576);
+    LogFileCheck(kName);
+    EXPECT_EQ(logged().size(), 1'048'576);
+    makeLog(1'048'577);
+    LogFileCheck(kName);
+    EXPECT_EQ(logged(), QString());
+}
+
+TEST(Log, NothingIsWrittenBeforeTheFileIsChosen) {
+    Log(QStringLiteral("early"));
+    EXPECT_EQ(GetLogFilePath(), QString());
+    LogFileCheck(kName);
+    EXPECT_EQ(logged(), QString());
+    EXPECT_EQ(GetLogFilePath(), LogFilePath(kName));
+}
+
+TEST(Log, EachCallWritesOneStampBeforeTheMessageAsItIs) {
+    LogFileCheck(kName);
+    LogStart();
+    Log(QStringLiteral("50% of %1\nsecond line"));
+    CommLog::W(QStringLiteral("careful"));
+    const QRegularExpression shape(
+        QStringLiteral("^\n=+[^=]+=+\n"
+                       "\\[\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\] 50% of %1\nsecond line\n"
+                       "\\[[^]]+\\] W: careful\n$"));
+    EXPECT_TRUE(shape.match(logged()).hasMatch()) << logged().toStdString();
+}
+
+TEST(Log, AnErrorWithoutAReasonStillHasAllFiveLines) {
+    LogFileCheck(kName);
+    LogError({QStringLiteral("Files"), -7, {}, QStringLiteral("no %2 such"), {}});
+    EXPECT_TRUE(logged().endsWith(
+        QStringLiteral("*NSError*\n  domain:Files\n  code:-7\n  userInfo:\n  description:no %2 such\n  resaon:\n\n")));
+}
+
+TEST(Log, AGuardedActionEndsAtItsExceptionAndLogsIt) {
+    LogFileCheck(kName);
+    EXPECT_TRUE(guarded("fine", [] {}));
+    EXPECT_FALSE(guarded("tick", [] { throw std::runtime_error("lost"); }));
+    EXPECT_FALSE(guarded("tick", [] { throw 7; }));
+    EXPECT_TRUE(logged().contains(QStringLiteral("*NSException*\n std::runtime_error -> lost\n")));
+    EXPECT_TRUE(logged().contains(QStringLiteral("*NSException*\n tick -> unknown exception\n")));
+}
+
+TEST(Log, LinesOfSeveralThreadsAreNeverSplit) {
+    LogFileCheck(kName);
+    constexpr int kThreads = 4, kLines = 200;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+        threads.emplace_back([t] {
+            for (int i = 0; i < kLines; ++i)
+                Log(QStringLiteral("<%1>").arg(QString(100, QLatin1Char(static_cast<char>('a' + t)))));
+        });
+    for (auto &thread : threads)
+        thread.join();
+    const QStringList lines = logged().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), kThreads * kLines);
+    const QRegularExpression whole(QStringLiteral("^\\[[^]]+\\] <(a{100}|b{100}|c{100}|d{100})>$"));
+    for (const QString &line : lines)
+        ASSERT_TRUE(whole.match(line).hasMatch()) << line.toStdString();
+}
+
+} // namespace
+} // namespace cantorel
