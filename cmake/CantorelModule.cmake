@@ -10,7 +10,7 @@ set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
 set(CANTOREL_SANITIZE "" CACHE STRING "Sanitizers for -fsanitize=, empty for none")
 
 add_library(cantorel_options INTERFACE)
-target_compile_definitions(cantorel_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_FOREACH)
+target_compile_definitions(cantorel_options INTERFACE QT_NO_KEYWORDS QT_NO_FOREACH)
 # The real-time marks are attributes of another compiler; this one is told to pass over them.
 target_compile_options(cantorel_options INTERFACE -Wall -Wextra -Werror -Wno-attributes=clang::)
 # RelWithDebInfo carries line tables only: full debug information triples the build tree for little.
@@ -35,6 +35,10 @@ function(cantorel_module NAME)
   target_sources(cantorel_${NAME} ${scope} FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}/src FILES ${M_HEADERS})
   target_include_directories(cantorel_${NAME} ${scope} ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(cantorel_${NAME} ${scope} cantorel_options ${M_LINKS})
+  # Product code says what a text is; tests may write plain literals.
+  if(M_SOURCES)
+    target_compile_definitions(cantorel_${NAME} PRIVATE QT_NO_CAST_FROM_ASCII)
+  endif()
   if(M_PRIVATE_LINKS)
     target_link_libraries(cantorel_${NAME} PRIVATE ${M_PRIVATE_LINKS})
   endif()

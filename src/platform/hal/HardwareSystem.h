@@ -22,7 +22,8 @@ public:
     static HardwareBackend *backend();
     static foundation::Clock &clock();
 
-    // Delivers what the listeners are waiting for, for callers without an event loop.
+    // Delivers to the listeners what they wait for, and takes up again the streams whose device has come back; the
+    // event loop does the same by itself. On the thread that made the system.
     void deliverChanges();
 
 private:

@@ -1,0 +1,38 @@
+#include "platform/hal/HardwareSystem.h"
+
+#include "platform/hal/CurrentObjects.h"
+#include "platform/hal/core/ObjectTable.h"
+
+namespace cantorel::hal {
+
+namespace {
+HardwareSystem *gSystem = nullptr;
+ObjectTable *gObjects = nullptr;
+} // namespace
+
+HardwareSystem::HardwareSystem(std::unique_ptr<HardwareBackend> backend, const QString &stateFolder)
+    : mBackend(std::move(backend)),
+      mObjects(std::make_unique<ObjectTable>(*mBackend, stateFolder + QStringLiteral("/aggregate-devices.json"))) {
+    gSystem = this;
+    gObjects = mObjects.get();
+}
+
+HardwareSystem::~HardwareSystem() {
+    if (gSystem == this) {
+        gSystem = nullptr;
+        gObjects = nullptr;
+    }
+}
+
+HardwareBackend *HardwareSystem::backend() { return gSystem ? gSystem->mBackend.get() : nullptr; }
+
+foundation::Clock &HardwareSystem::clock() {
+    static foundation::WallClock wall;
+    return gSystem ? gSystem->mBackend->clock() : wall;
+}
+
+void HardwareSystem::deliverChanges() { mObjects->deliver(); }
+
+ObjectTable *currentObjects() { return gObjects; }
+
+} // namespace cantorel::hal

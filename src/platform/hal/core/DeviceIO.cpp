@@ -1,0 +1,161 @@
+#include "platform/hal/core/DeviceIO.h"
+
+#include <algorithm>
+
+namespace cantorel::hal {
+
+DeviceIO::DeviceIO(AudioObjectID device, std::function<void()> streamEnded)
+    : mDevice(device), mStreamEnded(std::move(streamEnded)) {}
+
+void DeviceIO::setBlockFrames(std::uint32_t frames) {
+    mBlockFrames = std::clamp(frames, IOEngine::kMinBlockFrames, IOEngine::kMaxBlockFrames);
+    for (Entry &entry : mEntries)
+        entry.engine->setBlockFrames(mBlockFrames);
+}
+
+AudioDeviceIOProcID DeviceIO::add(const Device &device, AudioDeviceIOProc proc, AudioDeviceIOProcID id,
+                                  void *clientData) {
+    const AudioDeviceIOProcID name = id ? id : proc;
+    if (!proc || find(name))
+        return nullptr;
+    const bool input = device.record.input.channels > 0;
+    // A loopback device gives back what is played into it: only who asks for it gets its output side as well.
+    const bool output = device.record.output.channels > 0 && !(device.record.isLoopback && input);
+    if (!input && !output)
+        return nullptr;
+    mRegistrations.push_back({name, proc, clientData, input, output});
+    return name;
+}
+
+bool DeviceIO::remove(AudioDeviceIOProcID id) {
+    Registration *registration = find(id);
+    if (!registration)
+        return false;
+    stop(*registration);
+    std::erase_if(mRegistrations, [&](const Registration &r) { return r.id == id; });
+    return true;
+}
+
+DeviceIO::Registration *DeviceIO::find(AudioDeviceIOProcID id) {
+    const auto found =
+        std::find_if(mRegistrations.begin(), mRegistrations.end(), [&](const Registration &r) { return r.id == id; });
+    return found == mRegistrations.end() ? nullptr : &*found;
+}
+
+DeviceIO::Entry *DeviceIO::entryFor(bool input, bool output, const Device &device) {
+    const int inputChannels = input ? device.record.input.channels : 0;
+    const int outputChannels = output ? device.record.output.channels : 0;
+    auto entry = std::find_if(mEntries.begin(), mEntries.end(),
+                              [&](const Entry &e) { return e.input == input && e.output == output; });
+    const bool fits =
+        entry != mEntries.end() && entry->inputChannels == inputChannels && entry->outputChannels == outputChannels;
+    if (fits || (entry != mEntries.end() && entry->engine->anyRunning()))
+        return fits ? &*entry : nullptr;
+    if (entry != mEntries.end()) {
+        // Procedures that stopped themselves may still stand in the engine that goes.
+        for (Registration &registration : mRegistrations) {
+            if (registration.engine == entry->engine.get())
+                registration.engine = nullptr;
+        }
+        mEntries.erase(entry);
+    }
+    auto engine = std::make_unique<IOEngine>(mDevice, inputChannels, outputChannels, mBlockFrames, mStreamEnded);
+    mEntries.push_back({std::move(engine), input, output, inputChannels, outputChannels});
+    return &mEntries.back();
+}
+
+OSStatus DeviceIO::start(Registration &registration, HardwareBackend &backend, const Device *device, IOEngine *leader,
+                         AudioObjectID leaderDevice) {
+    if (registration.engine && registration.engine->isRunning(registration.slot))
+        return kAudioHardwareNoError;
+    stop(registration);
+    if (!device)
+        return kAudioHardwareBadDeviceError;
+    Entry *entry = entryFor(registration.input, registration.output, *device);
+    if (!entry)
+        return kAudioHardwareUnspecifiedError;
+    IOEngine &engine = *entry->engine;
+    const int slot = engine.add(registration.proc, registration.id, registration.clientData);
+    if (slot < 0)
+        return kAudioHardwareIllegalOperationError;
+    registration.engine = &engine;
+    registration.slot = slot;
+    // A stream that already plays for somebody else is opened again to follow the one that this procedure needs.
+    if (leader && engine.stream() && !engine.hasLeader())
+        engine.close();
+    engine.start(slot);
+    if (!engine.open(backend, device->record.uid, leader ? leader->stream() : nullptr)) {
+        stop(registration);
+        return kAudioHardwareUnspecifiedError;
+    }
+    if (leader)
+        entry->leaderDevice = leaderDevice;
+    return kAudioHardwareNoError;
+}
+
+void DeviceIO::stop(Registration &registration) {
+    if (!registration.engine)
+        return;
+    registration.engine->remove(registration.slot);
+    registration.engine = nullptr;
+    registration.slot = -1;
+    sweep();
+}
+
+bool DeviceIO::anyRunning() const {
+    return std::any_of(mEntries.begin(), mEntries.end(), [](const Entry &e) { return e.engine->anyRunning(); });
+}
+
+IOEngine *DeviceIO::readingEngineOf(const void *clientData) const {
+    for (const Registration &registration : mRegistrations) {
+        if (registration.clientData == clientData && registration.input && !registration.output && registration.engine
+            && registration.engine->isRunning(registration.slot) && registration.engine->stream())
+            return registration.engine;
+    }
+    return nullptr;
+}
+
+void DeviceIO::sweep() {
+    for (Entry &entry : mEntries) {
+        (void)entry.engine->closeIfEnded();
+        if (!entry.engine->anyRunning()) {
+            entry.engine->close();
+            entry.engine->setPlaybackGains(1, 1);
+            entry.leaderDevice = kAudioObjectUnknown;
+        }
+    }
+}
+
+bool DeviceIO::takeUp(HardwareBackend &backend, const Device &device,
+                      const std::function<DeviceStream *(AudioObjectID)> &readingStreamOf) {
+    bool missing = false;
+    for (Entry &entry : mEntries) {
+        if (!entry.engine->anyRunning() || entry.engine->stream())
+            continue;
+        DeviceStream *leader = entry.leaderDevice ? readingStreamOf(entry.leaderDevice) : nullptr;
+        if (!entry.engine->open(backend, device.record.uid, leader))
+            missing = true;
+    }
+    return missing;
+}
+
+DeviceStream *DeviceIO::readingStream() const {
+    for (const Entry &entry : mEntries) {
+        if (entry.input && !entry.output)
+            return entry.engine->stream();
+    }
+    return nullptr;
+}
+
+void DeviceIO::followVolume(const Device &loopback) {
+    const DeviceSide &side = loopback.record.output;
+    for (Entry &entry : mEntries) {
+        if (!entry.output || entry.leaderDevice != loopback.id)
+            continue;
+        const float left = side.muted ? 0 : side.gains.empty() ? 1 : side.gains.front();
+        const float right = side.muted ? 0 : side.gains.empty() ? 1 : side.gains[side.gains.size() > 1 ? 1 : 0];
+        entry.engine->setPlaybackGains(left, right);
+    }
+}
+
+} // namespace cantorel::hal

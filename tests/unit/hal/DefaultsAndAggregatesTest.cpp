@@ -1,0 +1,147 @@
+#include "tests/support/EmbeddedWorld.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+using namespace cantorel;
+using namespace cantorel::hal;
+using test::EmbeddedWorld;
+
+namespace {
+
+AudioDeviceID named(const char *name) { return EmbeddedWorld::deviceNamed(QString::fromLatin1(name)); }
+
+OSStatus setDefaultOutput(AudioDeviceID device) {
+    return AudioHardwareSetProperty(kAudioHardwarePropertyDefaultOutputDevice, sizeof device, &device);
+}
+
+AudioObjectID plugIn() {
+    const QString bundle = QStringLiteral("com.apple.audio.CoreAudio");
+    CFStringRef input = &bundle;
+    AudioObjectID found = 0;
+    AudioValueTranslation translation = {&input, sizeof input, &found, sizeof found};
+    std::uint32_t size = sizeof translation;
+    AudioHardwareGetProperty(kAudioHardwarePropertyPlugInForBundleID, &size, &translation);
+    return found;
+}
+
+AudioDeviceID makeAggregate(const QStringList &members) {
+    const QVariantMap description{{QStringLiteral("name"), QStringLiteral("Both")},
+                                  {QStringLiteral("uid"), QStringLiteral("test.both")}};
+    CFDictionaryRef qualifier = &description;
+    const AudioObjectPropertyAddress create = {kAudioPlugInCreateAggregateDevice, kAudioObjectPropertyScopeGlobal, 0};
+    AudioDeviceID device = 0;
+    std::uint32_t size = sizeof device;
+    EXPECT_EQ(AudioObjectGetPropertyData(plugIn(), &create, sizeof qualifier, &qualifier, &size, &device), 0);
+    CFArrayRef list = &members;
+    const AudioObjectPropertyAddress group = {kAudioAggregateDevicePropertyFullSubDeviceList,
+                                              kAudioObjectPropertyScopeGlobal, 0};
+    EXPECT_EQ(AudioObjectSetPropertyData(device, &group, 0, nullptr, sizeof list, &list), 0);
+    return device;
+}
+
+} // namespace
+
+// What the person had chosen before, what happens meanwhile, and what must stand when the program goes back.
+TEST(Defaults, GoingBackRestoresExactlyTheChoiceThatWasDisplaced) {
+    const QString output = QStringLiteral("builtin_output");
+    const QString headset = QStringLiteral("headset");
+    const struct {
+        const char *what;
+        std::optional<QString> before;
+        std::optional<QString> chosenMeanwhile;
+        std::optional<QString> after;
+    } cases[] = {
+        {"no choice stays no choice", std::nullopt, std::nullopt, std::nullopt},
+        {"a choice of an absent device stays", QStringLiteral("gone"), std::nullopt, QStringLiteral("gone")},
+        {"a plain choice comes back", output, std::nullopt, output},
+        {"a choice made meanwhile stands", output, headset, headset},
+    };
+    for (const auto &[what, before, meanwhile, after] : cases) {
+        EmbeddedWorld world;
+        world.backend->plug(EmbeddedBackend::plainDevice(headset, QStringLiteral("Headset"), 0, 2));
+        world.backend->setConfiguredDefault(Direction::Output, before, std::nullopt);
+        const AudioDeviceID real = EmbeddedWorld::defaultOutput();
+        ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+        ASSERT_EQ(EmbeddedWorld::defaultOutput(), named("Tessolar_AudioDevice"));
+        if (meanwhile)
+            world.backend->setConfiguredDefault(Direction::Output, meanwhile, std::nullopt);
+        ASSERT_EQ(setDefaultOutput(meanwhile ? named("Headset") : real), 0);
+        EXPECT_EQ(world.backend->configuredDefault(Direction::Output), after) << what;
+    }
+}
+
+TEST(Defaults, RefuseDevicesWithoutThatSide) {
+    EmbeddedWorld world;
+    EXPECT_NE(setDefaultOutput(named("Built-in Microphone")), 0);
+    EXPECT_NE(setDefaultOutput(0), 0);
+    EXPECT_NE(setDefaultOutput(4711), 0);
+    world.backend->unplug(QStringLiteral("builtin_microphone"));
+    EXPECT_EQ(EmbeddedWorld::defaultInput(), 0u) << "no microphone: no default input, never a monitor in its place";
+}
+
+TEST(Aggregate, JoinsItsMembersInOrderAndOutlivesTheProcess) {
+    const QStringList members{QStringLiteral("builtin_microphone"), QStringLiteral("Tessolar_AudioDevice")};
+    {
+        EmbeddedWorld world;
+        ASSERT_NE(makeAggregate(members), 0u);
+    }
+    EmbeddedWorld world;
+    ASSERT_TRUE(EmbeddedWorld::names().contains(QStringLiteral("Both")));
+    const AudioDeviceID both = named("Both");
+    world.backend->setSource(QStringLiteral("builtin_microphone"), [](std::span<float> samples, int, std::int64_t) {
+        std::fill(samples.begin(), samples.end(), 0.25f);
+    });
+    const auto program = world.backend->play(
+        [](std::span<float> samples, int, std::int64_t) { std::fill(samples.begin(), samples.end(), -0.5f); },
+        QStringLiteral("Tessolar_AudioDevice"));
+    std::array<float, 4> last = {};
+    const AudioDeviceIOProc read = [](AudioObjectID, const AudioTimeStamp *, const AudioBufferList *data,
+                                      const AudioTimeStamp *, AudioBufferList *, const AudioTimeStamp *, void *client) {
+        auto *target = static_cast<std::array<float, 4> *>(client);
+        if (data->mBuffers[0].mNumberChannels == 4)
+            std::copy_n(static_cast<const float *>(data->mBuffers[0].mData), 4, target->begin());
+        return OSStatus(0);
+    };
+    ASSERT_EQ(AudioDeviceAddIOProc(both, read, &last), 0);
+    ASSERT_EQ(AudioDeviceStart(both, read), 0);
+    world.advance(50);
+    AudioDeviceStop(both, read);
+    EXPECT_EQ(last, (std::array{0.25f, 0.25f, -0.5f, -0.5f}));
+
+    CFArrayRef list = nullptr;
+    std::uint32_t size = sizeof list;
+    const AudioObjectPropertyAddress group = {kAudioAggregateDevicePropertyFullSubDeviceList,
+                                              kAudioObjectPropertyScopeGlobal, 0};
+    ASSERT_EQ(AudioObjectGetPropertyData(both, &group, 0, nullptr, &size, &list), 0);
+    EXPECT_EQ(adoptRef(list), members);
+
+    // A member that goes takes the aggregate with it, and brings it back.
+    world.backend->unplug(QStringLiteral("builtin_microphone"));
+    EXPECT_EQ(named("Both"), 0u);
+    world.backend->plug(EmbeddedBackend::plainDevice(QStringLiteral("builtin_microphone"),
+                                                     QStringLiteral("Built-in Microphone"), 2, 0));
+    EXPECT_EQ(named("Both"), both);
+
+    AudioDeviceID doomed = both;
+    size = sizeof doomed;
+    const AudioObjectPropertyAddress destroy = {kAudioPlugInDestroyAggregateDevice, kAudioObjectPropertyScopeGlobal, 0};
+    EXPECT_EQ(AudioObjectGetPropertyData(plugIn(), &destroy, 0, nullptr, &size, &doomed), 0);
+    EXPECT_EQ(named("Both"), 0u);
+    doomed = named("Built-in Output");
+    EXPECT_NE(AudioObjectGetPropertyData(plugIn(), &destroy, 0, nullptr, &size, &doomed), 0);
+}
+
+TEST(Aggregate, DamagedStoreHoldsNothingAndHurtsNothing) {
+    QDir().mkpath(QDir::homePath() + QStringLiteral("/state"));
+    QFile file(QDir::homePath() + QStringLiteral("/state/aggregate-devices.json"));
+    for (const QByteArray &damage : {QByteArray(), QByteArray("[{\"uid\":3},[],null,{}"), QByteArray("{\"a\":1}"),
+                                     QByteArray("[{\"uid\":3},[],null,{}]"), QByteArray(1000, '[')}) {
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(damage);
+        file.close();
+        EmbeddedWorld world;
+        EXPECT_EQ(EmbeddedWorld::devices().size(), 3u);
+    }
+}
