@@ -1,0 +1,79 @@
+#pragma once
+
+#include "platform/foundation/Guarded.h"
+#include "platform/foundation/Result.h"
+
+#include <QSet>
+#include <QString>
+#include <QVariantMap>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace cantorel::foundation {
+
+// The user's defaults under one identifier: the XML property list "<identifier>.plist" in the configuration folder,
+// with a volatile argument domain read before it and registered defaults read after it. Other processes may write the
+// same file at any time: each save locks, rereads, changes its own keys and renames. Any thread.
+class DefaultsDomain {
+public:
+    // Told once of each different trouble with the file, on the thread that met it.
+    using TroubleListener = std::function<void(const Failure &)>;
+
+    explicit DefaultsDomain(const QString &identifier, TroubleListener onTrouble = {});
+
+    const QString &identifier() const { return mIdentifier; }
+    const QString &filePath() const { return mPath; }
+
+    // The value of the argument domain, else the stored one, else the registered default, else a null value.
+    QVariant object(const QString &key) const;
+    // The value of the argument domain or the stored one.
+    QVariant ownObject(const QString &key) const;
+    // All that is stored, or set and not yet saved.
+    QVariantMap storedObjects() const;
+
+    // Sets a value, or removes the key with a null value, without saving it. False, and nothing changes, when the
+    // value is none of a property list's.
+    bool setObject(const QString &key, const QVariant &value);
+    // Saves what was set. False when the file cannot be read or written; what was set then stays set for this process
+    // and goes with the next save that succeeds.
+    bool synchronize();
+
+    void registerDefaults(const QVariantMap &defaults);
+    // Holds for this process only and is never stored.
+    void setArgument(const QString &key, const QVariant &value);
+
+private:
+    // What tells one state of the file from another.
+    struct Stamp {
+        bool exists = false;
+        std::uint64_t inode = 0;
+        std::int64_t modified = 0; // nanoseconds
+        std::int64_t size = 0;
+        bool operator==(const Stamp &) const = default;
+    };
+    struct State {
+        QVariantMap arguments, stored, pending, registered;
+        std::optional<Stamp> seen; // of the file that stored was read from
+        bool readable = true;
+        QSet<QString> told;
+        std::vector<Failure> untold;
+    };
+
+    Stamp stampOfFile() const;
+    void refresh(State &state) const;
+    void readFile(State &state) const;
+    bool setAside(State &state, const QByteArray &content) const;
+    bool save(State &state) const;
+    bool writeFile(State &state, const QVariantMap &content) const;
+    void trouble(State &state, const Failure &failure) const;
+    template <class Action> auto with(Action action) const;
+
+    const QString mIdentifier;
+    const QString mPath;
+    const TroubleListener mOnTrouble;
+    mutable Guarded<State> mState;
+};
+
+} // namespace cantorel::foundation

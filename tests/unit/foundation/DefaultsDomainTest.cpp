@@ -1,0 +1,249 @@
+#include "platform/foundation/DefaultsDomain.h"
+
+#include "platform/foundation/ChildProcess.h"
+#include "platform/foundation/PropertyList.h"
+#include "platform/foundation/SearchPaths.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <csignal>
+#include <limits>
+#include <thread>
+#include <vector>
+
+namespace cantorel::foundation {
+namespace {
+
+const QString kIdentifier = QStringLiteral("com.example.Settings");
+
+QString path() { return configurationFolder() + QStringLiteral("/com.example.Settings.plist"); }
+
+QByteArray contentOf(const QString &file) {
+    QFile f(file);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+void write(const QByteArray &content) {
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+}
+
+QStringList damagedCopies() {
+    return QDir(configurationFolder()).entryList({QStringLiteral("*.damaged*")}, QDir::Files, QDir::Name);
+}
+
+QByteArray runPython(const QString &script, const QStringList &arguments) {
+    const auto finished =
+        ChildProcess::run({QStringLiteral("python3"), QStringList{QStringLiteral("-c"), script} + arguments, {}, {}});
+    return finished ? finished.value().output : QByteArray("no python3");
+}
+
+TEST(DefaultsDomain, ArgumentsComeBeforeWhatIsStoredAndRegisteredDefaultsAfterIt) {
+    DefaultsDomain domain(kIdentifier);
+    const QString key = QStringLiteral("k");
+    EXPECT_FALSE(domain.object(key).isValid());
+    domain.registerDefaults({{key, 1}});
+    EXPECT_EQ(domain.object(key), 1);
+    EXPECT_FALSE(domain.ownObject(key).isValid());
+    ASSERT_TRUE(domain.setObject(key, 2) && domain.synchronize());
+    EXPECT_EQ(domain.object(key), 2);
+    domain.setArgument(key, 3);
+    EXPECT_EQ(domain.object(key), 3);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("other"), true) && domain.synchronize());
+    EXPECT_EQ(DefaultsDomain(kIdentifier).object(key), 2); // an argument is never stored
+}
+
+TEST(DefaultsDomain, WhatIsSetIsSeenAtOnceAndStoredWithTheNextSave) {
+    DefaultsDomain domain(kIdentifier);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("a"), QStringLiteral("x")));
+    EXPECT_EQ(domain.object(QStringLiteral("a")), QStringLiteral("x"));
+    EXPECT_FALSE(QFile::exists(path()));
+    ASSERT_TRUE(domain.setObject(QStringLiteral("b"), 1) && domain.synchronize());
+    EXPECT_EQ(DefaultsDomain(kIdentifier).object(QStringLiteral("a")), QStringLiteral("x"));
+    ASSERT_TRUE(domain.setObject(QStringLiteral("a"), {}) && domain.synchronize());
+    EXPECT_FALSE(DefaultsDomain(kIdentifier).object(QStringLiteral("a")).isValid());
+}
+
+TEST(DefaultsDomain, AChangeByAnotherProgramIsSeenWithoutARestart) {
+    DefaultsDomain domain(kIdentifier), other(kIdentifier);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
+    EXPECT_EQ(other.object(QStringLiteral("k")), 1);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 2) && domain.synchronize());
+    EXPECT_EQ(other.object(QStringLiteral("k")), 2);
+}
+
+TEST(DefaultsDomain, ProcessesThatWriteAtOnceLoseNothing) {
+    constexpr int kProcesses = 4, kWrites = 25;
+    std::vector<pid_t> children;
+    for (int p = 0; p < kProcesses; ++p) {
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            DefaultsDomain domain(kIdentifier);
+            bool fine = true;
+            for (int i = 0; i < kWrites; ++i)
+                fine = domain.setObject(QStringLiteral("p%1w%2").arg(p).arg(i), i) && domain.synchronize() && fine;
+            ::_exit(fine ? 0 : 1);
+        }
+        children.push_back(child);
+    }
+    for (const pid_t child : children) {
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(DefaultsDomain(kIdentifier).storedObjects().size(), kProcesses * kWrites);
+}
+
+TEST(DefaultsDomain, ThreadsThatShareADomainLoseNothing) {
+    DefaultsDomain domain(kIdentifier);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&domain, t] {
+            for (int i = 0; i < 10; ++i) {
+                domain.setObject(QStringLiteral("t%1w%2").arg(t).arg(i), i);
+                domain.synchronize();
+            }
+        });
+    for (auto &thread : threads)
+        thread.join();
+    EXPECT_EQ(DefaultsDomain(kIdentifier).storedObjects().size(), 40);
+}
+
+TEST(DefaultsDomain, ADamagedFileIsCopiedAsideOnceAndStandsUntilTheNextSave) {
+    const QByteArray damaged = "<plist><dict><key>lost";
+    write(damaged);
+    int told = 0;
+    DefaultsDomain domain(kIdentifier, [&](const Failure &) { ++told; });
+    EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
+    EXPECT_EQ(contentOf(path()), damaged);
+    EXPECT_FALSE(DefaultsDomain(kIdentifier).object(QStringLiteral("k")).isValid());
+    ASSERT_EQ(damagedCopies().size(), 1);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
+    EXPECT_EQ(contentOf(configurationFolder() + QLatin1Char('/') + damagedCopies().first()), damaged);
+    EXPECT_EQ(DefaultsDomain(kIdentifier).object(QStringLiteral("k")), 1);
+    write("other damage");
+    EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
+    EXPECT_EQ(damagedCopies().size(), 2);
+    EXPECT_EQ(told, 2);
+}
+
+TEST(DefaultsDomain, AFileThatCannotBeReadIsNeverOverwritten) {
+    ASSERT_TRUE(QDir().mkpath(path())); // a folder in its place: open, but not to be read
+    int told = 0;
+    DefaultsDomain domain(kIdentifier, [&](const Failure &failure) {
+        ++told;
+        EXPECT_TRUE(failure.sentence.contains(path()));
+    });
+    EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
+    EXPECT_TRUE(domain.setObject(QStringLiteral("k"), 1));
+    EXPECT_FALSE(domain.synchronize());
+    EXPECT_FALSE(domain.synchronize());
+    EXPECT_EQ(domain.object(QStringLiteral("k")), 1); // the choice holds for this run
+    EXPECT_EQ(told, 1);
+    EXPECT_TRUE(QDir(path()).exists());
+}
+
+TEST(DefaultsDomain, AFolderThatCannotBeMadeIsFalseAndToldOnce) {
+    QFile file(QDir::homePath() + QStringLiteral("/file"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    qputenv("XDG_CONFIG_HOME", (file.fileName() + QStringLiteral("/below")).toUtf8());
+    int told = 0;
+    DefaultsDomain domain(kIdentifier, [&](const Failure &) { ++told; });
+    EXPECT_TRUE(domain.setObject(QStringLiteral("k"), 1));
+    EXPECT_FALSE(domain.synchronize());
+    EXPECT_FALSE(domain.synchronize());
+    EXPECT_EQ(told, 1);
+}
+
+TEST(DefaultsDomain, AFailedSaveLeavesTheOldFileAndNoRemains) {
+    DefaultsDomain domain(kIdentifier);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const rlimit tiny{16, 16};
+        ::signal(SIGXFSZ, SIG_IGN);
+        ::setrlimit(RLIMIT_FSIZE, &tiny);
+        ::_exit(domain.setObject(QStringLiteral("k"), 2) && domain.synchronize() ? 1 : 0);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(DefaultsDomain(kIdentifier).object(QStringLiteral("k")), 1);
+    EXPECT_TRUE(QDir(configurationFolder()).entryList({QStringLiteral("*.new")}, QDir::Files | QDir::Hidden).isEmpty());
+}
+
+TEST(DefaultsDomain, ALinkedFileStaysALinkAndKeepsItsRights) {
+    const QString real = QDir::homePath() + QStringLiteral("/real.plist");
+    ASSERT_TRUE(QFile::link(real, path()));
+    QFile file(real);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(propertyListXml(QVariantMap{}));
+    file.close();
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
+    const auto rights = QFileInfo(real).permissions();
+    DefaultsDomain domain(kIdentifier);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
+    EXPECT_TRUE(QFileInfo(path()).isSymLink());
+    EXPECT_TRUE(contentOf(real).contains("<key>k</key>"));
+    EXPECT_EQ(QFileInfo(real).permissions(), rights);
+}
+
+TEST(DefaultsDomain, OnlyPropertyListValuesAreTaken) {
+    DefaultsDomain domain(kIdentifier);
+    EXPECT_FALSE(domain.setObject(QStringLiteral("k"), std::numeric_limits<double>::quiet_NaN()));
+    EXPECT_FALSE(domain.setObject(QStringLiteral("k"), QVariantList{QVariant::fromValue(PropertyListUid{1})}));
+    EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
+}
+
+TEST(PropertyList, PythonReadsWhatIsStoredAndWeReadWhatPythonStores) {
+    const QVariantMap values = {{QStringLiteral("integer"), qlonglong(-5)},
+                                {QStringLiteral("large"), std::numeric_limits<qlonglong>::max()},
+                                {QStringLiteral("real"), 0.1},
+                                {QStringLiteral("yes"), true},
+                                {QStringLiteral("text"), QStringLiteral("a<b&\"é\U0001F3B5")},
+                                {QStringLiteral("control"), QStringLiteral("x\x01y")},
+                                {QStringLiteral("data"), QByteArray("\x00\xff", 2)},
+                                {QStringLiteral("date"), QDateTime(QDate(2024, 3, 5), QTime(14, 7, 9), Qt::UTC)},
+                                {QStringLiteral("list"), QVariantList{1, QStringLiteral("b"), QVariantMap{}}}};
+    DefaultsDomain domain(kIdentifier);
+    for (auto entry = values.begin(); entry != values.end(); ++entry)
+        ASSERT_TRUE(domain.setObject(entry.key(), entry.value()));
+    ASSERT_TRUE(domain.synchronize());
+    EXPECT_EQ(runPython(QStringLiteral("import plistlib, sys, datetime\n"
+                                       "d = plistlib.load(open(sys.argv[1], 'rb'))\n"
+                                       "assert d.pop('control') == 'xy'\n"
+                                       "assert d == {'integer': -5, 'large': 2**63 - 1, 'real': 0.1, 'yes': True,\n"
+                                       "  'text': 'a<b&\"\\u00e9\\U0001F3B5', 'data': b'\\0\\xff',\n"
+                                       "  'date': datetime.datetime(2024, 3, 5, 14, 7, 9), 'list': [1, 'b', {}]}, d\n"
+                                       "for form in ('XML', 'BINARY'):\n"
+                                       "  plistlib.dump(d, open(sys.argv[1] + form, 'wb'),\n"
+                                       "    fmt=getattr(plistlib, 'FMT_' + form))\n"),
+                        {path()}),
+              "");
+    QVariantMap expected = values;
+    expected.remove(QStringLiteral("control"));
+    for (const char *form : {"XML", "BINARY"}) {
+        const auto read = parsePropertyList(contentOf(path() + QLatin1String(form)));
+        ASSERT_TRUE(read.ok()) << form;
+        EXPECT_EQ(read.value().toMap(), expected) << form;
+    }
+}
+
+TEST(PropertyList, WhatIsNoneIsAFailure) {
+    const QByteArray deep = QByteArray("<array>").repeated(100'000);
+    for (const QByteArray &bytes : {QByteArray(), QByteArray("text"), QByteArray("<plist>"), QByteArray("bplist00"),
+                                    QByteArray("<plist><dict><key>a</key>"), "<plist>" + deep})
+        EXPECT_FALSE(parsePropertyList(bytes).ok()) << bytes.left(40).toStdString();
+}
+
+} // namespace
+} // namespace cantorel::foundation
