@@ -1,0 +1,131 @@
+#include "audio_device/AudioDevice.h"
+
+#include "audio_device/AudioDevices.h"
+#include "audio_device/AudioProperty.h"
+#include "tests/support/EmbeddedWorld.h"
+
+#include <gtest/gtest.h>
+
+using namespace cantorel;
+using namespace cantorel::hal;
+using test::EmbeddedWorld;
+
+namespace {
+AudioDeviceID named(const char *name) { return EmbeddedWorld::deviceNamed(QString::fromLatin1(name)); }
+} // namespace
+
+TEST(PropertyAccess, OlderCallsTakeThePropertyAndNewerOnesAlwaysTheDeviceList) {
+    EmbeddedWorld world;
+    const auto devices = EmbeddedWorld::devices();
+    AudioDeviceID answer[8] = {};
+    std::uint32_t size = sizeof answer;
+    ASSERT_EQ(PDAudioHardwareGetProperty(kAudioHardwarePropertyDefaultInputDevice, &size, answer), 0);
+    EXPECT_EQ(size, 4u);
+    EXPECT_EQ(answer[0], named("Built-in Microphone"));
+    EXPECT_EQ(PDAudioDeviceGetObjectID(QStringLiteral("builtin_output")), named("Built-in Output"));
+    EXPECT_EQ(PDAudioDeviceGetObjectID(QStringLiteral("nobody")), 0u);
+
+    g_isAudioFuncDeprecaited = true;
+    size = sizeof answer;
+    ASSERT_EQ(PDAudioHardwareGetProperty(kAudioHardwarePropertyDefaultInputDevice, &size, answer), 0);
+    EXPECT_EQ(std::vector(answer, answer + size / 4), devices);
+    EXPECT_NE(PDAudioHardwareSetProperty(kAudioHardwarePropertyDefaultOutputDevice, 4, &devices[0]), 0);
+    // Device properties read the same either way.
+    EXPECT_EQ(getDevice_Name_FromDevice(devices[0]), EmbeddedWorld::nameOf(devices[0]));
+    const AudioDeviceIOProc idle = [](AudioObjectID, const AudioTimeStamp *, const AudioBufferList *,
+                                      const AudioTimeStamp *, AudioBufferList *, const AudioTimeStamp *,
+                                      void *) { return OSStatus(0); };
+    AudioDeviceIOProcID id = nullptr;
+    EXPECT_EQ(PDAudioDeviceAddIOProc(devices[0], idle, nullptr, &id), 0);
+    EXPECT_NE(id, nullptr);
+    EXPECT_NE(id, idle);
+    EXPECT_EQ(PDAudioDeviceRemoveIOProc(devices[0], id), 0);
+    g_isAudioFuncDeprecaited = false;
+    id = nullptr;
+    EXPECT_EQ(PDAudioDeviceAddIOProc(devices[0], idle, nullptr, &id), 0);
+    EXPECT_EQ(id, nullptr) << "the older call writes no identifier";
+    EXPECT_EQ(PDAudioDeviceRemoveIOProc(devices[0], idle), 0);
+}
+
+TEST(PropertyAccess, DescribesDevicesAndTheirAbsence) {
+    EmbeddedWorld world;
+    EXPECT_EQ(getDevice_Name_FromDevice(0), QString());
+    EXPECT_EQ(getDevice_UID_FromDevice(0), QString());
+    EXPECT_EQ(getDevice_Name_FromDevice(999), QStringLiteral("(null)"));
+    EXPECT_EQ(getDevice_UID_FromDevice(named("Built-in Output")), QStringLiteral("builtin_output"));
+    EXPECT_TRUE(GetDeviceInfo(0).isEmpty());
+
+    const AudioDeviceID device = named("Tessolar_AudioDevice");
+    const QVariantMap info = GetDeviceInfo(device);
+    EXPECT_EQ(info.value("AudioDevice_id").metaType(), QMetaType::fromType<short>());
+    EXPECT_EQ(info.value("AudioDevice_id").toInt(), int(device));
+    EXPECT_EQ(info.value("AudioDevice_name"), "Tessolar_AudioDevice");
+    EXPECT_EQ(info.value("AudioDevice_ich"), 2);
+    EXPECT_EQ(info.value("AudioDevice_och"), 2);
+    EXPECT_EQ(GetDeviceInfo(999).keys(), QStringList{"AudioDevice_id"}) << "only what was obtained is set";
+}
+
+TEST(AudioDevice, ReadsItsSideAndKeepsFieldsOnFailure) {
+    EmbeddedWorld world;
+    world.backend->plug(EmbeddedBackend::plainDevice("duplex", "Duplex", 1, 4));
+    AudioDevice record;
+    record.Init(named("Duplex"), true);
+    EXPECT_EQ(record.CountChannels(), 1u);
+    EXPECT_EQ(record.bufferFrames, 512u);
+    record.Init(named("Duplex"), false);
+    EXPECT_EQ(record.CountChannels(), 4u);
+    record.SetBufferSize(7);
+    EXPECT_EQ(record.bufferFrames, 16u) << "the device rounds";
+    EXPECT_EQ(record.SetSampleRate(44100), 0);
+    EXPECT_EQ(record.streamFormat.mSampleRate, 44100);
+    EXPECT_NE(record.SetSampleRate(1), 0);
+    EXPECT_EQ(record.streamFormat.mSampleRate, 44100) << "a refused rate is read again";
+
+    world.backend->unplug("duplex");
+    record.SetBufferSize(1024);
+    record.UpdateFormat();
+    EXPECT_EQ(record.bufferFrames, 16u);
+    EXPECT_EQ(record.streamFormat.mSampleRate, 44100);
+    EXPECT_EQ(record.CountChannels(), 0u);
+    record.Init(0, false);
+    EXPECT_EQ(record.bufferFrames, 16u);
+}
+
+TEST(AudioDevice, SetsVolumeOnTheOneControlOrOnEveryChannel) {
+    EmbeddedWorld world;
+    SoftwareDevice single = EmbeddedBackend::plainDevice("single", "Single", 0, 2);
+    single.record.output.gains = {1.0f};
+    world.backend->plug(std::move(single));
+    world.backend->plug(EmbeddedBackend::plainDevice("each", "Each", 0, 3));
+    world.backend->plug(EmbeddedBackend::plainDevice("in", "In", 2, 0));
+
+    AudioDevice record;
+    record.Init(named("Single"), false);
+    EXPECT_TRUE(record.IsVolumeAvailableForMaster());
+    record.SetVolumeScalar(0.5f);
+    EXPECT_FLOAT_EQ(record.GetVolumeScalar(), 0.5f);
+    record.Init(named("Each"), false);
+    EXPECT_FALSE(record.IsVolumeAvailableForMaster());
+    EXPECT_TRUE(record.IsVolumeAvailableForChannels());
+    record.SetVolumeScalar(0.5f);
+    for (const DeviceRecord &device : world.backend->devices()) {
+        if (device.uid == "each") {
+            EXPECT_EQ(device.output.gains, (std::vector{0.125f, 0.125f, 0.125f}));
+        }
+    }
+    EXPECT_NEAR(record.GetVolumeDB(), -18.06f, 0.01f);
+    record.Init(named("In"), true);
+    EXPECT_EQ(record.GetVolumeScalar(), 0.0f) << "only the output side counts";
+    char name[5] = {};
+    EXPECT_STREQ(record.GetName(name, sizeof name), "In");
+}
+
+TEST(AudioDevices, AreThoseThatCanBeRecorded) {
+    EmbeddedWorld world;
+    const AudioDevices devices;
+    EXPECT_EQ(devices.audioDevices(), (QStringList{"Tessolar_AudioDevice", "Built-in Microphone"}));
+    ASSERT_TRUE(devices.getTheCaptureDeviceWithName("Built-in Microphone"));
+    EXPECT_EQ(devices.getTheCaptureDeviceWithName("Built-in Microphone")->uniqueID, "builtin_microphone");
+    EXPECT_FALSE(devices.getTheCaptureDeviceWithName("built-in microphone"));
+    EXPECT_FALSE(devices.getTheCaptureDeviceWithName("Built-in Output"));
+}
