@@ -20,14 +20,17 @@ if(CANTOREL_SANITIZE)
   target_link_options(cantorel_options INTERFACE -fsanitize=${CANTOREL_SANITIZE})
 endif()
 
-# cantorel_module(NAME [SOURCES ...] [HEADERS ...] [LINKS ...] [PRIVATE_LINKS ...])
+# cantorel_module(NAME [LOADED_AS file] [SOURCES ...] [HEADERS ...] [LINKS ...] [PRIVATE_LINKS ...])
 # The static library cantorel_NAME of the current folder. Its headers are included by their path below src/, and each
-# is compiled alone by the target all_verify_interface_header_sets.
+# is compiled alone by the target all_verify_interface_header_sets. With LOADED_AS it is a shared object of that name in
+# lib/cantorel instead, which the program loads when it first needs it.
 function(cantorel_module NAME)
-  cmake_parse_arguments(M "" "" "SOURCES;HEADERS;LINKS;PRIVATE_LINKS" ${ARGN})
+  cmake_parse_arguments(M "" "LOADED_AS" "SOURCES;HEADERS;LINKS;PRIVATE_LINKS" ${ARGN})
   set(kind STATIC)
   set(scope PUBLIC)
-  if(NOT M_SOURCES)
+  if(M_LOADED_AS)
+    set(kind MODULE)
+  elseif(NOT M_SOURCES)
     set(kind INTERFACE)
     set(scope INTERFACE)
   endif()
@@ -38,6 +41,11 @@ function(cantorel_module NAME)
   # Product code says what a text is; tests may write plain literals.
   if(M_SOURCES)
     target_compile_definitions(cantorel_${NAME} PRIVATE QT_NO_CAST_FROM_ASCII)
+  endif()
+  if(M_LOADED_AS)
+    set_target_properties(cantorel_${NAME} PROPERTIES PREFIX "" OUTPUT_NAME ${M_LOADED_AS}
+      LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib/cantorel)
+    install(TARGETS cantorel_${NAME} LIBRARY DESTINATION lib/cantorel)
   endif()
   if(M_PRIVATE_LINKS)
     target_link_libraries(cantorel_${NAME} PRIVATE ${M_PRIVATE_LINKS})

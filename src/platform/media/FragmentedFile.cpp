@@ -1,0 +1,122 @@
+#include "platform/media/FragmentedFile.h"
+
+#include "platform/media/MediaFailures.h"
+#include "platform/media/MovieBoxes.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace cantorel::media {
+
+using foundation::Result;
+
+namespace {
+
+// The kernel has every fragment at once; this is how much a power cut may take.
+constexpr int kSecondsBetweenSyncs = 5;
+
+} // namespace
+
+FragmentedFile::FragmentedFile(QString path, foundation::FileDescriptor file, const AacFormat &format)
+    : mPath(std::move(path)), mFile(std::move(file)), mFormat(format) {}
+
+Result<std::unique_ptr<FragmentedFile>> FragmentedFile::create(const QString &path, const AacFormat &format) {
+    foundation::FileDescriptor file(
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    if (!file.isOpen())
+        return failures::cannotCreate(path, errno);
+    std::unique_ptr<FragmentedFile> made(new FragmentedFile(path, std::move(file), format));
+    const BoxBuffer start = movieStart(format);
+    if (const int error = made->writeAt(0, start.data())) {
+        QFile::remove(path); // nothing of it could be played
+        return failures::writeFailed(path, error);
+    }
+    made->mEnd = start.size();
+    return made;
+}
+
+std::unique_ptr<FragmentedFile> FragmentedFile::resume(const QString &path, foundation::FileDescriptor file,
+                                                       const AacFormat &format, SampleTable table, std::uint64_t end) {
+    std::unique_ptr<FragmentedFile> made(new FragmentedFile(path, std::move(file), format));
+    made->mTable = std::move(table);
+    made->mEnd = end;
+    return made;
+}
+
+int FragmentedFile::writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::pwrite(mFile.get(), bytes.data(), bytes.size(), static_cast<off_t>(position));
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            return errno;
+        }
+        // A short write is followed by the error that explains it.
+        position += static_cast<std::uint64_t>(written);
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
+void FragmentedFile::cutBack() {
+    // Where even this fails, the torn piece stays and readers stop in front of it.
+    if (::ftruncate(mFile.get(), static_cast<off_t>(mEnd)) != 0)
+        return;
+}
+
+Result<void> FragmentedFile::append(const PacketRun &packets) {
+    if (packets.sizes.empty())
+        return {};
+    if (mError)
+        return failures::writeFailed(mPath, mError);
+    BoxBuffer fragment =
+        fragmentStart(static_cast<std::uint32_t>(mTable.chunks() + 1), mTable.packets() * kFramesPerPacket, packets);
+    const std::uint64_t payload = mEnd + fragment.size();
+    fragment.bytes(packets.bytes);
+    mError = writeAt(mEnd, fragment.data());
+    if (mError) {
+        cutBack();
+        return failures::writeFailed(mPath, mError);
+    }
+    mTable.addChunk(payload, packets.sizes);
+    mEnd += fragment.size();
+
+    const auto written = static_cast<std::int64_t>(mTable.packets());
+    if ((written - mSyncedPackets) * kFramesPerPacket >= std::int64_t{kSecondsBetweenSyncs} * mFormat.sampleRate) {
+        mSyncedPackets = written;
+        if (::fdatasync(mFile.get()) != 0 && errno != EINVAL) {
+            mError = errno;
+            return failures::writeFailed(mPath, mError);
+        }
+    }
+    return {};
+}
+
+Result<FileForm> FragmentedFile::finish(std::int64_t validFrames) {
+    std::uint64_t position = mEnd;
+    const bool whole = writeMovie(mFormat, mTable, validFrames, [&](std::span<const std::uint8_t> piece) {
+        const bool written = writeAt(position, piece) == 0;
+        position += piece.size();
+        return written;
+    });
+    // The index is on the disk before anything points at it.
+    if (!whole || ::fdatasync(mFile.get()) != 0) {
+        cutBack();
+        (void)::fdatasync(mFile.get()); // the fragments play in any case
+        return FileForm::Fragments;
+    }
+    if (const int error = writeAt(kPlaceholderPosition, swallowingHeader(mEnd).data()))
+        return failures::writeFailed(mPath, error);
+    mEnd = position;
+    if (::fsync(mFile.get()) != 0)
+        return failures::writeFailed(mPath, errno);
+    return FileForm::Ordinary;
+}
+
+} // namespace cantorel::media

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/Result.h"
+#include "platform/media/Codecs.h"
+#include "platform/media/SampleTable.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace cantorel::media {
+
+// What a recording has become when it is closed. Both play.
+enum class FileForm {
+    Ordinary, // one index at the end, as every player expects it
+    Fragments // the index did not fit on the disk
+};
+
+// An M4A file that can be played after every append(), also when the program or the machine ends there, and that
+// becomes an ordinary one in place when it is finished. Owned and used by one thread at a time.
+class FragmentedFile {
+public:
+    // Replaces a file of that name.
+    static foundation::Result<std::unique_ptr<FragmentedFile>> create(const QString &path, const AacFormat &format);
+    // Goes on behind the whole fragments of a file that ends at `end`; for a copy that is being repaired.
+    static std::unique_ptr<FragmentedFile> resume(const QString &path, foundation::FileDescriptor file,
+                                                  const AacFormat &format, SampleTable table, std::uint64_t end);
+
+    // One fragment, in one write. After a failure the file ends with the fragment before, and takes no more.
+    foundation::Result<void> append(const PacketRun &packets);
+
+    // Closes the file; validFrames is what is to be heard. Possible after a failed append().
+    foundation::Result<FileForm> finish(std::int64_t validFrames);
+
+    std::uint64_t bytes() const { return mEnd; }
+    std::size_t packets() const { return mTable.packets(); }
+
+private:
+    FragmentedFile(QString path, foundation::FileDescriptor file, const AacFormat &format);
+    int writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes); // 0 or an errno
+    void cutBack();
+
+    const QString mPath;
+    foundation::FileDescriptor mFile;
+    const AacFormat mFormat;
+    SampleTable mTable;
+    std::uint64_t mEnd = 0; // bytes up to the end of the last whole fragment
+    std::int64_t mSyncedPackets = 0;
+    int mError = 0; // of the write that failed; nothing is written after it
+};
+
+} // namespace cantorel::media

@@ -1,0 +1,57 @@
+#include "platform/media/MediaFailures.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace cantorel::media::failures {
+
+using foundation::Failure;
+
+namespace {
+
+QString reason(int error) { return QString::fromLocal8Bit(std::strerror(error)); }
+
+} // namespace
+
+Failure codecsMissing(const QString &detail) {
+    return {QStringLiteral("The sound codecs of this program are missing; install it again."), detail};
+}
+
+Failure cannotCreate(const QString &path, int error) {
+    return {
+        QStringLiteral("The recording \"%1\" cannot be created: %2. Choose another folder.").arg(path, reason(error)),
+        QStringLiteral("create %1: errno %2").arg(path).arg(error)};
+}
+
+Failure cannotRead(const QString &path, int error) {
+    return {QStringLiteral("\"%1\" cannot be read: %2.").arg(path, reason(error)),
+            QStringLiteral("read %1: errno %2").arg(path).arg(error)};
+}
+
+Failure writeFailed(const QString &path, int error) {
+    const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
+    return {full ? QStringLiteral("There is no room left for \"%1\"; what was recorded until now is kept.").arg(path)
+                 : QStringLiteral("Writing \"%1\" failed: %2. What was recorded until now is kept.")
+                       .arg(path, reason(error)),
+            QStringLiteral("write %1: errno %2").arg(path).arg(error)};
+}
+
+Failure notUnfinished(const QString &path) {
+    return {QStringLiteral("\"%1\" is no unfinished recording.").arg(path), QStringLiteral("no mark in %1").arg(path)};
+}
+
+Failure nothingToRepair(const QString &path) {
+    return {QStringLiteral("The unfinished recording \"%1\" holds no sound.").arg(path),
+            QStringLiteral("no whole fragment in %1").arg(path)};
+}
+
+Failure deviceNotOpened(const QString &name) {
+    return {QStringLiteral("The device \"%1\" cannot be opened for recording.").arg(name),
+            QStringLiteral("open %1").arg(name)};
+}
+
+Failure noDevice() {
+    return {QStringLiteral("There is no device to record from."), QStringLiteral("recording without an input")};
+}
+
+} // namespace cantorel::media::failures

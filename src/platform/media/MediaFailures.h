@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+
+#include <QString>
+
+// Every sentence that this module says when something fails.
+namespace cantorel::media::failures {
+
+foundation::Failure codecsMissing(const QString &detail);
+foundation::Failure cannotCreate(const QString &path, int error);
+foundation::Failure cannotRead(const QString &path, int error);
+// A full disk is told as such.
+foundation::Failure writeFailed(const QString &path, int error);
+foundation::Failure notUnfinished(const QString &path);
+foundation::Failure nothingToRepair(const QString &path);
+foundation::Failure deviceNotOpened(const QString &name);
+foundation::Failure noDevice();
+
+} // namespace cantorel::media::failures

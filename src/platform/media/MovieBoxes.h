@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/media/BoxBuffer.h"
+#include "platform/media/Codecs.h"
+#include "platform/media/SampleTable.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+
+// The layout of a recording. While it grows:
+//   ftyp | free (16 bytes, with a mark) | moov without samples | moof mdat | moof mdat | ...
+// Finished, the bytes of "free" have become the header of an mdat that reaches up to the full moov at the end:
+//   ftyp | mdat (everything from here on) | moov
+namespace cantorel::media {
+
+inline constexpr std::uint64_t kPlaceholderPosition = 28; // behind ftyp
+inline constexpr std::uint64_t kPlaceholderSize = 16;
+
+// Everything up to the first fragment.
+BoxBuffer movieStart(const AacFormat &format);
+
+// moof and the header of mdat; the packets' bytes follow.
+BoxBuffer fragmentStart(std::uint32_t sequence, std::uint64_t firstFrame, const PacketRun &packets);
+
+// The header that replaces the placeholder; `moovPosition` is where the full moov begins.
+BoxBuffer swallowingHeader(std::uint64_t moovPosition);
+
+// Hands the full moov to `write` in pieces of at most 64 KiB, until one answers false; answers whether all were taken.
+// validFrames: what is to be heard, priming not counted.
+bool writeMovie(const AacFormat &format, const SampleTable &table, std::int64_t validFrames,
+                const std::function<bool(std::span<const std::uint8_t>)> &write);
+
+// What movieStart() wrote, read back from the start of a file; nothing for any other bytes.
+struct UnfinishedStart {
+    AacFormat format;
+    std::uint64_t size = 0; // bytes up to the first fragment
+};
+std::optional<UnfinishedStart> readMovieStart(std::span<const std::uint8_t> fileStart);
+
+// What fragmentStart() wrote, read back; nothing for any other bytes.
+std::optional<std::vector<std::uint32_t>> readFragmentSizes(std::span<const std::uint8_t> moof);
+
+} // namespace cantorel::media

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+
+#include <QString>
+
+#include <cstdint>
+
+// Recordings whose program ended before they were closed.
+namespace cantorel::media {
+
+struct RepairedFile {
+    double durationSeconds = 0;
+    std::uint64_t bytes = 0;
+};
+
+// Whether the file is a recording of ours that was not closed. Reads a few hundred bytes; false for what it cannot
+// read.
+bool isUnfinished(const QString &path);
+
+// Makes an ordinary M4A at copyPath of all whole fragments of the file, which is left as it is. The copy appears under
+// its name only when it is whole and on the disk; an existing file of that name is replaced. Time grows with the size,
+// memory by two bytes a packet. Any thread.
+foundation::Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPath);
+
+} // namespace cantorel::media
