@@ -1,0 +1,24 @@
+#include "cli/CommandSession.h"
+
+#include <QJsonDocument>
+
+#include <cstdio>
+
+namespace cantorel {
+
+void CommandSession::answer(const QJsonObject &object, const QString &text) const {
+    printLine(json ? QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) : text);
+}
+
+void CommandSession::note(const QString &text) const {
+    if (!json && !quiet)
+        printLine(text);
+}
+
+void printLine(const QString &text) {
+    const QByteArray line = text.toUtf8() + '\n';
+    std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace cantorel

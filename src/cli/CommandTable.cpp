@@ -1,0 +1,79 @@
+#include "cli/CommandTable.h"
+
+#include "cli/LangCommand.h"
+#include "cli/SettingsCommand.h"
+#include "log/GuardedAction.h"
+#include "platform/foundation/Console.h"
+#include "settings/AppSettings.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace cantorel {
+
+namespace {
+
+std::string versionText() {
+    const int version = AppSettings::appVersionID(); // 250 is 2.5.0
+    return QStringLiteral("cantorel-cli %1.%2.%3")
+        .arg(version / 100)
+        .arg(version / 10 % 10)
+        .arg(version % 10)
+        .toStdString();
+}
+
+void addCommonOptions(CLI::App &root, CommandSession &session) {
+    root.add_flag("--json", session.json, "One JSON object a line on standard output, nothing else there");
+    root.add_flag("--quiet", session.quiet, "Only results and failures");
+    root.set_version_flag("--version", versionText(), "Print the version");
+    root.add_option("--backend", session.backend, "The audio backend: auto, pipewire or embedded")
+        ->transform(
+            CLI::CheckedTransformer(std::map<std::string, BackendChoice>{{"auto", BackendChoice::Automatic},
+                                                                         {"pipewire", BackendChoice::PipeWire},
+                                                                         {"embedded", BackendChoice::Embedded}}));
+    root.fallthrough(); // the common options may stand behind the command too
+    root.require_subcommand(1);
+}
+
+int fail(const Outcome &outcome) {
+    foundation::printToConsole(outcome.sentence + QLatin1Char('\n'));
+    return outcome.status;
+}
+
+} // namespace
+
+std::span<const AddCommand> basicCommands() {
+    static constexpr AddCommand kCommands[] = {addSettingsCommand, addLangCommand};
+    return kCommands;
+}
+
+int runCommandLine(const QStringList &arguments, std::span<const AddCommand> commands) {
+    CommandSession session;
+    CLI::App root("Records what the computer plays, the microphone, or both.", "cantorel-cli");
+    addCommonOptions(root, session);
+    root.footer("Example: cantorel-cli settings list");
+    for (const AddCommand add : commands)
+        add(root, session);
+
+    std::vector<std::string> reversed; // the order in which CLI11 takes them
+    for (const QString &argument : arguments)
+        reversed.push_back(argument.toStdString());
+    std::reverse(reversed.begin(), reversed.end());
+    try {
+        root.parse(reversed);
+    } catch (const CLI::Success &asked) { // help and version
+        return root.exit(asked);
+    } catch (const CLI::ParseError &error) {
+        const QString what = QString::fromStdString(error.what()).simplified();
+        return fail(
+            Outcome::wrongUsage(QStringLiteral("%1%2 Run with --help to see what is possible.")
+                                    .arg(what, what.endsWith(QLatin1Char('.')) ? QString() : QStringLiteral("."))));
+    }
+
+    Outcome outcome = Outcome::failed(QStringLiteral("The command ended unexpectedly; the log says why."));
+    if (session.action)
+        (void)guarded("command", [&] { outcome = session.action(); }); // what was thrown is logged; the sentence stands
+    return outcome.status == 0 ? 0 : fail(outcome);
+}
+
+} // namespace cantorel

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "cli/CommandSession.h"
+
+#include <QStringList>
+
+#include <span>
+
+namespace CLI {
+class App;
+}
+
+namespace cantorel {
+
+// Adds one command with its options and its example to the command line, and has it set the session's action when it
+// is chosen. The session outlives the command line.
+using AddCommand = void (*)(CLI::App &root, CommandSession &session);
+
+// The commands that need no sound; one file each. Programs put their own before or after these.
+std::span<const AddCommand> basicCommands();
+
+// Reads the arguments (without the program's name), runs the command, and answers the exit status. When it fails, the
+// last line on the console is the sentence that says why.
+int runCommandLine(const QStringList &arguments, std::span<const AddCommand> commands);
+
+} // namespace cantorel

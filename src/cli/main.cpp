@@ -1,0 +1,22 @@
+// The command line's entry point and composition root.
+
+#include "cli/CommandTable.h"
+#include "cli/TerminalAsker.h"
+#include "log/Log.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaultFunctions.h"
+
+#include <QCoreApplication>
+
+int main(int argc, char **argv) {
+    using namespace cantorel;
+    QCoreApplication application(argc, argv);
+    LogFileCheck(QString::fromLatin1(kApplicationLogName));
+    AppSettings::initSettingInNeed();
+    UserDefaultInit();
+    TerminalAsker asker;
+    const InstalledAsker installed(asker);
+
+    // Commands that need sound, devices or the desktop join the table here.
+    return runCommandLine(application.arguments().mid(1), basicCommands());
+}

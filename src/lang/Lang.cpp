@@ -1,0 +1,94 @@
+#include "lang/Lang.h"
+
+#include "lang/LangTable.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <array>
+
+namespace cantorel {
+
+namespace {
+
+using Texts = QHash<QString, QString>; // a null string where a loaded file has no text
+
+Texts builtInTexts() {
+    Texts texts;
+    for (const TextGroup *group : textGroups())
+        for (const TextRow &row : group->rows)
+            texts.insert(QString::fromLatin1(row.key), QString::fromUtf8(row.builtIn));
+    return texts;
+}
+
+Texts &currentTexts() {
+    static Texts texts = builtInTexts();
+    return texts;
+}
+
+LanguageInfo language(const char *name, const char *displayName, const char *codes) {
+    return {QString::fromLatin1(name), QString::fromUtf8(displayName),
+            QString::fromLatin1(codes).split(QLatin1Char(','), Qt::SkipEmptyParts)};
+}
+
+} // namespace
+
+std::span<const LanguageInfo> Lang::languages() {
+    // Dutch stands before Norwegian, so it is the one that their common code "nl" yields.
+    static const std::array all = {
+        language("English", "English", "en"),
+        language("ChineseSimplified", "简体中文", "hk,zh"),
+        language("ChineseTraditional", "繁体中文", "tw"),
+        language("French", "Français", "fr"),
+        language("German", "Deutsch", "de"),
+        language("Italian", "Italiano", "it"),
+        language("Japanese", "日本語", "ja,jp"),
+        language("Polish", "Polski", "pl"),
+        language("PortugueseBrazil", "Português", "pt"),
+        language("Spanish", "Español", "es"),
+        language("Dutch", "Nederlands", "nl"),
+        language("Norwegian", "Norsk", "nl"), // deliberately the code of Dutch
+        language("Turkish", "Türkçe", "tr"),
+        language("Czech", "Čeština", "cz"),
+        language("Danish", "Dansk", "dk"),
+        language("Finnish", "Suomi", "fi"),
+        language("Hungarian", "Magyar", "hu"),
+        language("Swedish", "Svenska", "se"),
+        language("Greek", "Ελληνικά", ""), // deliberately without a code
+    };
+    return all;
+}
+
+bool Lang::isLanguageName(const QString &name) {
+    const auto all = languages();
+    return std::any_of(all.begin(), all.end(), [&](const LanguageInfo &language) { return language.name == name; });
+}
+
+QString Lang::GetLangNameFromCode(const QString &code) {
+    for (const LanguageInfo &language : languages())
+        if (language.codes.contains(code.toLower()))
+            return language.name;
+    return QStringLiteral("English");
+}
+
+QStringList Lang::getAllLanguages() {
+    QStringList names;
+    for (const LanguageInfo &language : languages())
+        names << language.displayName;
+    return names;
+}
+
+QString Lang::getLanguageFileName(const QString &displayName) {
+    for (const LanguageInfo &language : languages())
+        if (language.displayName == displayName)
+            return language.name;
+    return {};
+}
+
+bool Lang::isKey(const QString &key) { return currentTexts().contains(key); }
+
+QString Lang::text(const QString &key) { return currentTexts().value(key); }
+
+QString Lang::builtInOrLoaded(const char *key) { return text(QString::fromLatin1(key)); }
+
+} // namespace cantorel

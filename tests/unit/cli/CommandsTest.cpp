@@ -1,0 +1,177 @@
+#include "cli/CommandTable.h"
+#include "cli/TerminalAsker.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsTable.h"
+#include "settings/UserDefaultFunctions.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+#include <CLI/CLI.hpp>
+#include <stdexcept>
+
+namespace cantorel {
+namespace {
+
+struct CommandRun {
+    int status;
+    QStringList out, error;
+};
+
+CommandRun run(const QStringList &arguments, std::span<const AddCommand> commands = basicCommands()) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int status = runCommandLine(arguments, commands);
+    const auto lines = [](const std::string &text) {
+        return QString::fromStdString(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    };
+    return {status, lines(testing::internal::GetCapturedStdout()), lines(testing::internal::GetCapturedStderr())};
+}
+
+QStringList words(const char *text) { return QString::fromUtf8(text).split(QLatin1Char(' ')); }
+
+QJsonObject json(const QString &line) { return QJsonDocument::fromJson(line.toUtf8()).object(); }
+
+TEST(SettingsCommand, GetAnswersWhatTheGetterAnswersInItsOwnType) {
+    EXPECT_EQ(run(words("settings get audioFormat")).out, QStringList{QStringLiteral("0")});
+    const auto value = [](const char *command) {
+        return json(run(words(command)).out.value(0)).value(QStringLiteral("value"));
+    };
+    EXPECT_EQ(value("settings get audioFormat --json"), QJsonValue(0));
+    EXPECT_EQ(value("--json settings get isAutoSkipSilence"), QJsonValue(true));
+    EXPECT_EQ(value("settings --json get microphoneName"), QJsonValue(QString()));
+    EXPECT_EQ(value("settings get outputFolderPath --json"), QJsonValue(AppSettings::defaultMusicDirectoryPath()));
+    EXPECT_EQ(value("settings get isBeep --json"), QJsonValue()); // it has no getter
+}
+
+TEST(SettingsCommand, ListShowsEveryRowOnceAndNotTheArchives) {
+    const CommandRun listed = run(words("settings list --json"));
+    ASSERT_EQ(listed.out.size(), static_cast<qsizetype>(settingRows().size()));
+    for (qsizetype i = 0; i < listed.out.size(); ++i)
+        EXPECT_EQ(json(listed.out[i]).value(QStringLiteral("key")).toString(),
+                  settingRows()[static_cast<std::size_t>(i)].key);
+    EXPECT_TRUE(run(words("settings list")).out.contains(QStringLiteral("audioFormat = 0")));
+}
+
+TEST(SettingsCommand, SetStoresAValueOfTheRightTypeOnly) {
+    const struct {
+        const char *command;
+        int status;
+        const char *out;
+    } cases[] = {
+        {"settings set audioFormat 3", 0, "3"},
+        {"settings set isAutoSkipSilence off", 0, "false"},
+        {"settings set autoFilterSeconds 0", 0, "0"},
+        {"settings set hotkeyStartRecording ALT", 0, "alt"},
+        {"settings set Language German", 0, "German"},
+        {"settings set microphoneName -- -x", 0, "-x"},
+        {"settings set audioFormat 8", 2, ""},
+        {"settings set audioFormat -1", 2, ""},
+        {"settings set audioFormat 3x", 2, ""},
+        {"settings set audioFormat 99999999999", 2, ""},
+        {"settings set isAutoSkipSilence maybe", 2, ""},
+        {"settings set Language Klingon", 2, ""},
+        {"settings set outputFolderPath /no/such", 2, ""},
+        {"settings set noSuchKey 1", 2, ""},
+        {"settings get noSuchKey", 2, ""},
+        {"settings get recordedList", 2, ""},
+        {"settings get", 2, ""},
+        {"settings", 2, ""},
+        {"", 2, ""},
+        {"settings get audioFormat more", 2, ""},
+        {"--backend tape settings list", 2, ""},
+    };
+    for (const auto &c : cases) {
+        const CommandRun result = run(words(c.command));
+        EXPECT_EQ(result.status, c.status) << c.command;
+        EXPECT_EQ(result.out.value(0).toStdString(), c.out) << c.command;
+        EXPECT_EQ(result.error.size(), c.status == 0 ? 0 : 1) << c.command;
+        EXPECT_TRUE(c.status == 0 || result.error.constLast().endsWith(QLatin1Char('.'))) << c.command;
+    }
+    EXPECT_EQ(AppSettings::getAudioFormat(), 3);
+}
+
+TEST(SettingsCommand, AFolderIsStoredByItsWholePath) {
+    EXPECT_EQ(run({QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("outputFolderPath"),
+                   QStringLiteral(".")})
+                  .status,
+              0);
+    EXPECT_EQ(AppSettings::outputPath(), QDir::currentPath());
+}
+
+TEST(SettingsCommand, ABeepChoiceIsStoredThoughItsGetterNeverSeesIt) {
+    EXPECT_EQ(run(words("settings set isBeepBeforeRecording false")).out.value(0), QStringLiteral("true"));
+    EXPECT_EQ(foundation::DefaultsDomain(QString::fromLatin1(kBundleIdentifier)).ownObject(QStringLiteral("isBeep")),
+              false);
+}
+
+TEST(SettingsCommand, AValueThatCannotBeSavedIsAFailureThatNamesTheFile) {
+    ASSERT_TRUE(QDir().mkpath(standardUserDefaults().filePath())); // a folder in the file's place
+    const CommandRun result = run(words("settings set audioFormat 1"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(result.out.isEmpty());
+    EXPECT_TRUE(result.error.constLast().contains(standardUserDefaults().filePath()));
+    const CommandRun read = run(words("settings get autoFilterSeconds"));
+    EXPECT_EQ(read.status, 0);
+    EXPECT_EQ(read.out.value(0), QStringLiteral("5"));
+}
+
+TEST(LangCommand, TextsAndLanguagesAreShown) {
+    EXPECT_EQ(run(words("lang get commTitle")).out, QStringList{QStringLiteral("Title")});
+    EXPECT_EQ(json(run(words("lang get commTitle --json")).out.value(0)).value(QStringLiteral("text")),
+              QStringLiteral("Title"));
+    EXPECT_EQ(run(words("lang get commTitle --code xx")).status, 0);
+    EXPECT_EQ(run(words("lang get noSuchKey")).status, 2);
+    EXPECT_EQ(run(words("lang get commTitle --language Klingon")).status, 2);
+    EXPECT_EQ(run(words("lang get commTitle --language German --code de")).status, 2);
+    const CommandRun listed = run(words("lang list --json"));
+    ASSERT_EQ(listed.out.size(), 19);
+    EXPECT_EQ(listed.out[1].toStdString(), R"({"codes":["hk","zh"],"display":"简体中文","name":"ChineseSimplified"})");
+}
+
+TEST(CommandLine, HelpIsOfferedByEveryCommandWithAnExample) {
+    for (const char *command : {"--help", "settings --help", "settings get --help", "lang get --help"}) {
+        const CommandRun result = run(words(command));
+        EXPECT_EQ(result.status, 0) << command;
+        EXPECT_TRUE(result.error.isEmpty()) << command;
+        EXPECT_TRUE(result.out.join(QLatin1Char('\n')).contains(QStringLiteral("Example: cantorel-cli "))) << command;
+    }
+    EXPECT_EQ(run(words("--version")).out.value(0), QStringLiteral("cantorel-cli 2.5.0"));
+}
+
+void addThrowing(CLI::App &root, CommandSession &session) {
+    root.add_subcommand("throw")->callback(
+        [&session] { session.action = []() -> Outcome { throw std::runtime_error("planted"); }; });
+}
+
+void addFailing(CLI::App &root, CommandSession &session) {
+    root.add_subcommand("fail")->callback(
+        [&session] { session.action = [] { return Outcome::failed(QStringLiteral("No luck.")); }; });
+}
+
+TEST(CommandLine, AFailureEndsInItsSentenceAndWhatIsThrownInOneToo) {
+    static constexpr AddCommand kCommands[] = {addThrowing, addFailing};
+    const CommandRun failed = run({QStringLiteral("fail")}, kCommands);
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_EQ(failed.error, QStringList{QStringLiteral("No luck.")});
+    const CommandRun thrown = run({QStringLiteral("throw")}, kCommands);
+    EXPECT_EQ(thrown.status, 1);
+    EXPECT_TRUE(thrown.error.join(QLatin1Char(' ')).contains(QStringLiteral("planted")));
+    EXPECT_TRUE(thrown.error.constLast().endsWith(QLatin1Char('.')));
+}
+
+TEST(TerminalAsker, TakesTheSafeChoiceAndSaysSo) {
+    TerminalAsker asker;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(asker.ask(QStringLiteral("Driver"), QStringLiteral("Install?"),
+                        {QStringLiteral("Yes"), QStringLiteral("No")}, nullptr),
+              1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Driver: Install? [No]\n");
+}
+
+} // namespace
+} // namespace cantorel

@@ -1,0 +1,131 @@
+#include "lang/Lang.h"
+
+#include "lang/LangTable.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace cantorel {
+namespace {
+
+// The fixed pairings: attribute and key where the key is not the group's prefix followed by the attribute.
+const std::map<std::string, std::string> kPairings = {
+    {"EnableHotkeys", "settingsEnableHotkeys"},
+    {"ConfigureDidChange", "settingsConfigureDidChange"},
+    {"StopTime", "toolsScheduleTaskToTime"},
+    {"Sleep", "toolsScheduleSleep"},
+    {"DailyTask", "toolsScheduleDailyTask"},
+    {"Repeat", "toolsScheduleRepeat"},
+    {"RepeatStopManually", "toolsScheduleRepeatStopManually"},
+    {"RepeatStopAtCount", "toolsScheduleRepeatStopAtCount"},
+    {"WeeksOn", "toolsScheduleWeeksOn"},
+    {"Weeks", "toolsScheduleWeeks"},
+    {"AtTimeEveryDay", "toolsScheduleAtTimeEveryDay"},
+    {"EditorInsert", "toolsEditorButtonInsert"},
+    {"EditorInsertSettings", "toolsEditorLabelInsertSettings"},
+};
+
+// "//tools//Editor" is "toolsEditor"; the first groups have short prefixes.
+std::string prefixOf(const TextGroup &group) {
+    std::string prefix = QString::fromLatin1(group.path).remove(QStringLiteral("//")).toStdString();
+    return prefix == "common" ? "comm" : prefix == "button" ? "btn" : prefix;
+}
+
+TEST(LangTable, AKeyIsThePrefixAndTheAttributeButForTheFixedPairings) {
+    std::size_t exceptions = 0;
+    for (const TextGroup *group : textGroups())
+        for (const TextRow &row : group->rows) {
+            if (row.attribute == nullptr || row.key == prefixOf(*group) + row.attribute)
+                continue;
+            const auto pairing = kPairings.find(row.attribute);
+            ASSERT_NE(pairing, kPairings.end()) << row.key;
+            EXPECT_EQ(row.key, pairing->second);
+            ++exceptions;
+        }
+    EXPECT_EQ(exceptions, kPairings.size());
+}
+
+TEST(LangTable, EveryKeyStandsOnceWithATextAndKnownMarkers) {
+    const QSet<QString> known = {
+        QStringLiteral("AppName"),   QStringLiteral("NewLine"),   QStringLiteral("FileName"),
+        QStringLiteral("Time"),      QStringLiteral("Count"),     QStringLiteral("count"),
+        QStringLiteral("3 seconds"), QStringLiteral("5 seconds"), QStringLiteral("240 seconds")};
+    const QRegularExpression marker(QStringLiteral("\\[#(.*?)#\\]"));
+    QSet<QString> keys, used;
+    int neverLoaded = 0;
+    for (const TextGroup *group : textGroups())
+        for (const TextRow &row : group->rows) {
+            const QString key = QString::fromLatin1(row.key);
+            EXPECT_FALSE(keys.contains(key)) << row.key;
+            keys.insert(key);
+            neverLoaded += row.attribute == nullptr ? 1 : 0;
+            EXPECT_FALSE(Lang::text(key).isEmpty()) << row.key;
+            for (const auto &match : marker.globalMatch(QString::fromUtf8(row.builtIn)))
+                used.insert(match.captured(1));
+        }
+    EXPECT_EQ(used, known);
+    EXPECT_EQ(neverLoaded, 27); // 25 keys that no file has and the two twins of loaded ones
+}
+
+TEST(LangTable, EveryKeyHasAnOperationOfItsNameAndEveryOperationAKey) {
+    QFile header(QStringLiteral(CANTOREL_SOURCE "/src/lang/Lang.h"));
+    ASSERT_TRUE(header.open(QIODevice::ReadOnly));
+    const QString source = QString::fromUtf8(header.readAll());
+    const QRegularExpression operation(
+        QStringLiteral("static QString (\\w+)\\(\\)\\s*\\{\\s*return builtInOrLoaded\\(\"(\\w+)\"\\);"));
+    QSet<QString> operations, keys;
+    for (const auto &match : operation.globalMatch(source)) {
+        EXPECT_EQ(match.captured(1), match.captured(2));
+        operations.insert(match.captured(1));
+    }
+    for (const TextGroup *group : textGroups())
+        for (const TextRow &row : group->rows)
+            keys.insert(QString::fromLatin1(row.key));
+    EXPECT_EQ(operations, keys);
+}
+
+TEST(Lang, BuiltInTextsAreAnsweredBeforeAFileIsLoaded) {
+    EXPECT_EQ(Lang::commTitle(), QStringLiteral("Title"));
+    EXPECT_EQ(Lang::commFileName(), QStringLiteral("File name"));
+    EXPECT_EQ(Lang::commAppName(), QStringLiteral("Cantorel"));
+    EXPECT_EQ(Lang::commFileIncorrect(), QStringLiteral("The '[#FileName#]' file is incorrect!"));
+    EXPECT_EQ(Lang::updateNewVersionIsAvailable(),
+              QStringLiteral("A new version of [#AppName#] is available.[#NewLine#]Do you want to upgrade now?"));
+    EXPECT_TRUE(Lang::text(QStringLiteral("noSuchKey")).isNull());
+}
+
+TEST(Lang, TheQualitiesDifferSinceTheyAreComparedAsTexts) {
+    EXPECT_NE(Lang::video2mp3StandardQuality(), Lang::video2mp3HighQuality());
+    EXPECT_NE(Lang::video2mp3HighQuality(), Lang::video2mp3ExtremeQuality());
+    EXPECT_NE(Lang::video2mp3StandardQuality(), Lang::video2mp3ExtremeQuality());
+}
+
+TEST(Lang, CodesAreFoundInAnyCaseAndUnknownOnesAreEnglish) {
+    const struct {
+        const char *code, *name;
+    } cases[] = {{"ZH", "ChineseSimplified"},
+                 {"hk", "ChineseSimplified"},
+                 {"jp", "Japanese"},
+                 {"xx", "English"},
+                 {"", "English"},
+                 {"nl", "Dutch"},
+                 {"hk,zh", "English"},
+                 {"Se", "Swedish"}};
+    for (const auto &c : cases)
+        EXPECT_EQ(Lang::GetLangNameFromCode(QString::fromLatin1(c.code)).toStdString(), c.name) << c.code;
+}
+
+TEST(Lang, DisplayNamesLeadBackToNames) {
+    EXPECT_EQ(Lang::getAllLanguages().size(), 19);
+    for (const LanguageInfo &language : Lang::languages())
+        EXPECT_EQ(Lang::getLanguageFileName(language.displayName), language.name);
+    EXPECT_TRUE(Lang::getLanguageFileName(QStringLiteral("Klingon")).isNull());
+}
+
+} // namespace
+} // namespace cantorel
