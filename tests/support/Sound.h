@@ -33,7 +33,7 @@ inline std::vector<float> decoded(const QString &path) {
     const QString raw = path + QStringLiteral(".decoded");
     const auto run =
         foundation::ChildProcess::run({QStringLiteral("ffmpeg"),
-                                       {QStringLiteral("-v"), QStringLiteral("warning"), QStringLiteral("-xerror"),
+                                       {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-xerror"),
                                         QStringLiteral("-y"), QStringLiteral("-i"), QStringLiteral("file:") + path,
                                         QStringLiteral("-f"), QStringLiteral("f32le"), QStringLiteral("file:") + raw},
                                        {},

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/Result.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace cantorel {
+
+// Class operations that convert files by the converter program, a child process. They block, so they run on workers.
+class AudioConverter {
+public:
+    AudioConverter() = delete;
+
+    // What a conversion needs of the world around it.
+    struct Surroundings {
+        QString converter;        // path of the program
+        foundation::Clock &clock; // waits for the input
+        // How long the converter may take; by default two minutes and the length of the recording.
+        std::optional<foundation::Clock::Duration> limit = {};
+    };
+
+    // Converts a finished recording to the output format of that index (0 to 9, any other counts as 1) and answers the
+    // path of the result, or nothing, with the reason in the log. The recording itself stays, but for the lossless
+    // formats 2 and 3, whose result takes its place once it is whole.
+    static std::optional<QString> convert_to_format(int index, const QString &inputFile);
+
+    // The same with its reason. Waits up to 30 s for the input to appear.
+    static foundation::Result<QString> convertRecording(int index, const QString &inputFile,
+                                                        const Surroundings &surroundings);
+
+    // The converter's arguments for an input and the output it writes.
+    static QStringList recordingArguments(int index, const QString &inputFile, const QString &outputFile);
+
+    // Deletes the file when it exists.
+    static void removeCachesFileWithPath(const QString &path);
+};
+
+} // namespace cantorel
