@@ -1,0 +1,391 @@
+#include "audio_device/AudioDeviceEngine.h"
+
+#include "audio_device/AudioDevices.h"
+#include "audio_device/AudioProperty.h"
+#include "platform/hal/HardwareSystem.h"
+#include "settings/AppSettings.h"
+
+namespace cantorel {
+
+QString AudioDeviceEngine::_systemDeviceName;
+
+namespace {
+
+constexpr AudioObjectPropertyAddress kDefaultInput = {kAudioHardwarePropertyDefaultInputDevice,
+                                                      kAudioObjectPropertyScopeGlobal, 0};
+constexpr AudioObjectPropertyAddress kDefaultOutput = {kAudioHardwarePropertyDefaultOutputDevice,
+                                                       kAudioObjectPropertyScopeGlobal, 0};
+constexpr AudioObjectPropertyAddress kDevices = {kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal, 0};
+
+const QString kVirtualName = QLatin1String(kTessolarAudioDeviceName);
+const QString kAggregateName = QLatin1String(kTessolarAggregateDeviceName);
+const QString kOlderVirtualName = QStringLiteral("System Sound");
+const QString kAirplay = QStringLiteral("airplay");
+
+AudioDeviceID systemDevice(AudioObjectPropertySelector selector) {
+    AudioDeviceID device = kAudioObjectUnknown;
+    std::uint32_t size = sizeof device;
+    CHECK_ERR(PDAudioHardwareGetProperty(selector, &size, &device), "Couldn't get default input device");
+    return device;
+}
+
+bool setSystemDevice(AudioObjectPropertySelector selector, AudioDeviceID device) {
+    const OSStatus status = PDAudioHardwareSetProperty(selector, sizeof device, &device);
+    CHECK_ERR(status, "Couldn't change default output device");
+    return status == kAudioHardwareNoError;
+}
+
+std::vector<AudioDeviceID> allDevices() {
+    std::uint32_t size = 0;
+    CHECK_ERR(PDAudioHardwareGetPropertyInfo(kAudioHardwarePropertyDevices, &size, nullptr),
+              "Couldn't get playback devices info");
+    std::vector<AudioDeviceID> devices(size / sizeof(AudioDeviceID));
+    const OSStatus status = PDAudioHardwareGetProperty(kAudioHardwarePropertyDevices, &size, devices.data());
+    CHECK_ERR(status, "Couldn't get playback devices");
+    devices.resize(status == kAudioHardwareNoError ? size / sizeof(AudioDeviceID) : 0);
+    return devices;
+}
+
+bool hasInputBuffers(AudioDeviceID device) { return buffersOfSide(device, true).value_or(0) > 0; }
+
+// The virtual device and the name that it is known by; the product's own wins whatever stands before it in the list.
+std::pair<AudioDeviceID, QString> findVirtualDevice() {
+    const std::vector<AudioDeviceID> devices = allDevices();
+    const QStringList passes[] = {{kVirtualName}, {kOlderVirtualName, QStringLiteral("Soundflower (2ch)")}};
+    for (const QStringList &names : passes) {
+        for (const AudioDeviceID device : devices) {
+            char buffer[64] = {};
+            AudioDevice record;
+            record.deviceID = device;
+            const QString name = QString::fromUtf8(record.GetName(buffer, sizeof buffer));
+            if (names.contains(name))
+                return {device, name};
+        }
+    }
+    return {kAudioObjectUnknown, QString()};
+}
+
+QString uidOfCaptureDevice(const QString &name) {
+    const auto device = AudioDevices().getTheCaptureDeviceWithName(name);
+    return device ? device->uniqueID : QString();
+}
+
+AudioObjectID aggregatePlugIn() {
+    const QString bundle = QStringLiteral("com.apple.audio.CoreAudio");
+    CFStringRef input = &bundle;
+    AudioObjectID plugIn = kAudioObjectUnknown;
+    AudioValueTranslation translation = {&input, sizeof input, &plugIn, sizeof plugIn};
+    std::uint32_t size = sizeof translation;
+    const OSStatus status = PDAudioHardwareGetProperty(kAudioHardwarePropertyPlugInForBundleID, &size, &translation);
+    return status == kAudioHardwareNoError ? plugIn : kAudioObjectUnknown;
+}
+
+// Gives the hardware time to publish a change. The hardware layer's clock runs meanwhile, and nothing else of the
+// program.
+void letHardwareSettle() { hal::HardwareSystem::clock().sleepFor(std::chrono::milliseconds(100)); }
+
+QVariantMap defaultDeviceInfo(AudioObjectPropertySelector selector) {
+    std::uint32_t size = 0;
+    if (PDAudioHardwareGetPropertyInfo(selector, &size, nullptr) != kAudioHardwareNoError || size == 0)
+        return {};
+    const AudioDeviceID device = systemDevice(selector);
+    return device == kAudioObjectUnknown ? QVariantMap() : GetDeviceInfo(device);
+}
+
+} // namespace
+
+AudioDeviceEngine::~AudioDeviceEngine() {
+    removeSystemAudioDeviceChangeListener();
+    watchRouting(false);
+    mAudioThreEngine.reset();
+    _systemDeviceName.clear();
+}
+
+QString AudioDeviceEngine::getSystemSoundDeviceName() const { return _systemDeviceName; }
+
+AudioDeviceID AudioDeviceEngine::getTheDeviceIDFromName(const QString &name) const {
+    for (const AudioDeviceID device : allDevices()) {
+        if (getDevice_Name_FromDevice(device) == name)
+            return device;
+    }
+    return kAudioObjectUnknown;
+}
+
+AudioDeviceID AudioDeviceEngine::getCurrentAudioInputDevice() const {
+    return getTheDeviceIDFromName(defaultInputDevice());
+}
+
+AudioDeviceID AudioDeviceEngine::getCurrentAudioOutputDevice() const {
+    return getTheDeviceIDFromName(defaultOutputDevice());
+}
+
+QString AudioDeviceEngine::defaultInputDevice() const {
+    return getDevice_Name_FromDevice(systemDevice(kAudioHardwarePropertyDefaultInputDevice));
+}
+
+QString AudioDeviceEngine::defaultOutputDevice() const {
+    return getDevice_Name_FromDevice(systemDevice(kAudioHardwarePropertyDefaultOutputDevice));
+}
+
+QStringList AudioDeviceEngine::getAllAudioInputDeviceNames() const {
+    QStringList names;
+    for (const AudioDeviceID device : allDevices()) {
+        const QString name = getDevice_Name_FromDevice(device);
+        if (hasInputBuffers(device) && name != _systemDeviceName && name != kAggregateName && name != kVirtualName)
+            names.append(name);
+    }
+    return names;
+}
+
+QStringList AudioDeviceEngine::getAllAudioOutputDeviceNames() const {
+    QStringList names;
+    for (const AudioDeviceID device : allDevices()) {
+        // Devices without input streams deliberately count as outputs: a loopback is none, whatever its output side.
+        if (hasInputBuffers(device))
+            continue;
+        const QString name = getDevice_Name_FromDevice(device);
+        // The last comparison deliberately can't match because of the capitals.
+        if (name == _systemDeviceName || name == kAggregateName || name.toLower() == kAirplay
+            || name.toLower() == kVirtualName)
+            continue;
+        names.append(name);
+    }
+    return names;
+}
+
+bool AudioDeviceEngine::changeDevice(AudioObjectPropertySelector selector, const QString &name,
+                                     AudioDeviceID &remembered) {
+    const AudioDeviceID device = getTheDeviceIDFromName(name);
+    if (device == kAudioObjectUnknown || !setSystemDevice(selector, device))
+        return false;
+    remembered = device;
+    return true;
+}
+
+bool AudioDeviceEngine::changeAudioInputDeviceWithName(const QString &name) {
+    return changeDevice(kAudioHardwarePropertyDefaultInputDevice, name, mInputDeviceID);
+}
+
+bool AudioDeviceEngine::changeAudioOutputDeviceWithName(const QString &name) {
+    return changeDevice(kAudioHardwarePropertyDefaultOutputDevice, name, mOutputDeviceID);
+}
+
+bool AudioDeviceEngine::availableSVAD() const { return findVirtualDevice().first != kAudioObjectUnknown; }
+
+bool AudioDeviceEngine::activateSVAD() {
+    mSVADDeviceID = kAudioObjectUnknown;
+    mInputDeviceID = getCurrentAudioInputDevice();
+    mOutputDeviceID = getCurrentAudioOutputDevice();
+    const auto [device, name] = findVirtualDevice();
+    if (device == kAudioObjectUnknown)
+        return false;
+    _systemDeviceName = name;
+    mSVADDeviceID = device;
+    return true;
+}
+
+bool AudioDeviceEngine::isOwnDevice(AudioDeviceID device) const {
+    return device == mSVADDeviceID || device == getTheDeviceIDFromName(kAggregateName)
+           || device == getTheDeviceIDFromName(kVirtualName);
+}
+
+AudioDeviceID AudioDeviceEngine::replacementOutput() const {
+    for (const QString &name : getAllAudioOutputDeviceNames()) {
+        if (name != _systemDeviceName && name != kAggregateName && name.toLower() != kAirplay && name != kVirtualName)
+            return getTheDeviceIDFromName(name);
+    }
+    return kAudioObjectUnknown;
+}
+
+// While nothing is routed, what is heard and restored is whatever real device the person has chosen by now.
+void AudioDeviceEngine::rememberRealOutput() {
+    const AudioDeviceID chosen = systemDevice(kAudioHardwarePropertyDefaultOutputDevice);
+    if (!mAudioThreEngine && chosen != kAudioObjectUnknown && !isOwnDevice(chosen))
+        mOutputDeviceID = chosen;
+}
+
+bool AudioDeviceEngine::setSVAD() {
+    if (mSVADDeviceID == kAudioObjectUnknown)
+        return false;
+    watchRouting(false);
+    rememberRealOutput();
+    CHECK_ERR(setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID) ? 0 : -1,
+              "Couldn't change default output device");
+    mAudioThreEngine = std::make_unique<AudioThruEngine>();
+    mAudioThreEngine->SetInputDevice(mSVADDeviceID);
+    if (mOutputDeviceID == kAudioObjectUnknown || isOwnDevice(mOutputDeviceID)) {
+        if (const AudioDeviceID replacement = replacementOutput(); replacement != kAudioObjectUnknown)
+            mOutputDeviceID = replacement;
+    }
+    mAudioThreEngine->SetOutputDevice(mOutputDeviceID);
+    watchRouting(true);
+    return true;
+}
+
+void AudioDeviceEngine::unsetSVAD() {
+    watchRouting(false);
+    rememberRealOutput();
+    if (mAudioThreEngine)
+        mAudioThreEngine->Stop();
+    if (mOutputDeviceID != kAudioObjectUnknown)
+        (void)setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mOutputDeviceID);
+    mAudioThreEngine.reset();
+}
+
+void AudioDeviceEngine::watchRouting(bool watch) {
+    for (const auto &address : {kDefaultOutput, kDevices}) {
+        if (watch)
+            (void)AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, routingChanged, this);
+        else
+            (void)AudioObjectRemovePropertyListener(kAudioObjectSystemObject, &address, routingChanged, this);
+    }
+}
+
+OSStatus AudioDeviceEngine::routingChanged(AudioObjectID, std::uint32_t, const AudioObjectPropertyAddress *,
+                                           void *engine) {
+    static_cast<AudioDeviceEngine *>(engine)->followRouting();
+    return kAudioHardwareNoError;
+}
+
+// While routed: a default that the person changes is what is heard from now on and what is restored later, and the
+// recording goes on; an output that vanishes is replaced by another real one.
+void AudioDeviceEngine::followRouting() {
+    if (!mAudioThreEngine)
+        return;
+    const AudioDeviceID chosen = systemDevice(kAudioHardwarePropertyDefaultOutputDevice);
+    const std::vector<AudioDeviceID> devices = allDevices();
+    const auto present = [&](AudioDeviceID device) {
+        return std::find(devices.begin(), devices.end(), device) != devices.end();
+    };
+    if (!present(mSVADDeviceID))
+        return;
+    AudioDeviceID output = mOutputDeviceID;
+    if (chosen != kAudioObjectUnknown && !isOwnDevice(chosen)) {
+        output = chosen;
+        (void)setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID);
+    } else if (!present(output) || isOwnDevice(output)) {
+        output = replacementOutput();
+    }
+    if (output == kAudioObjectUnknown
+        || (output == mAudioThreEngine->outputDeviceID() && mAudioThreEngine->IsRunning()))
+        return;
+    mOutputDeviceID = output;
+    mAudioThreEngine->SetOutputDevice(output);
+}
+
+QVariantMap AudioDeviceEngine::createAggregateDevice() {
+    if (mInputDeviceID == kAudioObjectUnknown)
+        mInputDeviceID = getCurrentAudioInputDevice();
+    const QString inputName = getDevice_Name_FromDevice(mInputDeviceID);
+    QString inputUid, outputUid;
+    for (const QString &name : AudioDevices().audioDevices()) {
+        if (name == _systemDeviceName)
+            outputUid = uidOfCaptureDevice(name);
+        if (name == inputName)
+            inputUid = uidOfCaptureDevice(name);
+    }
+    const AudioObjectID plugIn = aggregatePlugIn();
+    if (inputUid.isEmpty() || outputUid.isEmpty() || plugIn == kAudioObjectUnknown)
+        return {};
+
+    const QVariantMap description{{QStringLiteral("name"), kAggregateName},
+                                  {QStringLiteral("uid"), AppSettings::TessolarAggregateDeviceUID_String()}};
+    CFDictionaryRef qualifier = &description;
+    const AudioObjectPropertyAddress create = {kAudioPlugInCreateAggregateDevice, kAudioObjectPropertyScopeGlobal, 0};
+    AudioDeviceID aggregate = kAudioObjectUnknown;
+    std::uint32_t size = sizeof aggregate;
+    if (AudioObjectGetPropertyData(plugIn, &create, sizeof qualifier, &qualifier, &size, &aggregate)
+        != kAudioHardwareNoError)
+        return {};
+    letHardwareSettle();
+
+    const QStringList members{inputUid, outputUid};
+    CFArrayRef list = &members;
+    const AudioObjectPropertyAddress group = {kAudioAggregateDevicePropertyFullSubDeviceList,
+                                              kAudioObjectPropertyScopeGlobal, 0};
+    if (AudioObjectSetPropertyData(aggregate, &group, 0, nullptr, sizeof list, &list) != kAudioHardwareNoError)
+        return {};
+    letHardwareSettle();
+
+    CFStringRef master = &inputUid;
+    const AudioObjectPropertyAddress lead = {kAudioAggregateDevicePropertyMasterSubDevice,
+                                             kAudioObjectPropertyScopeGlobal, 0};
+    if (AudioObjectSetPropertyData(aggregate, &lead, 0, nullptr, sizeof master, &master) != kAudioHardwareNoError)
+        return {};
+    letHardwareSettle();
+    return {{QLatin1String(kAggregateOutputUID), outputUid}, {QLatin1String(kAggregateInputUID), inputUid}};
+}
+
+void AudioDeviceEngine::destroyAggregateDevice() {
+    const AudioObjectID plugIn = aggregatePlugIn();
+    const AudioObjectPropertyAddress destroy = {kAudioPlugInDestroyAggregateDevice, kAudioObjectPropertyScopeGlobal, 0};
+    std::uint32_t size = 0;
+    if (AudioObjectGetPropertyDataSize(plugIn, &destroy, 0, nullptr, &size) != kAudioHardwareNoError)
+        return;
+    AudioDeviceID aggregate = getTheDeviceIDFromName(kAggregateName);
+    size = sizeof aggregate;
+    (void)AudioObjectGetPropertyData(plugIn, &destroy, 0, nullptr, &size,
+                                     &aggregate); // None there: nothing to destroy.
+}
+
+bool AudioDeviceEngine::isExistAggregateDevice() const {
+    return AudioDevices().getTheCaptureDeviceWithName(kAggregateName).has_value();
+}
+
+bool AudioDeviceEngine::isAggregateDeviceChanged(const QVariantMap &saved) const {
+    if (saved.isEmpty() || !isExistAggregateDevice())
+        return true;
+    return getDevice_UID_FromDevice(getCurrentAudioInputDevice())
+           != saved.value(QLatin1String(kAggregateInputUID)).toString();
+}
+
+void AudioDeviceEngine::resetDefaultAudioDevice() {
+    const auto leftBehind = [](const QString &name) {
+        return name == kVirtualName || name == QStringLiteral("Soundflower") || name == kOlderVirtualName
+               || name == kAggregateName;
+    };
+    const auto reset = [](const QStringList &names, const QString &preferred, const auto &change) {
+        if (names.contains(preferred) && change(preferred))
+            return;
+        for (const QString &name : names) {
+            if (name != kVirtualName && name != kAggregateName) {
+                (void)change(name);
+                return;
+            }
+        }
+    };
+    if (leftBehind(defaultOutputDevice()))
+        reset(getAllAudioOutputDeviceNames(), QStringLiteral("Built-in Output"),
+              [this](const QString &name) { return changeAudioOutputDeviceWithName(name); });
+    if (leftBehind(defaultInputDevice()))
+        reset(getAllAudioInputDeviceNames(), QStringLiteral("Built-in Microphone"),
+              [this](const QString &name) { return changeAudioInputDeviceWithName(name); });
+}
+
+void AudioDeviceEngine::resetDefaultAudioInputDevice(const QString &, const QString &) { resetDefaultAudioDevice(); }
+
+void AudioDeviceEngine::addSystemAudioDeviceChangeListener() {
+    for (const auto &address : {kDefaultInput, kDefaultOutput})
+        (void)AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, defaultDeviceChanged, this);
+}
+
+void AudioDeviceEngine::removeSystemAudioDeviceChangeListener() {
+    for (const auto &address : {kDefaultInput, kDefaultOutput})
+        (void)AudioObjectRemovePropertyListener(kAudioObjectSystemObject, &address, defaultDeviceChanged, this);
+}
+
+OSStatus AudioDeviceEngine::defaultDeviceChanged(AudioObjectID, std::uint32_t count,
+                                                 const AudioObjectPropertyAddress *addresses, void *) {
+    // The hardware layer calls from the main thread's event loop, so the observers are told right here.
+    const auto &center = foundation::NotificationCenter::defaultCenter();
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const QVariantMap info = defaultDeviceInfo(addresses[i].mSelector);
+        if (addresses[i].mSelector == kAudioHardwarePropertyDefaultOutputDevice)
+            center.post(kNotificationDefaultOutputDidChange, info);
+        else if (addresses[i].mSelector == kAudioHardwarePropertyDefaultInputDevice)
+            center.post(kNotificationDefaultInputDidChange, info);
+    }
+    return kAudioHardwareNoError;
+}
+
+} // namespace cantorel

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "audio_device/AudioThruEngine.h"
+#include "platform/foundation/NotificationCenter.h"
+
+#include <QStringList>
+#include <QVariantMap>
+
+#include <memory>
+
+namespace cantorel {
+
+// Posted with the information of the new default device (GetDeviceInfo); empty when there is none.
+inline constexpr foundation::NotificationName<QVariantMap> kNotificationDefaultInputDidChange{
+    "SystemAudioDefaultInputDeviceDidChanged"};
+inline constexpr foundation::NotificationName<QVariantMap> kNotificationDefaultOutputDidChange{
+    "SystemAudioDefaultOutputDeviceDidChanged"};
+
+// Names of the devices that the engine knows.
+inline constexpr const char *kTessolarAudioDeviceName = "Tessolar_AudioDevice";
+inline constexpr const char *kTessolarAggregateDeviceName = "Tessolar_AggregateDevice";
+
+// Keys of an aggregate description.
+inline constexpr const char *kAggregateOutputUID = "AggregateOutputUID";
+inline constexpr const char *kAggregateInputUID = "AggregateInputUID";
+
+// Decides how the system's sound reaches a recording: makes the virtual device the default output, lets the person hear
+// it through the thru engine, and gives the real device back. Also lists devices, switches defaults, and keeps the
+// aggregate that joins microphone and system sound. Owned by ZQAudioKextKit; main thread, but for createAggregateDevice
+// and destroyAggregateDevice, which may run on a worker.
+class AudioDeviceEngine {
+public:
+    AudioDeviceEngine() = default;
+    ~AudioDeviceEngine();
+    AudioDeviceEngine(const AudioDeviceEngine &) = delete;
+    AudioDeviceEngine &operator=(const AudioDeviceEngine &) = delete;
+
+    // The name of the virtual device that activateSVAD found last; empty before.
+    QString getSystemSoundDeviceName() const;
+    // The first device of that name; 0 when none has it.
+    AudioDeviceID getTheDeviceIDFromName(const QString &name) const;
+    AudioDeviceID getCurrentAudioInputDevice() const;
+    AudioDeviceID getCurrentAudioOutputDevice() const;
+    QString defaultInputDevice() const;
+    QString defaultOutputDevice() const;
+    // Without the program's own devices.
+    QStringList getAllAudioInputDeviceNames() const;
+    QStringList getAllAudioOutputDeviceNames() const;
+    bool changeAudioInputDeviceWithName(const QString &name);
+    bool changeAudioOutputDeviceWithName(const QString &name);
+
+    // Whether there is a virtual device, without side effects.
+    bool availableSVAD() const;
+    // Remembers the default devices and the virtual one. False when there is none.
+    bool activateSVAD();
+    // Routes system sound into the virtual device and lets it be heard. False when none is activated.
+    bool setSVAD();
+    // Gives the remembered real device back; harmless when nothing is routed.
+    void unsetSVAD();
+
+    // Joins the default input and the virtual device to "Tessolar_AggregateDevice". The UIDs of both, or empty on
+    // failure.
+    QVariantMap createAggregateDevice();
+    void destroyAggregateDevice();
+    bool isExistAggregateDevice() const;
+    // Whether the aggregate is missing or joins another microphone than the default one.
+    bool isAggregateDeviceChanged(const QVariantMap &saved) const;
+    // Makes real devices the defaults where one of the program's own was left behind.
+    void resetDefaultAudioDevice();
+    // The same operation; the names are not looked at.
+    void resetDefaultAudioInputDevice(const QString &inputName, const QString &audioOutputDevice);
+
+    void addSystemAudioDeviceChangeListener();
+    void removeSystemAudioDeviceChangeListener();
+
+    // 0 to 1; 50.0 when no device has the name, -1 for an input without a volume.
+    float getVolumeValueFromDeviceName(const QString &name) const;
+    // Below 0.001 mutes instead. False when the device has no such control.
+    bool setVolume(float volume, const QString &forDeviceName);
+    float getInputDeviceVolume(AudioDeviceID device) const;
+    // Deliberately the byte size of the stream list, four for each stream; -1 when it can't be read.
+    int numberOfInputChannels(AudioDeviceID device) const;
+    bool isDeviceVolumeGettableOnChannel(AudioDeviceID device, std::uint32_t channel) const;
+    bool isDeviceVolumeSettableOnChannel(AudioDeviceID device, std::uint32_t channel) const;
+    void setInputDevice(AudioDeviceID device, float Volume);
+
+private:
+    static OSStatus defaultDeviceChanged(AudioObjectID object, std::uint32_t count,
+                                         const AudioObjectPropertyAddress *addresses, void *engine);
+    static OSStatus routingChanged(AudioObjectID object, std::uint32_t count,
+                                   const AudioObjectPropertyAddress *addresses, void *engine);
+    void followRouting();
+    void rememberRealOutput();
+    void watchRouting(bool watch);
+    bool isOwnDevice(AudioDeviceID device) const;
+    AudioDeviceID replacementOutput() const;
+    bool changeDevice(AudioObjectPropertySelector selector, const QString &name, AudioDeviceID &remembered);
+    bool setOutputVolumeByChannel(AudioDeviceID device, float volume, bool isSystemDevice);
+    std::optional<float> outputVolumeByChannel(AudioDeviceID device) const;
+
+    // Of the virtual device, whichever of its names matched; shared by all engines.
+    static QString _systemDeviceName;
+
+    AudioDeviceID mOutputDeviceID = 0; // the real one: heard while routed, restored afterwards
+    AudioDeviceID mSVADDeviceID = 0;   // the virtual device
+    AudioDeviceID mInputDeviceID = 0;
+    std::unique_ptr<AudioThruEngine> mAudioThreEngine; // Spelling is fixed. Only while routed.
+};
+
+} // namespace cantorel
