@@ -1,0 +1,28 @@
+#include "util/KeepAwake.h"
+
+#include "log/Log.h"
+
+namespace cantorel {
+
+KeepAwake::KeepAwake(desktop::PowerActivity &power, std::chrono::milliseconds interval)
+    : mPower(power), mInterval(interval), mThread([this](const std::stop_token &stop) { run(stop); }) {}
+
+void KeepAwake::run(const std::stop_token &stop) {
+    bool told = false;
+    while (!stop.stop_requested()) {
+        MyKeepWakeSystemTimerCallback(told);
+        std::unique_lock lock(mMutex);
+        mWake.wait_for(lock, stop, mInterval, [] { return false; });
+    }
+    mPower.release();
+}
+
+void KeepAwake::MyKeepWakeSystemTimerCallback(bool &told) {
+    if (const auto held = mPower.hold(QStringLiteral("Recording sound")); !held && !told) {
+        told = true; // once, not at every interval
+        Log(held.failure().detail);
+    }
+    mPower.reportUserActivity();
+}
+
+} // namespace cantorel

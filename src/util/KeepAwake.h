@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/desktop/PowerActivity.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <stop_token>
+#include <thread>
+
+namespace cantorel {
+
+// Keeps the machine awake while it lives: a thread of its own holds an inhibitor and reports the user's activity at
+// once and then at every interval. Its end waits for the thread, at most as long as one call of the service lasts.
+class KeepAwake {
+public:
+    explicit KeepAwake(desktop::PowerActivity &power, std::chrono::milliseconds interval = std::chrono::seconds(30));
+
+private:
+    void run(const std::stop_token &stop);
+    void MyKeepWakeSystemTimerCallback(bool &told);
+
+    desktop::PowerActivity &mPower;
+    const std::chrono::milliseconds mInterval;
+    std::mutex mMutex; // guards nothing but the wait
+    std::condition_variable_any mWake;
+    std::jthread mThread; // last, so that it ends first
+};
+
+} // namespace cantorel
