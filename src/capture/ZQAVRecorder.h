@@ -1,0 +1,97 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "platform/foundation/WeakDelegate.h"
+#include "platform/media/AudioFileOutput.h"
+#include "platform/media/CaptureSession.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <QUrl>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace cantorel {
+
+class ZQAVRecorder;
+
+// What a recorder tells, on the main thread. All optional.
+class ZQAVRecorderDelegate {
+public:
+    virtual ~ZQAVRecorderDelegate() = default;
+
+    virtual void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &) {}
+    // Nothing for a file that is whole.
+    virtual void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &,
+                                                        const std::optional<foundation::Failure> &) {}
+    // Every 0.1 s while levels are asked for: 20 times the linear amplitude; not a number without channels.
+    virtual void captureUpdateAudioLevel(ZQAVRecorder &, float) {}
+    // The device of a running recording has gone, or has come back.
+    virtual void captureDeviceLost(ZQAVRecorder &) {}
+    virtual void captureDeviceBack(ZQAVRecorder &) {}
+};
+
+// The common base of the recorders: a capture session and one file output. Main thread.
+class ZQAVRecorder : public QObject, public media::AudioFileOutputDelegate {
+public:
+    ZQAVRecorder();
+    ~ZQAVRecorder() override;
+
+    foundation::WeakDelegate<ZQAVRecorderDelegate> delegate;
+
+    // A new session with the highest preset that it accepts; always true here.
+    virtual bool initCaptureSession(QString *error);
+
+    // False in the base.
+    virtual bool startRecording(const QUrl &url, QString *error);
+    virtual void stopRecording();
+    // Once; nothing while nothing is recorded.
+    void pauseRecording();
+    void resumeRecording();
+
+    void startCaptureRuning(); // Spelling is fixed.
+    void stopCaptureRuning();  // Spelling is fixed.
+
+    bool isPaused() const { return bIsPaused; }
+    bool isRecording() const;
+    std::int64_t recordedFileSize() const; // bytes
+    double recordingDuration() const;      // whole seconds
+    std::int64_t recordedFrames() const;   // exact
+    // What was lost on the way to the file, in frames; 0 in a good recording.
+    std::int64_t droppedFrames() const;
+
+    virtual void setIsShowAudioLevel(bool flag);
+
+    std::vector<media::CaptureDevice> audioDevices() const { return media::captureAudioDevices(); }
+    QUrl outputFileURL() const { return mOuputFileURL; }
+    std::uint32_t outputFrameRate() const { return OutputFrameRate_; }
+    void setOutputFrameRate(std::uint32_t rate) { OutputFrameRate_ = rate; }
+
+protected:
+    // The file output that the operations above act on; null in the base.
+    virtual media::AudioFileOutput *fileOutput() const { return nullptr; }
+    // The base counts all channels.
+    virtual bool counts(const media::AudioChannel &) const { return true; }
+
+    void captureOutputDidStartRecording(media::AudioFileOutput &, const QString &path) override;
+    void captureOutputDidFinishRecording(media::AudioFileOutput &, const QString &path,
+                                         const std::optional<foundation::Failure> &failure) override;
+    void captureOutputDeviceLost(media::AudioFileOutput &) override { delegate->captureDeviceLost(*this); }
+    void captureOutputDeviceBack(media::AudioFileOutput &) override { delegate->captureDeviceBack(*this); }
+
+    std::unique_ptr<media::CaptureSession> mCaptureSession;
+    QUrl mOuputFileURL; // Spelling is fixed.
+    bool bIsPaused = false;
+
+private:
+    void updateAudioLevelTimer();
+
+    std::unique_ptr<QTimer> mAudioLevelTimer;
+    std::uint32_t OutputFrameRate_ = 30;
+};
+
+} // namespace cantorel

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "capture/ZQAVRecorder.h"
+
+#include <functional>
+#include <span>
+
+namespace cantorel {
+
+// Records one audio device to M4A files. Its session runs for its whole life, so that the level is known at any time.
+// Handed out by ZQAVRecorderKit; main thread.
+class ZQAudioRecorder : public ZQAVRecorder {
+public:
+    // Null when the session refuses its output.
+    static std::unique_ptr<ZQAudioRecorder> init();
+    ~ZQAudioRecorder() override;
+
+    bool initCaptureSession(QString *error) override;
+
+    // Nothing happens for a device of the same display name as the current one, be it recorded or not; nothing is
+    // recorded from without one.
+    void setAudioDevice(const std::optional<media::CaptureDevice> &device);
+    std::optional<media::CaptureDevice> currentAudioDevice() const;
+
+    // Replaces a file of that name. Always true: what fails is told by the delegate.
+    bool startRecording(const QUrl &url, QString *error) override;
+    void stopRecording() override;
+
+    // Sees the exact frames that are handed to the coder, on another thread; for tests.
+    void setTap(std::function<void(std::span<const float> interleavedStereo)> tap);
+
+protected:
+    media::AudioFileOutput *fileOutput() const override { return mAudioFileOutput.get(); }
+    bool counts(const media::AudioChannel &channel) const override { return channel.enabled; }
+
+private:
+    ZQAudioRecorder() = default;
+
+    std::unique_ptr<media::AudioFileOutput> mAudioFileOutput;
+    std::optional<media::CaptureDeviceInput> mAudioDeviceInput;
+};
+
+} // namespace cantorel

@@ -1,0 +1,111 @@
+#include "platform/media/CaptureSession.h"
+
+#include <algorithm>
+
+namespace cantorel::media {
+
+namespace {
+
+// The device under its present number: one that was made anew, as aggregates are, keeps its identifier only.
+CaptureDevice present(const CaptureDevice &wanted) {
+    const auto devices = captureAudioDevices();
+    const auto find = [&](auto member) {
+        return std::find_if(devices.begin(), devices.end(),
+                            [&](const CaptureDevice &device) { return device.*member == wanted.*member; });
+    };
+    if (find(&CaptureDevice::objectID) != devices.end())
+        return wanted;
+    const auto again = find(&CaptureDevice::uniqueID);
+    return again != devices.end() ? *again : wanted;
+}
+
+} // namespace
+
+CaptureSession::~CaptureSession() {
+    close();
+    if (mOutput)
+        mOutput->mFreshStream = {};
+}
+
+bool CaptureSession::canSetSessionPreset(const QString &preset) const {
+    return preset == QLatin1String(kSessionPresetHigh) || preset == QLatin1String(kSessionPresetMedium)
+           || preset == QLatin1String(kSessionPresetLow);
+}
+
+bool CaptureSession::canAddInput(const CaptureDeviceInput &input) const {
+    const auto devices = captureAudioDevices();
+    return !mInput && std::any_of(devices.begin(), devices.end(), [&](const CaptureDevice &device) {
+        return device.objectID == input.device.objectID;
+    });
+}
+
+void CaptureSession::addInput(const CaptureDeviceInput &input) {
+    mInput = input;
+    update();
+}
+
+void CaptureSession::removeInput() {
+    mInput.reset();
+    update();
+}
+
+bool CaptureSession::canAddOutput(const AudioFileOutput &output) const { return !mOutput && !output.mFreshStream; }
+
+void CaptureSession::addOutput(AudioFileOutput &output) {
+    mOutput = &output;
+    mOutput->mFreshStream = [this] {
+        update();
+        return mStream.get();
+    };
+    mOutput->setStream(mStream.get());
+}
+
+void CaptureSession::commitConfiguration() {
+    if (mConfiguring > 0 && --mConfiguring == 0)
+        update();
+}
+
+void CaptureSession::startRunning() {
+    mRunning = true;
+    update();
+}
+
+void CaptureSession::stopRunning() {
+    mRunning = false;
+    update();
+}
+
+void CaptureSession::close() {
+    if (mOutput)
+        mOutput->setStream(nullptr);
+    mStream.reset();
+    mOpenDevice = kAudioObjectUnknown;
+}
+
+void CaptureSession::update() {
+    if (mConfiguring > 0)
+        return;
+    const bool recording = mOutput && mOutput->isRecording();
+    if (mRunning && mInput && !recording)
+        mInput->device = present(mInput->device);
+    const AudioObjectID wanted = mRunning && mInput ? mInput->device.objectID : kAudioObjectUnknown;
+    if (wanted == mOpenDevice && (!mStream || recording || mStream->matchesDevice())
+        && (mStream || wanted == kAudioObjectUnknown))
+        return;
+    close();
+    if (wanted == kAudioObjectUnknown)
+        return;
+    auto opened = CaptureStream::open(mInput->device);
+    if (!opened)
+        return; // tried again when a recording starts, which tells it then
+    mStream = std::move(opened).value();
+    mOpenDevice = wanted;
+    mStream->onAliveChanged = [this](bool alive) {
+        if (mOutput)
+            mOutput->deviceAlive(alive);
+    };
+    if (mOutput)
+        mOutput->setStream(mStream.get());
+}
+
+} // namespace cantorel::media

@@ -1,0 +1,140 @@
+#include "platform/media/CaptureStream.h"
+
+#include "platform/hal/AudioHardware.h"
+#include "platform/media/MediaFailures.h"
+
+#include <numeric>
+#include <thread>
+
+namespace cantorel::media {
+
+using foundation::Result;
+
+namespace {
+
+constexpr AudioObjectPropertyAddress kAlive = {kAudioDevicePropertyDeviceIsAlive, kAudioObjectPropertyScopeGlobal,
+                                               kAudioObjectPropertyElementMaster};
+
+AudioStreamBasicDescription inputFormat(AudioObjectID device) {
+    const AudioObjectPropertyAddress address = {kAudioDevicePropertyStreamFormat, kAudioDevicePropertyScopeInput, 0};
+    AudioStreamBasicDescription format{};
+    std::uint32_t size = sizeof format;
+    if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &format) != kAudioHardwareNoError)
+        return {};
+    return format;
+}
+
+AudioObjectID deviceOf(const QString &uid) {
+    CFStringRef name = &uid;
+    AudioObjectID device = kAudioObjectUnknown;
+    AudioValueTranslation translation = {&name, sizeof name, &device, sizeof device};
+    std::uint32_t size = sizeof translation;
+    const OSStatus status = AudioHardwareGetProperty(kAudioHardwarePropertyDeviceForUID, &size, &translation);
+    return status == kAudioHardwareNoError ? device : kAudioObjectUnknown;
+}
+
+std::vector<int> channelsOfParts(AudioObjectID device, int channels) {
+    const AudioObjectPropertyAddress address = {kAudioAggregateDevicePropertyFullSubDeviceList,
+                                                kAudioObjectPropertyScopeGlobal, 0};
+    CFArrayRef list = nullptr;
+    std::uint32_t size = sizeof list;
+    std::vector<int> parts;
+    if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &list) == kAudioHardwareNoError) {
+        for (const QString &uid : adoptRef(list)) {
+            const int own = static_cast<int>(inputFormat(deviceOf(uid)).mChannelsPerFrame);
+            if (own > 0)
+                parts.push_back(own);
+        }
+    }
+    // What does not add up is taken for one source.
+    return std::accumulate(parts.begin(), parts.end(), 0) == channels ? parts : std::vector<int>{channels};
+}
+
+} // namespace
+
+CaptureStream::CaptureStream(const CaptureDevice &device, double sampleRate, int channels)
+    : mDevice(device.objectID),
+      mSampleRate(sampleRate),
+      mChannels(channels),
+      mSourceChannels(channelsOfParts(device.objectID, channels)),
+      mMeter(channels, sampleRate) {}
+
+Result<std::unique_ptr<CaptureStream>> CaptureStream::open(const CaptureDevice &device) {
+    const AudioStreamBasicDescription format = inputFormat(device.objectID);
+    if (format.mChannelsPerFrame == 0 || format.mSampleRate < 1)
+        return failures::deviceNotOpened(device.localizedName);
+    std::unique_ptr<CaptureStream> stream(
+        new CaptureStream(device, format.mSampleRate, static_cast<int>(format.mChannelsPerFrame)));
+    if (AudioDeviceCreateIOProcID(stream->mDevice, &cycle, stream.get(), &stream->mProc) != kAudioHardwareNoError)
+        return failures::deviceNotOpened(device.localizedName);
+    // A device with two sides shall not be made to play silence.
+    const AudioObjectPropertyAddress usageAddress = {kAudioDevicePropertyIOProcStreamUsage,
+                                                     kAudioObjectPropertyScopeGlobal, 0};
+    const AudioDeviceIOProcStreamUsage usage = {stream->mProc, 1, 0};
+    (void)AudioObjectSetPropertyData(stream->mDevice, &usageAddress, 0, nullptr, sizeof usage, &usage);
+    if (AudioDeviceStart(stream->mDevice, stream->mProc) != kAudioHardwareNoError)
+        return failures::deviceNotOpened(device.localizedName);
+    AudioObjectAddPropertyListener(stream->mDevice, &kAlive, &aliveChanged, stream.get());
+    return stream;
+}
+
+CaptureStream::~CaptureStream() {
+    AudioObjectRemovePropertyListener(mDevice, &kAlive, &aliveChanged, this);
+    if (!mProc)
+        return;
+    AudioDeviceStop(mDevice, mProc); // returns after the last cycle
+    AudioDeviceDestroyIOProcID(mDevice, mProc);
+}
+
+OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const AudioBufferList *input,
+                              const AudioTimeStamp *inputTime, AudioBufferList *, const AudioTimeStamp *,
+                              void *clientData) noexcept {
+    auto &self = *static_cast<CaptureStream *>(clientData);
+    if (!input || input->mNumberBuffers < 1 || !input->mBuffers[0].mData
+        || input->mBuffers[0].mNumberChannels != static_cast<std::uint32_t>(self.mChannels))
+        return kAudioHardwareNoError;
+    const auto *samples = static_cast<const float *>(input->mBuffers[0].mData);
+    const std::size_t frames = input->mBuffers[0].mDataByteSize / sizeof(float) / self.mChannels;
+
+    // Sequentially consistent: either this sees the exchanged queue, or waitForCycle() sees this cycle.
+    self.mCycles.fetch_add(1);
+    if (FrameQueue *queue = self.mQueue.load()) {
+        if (inputTime && inputTime->mFlags & kAudioTimeStampDiscontinuity)
+            queue->countDiscontinuity();
+        queue->push(samples, frames);
+    }
+    self.mCycles.fetch_add(1);
+    self.mMeter.feed(samples, frames);
+    return kAudioHardwareNoError;
+}
+
+bool CaptureStream::matchesDevice() const {
+    const AudioStreamBasicDescription format = inputFormat(mDevice);
+    const bool absent = format.mChannelsPerFrame == 0; // it comes back as it was, or is met again then
+    return absent
+           || (format.mSampleRate == mSampleRate && format.mChannelsPerFrame == static_cast<std::uint32_t>(mChannels)
+               && channelsOfParts(mDevice, mChannels) == mSourceChannels);
+}
+
+void CaptureStream::waitForCycle() const {
+    const std::uint32_t cycle = mCycles.load();
+    while (cycle % 2 == 1 && mCycles.load() == cycle)
+        std::this_thread::yield();
+}
+
+OSStatus CaptureStream::aliveChanged(AudioObjectID device, std::uint32_t, const AudioObjectPropertyAddress *,
+                                     void *clientData) {
+    auto &self = *static_cast<CaptureStream *>(clientData);
+    std::uint32_t alive = 0;
+    std::uint32_t size = sizeof alive;
+    if (AudioObjectGetPropertyData(device, &kAlive, 0, nullptr, &size, &alive) != kAudioHardwareNoError)
+        alive = 0;
+    if (self.mAlive == (alive != 0))
+        return kAudioHardwareNoError;
+    self.mAlive = alive != 0;
+    if (self.onAliveChanged)
+        self.onAliveChanged(self.mAlive);
+    return kAudioHardwareNoError;
+}
+
+} // namespace cantorel::media

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "platform/hal/AudioHardwareTypes.h"
+#include "platform/media/CaptureDevice.h"
+#include "platform/media/FrameQueue.h"
+#include "platform/media/LevelMeter.h"
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace cantorel::media {
+
+// An I/O procedure that runs on the input side of one device, measures its level, and copies its frames into the queue
+// that is attached. Owned by CaptureSession; main thread, but for what is marked.
+//
+// The procedure shares with other threads: the attached queue (a pointer that others exchange), the number of cycles
+// begun and ended (so that a queue can be freed when no cycle uses it any more), and the published levels.
+class CaptureStream {
+public:
+    static foundation::Result<std::unique_ptr<CaptureStream>> open(const CaptureDevice &device);
+    ~CaptureStream();
+    CaptureStream(const CaptureStream &) = delete;
+    CaptureStream &operator=(const CaptureStream &) = delete;
+
+    double sampleRate() const { return mSampleRate; }
+    int channels() const { return mChannels; }
+    // Channels of each device behind this one, in order: more than one for an aggregate.
+    const std::vector<int> &sourceChannels() const { return mSourceChannels; }
+    std::vector<float> levels() const { return mMeter.decibels(); } // dB, one a channel
+    bool isAlive() const { return mAlive; }
+    // Whether the device still has the rate and the channels that it was opened with.
+    bool matchesDevice() const;
+
+    // The procedure fills this queue from its next cycle on; null for none. What was attached before may still be
+    // filled until waitForCycle() has returned.
+    void attach(FrameQueue *queue) { mQueue.store(queue); }
+    // Returns when no cycle is under way that began before. Any thread but the real-time one; at most one cycle long.
+    void waitForCycle() const;
+
+    // Told when the device goes (false) and when it comes back (true).
+    std::function<void(bool alive)> onAliveChanged;
+
+private:
+    CaptureStream(const CaptureDevice &device, double sampleRate, int channels);
+
+    static OSStatus cycle(AudioObjectID device, const AudioTimeStamp *now, const AudioBufferList *input,
+                          const AudioTimeStamp *inputTime, AudioBufferList *output, const AudioTimeStamp *outputTime,
+                          void *clientData) noexcept [[clang::nonblocking]];
+    static OSStatus aliveChanged(AudioObjectID device, std::uint32_t count, const AudioObjectPropertyAddress *addresses,
+                                 void *clientData);
+
+    const AudioObjectID mDevice;
+    const double mSampleRate;
+    const int mChannels;
+    std::vector<int> mSourceChannels;
+    AudioDeviceIOProcID mProc = nullptr;
+    bool mAlive = true;
+    LevelMeter mMeter;
+    std::atomic<FrameQueue *> mQueue{nullptr};
+    std::atomic<std::uint32_t> mCycles{0}; // odd while one is under way
+};
+
+} // namespace cantorel::media

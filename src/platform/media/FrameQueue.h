@@ -1,0 +1,72 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace cantorel::media {
+
+// Frames on their way from one real-time writer to one reader. The counters only grow; write minus read is never above
+// the capacity. The writer releases mWritten after the samples and the reader acquires it before them; the other way
+// round for mRead. The rest is counted relaxed.
+class FrameQueue {
+public:
+    // capacityFrames: rounded up to a power of two. The memory is touched here, so that the writer never faults.
+    FrameQueue(int channels, std::size_t capacityFrames)
+        : mChannels(static_cast<std::size_t>(channels)),
+          mCapacity(std::bit_ceil(capacityFrames)),
+          mSamples(mCapacity * mChannels) {}
+
+    // The writer. All frames or, when they do not fit, none: those are counted as dropped.
+    void push(const float *interleaved, std::size_t frames) noexcept [[clang::nonblocking]] {
+        const std::uint64_t written = mWritten.load(std::memory_order_relaxed);
+        if (mCapacity - (written - mRead.load(std::memory_order_acquire)) < frames) {
+            mDropped.fetch_add(frames, std::memory_order_relaxed);
+            return;
+        }
+        const std::size_t start = written & (mCapacity - 1);
+        const std::size_t first = std::min(frames, mCapacity - start);
+        std::memcpy(&mSamples[start * mChannels], interleaved, first * mChannels * sizeof(float));
+        std::memcpy(mSamples.data(), interleaved + first * mChannels, (frames - first) * mChannels * sizeof(float));
+        mWritten.store(written + frames, std::memory_order_release);
+    }
+    void countDiscontinuity() noexcept [[clang::nonblocking]] {
+        mDiscontinuities.fetch_add(1, std::memory_order_relaxed);
+    }
+
+    // The reader. Takes up to `frames` frames; answers how many.
+    std::size_t pop(float *interleaved, std::size_t frames) {
+        const std::uint64_t read = mRead.load(std::memory_order_relaxed);
+        const std::size_t count = std::min<std::uint64_t>(frames, mWritten.load(std::memory_order_acquire) - read);
+        const std::size_t start = read & (mCapacity - 1);
+        const std::size_t first = std::min(count, mCapacity - start);
+        std::memcpy(interleaved, &mSamples[start * mChannels], first * mChannels * sizeof(float));
+        std::memcpy(interleaved + first * mChannels, mSamples.data(), (count - first) * mChannels * sizeof(float));
+        mRead.store(read + count, std::memory_order_release);
+        return count;
+    }
+    std::size_t available() const {
+        return mWritten.load(std::memory_order_acquire) - mRead.load(std::memory_order_relaxed);
+    }
+
+    // Any thread.
+    int channels() const { return static_cast<int>(mChannels); }
+    std::uint64_t accepted() const { return mWritten.load(std::memory_order_relaxed); } // frames
+    std::uint64_t dropped() const { return mDropped.load(std::memory_order_relaxed); }  // frames
+    std::uint64_t discontinuities() const { return mDiscontinuities.load(std::memory_order_relaxed); }
+
+private:
+    const std::size_t mChannels;
+    const std::size_t mCapacity; // frames, a power of two
+    std::vector<float> mSamples;
+    alignas(64) std::atomic<std::uint64_t> mWritten{0};
+    std::atomic<std::uint64_t> mDropped{0};
+    std::atomic<std::uint64_t> mDiscontinuities{0};
+    alignas(64) std::atomic<std::uint64_t> mRead{0};
+};
+
+} // namespace cantorel::media

@@ -1,0 +1,287 @@
+#include "capture/ZQAVRecorderKit.h"
+#include "platform/media/RecordingRepair.h"
+#include "tests/support/EmbeddedWorld.h"
+#include "tests/support/OrdinaryFile.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <cmath>
+#include <mutex>
+
+namespace cantorel {
+namespace {
+
+using testing::contents;
+using testing::packetsOf;
+using testing::store;
+
+const QString kMicrophone = QStringLiteral("Built-in Microphone");
+
+// Writes down what it is told.
+class Listener : public QObject, public ZQAVRecorderDelegate {
+public:
+    void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url) override {
+        started.push_back(url.toLocalFile());
+    }
+    void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url,
+                                                const std::optional<foundation::Failure> &failure) override {
+        finished.push_back(url.toLocalFile());
+        failures.push_back(failure ? failure->sentence : QString());
+    }
+    void captureUpdateAudioLevel(ZQAVRecorder &, float value) override { levels.push_back(value); }
+    void captureDeviceLost(ZQAVRecorder &) override { ++lost; }
+    void captureDeviceBack(ZQAVRecorder &) override { ++back; }
+
+    std::vector<QString> started, finished, failures;
+    std::vector<float> levels;
+    int lost = 0;
+    int back = 0;
+};
+
+class ZQAudioRecorderTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        for (const media::CaptureDevice &device : media::captureAudioDevices()) {
+            if (device.localizedName == kMicrophone)
+                mMicrophone = device;
+        }
+        ASSERT_TRUE(mMicrophone);
+        mWorld.backend->setSource(mMicrophone->uniqueID,
+                                  [](std::span<float> samples, int channels, std::int64_t position) {
+                                      test::stamp(samples, channels, position);
+                                  });
+        mRecorder = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
+        ASSERT_TRUE(mRecorder);
+        mRecorder->delegate = &mListener;
+        mRecorder->setTap([this](std::span<const float> frames) {
+            const std::lock_guard lock(mTapMutex);
+            mTapped.insert(mTapped.end(), frames.begin(), frames.end());
+        });
+    }
+    void TearDown() override {
+        RecorderRelease(mRecorder);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    template <class Condition> bool eventually(Condition condition) {
+        const QDeadlineTimer deadline(20000);
+        while (!condition() && !deadline.hasExpired())
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        return condition();
+    }
+    // Manual time, in steps small enough for the writing thread to keep up.
+    void advance(int milliseconds) {
+        for (int done = 0; done < milliseconds; done += 100)
+            mWorld.advance(std::min(100, milliseconds - done));
+    }
+    QString path(const char *name) const { return mFolder.filePath(QString::fromLatin1(name)); }
+    void start(const char *name) { mRecorder->startRecording(QUrl::fromLocalFile(path(name)), nullptr); }
+    bool finished(std::size_t count = 1) {
+        return eventually([&] { return mListener.finished.size() >= count; });
+    }
+    // The stamps of the frames handed to the coder must follow one another.
+    void expectUnbroken(std::size_t frames) {
+        const std::lock_guard lock(mTapMutex);
+        ASSERT_EQ(mTapped.size(), frames * 2);
+        for (std::size_t i = 1; i < frames; ++i)
+            ASSERT_EQ(test::stampOf(mTapped[2 * i]), test::stampOf(mTapped[2 * i - 2]) + 1) << "at frame " << i;
+    }
+    std::int64_t frames() const { return mRecorder->recordedFrames(); }
+
+    test::EmbeddedWorld mWorld;
+    QTemporaryDir mFolder;
+    Listener mListener;
+    std::optional<media::CaptureDevice> mMicrophone;
+    ZQAudioRecorder *mRecorder = nullptr;
+    std::mutex mTapMutex;
+    std::vector<float> mTapped;
+};
+
+TEST_F(ZQAudioRecorderTest, EveryFrameReachesTheCoderOnceAndTheFileIsWhole) {
+    store(path("a.m4a"), "an older file");
+    mRecorder->setAudioDevice(mMicrophone);
+    start("a.m4a");
+    EXPECT_TRUE(mRecorder->isRecording());
+    advance(2900);
+    EXPECT_EQ(mRecorder->recordingDuration(), 2.0) << "whole seconds";
+    ASSERT_TRUE(eventually([&] { return !mListener.started.empty(); }));
+    const std::int64_t captured = frames();
+    mRecorder->stopRecording();
+    EXPECT_FALSE(mRecorder->isRecording());
+    advance(500); // what comes after the stop is not in the file
+    ASSERT_TRUE(finished());
+    EXPECT_EQ(frames(), captured);
+    expectUnbroken(static_cast<std::size_t>(captured));
+    EXPECT_EQ(mListener.started, std::vector<QString>{path("a.m4a")});
+    EXPECT_EQ(mListener.finished, std::vector<QString>{path("a.m4a")});
+    EXPECT_EQ(mListener.failures, std::vector<QString>{QString()});
+    EXPECT_EQ(mRecorder->droppedFrames(), 0);
+    EXPECT_EQ(mRecorder->recordedFileSize(), QFileInfo(path("a.m4a")).size());
+    const auto packets = packetsOf(contents(path("a.m4a")));
+    ASSERT_TRUE(packets);
+    EXPECT_EQ(packets->size(), static_cast<std::size_t>((captured + 1023) / 1024 + 1));
+}
+
+TEST_F(ZQAudioRecorderTest, PauseLeavesOutWhatIsHeardMeanwhile) {
+    mRecorder->setAudioDevice(mMicrophone);
+    mRecorder->resumeRecording();
+    mRecorder->pauseRecording();
+    EXPECT_FALSE(mRecorder->isPaused()) << "nothing is recorded";
+    start("a.m4a");
+    mRecorder->resumeRecording();
+    advance(1000);
+    mRecorder->pauseRecording();
+    mRecorder->pauseRecording();
+    EXPECT_TRUE(mRecorder->isPaused());
+    const std::int64_t first = frames();
+    advance(700);
+    EXPECT_EQ(frames(), first);
+    mRecorder->resumeRecording();
+    EXPECT_FALSE(mRecorder->isPaused());
+    advance(1000);
+    const std::int64_t all = frames();
+    EXPECT_GT(all, first);
+    mRecorder->stopRecording();
+    ASSERT_TRUE(finished());
+    ASSERT_EQ(mTapped.size(), static_cast<std::size_t>(all) * 2);
+    int gaps = 0;
+    for (std::size_t i = 2; i < mTapped.size(); i += 2)
+        gaps += test::stampOf(mTapped[i]) != test::stampOf(mTapped[i - 2]) + 1;
+    EXPECT_EQ(gaps, 1);
+}
+
+// A recording that follows another at once begins with the frame behind the other's last.
+TEST_F(ZQAudioRecorderTest, TwoFilesOfASplitAreNeighbours) {
+    mRecorder->setAudioDevice(mMicrophone);
+    start("a.m4a");
+    advance(1300);
+    const std::int64_t first = frames();
+    start("b.m4a");
+    advance(900);
+    const std::int64_t second = frames();
+    mRecorder->stopRecording();
+    ASSERT_TRUE(finished(2));
+    EXPECT_EQ(mListener.failures, (std::vector<QString>{{}, {}}));
+    const std::lock_guard lock(mTapMutex);
+    EXPECT_EQ(mTapped.size(), static_cast<std::size_t>(first + second) * 2);
+}
+
+TEST_F(ZQAudioRecorderTest, DeviceOfTheSameNameKeepsTheInput) {
+    mRecorder->setAudioDevice(mMicrophone);
+    media::CaptureDevice namesake = *mMicrophone;
+    namesake.uniqueID = QStringLiteral("another");
+    mRecorder->setAudioDevice(namesake);
+    EXPECT_EQ(mRecorder->currentAudioDevice(), mMicrophone);
+    mRecorder->setAudioDevice({});
+    EXPECT_EQ(mRecorder->currentAudioDevice(), std::nullopt);
+    mRecorder->setAudioDevice(media::CaptureDevice{4711, QStringLiteral("x"), QStringLiteral("gone")});
+    EXPECT_EQ(mRecorder->currentAudioDevice(), std::nullopt) << "a device that cannot be opened is not added";
+}
+
+TEST_F(ZQAudioRecorderTest, LevelIsToldWhetherOrNotAnythingIsRecorded) {
+    mRecorder->setIsShowAudioLevel(true);
+    ASSERT_TRUE(eventually([&] { return !mListener.levels.empty(); }));
+    EXPECT_TRUE(std::isnan(mListener.levels.back())) << "without channels";
+    mRecorder->setAudioDevice(mMicrophone);
+    advance(300);
+    mListener.levels.clear();
+    ASSERT_TRUE(eventually([&] { return !mListener.levels.empty(); }));
+    EXPECT_GE(mListener.levels.back(), 20 * std::pow(10, -4) - 1e-6) << "the floor is -80 dB";
+    mRecorder->setIsShowAudioLevel(false);
+    mListener.levels.clear();
+    for (int i = 0; i < 15; ++i)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    EXPECT_TRUE(mListener.levels.empty());
+}
+
+TEST_F(ZQAudioRecorderTest, FailuresAreToldOnceByTheDelegate) {
+    const struct {
+        const char *what;
+        const char *file;
+        bool device;
+    } cases[] = {{"no device", "a.m4a", false}, {"no folder", "missing/a.m4a", true}};
+    for (const auto &[what, file, device] : cases) {
+        SCOPED_TRACE(what);
+        mListener.finished.clear();
+        mListener.failures.clear();
+        mRecorder->setAudioDevice(device ? mMicrophone : std::nullopt);
+        EXPECT_TRUE(mRecorder->startRecording(QUrl::fromLocalFile(path(file)), nullptr));
+        ASSERT_TRUE(finished());
+        EXPECT_FALSE(mListener.failures.front().isEmpty());
+        EXPECT_FALSE(mRecorder->isRecording());
+        mRecorder->stopRecording();
+        advance(300);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(mListener.finished.size(), 1u);
+    }
+}
+
+TEST_F(ZQAudioRecorderTest, FullDiskEndsTheRecordingAndKeepsWhatWasWritten) {
+    mRecorder->setAudioDevice(mMicrophone);
+    const rlimit limit{60000, RLIM_INFINITY};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    start("a.m4a");
+    ASSERT_TRUE(eventually([&] {
+        mWorld.advance(50);
+        return !mListener.finished.empty();
+    }));
+    EXPECT_TRUE(mListener.failures.front().contains(QStringLiteral("no room left")));
+    EXPECT_FALSE(mRecorder->isRecording());
+    const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    if (media::isUnfinished(path("a.m4a"))) {
+        ASSERT_TRUE(media::repairUnfinished(path("a.m4a"), path("a.m4a")));
+    }
+    const auto packets = packetsOf(contents(path("a.m4a")));
+    ASSERT_TRUE(packets);
+    EXPECT_GT(packets->size(), 20u);
+}
+
+TEST_F(ZQAudioRecorderTest, DeviceThatVanishesIsToldAndTheRecordingStaysOpen) {
+    mRecorder->setAudioDevice(mMicrophone);
+    start("a.m4a");
+    advance(1000);
+    const std::int64_t before = frames();
+    mWorld.backend->unplug(mMicrophone->uniqueID);
+    ASSERT_TRUE(eventually([&] { return mListener.lost == 1; }));
+    EXPECT_TRUE(mRecorder->isRecording());
+    mRecorder->stopRecording();
+    ASSERT_TRUE(finished());
+    EXPECT_EQ(mListener.failures, std::vector<QString>{QString()});
+    EXPECT_EQ(frames(), before);
+    EXPECT_TRUE(packetsOf(contents(path("a.m4a"))));
+}
+
+// The coder is not asked while the clock runs away: more than the queue holds is lost, and counted to the frame.
+TEST_F(ZQAudioRecorderTest, OverrunIsCounted) {
+    mRecorder->setAudioDevice(mMicrophone);
+    start("a.m4a");
+    mWorld.advance(60000);
+    const std::int64_t accepted = frames();
+    const std::int64_t dropped = mRecorder->droppedFrames();
+    EXPECT_GT(dropped, 0);
+    EXPECT_NEAR(static_cast<double>(accepted + dropped), 60 * 48000, 2 * 512);
+    mRecorder->stopRecording();
+    ASSERT_TRUE(finished());
+    EXPECT_EQ(mTapped.size(), static_cast<std::size_t>(accepted) * 2);
+}
+
+TEST_F(ZQAudioRecorderTest, ReleasedRecorderIsFollowedByAFreshOne) {
+    mRecorder->setAudioDevice(mMicrophone);
+    RecorderRelease(mRecorder);
+    auto *fresh = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
+    EXPECT_NE(fresh, mRecorder);
+    EXPECT_EQ(fresh->currentAudioDevice(), std::nullopt);
+    RecorderRelease(mRecorder);
+    EXPECT_EQ(ZQAVRecorderKit::sharedInstance().getAudioRecorder(), fresh) << "only the current one is given up";
+    mRecorder = fresh;
+}
+
+} // namespace
+} // namespace cantorel
