@@ -64,15 +64,14 @@ void BinaryPlistWriter::marker(std::uint8_t kind, std::uint64_t count) {
 BinaryPlistWriter::Ref BinaryPlistWriter::text(const QString &text) {
     const Ref ref = begin();
     const auto length = static_cast<std::uint64_t>(text.size());
-    if (isAscii(text)) {
-        marker(0x50, length);
-        mBytes.append(text.toLatin1());
-    } else {
-        marker(0x60, length);
-        const qsizetype at = mBytes.size();
-        mBytes.resize(at + text.size() * 2);
+    const bool ascii = isAscii(text);
+    marker(ascii ? 0x50 : 0x60, length);
+    const qsizetype at = mBytes.size();
+    mBytes.resize(at + text.size() * (ascii ? 1 : 2));
+    if (ascii)
+        std::transform(text.begin(), text.end(), mBytes.begin() + at, [](QChar c) { return c.toLatin1(); });
+    else
         qToBigEndian<char16_t>(text.utf16(), text.size(), mBytes.data() + at);
-    }
     return ref;
 }
 

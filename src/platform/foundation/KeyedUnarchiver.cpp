@@ -18,21 +18,31 @@ public:
         const auto whole = fields(mReader.item(mReader.top()));
         if (!whole)
             return std::nullopt;
-        const auto objects = mReader.item(whole->value(QStringLiteral("$objects"), mReader.count()));
-        const auto top = fields(mReader.item(whole->value(QStringLiteral("$top"), mReader.count())));
-        if (objects.kind != Kind::Array || !top || !top->contains(QStringLiteral("root")))
+        const auto objects = itemAt(*whole, QStringLiteral("$objects"));
+        const auto top = fields(itemAt(*whole, QStringLiteral("$top")));
+        if (objects.kind != Kind::Array || !top)
             return std::nullopt;
         mObjects = objects.refs;
         mDone.resize(mObjects.size());
         mState.assign(mObjects.size(), State::Unread);
-        return referenced(mReader.item(top->value(QStringLiteral("root"))), 0);
+        return referenced(itemAt(*top, QStringLiteral("root")), 0);
     }
 
 private:
     using Ref = BinaryPlistReader::Ref;
     using Item = BinaryPlistReader::Item;
     using Kind = BinaryPlistReader::Item::Kind;
-    using Fields = QMap<QString, Ref>;
+    // What a dictionary holds, in its own order: mostly a handful, which is walked faster than looked up.
+    struct Fields {
+        std::vector<std::pair<QString, Ref>> entries;
+
+        std::optional<Ref> find(const QString &key) const {
+            for (const auto &[name, ref] : entries)
+                if (name == key)
+                    return ref;
+            return std::nullopt;
+        }
+    };
     enum class State : std::uint8_t { Unread, Open, Done };
 
     std::optional<Fields> fields(const Item &item) {
@@ -40,13 +50,20 @@ private:
             return std::nullopt;
         Fields result;
         const std::size_t count = item.refs.size() / 2;
+        result.entries.reserve(count);
         for (std::size_t i = 0; i < count; ++i) {
             const auto key = mReader.keyText(item.refs[i]);
             if (!key)
                 return std::nullopt;
-            result.insert(*key, item.refs[count + i]);
+            result.entries.emplace_back(*key, item.refs[count + i]);
         }
         return result;
+    }
+
+    // What a dictionary holds under a key; invalid when it does not.
+    Item itemAt(const Fields &fields, const QString &key) {
+        const auto ref = fields.find(key);
+        return ref ? mReader.item(*ref) : Item{};
     }
 
     // The object that a reference names.
@@ -100,33 +117,29 @@ private:
     }
 
     std::optional<QString> classNameOf(const Fields &values) {
-        const auto found = values.constFind(QStringLiteral("$class"));
-        if (found == values.constEnd())
-            return std::nullopt;
-        const Item reference = mReader.item(*found);
+        const Item reference = itemAt(values, QStringLiteral("$class"));
         if (reference.kind != Kind::Uid || reference.uid >= mObjects.size())
             return std::nullopt;
         const Ref described = mObjects[static_cast<std::size_t>(reference.uid)];
         if (const auto known = mClassNames.constFind(described); known != mClassNames.constEnd())
             return *known;
         const auto description = fields(mReader.item(described));
-        if (!description || !description->contains(QStringLiteral("$classname")))
-            return std::nullopt;
-        const auto name = mReader.keyText(description->value(QStringLiteral("$classname")));
+        const auto named = description ? description->find(QStringLiteral("$classname")) : std::nullopt;
+        const auto name = named ? mReader.keyText(*named) : std::nullopt;
         if (name)
             mClassNames.insert(described, *name);
         return name;
     }
 
     std::optional<QVariant> scalar(const Fields &values, const QString &key, QMetaType::Type type) {
-        const Item item = mReader.item(values.value(key, mReader.count()));
+        const Item item = itemAt(values, key);
         if (item.kind != Kind::Scalar || item.value.typeId() != type)
             return std::nullopt;
         return item.value;
     }
 
     std::optional<QVariantList> list(const Fields &values, const QString &key, int depth) {
-        const Item items = mReader.item(values.value(key, mReader.count()));
+        const Item items = itemAt(values, key);
         if (items.kind != Kind::Array)
             return std::nullopt;
         QVariantList result;
@@ -154,8 +167,7 @@ private:
     }
 
     std::optional<QVariant> rectangle(const Fields &values, int depth) {
-        const auto text =
-            referenced(mReader.item(values.value(QStringLiteral("NS.rectval"), mReader.count())), depth + 1);
+        const auto text = referenced(itemAt(values, QStringLiteral("NS.rectval")), depth + 1);
         if (!text || text->typeId() != QMetaType::QString)
             return std::nullopt;
         QString numbers = text->toString();
@@ -175,16 +187,16 @@ private:
 
     std::optional<QVariant> archivedObject(const QString &className, const Fields &values, int depth) {
         ArchivedObject result{className, {}};
-        for (auto entry = values.begin(); entry != values.end(); ++entry) {
-            if (entry.key() == QLatin1String("$class"))
+        for (const auto &[key, ref] : values.entries) {
+            if (key == QLatin1String("$class"))
                 continue;
-            const Item item = mReader.item(entry.value());
+            const Item item = mReader.item(ref);
             auto value = item.kind == Kind::Scalar ? std::optional(item.value) : referenced(item, depth + 1);
             if (!value)
                 return std::nullopt;
-            result.values.insert(entry.key(), *std::move(value));
+            result.values.insert(key, *std::move(value));
         }
-        return QVariant::fromValue(std::move(result));
+        return QVariant::fromValue(result);
     }
 
     BinaryPlistReader &mReader;
