@@ -63,7 +63,7 @@ private:
 } // namespace
 
 QStringList CallRecord::calls() const {
-    return mState.with([](const State &state) { return state.calls; });
+    return mState.with([](const State &state) { return QStringList(state.calls.begin(), state.calls.end()); });
 }
 
 void CallRecord::failOn(const QString &name, const QString &detail) {
@@ -72,7 +72,7 @@ void CallRecord::failOn(const QString &name, const QString &detail) {
 
 foundation::Result<void> CallRecord::note(const QString &name, const QString &argument) {
     return mState.with([&](State &state) -> foundation::Result<void> {
-        state.calls << (argument.isEmpty() ? name : name + QLatin1Char(' ') + argument);
+        state.calls.push_back(argument.isEmpty() ? name : name + QLatin1Char(' ') + argument);
         if (const auto failure = state.failures.constFind(name); failure != state.failures.constEnd())
             return foundation::Failure{*failure, *failure};
         return {};

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 namespace cantorel::desktop {
 
@@ -23,7 +24,7 @@ public:
 
 private:
     struct State {
-        QStringList calls;
+        std::vector<QString> calls;
         QMap<QString, QString> failures;
     };
     foundation::Guarded<State> mState;
