@@ -21,4 +21,6 @@ void printLine(const QString &text) {
     std::fflush(stdout);
 }
 
+bool printedAll() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
+
 } // namespace cantorel

@@ -39,4 +39,7 @@ public:
 // Writes one line to standard output at once.
 void printLine(const QString &text);
 
+// False when some of what was printed found no place, as on a full disk.
+bool printedAll();
+
 } // namespace cantorel

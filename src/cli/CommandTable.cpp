@@ -73,6 +73,8 @@ int runCommandLine(const QStringList &arguments, std::span<const AddCommand> com
     Outcome outcome = Outcome::failed(QStringLiteral("The command ended unexpectedly; the log says why."));
     if (session.action)
         (void)guarded("command", [&] { outcome = session.action(); }); // what was thrown is logged; the sentence stands
+    if (outcome.status == 0 && !printedAll())
+        outcome = Outcome::failed(QStringLiteral("The answer could not be written; check where standard output goes."));
     return outcome.status == 0 ? 0 : fail(outcome);
 }
 

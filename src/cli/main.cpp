@@ -1,6 +1,7 @@
 // The command line's entry point and composition root.
 
 #include "cli/CommandTable.h"
+#include "cli/DesktopServices.h"
 #include "cli/TerminalAsker.h"
 #include "log/Log.h"
 #include "settings/AppSettings.h"
@@ -15,7 +16,8 @@ int main(int argc, char **argv) {
     AppSettings::initSettingInNeed();
     UserDefaultInit();
     TerminalAsker asker;
-    const InstalledAsker installed(asker);
+    const InstalledAsker installedAsker(asker);
+    const desktop::InstalledServices installedServices(desktopServices());
 
     // Commands that need sound, devices or the desktop join the table here.
     return runCommandLine(application.arguments().mid(1), basicCommands());

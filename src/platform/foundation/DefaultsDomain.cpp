@@ -148,12 +148,16 @@ void DefaultsDomain::refresh(State &state) const {
 void DefaultsDomain::readFile(State &state) const {
     QFile file(mPath);
     QByteArray content;
-    if (!file.open(QIODevice::ReadOnly) || (content = file.readAll(), file.error() != QFileDevice::NoError)) {
+    // Opening a pipe would wait for a writer.
+    const bool isFile = QFileInfo(mPath).isFile();
+    if (!isFile || !file.open(QIODevice::ReadOnly)
+        || (content = file.readAll(), file.error() != QFileDevice::NoError)) {
         state.readable = false;
+        const QString why = isFile ? file.errorString() : QStringLiteral("it is no file");
         trouble(state, {QStringLiteral("The settings file \"%1\" cannot be read: %2. The defaults are used and nothing "
                                        "is saved; mend its rights.")
-                            .arg(mPath, file.errorString()),
-                        QStringLiteral("settings not read from %1: %2").arg(mPath, file.errorString())});
+                            .arg(mPath, why),
+                        QStringLiteral("settings not read from %1: %2").arg(mPath, why)});
         return;
     }
     auto parsed = parsePropertyList(content);

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <csignal>
@@ -149,6 +150,14 @@ TEST(DefaultsDomain, AFileThatCannotBeReadIsNeverOverwritten) {
     EXPECT_EQ(domain.object(QStringLiteral("k")), 1); // the choice holds for this run
     EXPECT_EQ(told, 1);
     EXPECT_TRUE(QDir(path()).exists());
+}
+
+TEST(DefaultsDomain, APipeInThePlaceOfTheFileIsNotWaitedFor) {
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
+    DefaultsDomain domain(kIdentifier);
+    EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
+    EXPECT_TRUE(domain.setObject(QStringLiteral("k"), 1));
+    EXPECT_FALSE(domain.synchronize());
 }
 
 TEST(DefaultsDomain, AFolderThatCannotBeMadeIsFalseAndToldOnce) {

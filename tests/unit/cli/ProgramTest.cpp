@@ -1,0 +1,84 @@
+// The program itself, as a person or a script runs it.
+
+#include "platform/foundation/ChildProcess.h"
+#include "platform/foundation/SearchPaths.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+namespace cantorel {
+namespace {
+
+using foundation::ChildProcess;
+
+// Runs a shell line in which "cli" is the program; the output holds standard output and standard error as redirected.
+QString shell(const char *line, int *status = nullptr) {
+    const auto finished = ChildProcess::run(
+        {QStringLiteral("/bin/sh"),
+         {QStringLiteral("-c"),
+          QStringLiteral("cli() { \"%1\" \"$@\"; }; ").arg(QStringLiteral(CANTOREL_CLI)) + QString::fromUtf8(line)},
+         {},
+         {}});
+    if (!finished)
+        return QStringLiteral("not started");
+    if (status != nullptr)
+        *status = finished.value().ending.exitStatus;
+    return QString::fromUtf8(finished.value().output);
+}
+
+TEST(Program, StandardOutputCarriesTheAnswerAndStandardErrorNothingElse) {
+    EXPECT_EQ(shell("cli settings get audioFormat 2>/dev/null"), QStringLiteral("0\n"));
+    EXPECT_EQ(shell("cli settings get audioFormat 2>&1 >/dev/null"), QString());
+    const auto object = QJsonDocument::fromJson(shell("cli --json settings get audioFormat").toUtf8()).object();
+    EXPECT_EQ(object.value(QStringLiteral("value")), QJsonValue(0));
+}
+
+TEST(Program, FailuresKeepStandardOutputEmptyAndTellTheirStatus) {
+    int status = 0;
+    EXPECT_EQ(shell("cli settings get nothing --json 2>/dev/null", &status), QString());
+    EXPECT_EQ(status, 2);
+    EXPECT_NE(shell("cli settings list 2>&1 >/dev/full", &status), QString());
+    EXPECT_EQ(status, 1);
+}
+
+TEST(Program, ADamagedSettingsFileIsOneLineAndTheDefaults) {
+    QFile file(foundation::configurationFolder() + QStringLiteral("/com.tessolar.Cantorel.plist"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("<plist><dict>");
+    file.close();
+    int status = -1;
+    const QString first = shell("cli settings list 2>&1 >/dev/null");
+    EXPECT_EQ(first.count(QLatin1Char('\n')), 1);
+    EXPECT_TRUE(first.contains(QStringLiteral("damaged")));
+    EXPECT_EQ(shell("cli settings get audioFormat 2>&1", &status), QStringLiteral("0\n")); // told once, at the copy
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(QFile::exists(file.fileName() + QStringLiteral(".damaged")));
+}
+
+TEST(Program, ProgramsThatSetAtOnceLoseNothing) {
+    const char *const keys[] = {"audioFormat",      "autoFilterSeconds",     "autoSplitSeconds",
+                                "recordNameBaseOn", "autoSplitEverySeconds", "updateSkipVersion"};
+    std::vector<std::unique_ptr<ChildProcess>> running;
+    for (const char *key : keys) {
+        auto started = ChildProcess::start(
+            {QStringLiteral(CANTOREL_CLI),
+             {QStringLiteral("settings"), QStringLiteral("set"), QString::fromLatin1(key), QStringLiteral("7")},
+             {},
+             {}});
+        ASSERT_TRUE(started.ok());
+        running.push_back(std::move(started.value()));
+    }
+    for (const auto &child : running)
+        EXPECT_TRUE(child->wait().succeeded());
+    for (const char *key : keys)
+        EXPECT_EQ(shell((std::string("cli settings get ") + key).c_str()), QStringLiteral("7\n")) << key;
+}
+
+} // namespace
+} // namespace cantorel
