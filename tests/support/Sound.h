@@ -43,7 +43,8 @@ inline std::vector<float> decoded(const QString &path) {
     const QByteArray bytes = contents(raw);
     QFile::remove(raw);
     std::vector<float> samples(static_cast<std::size_t>(bytes.size()) / sizeof(float));
-    std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
+    if (!samples.empty())
+        std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
     return samples;
 }
 

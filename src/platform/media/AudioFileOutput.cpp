@@ -2,7 +2,8 @@
 
 #include "platform/media/MediaFailures.h"
 
-#include <QMetaObject>
+#include <QCoreApplication>
+#include <QEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -12,12 +13,18 @@ namespace cantorel::media {
 
 using foundation::Failure;
 
-AudioFileOutput::~AudioFileOutput() { stopRecording(); } // the workers are waited for as they go
+AudioFileOutput::~AudioFileOutput() {
+    stopRecording();
+    if (mStream) {
+        mStream->attach(nullptr);
+        mStream->waitForCycle();
+    }
+    // The workers are waited for as they go.
+}
 
 void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     CaptureStream *stream = mFreshStream ? mFreshStream() : nullptr;
     const std::uint64_t number = mNextNumber++;
-    const auto post = [this](auto action) { QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection); };
     if (!stream) {
         post([this, number, path] { workerFinished(number, path, failures::noDevice()); });
         return;
@@ -39,16 +46,27 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     mCurrent = std::move(recording);
 }
 
+void AudioFileOutput::post(std::function<void()> call) {
+    mPosted.with([&](auto &calls) { calls.push_back(std::move(call)); });
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User)); // the event loop's from here on
+}
+
+void AudioFileOutput::customEvent(QEvent *) {
+    for (const auto &call : mPosted.with([](auto &calls) { return std::exchange(calls, {}); }))
+        call();
+}
+
 void AudioFileOutput::retire(FrameQueue *successor) {
+    const bool endsWithBlock = mStream && mCurrent && !successor && !mPaused;
     mPaused = false;
-    if (mStream)
+    if (mStream && !endsWithBlock) {
         mStream->attach(successor);
+        mStream->waitForCycle();
+    }
     if (!mCurrent)
         return;
-    if (mStream)
-        mStream->waitForCycle();
     mLast = countsOf(*mCurrent);
-    mCurrent->worker->stop();
+    mCurrent->worker->stop(endsWithBlock ? RecordingWorker::End::WithBlock : RecordingWorker::End::Now);
     mEnding.push_back(std::move(mCurrent));
 }
 
@@ -96,6 +114,8 @@ void AudioFileOutput::workerFinished(std::uint64_t number, const QString &path, 
     const auto ended = std::find_if(mEnding.begin(), mEnding.end(),
                                     [number](const auto &recording) { return recording->number == number; });
     if (ended != mEnding.end()) {
+        if (mStream)
+            mStream->detach(&(*ended)->worker->queue());
         if (!mCurrent)
             mLast = countsOf(**ended);
         mEnding.erase(ended);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Guarded.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/WeakDelegate.h"
 #include "platform/media/CaptureStream.h"
@@ -56,13 +57,15 @@ public:
     ~AudioFileOutput() override;
 
     foundation::WeakDelegate<AudioFileOutputDelegate> delegate;
+
     // Sees the exact frames that are handed to the coder, on the worker's thread; for tests, set before a recording.
     std::function<void(std::span<const float> interleavedStereo)> tap;
 
     // Replaces a file of that name. A recording under way ends with the frame before the first of this one. What
     // fails is told by the delegate.
     void startRecordingToOutputFile(const QString &path);
-    // The recording ends with the frames captured until now; the rest is written in the background.
+    // The recording ends with the frames captured until now and the few that complete the coder's block of 1024, so
+    // that every player finds it as long as it was captured. The rest is written in the background.
     void stopRecording();
     void pauseRecording();
     void resumeRecording();
@@ -97,6 +100,9 @@ private:
         std::uint64_t limited = 0;
     };
 
+    // Runs the call on the main thread, in order with the others. Any thread.
+    void post(std::function<void()> call);
+    void customEvent(QEvent *) override;
     void setStream(CaptureStream *stream); // ends a recording of the stream before
     void deviceAlive(bool alive);
     void retire(FrameQueue *successor);
@@ -105,6 +111,7 @@ private:
     static Counts countsOf(const Recording &recording);
     Counts counts() const { return mCurrent ? countsOf(*mCurrent) : mLast; }
 
+    foundation::Guarded<std::vector<std::function<void()>>> mPosted;
     std::function<CaptureStream *()> mFreshStream; // the session's stream, opened again where that is needed
     CaptureStream *mStream = nullptr;              // the session's
     std::unique_ptr<Recording> mCurrent;

@@ -122,6 +122,12 @@ void CaptureStream::waitForCycle() const {
         std::this_thread::yield();
 }
 
+void CaptureStream::detach(FrameQueue *queue) {
+    FrameQueue *attached = queue;
+    mQueue.compare_exchange_strong(attached, nullptr); // or another has taken its place
+    waitForCycle();
+}
+
 OSStatus CaptureStream::aliveChanged(AudioObjectID device, std::uint32_t, const AudioObjectPropertyAddress *,
                                      void *clientData) {
     auto &self = *static_cast<CaptureStream *>(clientData);

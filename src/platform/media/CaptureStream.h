@@ -38,8 +38,10 @@ public:
     // The procedure fills this queue from its next cycle on; null for none. What was attached before may still be
     // filled until waitForCycle() has returned.
     void attach(FrameQueue *queue) { mQueue.store(queue); }
-    // Returns when no cycle is under way that began before. Any thread but the real-time one; at most one cycle long.
+    // Returns when no cycle is under way that began before; at most one cycle long.
     void waitForCycle() const;
+    // The queue is not filled any more when this returns.
+    void detach(FrameQueue *queue);
 
     // Told when the device goes (false) and when it comes back (true).
     std::function<void(bool alive)> onAliveChanged;

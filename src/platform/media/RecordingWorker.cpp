@@ -20,6 +20,7 @@ namespace {
 
 constexpr double kQueueSeconds = 5; // a disk that sleeps longer costs frames, which are counted
 constexpr double kBatchSeconds = 0.5;
+constexpr auto kBlockWait = std::chrono::milliseconds(200);    // a device that brings nothing by then is gone
 constexpr auto kPollInterval = std::chrono::milliseconds(100); // the real-time side never wakes anybody
 
 int totalChannels(const std::vector<int> &sources) { return std::accumulate(sources.begin(), sources.end(), 0); }
@@ -46,13 +47,16 @@ RecordingWorker::RecordingWorker(QString path, double sampleRate, std::vector<in
       mThread([this] { run(); }) {}
 
 RecordingWorker::~RecordingWorker() {
-    stop();
+    stop(End::Now);
     mThread.join();
 }
 
-void RecordingWorker::stop() {
+void RecordingWorker::stop(End end) {
     const std::lock_guard lock(mMutex);
+    if (end == End::WithBlock)
+        mQueue.end();
     mStopping = true;
+    mEnd = end;
     mWake.notify_one();
 }
 
@@ -71,6 +75,7 @@ std::optional<Failure> RecordingWorker::record() {
     Result<void> written;
     while (written && waitForFrames())
         written = drain(writer);
+    settle();
     while (written && mQueue.available() > 0)
         written = drain(writer);
     // Also after a failure: what is in the file shall be played.
@@ -79,6 +84,14 @@ std::optional<Failure> RecordingWorker::record() {
     if (!written)
         return written.failure();
     return closed ? std::nullopt : std::optional(closed.failure());
+}
+
+void RecordingWorker::settle() {
+    const auto deadline = std::chrono::steady_clock::now() + kBlockWait;
+    std::unique_lock lock(mMutex);
+    while (mEnd == End::WithBlock && !mQueue.complete() && std::chrono::steady_clock::now() < deadline)
+        mWake.wait_for(lock, std::chrono::milliseconds(2));
+    mQueue.close();
 }
 
 bool RecordingWorker::waitForFrames() {

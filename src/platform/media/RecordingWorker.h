@@ -40,8 +40,10 @@ public:
     FrameQueue &queue() { return mQueue; }
     const FrameQueue &queue() const { return mQueue; }
 
-    // The recording ends with the frames that are in the queue now: nobody fills it any more. Returns at once.
-    void stop();
+    // Now: with the frames that are in the queue. WithBlock: with the block of the coder that they are in; what it
+    // lacks is waited for as long as a device that runs may need. Return at once.
+    enum class End { Now, WithBlock };
+    void stop(End end);
 
     std::uint64_t bytes() const { return mBytes.load(std::memory_order_relaxed); }
     std::uint64_t limitedSamples() const { return mLimited.load(std::memory_order_relaxed); }
@@ -50,6 +52,7 @@ private:
     void run();
     std::optional<foundation::Failure> record();
     bool waitForFrames(); // false: stopped
+    void settle();
     foundation::Result<void> drain(AudioFileWriter &writer);
 
     const QString mPath;
@@ -61,9 +64,10 @@ private:
     bool mStarted = false;
     std::atomic<std::uint64_t> mBytes{0};
     std::atomic<std::uint64_t> mLimited{0};
-    std::mutex mMutex; // guards mStopping
+    std::mutex mMutex; // guards the next three
     std::condition_variable mWake;
     bool mStopping = false;
+    End mEnd = End::Now;
     std::thread mThread; // last: it uses all of the above
 };
 
