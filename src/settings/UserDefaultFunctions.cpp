@@ -3,6 +3,8 @@
 #include "log/Log.h"
 #include "platform/foundation/KeyedArchiver.h"
 
+#include <algorithm>
+
 namespace cantorel {
 
 namespace {
@@ -58,7 +60,11 @@ QString ZQUserDefaultGetNSStringValue(const QString &key, const QString &default
 
 qint64 ZQUserDefaultGetNSIntegerValue(const QString &key, qint64 defaultValue) {
     const QVariant value = standardUserDefaults().object(key);
-    return value.isValid() ? value.toLongLong() : defaultValue;
+    if (!value.isValid())
+        return defaultValue;
+    // A real number is cut, not rounded.
+    return value.typeId() == QMetaType::Double ? static_cast<qint64>(std::clamp(value.toDouble(), -9.2e18, 9.2e18))
+                                               : value.toLongLong();
 }
 
 bool ZQUserDefaultGetBoolValue(const QString &key, bool defaultValue) {

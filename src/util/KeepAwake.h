@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <stop_token>
 #include <thread>
@@ -14,13 +15,14 @@ namespace cantorel {
 // once and then at every interval. Its end waits for the thread, at most as long as one call of the service lasts.
 class KeepAwake {
 public:
-    explicit KeepAwake(desktop::PowerActivity &power, std::chrono::milliseconds interval = std::chrono::seconds(30));
+    explicit KeepAwake(std::shared_ptr<desktop::PowerActivity> power,
+                       std::chrono::milliseconds interval = std::chrono::seconds(30));
 
 private:
     void run(const std::stop_token &stop);
     void MyKeepWakeSystemTimerCallback(bool &told);
 
-    desktop::PowerActivity &mPower;
+    const std::shared_ptr<desktop::PowerActivity> mPower;
     const std::chrono::milliseconds mInterval;
     std::mutex mMutex; // guards nothing but the wait
     std::condition_variable_any mWake;

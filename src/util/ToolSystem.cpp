@@ -15,11 +15,11 @@ std::unique_ptr<KeepAwake> _wakeTimer;
 } // namespace
 
 void ToolSystem::setAllowKeepSystemWakeEnable(bool enable) {
-    auto &power = desktop::InstalledServices::current().power;
+    const auto power = desktop::InstalledServices::current().power;
     if (!enable)
         _wakeTimer.reset();
     else if (!_wakeTimer && power)
-        _wakeTimer = std::make_unique<KeepAwake>(*power);
+        _wakeTimer = std::make_unique<KeepAwake>(power);
 }
 
 void ToolSystem::setSystemDefaultTooltipsShowTimeInterval(double seconds) {

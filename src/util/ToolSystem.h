@@ -8,7 +8,7 @@ class ToolSystem {
 public:
     ToolSystem() = delete;
 
-    // Keeps the machine awake until it is called with false, which is to happen before the desktop's services end. The
+    // Keeps the machine awake until it is called with false, at the latest when the program ends its event loop. The
     // run loop that never returns lives on a thread of its own, so this returns at once.
     static void setAllowKeepSystemWakeEnable(bool enable);
 

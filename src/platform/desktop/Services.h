@@ -13,7 +13,7 @@ namespace cantorel::desktop {
 // What the desktop does for the program. Made by the composition root; a service that is null is not there.
 struct Services {
     std::unique_ptr<ScriptHost> scripts;
-    std::unique_ptr<PowerActivity> power;
+    std::shared_ptr<PowerActivity> power; // shared with the thread that keeps the machine awake
     std::unique_ptr<FileManagerReveal> files;
     std::unique_ptr<SoundPlayer> sounds;
     SystemVersion version = SystemVersion::current();

@@ -23,6 +23,7 @@ namespace cantorel::foundation {
 namespace {
 
 constexpr Clock::Duration kGrace = std::chrono::seconds(2);
+constexpr qsizetype kPipeCapacity = 65536; // bytes, the system's own default
 
 Clock::Duration now() { return std::chrono::steady_clock::now().time_since_epoch(); }
 
@@ -172,7 +173,7 @@ ChildProcess::Ending ChildProcess::reap() {
     return ending;
 }
 
-bool ChildProcess::readChunk(const ChunkListener &listener) {
+qsizetype ChildProcess::readChunk(const ChunkListener &listener) {
     QByteArray buffer(16384, Qt::Uninitialized);
     const auto count = ::read(mOutput.get(), buffer.data(), static_cast<size_t>(buffer.size()));
     if (count > 0) {
@@ -181,7 +182,7 @@ bool ChildProcess::readChunk(const ChunkListener &listener) {
     } else if (count == 0) {
         mOutput.reset();
     }
-    return count > 0;
+    return std::max<qsizetype>(count, 0);
 }
 
 ChildProcess::Ending ChildProcess::drain(const ChunkListener &listener, std::optional<Clock::Duration> limit) {
@@ -200,9 +201,10 @@ ChildProcess::Ending ChildProcess::drain(const ChunkListener &listener, std::opt
         if ((waiting[1].revents & (POLLIN | POLLHUP | POLLERR)) != 0)
             readChunk(listener);
         if ((waiting[0].revents & POLLIN) != 0) {
-            // What a grandchild would still write later is not waited for.
-            while (mOutput.isOpen() && readChunk(listener))
-                continue;
+            // What stood in the pipe is read; what a grandchild goes on writing is not waited for.
+            qsizetype left = kPipeCapacity;
+            for (qsizetype count = 1; mOutput.isOpen() && count > 0 && left > 0; left -= count)
+                count = readChunk(listener);
             break;
         }
         if (deadline && now() >= *deadline) {

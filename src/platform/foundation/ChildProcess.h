@@ -69,7 +69,7 @@ private:
 
     ChildProcess(pid_t pid, FileDescriptor output, FileDescriptor process);
     Ending drain(const ChunkListener &listener, std::optional<Clock::Duration> limit);
-    bool readChunk(const ChunkListener &listener);
+    qsizetype readChunk(const ChunkListener &listener); // how many bytes there were
     void signalGroup(bool force);
     Ending reap();
 

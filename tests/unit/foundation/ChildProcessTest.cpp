@@ -143,5 +143,17 @@ TEST(ChildProcess, ADaemonThatKeepsThePipeOpenIsNotWaitedFor) {
     EXPECT_FALSE(finished.value().ending.timedOut);
 }
 
+TEST(ChildProcess, ADaemonThatNeverStopsWritingIsNotReadForEver) {
+    const auto finished = ChildProcess::run(shell(QStringLiteral("setsid timeout 5 yes & echo $!")), 50s);
+    EXPECT_FALSE(finished.value().ending.timedOut);
+}
+
+TEST(ChildProcess, TheLastWordsBeforeTheEndAreNotLost) {
+    for (int round = 0; round < 20; ++round) {
+        const auto finished = ChildProcess::run(shell(QStringLiteral("head -c 65536 /dev/zero; exit 1")));
+        ASSERT_EQ(finished.value().output.size(), 65536);
+    }
+}
+
 } // namespace
 } // namespace cantorel::foundation

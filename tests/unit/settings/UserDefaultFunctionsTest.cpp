@@ -30,6 +30,8 @@ TEST(UserDefaultFunctions, ValuesLieInTheFileOfTheIdentifierAsSoonAsTheyAreSet) 
     EXPECT_EQ(ZQUserDefaultGetNSIntegerValue(kKey, 0), std::numeric_limits<qint64>::min());
     EXPECT_TRUE(ZQUserDefaultSetValue_Double(0.1, kKey));
     EXPECT_EQ(ZQUserDefaultGetDoubleValue(kKey, 0), 0.1);
+    EXPECT_TRUE(ZQUserDefaultSetValue_Double(-2.75, kKey));
+    EXPECT_EQ(ZQUserDefaultGetNSIntegerValue(kKey, 0), -2); // cut, not rounded
     EXPECT_TRUE(ZQUserDefaultSetValue_BOOL(false, kKey));
     EXPECT_FALSE(ZQUserDefaultGetBoolValue(kKey, true));
     EXPECT_TRUE(ZQUserDefaultSetValue_Object(QStringLiteral("é"), kKey));

@@ -185,7 +185,7 @@ TEST(KeepAwake, AServiceThatIsMissingIsLoggedOnceAndAskedAgain) {
     record->failOn(QStringLiteral("hold"), QStringLiteral("nobody keeps us awake"));
     auto services = desktop::recordedServices(record);
     {
-        const KeepAwake keepAwake(*services.power, std::chrono::milliseconds(1));
+        const KeepAwake keepAwake(services.power, std::chrono::milliseconds(1));
         EXPECT_TRUE(comesTrue([&] { return record->calls().count(QStringLiteral("activity")) >= 5; }));
     }
     EXPECT_EQ(Tools::getFileContent(GetLogFilePath()).count(QStringLiteral("nobody keeps us awake")), 1);
