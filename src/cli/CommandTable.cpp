@@ -26,11 +26,16 @@ void addCommonOptions(CLI::App &root, CommandSession &session) {
     root.add_flag("--json", session.json, "One JSON object a line on standard output, nothing else there");
     root.add_flag("--quiet", session.quiet, "Only results and failures");
     root.set_version_flag("--version", versionText(), "Print the version");
-    root.add_option("--backend", session.backend, "The audio backend: auto, pipewire or embedded")
-        ->transform(
-            CLI::CheckedTransformer(std::map<std::string, BackendChoice>{{"auto", BackendChoice::Automatic},
-                                                                         {"pipewire", BackendChoice::PipeWire},
-                                                                         {"embedded", BackendChoice::Embedded}}));
+    root.add_option_function<std::string>(
+            "--backend",
+            [&session](const std::string &name) {
+                session.backend = name == "pipewire"   ? BackendChoice::PipeWire
+                                  : name == "embedded" ? BackendChoice::Embedded
+                                                       : BackendChoice::Automatic;
+            },
+            "The audio backend: auto, pipewire or embedded")
+        ->check(CLI::IsMember({"auto", "pipewire", "embedded"}))
+        ->type_name("NAME");
     root.fallthrough(); // the common options may stand behind the command too
     root.require_subcommand(1);
 }
@@ -64,7 +69,10 @@ int runCommandLine(const QStringList &arguments, std::span<const AddCommand> com
     } catch (const CLI::Success &asked) { // help and version
         return root.exit(asked);
     } catch (const CLI::ParseError &error) {
-        const QString what = QString::fromStdString(error.what()).simplified();
+        const auto unknown = root.remaining(true);
+        const QString what =
+            unknown.empty() ? QString::fromStdString(error.what()).simplified()
+                            : QStringLiteral("\"%1\" is not understood.").arg(QString::fromStdString(unknown.front()));
         return fail(
             Outcome::wrongUsage(QStringLiteral("%1%2 Run with --help to see what is possible.")
                                     .arg(what, what.endsWith(QLatin1Char('.')) ? QString() : QStringLiteral("."))));

@@ -143,6 +143,32 @@ TEST(CommandLine, HelpIsOfferedByEveryCommandWithAnExample) {
     EXPECT_EQ(run(words("--version")).out.value(0), QStringLiteral("cantorel-cli 2.5.0"));
 }
 
+void addBackend(CLI::App &root, CommandSession &session) {
+    root.add_subcommand("which")->callback([&session] {
+        session.action = [&session] {
+            session.answer({}, QString::number(static_cast<int>(session.backend)));
+            return Outcome::done();
+        };
+    });
+}
+
+TEST(CommandLine, TheBackendIsOneOfThree) {
+    static constexpr AddCommand kCommands[] = {addBackend};
+    EXPECT_EQ(run(words("which"), kCommands).out.value(0), QStringLiteral("0"));
+    EXPECT_EQ(run(words("which --backend pipewire"), kCommands).out.value(0), QStringLiteral("1"));
+    EXPECT_EQ(run(words("--backend embedded which"), kCommands).out.value(0), QStringLiteral("2"));
+    EXPECT_EQ(run(words("--backend auto which"), kCommands).out.value(0), QStringLiteral("0"));
+    EXPECT_EQ(run(words("--backend tape which"), kCommands).status, 2);
+}
+
+TEST(CommandLine, WhatIsNotUnderstoodIsNamed) {
+    for (const char *command : {"dance", "settings dance", "settings list --dance", "--dance settings list"}) {
+        const CommandRun result = run(words(command));
+        EXPECT_EQ(result.status, 2) << command;
+        EXPECT_TRUE(result.error.value(0).contains(QStringLiteral("dance"))) << result.error.value(0).toStdString();
+    }
+}
+
 void addThrowing(CLI::App &root, CommandSession &session) {
     root.add_subcommand("throw")->callback(
         [&session] { session.action = []() -> Outcome { throw std::runtime_error("planted"); }; });
