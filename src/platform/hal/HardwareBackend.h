@@ -91,6 +91,17 @@ struct AggregateSpec {
     bool operator==(const AggregateSpec &) const = default;
 };
 
+// What shall be the default device of a direction.
+struct DefaultSetting {
+    DefaultSetting(std::nullopt_t) {}
+    DefaultSetting(const QString &device) : choice(device), device(device) {}
+    DefaultSetting(std::optional<QString> made, QString inForce)
+        : choice(std::move(made)), device(std::move(inForce)) {}
+
+    std::optional<QString> choice; // what the person chose, which may be absent; nothing: no choice
+    QString device;                // what that choice amounts to here; empty: whatever the server picks
+};
+
 class HardwareBackend {
 public:
     virtual ~HardwareBackend() = default;
@@ -110,14 +121,11 @@ public:
     // The choice that the person made and the server keeps, which may name an absent device; nothing when none was
     // made.
     virtual std::optional<QString> configuredDefault(Direction direction) const = 0;
-    // Makes a choice, or with nothing takes the choice away. The new default is in force when this returns true; for an
-    // absent choice when the server has chosen. With a guard, the backend sees to it that `guard` is put back (nothing:
-    // taken away) within a second should this program end before the next call for the direction.
-    struct DefaultGuard {
-        std::optional<QString> choice;
-    };
-    virtual bool setConfiguredDefault(Direction direction, const std::optional<QString> &uid,
-                                      const std::optional<DefaultGuard> &guard) = 0;
+    // Makes a choice or takes it away. The new default is in force when this returns true. With a guard, the backend
+    // sees to it that the guard's setting is put back within a second should this program end before the next call for
+    // the direction, unless somebody has chosen yet another device by then.
+    virtual bool setConfiguredDefault(Direction direction, const DefaultSetting &setting,
+                                      const std::optional<DefaultSetting> &guard) = 0;
 
     // Linear gains, one a channel of the side. True when the device will follow.
     virtual bool setGains(const QString &uid, Direction direction, const std::vector<float> &gains) = 0;

@@ -61,12 +61,12 @@ TEST(Defaults, GoingBackRestoresExactlyTheChoiceThatWasDisplaced) {
     for (const auto &[what, before, meanwhile, after] : cases) {
         EmbeddedWorld world;
         world.backend->plug(EmbeddedBackend::plainDevice(headset, QStringLiteral("Headset"), 0, 2));
-        world.backend->setConfiguredDefault(Direction::Output, before, std::nullopt);
+        world.backend->setConfiguredDefault(Direction::Output, {before, QString()}, std::nullopt);
         const AudioDeviceID real = EmbeddedWorld::defaultOutput();
         ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
         ASSERT_EQ(EmbeddedWorld::defaultOutput(), named("Tessolar_AudioDevice"));
         if (meanwhile)
-            world.backend->setConfiguredDefault(Direction::Output, meanwhile, std::nullopt);
+            world.backend->setConfiguredDefault(Direction::Output, {meanwhile, QString()}, std::nullopt);
         ASSERT_EQ(setDefaultOutput(meanwhile ? named("Headset") : real), 0);
         EXPECT_EQ(world.backend->configuredDefault(Direction::Output), after) << what;
     }

@@ -13,16 +13,16 @@ bool DefaultChoice::set(const QString &uid, bool standIn) {
             return true;
         const Displaced displaced =
             mDisplaced ? *mDisplaced : Displaced{configured, mBackend.defaultDevice(mDirection), {}};
-        if (!mBackend.setConfiguredDefault(mDirection, uid, HardwareBackend::DefaultGuard{displaced.choice}))
+        if (!mBackend.setConfiguredDefault(mDirection, uid, DefaultSetting(displaced.choice, displaced.device)))
             return false;
         mDisplaced = displaced;
         mDisplaced->standIn = uid;
         return true;
     }
     if (mDisplaced && mDisplaced->device == uid) {
-        const std::optional<QString> choice = mDisplaced->choice;
+        const DefaultSetting before(mDisplaced->choice, mDisplaced->device);
         mDisplaced.reset();
-        return mBackend.setConfiguredDefault(mDirection, choice, std::nullopt);
+        return mBackend.setConfiguredDefault(mDirection, before, std::nullopt);
     }
     mDisplaced.reset();
     if (configured == uid && mBackend.defaultDevice(mDirection) == uid)

@@ -156,11 +156,11 @@ std::optional<QString> EmbeddedBackend::configuredDefault(Direction direction) c
     return mConfigured[index(direction)];
 }
 
-bool EmbeddedBackend::setConfiguredDefault(Direction direction, const std::optional<QString> &uid,
-                                           const std::optional<DefaultGuard> &) {
+bool EmbeddedBackend::setConfiguredDefault(Direction direction, const DefaultSetting &setting,
+                                           const std::optional<DefaultSetting> &) {
     {
         const Lock lock(mMutex);
-        mConfigured[index(direction)] = uid;
+        mConfigured[index(direction)] = setting.choice;
     }
     announce();
     return true;

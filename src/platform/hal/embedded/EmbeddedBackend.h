@@ -23,8 +23,8 @@ public:
     std::vector<DeviceRecord> devices() const override;
     QString defaultDevice(Direction direction) const override;
     std::optional<QString> configuredDefault(Direction direction) const override;
-    bool setConfiguredDefault(Direction direction, const std::optional<QString> &uid,
-                              const std::optional<DefaultGuard> &guard) override;
+    bool setConfiguredDefault(Direction direction, const DefaultSetting &setting,
+                              const std::optional<DefaultSetting> &guard) override;
     bool setGains(const QString &uid, Direction direction, const std::vector<float> &gains) override;
     bool setMuted(const QString &uid, Direction direction, bool muted) override;
     bool setSampleRate(const QString &uid, double rate) override;

@@ -1,0 +1,118 @@
+#include "platform/hal/pipewire/AggregateNodes.h"
+
+#include <algorithm>
+
+namespace cantorel::hal {
+
+namespace {
+
+// The ports that give a device's input side, in order; empty while it is not there.
+std::vector<std::uint32_t> inputSideOf(const PipeWireGraph &graph, const QString &uid) {
+    std::vector<std::uint32_t> ports;
+    if (const GraphNode *node = graph.nodeNamed(uid)) {
+        for (const GraphPort &port : graph.portsOf(node->id, false))
+            ports.push_back(port.id);
+    }
+    return ports;
+}
+
+ProxyHandle makeNode(pw_core *core, const AggregateSpec &spec, std::size_t channels) {
+    QByteArray positions;
+    for (std::size_t i = 0; i < channels; ++i)
+        positions += (i > 0 ? "," : "") + ("AUX" + QByteArray::number(static_cast<int>(i)));
+    pw_properties *properties = pw_properties_new(
+        PW_KEY_FACTORY_NAME, "support.null-audio-sink", PW_KEY_NODE_NAME, spec.uid.toUtf8().constData(),
+        PW_KEY_NODE_DESCRIPTION, spec.name.toUtf8().constData(), PW_KEY_MEDIA_CLASS, "Audio/Source/Virtual",
+        "audio.position", positions.constData(), PW_KEY_PRIORITY_SESSION, "50", PW_KEY_NODE_VIRTUAL, "true", nullptr);
+    auto *proxy = static_cast<pw_proxy *>(
+        pw_core_create_object(core, "adapter", PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, &properties->dict, 0));
+    pw_properties_free(properties);
+    return ProxyHandle(proxy);
+}
+
+ProxyHandle makeLink(pw_core *core, std::uint32_t output, std::uint32_t input) {
+    pw_properties *properties =
+        pw_properties_new(PW_KEY_LINK_OUTPUT_PORT, QByteArray::number(output).constData(), PW_KEY_LINK_INPUT_PORT,
+                          QByteArray::number(input).constData(), nullptr);
+    auto *proxy = static_cast<pw_proxy *>(
+        pw_core_create_object(core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties->dict, 0));
+    pw_properties_free(properties);
+    return ProxyHandle(proxy);
+}
+
+} // namespace
+
+void AggregateNodes::put(const AggregateSpec &spec) {
+    const auto same = [&](const auto &other) { return other->spec.uid == spec.uid; };
+    const auto found = std::find_if(mAggregates.begin(), mAggregates.end(), same);
+    if (found != mAggregates.end()) {
+        const bool sameMembers = (*found)->spec.subDeviceUids == spec.subDeviceUids && (*found)->spec.name == spec.name;
+        (*found)->spec = spec;
+        if (sameMembers)
+            return; // The server chooses the leading clock itself.
+        mAggregates.erase(found);
+    }
+    mAggregates.push_back(std::make_unique<Aggregate>());
+    mAggregates.back()->spec = spec;
+}
+
+void AggregateNodes::remove(const QString &uid) {
+    std::erase_if(mAggregates, [&](const auto &other) { return other->spec.uid == uid; });
+}
+
+void AggregateNodes::maintain(PipeWireGraph &graph) {
+    for (const auto &aggregate : mAggregates)
+        maintain(*aggregate, graph);
+}
+
+void AggregateNodes::maintain(Aggregate &aggregate, PipeWireGraph &graph) {
+    std::vector<std::uint32_t> ports;
+    bool allThere = !aggregate.spec.subDeviceUids.isEmpty();
+    for (const QString &member : aggregate.spec.subDeviceUids) {
+        const std::vector<std::uint32_t> side = inputSideOf(graph, member);
+        allThere = allThere && !side.empty();
+        ports.insert(ports.end(), side.begin(), side.end());
+    }
+    const GraphNode *node = graph.nodeNamed(aggregate.spec.uid);
+    if (!allThere || (!aggregate.ports.empty() && aggregate.ports != ports)) {
+        aggregate.links.clear();
+        aggregate.node.reset();
+        aggregate.ports.clear();
+        aggregate.complete = false;
+        return;
+    }
+    if (!node) {
+        aggregate.links.clear();
+        aggregate.complete = false;
+        if (!aggregate.node)
+            aggregate.node = makeNode(graph.core(), aggregate.spec, ports.size());
+        return;
+    }
+    if (!aggregate.node) {
+        aggregate.complete = true; // Another instance of the program keeps it.
+        return;
+    }
+    const std::vector<GraphPort> inputs = graph.portsOf(node->id, true);
+    if (inputs.size() == ports.size() && aggregate.links.empty()) {
+        for (std::size_t i = 0; i < ports.size(); ++i)
+            aggregate.links.push_back(makeLink(graph.core(), ports[i], inputs[i].id));
+        aggregate.ports = ports;
+    }
+    aggregate.complete = !aggregate.links.empty() && graph.portsOf(node->id, false).size() == ports.size();
+}
+
+bool AggregateNodes::isComplete(const QString &uid) const {
+    return std::any_of(mAggregates.begin(), mAggregates.end(),
+                       [&](const auto &other) { return other->spec.uid == uid && other->complete; });
+}
+
+void AggregateNodes::forgetServer() {
+    for (const auto &aggregate : mAggregates) {
+        aggregate->links.clear();
+        aggregate->node.reset();
+        aggregate->ports.clear();
+        aggregate->complete = false;
+    }
+}
+
+} // namespace cantorel::hal

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/hal/pipewire/PipeWireGraph.h"
+
+namespace cantorel::hal {
+
+// Keeps the aggregate devices on the server: for each a source of its own that other programs see, its inputs linked to
+// the members' ports. Made while all members are there, taken away when one goes. Owned by PipeWireBackend; every
+// function is called with the loop locked.
+class AggregateNodes {
+public:
+    void put(const AggregateSpec &spec);
+    void remove(const QString &uid);
+
+    // Makes what is missing and removes what has lost a member; called whenever the graph has changed. The links follow
+    // the node's ports, so that a device takes several changes to be complete.
+    void maintain(PipeWireGraph &graph);
+    // Whether the device is there with all its links.
+    bool isComplete(const QString &uid) const;
+    // The server is gone, and what we made on it.
+    void forgetServer();
+
+private:
+    struct Aggregate {
+        AggregateSpec spec;
+        ProxyHandle node; // null when another program made it, or none has yet
+        std::vector<ProxyHandle> links;
+        std::vector<std::uint32_t> ports; // of the members, in the order of the channels; as linked
+        bool complete = false;
+    };
+
+    void maintain(Aggregate &aggregate, PipeWireGraph &graph);
+
+    std::vector<std::unique_ptr<Aggregate>> mAggregates;
+};
+
+} // namespace cantorel::hal

@@ -1,0 +1,368 @@
+#include "platform/hal/pipewire/PipeWireBackend.h"
+
+#include <QFile>
+
+#include <pthread.h>
+#include <spa/debug/types.h>
+#include <spa/param/audio/raw.h>
+#include <spa/param/audio/type-info.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace cantorel::hal {
+
+using foundation::Clock;
+using foundation::Failure;
+using foundation::Result;
+
+namespace {
+
+constexpr auto kReconnectPause = std::chrono::milliseconds(100);
+constexpr auto kSettlePatience = std::chrono::seconds(2);
+constexpr auto kStreamPatience = std::chrono::seconds(3);
+
+std::uint32_t channelNumber(const QString &name) {
+    for (const spa_type_info *info = spa_type_audio_channel; info->name; ++info) {
+        if (name == QLatin1String(spa_debug_type_short_name(info->name)))
+            return info->type;
+    }
+    return SPA_AUDIO_CHANNEL_UNKNOWN;
+}
+
+} // namespace
+
+PipeWireBackend::PipeWireBackend() {
+    pw_init(nullptr, nullptr);
+    mLoop.reset(pw_thread_loop_new("pipewire-loop", nullptr));
+    // This configuration alone has the module that makes the data thread a real-time one.
+    mContext.reset(pw_context_new(pw_thread_loop_get_loop(mLoop.get()),
+                                  pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0));
+    pw_thread_loop_start(mLoop.get());
+}
+
+PipeWireBackend::~PipeWireBackend() {
+    subscribe({});
+    if (mKeeper.joinable()) {
+        mKeeper.request_stop();
+        mKeeper.join();
+    }
+    {
+        const LoopLock lock(mLoop.get());
+        dropServer();
+        mContext.reset();
+    }
+    pw_thread_loop_stop(mLoop.get());
+}
+
+Result<std::unique_ptr<PipeWireBackend>> PipeWireBackend::connect(Clock::Duration patience) {
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR") && qEnvironmentVariableIsEmpty("PIPEWIRE_RUNTIME_DIR"))
+        return explain();
+    std::unique_ptr<PipeWireBackend> backend(new PipeWireBackend); // Its constructor is private.
+    const Clock::Duration deadline = backend->mClock.now() + patience;
+    while (true) {
+        {
+            const LoopLock lock(backend->mLoop.get());
+            const Clock::Duration left = deadline - backend->mClock.now();
+            if ((backend->mCore || backend->connectToServer())
+                && backend->waitUntil([&] { return backend->mLost || backend->carriesSound(); }, left)
+                && !backend->mLost)
+                break;
+            if (backend->mLost)
+                backend->dropServer();
+        }
+        if (backend->mClock.now() >= deadline)
+            return explain();
+        backend->mClock.sleepFor(kReconnectPause);
+    }
+    backend->mKeeper = std::jthread([raw = backend.get()](const std::stop_token &stopping) { raw->keep(stopping); });
+    return backend;
+}
+
+Failure PipeWireBackend::explain() {
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    const QString ours = qEnvironmentVariable("PIPEWIRE_RUNTIME_DIR", runtime);
+    if (ours.isEmpty())
+        return {
+            QStringLiteral("The sound server cannot be found because XDG_RUNTIME_DIR is not set; log in to a desktop "
+                           "session, or set it to /run/user/<your id>."),
+            QStringLiteral("XDG_RUNTIME_DIR is not set")};
+    const bool pulse = QFile::exists(runtime + QStringLiteral("/pulse/native"));
+    if (!QFile::exists(ours + QStringLiteral("/pipewire-0")) && !pulse)
+        return {
+            QStringLiteral("No PipeWire sound server is running; install the packages pipewire and wireplumber, and "
+                           "start them with: systemctl --user start pipewire wireplumber"),
+            QStringLiteral("no socket in ") + ours};
+    if (pulse)
+        return {
+            QStringLiteral("PulseAudio carries the sound here beside a PipeWire without sound; install the packages "
+                           "pipewire-pulse and wireplumber, then log in again."),
+            QStringLiteral("a PulseAudio socket, and no sound devices on PipeWire")};
+    return {QStringLiteral("The PipeWire server carries no sound; install the package wireplumber, and start it with: "
+                           "systemctl --user start wireplumber"),
+            QStringLiteral("no session manager or no device on PipeWire")};
+}
+
+bool PipeWireBackend::connectToServer() {
+    static const pw_core_events events = [] {
+        pw_core_events table = {};
+        table.version = PW_VERSION_CORE_EVENTS;
+        table.error = onCoreError;
+        return table;
+    }();
+    mLost = false;
+    mCore.reset(pw_context_connect(mContext.get(), nullptr, 0));
+    if (!mCore)
+        return false;
+    pw_core_add_listener(mCore.get(), &mCoreHook.hook, &events, this);
+    mGraph = std::make_unique<PipeWireGraph>(mCore.get(), [this] { graphChanged(); });
+    return true;
+}
+
+void PipeWireBackend::dropServer() {
+    for (PipeWireStream *stream : mStreams)
+        stream->detach();
+    mAggregates.forgetServer();
+    mGraph.reset();
+    mCoreHook.remove();
+    mCore.reset();
+    mLost = false;
+}
+
+void PipeWireBackend::onCoreError(void *data, std::uint32_t id, int, int result, const char *) {
+    // Every other error belongs to a request that went wrong and concerns nobody else.
+    if (id != PW_ID_CORE || result != -EPIPE)
+        return;
+    auto *self = static_cast<PipeWireBackend *>(data);
+    self->mLost = true;
+    for (PipeWireStream *stream : self->mStreams)
+        stream->end();
+    self->graphChanged();
+}
+
+bool PipeWireBackend::carriesSound() const {
+    return mGraph && mGraph->hasDefaults()
+           && (!mGraph->defaultInForce(Direction::Output).isEmpty() || !mGraph->devices().empty());
+}
+
+bool PipeWireBackend::waitUntil(const std::function<bool()> &condition, Clock::Duration patience) const {
+    timespec end = {};
+    pw_thread_loop_get_time(mLoop.get(), &end, std::max<std::int64_t>(patience.count(), 0));
+    while (!condition()) {
+        if (pw_thread_loop_timed_wait_full(mLoop.get(), &end) < 0)
+            return condition();
+    }
+    return true;
+}
+
+void PipeWireBackend::graphChanged() {
+    pw_thread_loop_signal(mLoop.get(), false);
+    {
+        const std::lock_guard lock(mKeeperMutex);
+        mChangedPending = true;
+    }
+    mKeeperWake.notify_all();
+}
+
+void PipeWireBackend::streamChanged() { pw_thread_loop_signal(mLoop.get(), false); }
+
+void PipeWireBackend::report(PipeWireStream &stream) {
+    {
+        const std::lock_guard lock(mKeeperMutex);
+        mEndedPending.push_back(&stream);
+    }
+    mKeeperWake.notify_all();
+}
+
+void PipeWireBackend::forget(PipeWireStream &stream) {
+    mStreams.erase(&stream);
+    if (mStreams.empty() && mGraph)
+        mGraph->observe(0, 0);
+    std::unique_lock lock(mKeeperMutex);
+    std::erase(mEndedPending, &stream);
+    mKeeperWake.wait(lock, [&] { return mTelling != &stream; });
+}
+
+void PipeWireBackend::keep(const std::stop_token &stopping) {
+    pthread_setname_np(pthread_self(), "pipewire-keeper");
+    while (!stopping.stop_requested()) {
+        bool changed = false;
+        std::vector<PipeWireStream *> ended;
+        {
+            std::unique_lock lock(mKeeperMutex);
+            mKeeperWake.wait(lock, stopping, [this] { return mChangedPending || !mEndedPending.empty(); });
+            changed = std::exchange(mChangedPending, false);
+        }
+        bool waitsForServer = false;
+        if (changed) {
+            const LoopLock lock(mLoop.get());
+            if (mLost)
+                dropServer();
+            waitsForServer = !mCore && !connectToServer();
+            if (mGraph)
+                mAggregates.maintain(*mGraph);
+        }
+        while (true) {
+            PipeWireStream *stream = nullptr;
+            {
+                const std::lock_guard lock(mKeeperMutex);
+                if (mEndedPending.empty())
+                    break;
+                stream = mEndedPending.back();
+                mEndedPending.pop_back();
+                mTelling = stream;
+            }
+            stream->client().ended();
+            {
+                const std::lock_guard lock(mKeeperMutex);
+                mTelling = nullptr;
+            }
+            mKeeperWake.notify_all();
+        }
+        if (changed) {
+            const std::lock_guard lock(mSubscriberMutex);
+            if (mSubscriber)
+                mSubscriber();
+        }
+        if (waitsForServer) {
+            mClock.sleepFor(kReconnectPause);
+            const std::lock_guard lock(mKeeperMutex);
+            mChangedPending = true;
+        }
+    }
+}
+
+std::vector<DeviceRecord> PipeWireBackend::devices() const {
+    const LoopLock lock(mLoop.get());
+    if (!mGraph || mLost)
+        return {};
+    for (const PipeWireStream *stream : mStreams) {
+        if (stream->observedFrames() > 0)
+            mGraph->observe(stream->observedRate(), stream->observedFrames());
+    }
+    return mGraph->devices();
+}
+
+QString PipeWireBackend::defaultDevice(Direction direction) const {
+    const LoopLock lock(mLoop.get());
+    return mGraph && !mLost ? mGraph->defaultInForce(direction) : QString();
+}
+
+std::optional<QString> PipeWireBackend::configuredDefault(Direction direction) const {
+    const LoopLock lock(mLoop.get());
+    return mGraph && !mLost ? mGraph->configuredDefault(direction) : std::nullopt;
+}
+
+bool PipeWireBackend::setConfiguredDefault(Direction direction, const DefaultSetting &setting,
+                                           const std::optional<DefaultSetting> &guard) {
+    GuardChild &child = mGuards[direction == Direction::Input ? 0 : 1];
+    // The guard stands before the choice is displaced, and until it is back.
+    if (guard && setting.choice && !child.arm(direction, *setting.choice, *guard))
+        return false;
+    bool done = false;
+    {
+        const LoopLock lock(mLoop.get());
+        const auto alive = [this] { return mGraph && !mLost; };
+        // The session manager keeps its pick when a choice is taken away: what shall be in force is chosen first.
+        const QString &device = setting.device;
+        const bool present = alive() && !device.isEmpty() && mGraph->nodeNamed(device);
+        done = alive()
+               && (!present
+                   || (mGraph->setConfiguredDefault(direction, device)
+                       && waitUntil([&] { return !alive() || mGraph->defaultInForce(direction) == device; },
+                                    kSettlePatience)));
+        if (done && alive() && (!present || setting.choice != device))
+            done = mGraph->setConfiguredDefault(direction, setting.choice)
+                   && waitUntil([&] { return !alive() || mGraph->configuredDefault(direction) == setting.choice; },
+                                kSettlePatience);
+        done = done && alive();
+    }
+    if (!guard)
+        child.disarm();
+    return done;
+}
+
+bool PipeWireBackend::setGains(const QString &uid, Direction, const std::vector<float> &gains) {
+    bool done = false;
+    {
+        const LoopLock lock(mLoop.get());
+        done = mGraph && !mLost && mGraph->setGains(uid, gains);
+    }
+    if (done)
+        graphChanged();
+    return done;
+}
+
+bool PipeWireBackend::setMuted(const QString &uid, Direction, bool muted) {
+    bool done = false;
+    {
+        const LoopLock lock(mLoop.get());
+        done = mGraph && !mLost && mGraph->setMuted(uid, muted);
+    }
+    if (done)
+        graphChanged();
+    return done;
+}
+
+bool PipeWireBackend::setSampleRate(const QString &, double rate) {
+    // One rate for the whole graph, which is the person's to choose: every device has it, and no other.
+    const LoopLock lock(mLoop.get());
+    return mGraph && mGraph->rate() == rate;
+}
+
+std::unique_ptr<DeviceStream> PipeWireBackend::openStream(const StreamRequest &request, StreamClient &client) {
+    const LoopLock lock(mLoop.get());
+    const GraphNode *node = mGraph && !mLost ? mGraph->nodeNamed(request.uid) : nullptr;
+    if (!node || (request.input && node->isSink() && !node->isLoopback) || (request.output && !node->isSink()))
+        return nullptr;
+    PipeWireStream::Target target;
+    target.nodeName = node->name;
+    target.captureMonitor = node->isSink();
+    target.rate = mGraph->rate();
+    target.frames = request.preferredCycleFrames;
+    target.input = request.input;
+    target.output = request.output;
+    for (const GraphPort &port : mGraph->portsOf(node->id, node->isSink()))
+        target.positions.push_back(channelNumber(port.channel));
+    if (target.positions.empty())
+        return nullptr;
+
+    auto stream = std::make_unique<PipeWireStream>(*this, mCore.get(), std::move(target), client,
+                                                   static_cast<PipeWireStream *>(request.leader));
+    mStreams.insert(stream.get());
+    const bool decided = waitUntil([&] { return stream->streaming() || stream->hasEnded() || mLost; }, kStreamPatience);
+    if (!decided || stream->hasEnded() || mLost) {
+        stream.reset();
+        return nullptr;
+    }
+    return stream;
+}
+
+bool PipeWireBackend::makeAggregate(const AggregateSpec &spec) {
+    const LoopLock lock(mLoop.get());
+    mAggregates.put(spec);
+    if (!mGraph || mLost)
+        return false;
+    return waitUntil(
+        [&] {
+            if (!mGraph || mLost)
+                return false;
+            mAggregates.maintain(*mGraph);
+            const GraphNode *node = mGraph->nodeNamed(spec.uid);
+            return node && mAggregates.isComplete(spec.uid);
+        },
+        kSettlePatience);
+}
+
+void PipeWireBackend::removeAggregate(const QString &uid) {
+    const LoopLock lock(mLoop.get());
+    mAggregates.remove(uid);
+    (void)waitUntil([&] { return !mGraph || mLost || !mGraph->nodeNamed(uid); }, kSettlePatience);
+}
+
+void PipeWireBackend::subscribe(std::function<void()> changed) {
+    const std::lock_guard lock(mSubscriberMutex);
+    mSubscriber = std::move(changed);
+}
+
+} // namespace cantorel::hal

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "platform/hal/pipewire/AggregateNodes.h"
+#include "platform/hal/pipewire/GuardChild.h"
+#include "platform/hal/pipewire/PipeWireStream.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <set>
+#include <thread>
+
+namespace cantorel::hal {
+
+// The devices of a PipeWire server. Safe from any thread but a real-time one.
+//
+// Threads: the library's loop thread receives the server's events and holds the loop's lock meanwhile; its real-time
+// thread "data-loop.0" runs the cycles; our own "pipewire-keeper" meets a server again that went away, keeps the
+// aggregates, and tells clients and the subscriber, holding no lock while it does. Everything of the library is reached
+// under the loop's lock; the keeper's own words under mKeeperMutex. The loop's lock may be held when the other is
+// taken, never the reverse.
+class PipeWireBackend : public HardwareBackend {
+public:
+    // Waits up to the patience given for a server that carries sound. Fails with one sentence that names the cause.
+    static foundation::Result<std::unique_ptr<PipeWireBackend>> connect(foundation::Clock::Duration patience);
+    ~PipeWireBackend() override;
+
+    QString name() const override { return QStringLiteral("pipewire"); }
+    foundation::Clock &clock() override { return mClock; }
+    std::vector<DeviceRecord> devices() const override;
+    QString defaultDevice(Direction direction) const override;
+    std::optional<QString> configuredDefault(Direction direction) const override;
+    bool setConfiguredDefault(Direction direction, const DefaultSetting &setting,
+                              const std::optional<DefaultSetting> &guard) override;
+    bool setGains(const QString &uid, Direction direction, const std::vector<float> &gains) override;
+    bool setMuted(const QString &uid, Direction direction, bool muted) override;
+    bool setSampleRate(const QString &uid, double rate) override;
+    std::unique_ptr<DeviceStream> openStream(const StreamRequest &request, StreamClient &client) override;
+    bool makeAggregate(const AggregateSpec &spec) override;
+    void removeAggregate(const QString &uid) override;
+    void subscribe(std::function<void()> changed) override;
+
+private:
+    friend class PipeWireStream;
+
+    PipeWireBackend();
+
+    // With the loop locked.
+    bool connectToServer();
+    void dropServer();
+    bool carriesSound() const;
+    // Waits, letting events in, until the condition holds or the time is over. Answers the condition.
+    bool waitUntil(const std::function<bool()> &condition, foundation::Clock::Duration patience) const;
+    static void onCoreError(void *data, std::uint32_t id, int seq, int result, const char *message);
+    static foundation::Failure explain();
+
+    // From the loop's thread or with the loop locked; only wakes the keeper.
+    void graphChanged();
+    void streamChanged();
+    void report(PipeWireStream &stream);
+    void forget(PipeWireStream &stream);
+
+    void keep(const std::stop_token &stopping);
+
+    foundation::WallClock mClock;
+    ThreadLoopHandle mLoop;
+    ContextHandle mContext;
+    CoreHandle mCore;
+    Hook mCoreHook;
+    std::unique_ptr<PipeWireGraph> mGraph;
+    AggregateNodes mAggregates;
+    std::set<PipeWireStream *> mStreams;
+    GuardChild mGuards[2]; // input, output
+    bool mLost = false;    // the connection has broken
+
+    std::mutex mKeeperMutex;
+    std::condition_variable_any mKeeperWake;
+    bool mChangedPending = false;
+    std::vector<PipeWireStream *> mEndedPending;
+    const PipeWireStream *mTelling = nullptr; // whose client is being told
+    // Held while the subscriber is told, so that ending the subscription waits for it.
+    std::recursive_mutex mSubscriberMutex;
+    std::function<void()> mSubscriber;
+    std::jthread mKeeper;
+};
+
+} // namespace cantorel::hal

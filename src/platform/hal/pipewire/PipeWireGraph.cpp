@@ -1,0 +1,369 @@
+#include "platform/hal/pipewire/PipeWireGraph.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <spa/param/audio/format-utils.h>
+#include <spa/param/props.h>
+#include <spa/pod/builder.h>
+#include <spa/pod/iter.h>
+#include <spa/utils/string.h>
+
+#include <algorithm>
+
+namespace cantorel::hal {
+
+namespace {
+
+constexpr double kUsualRate = 48000;
+constexpr std::uint32_t kUsualFrames = 512;
+constexpr std::uint32_t kMaxGains = 64;
+
+QString lookUp(const spa_dict *props, const char *key) {
+    const char *value = props ? spa_dict_lookup(props, key) : nullptr;
+    return value ? QString::fromUtf8(value) : QString();
+}
+
+bool isTrue(const spa_dict *props, const char *key) {
+    const char *value = props ? spa_dict_lookup(props, key) : nullptr;
+    return value && spa_atob(value);
+}
+
+// The loopback devices that are known by their names, whoever made them.
+bool isLoopbackName(const QString &name) {
+    return name == QStringLiteral("Tessolar_AudioDevice") || name == QStringLiteral("System Sound")
+           || name == QStringLiteral("Soundflower (2ch)");
+}
+
+QString defaultKey(Direction direction, bool configured) {
+    return (configured ? QStringLiteral("default.configured.audio.") : QStringLiteral("default.audio."))
+           + (direction == Direction::Input ? QStringLiteral("source") : QStringLiteral("sink"));
+}
+
+} // namespace
+
+PipeWireGraph::PipeWireGraph(pw_core *core, std::function<void()> changed) : mCore(core), mChanged(std::move(changed)) {
+    static const pw_registry_events events = [] {
+        pw_registry_events table = {};
+        table.version = PW_VERSION_REGISTRY_EVENTS;
+        table.global = onGlobal;
+        table.global_remove = onGlobalRemove;
+        return table;
+    }();
+    mRegistry.reset(reinterpret_cast<pw_proxy *>(pw_core_get_registry(core, PW_VERSION_REGISTRY, 0)));
+    pw_registry_add_listener(registry(), &mRegistryHook.hook, &events, this);
+}
+
+PipeWireGraph::~PipeWireGraph() {
+    // Listeners go before what they listen to.
+    mRegistryHook.remove();
+    mDefaultHook.remove();
+    mSettingsHook.remove();
+    for (auto &[id, bound] : mNodes)
+        bound->objectHook.remove();
+}
+
+void PipeWireGraph::onGlobal(void *data, std::uint32_t id, std::uint32_t, const char *type, std::uint32_t,
+                             const spa_dict *props) {
+    static_cast<PipeWireGraph *>(data)->addGlobal(id, type, props);
+}
+
+void PipeWireGraph::onGlobalRemove(void *data, std::uint32_t id) {
+    static_cast<PipeWireGraph *>(data)->removeGlobal(id);
+}
+
+void PipeWireGraph::addGlobal(std::uint32_t id, const char *type, const spa_dict *props) {
+    if (spa_streq(type, PW_TYPE_INTERFACE_Node))
+        addNode(id, props);
+    else if (spa_streq(type, PW_TYPE_INTERFACE_Port))
+        addPort(id, props);
+    else if (spa_streq(type, PW_TYPE_INTERFACE_Metadata))
+        addMetadata(id, props);
+}
+
+void PipeWireGraph::removeGlobal(std::uint32_t id) {
+    if (const auto bound = mNodes.find(id); bound != mNodes.end()) {
+        bound->second->objectHook.remove();
+        mNodes.erase(bound);
+    } else if (id == mDefaultMetadataId && mDefaultMetadata) {
+        mDefaultHook.remove();
+        mDefaultMetadata.reset();
+        mDefaults.clear();
+    } else if (mPorts.erase(id) == 0) {
+        return;
+    }
+    mChanged();
+}
+
+void PipeWireGraph::addNode(std::uint32_t id, const spa_dict *props) {
+    const QString mediaClass = lookUp(props, PW_KEY_MEDIA_CLASS);
+    if (mediaClass != QStringLiteral("Audio/Sink") && !mediaClass.startsWith(QStringLiteral("Audio/Source")))
+        return;
+    static const pw_node_events events = [] {
+        pw_node_events table = {};
+        table.version = PW_VERSION_NODE_EVENTS;
+        table.info = onNodeInfo;
+        table.param = onNodeParam;
+        return table;
+    }();
+    auto bound = std::make_unique<BoundNode>();
+    bound->graph = this;
+    bound->node.id = id;
+    bound->node.mediaClass = mediaClass;
+    bound->proxy.reset(
+        static_cast<pw_proxy *>(pw_registry_bind(registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)));
+    if (!bound->proxy)
+        return;
+    auto *node = reinterpret_cast<pw_node *>(bound->proxy.get());
+    pw_node_add_listener(node, &bound->objectHook.hook, &events, bound.get());
+    std::uint32_t wanted[] = {SPA_PARAM_Props};
+    pw_node_subscribe_params(node, wanted, 1);
+    mNodes.emplace(id, std::move(bound));
+}
+
+void PipeWireGraph::addPort(std::uint32_t id, const spa_dict *props) {
+    GraphPort port;
+    port.id = id;
+    port.nodeId = lookUp(props, PW_KEY_NODE_ID).toUInt();
+    port.isInput = lookUp(props, PW_KEY_PORT_DIRECTION) == QStringLiteral("in");
+    port.index = lookUp(props, PW_KEY_PORT_ID).toUInt();
+    port.channel = lookUp(props, PW_KEY_AUDIO_CHANNEL);
+    mPorts.insert_or_assign(id, port);
+    mChanged();
+}
+
+void PipeWireGraph::addMetadata(std::uint32_t id, const spa_dict *props) {
+    const QString name = lookUp(props, PW_KEY_METADATA_NAME);
+    const bool isDefault = name == QStringLiteral("default");
+    if (!isDefault && name != QStringLiteral("settings"))
+        return;
+    const auto tableFor = [](decltype(pw_metadata_events::property) property) {
+        pw_metadata_events table = {};
+        table.version = PW_VERSION_METADATA_EVENTS;
+        table.property = property;
+        return table;
+    };
+    static const pw_metadata_events defaultEvents = tableFor(onDefaultMetadata);
+    static const pw_metadata_events settingsEvents = tableFor(onSettingsMetadata);
+    ProxyHandle proxy(
+        static_cast<pw_proxy *>(pw_registry_bind(registry(), id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0)));
+    if (!proxy)
+        return;
+    Hook &hook = isDefault ? mDefaultHook : mSettingsHook;
+    hook.remove();
+    pw_metadata_add_listener(reinterpret_cast<pw_metadata *>(proxy.get()), &hook.hook,
+                             isDefault ? &defaultEvents : &settingsEvents, this);
+    if (isDefault) {
+        mDefaultMetadataId = id;
+        mDefaultMetadata = std::move(proxy);
+    } else {
+        mSettingsMetadata = std::move(proxy);
+    }
+}
+
+int PipeWireGraph::onDefaultMetadata(void *data, std::uint32_t subject, const char *key, const char *,
+                                     const char *value) {
+    return static_cast<PipeWireGraph *>(data)->readMetadata(false, subject, key, value);
+}
+
+int PipeWireGraph::onSettingsMetadata(void *data, std::uint32_t subject, const char *key, const char *,
+                                      const char *value) {
+    return static_cast<PipeWireGraph *>(data)->readMetadata(true, subject, key, value);
+}
+
+int PipeWireGraph::readMetadata(bool isSettings, std::uint32_t subject, const char *key, const char *value) {
+    if (subject != 0)
+        return 0;
+    const QString name = QString::fromUtf8(key ? key : "");
+    if (isSettings) {
+        mSettings.insert(name, value ? QByteArray(value).toDouble() : 0);
+    } else if (!key) {
+        mDefaults.clear();
+    } else if (!value) {
+        mDefaults.remove(name);
+    } else {
+        const QJsonObject object = QJsonDocument::fromJson(QByteArray(value)).object();
+        mDefaults.insert(name, object.value(QStringLiteral("name")).toString());
+    }
+    mChanged();
+    return 0;
+}
+
+void PipeWireGraph::onNodeInfo(void *data, const pw_node_info *info) {
+    auto *bound = static_cast<BoundNode *>(data);
+    bound->graph->describe(*bound, *info);
+}
+
+void PipeWireGraph::describe(BoundNode &bound, const pw_node_info &info) {
+    // An update brings an empty list when the properties are not what changed.
+    if (!info.props || !(info.change_mask & PW_NODE_CHANGE_MASK_PROPS))
+        return;
+    GraphNode &node = bound.node;
+    node.name = lookUp(info.props, PW_KEY_NODE_NAME);
+    node.description = lookUp(info.props, PW_KEY_NODE_DESCRIPTION);
+    if (node.description.isEmpty())
+        node.description = lookUp(info.props, PW_KEY_NODE_NICK);
+    node.isLoopback =
+        node.isSink()
+        && (isTrue(info.props, "cantorel.loopback") || isLoopbackName(node.description) || isLoopbackName(node.name));
+    mChanged();
+}
+
+void PipeWireGraph::onNodeParam(void *data, int, std::uint32_t id, std::uint32_t, std::uint32_t, const spa_pod *param) {
+    auto *bound = static_cast<BoundNode *>(data);
+    if (id == SPA_PARAM_Props && param && spa_pod_is_object(param))
+        bound->graph->readProps(*bound, param);
+}
+
+void PipeWireGraph::readProps(BoundNode &bound, const spa_pod *param) {
+    GraphNode &node = bound.node;
+    const auto *object = reinterpret_cast<const spa_pod_object *>(param);
+    if (const spa_pod_prop *prop = spa_pod_object_find_prop(object, nullptr, SPA_PROP_channelVolumes)) {
+        float gains[kMaxGains];
+        const std::uint32_t count = spa_pod_copy_array(&prop->value, SPA_TYPE_Float, gains, kMaxGains);
+        node.gains.assign(gains, gains + count);
+    }
+    if (const spa_pod_prop *prop = spa_pod_object_find_prop(object, nullptr, SPA_PROP_mute)) {
+        bool muted = false;
+        node.hasMute = spa_pod_get_bool(&prop->value, &muted) == 0;
+        node.muted = muted;
+    }
+    mChanged();
+}
+
+PipeWireGraph::BoundNode *PipeWireGraph::boundNamed(const QString &name) {
+    for (const auto &[id, bound] : mNodes) {
+        if (!name.isEmpty() && bound->node.name == name)
+            return bound.get();
+    }
+    return nullptr;
+}
+
+const GraphNode *PipeWireGraph::nodeNamed(const QString &name) const {
+    const BoundNode *bound = const_cast<PipeWireGraph *>(this)->boundNamed(name);
+    return bound ? &bound->node : nullptr;
+}
+
+std::vector<GraphPort> PipeWireGraph::portsOf(std::uint32_t nodeId, bool inputs) const {
+    std::vector<GraphPort> ports;
+    for (const auto &[id, port] : mPorts) {
+        if (port.nodeId == nodeId && port.isInput == inputs)
+            ports.push_back(port);
+    }
+    std::sort(ports.begin(), ports.end(), [](const auto &a, const auto &b) { return a.index < b.index; });
+    return ports;
+}
+
+std::optional<DeviceRecord> PipeWireGraph::recordOf(const GraphNode &node) const {
+    // A device whose ports are not made yet is about to appear.
+    const auto channels = static_cast<int>(portsOf(node.id, node.isSink()).size());
+    if (node.name.isEmpty() || channels == 0)
+        return std::nullopt;
+    DeviceRecord record;
+    record.uid = node.name;
+    record.name = node.description.isEmpty() ? node.name : node.description;
+    record.sampleRate = rate();
+    record.cycleFrames = cycleFrames();
+    record.isLoopback = node.isLoopback;
+    DeviceSide side;
+    side.channels = channels;
+    side.gains = node.gains;
+    side.canMute = node.hasMute;
+    side.muted = node.muted;
+    (node.isSink() ? record.output : record.input) = side;
+    if (node.isLoopback)
+        record.input.channels = channels;
+    return record;
+}
+
+std::vector<DeviceRecord> PipeWireGraph::devices() const {
+    std::vector<DeviceRecord> records;
+    for (const auto &[id, bound] : mNodes) {
+        auto record = recordOf(bound->node);
+        const auto sameUid = [&](const DeviceRecord &other) { return other.uid == record->uid; };
+        if (record && std::none_of(records.begin(), records.end(), sameUid))
+            records.push_back(*record);
+    }
+    std::sort(records.begin(), records.end(), [](const auto &a, const auto &b) { return a.uid < b.uid; });
+    return records;
+}
+
+QString PipeWireGraph::defaultInForce(Direction direction) const {
+    const GraphNode *node = nodeNamed(mDefaults.value(defaultKey(direction, false)));
+    // Without a microphone the session manager names a sink's monitor, which is no input of anybody's.
+    const bool fits = node && (direction == Direction::Input ? node->isSource() : node->isSink());
+    return fits ? node->name : QString();
+}
+
+std::optional<QString> PipeWireGraph::configuredDefault(Direction direction) const {
+    const auto found = mDefaults.constFind(defaultKey(direction, true));
+    return found == mDefaults.constEnd() ? std::nullopt : std::optional(*found);
+}
+
+bool PipeWireGraph::setConfiguredDefault(Direction direction, const std::optional<QString> &name) {
+    if (!mDefaultMetadata)
+        return false;
+    auto *metadata = reinterpret_cast<pw_metadata *>(mDefaultMetadata.get());
+    const QByteArray key = defaultKey(direction, true).toLatin1();
+    if (!name)
+        return pw_metadata_set_property(metadata, 0, key.constData(), nullptr, nullptr) >= 0;
+    const QByteArray value = QJsonDocument(QJsonObject{{QStringLiteral("name"), *name}}).toJson(QJsonDocument::Compact);
+    return pw_metadata_set_property(metadata, 0, key.constData(), "Spa:String:JSON", value.constData()) >= 0;
+}
+
+bool PipeWireGraph::setGains(const QString &name, const std::vector<float> &gains) {
+    BoundNode *bound = boundNamed(name);
+    if (!bound || gains.empty() || gains.size() > kMaxGains)
+        return false;
+    std::uint8_t room[1024];
+    spa_pod_builder builder = SPA_POD_BUILDER_INIT(room, sizeof room);
+    const auto *param = static_cast<const spa_pod *>(spa_pod_builder_add_object(
+        &builder, SPA_TYPE_OBJECT_Props, SPA_PARAM_Props, SPA_PROP_channelVolumes,
+        SPA_POD_Array(sizeof(float), SPA_TYPE_Float, static_cast<std::uint32_t>(gains.size()), gains.data())));
+    if (pw_node_set_param(reinterpret_cast<pw_node *>(bound->proxy.get()), SPA_PARAM_Props, 0, param) < 0)
+        return false;
+    bound->node.gains = gains; // What the server will announce in a moment.
+    return true;
+}
+
+bool PipeWireGraph::setMuted(const QString &name, bool muted) {
+    BoundNode *bound = boundNamed(name);
+    if (!bound || !bound->node.hasMute)
+        return false;
+    std::uint8_t room[256];
+    spa_pod_builder builder = SPA_POD_BUILDER_INIT(room, sizeof room);
+    const auto *param = static_cast<const spa_pod *>(spa_pod_builder_add_object(
+        &builder, SPA_TYPE_OBJECT_Props, SPA_PARAM_Props, SPA_PROP_mute, SPA_POD_Bool(muted)));
+    if (pw_node_set_param(reinterpret_cast<pw_node *>(bound->proxy.get()), SPA_PARAM_Props, 0, param) < 0)
+        return false;
+    bound->node.muted = muted;
+    return true;
+}
+
+double PipeWireGraph::rate() const {
+    if (mObservedRate > 0)
+        return mObservedRate;
+    for (const char *key : {"clock.force-rate", "clock.rate"}) {
+        if (const double rate = mSettings.value(QLatin1String(key)); rate > 0)
+            return rate;
+    }
+    return kUsualRate;
+}
+
+std::uint32_t PipeWireGraph::cycleFrames() const {
+    if (mObservedFrames > 0)
+        return mObservedFrames;
+    const auto setting = [this](const char *key) {
+        return static_cast<std::uint32_t>(std::clamp(mSettings.value(QLatin1String(key)), 0.0, 8192.0));
+    };
+    if (const std::uint32_t forced = setting("clock.force-quantum"); forced > 0)
+        return forced;
+    return std::max(kUsualFrames, setting("clock.min-quantum"));
+}
+
+void PipeWireGraph::observe(double rate, std::uint32_t frames) {
+    mObservedRate = rate;
+    mObservedFrames = frames;
+}
+
+} // namespace cantorel::hal

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "platform/hal/HardwareBackend.h"
+#include "platform/hal/pipewire/PipeWireHandles.h"
+
+#include <QHash>
+
+#include <map>
+
+namespace cantorel::hal {
+
+// A node that is an audio device, as the server describes it.
+struct GraphNode {
+    std::uint32_t id = 0;
+    QString name;        // node.name: the device's UID
+    QString description; // what a person calls it
+    QString mediaClass;
+    bool isLoopback = false;
+    std::vector<float> gains; // linear
+    bool hasMute = false;
+    bool muted = false;
+
+    bool isSink() const { return mediaClass == QStringLiteral("Audio/Sink"); }
+    bool isSource() const { return mediaClass.startsWith(QStringLiteral("Audio/Source")); }
+};
+
+struct GraphPort {
+    std::uint32_t id = 0;
+    std::uint32_t nodeId = 0;
+    bool isInput = false;
+    std::uint32_t index = 0; // within its node and direction
+    QString channel;         // "FL", "AUX0", ...
+};
+
+// The server's nodes, ports and metadata as this program sees them. Lives while the connection does; every function is
+// called with the loop locked, and the changed function from the loop's thread.
+class PipeWireGraph {
+public:
+    PipeWireGraph(pw_core *core, std::function<void()> changed);
+    ~PipeWireGraph();
+
+    // The devices in the order of their UIDs.
+    std::vector<DeviceRecord> devices() const;
+    const GraphNode *nodeNamed(const QString &name) const;
+    // The ports of a node, in order: those it takes sound by, or those it gives it by (its monitors for a sink).
+    std::vector<GraphPort> portsOf(std::uint32_t nodeId, bool inputs) const;
+
+    // Whether a session manager is there: it alone keeps the default devices.
+    bool hasDefaults() const { return mDefaultMetadata != nullptr; }
+    QString defaultInForce(Direction direction) const;
+    std::optional<QString> configuredDefault(Direction direction) const;
+    // Nothing takes the choice away. False without a session manager.
+    bool setConfiguredDefault(Direction direction, const std::optional<QString> &name);
+
+    bool setGains(const QString &name, const std::vector<float> &gains);
+    bool setMuted(const QString &name, bool muted);
+
+    double rate() const;
+    std::uint32_t cycleFrames() const;
+    // What a running stream has seen; 0 frames: nothing runs any more.
+    void observe(double rate, std::uint32_t frames);
+
+    // The links and nodes that a program makes are made of this.
+    pw_core *core() const { return mCore; }
+    pw_registry *registry() const { return reinterpret_cast<pw_registry *>(mRegistry.get()); }
+
+private:
+    struct BoundNode {
+        PipeWireGraph *graph = nullptr;
+        GraphNode node;
+        ProxyHandle proxy;
+        Hook objectHook;
+    };
+
+    void addGlobal(std::uint32_t id, const char *type, const spa_dict *props);
+    void removeGlobal(std::uint32_t id);
+    void addNode(std::uint32_t id, const spa_dict *props);
+    void addPort(std::uint32_t id, const spa_dict *props);
+    void addMetadata(std::uint32_t id, const spa_dict *props);
+    void describe(BoundNode &bound, const pw_node_info &info);
+    void readProps(BoundNode &bound, const spa_pod *param);
+    int readMetadata(bool isSettings, std::uint32_t subject, const char *key, const char *value);
+    BoundNode *boundNamed(const QString &name);
+    std::optional<DeviceRecord> recordOf(const GraphNode &node) const;
+
+    static void onGlobal(void *data, std::uint32_t id, std::uint32_t permissions, const char *type,
+                         std::uint32_t version, const spa_dict *props);
+    static void onGlobalRemove(void *data, std::uint32_t id);
+    static void onNodeInfo(void *data, const pw_node_info *info);
+    static void onNodeParam(void *data, int seq, std::uint32_t id, std::uint32_t index, std::uint32_t next,
+                            const spa_pod *param);
+    static int onDefaultMetadata(void *data, std::uint32_t subject, const char *key, const char *type,
+                                 const char *value);
+    static int onSettingsMetadata(void *data, std::uint32_t subject, const char *key, const char *type,
+                                  const char *value);
+
+    pw_core *mCore;
+    const std::function<void()> mChanged;
+    ProxyHandle mRegistry;
+    Hook mRegistryHook;
+    std::map<std::uint32_t, std::unique_ptr<BoundNode>> mNodes;
+    std::map<std::uint32_t, GraphPort> mPorts;
+    ProxyHandle mDefaultMetadata;
+    Hook mDefaultHook;
+    std::uint32_t mDefaultMetadataId = 0;
+    ProxyHandle mSettingsMetadata;
+    Hook mSettingsHook;
+    QHash<QString, QString> mDefaults; // metadata key to node name
+    QHash<QString, double> mSettings;  // metadata key to number
+    double mObservedRate = 0;
+    std::uint32_t mObservedFrames = 0;
+};
+
+} // namespace cantorel::hal
