@@ -10,14 +10,15 @@
 
 namespace cantorel::media {
 
-// What the coder may do to spend fewer bits. The defaults are what recordings are made with.
+// What the coder may do to spend fewer bits. The defaults are what recordings are made with; why stands in
+// docs/decisions/coder-settings.md.
 struct AacSettings {
     int bitRate = 0;                // bits a second; 0: 256,000 at 44.1 and 48 kHz, in proportion elsewhere
     bool noiseSubstitution = false; // off: files written with it cannot be decoded in parallel to the bit
-    bool intensityStereo = true;
-    bool temporalNoiseShaping = true;
+    bool intensityStereo = false;
+    bool temporalNoiseShaping = false;
     bool midSide = true;
-    bool fastCoder = false;
+    bool fastCoder = true;
 };
 
 // What a file has to say about its AAC track.
