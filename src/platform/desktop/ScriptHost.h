@@ -12,7 +12,8 @@ public:
     // Whether the text is a script at all; the failure's detail is what the compiler said.
     virtual foundation::Result<void> compile(const QString &source) = 0;
 
-    // Runs the script and answers what it printed; the failure's detail is what it printed and how it ended.
+    // Runs the script and answers what it printed; the failure's sentence is the last line that it printed, the detail
+    // all that it printed and how it ended.
     virtual foundation::Result<QString> execute(const QString &source) = 0;
 };
 

@@ -22,7 +22,9 @@ foundation::Result<QString> ShellScriptHost::shell(const QStringList &arguments)
     const QString how = ending.timedOut      ? QStringLiteral("it took too long")
                         : ending.signal != 0 ? QStringLiteral("signal %1").arg(ending.signal)
                                              : QStringLiteral("status %1").arg(ending.exitStatus);
-    return foundation::Failure{QStringLiteral("A script failed: %1.").arg(how),
+    // A script that knows why it failed says so in its last line.
+    const QString said = output.trimmed().section(QLatin1Char('\n'), -1);
+    return foundation::Failure{said.isEmpty() ? QStringLiteral("A script failed: %1.").arg(how) : said,
                                QStringLiteral("%1(%2)").arg(output, how)};
 }
 
