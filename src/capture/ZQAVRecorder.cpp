@@ -69,6 +69,11 @@ std::int64_t ZQAVRecorder::droppedFrames() const {
 
 std::int64_t ZQAVRecorder::recordedFrames() const { return fileOutput() ? fileOutput()->recordedDuration().value : 0; }
 
+double ZQAVRecorder::recordedSeconds() const {
+    const media::MediaTime duration = fileOutput() ? fileOutput()->recordedDuration() : media::MediaTime();
+    return duration.timescale < 1 ? 0 : static_cast<double>(duration.value) / duration.timescale;
+}
+
 double ZQAVRecorder::recordingDuration() const {
     if (!fileOutput())
         return 0;

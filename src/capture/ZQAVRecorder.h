@@ -61,6 +61,7 @@ public:
     std::int64_t recordedFileSize() const; // bytes
     double recordingDuration() const;      // whole seconds
     std::int64_t recordedFrames() const;   // exact
+    double recordedSeconds() const;        // exact
     // What was lost on the way to the file, in frames; 0 in a good recording.
     std::int64_t droppedFrames() const;
 

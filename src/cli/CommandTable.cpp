@@ -1,6 +1,10 @@
 #include "cli/CommandTable.h"
 
+#include "cli/DevicesCommand.h"
+#include "cli/DoctorCommand.h"
+#include "cli/DriverCommand.h"
 #include "cli/LangCommand.h"
+#include "cli/RecordCommand.h"
 #include "cli/SettingsCommand.h"
 #include "log/GuardedAction.h"
 #include "platform/foundation/Console.h"
@@ -47,8 +51,9 @@ int fail(const Outcome &outcome) {
 
 } // namespace
 
-std::span<const AddCommand> basicCommands() {
-    static constexpr AddCommand kCommands[] = {addSettingsCommand, addLangCommand};
+std::span<const AddCommand> allCommands() {
+    static constexpr AddCommand kCommands[] = {addDoctorCommand, addDevicesCommand,  addDriverCommand,
+                                               addRecordCommand, addSettingsCommand, addLangCommand};
     return kCommands;
 }
 

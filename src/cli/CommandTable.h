@@ -16,8 +16,8 @@ namespace cantorel {
 // is chosen. The session outlives the command line.
 using AddCommand = void (*)(CLI::App &root, CommandSession &session);
 
-// The commands that need no sound; one file each. Programs put their own before or after these.
-std::span<const AddCommand> basicCommands();
+// All commands of the program; one file each.
+std::span<const AddCommand> allCommands();
 
 // Reads the arguments (without the program's name), runs the command, and answers the exit status. When it fails, the
 // last line on the console is the sentence that says why.

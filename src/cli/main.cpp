@@ -19,6 +19,5 @@ int main(int argc, char **argv) {
     const InstalledAsker installedAsker(asker);
     const desktop::InstalledServices installedServices(desktopServices());
 
-    // Commands that need sound, devices or the desktop join the table here.
-    return runCommandLine(application.arguments().mid(1), basicCommands());
+    return runCommandLine(application.arguments().mid(1), allCommands());
 }

@@ -22,7 +22,7 @@ struct CommandRun {
     QStringList out, error;
 };
 
-CommandRun run(const QStringList &arguments, std::span<const AddCommand> commands = basicCommands()) {
+CommandRun run(const QStringList &arguments, std::span<const AddCommand> commands = allCommands()) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     const int status = runCommandLine(arguments, commands);

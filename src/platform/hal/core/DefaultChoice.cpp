@@ -4,33 +4,29 @@ namespace cantorel::hal {
 
 bool DefaultChoice::set(const QString &uid, bool standIn) {
     const std::optional<QString> configured = mBackend.configuredDefault(mDirection);
+    const QString inForce = mBackend.defaultDevice(mDirection);
     // Someone has chosen another device meanwhile: that choice is the person's, and what we remembered is past.
-    if (mDisplaced && configured != mDisplaced->standIn)
+    if (mDisplaced && configured != mDisplaced->instead)
         mDisplaced.reset();
 
-    if (standIn) {
-        if (configured == uid && mBackend.defaultDevice(mDirection) == uid)
-            return true;
-        const Displaced displaced =
-            mDisplaced ? *mDisplaced : Displaced{configured, mBackend.defaultDevice(mDirection), {}};
-        if (!mBackend.setConfiguredDefault(mDirection, uid, DefaultSetting(displaced.choice, displaced.device)))
-            return false;
-        mDisplaced = displaced;
-        mDisplaced->standIn = uid;
-        return true;
-    }
-    if (mDisplaced && mDisplaced->device == uid) {
+    if (!standIn && mDisplaced && mDisplaced->device == uid) {
         const DefaultSetting before(mDisplaced->choice, mDisplaced->device);
         mDisplaced.reset();
         return mBackend.setConfiguredDefault(mDirection, before, std::nullopt);
     }
-    mDisplaced.reset();
-    if (configured == uid && mBackend.defaultDevice(mDirection) == uid)
-        return true;
     // Where nothing was chosen and the device is the default anyway, it stays so without a choice.
-    if (!configured && mBackend.defaultDevice(mDirection) == uid)
+    if (inForce == uid && (configured == uid || (!standIn && !configured)))
         return true;
-    return mBackend.setConfiguredDefault(mDirection, uid, std::nullopt);
+    // One stand-in after another still stands in for the choice before the first.
+    Displaced displaced =
+        standIn && mDisplaced && mDisplaced->standIn ? *mDisplaced : Displaced{configured, inForce, {}, false};
+    displaced.instead = uid;
+    displaced.standIn = standIn;
+    const auto guard = standIn ? std::optional(DefaultSetting(displaced.choice, displaced.device)) : std::nullopt;
+    if (!mBackend.setConfiguredDefault(mDirection, uid, guard))
+        return false;
+    mDisplaced = displaced;
+    return true;
 }
 
 } // namespace cantorel::hal

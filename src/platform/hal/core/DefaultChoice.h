@@ -18,7 +18,8 @@ private:
     struct Displaced {
         std::optional<QString> choice; // what the person had chosen
         QString device;                // what that choice amounted to
-        QString standIn;               // what we chose instead
+        QString instead;               // what we chose
+        bool standIn = false;          // a device of the program's own
     };
 
     HardwareBackend &mBackend;

@@ -1,0 +1,138 @@
+#include "cli/DoctorCommand.h"
+
+#include "audio_device/ZQAudioKextKit.h"
+#include "cli/Hardware.h"
+#include "platform/foundation/ChildProcess.h"
+#include "platform/media/Codecs.h"
+#include "settings/AppSettings.h"
+#include "util/ToolFile.h"
+
+#include <QFile>
+#include <QStorageInfo>
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+
+namespace cantorel {
+
+namespace {
+
+struct Check {
+    QString name;
+    bool ok = false;
+    bool needed = false; // recording cannot work without it
+    QString detail;      // what was found, or how to mend it
+};
+
+Check audioServer(const foundation::Result<std::unique_ptr<Hardware>> &hardware) {
+    if (!hardware)
+        return {QStringLiteral("audio server"), false, true, hardware.failure().sentence};
+    return {QStringLiteral("audio server"), true, true, hardware.value()->backendName()};
+}
+
+Check virtualDevice(bool hasHardware) {
+    const bool there = hasHardware && ZQAudioKextKit::activateSVAD();
+    return {QStringLiteral("virtual device"), there, false,
+            there
+                ? ZQAudioKextKit::getSystemSoundDeviceName()
+                : QStringLiteral("Not installed, so system sound can't be recorded; run: cantorel-cli driver install")};
+}
+
+Check microphone(bool hasHardware) {
+    const QString name = hasHardware ? ZQAudioKextKit::getDefaultAudioInputName() : QString();
+    return {QStringLiteral("microphone"), !name.isEmpty(), false,
+            name.isEmpty() ? QStringLiteral("None found; connect one to record it.") : name};
+}
+
+Check recorder() {
+    const auto codecs = media::loadCodecs();
+    return {QStringLiteral("recorder"), codecs.ok(), true,
+            codecs ? QStringLiteral("AAC coder loaded") : codecs.failure().sentence};
+}
+
+Check converter() {
+    const QString name = QStringLiteral("converter");
+    const QString program = AppSettings::TessolarConverterPath();
+    const auto run = foundation::ChildProcess::run(
+        {program, {QStringLiteral("-hide_banner"), QStringLiteral("-encoders")}, {}, {}}, std::chrono::seconds(20));
+    if (!run || !run.value().ending.succeeded())
+        return {name, false, false,
+                QStringLiteral("ffmpeg can't be run, so recordings stay M4A files; install the package ffmpeg.")};
+    QStringList missing;
+    for (const char *encoder : {"libmp3lame", "aac", "alac", "flac", "pcm_s16le"}) {
+        if (!run.value().output.contains(QByteArray(" ") + encoder + " "))
+            missing.append(QString::fromLatin1(encoder));
+    }
+    return {name, missing.isEmpty(), false,
+            missing.isEmpty() ? QStringLiteral("ffmpeg with all encoders")
+                              : QStringLiteral("ffmpeg lacks %1; install Debian's own package ffmpeg.")
+                                    .arg(missing.join(QStringLiteral(", ")))};
+}
+
+Check folder() {
+    const QString path = AppSettings::outputPath();
+    const bool ok = ToolFile::createFolderAtPath(path) && ::access(QFile::encodeName(path), W_OK) == 0;
+    return {QStringLiteral("folder"), ok, true,
+            ok ? path
+               : QStringLiteral("\"%1\" can't be written to; choose another with: cantorel-cli settings set "
+                                "outputFolderPath FOLDER")
+                     .arg(path)};
+}
+
+Check space() {
+    const QStorageInfo storage(AppSettings::outputPath());
+    const qint64 bytes = storage.bytesAvailable();
+    const bool ok = bytes > 100 * 1024 * 1024;
+    return {QStringLiteral("free space"), ok, false,
+            ok ? QStringLiteral("%1 free").arg(ToolFile::fileSizeFormatterToString(bytes).trimmed())
+               : QStringLiteral("Less than 100 MB free; make room, a long recording needs it.")};
+}
+
+Check environment(const char *name, std::initializer_list<const char *> variables, const char *advice) {
+    for (const char *variable : variables) {
+        if (!qEnvironmentVariableIsEmpty(variable))
+            return {QString::fromLatin1(name), true, false, qEnvironmentVariable(variable)};
+    }
+    return {QString::fromLatin1(name), false, false, QString::fromLatin1(advice)};
+}
+
+Outcome doctor(const CommandSession &session) {
+    const auto hardware = Hardware::open(session.backend, std::chrono::seconds(2));
+    const Check checks[] = {
+        audioServer(hardware),
+        virtualDevice(hardware.ok()),
+        microphone(hardware.ok()),
+        recorder(),
+        converter(),
+        folder(),
+        space(),
+        environment("display", {"WAYLAND_DISPLAY", "DISPLAY"},
+                    "No display, so there is no window; the command line works without one."),
+        environment("D-Bus", {"DBUS_SESSION_BUS_ADDRESS"},
+                    "No session bus, so the computer is not kept awake and folders can't be shown.")};
+    bool works = true;
+    for (const Check &check : checks) {
+        works = works && (check.ok || !check.needed);
+        const QString mark = check.ok       ? QStringLiteral("ok     ")
+                             : check.needed ? QStringLiteral("FAILED ")
+                                            : QStringLiteral("missing");
+        session.answer({{QStringLiteral("check"), check.name},
+                        {QStringLiteral("ok"), check.ok},
+                        {QStringLiteral("needed"), check.needed},
+                        {QStringLiteral("detail"), check.detail}},
+                       QStringLiteral("%1  %2: %3").arg(mark, check.name, check.detail));
+    }
+    return works ? Outcome::done()
+                 : Outcome::failed(QStringLiteral("Recording can't work here; mend what is marked FAILED above."));
+}
+
+} // namespace
+
+void addDoctorCommand(CLI::App &root, CommandSession &session) {
+    CLI::App *command = root.add_subcommand("doctor", "Checks all that recording needs and says how to mend it");
+    command->footer("Example: cantorel-cli doctor");
+    command->callback([&session] { session.action = [&session] { return doctor(session); }; });
+}
+
+} // namespace cantorel

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "cli/CommandSession.h"
+#include "platform/foundation/Result.h"
+#include "platform/hal/HardwareSystem.h"
+
+#include <memory>
+
+namespace cantorel {
+
+// The audio hardware of one run: the backend that the person chose, and everything that stands on it, which it ends in
+// order. Made by each command that needs devices; main thread.
+class Hardware {
+public:
+    // How long an automatic choice waits for a server that carries sound.
+    static constexpr std::chrono::seconds kPatience{10};
+
+    // Fails with one sentence that names the cause. The software devices are taken only when they are named.
+    static foundation::Result<std::unique_ptr<Hardware>> open(BackendChoice choice,
+                                                              foundation::Clock::Duration patience = kPatience);
+    ~Hardware();
+
+    QString backendName() const;
+    // Where the program keeps what outlives it.
+    static QString stateFolder();
+
+private:
+    explicit Hardware(std::unique_ptr<hal::HardwareBackend> backend);
+
+    std::unique_ptr<hal::HardwareSystem> mSystem;
+};
+
+} // namespace cantorel

@@ -1,0 +1,199 @@
+#include "cli/RecordRun.h"
+
+#include "audio_device/ZQAudioKextKit.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsTable.h"
+#include "settings/UserDefaultFunctions.h"
+#include "util/ToolFile.h"
+#include "util/ToolString.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace cantorel {
+
+namespace {
+
+constexpr int kStoppedBySignal = 130;
+constexpr auto kFirstFramesPatience = std::chrono::seconds(15);
+
+void setArgument(const char *key, const QVariant &value) {
+    standardUserDefaults().setArgument(QString::fromLatin1(key), value);
+}
+
+} // namespace
+
+RecordRun::RecordRun(const CommandSession &command, RecordOptions options)
+    : mCommand(command),
+      mOptions(std::move(options)),
+      mSignals([this] { signalled(); }),
+      mShowsProgress(!command.json && !command.quiet && ::isatty(STDOUT_FILENO)) {
+    mEnd.setSingleShot(true);
+    mEnd.setTimerType(Qt::PreciseTimer);
+    connect(&mEnd, &QTimer::timeout, this, [this] { stop(); });
+    mFirstFrames.setSingleShot(true);
+    connect(&mFirstFrames, &QTimer::timeout, this, [this] { stop(); });
+}
+
+Outcome RecordRun::run() {
+    // The options hold for this run only.
+    if (mOptions.source)
+        setArgument(setting::kAudioInputType.key, *mOptions.source);
+    if (mOptions.format)
+        setArgument(setting::kAudioFormat.key, *mOptions.format);
+    if (!mOptions.folder.isEmpty())
+        setArgument(setting::kOutputFolderPath.key, mOptions.folder);
+
+    auto hardware = Hardware::open(mCommand.backend);
+    if (!hardware)
+        return Outcome::failed(hardware.failure().sentence);
+    mHardware = std::move(hardware).value();
+    if (mSignalCount > 0)
+        return {kStoppedBySignal, QStringLiteral("Stopped before the recording began.")};
+
+    (void)ZQAudioKextKit::activateSVAD(); // Makes the kit; the session looks whether there is a virtual device.
+    const QString defaultInput = ZQAudioKextKit::getDefaultAudioInputName();
+    const bool switches = !mOptions.microphone.isEmpty() && mOptions.microphone != defaultInput;
+    if (switches && !ZQAudioKextKit::changeAudioInputDeviceWithName(mOptions.microphone)) {
+        return Outcome::failed(QStringLiteral("There is no microphone \"%1\"; \"cantorel-cli devices\" lists them.")
+                                   .arg(mOptions.microphone));
+    }
+
+    mSession = std::make_unique<RecordingSession>(*this, Hardware::stateFolder());
+    if (const auto started = mSession->startRecording(); started) {
+        if (!mOptions.seconds)
+            mCommand.note(QStringLiteral("Recording until Ctrl-C."));
+        else
+            mFirstFrames.start(kFirstFramesPatience);
+        mLoop.exec();
+    } else {
+        event("failed", {{QStringLiteral("reason"), started.failure().sentence}}, {});
+        mOutcome = Outcome::failed(started.failure().sentence);
+    }
+    mSession.reset();
+    if (switches)
+        (void)ZQAudioKextKit::changeAudioInputDeviceWithName(defaultInput);
+    mHardware.reset();
+    return mOutcome;
+}
+
+void RecordRun::event(const char *name, QJsonObject details, const QString &text) {
+    clearProgressLine();
+    details.insert(QStringLiteral("event"), QString::fromLatin1(name));
+    if (mCommand.json)
+        mCommand.answer(details, {});
+    else if (!text.isEmpty())
+        mCommand.note(text);
+}
+
+void RecordRun::clearProgressLine() {
+    if (!mProgressShown)
+        return;
+    std::fputs("\r\033[K", stdout);
+    std::fflush(stdout);
+    mProgressShown = false;
+}
+
+void RecordRun::recordingRecovered(const RecordingJournal::Recovered &recovered) {
+    if (recovered.failure.isEmpty())
+        mCommand.note(QStringLiteral("A recording that was cut short is whole again: %1").arg(recovered.file));
+    else
+        mCommand.note(
+            QStringLiteral("A recording that was cut short could not be repaired and is kept: %1").arg(recovered.file));
+}
+
+void RecordRun::recordingStarted(const QString &file, const QString &device) {
+    mFile = file;
+    mFirstFrames.stop();
+    if (mOptions.seconds)
+        mEnd.start(std::chrono::milliseconds(static_cast<std::int64_t>(*mOptions.seconds * 1000)));
+    static const char *const kSources[] = {"system", "mic", "both"};
+    const QString source = QString::fromLatin1(kSources[std::clamp(AppSettings::getAudioType(), 0, 2)]);
+    event("started",
+          {{QStringLiteral("file"), file},
+           {QStringLiteral("source"), source},
+           {QStringLiteral("device"), device},
+           {QStringLiteral("backend"), mHardware->backendName()}},
+          QStringLiteral("Recording %1 (%2) to %3").arg(source, device, file));
+}
+
+void RecordRun::recordingProgress(double seconds, qint64 bytes) {
+    if (!mShowsProgress)
+        return;
+    const QByteArray line =
+        QStringLiteral("\r\033[K%1  %2")
+            .arg(ToolString::stringFromDuration(seconds), ToolFile::fileSizeFormatterToString(bytes))
+            .toUtf8();
+    std::fputs(line.constData(), stdout);
+    std::fflush(stdout);
+    mProgressShown = true;
+}
+
+void RecordRun::recordingSilent(const QString &sentence) {
+    event("silent", {{QStringLiteral("cause"), sentence}}, sentence);
+}
+
+void RecordRun::recordingDeviceLost(const QString &device) {
+    event("deviceLost", {{QStringLiteral("device"), device}},
+          QStringLiteral("\"%1\" is gone; the recording waits for it.").arg(device));
+}
+
+void RecordRun::recordingDeviceBack(const QString &device) {
+    event("deviceBack", {{QStringLiteral("device"), device}},
+          QStringLiteral("\"%1\" is back; the recording goes on.").arg(device));
+}
+
+void RecordRun::recordingConverting(const QString &file) {
+    event("converting", {{QStringLiteral("file"), file}}, QStringLiteral("Converting ..."));
+}
+
+void RecordRun::recordingFinished(const FinishedRecording &finished) {
+    clearProgressLine();
+    const QString lost =
+        finished.droppedFrames > 0 ? QStringLiteral(", %1 frames were lost").arg(finished.droppedFrames) : QString();
+    mCommand.answer({{QStringLiteral("event"), QStringLiteral("finished")},
+                     {QStringLiteral("file"), finished.file},
+                     {QStringLiteral("seconds"), finished.seconds},
+                     {QStringLiteral("bytes"), finished.bytes},
+                     {QStringLiteral("droppedFrames"), finished.droppedFrames}},
+                    QStringLiteral("%1  (%2 s%3)").arg(finished.file, QString::number(finished.seconds, 'f', 2), lost));
+    end(mSignalCount > 0 ? Outcome{kStoppedBySignal, QStringLiteral("Stopped by a signal; the recording is kept.")}
+                         : Outcome::done());
+}
+
+void RecordRun::recordingFailed(const QString &sentence, const QString &kept) {
+    QJsonObject details{{QStringLiteral("reason"), sentence}};
+    if (!kept.isEmpty())
+        details.insert(QStringLiteral("kept"), kept);
+    event("failed", details, {});
+    end(Outcome::failed(
+        kept.isEmpty() ? sentence : QStringLiteral("%1 What was recorded is kept in \"%2\".").arg(sentence, kept)));
+}
+
+void RecordRun::signalled() {
+    ++mSignalCount;
+    if (mSignalCount > 1 && mSession && !mSession->isRecording()) {
+        // The person does not want to wait for the conversion: its child ends with us, the M4A stays.
+        clearProgressLine();
+        const QByteArray sentence =
+            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(mFile).toUtf8();
+        (void)!::write(STDERR_FILENO, sentence.constData(), static_cast<std::size_t>(sentence.size()));
+        ::_exit(kStoppedBySignal);
+    }
+    stop();
+}
+
+void RecordRun::stop() {
+    mEnd.stop();
+    mFirstFrames.stop();
+    if (mSession)
+        mSession->stopRecording();
+}
+
+void RecordRun::end(const Outcome &outcome) {
+    mOutcome = outcome;
+    mLoop.quit();
+}
+
+} // namespace cantorel

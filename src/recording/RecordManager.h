@@ -1,0 +1,90 @@
+#pragma once
+
+#include "capture/ZQAudioRecorder.h"
+#include "platform/foundation/NotificationCenter.h"
+
+#include <QObject>
+#include <QUrl>
+
+namespace cantorel {
+
+class RecordManager;
+
+// Posted with the manager's state whenever it changes.
+struct RecordingStateUpdate {
+    const RecordManager *manager = nullptr;
+    double RecordDuration = 0; // seconds
+    int RecordState = 0;
+};
+inline constexpr foundation::NotificationName<RecordingStateUpdate> kNotificationUpdateRecordingState{
+    "UpdateRecordingState"};
+
+// What the owner of a RecordManager is told, always on the main thread. All optional.
+class RecordManagerDelegate {
+public:
+    virtual ~RecordManagerDelegate() = default;
+
+    virtual void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &) {}
+    // duration: exact seconds. Nothing for a file that is whole.
+    virtual void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &, double /*duration*/,
+                                                              const std::optional<foundation::Failure> &) {}
+    virtual void RecordManagerUpdateAudioLevel(RecordManager &, float) {}
+    // False: the file is deleted, and its end is not reported.
+    virtual bool RecordManagerRecordFileIsNeedSave() { return true; }
+    // The device of the running recording has gone, or has come back; the recording stays open meanwhile.
+    virtual void RecordManagerDeviceLost(RecordManager &) {}
+    virtual void RecordManagerDeviceBack(RecordManager &) {}
+};
+
+// Drives the shared audio recorder for one recording at a time, and lends system sound to the virtual device while it
+// lasts. Owned by RecordingSession; main thread only.
+class RecordManager : public QObject, public ZQAVRecorderDelegate {
+public:
+    enum class State { Idle, StartRequested, Writing }; // posted as 0, 1, 2
+
+    foundation::WeakDelegate<RecordManagerDelegate> delegate;
+
+    // The capture device of a recording source; a null text for a source that there is not.
+    static QString getAudioDeviceNameWithAudioDeviceType(int type);
+
+    // False when there is no recorder or it refuses; the reason is in the log. A missing virtual device is no failure:
+    // the recording then runs unrouted.
+    bool startRecord(const QUrl &file);
+    // Ends the recording and gives the devices back at once; the finished file is reported later.
+    void stopRecord();
+    void pauseRecording();
+    void resumeRecording();
+    // Lets the recorder go.
+    void clear();
+
+    bool isRecording() const;
+    bool isPaused() const;
+    // While startRecord runs, and deliberately for ever after one that ended by an exception.
+    bool isPrepareRecording() const { return mIsPrepareRecording; }
+    double recordingDuration() const; // whole seconds
+    qint64 recordedFileSize() const;  // bytes
+    // Of the recording under way or the last one.
+    qint64 droppedFrames() const { return mAudioRecorder ? mAudioRecorder->droppedFrames() : mDroppedFrames; }
+
+    void postRecordingNotification();
+
+private:
+    void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url) override;
+    void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url,
+                                                const std::optional<foundation::Failure> &failure) override;
+    void captureUpdateAudioLevel(ZQAVRecorder &, float level) override;
+    void captureDeviceLost(ZQAVRecorder &) override { delegate->RecordManagerDeviceLost(*this); }
+    void captureDeviceBack(ZQAVRecorder &) override { delegate->RecordManagerDeviceBack(*this); }
+    bool start(const QUrl &file);
+    void takeMeasures();
+
+    ZQAudioRecorder *mAudioRecorder = nullptr; // the shared one; null unless a recording is prepared or running
+    double mDuration = 0;                      // seconds, exact once the recording has ended
+    qint64 mFileSize = 0;                      // bytes, likewise
+    qint64 mDroppedFrames = 0;
+    State mRecordState = State::Idle;
+    int mSource = 0; // of the recording under way
+    bool mIsPrepareRecording = false;
+};
+
+} // namespace cantorel

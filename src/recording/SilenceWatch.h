@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+#include <chrono>
+#include <optional>
+
+namespace cantorel {
+
+// Notices that a recording hears nothing but digital silence: three seconds after it should have begun, and once. Fed
+// by the session; main thread.
+class SilenceWatch {
+public:
+    using Duration = std::chrono::nanoseconds;
+
+    void begin(Duration now);
+    // A level as the recorder tells it; not a number when there are no channels.
+    void level(float level);
+    // True once, when the time is over and no sound has been heard.
+    bool isDue(Duration now);
+
+private:
+    std::optional<Duration> mBegan;
+};
+
+// One sentence on why the device may be silent. source: as in the settings.
+QString likelyCauseOfSilence(int source, const QString &device);
+
+} // namespace cantorel
