@@ -100,8 +100,9 @@ bool AudioRingBuffer::Store(const void *data, std::uint32_t nFrames, std::int64_
     return true;
 }
 
-double AudioRingBuffer::Fetch(void *data, std::uint32_t nFrames, std::int64_t frameNumber) const noexcept
+AudioRingBuffer::Held AudioRingBuffer::Peek(std::uint32_t nFrames, std::int64_t frameNumber) const noexcept
     [[clang::nonblocking]] {
+    Held held;
     const std::int64_t endFrame = mEndFrame.load(std::memory_order_acquire);
     std::uint32_t sequence = 0;
     std::int64_t startFrame = 0;
@@ -110,25 +111,38 @@ double AudioRingBuffer::Fetch(void *data, std::uint32_t nFrames, std::int64_t fr
     do {
         // A writer that was held up in the middle of its move is not waited for: one read goes without.
         if (++attempts > kMostAttempts)
-            return nFrames;
+            return {{}, static_cast<double>(nFrames)};
         sequence = mSequence.load(std::memory_order_acquire);
         startFrame = mStartFrame.load(std::memory_order_acquire);
         startOffset = mStartOffset.load(std::memory_order_acquire);
     } while (sequence % 2 != 0 || mSequence.load(std::memory_order_acquire) != sequence);
-    if (startFrame > frameNumber)
-        return static_cast<double>(frameNumber - startFrame);
     const std::int64_t end = frameNumber + nFrames;
-    if (end > endFrame)
-        return static_cast<double>(end - endFrame);
+    if (startFrame > frameNumber) {
+        held.answer = static_cast<double>(frameNumber - startFrame);
+    } else if (end > endFrame) {
+        held.answer = static_cast<double>(end - endFrame);
+    } else {
+        const std::uint32_t bytes = std::min(nFrames * mBytesPerFrame, mCapacityBytes);
+        const std::uint32_t from = position(frameNumber, startFrame, startOffset);
+        const std::uint32_t first = std::min(bytes, mCapacityBytes - from);
+        held.pieces[0] = {mBuffer.get() + from, first};
+        held.pieces[1] = {mBuffer.get(), bytes - first};
+        held.answer = static_cast<double>(endFrame - end);
+    }
+    return held;
+}
 
-    const std::uint32_t bytes = nFrames * mBytesPerFrame;
-    const std::uint32_t from = position(frameNumber, startFrame, startOffset);
-    const std::uint32_t first = std::min(bytes, mCapacityBytes - from);
-    if (bytes > 0)
-        std::memcpy(data, mBuffer.get() + from, first);
-    if (first < bytes)
-        std::memcpy(static_cast<std::byte *>(data) + first, mBuffer.get(), std::min(bytes - first, mCapacityBytes));
-    return static_cast<double>(endFrame - end);
+double AudioRingBuffer::Fetch(void *data, std::uint32_t nFrames, std::int64_t frameNumber) const noexcept
+    [[clang::nonblocking]] {
+    const Held held = Peek(nFrames, frameNumber);
+    auto *target = static_cast<std::byte *>(data);
+    for (const std::span<const std::byte> piece : held.pieces) {
+        if (piece.empty())
+            continue;
+        std::memcpy(target, piece.data(), piece.size());
+        target += piece.size();
+    }
+    return held.answer;
 }
 
 } // namespace cantorel

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 
 namespace cantorel {
 
@@ -30,6 +31,13 @@ public:
     // they are not written yet. The sign alone does not tell a read from one that came too early; callers treat it as a
     // diagnostic.
     double Fetch(void *data, std::uint32_t nFrames, std::int64_t frameNumber) const noexcept [[clang::nonblocking]];
+
+    // The same without copying: where the frames lie, in one piece or two. Empty when not all are held.
+    struct Held {
+        std::span<const std::byte> pieces[2];
+        double answer = 0; // what Fetch answers
+    };
+    Held Peek(std::uint32_t nFrames, std::int64_t frameNumber) const noexcept [[clang::nonblocking]];
 
     std::int64_t startFrame() const { return mStartFrame.load(std::memory_order_acquire); }
     std::int64_t endFrame() const { return mEndFrame.load(std::memory_order_acquire); }

@@ -82,7 +82,6 @@ void AudioThruEngine::Start() {
     mInputChannels = mInputDevice.CountChannels();
     const std::uint32_t bytesPerFrame = mInputDevice.streamFormat.mBytesPerFrame;
     mInputBuffer.Allocate(bytesPerFrame, static_cast<std::uint32_t>(2 * mSampleRate));
-    mWorkBuffer = std::make_unique<float[]>(std::size_t(2) * bytesPerFrame * mInputDevice.bufferFrames / sizeof(float));
 
     mOffsetKnown.store(false);
     mRunning.store(true);
@@ -118,7 +117,6 @@ void AudioThruEngine::removeProcs() {
     mOutputProcState.store(ProcState::Off);
     (void)PDAudioDeviceRemoveIOProc(mInputDevice.deviceID, mInputProcID);
     (void)PDAudioDeviceRemoveIOProc(mOutputDevice.deviceID, mOutputProcID);
-    mWorkBuffer.reset();
 }
 
 bool AudioThruEngine::Stop() {
@@ -233,38 +231,41 @@ void AudioThruEngine::giveOutput(AudioBufferList &data, double sampleTime) noexc
         return;
     }
     const auto readTime = static_cast<std::int64_t>(sampleTime - mInToOutSampleOffset.load(std::memory_order_relaxed));
-    const std::uint32_t frames = mInputDevice.bufferFrames;
-    // Where nothing is copied the work buffer still holds silence.
-    mThruTime.store(mInputBuffer.Fetch(mWorkBuffer.get(), frames, readTime), std::memory_order_relaxed);
-    for (std::uint32_t i = 0; i < data.mNumberBuffers; ++i)
-        mixInto(data.mBuffers[i], frames);
-    // Only what a fetch can have written needs to fall silent again.
-    std::memset(mWorkBuffer.get(), 0, std::size_t(frames) * mInputDevice.streamFormat.mBytesPerFrame);
+    const AudioRingBuffer::Held held = mInputBuffer.Peek(mInputDevice.bufferFrames, readTime);
+    mThruTime.store(held.answer, std::memory_order_relaxed);
+    for (std::uint32_t i = 0; i < data.mNumberBuffers; ++i) {
+        const AudioBuffer &buffer = data.mBuffers[i];
+        const std::uint32_t bytesPerFrame = buffer.mNumberChannels * static_cast<std::uint32_t>(sizeof(float));
+        if (bytesPerFrame == 0 || mInputChannels == 0)
+            continue;
+        // A device may hold more frames than were asked for, or fewer; never more are mixed than are held.
+        auto *output = static_cast<float *>(buffer.mData);
+        std::uint32_t room = buffer.mDataByteSize / bytesPerFrame;
+        for (const std::span<const std::byte> piece : held.pieces) {
+            const auto frames =
+                std::min(room, static_cast<std::uint32_t>(piece.size() / (mInputChannels * sizeof(float))));
+            mixInto(output, buffer.mNumberChannels, reinterpret_cast<const float *>(piece.data()), frames);
+            output += std::size_t(frames) * buffer.mNumberChannels;
+            room -= frames;
+        }
+    }
 }
 
-void AudioThruEngine::mixInto(const AudioBuffer &buffer, std::uint32_t frames) noexcept [[clang::nonblocking]] {
-    const std::uint32_t outputChannels = buffer.mNumberChannels;
-    if (outputChannels == 0 || buffer.mDataByteSize == 0 || mInputChannels == 0)
-        return;
-    // A device may hold more frames than were asked for; the work buffer holds twice as many, and no more.
-    const std::uint32_t walked =
-        std::min<std::uint32_t>(buffer.mDataByteSize / (outputChannels * sizeof(float)), 2 * frames);
-    auto *const output = static_cast<float *>(buffer.mData);
-    const float *const input = mWorkBuffer.get();
-    const bool spread = mInputChannels == 2 && mSpreadStereo;
-
+void AudioThruEngine::mixInto(float *__restrict output, std::uint32_t outputChannels, const float *__restrict input,
+                              std::uint32_t frames) noexcept [[clang::nonblocking]] {
     if (mInputChannels == 2 && outputChannels == 2 && mChannelMap[0] == 0 && mChannelMap[1] == 1) {
-        for (std::uint32_t sample = 0; sample < 2 * walked; ++sample)
+        for (std::uint32_t sample = 0; sample < 2 * frames; ++sample)
             output[sample] += input[sample];
         return;
     }
+    const bool spread = mInputChannels == 2 && mSpreadStereo;
     const std::uint32_t count = std::min<std::uint32_t>(spread ? outputChannels : mInputChannels, kMaxChannels);
     for (std::uint32_t channel = 0; channel < count; ++channel) {
         const std::uint32_t destination = mChannelMap[channel];
         if (destination >= outputChannels)
             continue;
         const std::uint32_t source = channel % mInputChannels;
-        for (std::uint32_t frame = 0; frame < walked; ++frame)
+        for (std::uint32_t frame = 0; frame < frames; ++frame)
             output[frame * outputChannels + destination] += input[frame * mInputChannels + source];
     }
 }

@@ -14,8 +14,8 @@ namespace cantorel {
 // for the I/O procedures.
 //
 // Shared between the I/O procedures and the owner, without locks: the procedure states, the times and offsets, the
-// switches (each atomic), and the ring buffer (one writer, one reader). The work buffer and the channel map belong to
-// the output procedure while it runs; the owner changes them only before it starts and after it has stopped.
+// switches (each atomic), and the ring buffer (one writer, one reader). The channel map belongs to
+// the output procedure while it runs; the owner changes it only before it starts and after it has stopped.
 class AudioThruEngine {
 public:
     AudioThruEngine();
@@ -78,7 +78,8 @@ private:
                                    const AudioTimeStamp *outputTime, void *engine) noexcept [[clang::nonblocking]];
     void takeInput(const AudioBufferList &data, double sampleTime) noexcept [[clang::nonblocking]];
     void giveOutput(AudioBufferList &data, double sampleTime) noexcept [[clang::nonblocking]];
-    void mixInto(const AudioBuffer &buffer, std::uint32_t frames) noexcept [[clang::nonblocking]];
+    void mixInto(float *output, std::uint32_t outputChannels, const float *input, std::uint32_t frames) noexcept
+        [[clang::nonblocking]];
     void wait(std::int64_t milliseconds) const;
     void removeProcs();
 
@@ -88,9 +89,8 @@ private:
     // What the newer calls name the procedures by; the procedures themselves with the older ones.
     AudioDeviceIOProcID mInputProcID = nullptr;
     AudioDeviceIOProcID mOutputProcID = nullptr;
-    std::unique_ptr<float[]> mWorkBuffer; // two input buffers long
-    std::uint32_t mInputChannels = 0;     // taken at the start
-    std::uint32_t mBufferSize = 512;      // frames
+    std::uint32_t mInputChannels = 0; // taken at the start
+    std::uint32_t mBufferSize = 512;  // frames
     std::int32_t mExtraLatencyFrames = 0;
     std::uint32_t mActualThruLatency = 0; // frames
     double mSampleRate = 0;

@@ -35,6 +35,7 @@ int IOEngine::add(AudioDeviceIOProc proc, AudioDeviceIOProcID id, void *clientDa
         slot.id = id;
         slot.clientData = clientData;
         slot.state.store(SlotState::Stopped);
+        mUsedSlots.store(std::max(mUsedSlots.load(), i + 1));
         return i;
     }
     return -1;
@@ -240,11 +241,15 @@ void IOEngine::runBlock(const CycleTime &time, const float *input, float *output
     AudioBufferList inputData = {input ? 1u : 0u,
                                  {{mInputChannels, sampleBytes(mInputChannels), const_cast<float *>(input)}}};
     AudioBufferList outputData = {output ? 1u : 0u, {{mOutputChannels, sampleBytes(mOutputChannels), output}}};
-    for (Slot &slot : mSlots) {
+    const int used = mUsedSlots.load(std::memory_order_acquire);
+    for (int i = 0; i < used; ++i) {
+        Slot &slot = mSlots[i];
+        if (slot.state.load(std::memory_order_relaxed) != SlotState::Running)
+            continue;
         slot.busy.store(true);
         if (slot.state.load() == SlotState::Running)
             (void)slot.proc(mDevice, &now, &inputData, &inputTime, &outputData, &outputTime, slot.clientData);
-        slot.busy.store(false);
+        slot.busy.store(false, std::memory_order_release);
     }
     mInputSampleTime += input ? mBlock : 0;
     mOutputSampleTime += output ? mBlock : 0;

@@ -81,6 +81,7 @@ private:
     const std::uint32_t mOutputChannels;
     const std::function<void()> mStreamEnded;
     std::array<Slot, kSlots> mSlots;
+    std::atomic<int> mUsedSlots{0}; // those behind were never used
     std::atomic<std::uint32_t> mWantedBlock;
     std::atomic<float> mGainLeft{1};
     std::atomic<float> mGainRight{1};
