@@ -12,7 +12,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <thread>
 
 using namespace cantorel;
 using namespace cantorel::hal;
@@ -21,35 +20,11 @@ using test::PrivateWorld;
 
 namespace {
 
-// Keeps what its stream brings, up to a bound, and plays a stamped sound.
+// Counts what its stream brings.
 struct Client : StreamClient {
-    Client() { heard.resize(48000 * 20); }
-    void cycle(const CycleTime &time, const float *input, float *output, std::uint32_t frames) noexcept override {
-        const std::uint32_t seen = cycles.fetch_add(1);
-        if (seen > 0 && time.sampleTime != nextTime)
-            jumps.fetch_add(1);
-        nextTime = time.sampleTime + frames;
-        lost.fetch_add(time.discontinuity ? 1 : 0);
-        if (other)
-            otherAtCycle.store(other->cycles.load());
-        for (std::uint32_t i = 0; input && i < frames && count < heard.size(); ++i)
-            heard[count++] = input[i * channels];
-        for (std::uint32_t i = 0; output && i < frames * channels; ++i) {
-            dirty = dirty || output[i] != 0;
-            output[i] = level;
-        }
-        framesOfCycle.store(frames);
-    }
-    void ended() override { endings.fetch_add(1); }
-
-    std::uint32_t channels = 2;
-    std::vector<float> heard; // left channel
-    std::atomic<std::size_t> count{0};
-    std::int64_t nextTime = 0;
-    float level = 0.25f;
-    bool dirty = false;
-    Client *other = nullptr;
-    std::atomic<std::uint32_t> cycles{0}, jumps{0}, lost{0}, endings{0}, framesOfCycle{0}, otherAtCycle{0};
+    void cycle(const CycleTime &, const float *, float *, std::uint32_t) noexcept override { ++cycles; }
+    void ended() override { ++endings; }
+    std::atomic<std::uint32_t> cycles{0}, endings{0};
 };
 
 std::unique_ptr<PipeWireBackend> connected() {
@@ -66,7 +41,6 @@ QStringList uids(const HardwareBackend &backend) {
 }
 
 StreamRequest reading(const char *uid) { return {QString::fromLatin1(uid), true, false, 512, nullptr}; }
-StreamRequest playing(const char *uid) { return {QString::fromLatin1(uid), false, true, 512, nullptr}; }
 
 } // namespace
 
@@ -195,75 +169,6 @@ TEST(PipeWire, LoudnessIsTheServersOwn) {
     EXPECT_FALSE(backend->setGains("nobody", Direction::Output, {1}));
 }
 
-TEST(PipeWire, StreamsRunWithASteadyCount) {
-    PrivateWorld world;
-    const auto backend = connected();
-    ASSERT_TRUE(backend);
-    Client client;
-    EXPECT_FALSE(backend->openStream(reading("nobody"), client));
-    EXPECT_FALSE(backend->openStream(reading("builtin_output"), client)) << "a plain sink has no input side";
-    auto stream = backend->openStream(reading("Tessolar_AudioDevice"), client);
-    ASSERT_TRUE(stream);
-    ASSERT_TRUE(eventually([&] { return client.cycles > 50; }));
-    stream.reset();
-    const std::uint32_t cycles = client.cycles;
-    EXPECT_EQ(client.jumps, 0u);
-    EXPECT_EQ(client.endings, 0u) << "a stream that we close has not ended by itself";
-    stream = backend->openStream(playing("builtin_output"), client);
-    ASSERT_TRUE(stream);
-    ASSERT_TRUE(eventually([&] { return client.cycles > cycles + 50; }));
-    EXPECT_FALSE(client.dirty);
-}
-
-TEST(PipeWire, FollowerRunsInsideItsLeadersCycle) {
-    PrivateWorld world;
-    const auto backend = connected();
-    ASSERT_TRUE(backend);
-    Client leader, follower;
-    follower.other = &leader;
-    auto first = backend->openStream(reading("Tessolar_AudioDevice"), leader);
-    ASSERT_TRUE(first);
-    StreamRequest request = playing("builtin_output");
-    request.leader = first.get();
-    auto second = backend->openStream(request, follower);
-    ASSERT_TRUE(second);
-    ASSERT_TRUE(eventually([&] { return follower.cycles > 20; }));
-    const std::uint32_t distance = leader.cycles - follower.cycles;
-    for (int i = 0; i < 20; ++i) {
-        const std::uint32_t before = follower.cycles;
-        ASSERT_TRUE(eventually([&] { return follower.cycles > before; }));
-        EXPECT_EQ(leader.framesOfCycle, follower.framesOfCycle);
-    }
-    EXPECT_LE(leader.cycles - follower.cycles - distance, 1u);
-    first.reset();
-    const std::uint32_t played = follower.cycles;
-    EXPECT_TRUE(eventually([&] { return follower.cycles > played + 20; })) << "it goes on by its own clock";
-}
-
-TEST(PipeWire, VanishedDeviceEndsItsStreamAndNoOtherTakesItsPlace) {
-    PrivateWorld world;
-    const auto backend = connected();
-    ASSERT_TRUE(backend);
-    std::atomic<int> changes{0};
-    backend->subscribe([&] { ++changes; });
-    Client client;
-    auto stream = backend->openStream(reading("builtin_microphone"), client);
-    ASSERT_TRUE(stream);
-    ASSERT_TRUE(eventually([&] { return client.cycles > 5; }));
-    world.unplug("builtin_microphone");
-    ASSERT_TRUE(eventually([&] { return client.endings == 1; }));
-    EXPECT_FALSE(world.links().contains("cantorel-capture"));
-    EXPECT_GT(changes, 0);
-    stream.reset();
-    ASSERT_TRUE(world.plugSource("builtin_microphone", "Built-in Microphone"));
-    ASSERT_TRUE(eventually([&] { return uids(*backend).contains("builtin_microphone"); }));
-    const std::uint32_t before = client.cycles;
-    stream = backend->openStream(reading("builtin_microphone"), client);
-    ASSERT_TRUE(stream);
-    EXPECT_TRUE(eventually([&] { return client.cycles > before; }));
-    EXPECT_EQ(client.endings, 1u);
-}
-
 TEST(PipeWire, ServerThatDiesIsMetAgain) {
     PrivateWorld world;
     const auto backend = connected();
@@ -288,39 +193,15 @@ TEST(PipeWire, ServerThatDiesIsMetAgain) {
     EXPECT_TRUE(eventually([&] { return client.cycles > before; }));
 }
 
-TEST(PipeWire, AggregateIsASourceOfItsMembersInOrder) {
+TEST(PipeWire, AggregateIsASourceThatOtherProgramsSee) {
     PrivateWorld world;
     const auto backend = connected();
     ASSERT_TRUE(backend);
     ASSERT_TRUE(backend->makeAggregate({"test.both", "Both", {"builtin_microphone", "Tessolar_AudioDevice"}, {}}));
-    const auto record = [&]() -> std::optional<DeviceRecord> {
-        for (const DeviceRecord &device : backend->devices()) {
-            if (device.uid == "test.both")
-                return device;
-        }
-        return std::nullopt;
-    };
-    ASSERT_TRUE(record());
-    EXPECT_EQ(record()->input.channels, 4);
-    EXPECT_EQ(record()->output.channels, 0);
-    EXPECT_EQ(record()->name, "Both");
     EXPECT_TRUE(eventually([&] { return world.links().contains("Tessolar_AudioDevice:monitor_FR"); }));
-    EXPECT_TRUE(world.run("wpctl", {"status"}).contains("Both")) << "other programs see it";
-
-    Client player;
-    const auto sound = backend->openStream(playing("Tessolar_AudioDevice"), player);
-    Client client;
-    client.channels = 4;
-    auto stream = backend->openStream(reading("test.both"), client);
-    ASSERT_TRUE(stream);
-    ASSERT_TRUE(eventually([&] { return client.cycles > 20; }));
-    world.unplug("builtin_microphone");
-    EXPECT_TRUE(eventually([&] { return !record(); })) << "it goes with a member";
-    EXPECT_TRUE(eventually([&] { return client.endings == 1; }));
-    ASSERT_TRUE(world.plugSource("builtin_microphone", "Built-in Microphone"));
-    EXPECT_TRUE(eventually([&] { return record().has_value(); }));
+    EXPECT_TRUE(world.run("wpctl", {"status"}).contains("Both"));
     backend->removeAggregate("test.both");
-    EXPECT_FALSE(record());
+    EXPECT_TRUE(world.idOf("test.both").isEmpty());
 }
 
 TEST(PipeWire, SaysWhyThereIsNoSound) {
@@ -342,4 +223,17 @@ TEST(PipeWire, SaysWhyThereIsNoSound) {
     test::finish(server);
     qunsetenv("XDG_RUNTIME_DIR");
     EXPECT_TRUE(sentence(50).contains("XDG_RUNTIME_DIR"));
+}
+
+// Who routes right after the start displaces the person's choice, and has to know it to give it back.
+TEST(PipeWire, ConnectedBackendKnowsTheChoicesAndDevicesAtOnce) {
+    PrivateWorld world;
+    world.run("pw-metadata", {"0", "default.configured.audio.sink", "{\"name\":\"usb_gone\"}", "Spa:String:JSON"});
+    for (int i = 0; i < 30; ++i) {
+        const auto backend = connected();
+        ASSERT_TRUE(backend);
+        ASSERT_EQ(backend->configuredDefault(Direction::Output), "usb_gone") << i;
+        ASSERT_EQ(backend->defaultDevice(Direction::Output), "builtin_output") << i;
+        ASSERT_EQ(backend->devices().size(), 3u) << i;
+    }
 }

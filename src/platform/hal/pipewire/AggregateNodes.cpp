@@ -50,10 +50,20 @@ void AggregateNodes::put(const AggregateSpec &spec) {
         (*found)->spec = spec;
         if (sameMembers)
             return; // The server chooses the leading clock itself.
-        mAggregates.erase(found);
+        drop(**found);
+        return;
     }
     mAggregates.push_back(std::make_unique<Aggregate>());
     mAggregates.back()->spec = spec;
+}
+
+void AggregateNodes::drop(Aggregate &aggregate) {
+    if (aggregate.node)
+        aggregate.leaving = pw_proxy_get_bound_id(aggregate.node.get());
+    aggregate.links.clear();
+    aggregate.node.reset();
+    aggregate.ports.clear();
+    aggregate.complete = false;
 }
 
 void AggregateNodes::remove(const QString &uid) {
@@ -75,12 +85,12 @@ void AggregateNodes::maintain(Aggregate &aggregate, PipeWireGraph &graph) {
     }
     const GraphNode *node = graph.nodeNamed(aggregate.spec.uid);
     if (!allThere || (!aggregate.ports.empty() && aggregate.ports != ports)) {
-        aggregate.links.clear();
-        aggregate.node.reset();
-        aggregate.ports.clear();
-        aggregate.complete = false;
+        drop(aggregate);
         return;
     }
+    if (node && node->id == aggregate.leaving)
+        return; // The one that we have dropped, on its way out.
+    aggregate.leaving = SPA_ID_INVALID;
     if (!node) {
         aggregate.links.clear();
         aggregate.complete = false;
@@ -108,10 +118,8 @@ bool AggregateNodes::isComplete(const QString &uid) const {
 
 void AggregateNodes::forgetServer() {
     for (const auto &aggregate : mAggregates) {
-        aggregate->links.clear();
-        aggregate->node.reset();
-        aggregate->ports.clear();
-        aggregate->complete = false;
+        drop(*aggregate);
+        aggregate->leaving = SPA_ID_INVALID;
     }
 }
 

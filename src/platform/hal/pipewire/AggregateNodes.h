@@ -23,12 +23,14 @@ public:
 private:
     struct Aggregate {
         AggregateSpec spec;
-        ProxyHandle node; // null when another program made it, or none has yet
+        ProxyHandle node;                       // null when another program made it, or none has yet
+        std::uint32_t leaving = SPA_ID_INVALID; // our last node, while the server may still show it
         std::vector<ProxyHandle> links;
         std::vector<std::uint32_t> ports; // of the members, in the order of the channels; as linked
         bool complete = false;
     };
 
+    static void drop(Aggregate &aggregate);
     void maintain(Aggregate &aggregate, PipeWireGraph &graph);
 
     std::vector<std::unique_ptr<Aggregate>> mAggregates;

@@ -18,6 +18,7 @@ namespace {
 constexpr double kUsualRate = 48000;
 constexpr std::uint32_t kUsualFrames = 512;
 constexpr std::uint32_t kMaxGains = 64;
+constexpr int kRounds = 2;
 
 QString lookUp(const spa_dict *props, const char *key) {
     const char *value = props ? spa_dict_lookup(props, key) : nullptr;
@@ -50,17 +51,35 @@ PipeWireGraph::PipeWireGraph(pw_core *core, std::function<void()> changed) : mCo
         table.global_remove = onGlobalRemove;
         return table;
     }();
+    static const pw_core_events coreEvents = [] {
+        pw_core_events table = {};
+        table.version = PW_VERSION_CORE_EVENTS;
+        table.done = onCoreDone;
+        return table;
+    }();
+    pw_core_add_listener(core, &mCoreHook.hook, &coreEvents, this);
     mRegistry.reset(reinterpret_cast<pw_proxy *>(pw_core_get_registry(core, PW_VERSION_REGISTRY, 0)));
     pw_registry_add_listener(registry(), &mRegistryHook.hook, &events, this);
 }
 
 PipeWireGraph::~PipeWireGraph() {
     // Listeners go before what they listen to.
+    mCoreHook.remove();
     mRegistryHook.remove();
     mDefaultHook.remove();
     mSettingsHook.remove();
     for (auto &[id, bound] : mNodes)
         bound->objectHook.remove();
+}
+
+void PipeWireGraph::onCoreDone(void *data, std::uint32_t id, int seq) {
+    auto *self = static_cast<PipeWireGraph *>(data);
+    if (id != PW_ID_CORE || seq != self->mAwaited || self->mRoundsLeft == 0)
+        return;
+    if (--self->mRoundsLeft > 0)
+        self->mAwaited = pw_core_sync(self->mCore, PW_ID_CORE, 0);
+    else
+        self->mChanged();
 }
 
 void PipeWireGraph::onGlobal(void *data, std::uint32_t id, std::uint32_t, const char *type, std::uint32_t,
@@ -156,6 +175,8 @@ void PipeWireGraph::addMetadata(std::uint32_t id, const spa_dict *props) {
     if (isDefault) {
         mDefaultMetadataId = id;
         mDefaultMetadata = std::move(proxy);
+        mRoundsLeft = kRounds;
+        mAwaited = pw_core_sync(mCore, PW_ID_CORE, 0);
     } else {
         mSettingsMetadata = std::move(proxy);
     }
@@ -301,7 +322,7 @@ std::optional<QString> PipeWireGraph::configuredDefault(Direction direction) con
 }
 
 bool PipeWireGraph::setConfiguredDefault(Direction direction, const std::optional<QString> &name) {
-    if (!mDefaultMetadata)
+    if (!hasDefaults())
         return false;
     auto *metadata = reinterpret_cast<pw_metadata *>(mDefaultMetadata.get());
     const QByteArray key = defaultKey(direction, true).toLatin1();

@@ -45,8 +45,8 @@ public:
     // The ports of a node, in order: those it takes sound by, or those it gives it by (its monitors for a sink).
     std::vector<GraphPort> portsOf(std::uint32_t nodeId, bool inputs) const;
 
-    // Whether a session manager is there: it alone keeps the default devices.
-    bool hasDefaults() const { return mDefaultMetadata != nullptr; }
+    // Whether a session manager is there, which alone keeps the default devices, and all that it says has come.
+    bool hasDefaults() const { return mDefaultMetadata && mRoundsLeft == 0; }
     QString defaultInForce(Direction direction) const;
     std::optional<QString> configuredDefault(Direction direction) const;
     // Nothing takes the choice away. False without a session manager.
@@ -83,6 +83,7 @@ private:
     BoundNode *boundNamed(const QString &name);
     std::optional<DeviceRecord> recordOf(const GraphNode &node) const;
 
+    static void onCoreDone(void *data, std::uint32_t id, int seq);
     static void onGlobal(void *data, std::uint32_t id, std::uint32_t permissions, const char *type,
                          std::uint32_t version, const spa_dict *props);
     static void onGlobalRemove(void *data, std::uint32_t id);
@@ -95,7 +96,12 @@ private:
                                   const char *value);
 
     pw_core *mCore;
+    Hook mCoreHook;
     const std::function<void()> mChanged;
+    // Questions to the server that stand out until the default metadata, once met, is known: the first is answered
+    // after all that we had asked before, the second after all that we ask because of that.
+    int mRoundsLeft = 0;
+    int mAwaited = 0;
     ProxyHandle mRegistry;
     Hook mRegistryHook;
     std::map<std::uint32_t, std::unique_ptr<BoundNode>> mNodes;
