@@ -108,6 +108,12 @@ OSStatus PDAudioDeviceRemoveIOProc(AudioDeviceID device, AudioDeviceIOProcID pro
     return AudioDeviceDestroyIOProcID(device, proc);
 }
 
+OSStatus PDExtAudioFileCreateNew(const FSRef *parentFolder, CFStringRef fileName, AudioFileTypeID type,
+                                 const AudioStreamBasicDescription *format, const AudioChannelLayout *layout,
+                                 ExtAudioFileRef *file) {
+    return ExtAudioFileCreateNew(parentFolder, fileName, type, format, layout, file);
+}
+
 AudioDeviceID PDAudioDeviceGetObjectID(const QString &uid) {
     std::uint32_t size = 0;
     (void)PDAudioHardwareGetPropertyInfo(kAudioHardwarePropertyPlugInForBundleID, &size,

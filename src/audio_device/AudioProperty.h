@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/hal/AudioHardware.h"
+#include "platform/hal/ExtendedAudioFile.h"
 
 #include <QString>
 #include <QVariantMap>
@@ -33,6 +34,11 @@ OSStatus PDAudioHardwareGetPropertyInfo(AudioObjectPropertySelector property, st
 OSStatus PDAudioDeviceAddIOProc(AudioDeviceID device, AudioDeviceIOProc proc, void *clientData,
                                 AudioDeviceIOProcID *procID);
 OSStatus PDAudioDeviceRemoveIOProc(AudioDeviceID device, AudioDeviceIOProcID proc);
+
+// The same call either way.
+OSStatus PDExtAudioFileCreateNew(const FSRef *parentFolder, CFStringRef fileName, AudioFileTypeID type,
+                                 const AudioStreamBasicDescription *format, const AudioChannelLayout *layout,
+                                 ExtAudioFileRef *file);
 
 // The device of a UID; 0 when none has it.
 AudioDeviceID PDAudioDeviceGetObjectID(const QString &uid);

@@ -4,6 +4,8 @@
 #include "audio_device/AudioProperty.h"
 #include "tests/support/EmbeddedWorld.h"
 
+#include <QFile>
+
 #include <gtest/gtest.h>
 
 using namespace cantorel;
@@ -128,4 +130,30 @@ TEST(AudioDevices, AreThoseThatCanBeRecorded) {
     EXPECT_EQ(devices.getTheCaptureDeviceWithName("Built-in Microphone")->uniqueID, "builtin_microphone");
     EXPECT_FALSE(devices.getTheCaptureDeviceWithName("built-in microphone"));
     EXPECT_FALSE(devices.getTheCaptureDeviceWithName("Built-in Output"));
+}
+
+TEST(ExtendedAudioFile, WritesAWaveAndRefusesTheRest) {
+    const FSRef folder{QDir::homePath()};
+    const QString name = "new.wav";
+    AudioStreamBasicDescription format = {
+        48000, kAudioFormatLinearPCM, kAudioFormatFlagsNativeFloatPacked, 8, 1, 8, 2, 32, 0};
+    ExtAudioFileRef file = nullptr;
+    EXPECT_NE(PDExtAudioFileCreateNew(&folder, &name, fourCharCode("m4af"), &format, nullptr, &file), 0);
+    AudioStreamBasicDescription odd = format;
+    odd.mBytesPerFrame = 6;
+    EXPECT_NE(PDExtAudioFileCreateNew(&folder, &name, kAudioFileWAVEType, &odd, nullptr, &file), 0);
+    ASSERT_EQ(PDExtAudioFileCreateNew(&folder, &name, kAudioFileWAVEType, &format, nullptr, &file), 0);
+    float samples[2 * 100] = {};
+    AudioBufferList data = {1, {{2, sizeof samples, samples}}};
+    EXPECT_EQ(ExtAudioFileWrite(file, 100, &data), 0);
+    EXPECT_NE(ExtAudioFileWrite(file, 101, &data), 0) << "more than the buffer holds";
+    EXPECT_EQ(ExtAudioFileDispose(file), 0);
+    QFile wave(QDir::homePath() + "/new.wav");
+    ASSERT_TRUE(wave.open(QIODevice::ReadOnly));
+    const QByteArray bytes = wave.readAll();
+    EXPECT_EQ(bytes.size(), 44 + 800);
+    EXPECT_EQ(bytes.mid(36, 4), "data");
+    EXPECT_EQ(bytes.mid(40, 4), QByteArray("\x20\x03\0\0", 4));
+    EXPECT_NE(PDExtAudioFileCreateNew(&folder, &name, kAudioFileWAVEType, &format, nullptr, &file), 0)
+        << "nothing is overwritten";
 }
