@@ -50,11 +50,17 @@ void PipeWireStream::detach() {
         if (PipeWireStream *follower = slot.load())
             follower->loseLeader();
     }
-    for (Half *half : {&mCapture, &mPlayback}) {
-        half->hook.remove();
-        half->stream.reset();
-        half->running = false;
-    }
+    for (Half *half : {&mCapture, &mPlayback})
+        close(*half);
+}
+
+// Disconnecting waits for the real-time thread to leave the stream; what that thread uses goes only then.
+void PipeWireStream::close(Half &half) {
+    if (half.stream)
+        pw_stream_disconnect(half.stream.get());
+    half.hook.remove();
+    half.stream.reset();
+    half.running = false;
 }
 
 void PipeWireStream::follow(PipeWireStream *leader) {
@@ -85,9 +91,7 @@ void PipeWireStream::loseLeader() {
         return;
     // Without the trigger flag, which only counts when connecting.
     mLeaving = true;
-    mPlayback.hook.remove();
-    mPlayback.stream.reset();
-    mPlayback.running = false;
+    close(mPlayback);
     mLeaving = false;
     connect(mPlayback, mCore, false);
 }
@@ -116,6 +120,7 @@ void PipeWireStream::connect(Half &half, pw_core *core, bool triggered) {
     half.stream.reset(pw_stream_new(core, half.isCapture ? "Cantorel capture" : "Cantorel playback", properties));
     if (!half.stream)
         return;
+    half.live = half.stream.get();
     pw_stream_add_listener(half.stream.get(), &half.hook.hook, &events, &half);
 
     spa_audio_info_raw format = {};
@@ -196,7 +201,7 @@ CycleTime PipeWireStream::timeOf(const Half &half, std::uint32_t frames) noexcep
 }
 
 void PipeWireStream::capture() noexcept [[clang::nonblocking]] {
-    pw_buffer *buffer = pw_stream_dequeue_buffer(mCapture.stream.get());
+    pw_buffer *buffer = pw_stream_dequeue_buffer(mCapture.live);
     if (!buffer)
         return;
     const spa_data &data = buffer->buffer->datas[0];
@@ -210,21 +215,21 @@ void PipeWireStream::capture() noexcept [[clang::nonblocking]] {
         if (mTarget.output) {
             std::memcpy(mInput.data(), samples, std::size_t(frames) * stride);
             mInputFrames = frames;
-            pw_stream_trigger_process(mPlayback.stream.get());
+            pw_stream_trigger_process(mPlayback.live);
         } else {
             mClient.cycle(timeOf(mCapture, frames), samples, nullptr, frames);
         }
         for (auto &slot : mFollowers) {
             if (PipeWireStream *follower = slot.load())
-                pw_stream_trigger_process(follower->mPlayback.stream.get());
+                pw_stream_trigger_process(follower->mPlayback.live);
         }
         mInCycle.store(false);
     }
-    pw_stream_queue_buffer(mCapture.stream.get(), buffer);
+    pw_stream_queue_buffer(mCapture.live, buffer);
 }
 
 void PipeWireStream::playback() noexcept [[clang::nonblocking]] {
-    pw_buffer *buffer = pw_stream_dequeue_buffer(mPlayback.stream.get());
+    pw_buffer *buffer = pw_stream_dequeue_buffer(mPlayback.live);
     if (!buffer)
         return;
     spa_data &data = buffer->buffer->datas[0];
@@ -243,7 +248,7 @@ void PipeWireStream::playback() noexcept [[clang::nonblocking]] {
     data.chunk->offset = 0;
     data.chunk->stride = static_cast<std::int32_t>(stride);
     data.chunk->size = frames * stride;
-    pw_stream_queue_buffer(mPlayback.stream.get(), buffer);
+    pw_stream_queue_buffer(mPlayback.live, buffer);
 }
 
 } // namespace cantorel::hal

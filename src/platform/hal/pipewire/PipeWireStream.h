@@ -57,6 +57,7 @@ private:
     struct Half {
         PipeWireStream *owner = nullptr;
         StreamHandle stream;
+        pw_stream *live = nullptr; // the same, for the real-time thread: it stays while that thread may run
         Hook hook;
         bool isCapture = false;
         bool running = false;
@@ -64,6 +65,7 @@ private:
     };
 
     void connect(Half &half, pw_core *core, bool triggered);
+    static void close(Half &half);
     void capture() noexcept [[clang::nonblocking]];
     void playback() noexcept [[clang::nonblocking]];
     CycleTime timeOf(const Half &half, std::uint32_t frames) noexcept [[clang::nonblocking]];
