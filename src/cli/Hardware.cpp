@@ -1,7 +1,9 @@
 #include "cli/Hardware.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "capture/DeviceSoundPlayer.h"
 #include "capture/ZQAVRecorderKit.h"
+#include "platform/desktop/Services.h"
 #include "platform/foundation/SearchPaths.h"
 #include "platform/hal/embedded/EmbeddedBackend.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
@@ -23,9 +25,12 @@ bool isDriverInstalled() {
 } // namespace
 
 Hardware::Hardware(std::unique_ptr<hal::HardwareBackend> backend)
-    : mSystem(std::make_unique<hal::HardwareSystem>(std::move(backend), stateFolder())) {}
+    : mSystem(std::make_unique<hal::HardwareSystem>(std::move(backend), stateFolder())) {
+    desktop::InstalledServices::current().sounds = std::make_unique<DeviceSoundPlayer>();
+}
 
 Hardware::~Hardware() {
+    desktop::InstalledServices::current().sounds.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     ZQAudioKextKit::end();
 }

@@ -12,7 +12,7 @@ namespace cantorel {
 
 void addRecordCommand(CLI::App &root, CommandSession &session) {
     struct Arguments {
-        std::string source, microphone, folder;
+        std::string source, microphone, folder, play;
         int format = 0;
         double seconds = 0;
     };
@@ -30,6 +30,8 @@ void addRecordCommand(CLI::App &root, CommandSession &session) {
                                            "0 MP3 high, 1 MP3 standard, 2 and 3 Apple Lossless, 4 WAV, 5 to 7 AAC")
                               ->check(CLI::Range(0, 7));
     record->add_option("--folder", arguments->folder, "Where the recording goes");
+    record->add_option("--play", arguments->play,
+                       "A sound file to play meanwhile; without --seconds its end ends the recording");
     record->footer("Example: cantorel-cli record --source system --seconds 10");
     record->callback([&session, arguments, seconds, format] {
         session.action = [&session, arguments, seconds, format] {
@@ -48,6 +50,9 @@ void addRecordCommand(CLI::App &root, CommandSession &session) {
                         QStringLiteral("There is no folder \"%1\"; make it first or name another.").arg(folder));
                 options.folder = QDir(folder).absolutePath();
             }
+            options.play = QString::fromStdString(arguments->play);
+            if (!options.play.isEmpty() && !QFileInfo(options.play).isFile())
+                return Outcome::wrongUsage(QStringLiteral("There is no file \"%1\" to play.").arg(options.play));
             RecordRun run(session, std::move(options));
             return run.run();
         };

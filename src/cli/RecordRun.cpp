@@ -16,6 +16,8 @@ namespace cantorel {
 namespace {
 
 constexpr int kStoppedBySignal = 130;
+// What was played last is still on its way to the recording.
+constexpr auto kPlayedTail = std::chrono::milliseconds(300);
 constexpr auto kFirstFramesPatience = std::chrono::seconds(15);
 
 void setArgument(const char *key, const QVariant &value) {
@@ -60,9 +62,17 @@ Outcome RecordRun::run() {
                                    .arg(mOptions.microphone));
     }
 
+    if (!mOptions.play.isEmpty()) {
+        foundation::Failure why;
+        mPlayer = ZQAVAudioPlayer::initWithFilePath(mOptions.play, &why);
+        if (!mPlayer)
+            return Outcome::failed(why.sentence);
+        mPlayer->delegate = this;
+    }
+
     mSession = std::make_unique<RecordingSession>(*this, Hardware::stateFolder());
     if (const auto started = mSession->startRecording(); started) {
-        if (!mOptions.seconds)
+        if (!mOptions.seconds && !mPlayer)
             mCommand.note(QStringLiteral("Recording until Ctrl-C."));
         else
             mFirstFrames.start(kFirstFramesPatience);
@@ -71,6 +81,7 @@ Outcome RecordRun::run() {
         event("failed", {{QStringLiteral("reason"), started.failure().sentence}}, {});
         mOutcome = Outcome::failed(started.failure().sentence);
     }
+    mPlayer.reset();
     mSession.reset();
     if (switches)
         (void)ZQAudioKextKit::changeAudioInputDeviceWithName(defaultInput);
@@ -116,6 +127,18 @@ void RecordRun::recordingStarted(const QString &file, const QString &device) {
            {QStringLiteral("device"), device},
            {QStringLiteral("backend"), mHardware->backendName()}},
           QStringLiteral("Recording %1 (%2) to %3").arg(source, device, file));
+    if (mPlayer && !mPlayer->play()) {
+        mCommand.note(QStringLiteral("There is no output to play \"%1\" to.").arg(mOptions.play));
+        if (!mOptions.seconds)
+            stop();
+    }
+}
+
+void RecordRun::AVAudioPlayerDidFinishPlayingSuccessfully(ZQAVAudioPlayer &, bool successfully) {
+    if (!successfully)
+        mCommand.note(QStringLiteral("The output is gone; \"%1\" was not played to its end.").arg(mOptions.play));
+    if (!mOptions.seconds)
+        mEnd.start(kPlayedTail);
 }
 
 void RecordRun::recordingProgress(double seconds, qint64 bytes) {
@@ -185,6 +208,8 @@ void RecordRun::signalled() {
 }
 
 void RecordRun::stop() {
+    if (mPlayer)
+        mPlayer->pause();
     mEnd.stop();
     mFirstFrames.stop();
     if (mSession)

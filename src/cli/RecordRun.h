@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capture/ZQAVAudioPlayer.h"
 #include "cli/CommandSession.h"
 #include "cli/Hardware.h"
 #include "cli/SignalWatch.h"
@@ -18,10 +19,11 @@ struct RecordOptions {
     QString microphone; // empty: the default one
     QString folder;     // empty: that of the settings
     std::optional<double> seconds;
+    QString play; // a sound file to play meanwhile; empty: none
 };
 
 // One run of "record": shows the session's events, and ends it by time or signal. Main thread.
-class RecordRun : public QObject, public RecordingSessionView {
+class RecordRun : public QObject, public RecordingSessionView, public ZQAVAudioPlayerDelegate {
 public:
     RecordRun(const CommandSession &command, RecordOptions options);
 
@@ -39,6 +41,8 @@ private:
     void recordingFinished(const FinishedRecording &finished) override;
     void recordingFailed(const QString &sentence, const QString &kept) override;
 
+    void AVAudioPlayerDidFinishPlayingSuccessfully(ZQAVAudioPlayer &, bool successfully) override;
+
     void event(const char *name, QJsonObject details, const QString &text);
     void clearProgressLine();
     void signalled();
@@ -50,6 +54,7 @@ private:
     SignalWatch mSignals;
     std::unique_ptr<Hardware> mHardware;
     std::unique_ptr<RecordingSession> mSession;
+    std::unique_ptr<ZQAVAudioPlayer> mPlayer;
     QEventLoop mLoop;
     QTimer mEnd;         // of the time asked for
     QTimer mFirstFrames; // that never came
