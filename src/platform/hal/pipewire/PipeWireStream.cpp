@@ -241,7 +241,7 @@ void PipeWireStream::playback() noexcept [[clang::nonblocking]] {
     if (mTarget.input)
         frames = std::min(frames, mInputFrames);
     if (frames > 0) {
-        std::memset(data.data, 0, std::size_t(frames) * stride);
+        std::fill_n(static_cast<float *>(data.data), std::size_t(frames) * mTarget.positions.size(), 0.0f);
         mClient.cycle(timeOf(mTarget.input ? mCapture : mPlayback, frames), mTarget.input ? mInput.data() : nullptr,
                       static_cast<float *>(data.data), frames);
     }
