@@ -137,8 +137,8 @@ public:
     // Null when the device does not exist or lacks a side asked for. Cycles may begin before this returns.
     virtual std::unique_ptr<DeviceStream> openStream(const StreamRequest &request, StreamClient &client) = 0;
 
-    // Makes the aggregate or changes it to the spec; the device is there when this returns true, and it is made again
-    // by the backend when sub-devices or the server come back.
+    // Makes the aggregate or changes it to what is described; the device is there when this returns true, and it is
+    // made again by the backend when sub-devices or the server come back.
     virtual bool makeAggregate(const AggregateSpec &spec) = 0;
     virtual void removeAggregate(const QString &uid) = 0;
 

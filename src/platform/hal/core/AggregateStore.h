@@ -13,8 +13,8 @@ public:
 
     const std::vector<AggregateSpec> &all() const { return mSpecs; }
     const AggregateSpec *find(const QString &uid) const;
-    // Adds the spec or replaces the one of its UID, and keeps it. False when it could not be written; it holds all the
-    // same while the program runs.
+    // Adds an aggregate or replaces the one of its UID, and keeps it. False when it could not be written; it holds all
+    // the same while the program runs.
     bool put(const AggregateSpec &spec);
     void remove(const QString &uid);
 
