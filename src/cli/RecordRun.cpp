@@ -6,6 +6,7 @@
 #include "settings/UserDefaultFunctions.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
+#include "util/ToolSystem.h"
 
 #include <unistd.h>
 
@@ -76,7 +77,9 @@ Outcome RecordRun::run() {
             mCommand.note(QStringLiteral("Recording until Ctrl-C."));
         else
             mFirstFrames.start(kFirstFramesPatience);
+        ToolSystem::setAllowKeepSystemWakeEnable(true);
         mLoop.exec();
+        ToolSystem::setAllowKeepSystemWakeEnable(false);
     } else {
         event("failed", {{QStringLiteral("reason"), started.failure().sentence}}, {});
         mOutcome = Outcome::failed(started.failure().sentence);
