@@ -241,9 +241,11 @@ void PipeWireStream::playback() noexcept [[clang::nonblocking]] {
     if (mTarget.input)
         frames = std::min(frames, mInputFrames);
     if (frames > 0) {
-        std::fill_n(static_cast<float *>(data.data), std::size_t(frames) * mTarget.positions.size(), 0.0f);
+        auto *const samples = static_cast<float *>(data.data);
+        for (std::size_t i = 0; i < std::size_t(frames) * mTarget.positions.size(); ++i)
+            samples[i] = 0;
         mClient.cycle(timeOf(mTarget.input ? mCapture : mPlayback, frames), mTarget.input ? mInput.data() : nullptr,
-                      static_cast<float *>(data.data), frames);
+                      samples, frames);
     }
     data.chunk->offset = 0;
     data.chunk->stride = static_cast<std::int32_t>(stride);
