@@ -193,6 +193,10 @@ void RecordRun::recordingFailed(const QString &sentence, const QString &kept) {
     if (!kept.isEmpty())
         details.insert(QStringLiteral("kept"), kept);
     event("failed", details, {});
+    if (mSignalCount > 0 && kept.isEmpty() && mFile.isEmpty()) {
+        end({kStoppedBySignal, QStringLiteral("Stopped before the first sound; nothing was recorded.")});
+        return;
+    }
     end(Outcome::failed(
         kept.isEmpty() ? sentence : QStringLiteral("%1 What was recorded is kept in \"%2\".").arg(sentence, kept)));
 }

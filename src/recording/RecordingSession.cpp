@@ -4,6 +4,7 @@
 #include "convert/AudioConverter.h"
 #include "log/GuardedAction.h"
 #include "platform/hal/HardwareSystem.h"
+#include "platform/media/RecordingRepair.h"
 #include "settings/AppSettings.h"
 #include "util/ToolString.h"
 #include "util/Tools.h"
@@ -13,9 +14,8 @@
 #include <QFileInfo>
 #include <QPointer>
 #include <QStorageInfo>
+#include <QTemporaryFile>
 #include <QThreadPool>
-
-#include <unistd.h>
 
 namespace cantorel {
 
@@ -31,7 +31,8 @@ const QString kOldAggregateKey =
 
 // Why nothing can be written to the folder; empty when something can.
 QString folderTrouble(const QString &folder) {
-    if (!QDir().mkpath(folder) || ::access(QFile::encodeName(folder), W_OK) != 0)
+    QTemporaryFile probe(folder + QStringLiteral("/.cantorel-XXXXXX")); // Rights alone do not tell.
+    if (!QDir().mkpath(folder) || !probe.open())
         return QStringLiteral("Recordings can't be written to \"%1\"; choose a folder that you may write to.")
             .arg(folder);
     const QStorageInfo storage(folder);
@@ -87,6 +88,10 @@ Result<void> RecordingSession::prepareDevices(int source) {
 }
 
 Result<void> RecordingSession::startRecording() {
+    // The file of a recording that is still being written must not be taken for one that a crash left behind.
+    if (mIsWriting)
+        return Failure{QStringLiteral("A recording is under way; stop it and wait until its file is finished."),
+                       QStringLiteral("the file before is not finished")};
     if (!mJournal.claim())
         return Failure{QStringLiteral("Another Cantorel is recording already; stop that one first."),
                        QStringLiteral("the recorder lock is held")};
@@ -114,6 +119,7 @@ Result<void> RecordingSession::startRecording() {
                        QStringLiteral("startRecord answered false")};
     }
     mIsRecording = true;
+    mIsWriting = true;
     mSilence.begin(hal::HardwareSystem::clock().now());
     mTimerRecording.start();
     return {};
@@ -152,14 +158,18 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
                                                                     const std::optional<Failure> &failure) {
     const QString file = url.toLocalFile();
     mTimerRecording.stop();
-    mFinished = {file, duration, mRecordManager->recordedFileSize(), mRecordManager->droppedFrames()};
-    mJournal.end(file);
+    const FinishedRecording finished{file, duration, mRecordManager->recordedFileSize(),
+                                     mRecordManager->droppedFrames()};
+    // What could not be closed, on a full disk for one, is closed by the next start.
+    if (!failure || !media::isUnfinished(file))
+        mJournal.end(file);
     // Gives the devices back where an error has ended the recording.
     if (mIsRecording)
         mRecordManager->stopRecord();
     mIsRecording = false;
+    mIsWriting = false;
     mRecordManager->clear();
-    if (failure || mFinished.seconds <= 0 || !QFileInfo::exists(file)) {
+    if (failure || finished.seconds <= 0 || !QFileInfo::exists(file)) {
         const QString why =
             failure ? failure->sentence
                     : QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time.").arg(mDevice);
@@ -167,14 +177,15 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
         return;
     }
     AppSettings::setrecordNameBaseOn(AppSettings::recordNameBaseOn() + 1);
-    convert(file);
+    convert(finished);
 }
 
-void RecordingSession::convert(const QString &file) {
+void RecordingSession::convert(const FinishedRecording &recording) {
+    const QString file = recording.file;
     mView.recordingConverting(file);
     const int format = AppSettings::getAudioFormat();
     const QPointer<RecordingSession> self(this);
-    QThreadPool::globalInstance()->start([self, file, format] {
+    QThreadPool::globalInstance()->start([self, recording, file, format] {
         Result<QString> result =
             Failure{QStringLiteral("The conversion ended unexpectedly; the log says why."), QString()};
         (void)guarded("convert", [&] {
@@ -182,25 +193,26 @@ void RecordingSession::convert(const QString &file) {
             result = AudioConverter::convertRecording(format, file, {AppSettings::TessolarConverterPath(), clock});
         });
         // The session may be gone by now: then nobody wants to know.
-        QMetaObject::invokeMethod(qApp, [self, file, result] {
+        QMetaObject::invokeMethod(qApp, [self, recording, result] {
             if (self)
-                self->converted(file, result);
+                self->converted(recording, result);
         });
     });
 }
 
-void RecordingSession::converted(const QString &file, const Result<QString> &result) {
+void RecordingSession::converted(FinishedRecording recording, const Result<QString> &result) {
+    const QString file = recording.file;
     if (!result || QFileInfo(result.value()).size() == 0) {
         mView.recordingFailed(result ? QStringLiteral("The converted file is empty.") : result.failure().sentence,
-                              file);
+                              QFile::exists(file) ? file : QString());
         return;
     }
-    mFinished.file = result.value();
-    mFinished.bytes = QFileInfo(mFinished.file).size();
+    recording.file = result.value();
+    recording.bytes = QFileInfo(recording.file).size();
     // The recording goes only now that its successor is whole.
-    if (QFileInfo(file).absoluteFilePath() != QFileInfo(mFinished.file).absoluteFilePath())
+    if (QFileInfo(file).absoluteFilePath() != QFileInfo(recording.file).absoluteFilePath())
         QFile::remove(file);
-    mView.recordingFinished(mFinished);
+    mView.recordingFinished(recording);
 }
 
 } // namespace cantorel

@@ -65,8 +65,8 @@ private:
     void RecordManagerDeviceBack(RecordManager &) override { mView.recordingDeviceBack(mDevice); }
     foundation::Result<void> prepareDevices(int source);
     void refresh();
-    void convert(const QString &file);
-    void converted(const QString &file, const foundation::Result<QString> &result);
+    void convert(const FinishedRecording &recording);
+    void converted(FinishedRecording recording, const foundation::Result<QString> &result);
 
     RecordingSessionView &mView;
     RecordingJournal mJournal;
@@ -75,8 +75,8 @@ private:
     SilenceWatch mSilence;
     int mSource = 0;
     QString mDevice; // the one that is recorded
-    FinishedRecording mFinished;
     bool mIsRecording = false;
+    bool mIsWriting = false; // until the file is closed, longer than it is recorded
 };
 
 } // namespace cantorel
