@@ -255,8 +255,8 @@ TEST_P(HardwareContract, VanishedDeviceEndsItsStreamOnceAndNoOtherTakesItsPlace)
     world->plug("usb_microphone", Direction::Input);
     ASSERT_TRUE(world->until([&] { return isThere("usb_microphone"); }));
     Client again;
-    stream = backend.openStream(reading("usb_microphone"), again);
-    ASSERT_TRUE(stream);
+    const auto second = backend.openStream(reading("usb_microphone"), again);
+    ASSERT_TRUE(second);
     EXPECT_TRUE(world->until([&] { return again.cycles > 20; }));
     EXPECT_EQ(client.endings, 1u);
 }
