@@ -63,13 +63,19 @@ foundation::Clock::Duration usualLimit(const QString &inputFile) {
     return std::chrono::seconds(static_cast<std::int64_t>(seconds));
 }
 
+constexpr int kProgramMissing = 127; // the exit status by which shells and the launcher tell it
+
 Failure converterFailed(const QString &inputFile, const ChildProcess::Finished &run) {
     const auto &ending = run.ending;
     const QString why = ending.timedOut ? QStringLiteral("it took too long")
                         : ending.signal ? QStringLiteral("it was ended by signal %1").arg(ending.signal)
                                         : QStringLiteral("its exit status was %1").arg(ending.exitStatus);
-    return {QStringLiteral("The recording \"%1\" could not be converted; it stays as it is.").arg(inputFile),
-            QStringLiteral("%1: %2").arg(why, QString::fromUtf8(run.output.right(2000)))};
+    const QString sentence =
+        ending.exitStatus == kProgramMissing
+            ? QStringLiteral("The recording \"%1\" stays as it is because the program ffmpeg is missing; install it "
+                             "with \"apt install ffmpeg\".")
+            : QStringLiteral("The recording \"%1\" could not be converted; it stays as it is.");
+    return {sentence.arg(inputFile), QStringLiteral("%1: %2").arg(why, QString::fromUtf8(run.output.right(2000)))};
 }
 
 // Puts the converted file in the recording's place in one step, so that at every moment one of them is there.

@@ -1,0 +1,204 @@
+// "record" as a person runs it: every format, every fault, and what signals and crashes leave behind.
+
+#include "tests/support/PrivateWorld.h"
+#include "tests/support/Sound.h"
+#include "tests/support/StampedSound.h"
+
+#include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace cantorel {
+namespace {
+
+using test::eventually;
+using test::PrivateWorld;
+
+class RecordProgramTest : public ::testing::Test {
+protected:
+    // The program while it runs, and what it has told.
+    struct Run {
+        QProcess process;
+        QByteArray out, error;
+
+        bool has(const char *event) {
+            out += process.readAllStandardOutput();
+            return out.contains(QByteArray("\"event\":\"") + event + '"');
+        }
+        bool begins() {
+            return eventually([&] { return has("started"); });
+        }
+        void signal(int number) const { ::kill(static_cast<pid_t>(process.processId()), number); }
+        int status() {
+            if (!eventually([&] { return process.state() == QProcess::NotRunning; }, 40000))
+                test::finish(process, SIGKILL);
+            out += process.readAllStandardOutput();
+            error += process.readAllStandardError();
+            return process.exitCode();
+        }
+        QString lastLine() const { return QString::fromUtf8(error).trimmed().section('\n', -1); }
+        QJsonObject event(const char *name) const {
+            for (const QByteArray &line : out.split('\n')) {
+                const QJsonObject object = QJsonDocument::fromJson(line).object();
+                if (object["event"].toString() == name)
+                    return object;
+            }
+            return {};
+        }
+    };
+
+    std::unique_ptr<Run> start(const QStringList &options, const QStringList &environment = {}) const {
+        auto run = std::make_unique<Run>();
+        run->process.setProcessEnvironment([&] {
+            auto variables = QProcessEnvironment::systemEnvironment();
+            for (const QString &variable : environment)
+                variables.insert(variable.section('=', 0, 0), variable.section('=', 1));
+            return variables;
+        }());
+        run->process.start(CANTOREL_CLI, QStringList{"record", "--json", "--folder", mFolder.path()} + options);
+        run->process.waitForStarted(5000);
+        return run;
+    }
+    QString script(const char *body) const {
+        const QString path = mFolder.path() + "/../" + QFileInfo(mFolder.path()).fileName() + "-ffmpeg";
+        testing::store(path, QByteArray("#!/bin/sh\n") + body + '\n');
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return path;
+    }
+    ~RecordProgramTest() override { QFile::remove(mFolder.path() + "-ffmpeg"); }
+
+    QTemporaryDir mFolder;
+    const QStringList mSoftware{"--backend", "embedded", "--source", "mic", "--seconds", "0.3"};
+};
+
+void expectOneSentence(const QString &line, const char *part) {
+    EXPECT_TRUE(line.contains(QString::fromUtf8(part))) << line.toStdString();
+    EXPECT_FALSE(line.startsWith('[')) << "a line of the log: " << line.toStdString();
+}
+
+// The left channel's amplitude in most windows: a stall of the machine spoils single ones.
+double usualAmplitude(const std::vector<float> &samples) {
+    constexpr std::size_t kWindow = 4096;
+    std::vector<double> amplitudes;
+    for (std::size_t first = 0; 2 * (first + kWindow) <= samples.size(); first += kWindow) {
+        double power = 0;
+        for (std::size_t i = first; i < first + kWindow; ++i)
+            power += double(samples[2 * i]) * samples[2 * i];
+        amplitudes.push_back(std::sqrt(2 * power / kWindow));
+    }
+    if (amplitudes.empty())
+        return 0;
+    std::nth_element(amplitudes.begin(), amplitudes.begin() + amplitudes.size() / 2, amplitudes.end());
+    return amplitudes[amplitudes.size() / 2];
+}
+
+} // namespace
+
+TEST_F(RecordProgramTest, EachFormatIsWhatItSays) {
+    const char *const streams[] = {"mp3,44100,2,320000", "mp3,44100,2,128000", "alac,48000,2", "alac,48000,2",
+                                   "pcm_s16le,44100,2",  "aac,44100,2",        "aac,44100,2",  "aac,44100,2"};
+    for (int format = 0; format < 8; ++format) {
+        SCOPED_TRACE(format);
+        const auto run = start(mSoftware + QStringList{"--format", QString::number(format)});
+        ASSERT_EQ(run->status(), 0) << run->error.constData();
+        const QString file = run->event("finished")["file"].toString();
+        EXPECT_TRUE(
+            testing::probed(file, "stream=codec_name,sample_rate,channels,bit_rate").startsWith(streams[format]))
+            << testing::probed(file, "stream=codec_name,sample_rate,channels,bit_rate").toStdString();
+        EXPECT_FALSE(testing::decoded(file).empty());
+    }
+}
+
+TEST_F(RecordProgramTest, FaultsEndInOneSentenceAndTheirStatus) {
+    const QStringList system{"--backend", "embedded", "--source", "system", "--seconds", "0.3"};
+    const struct {
+        QStringList options, environment;
+        int status;
+        const char *sentence;
+        bool kept;
+    } cases[] = {
+        {mSoftware, {"CANTOREL_FFMPEG=/no/such"}, 1, "ffmpeg", true},
+        {mSoftware, {"CANTOREL_FFMPEG=" + script("kill -9 $$")}, 1, "kept", true},
+        {mSoftware, {"CANTOREL_MODULES=/no/such"}, 1, ".", false},
+        {mSoftware + QStringList{"--microphone", "Nobody's"}, {}, 1, "Nobody's", false},
+        {mSoftware + QStringList{"--format", "8"}, {}, 2, "format", false},
+        {mSoftware + QStringList{"--folder", "/no/such"}, {}, 2, "folder", false},
+        {system, {}, 1, "cantorel-cli driver install", false},
+    };
+    for (const auto &[options, environment, status, sentence, kept] : cases) {
+        SCOPED_TRACE((options + environment).join(' ').toStdString());
+        const auto run = start(options, environment);
+        EXPECT_EQ(run->status(), status) << run->error.constData();
+        expectOneSentence(run->lastLine(), sentence);
+        if (kept) {
+            const QString file = run->event("failed")["kept"].toString();
+            EXPECT_FALSE(testing::decoded(file).empty()) << file.toStdString();
+        }
+    }
+}
+
+TEST_F(RecordProgramTest, ASecondSignalLeavesAConverterThatHangsAndKeepsTheRecording) {
+    const auto run =
+        start({"--backend", "embedded", "--source", "mic"}, {"CANTOREL_FFMPEG=" + script("exec sleep 100")});
+    ASSERT_TRUE(run->begins());
+    eventually([] { return false; }, 300); // some sound
+    run->signal(SIGINT);
+    ASSERT_TRUE(eventually([&] { return run->has("converting"); }));
+    run->signal(SIGINT);
+    EXPECT_EQ(run->status(), 130);
+    const QString file = run->event("started")["file"].toString();
+    expectOneSentence(run->lastLine(), file.toUtf8());
+    EXPECT_FALSE(testing::decoded(file).empty());
+}
+
+TEST_F(RecordProgramTest, ASecondRecorderIsRefusedAndTheFirstGoesOn) {
+    const auto first = start({"--backend", "embedded", "--source", "mic"});
+    ASSERT_TRUE(first->begins());
+    const auto second = start(mSoftware);
+    EXPECT_EQ(second->status(), 1);
+    expectOneSentence(second->lastLine(), "already");
+    first->signal(SIGTERM);
+    EXPECT_EQ(first->status(), 130);
+    EXPECT_FALSE(testing::decoded(first->event("finished")["file"].toString()).empty());
+}
+
+// On a real server: whatever ends the program, the person's devices are as before, and the sound is there.
+TEST_F(RecordProgramTest, SignalsAndCrashesGiveTheDevicesBackAndLoseNothing) {
+    const PrivateWorld world;
+    ASSERT_TRUE(world.ready());
+    const QString sound = QDir::homePath() + "/sound.wav";
+    test::writeWav(sound, testing::tone(48000 * 30, 48000));
+    const auto player = world.start("pw-cat", {"-p", sound});
+    for (const int number : {SIGINT, SIGTERM, SIGKILL}) {
+        SCOPED_TRACE(number);
+        const auto run = start({"--source", "system", "--format", "4"});
+        ASSERT_TRUE(run->begins()) << run->error.constData();
+        ASSERT_TRUE(world.metadata("default.audio.sink").contains("Tessolar_AudioDevice"));
+        eventually([] { return false; }, 2500);
+        run->signal(number);
+        EXPECT_TRUE(eventually([&] {
+            return world.metadata("default.audio.sink").contains("builtin_output")
+                   && world.metadata("default.configured.audio.sink").isEmpty();
+        }));
+        EXPECT_EQ(run->status(), number == SIGKILL ? SIGKILL : 130) << run->error.constData();
+        const QString crashed = run->event("started")["file"].toString();
+        QString file = run->event("finished")["file"].toString();
+        if (number == SIGKILL) {
+            const auto next = start({"--source", "mic", "--seconds", "0.3"});
+            EXPECT_EQ(next->status(), 0) << next->error.constData();
+            file = crashed;
+            EXPECT_TRUE(testing::packetsOf(testing::contents(file))) << "repaired";
+        }
+        const std::vector<float> samples = testing::decoded(file);
+        EXPECT_GT(samples.size() / 2, 44100u) << "at most the last second is missing";
+        EXPECT_NEAR(20 * std::log10(usualAmplitude(samples) / testing::kToneAmplitude), 0, 0.1) << "dB";
+    }
+    test::finish(*player);
+}
+
+} // namespace cantorel
