@@ -33,8 +33,7 @@ PipeWireStream::PipeWireStream(PipeWireBackend &backend, pw_core *core, Target t
         connect(mPlayback, core, leader != nullptr || mTarget.input);
     if (mTarget.input)
         connect(mCapture, core, false);
-    if (leader)
-        follow(leader);
+    mLeader = leader;
 }
 
 PipeWireStream::~PipeWireStream() {
@@ -46,9 +45,9 @@ PipeWireStream::~PipeWireStream() {
 void PipeWireStream::detach() {
     mLeaving = true;
     unfollow();
-    for (auto &slot : mFollowers) {
-        if (PipeWireStream *follower = slot.load())
-            follower->loseLeader();
+    for (PipeWireStream *other : mBackend.mStreams) {
+        if (other->mLeader == this)
+            other->loseLeader();
     }
     for (Half *half : {&mCapture, &mPlayback})
         close(*half);
@@ -63,25 +62,28 @@ void PipeWireStream::close(Half &half) {
     half.running = false;
 }
 
-void PipeWireStream::follow(PipeWireStream *leader) {
-    for (auto &slot : leader->mFollowers) {
-        if (!slot.load()) {
-            slot.store(this);
-            mLeader = leader;
-            return;
-        }
+// Only a stream that runs may be triggered: the library's side of one that comes or goes is not complete.
+void PipeWireStream::letLeaderTrigger(bool trigger) {
+    if (!mLeader)
+        return;
+    const auto slotOf = [this](PipeWireStream *content) {
+        return std::find_if(mLeader->mFollowers.begin(), mLeader->mFollowers.end(),
+                            [&](const auto &slot) { return slot.load() == content; });
+    };
+    const auto mine = slotOf(this);
+    const bool triggered = mine != mLeader->mFollowers.end();
+    if (trigger && !triggered) {
+        if (const auto room = slotOf(nullptr); room != mLeader->mFollowers.end())
+            room->store(this);
+    } else if (!trigger && triggered) {
+        mine->store(nullptr);
+        while (mLeader->mInCycle.load())
+            std::this_thread::yield();
     }
 }
 
 void PipeWireStream::unfollow() {
-    if (!mLeader)
-        return;
-    for (auto &slot : mLeader->mFollowers) {
-        if (slot.load() == this)
-            slot.store(nullptr);
-    }
-    while (mLeader->mInCycle.load())
-        std::this_thread::yield();
+    letLeaderTrigger(false);
     mLeader = nullptr;
 }
 
@@ -154,6 +156,8 @@ void PipeWireStream::onState(void *data, pw_stream_state, pw_stream_state state,
     if (self->mLeaving)
         return;
     half->running = state == PW_STREAM_STATE_STREAMING;
+    if (half == &self->mPlayback)
+        self->letLeaderTrigger(half->running);
     if (half->running) {
         // The session manager may have restored a loudness that somebody once gave to a stream of ours.
         const std::vector<float> ones(self->mTarget.positions.size(), 1.0f);

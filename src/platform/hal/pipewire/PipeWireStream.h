@@ -69,7 +69,7 @@ private:
     void capture() noexcept [[clang::nonblocking]];
     void playback() noexcept [[clang::nonblocking]];
     CycleTime timeOf(const Half &half, std::uint32_t frames) noexcept [[clang::nonblocking]];
-    void follow(PipeWireStream *leader);
+    void letLeaderTrigger(bool trigger);
     void unfollow();
 
     static void onState(void *data, pw_stream_state old, pw_stream_state state, const char *error);
