@@ -15,8 +15,6 @@ target_compile_definitions(cantorel_options INTERFACE QT_NO_KEYWORDS QT_NO_FOREA
 target_compile_options(cantorel_options INTERFACE -Wall -Wextra -Werror -Wno-attributes=clang::)
 # RelWithDebInfo carries line tables only: full debug information triples the build tree for little.
 target_compile_options(cantorel_options INTERFACE $<$<CONFIG:RelWithDebInfo>:-g1>)
-# Loops over samples have run-time lengths, which -O2 alone leaves unvectorised.
-target_compile_options(cantorel_options INTERFACE $<$<CONFIG:RelWithDebInfo>:-fvect-cost-model=dynamic>)
 if(CANTOREL_SANITIZE)
   target_compile_options(cantorel_options INTERFACE -fsanitize=${CANTOREL_SANITIZE} -fno-omit-frame-pointer -O1)
   target_link_options(cantorel_options INTERFACE -fsanitize=${CANTOREL_SANITIZE})

@@ -74,7 +74,7 @@ AudioObjectID aggregatePlugIn() {
     const QString bundle = QStringLiteral("com.apple.audio.CoreAudio");
     CFStringRef input = &bundle;
     AudioObjectID plugIn = kAudioObjectUnknown;
-    AudioValueTranslation translation = {&input, sizeof input, &plugIn, sizeof plugIn};
+    AudioValueTranslation translation = {&input, kReferenceSize, &plugIn, sizeof plugIn};
     std::uint32_t size = sizeof translation;
     const OSStatus status = PDAudioHardwareGetProperty(kAudioHardwarePropertyPlugInForBundleID, &size, &translation);
     return status == kAudioHardwareNoError ? plugIn : kAudioObjectUnknown;
@@ -294,7 +294,7 @@ QVariantMap AudioDeviceEngine::createAggregateDevice() {
     const AudioObjectPropertyAddress create = {kAudioPlugInCreateAggregateDevice, kAudioObjectPropertyScopeGlobal, 0};
     AudioDeviceID aggregate = kAudioObjectUnknown;
     std::uint32_t size = sizeof aggregate;
-    if (AudioObjectGetPropertyData(plugIn, &create, sizeof qualifier, &qualifier, &size, &aggregate)
+    if (AudioObjectGetPropertyData(plugIn, &create, kReferenceSize, &qualifier, &size, &aggregate)
         != kAudioHardwareNoError)
         return {};
     letHardwareSettle();
@@ -303,14 +303,14 @@ QVariantMap AudioDeviceEngine::createAggregateDevice() {
     CFArrayRef list = &members;
     const AudioObjectPropertyAddress group = {kAudioAggregateDevicePropertyFullSubDeviceList,
                                               kAudioObjectPropertyScopeGlobal, 0};
-    if (AudioObjectSetPropertyData(aggregate, &group, 0, nullptr, sizeof list, &list) != kAudioHardwareNoError)
+    if (AudioObjectSetPropertyData(aggregate, &group, 0, nullptr, kReferenceSize, &list) != kAudioHardwareNoError)
         return {};
     letHardwareSettle();
 
     CFStringRef master = &inputUid;
     const AudioObjectPropertyAddress lead = {kAudioAggregateDevicePropertyMasterSubDevice,
                                              kAudioObjectPropertyScopeGlobal, 0};
-    if (AudioObjectSetPropertyData(aggregate, &lead, 0, nullptr, sizeof master, &master) != kAudioHardwareNoError)
+    if (AudioObjectSetPropertyData(aggregate, &lead, 0, nullptr, kReferenceSize, &master) != kAudioHardwareNoError)
         return {};
     letHardwareSettle();
     return {{QLatin1String(kAggregateOutputUID), outputUid}, {QLatin1String(kAggregateInputUID), inputUid}};

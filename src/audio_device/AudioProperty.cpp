@@ -23,7 +23,7 @@ const QString kNoObject = QStringLiteral("(null)");
 
 std::optional<QString> deviceText(AudioDeviceID device, AudioObjectPropertySelector property) {
     CFStringRef text = nullptr;
-    std::uint32_t size = sizeof text;
+    std::uint32_t size = kReferenceSize;
     if (PDAudioDeviceGetProperty(device, 0, false, property, &size, &text) != kAudioHardwareNoError)
         return std::nullopt;
     return adoptRef(text);
@@ -120,7 +120,7 @@ AudioDeviceID PDAudioDeviceGetObjectID(const QString &uid) {
                                          nullptr); // Asked and not used.
     CFStringRef input = &uid;
     AudioDeviceID device = kAudioObjectUnknown;
-    AudioValueTranslation translation = {&input, sizeof input, &device, sizeof device};
+    AudioValueTranslation translation = {&input, kReferenceSize, &device, sizeof device};
     size = sizeof translation;
     const OSStatus status = PDAudioHardwareGetProperty(kAudioHardwarePropertyDeviceForUID, &size, &translation);
     return status == kAudioHardwareNoError ? device : kAudioObjectUnknown;

@@ -78,8 +78,11 @@ double ZQAVRecorder::recordingDuration() const {
     if (!fileOutput())
         return 0;
     const media::MediaTime duration = fileOutput()->recordedDuration();
+    if (duration.timescale < 1)
+        return 0;
     // The integer division is deliberate: whole seconds are what splits and displays go by.
-    return duration.timescale < 1 ? 0 : static_cast<double>(duration.value / duration.timescale);
+    const std::int64_t wholeSeconds = duration.value / duration.timescale;
+    return static_cast<double>(wholeSeconds);
 }
 
 void ZQAVRecorder::setIsShowAudioLevel(bool flag) {

@@ -28,6 +28,7 @@ consteval std::uint32_t fourCharCode(const char (&text)[5]) {
 using CFStringRef = const QString *;
 using CFDictionaryRef = const QVariantMap *;
 using CFArrayRef = const QStringList *;
+constexpr std::uint32_t kReferenceSize = sizeof(void *); // bytes
 
 // Takes the object out of a reference that a property handed out, and releases the reference. Null gives an empty
 // object.

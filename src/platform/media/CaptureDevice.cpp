@@ -9,7 +9,7 @@ namespace {
 QString text(AudioObjectID device, AudioObjectPropertySelector selector) {
     const AudioObjectPropertyAddress address = {selector, kAudioObjectPropertyScopeGlobal, 0};
     CFStringRef reference = nullptr;
-    std::uint32_t size = sizeof reference;
+    std::uint32_t size = kReferenceSize;
     const OSStatus status = AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &reference);
     return status == kAudioHardwareNoError ? adoptRef(reference) : QString();
 }

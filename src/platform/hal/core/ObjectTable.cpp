@@ -20,10 +20,10 @@ const QString &aggregateBundle() {
 
 // The object behind a reference that was passed in; null when there is none.
 template <class T> const T *passedIn(std::uint32_t size, const void *data) {
-    if (size < sizeof(T *) || !data)
+    if (size < kReferenceSize || !data)
         return nullptr;
     const T *object = nullptr;
-    std::memcpy(&object, data, sizeof object);
+    std::memcpy(&object, data, kReferenceSize);
     return object;
 }
 

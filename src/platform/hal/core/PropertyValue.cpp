@@ -49,10 +49,10 @@ OSStatus PropertyValue::copyTo(std::uint32_t *size, void *data) const {
     // The reference is the caller's, who takes it with adoptRef().
     if (mText) {
         const CFStringRef reference = new QString(*mText);
-        std::memcpy(data, &reference, sizeof reference);
+        std::memcpy(data, &reference, kReferenceSize);
     } else if (mList) {
         const CFArrayRef reference = new QStringList(*mList);
-        std::memcpy(data, &reference, sizeof reference);
+        std::memcpy(data, &reference, kReferenceSize);
     } else if (!mBytes.empty()) {
         std::memcpy(data, mBytes.data(), mBytes.size());
     }
