@@ -197,8 +197,10 @@ void RecordRun::recordingFailed(const QString &sentence, const QString &kept) {
         end({kStoppedBySignal, QStringLiteral("Stopped before the first sound; nothing was recorded.")});
         return;
     }
-    end(Outcome::failed(
-        kept.isEmpty() ? sentence : QStringLiteral("%1 What was recorded is kept in \"%2\".").arg(sentence, kept)));
+    // Some sentences name the file already.
+    const bool said = kept.isEmpty() || sentence.contains(kept);
+    end(Outcome::failed(said ? sentence
+                             : QStringLiteral("%1 What was recorded is kept in \"%2\".").arg(sentence, kept)));
 }
 
 void RecordRun::signalled() {

@@ -141,6 +141,7 @@ void RecordingSession::pauseRecording() {
 void RecordingSession::resumeRecording() {
     if (mRecordManager)
         mRecordManager->resumeRecording();
+    mSilence.resumed(hal::HardwareSystem::clock().now());
 }
 
 void RecordingSession::refresh() {

@@ -14,6 +14,11 @@ constexpr float kFloorLevel = 0.002001f;
 
 void SilenceWatch::begin(Duration now) { mBegan = now; }
 
+void SilenceWatch::resumed(Duration now) {
+    if (mBegan)
+        mBegan = now;
+}
+
 void SilenceWatch::level(float level) {
     if (level > kFloorLevel)
         mBegan.reset();

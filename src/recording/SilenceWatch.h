@@ -14,6 +14,8 @@ public:
     using Duration = std::chrono::nanoseconds;
 
     void begin(Duration now);
+    // After a pause: what is left to wait for begins again, a sound that was heard stays heard.
+    void resumed(Duration now);
     // A level as the recorder tells it; not a number when there are no channels.
     void level(float level);
     // True once, when the time is over and no sound has been heard.

@@ -26,6 +26,18 @@ TEST(SilenceWatch, TheFirstFramesBeginItAnew) {
     EXPECT_TRUE(watch.isDue(5s));
 }
 
+TEST(SilenceWatch, APauseIsNoSilence) {
+    SilenceWatch watch;
+    watch.begin(0s);
+    watch.resumed(10s);
+    EXPECT_FALSE(watch.isDue(12s));
+    EXPECT_TRUE(watch.isDue(13s));
+    watch.begin(20s);
+    watch.level(1);
+    watch.resumed(30s);
+    EXPECT_FALSE(watch.isDue(40s)) << "sound was heard before";
+}
+
 TEST(SilenceWatch, AnySoundAboveTheMetersFloorEndsIt) {
     // The level is 20 times the mean amplitude of the channels in dB.
     const auto level = [](double decibels) { return static_cast<float>(20 * std::pow(10, decibels / 20)); };

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <mutex>
 
@@ -28,8 +29,36 @@ struct View : RecordingSessionView {
         ended = true;
         failure = sentence;
     }
+    void recordingDeviceLost(const QString &) override { ++lost; }
+    void recordingDeviceBack(const QString &) override { ++back; }
     bool started = false, ended = false;
+    int lost = 0, back = 0;
     QString failure;
+};
+
+// What stands below a session in a test: the server's devices, and what reaches the coder.
+struct Bench {
+    Bench() {
+        auto connected = hal::PipeWireBackend::connect(std::chrono::seconds(10));
+        EXPECT_TRUE(connected.ok());
+        system = std::make_unique<hal::HardwareSystem>(std::move(connected).value(), QDir::homePath());
+        ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap([this](std::span<const float> samples) {
+            const std::lock_guard lock(mutex);
+            tapped.insert(tapped.end(), samples.begin(), samples.end());
+        });
+    }
+    ~Bench() {
+        RecorderRelease(ZQAVRecorderKit::sharedInstance().getAudioRecorder());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        ZQAudioKextKit::end();
+    }
+    std::size_t frames() {
+        const std::lock_guard lock(mutex);
+        return tapped.size() / 2;
+    }
+    std::unique_ptr<hal::HardwareSystem> system;
+    std::mutex mutex;
+    std::vector<float> tapped;
 };
 
 class RecordedSound : public ::testing::TestWithParam<int> {};
@@ -40,18 +69,10 @@ TEST_P(RecordedSound, IsBitExactAtTheCoderAndHeardMeanwhile) {
     constexpr std::size_t kSecond = 48000;
     const test::PrivateWorld world;
     ASSERT_TRUE(world.ready());
-    auto backend = hal::PipeWireBackend::connect(std::chrono::seconds(10));
-    ASSERT_TRUE(backend.ok());
-    const hal::HardwareSystem system(std::move(backend).value(), QDir::homePath());
+    Bench bench;
     const QString sound = QDir::homePath() + "/sound.wav", heard = QDir::homePath() + "/heard.wav";
     test::writeWav(sound, test::stamped(4 * kSecond));
 
-    std::mutex mutex;
-    std::vector<float> tapped;
-    ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap([&](std::span<const float> samples) {
-        const std::lock_guard lock(mutex);
-        tapped.insert(tapped.end(), samples.begin(), samples.end());
-    });
     View view;
     {
         AppSettings::setAudioType(GetParam());
@@ -72,15 +93,91 @@ TEST_P(RecordedSound, IsBitExactAtTheCoderAndHeardMeanwhile) {
         ASSERT_TRUE(eventually([&] { return view.ended; }, 20000));
         EXPECT_EQ(view.failure, QString());
     }
-    EXPECT_GT(test::longestStampedRun(tapped), kSecond);
+    EXPECT_GT(test::longestStampedRun(bench.tapped), kSecond);
     if (GetParam() == 0) {
         EXPECT_GT(test::longestStampedRun(test::readWav(heard)), kSecond);
     }
-    RecorderRelease(ZQAVRecorderKit::sharedInstance().getAudioRecorder());
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    ZQAudioKextKit::end();
 }
 
 INSTANTIATE_TEST_SUITE_P(Sources, RecordedSound, ::testing::Values(0, 1));
+
+// The sound of another device must never take the place of the one that went: the sink that plays all the while would
+// show.
+TEST(RecordingDevice, ThatVanishesIsWaitedForAndTakenUpAgain) {
+    const test::PrivateWorld world;
+    ASSERT_TRUE(world.ready());
+    Bench bench;
+    const QString loud = QDir::homePath() + "/loud.wav";
+    test::writeWav(loud, std::vector<float>(std::size_t(2) * 48000 * 30, 0.5f));
+    const auto player = world.start("pw-cat", {"-p", loud});
+    View view;
+    AppSettings::setAudioType(1);
+    RecordingSession session(view, QDir::homePath() + "/journal");
+    ASSERT_TRUE(session.startRecording().ok());
+    ASSERT_TRUE(eventually([&] { return view.started && bench.frames() > 4800; }));
+
+    world.unplug("builtin_microphone");
+    ASSERT_TRUE(eventually([&] { return view.lost == 1; }));
+    const std::size_t before = bench.frames();
+    EXPECT_FALSE(world.links().contains("cantorel-capture"));
+    ASSERT_TRUE(world.plugSource("builtin_microphone", "Built-in Microphone"));
+    ASSERT_TRUE(eventually([&] { return view.back == 1; }));
+    EXPECT_TRUE(eventually([&] { return bench.frames() > before + 24000; })) << "the same recording goes on";
+
+    session.stopRecording();
+    ASSERT_TRUE(eventually([&] { return view.ended; }, 20000));
+    EXPECT_EQ(view.failure, QString());
+    test::finish(*player);
+    const std::lock_guard lock(bench.mutex);
+    for (const float sample : bench.tapped)
+        ASSERT_EQ(sample, 0.0f) << "only the silent microphone was recorded";
+}
+
+TEST(RecordingDevice, ComesBackWithItsServer) {
+    test::PrivateWorld world;
+    ASSERT_TRUE(world.ready());
+    Bench bench;
+    View view;
+    AppSettings::setAudioType(1);
+    RecordingSession session(view, QDir::homePath() + "/journal");
+    ASSERT_TRUE(session.startRecording().ok());
+    ASSERT_TRUE(eventually([&] { return view.started && bench.frames() > 4800; }));
+    world.killServer();
+    ASSERT_TRUE(eventually([&] { return view.lost == 1; }));
+    const std::size_t before = bench.frames();
+    ASSERT_TRUE(world.startServer());
+    ASSERT_TRUE(eventually([&] { return view.back >= 1; }));
+    EXPECT_TRUE(eventually([&] { return bench.frames() > before + 24000; }));
+    session.stopRecording();
+    ASSERT_TRUE(eventually([&] { return view.ended; }, 20000));
+    EXPECT_EQ(view.failure, QString());
+}
+
+// Microphone and system sound at once: the sum of both reaches the coder.
+TEST(RecordedBoth, AreMixedAtUnity) {
+    const test::PrivateWorld world;
+    ASSERT_TRUE(world.ready());
+    Bench bench;
+    const QString quiet = QDir::homePath() + "/quiet.wav", loud = QDir::homePath() + "/loud.wav";
+    test::writeWav(quiet, std::vector<float>(std::size_t(2) * 48000 * 20, 0.125f));
+    test::writeWav(loud, std::vector<float>(std::size_t(2) * 48000 * 20, 0.25f));
+    View view;
+    AppSettings::setAudioType(2);
+    RecordingSession session(view, QDir::homePath() + "/journal");
+    ASSERT_TRUE(session.startRecording().ok());
+    ASSERT_TRUE(eventually([&] { return view.started; }));
+    const auto speaker = world.feed(quiet, "builtin_microphone");
+    const auto player = world.start("pw-cat", {"-p", loud});
+    const auto sums = [&] {
+        const std::lock_guard lock(bench.mutex);
+        return std::count(bench.tapped.begin(), bench.tapped.end(), 0.375f);
+    };
+    EXPECT_TRUE(eventually([&] { return sums() > 2 * 24000; }));
+    session.stopRecording();
+    ASSERT_TRUE(eventually([&] { return view.ended; }, 20000));
+    EXPECT_EQ(view.failure, QString());
+    test::finish(*speaker);
+    test::finish(*player);
+}
 
 } // namespace cantorel
