@@ -120,6 +120,7 @@ Result<void> RecordingSession::startRecording() {
     }
     mIsRecording = true;
     mIsWriting = true;
+    mFile.clear();
     mSilence.begin(hal::HardwareSystem::clock().now());
     mTimerRecording.start();
     return {};
@@ -146,13 +147,19 @@ void RecordingSession::resumeRecording() {
 
 void RecordingSession::refresh() {
     mView.recordingProgress(mRecordManager->recordingDuration(), mRecordManager->recordedFileSize());
+    // Somebody has removed the file or its folder: there is no use in going on, and the person shall know now.
+    if (!mFile.isEmpty() && !QFileInfo::exists(mFile)) {
+        stopRecording();
+        return;
+    }
     if (!mRecordManager->isPaused() && mSilence.isDue(hal::HardwareSystem::clock().now()))
         mView.recordingSilent(likelyCauseOfSilence(mSource, mDevice));
 }
 
 void RecordingSession::RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) {
     mSilence.begin(hal::HardwareSystem::clock().now());
-    mView.recordingStarted(url.toLocalFile(), mDevice);
+    mFile = url.toLocalFile();
+    mView.recordingStarted(mFile, mDevice);
 }
 
 void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
@@ -173,7 +180,10 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
     if (failure || finished.seconds <= 0 || !QFileInfo::exists(file)) {
         const QString why =
             failure ? failure->sentence
-                    : QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time.").arg(mDevice);
+            : finished.seconds > 0
+                ? QStringLiteral("\"%1\" was removed while it was being recorded; choose a folder that stays.")
+                      .arg(file)
+                : QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time.").arg(mDevice);
         mView.recordingFailed(why, QFileInfo(file).size() > 0 ? file : QString());
         return;
     }

@@ -75,6 +75,7 @@ private:
     SilenceWatch mSilence;
     int mSource = 0;
     QString mDevice; // the one that is recorded
+    QString mFile;   // the one that is written; empty before the first frames
     bool mIsRecording = false;
     bool mIsWriting = false; // until the file is closed, longer than it is recorded
 };

@@ -241,4 +241,16 @@ TEST_F(RecordingSessionTest, ASessionThatGoesAwayGivesTheDevicesBack) {
     EXPECT_EQ(output(), "Built-in Output");
 }
 
+TEST_F(RecordingSessionTest, FileThatIsRemovedMeanwhileEndsTheRecordingAtOnce) {
+    ASSERT_EQ(refusal(0), QString());
+    ASSERT_TRUE(stepUntil([&] { return !view.file.isEmpty(); }));
+    ASSERT_TRUE(QFile::remove(view.file));
+    ASSERT_TRUE(ends()) << "nobody has to stop it";
+    ASSERT_EQ(view.failed.size(), 1);
+    EXPECT_TRUE(view.failed.first().contains("was removed while it was being recorded"));
+    EXPECT_EQ(view.kept, QString());
+    EXPECT_EQ(output(), "Built-in Output");
+    EXPECT_FALSE(session.isRecording());
+}
+
 } // namespace cantorel
