@@ -59,6 +59,8 @@ Result<std::unique_ptr<PipeWireBackend>> PipeWireBackend::connect(Clock::Duratio
     if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR") && qEnvironmentVariableIsEmpty("PIPEWIRE_RUNTIME_DIR"))
         return explain();
     std::unique_ptr<PipeWireBackend> backend(new PipeWireBackend); // Its constructor is private.
+    if (!backend->mContext)
+        return explain(); // The library is here, but none of its configuration: so is no server.
     const Clock::Duration deadline = backend->mClock.now() + patience;
     while (true) {
         {

@@ -29,11 +29,12 @@ PipeWireStream::PipeWireStream(PipeWireBackend &backend, pw_core *core, Target t
     mCapture.isCapture = true;
     if (mTarget.input && mTarget.output)
         mInput.resize(kMaxCycleFrames * mTarget.positions.size());
+    // A stream with both halves follows itself: its capture half alone triggers the other, and only while that runs.
+    mLeader = mTarget.input && mTarget.output ? this : leader;
     if (mTarget.output)
-        connect(mPlayback, core, leader != nullptr || mTarget.input);
+        connect(mPlayback, core, mLeader != nullptr);
     if (mTarget.input)
         connect(mCapture, core, false);
-    mLeader = leader;
 }
 
 PipeWireStream::~PipeWireStream() {
@@ -219,7 +220,6 @@ void PipeWireStream::capture() noexcept [[clang::nonblocking]] {
         if (mTarget.output) {
             std::memcpy(mInput.data(), samples, std::size_t(frames) * stride);
             mInputFrames = frames;
-            pw_stream_trigger_process(mPlayback.live);
         } else {
             mClient.cycle(timeOf(mCapture, frames), samples, nullptr, frames);
         }
