@@ -124,6 +124,8 @@ void PrivateWorld::killServer() {
     for (auto &server : mServers)
         finish(*server, SIGKILL);
     mServers.clear();
+    // A killed server leaves its socket, which must not be taken for that of the next one.
+    QFile::remove(environment("XDG_RUNTIME_DIR") + "/pipewire-0");
     mReady = false;
 }
 
