@@ -123,7 +123,7 @@ TEST_F(RecordProgramTest, FaultsEndInOneSentenceAndTheirStatus) {
         bool kept;
     } cases[] = {
         {mSoftware, {"CANTOREL_FFMPEG=/no/such"}, 1, "ffmpeg", true},
-        {mSoftware, {"CANTOREL_FFMPEG=" + script("kill -9 $$")}, 1, "kept", true},
+        {mSoftware, {"CANTOREL_FFMPEG=" + script("kill -9 $$")}, 1, "stays as it is", true},
         {mSoftware, {"CANTOREL_MODULES=/no/such"}, 1, ".", false},
         {mSoftware + QStringList{"--microphone", "Nobody's"}, {}, 1, "Nobody's", false},
         {mSoftware + QStringList{"--format", "8"}, {}, 2, "format", false},
