@@ -170,6 +170,17 @@ bool AudioDeviceEngine::changeAudioOutputDeviceWithName(const QString &name) {
     return changeDevice(kAudioHardwarePropertyDefaultOutputDevice, name, mOutputDeviceID);
 }
 
+bool AudioDeviceEngine::borrowAudioInputDeviceWithName(const QString &name) {
+    const AudioDeviceID device = getTheDeviceIDFromName(name);
+    if (device == kAudioObjectUnknown
+        || hal::HardwareSystem::borrowDefault(hal::Direction::Input, device) != kAudioHardwareNoError)
+        return false;
+    mInputDeviceID = device;
+    return true;
+}
+
+void AudioDeviceEngine::giveBackAudioInputDevice() { hal::HardwareSystem::giveBackDefault(hal::Direction::Input); }
+
 bool AudioDeviceEngine::availableSVAD() const { return findVirtualDevice().first != kAudioObjectUnknown; }
 
 bool AudioDeviceEngine::activateSVAD() {

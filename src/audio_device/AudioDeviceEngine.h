@@ -48,6 +48,10 @@ public:
     QStringList getAllAudioOutputDeviceNames() const;
     bool changeAudioInputDeviceWithName(const QString &name);
     bool changeAudioOutputDeviceWithName(const QString &name);
+    // The same for a while: what was chosen before comes back with giveBackAudioInputDevice(), or when this program
+    // ends without it, unless somebody has chosen yet another device meanwhile.
+    bool borrowAudioInputDeviceWithName(const QString &name);
+    void giveBackAudioInputDevice();
 
     // Whether there is a virtual device, without side effects.
     bool availableSVAD() const;

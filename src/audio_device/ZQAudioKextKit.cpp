@@ -90,6 +90,15 @@ bool ZQAudioKextKit::changeAudioOutputDeviceWithName(const QString &name) {
     return gKit && gKit->mAudioDeviceEngine.changeAudioOutputDeviceWithName(name);
 }
 
+bool ZQAudioKextKit::borrowAudioInputDeviceWithName(const QString &name) {
+    return gKit && gKit->mAudioDeviceEngine.borrowAudioInputDeviceWithName(name);
+}
+
+void ZQAudioKextKit::giveBackAudioInputDevice() {
+    if (gKit)
+        gKit->mAudioDeviceEngine.giveBackAudioInputDevice();
+}
+
 void ZQAudioKextKit::removeSystemAudioDeviceChangeListener() {
     if (gKit)
         gKit->mAudioDeviceEngine.removeSystemAudioDeviceChangeListener();

@@ -41,6 +41,8 @@ public:
     static QStringList getAllAudioOutputDeviceNames();
     static bool changeAudioInputDeviceWithName(const QString &name);
     static bool changeAudioOutputDeviceWithName(const QString &name);
+    static bool borrowAudioInputDeviceWithName(const QString &name);
+    static void giveBackAudioInputDevice();
     static void removeSystemAudioDeviceChangeListener();
     // Why the last install or removal failed, in one sentence.
     static QString loaderFailure();

@@ -56,19 +56,19 @@ Outcome RecordRun::run() {
         return {kStoppedBySignal, QStringLiteral("Stopped before the recording began.")};
 
     (void)ZQAudioKextKit::activateSVAD(); // Makes the kit; the session looks whether there is a virtual device.
-    const QString defaultInput = ZQAudioKextKit::getDefaultAudioInputName();
-    const bool switches = !mOptions.microphone.isEmpty() && mOptions.microphone != defaultInput;
-    if (switches && !ZQAudioKextKit::changeAudioInputDeviceWithName(mOptions.microphone)) {
-        return Outcome::failed(QStringLiteral("There is no microphone \"%1\"; \"cantorel-cli devices\" lists them.")
-                                   .arg(mOptions.microphone));
-    }
-
     if (!mOptions.play.isEmpty()) {
         foundation::Failure why;
         mPlayer = ZQAVAudioPlayer::initWithFilePath(mOptions.play, &why);
         if (!mPlayer)
             return Outcome::failed(why.sentence);
         mPlayer->delegate = this;
+    }
+
+    const bool borrows =
+        !mOptions.microphone.isEmpty() && mOptions.microphone != ZQAudioKextKit::getDefaultAudioInputName();
+    if (borrows && !ZQAudioKextKit::borrowAudioInputDeviceWithName(mOptions.microphone)) {
+        return Outcome::failed(QStringLiteral("There is no microphone \"%1\"; \"cantorel-cli devices\" lists them.")
+                                   .arg(mOptions.microphone));
     }
 
     mSession = std::make_unique<RecordingSession>(*this, Hardware::stateFolder());
@@ -86,8 +86,8 @@ Outcome RecordRun::run() {
     }
     mPlayer.reset();
     mSession.reset();
-    if (switches)
-        (void)ZQAudioKextKit::changeAudioInputDeviceWithName(defaultInput);
+    if (borrows)
+        ZQAudioKextKit::giveBackAudioInputDevice();
     mHardware.reset();
     return mOutcome;
 }

@@ -178,6 +178,14 @@ QByteArray PrivateWorld::metadata(const QString &key) const {
     return {};
 }
 
+void PrivateWorld::choose(const QString &key, const QString &node) const {
+    const QString choice = "default.configured." + key;
+    if (node.isEmpty())
+        run("pw-metadata", {"-d", "0", choice});
+    else
+        run("pw-metadata", {"0", choice, "{\"name\":\"" + node + "\"}", "Spa:String:JSON"});
+}
+
 std::unique_ptr<QProcess> PrivateWorld::feed(const QString &file, const QString &source) const {
     auto feeder = start("pw-cat", {"-p", "--target", "0", "-P", "{ node.name=feeder }", file});
     eventually([&] { return run("pw-link", {"-o"}).contains("feeder:output_FL"); });

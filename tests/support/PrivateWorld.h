@@ -47,6 +47,8 @@ public:
     QByteArray links() const;
     // The value of a key of the metadata "default"; empty when it is not set.
     QByteArray metadata(const QString &key) const;
+    // Makes the choice of a default device for "audio.sink" or "audio.source" as a person does; empty: takes it away.
+    void choose(const QString &key, const QString &node) const;
 
     void killServer();
     bool startServer();

@@ -95,25 +95,33 @@ TEST(PipeWire, DefaultsAreChosenTakenAwayAndGuarded) {
 
 // What the program leaves when it is killed: the choice that it displaced, absence included; but never a choice that
 // somebody made meanwhile.
-TEST(PipeWire, KilledProgramGivesTheDefaultBack) {
+TEST(PipeWire, KilledProgramGivesTheDefaultsBack) {
     const struct {
+        Direction direction;
         const char *before;
         const char *meanwhile;
         const char *after;
-    } cases[] = {{"", "", ""}, {"builtin_output", "", "builtin_output"}, {"builtin_output", "headset", "headset"}};
+    } cases[] = {{Direction::Output, "", "", ""},
+                 {Direction::Output, "builtin_output", "", "builtin_output"},
+                 {Direction::Output, "builtin_output", "headset", "headset"},
+                 {Direction::Input, "", "", ""},
+                 {Direction::Input, "usb_gone", "", "usb_gone"},
+                 {Direction::Input, "builtin_microphone", "headset_mic", "headset_mic"}};
     PrivateWorld::Options options;
     options.moreSinks = {"headset=Headset"};
+    options.moreSources = {"lent=Lent", "headset_mic=Headset"};
     PrivateWorld world(options);
     ASSERT_TRUE(world.ready());
-    const auto choose = [&](const char *name) {
-        if (*name)
-            world.run("pw-metadata", {"0", "default.configured.audio.sink", QString("{\"name\":\"%1\"}").arg(name),
-                                      "Spa:String:JSON"});
-        else
-            world.run("pw-metadata", {"-d", "0", "default.configured.audio.sink"});
-    };
-    for (const auto &[before, meanwhile, after] : cases) {
-        choose(before);
+    for (const auto &[direction, before, meanwhile, after] : cases) {
+        const bool input = direction == Direction::Input;
+        SCOPED_TRACE(std::string(input ? "input " : "output ") + before + " then " + meanwhile);
+        const QString key = input ? "audio.source" : "audio.sink";
+        const QString standIn = input ? "lent" : "Tessolar_AudioDevice";
+        const QString usual = input ? "builtin_microphone" : "builtin_output";
+        const auto inForce = [&] { return world.metadata("default." + key); };
+        const auto configured = [&] { return world.metadata("default.configured." + key); };
+        world.choose(key, before);
+        ASSERT_TRUE(eventually([&] { return inForce().contains(usual.toUtf8()); })) << inForce().constData();
         int ready[2];
         ASSERT_EQ(pipe(ready), 0);
         const pid_t child = fork();
@@ -122,9 +130,7 @@ TEST(PipeWire, KilledProgramGivesTheDefaultBack) {
             const std::optional<QString> choice =
                 *before ? std::optional<QString>(QString::fromLatin1(before)) : std::nullopt;
             const bool done =
-                backend
-                && backend.value()->setConfiguredDefault(Direction::Output, QString("Tessolar_AudioDevice"),
-                                                         DefaultSetting(choice, QString("builtin_output")));
+                backend && backend.value()->setConfiguredDefault(direction, standIn, DefaultSetting(choice, usual));
             (void)!write(ready[1], done ? "y" : "n", 1);
             pause();
             _exit(0);
@@ -132,19 +138,18 @@ TEST(PipeWire, KilledProgramGivesTheDefaultBack) {
         char answer = 0;
         ASSERT_EQ(read(ready[0], &answer, 1), 1);
         EXPECT_EQ(answer, 'y');
-        EXPECT_TRUE(world.metadata("default.audio.sink").contains("Tessolar_AudioDevice"));
+        EXPECT_TRUE(inForce().contains(standIn.toUtf8()));
         if (*meanwhile)
-            choose(meanwhile);
+            world.choose(key, meanwhile);
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
         close(ready[0]);
         close(ready[1]);
         EXPECT_TRUE(eventually([&] {
-            const QByteArray now = world.metadata("default.configured.audio.sink");
-            return (*after ? now.contains(after) : now.isEmpty())
-                   && !world.metadata("default.audio.sink").contains("Tessolar");
-        })) << before
-            << " became " << world.metadata("default.configured.audio.sink").toStdString();
+            return (*after ? configured().contains(after) : configured().isEmpty())
+                   && !inForce().contains(standIn.toUtf8());
+        })) << configured().constData()
+            << " " << inForce().constData();
     }
 }
 

@@ -31,6 +31,15 @@ foundation::Clock &HardwareSystem::clock() {
     return gSystem ? gSystem->mBackend->clock() : wall;
 }
 
+OSStatus HardwareSystem::borrowDefault(Direction direction, AudioObjectID device) {
+    return gObjects ? gObjects->borrowDefault(direction, device) : OSStatus(kAudioHardwareNotRunningError);
+}
+
+void HardwareSystem::giveBackDefault(Direction direction) {
+    if (gObjects)
+        gObjects->giveBackDefault(direction);
+}
+
 void HardwareSystem::deliverChanges() { mObjects->deliver(); }
 
 ObjectTable *currentObjects() { return gObjects; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/hal/AudioHardwareTypes.h"
 #include "platform/hal/HardwareBackend.h"
 
 #include <memory>
@@ -21,6 +22,11 @@ public:
     // The backend and clock of the living system; null and the wall clock when there is none.
     static HardwareBackend *backend();
     static foundation::Clock &clock();
+
+    // Makes the device the default of a direction until it is given back, or this program ends in whatever way. What
+    // was chosen before then comes back, absence included, unless somebody has chosen yet another device meanwhile.
+    static OSStatus borrowDefault(Direction direction, AudioObjectID device);
+    static void giveBackDefault(Direction direction);
 
     // Delivers to the listeners what they wait for, and takes up again the streams whose device has come back; the
     // event loop does the same by itself. On the thread that made the system.

@@ -72,6 +72,37 @@ TEST(Defaults, GoingBackRestoresExactlyTheChoiceThatWasDisplaced) {
     }
 }
 
+// A real device that is lent for a while is no choice of the person's, in either direction.
+TEST(Defaults, WhatIsBorrowedIsGivenBackUnlessAnotherWasChosenMeanwhile) {
+    const QString gone = QStringLiteral("gone"), other = QStringLiteral("other");
+    const struct {
+        Direction direction;
+        std::optional<QString> before;
+        std::optional<QString> chosenMeanwhile;
+        std::optional<QString> after;
+    } cases[] = {{Direction::Input, std::nullopt, std::nullopt, std::nullopt},
+                 {Direction::Input, gone, std::nullopt, gone},
+                 {Direction::Input, gone, other, other},
+                 {Direction::Output, std::nullopt, std::nullopt, std::nullopt},
+                 {Direction::Output, std::nullopt, other, other}};
+    for (const auto &[direction, before, meanwhile, after] : cases) {
+        EmbeddedWorld world;
+        const bool input = direction == Direction::Input;
+        for (const QString &uid : {QStringLiteral("lent"), other})
+            world.backend->plug(EmbeddedBackend::plainDevice(uid, uid, input ? 2 : 0, input ? 0 : 2));
+        world.backend->setConfiguredDefault(direction, {before, QString()}, std::nullopt);
+        ASSERT_EQ(HardwareSystem::borrowDefault(direction, named("lent")), 0);
+        EXPECT_EQ(input ? EmbeddedWorld::defaultInput() : EmbeddedWorld::defaultOutput(), named("lent"));
+        if (meanwhile)
+            world.backend->setConfiguredDefault(direction, {meanwhile, QString()}, std::nullopt);
+        HardwareSystem::giveBackDefault(direction);
+        EXPECT_EQ(world.backend->configuredDefault(direction), after);
+        HardwareSystem::giveBackDefault(direction); // Nothing is left to give back.
+        EXPECT_EQ(world.backend->configuredDefault(direction), after);
+    }
+    EXPECT_NE(HardwareSystem::borrowDefault(Direction::Input, 4711), 0) << "without a system";
+}
+
 TEST(Defaults, RefuseDevicesWithoutThatSide) {
     EmbeddedWorld world;
     EXPECT_NE(setDefaultOutput(named("Built-in Microphone")), 0);

@@ -46,10 +46,7 @@ struct RoutingTest : testing::Test {
 
     QByteArray configured() const { return world.metadata("default.configured.audio.sink"); }
     QByteArray inForce() const { return world.metadata("default.audio.sink"); }
-    void choose(const QString &device) const {
-        world.run("pw-metadata",
-                  {"0", "default.configured.audio.sink", "{\"name\":\"" + device + "\"}", "Spa:String:JSON"});
-    }
+    void choose(const QString &device) const { world.choose("audio.sink", device); }
     // The longest run of what a program plays to the default device that a sink gives out.
     std::size_t heardAt(const QString &sink) const {
         const QString sound = QDir::homePath() + "/stamped.wav", heard = QDir::homePath() + "/heard.wav";
@@ -136,10 +133,7 @@ TEST_F(RoutingTest, KilledWhileItRoutesTheProgramGivesTheDefaultBack) {
                  {"builtin_output", "headset", "headset"}};
     for (const auto &[before, meanwhile, after] : cases) {
         SCOPED_TRACE(std::string(before) + " then " + meanwhile);
-        if (*before)
-            choose(before);
-        else
-            world.run("pw-metadata", {"-d", "0", "default.configured.audio.sink"});
+        choose(before);
         ASSERT_TRUE(eventually([&] { return !names(inForce(), "Tessolar_AudioDevice"); }));
         const QByteArray used = *meanwhile ? QByteArray(meanwhile) : inForce().split('"').value(3);
         int ready[2];

@@ -9,11 +9,8 @@ bool DefaultChoice::set(const QString &uid, bool standIn) {
     if (mDisplaced && configured != mDisplaced->instead)
         mDisplaced.reset();
 
-    if (!standIn && mDisplaced && mDisplaced->device == uid) {
-        const DefaultSetting before(mDisplaced->choice, mDisplaced->device);
-        mDisplaced.reset();
-        return mBackend.setConfiguredDefault(mDirection, before, std::nullopt);
-    }
+    if (!standIn && mDisplaced && mDisplaced->device == uid)
+        return restore();
     // Where nothing was chosen and the device is the default anyway, it stays so without a choice.
     if (inForce == uid && (configured == uid || (!standIn && !configured)))
         return true;
@@ -27,6 +24,21 @@ bool DefaultChoice::set(const QString &uid, bool standIn) {
         return false;
     mDisplaced = displaced;
     return true;
+}
+
+bool DefaultChoice::restore() {
+    const DefaultSetting before(mDisplaced->choice, mDisplaced->device);
+    mDisplaced.reset();
+    return mBackend.setConfiguredDefault(mDirection, before, std::nullopt);
+}
+
+void DefaultChoice::giveBack() {
+    if (!mDisplaced || !mDisplaced->standIn)
+        return;
+    if (mBackend.configuredDefault(mDirection) == mDisplaced->instead)
+        (void)restore();
+    else
+        mDisplaced.reset();
 }
 
 } // namespace cantorel::hal

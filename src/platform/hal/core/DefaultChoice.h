@@ -11,16 +11,20 @@ class DefaultChoice {
 public:
     DefaultChoice(HardwareBackend &backend, Direction direction) : mBackend(backend), mDirection(direction) {}
 
-    // Makes the device the default. standIn: it is the program's own (a loopback or an aggregate).
+    // Makes the device the default. standIn: only for as long as the program wants it. Then the choice before comes
+    // back with giveBack(), and also should the program end without it.
     bool set(const QString &uid, bool standIn);
+    // Ends the standing in, unless somebody has chosen yet another device meanwhile: that choice stays.
+    void giveBack();
 
 private:
     struct Displaced {
         std::optional<QString> choice; // what the person had chosen
         QString device;                // what that choice amounted to
         QString instead;               // what we chose
-        bool standIn = false;          // a device of the program's own
+        bool standIn = false;          // for a while only
     };
+    bool restore();
 
     HardwareBackend &mBackend;
     const Direction mDirection;

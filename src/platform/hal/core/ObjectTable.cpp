@@ -341,14 +341,31 @@ OSStatus ObjectTable::setDefault(Direction direction, std::uint32_t size, const 
         return kAudioHardwareBadPropertySizeError;
     AudioObjectID id = kAudioObjectUnknown;
     std::memcpy(&id, data, sizeof id);
+    return setDefault(direction, id, false);
+}
+
+OSStatus ObjectTable::setDefault(Direction direction, AudioObjectID id, bool borrowed) {
     const Device *device = mDevices.find(id);
     const bool input = direction == Direction::Input;
     if (!device || (input ? device->record.input : device->record.output).channels == 0)
         return kAudioHardwareBadDeviceError;
-    const bool standIn = device->record.isLoopback || mAggregates.find(device->record.uid);
+    // The program's own devices are never what a person would choose to stay with.
+    const bool standIn = borrowed || device->record.isLoopback || mAggregates.find(device->record.uid);
     const bool done = (input ? mInputChoice : mOutputChoice).set(device->record.uid, standIn);
     sync();
     return done ? kAudioHardwareNoError : kAudioHardwareUnspecifiedError;
+}
+
+OSStatus ObjectTable::borrowDefault(Direction direction, AudioObjectID device) {
+    const Lock lock(mMutex);
+    sync();
+    return setDefault(direction, device, true);
+}
+
+void ObjectTable::giveBackDefault(Direction direction) {
+    const Lock lock(mMutex);
+    (direction == Direction::Input ? mInputChoice : mOutputChoice).giveBack();
+    sync();
 }
 
 OSStatus ObjectTable::set(AudioObjectID object, const AudioObjectPropertyAddress &address, std::uint32_t size,

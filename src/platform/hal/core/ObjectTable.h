@@ -40,7 +40,9 @@ public:
     OSStatus start(AudioObjectID device, AudioDeviceIOProcID id);
     OSStatus stop(AudioObjectID device, AudioDeviceIOProcID id);
 
-    // See HardwareSystem::deliverChanges().
+    // See HardwareSystem.
+    OSStatus borrowDefault(Direction direction, AudioObjectID device);
+    void giveBackDefault(Direction direction);
     void deliver();
 
 private:
@@ -56,6 +58,7 @@ private:
     std::optional<PropertyValue> systemProperty(const AudioObjectPropertyAddress &address);
     OSStatus translate(AudioObjectPropertySelector selector, AudioValueTranslation &translation);
     OSStatus setDefault(Direction direction, std::uint32_t size, const void *data);
+    OSStatus setDefault(Direction direction, AudioObjectID device, bool borrowed);
     OSStatus plugInOperation(AudioObjectPropertySelector selector, std::uint32_t qualifierSize, const void *qualifier,
                              std::uint32_t *size, void *data);
     OSStatus setAggregate(const AggregateSpec &spec, AudioObjectPropertySelector selector, std::uint32_t size,

@@ -13,20 +13,32 @@ namespace cantorel::hal {
 
 namespace {
 
-// Reads until a word comes (disarmed) or the pipe ends (the program is gone). Arguments: key, stand-in, the device that
-// shall be in force, "set" or "clear", and the choice. The command line tool of the server does the rest, and is not
-// waited for without end. A choice is taken away after its device is in force, or the server would stay with the
-// stand-in.
+// Reads until a word comes (disarmed) or the pipe ends (the program is gone). Arguments: key of the choice, stand-in,
+// the device that shall be in force, "set" or "clear", and the choice. The command line tool of the server does the
+// rest, and is not waited for without end. What was chosen is put back only after its device is in force, or the server
+// might stay with the stand-in.
 constexpr const char *kScript = R"SH(
 read -r word && exit 0
-case "$(timeout 5 pw-metadata 0 "$1" 2>/dev/null)" in *"\"name\":\"$2\""*|*"\"name\": \"$2\""*) ;; *) exit 0 ;; esac
+names() {
+    case "$(timeout 5 pw-metadata 0 "$1" 2>/dev/null)" in
+    *"\"name\":\"$2\""*|*"\"name\": \"$2\""*) ;;
+    *) false ;;
+    esac
+}
 choose() { timeout 5 pw-metadata 0 "$1" "{\"name\":\"$2\"}" Spa:String:JSON; }
-[ -z "$3" ] || choose "$1" "$3"
-if [ "$4" = set ]; then
-    [ "$5" = "$3" ] || choose "$1" "$5"
-else
-    sleep 0.2
+names "$1" "$2" || exit 0
+if [ -n "$3" ]; then
+    choose "$1" "$3"
+    tries=0
+    until names "default.${1#default.configured.}" "$3" || [ "$tries" -eq 40 ]; do
+        sleep 0.05
+        tries=$((tries + 1))
+    done
+fi
+if [ "$4" = clear ]; then
     timeout 5 pw-metadata -d 0 "$1"
+elif [ "$5" != "$3" ]; then
+    choose "$1" "$5"
 fi
 )SH";
 
