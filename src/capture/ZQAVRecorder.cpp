@@ -1,12 +1,14 @@
 #include "capture/ZQAVRecorder.h"
 
+#include "platform/hal/HardwareSystem.h"
+
 #include <cmath>
 
 namespace cantorel {
 
 namespace {
 
-constexpr int kLevelIntervalMilliseconds = 100;
+constexpr std::chrono::milliseconds kLevelInterval(100);
 constexpr double kLevelScale = 20;
 
 } // namespace
@@ -89,10 +91,7 @@ void ZQAVRecorder::setIsShowAudioLevel(bool flag) {
     mAudioLevelTimer.reset();
     if (!flag)
         return;
-    mAudioLevelTimer = std::make_unique<QTimer>();
-    mAudioLevelTimer->setTimerType(Qt::PreciseTimer);
-    connect(mAudioLevelTimer.get(), &QTimer::timeout, this, [this] { updateAudioLevelTimer(); });
-    mAudioLevelTimer->start(kLevelIntervalMilliseconds);
+    mAudioLevelTimer = hal::HardwareSystem::clock().every(kLevelInterval, [this] { updateAudioLevelTimer(); });
 }
 
 void ZQAVRecorder::updateAudioLevelTimer() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Clock.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/WeakDelegate.h"
 #include "platform/media/AudioFileOutput.h"
@@ -7,7 +8,6 @@
 
 #include <QObject>
 #include <QString>
-#include <QTimer>
 #include <QUrl>
 
 #include <cstdint>
@@ -91,7 +91,7 @@ protected:
 private:
     void updateAudioLevelTimer();
 
-    std::unique_ptr<QTimer> mAudioLevelTimer;
+    std::unique_ptr<foundation::Timer> mAudioLevelTimer;
     std::uint32_t OutputFrameRate_ = 30;
 };
 

@@ -8,15 +8,45 @@
 
 namespace cantorel::hal {
 
-void ManualClock::advance(Duration duration) {
-    const Duration target = mNow + duration;
-    while (mTurn) {
-        const Duration next = mTurn(mNow);
+class ManualClock::SteppedTimer : public foundation::Timer {
+public:
+    SteppedTimer(std::shared_ptr<Timers> timers, std::shared_ptr<Entry> entry)
+        : mTimers(std::move(timers)), mEntry(std::move(entry)) {
+        mTimers->push_back(mEntry);
+    }
+    ~SteppedTimer() override { std::erase(*mTimers, mEntry); }
+
+private:
+    std::shared_ptr<Timers> mTimers;
+    std::shared_ptr<Entry> mEntry;
+};
+
+std::unique_ptr<foundation::Timer> ManualClock::timer(Duration interval, bool repeats, std::function<void()> action) {
+    return std::make_unique<SteppedTimer>(
+        mTimers, std::make_shared<Entry>(Entry{mNow + interval, interval, repeats, std::move(action)}));
+}
+
+std::shared_ptr<ManualClock::Entry> ManualClock::earliestTimer() const {
+    const auto first = std::min_element(mTimers->begin(), mTimers->end(),
+                                        [](const auto &one, const auto &other) { return one->due < other->due; });
+    return first == mTimers->end() ? nullptr : *first;
+}
+
+void ManualClock::step(Duration target, bool withTimers) {
+    for (;;) {
+        const Duration turn = mTurn ? mTurn(mNow) : Duration::max();
+        const std::shared_ptr<Entry> timer = withTimers ? earliestTimer() : nullptr;
+        const Duration next = std::min(turn, timer ? timer->due : Duration::max());
         if (next > target)
             break;
         mNow = std::max(mNow, next);
+        if (timer && timer->due < turn) { // At one moment the devices come first.
+            const auto missed = (mNow - timer->due) / timer->interval;
+            timer->due = timer->repeats ? timer->due + (missed + 1) * timer->interval : Duration::max();
+            timer->action();
+        }
     }
-    mNow = target;
+    mNow = std::max(mNow, target);
 }
 
 namespace {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace cantorel::hal {
 
@@ -23,20 +24,35 @@ public:
     virtual void wake() = 0;
 };
 
-// Stands still until it is stepped; a sleep steps it. The turns happen on the thread that steps.
+// Stands still until it is stepped; a sleep steps it. The turns and the timers' calls happen on the thread that steps,
+// which must be the main thread where there are timers.
 class ManualClock : public DeviceClock {
 public:
     Duration now() const override { return mNow; }
-    void sleepFor(Duration duration) override { advance(duration); }
-    void advance(Duration duration);
+    // As in a program, no timer calls while somebody sleeps.
+    void sleepFor(Duration duration) override { step(mNow + duration, false); }
+    void advance(Duration duration) { step(mNow + duration, true); }
 
     void start(Turn turn) override { mTurn = std::move(turn); }
     void stop() override { mTurn = {}; }
     void wake() override {}
 
 private:
+    struct Entry {
+        Duration due{0}, interval{0};
+        bool repeats = false;
+        std::function<void()> action;
+    };
+    class SteppedTimer;
+
+    void step(Duration target, bool withTimers);
+    std::shared_ptr<Entry> earliestTimer() const;
+    std::unique_ptr<foundation::Timer> timer(Duration interval, bool repeats, std::function<void()> action) override;
+
     Duration mNow{0};
     Turn mTurn;
+    using Timers = std::vector<std::shared_ptr<Entry>>;
+    std::shared_ptr<Timers> mTimers = std::make_shared<Timers>(); // in the order they were made
 };
 
 // The machine's monotonic clock and a thread "embedded-io" for the turns.
