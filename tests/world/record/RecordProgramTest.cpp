@@ -1,85 +1,17 @@
 // "record" as a person runs it: every format, every fault, and what signals and crashes leave behind.
 
-#include "tests/support/PrivateWorld.h"
+#include "tests/world/record/RecordProgram.h"
+
 #include "tests/support/Sound.h"
 #include "tests/support/StampedSound.h"
-
-#include <QDir>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <csignal>
 
 namespace cantorel {
 namespace {
 
 using test::eventually;
+using test::expectOneSentence;
 using test::PrivateWorld;
-
-class RecordProgramTest : public ::testing::Test {
-protected:
-    // The program while it runs, and what it has told.
-    struct Run {
-        QProcess process;
-        QByteArray out, error;
-
-        bool has(const char *event) {
-            out += process.readAllStandardOutput();
-            return out.contains(QByteArray("\"event\":\"") + event + '"');
-        }
-        bool begins() {
-            return eventually([&] { return has("started"); });
-        }
-        void signal(int number) const { ::kill(static_cast<pid_t>(process.processId()), number); }
-        int status() {
-            if (!eventually([&] { return process.state() == QProcess::NotRunning; }, 40000))
-                test::finish(process, SIGKILL);
-            out += process.readAllStandardOutput();
-            error += process.readAllStandardError();
-            return process.exitCode();
-        }
-        QString lastLine() const { return QString::fromUtf8(error).trimmed().section('\n', -1); }
-        QJsonObject event(const char *name) const {
-            for (const QByteArray &line : out.split('\n')) {
-                const QJsonObject object = QJsonDocument::fromJson(line).object();
-                if (object["event"].toString() == name)
-                    return object;
-            }
-            return {};
-        }
-    };
-
-    std::unique_ptr<Run> start(const QStringList &options, const QStringList &environment = {}) const {
-        auto run = std::make_unique<Run>();
-        run->process.setProcessEnvironment([&] {
-            auto variables = QProcessEnvironment::systemEnvironment();
-            for (const QString &variable : environment)
-                variables.insert(variable.section('=', 0, 0), variable.section('=', 1));
-            return variables;
-        }());
-        run->process.start(CANTOREL_CLI, QStringList{"record", "--json", "--folder", mFolder.path()} + options);
-        run->process.waitForStarted(5000);
-        return run;
-    }
-    QString script(const char *body) const {
-        const QString path = mFolder.path() + "/../" + QFileInfo(mFolder.path()).fileName() + "-ffmpeg";
-        testing::store(path, QByteArray("#!/bin/sh\n") + body + '\n');
-        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        return path;
-    }
-    ~RecordProgramTest() override { QFile::remove(mFolder.path() + "-ffmpeg"); }
-
-    QTemporaryDir mFolder;
-    const QStringList mSoftware{"--backend", "embedded", "--source", "mic", "--seconds", "0.3"};
-};
-
-void expectOneSentence(const QString &line, const char *part) {
-    EXPECT_TRUE(line.contains(QString::fromUtf8(part))) << line.toStdString();
-    EXPECT_FALSE(line.startsWith('[')) << "a line of the log: " << line.toStdString();
-}
+using test::RecordProgramTest;
 
 // The left channel's amplitude in most windows: a stall of the machine spoils single ones.
 double usualAmplitude(const std::vector<float> &samples) {
