@@ -208,10 +208,11 @@ AudioDeviceID AudioDeviceEngine::replacementOutput() const {
     return kAudioObjectUnknown;
 }
 
-// While nothing is routed, what is heard and restored is whatever real device the person has chosen by now.
+// What is heard and restored is whatever real device the person has chosen by now, also where the news of a choice made
+// while the sound is routed is still on its way.
 void AudioDeviceEngine::rememberRealOutput() {
     const AudioDeviceID chosen = systemDevice(kAudioHardwarePropertyDefaultOutputDevice);
-    if (!mAudioThreEngine && chosen != kAudioObjectUnknown && !isOwnDevice(chosen))
+    if (chosen != kAudioObjectUnknown && !isOwnDevice(chosen))
         mOutputDeviceID = chosen;
 }
 
@@ -238,8 +239,12 @@ void AudioDeviceEngine::unsetSVAD() {
     rememberRealOutput();
     if (mAudioThreEngine)
         mAudioThreEngine->Stop();
-    if (mOutputDeviceID != kAudioObjectUnknown)
+    // A device that is the default already is not chosen: the choice may name one that is absent for now.
+    if (mOutputDeviceID != kAudioObjectUnknown
+        && mOutputDeviceID != systemDevice(kAudioHardwarePropertyDefaultOutputDevice))
         (void)setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mOutputDeviceID);
+    // Where the virtual device has vanished, it may still be the choice.
+    hal::HardwareSystem::giveBackDefault(hal::Direction::Output);
     mAudioThreEngine.reset();
 }
 

@@ -177,6 +177,8 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
     mIsRecording = false;
     mIsWriting = false;
     mRecordManager->clear();
+    if (!failure && finished.seconds <= 0)
+        QFile::remove(file); // It holds nothing.
     if (failure || finished.seconds <= 0 || !QFileInfo::exists(file)) {
         const QString why =
             failure ? failure->sentence

@@ -70,6 +70,35 @@ TEST(DeviceEngine, RoutesSystemSoundAndGivesTheDeviceBack) {
     EXPECT_EQ(world.backend->configuredDefault(Direction::Output), std::nullopt);
 }
 
+// However often the devices are given back, and whatever became of the virtual one meanwhile.
+TEST(DeviceEngine, AChoiceOfAnAbsentDeviceStays) {
+    for (const bool vanishes : {false, true}) {
+        RoutedWorld world;
+        world.backend->setConfiguredDefault(Direction::Output, {QString("usb_gone"), QString()}, std::nullopt);
+        ASSERT_TRUE(world.engine.activateSVAD());
+        world.engine.unsetSVAD();
+        EXPECT_EQ(world.backend->configuredDefault(Direction::Output), "usb_gone") << "nothing was routed";
+        ASSERT_TRUE(world.engine.setSVAD());
+        world.virtualInstalled = !vanishes;
+        world.system->deliverChanges();
+        for (int i = 0; i < 2; ++i) {
+            world.engine.unsetSVAD();
+            EXPECT_EQ(world.backend->configuredDefault(Direction::Output), "usb_gone") << vanishes << i;
+        }
+    }
+}
+
+// The news of a choice may still be on its way when the recording ends.
+TEST(DeviceEngine, AChoiceMadeAtTheLastMomentStands) {
+    RoutedWorld world;
+    world.backend->plug(outputDevice("Headset"));
+    ASSERT_TRUE(world.engine.activateSVAD());
+    ASSERT_TRUE(world.engine.setSVAD());
+    world.backend->setConfiguredDefault(Direction::Output, QString("Headset"), std::nullopt);
+    world.engine.unsetSVAD();
+    EXPECT_EQ(world.backend->configuredDefault(Direction::Output), "Headset");
+}
+
 TEST(DeviceEngine, PlaysToAnotherRealOutputWhenTheVirtualDeviceWasTheDefault) {
     RoutedWorld world;
     world.backend->unplug("builtin_output");
