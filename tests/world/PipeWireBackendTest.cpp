@@ -242,3 +242,23 @@ TEST(PipeWire, ConnectedBackendKnowsTheChoicesAndDevicesAtOnce) {
         ASSERT_EQ(backend->devices().size(), 3u) << i;
     }
 }
+
+// While a client introduces itself, the server swallows the news of the defaults for all others.
+TEST(PipeWire, ChoicesAreKnownWhateverClientsComeAndGo) {
+    PrivateWorld::Options options;
+    options.moreSources = {"lent=Lent"};
+    PrivateWorld world(options);
+    const auto backend = connected();
+    ASSERT_TRUE(backend);
+    const auto newcomers = world.start("sh", {"-c", "while :; do pw-metadata 0 nothing; done"});
+    for (int i = 0; i < 50; ++i) {
+        const QString device = i % 2 ? "lent" : "builtin_microphone";
+        ASSERT_TRUE(backend->setConfiguredDefault(Direction::Input, device, std::nullopt)) << i;
+        ASSERT_EQ(backend->configuredDefault(Direction::Input), device) << i;
+        ASSERT_EQ(backend->defaultDevice(Direction::Input), device) << i;
+    }
+    // Also what somebody else chooses comes to be known.
+    world.choose("audio.source", "lent");
+    test::finish(*newcomers);
+    EXPECT_TRUE(eventually([&] { return backend->defaultDevice(Direction::Input) == "lent"; }));
+}

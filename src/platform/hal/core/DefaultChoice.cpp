@@ -20,10 +20,11 @@ bool DefaultChoice::set(const QString &uid, bool standIn) {
     displaced.instead = uid;
     displaced.standIn = standIn;
     const auto guard = standIn ? std::optional(DefaultSetting(displaced.choice, displaced.device)) : std::nullopt;
-    if (!mBackend.setConfiguredDefault(mDirection, uid, guard))
-        return false;
-    mDisplaced = displaced;
-    return true;
+    const bool done = mBackend.setConfiguredDefault(mDirection, uid, guard);
+    // A choice that was made but is not in force yet is still one to take back.
+    if (done || mBackend.configuredDefault(mDirection) == uid)
+        mDisplaced = displaced;
+    return done;
 }
 
 bool DefaultChoice::restore() {

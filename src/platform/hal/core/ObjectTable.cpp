@@ -359,7 +359,10 @@ OSStatus ObjectTable::setDefault(Direction direction, AudioObjectID id, bool bor
 OSStatus ObjectTable::borrowDefault(Direction direction, AudioObjectID device) {
     const Lock lock(mMutex);
     sync();
-    return setDefault(direction, device, true);
+    const OSStatus status = setDefault(direction, device, true);
+    if (status != kAudioHardwareNoError)
+        (direction == Direction::Input ? mInputChoice : mOutputChoice).giveBack();
+    return status;
 }
 
 void ObjectTable::giveBackDefault(Direction direction) {

@@ -20,6 +20,9 @@ namespace {
 
 constexpr auto kReconnectPause = std::chrono::milliseconds(100);
 constexpr auto kSettlePatience = std::chrono::seconds(2);
+constexpr auto kNewsPatience = std::chrono::milliseconds(200);
+constexpr int kAttempts = 15;
+constexpr auto kNewcomerPause = std::chrono::milliseconds(100); // by then it has introduced itself
 constexpr auto kStreamPatience = std::chrono::seconds(3);
 
 std::uint32_t channelNumber(const QString &name) {
@@ -157,6 +160,16 @@ bool PipeWireBackend::waitUntil(const std::function<bool()> &condition, Clock::D
     return true;
 }
 
+bool PipeWireBackend::waitForDefaults(const std::function<bool()> &condition) const {
+    const auto settled = [&] { return !mGraph || mLost || condition(); };
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (waitUntil(settled, kNewsPatience))
+            return true;
+        mGraph->refreshDefaults();
+    }
+    return false;
+}
+
 void PipeWireBackend::graphChanged() {
     pw_thread_loop_signal(mLoop.get(), false);
     {
@@ -187,50 +200,69 @@ void PipeWireBackend::forget(PipeWireStream &stream) {
 
 void PipeWireBackend::keep(const std::stop_token &stopping) {
     pthread_setname_np(pthread_self(), "pipewire-keeper");
+    using Moment = std::chrono::steady_clock::time_point;
+    constexpr Moment kNever = Moment::max();
+    // When to look for the server again, and to ask for what may have been missed.
+    Moment retry = kNever, refresh = kNever;
     while (!stopping.stop_requested()) {
         bool changed = false;
-        std::vector<PipeWireStream *> ended;
         {
             std::unique_lock lock(mKeeperMutex);
-            mKeeperWake.wait(lock, stopping, [this] { return mChangedPending || !mEndedPending.empty(); });
+            const auto pending = [this] { return mChangedPending || !mEndedPending.empty(); };
+            if (const Moment next = std::min(retry, refresh); next != kNever)
+                (void)mKeeperWake.wait_until(lock, stopping, next, pending);
+            else
+                mKeeperWake.wait(lock, stopping, pending);
             changed = std::exchange(mChangedPending, false);
         }
-        bool waitsForServer = false;
-        if (changed) {
+        const Moment now = std::chrono::steady_clock::now();
+        const auto isDue = [now](Moment &moment) {
+            const bool due = moment <= now;
+            moment = due ? Moment::max() : moment;
+            return due;
+        };
+        if (isDue(retry) || changed) {
             const LoopLock lock(mLoop.get());
             if (mLost)
                 dropServer();
-            waitsForServer = !mCore && !connectToServer();
+            if (!mCore && !connectToServer())
+                retry = now + kReconnectPause;
             if (mGraph)
                 mAggregates.maintain(*mGraph);
+            if (mGraph && mGraph->takeNewcomer())
+                refresh = std::min(refresh, now + kNewcomerPause);
         }
-        while (true) {
-            PipeWireStream *stream = nullptr;
-            {
-                const std::lock_guard lock(mKeeperMutex);
-                if (mEndedPending.empty())
-                    break;
-                stream = mEndedPending.back();
-                mEndedPending.pop_back();
-                mTelling = stream;
-            }
-            stream->client().ended();
-            {
-                const std::lock_guard lock(mKeeperMutex);
-                mTelling = nullptr;
-            }
-            mKeeperWake.notify_all();
+        if (isDue(refresh)) {
+            const LoopLock lock(mLoop.get());
+            if (mGraph)
+                mGraph->refreshDefaults();
         }
+        tellEndings();
         if (changed) {
             const std::lock_guard lock(mSubscriberMutex);
             if (mSubscriber)
                 mSubscriber();
         }
-        if (waitsForServer) {
-            mClock.sleepFor(kReconnectPause);
+    }
+}
+
+void PipeWireBackend::tellEndings() {
+    while (true) {
+        PipeWireStream *stream = nullptr;
+        {
             const std::lock_guard lock(mKeeperMutex);
-            mChangedPending = true;
+            if (mEndedPending.empty())
+                return;
+            stream = mEndedPending.back();
+            mEndedPending.pop_back();
+            mTelling = stream;
         }
+        stream->client().ended();
+        {
+            const std::lock_guard lock(mKeeperMutex);
+            mTelling = nullptr;
+        }
+        mKeeperWake.notify_all();
     }
 }
 
@@ -268,16 +300,13 @@ bool PipeWireBackend::setConfiguredDefault(Direction direction, const DefaultSet
         // The session manager keeps its pick when a choice is taken away: what shall be in force is chosen first.
         const QString &device = setting.device;
         const bool present = alive() && !device.isEmpty() && mGraph->nodeNamed(device);
-        done = alive()
-               && (!present
-                   || (mGraph->setConfiguredDefault(direction, device)
-                       && waitUntil([&] { return !alive() || mGraph->defaultInForce(direction) == device; },
-                                    kSettlePatience)));
+        done = alive() && (!present || (mGraph->setConfiguredDefault(direction, device) && waitForDefaults([&] {
+                                            return mGraph->defaultInForce(direction) == device;
+                                        })));
         if (done && alive() && (!present || setting.choice != device))
-            done = mGraph->setConfiguredDefault(direction, setting.choice)
-                   && waitUntil([&] { return !alive() || mGraph->configuredDefault(direction) == setting.choice; },
-                                kSettlePatience);
-        done = done && alive();
+            done = mGraph->setConfiguredDefault(direction, setting.choice);
+        done =
+            done && waitForDefaults([&] { return mGraph->configuredDefault(direction) == setting.choice; }) && alive();
     }
     if (!guard)
         child.disarm();

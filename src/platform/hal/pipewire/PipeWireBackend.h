@@ -51,6 +51,9 @@ private:
     bool carriesSound() const;
     // Waits, letting events in, until the condition holds or the time is over. Answers the condition.
     bool waitUntil(const std::function<bool()> &condition, foundation::Clock::Duration patience) const;
+    // The same for what concerns the default devices, whose news may have been missed; true as well once the server is
+    // gone.
+    bool waitForDefaults(const std::function<bool()> &condition) const;
     static void onCoreError(void *data, std::uint32_t id, int seq, int result, const char *message);
     static foundation::Failure explain();
 
@@ -61,6 +64,7 @@ private:
     void forget(PipeWireStream &stream);
 
     void keep(const std::stop_token &stopping);
+    void tellEndings();
 
     foundation::WallClock mClock;
     ThreadLoopHandle mLoop;

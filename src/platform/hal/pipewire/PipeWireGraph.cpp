@@ -41,6 +41,23 @@ QString defaultKey(Direction direction, bool configured) {
            + (direction == Direction::Input ? QStringLiteral("source") : QStringLiteral("sink"));
 }
 
+pw_metadata_events metadataEvents(decltype(pw_metadata_events::property) property) {
+    pw_metadata_events events = {};
+    events.version = PW_VERSION_METADATA_EVENTS;
+    events.property = property;
+    return events;
+}
+
+// In the place of what was bound before.
+void bindMetadata(pw_registry *registry, std::uint32_t id, ProxyHandle &proxy, Hook &hook,
+                  const pw_metadata_events &events, void *listener) {
+    hook.remove();
+    proxy.reset(
+        static_cast<pw_proxy *>(pw_registry_bind(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0)));
+    if (proxy)
+        pw_metadata_add_listener(reinterpret_cast<pw_metadata *>(proxy.get()), &hook.hook, &events, listener);
+}
+
 } // namespace
 
 PipeWireGraph::PipeWireGraph(pw_core *core, std::function<void()> changed) : mCore(core), mChanged(std::move(changed)) {
@@ -76,10 +93,13 @@ void PipeWireGraph::onCoreDone(void *data, std::uint32_t id, int seq) {
     auto *self = static_cast<PipeWireGraph *>(data);
     if (id != PW_ID_CORE || seq != self->mAwaited || self->mRoundsLeft == 0)
         return;
-    if (--self->mRoundsLeft > 0)
+    if (--self->mRoundsLeft > 0) {
         self->mAwaited = pw_core_sync(self->mCore, PW_ID_CORE, 0);
-    else
-        self->mChanged();
+        return;
+    }
+    self->mDefaultsKnown = true;
+    self->mDefaults = std::exchange(self->mListed, {});
+    self->mChanged();
 }
 
 void PipeWireGraph::onGlobal(void *data, std::uint32_t id, std::uint32_t, const char *type, std::uint32_t,
@@ -98,6 +118,10 @@ void PipeWireGraph::addGlobal(std::uint32_t id, const char *type, const spa_dict
         addPort(id, props);
     else if (spa_streq(type, PW_TYPE_INTERFACE_Metadata))
         addMetadata(id, props);
+    else if (spa_streq(type, PW_TYPE_INTERFACE_Client) && hasDefaults()) {
+        mNewcomer = true;
+        mChanged();
+    }
 }
 
 void PipeWireGraph::removeGlobal(std::uint32_t id) {
@@ -108,6 +132,8 @@ void PipeWireGraph::removeGlobal(std::uint32_t id) {
         mDefaultHook.remove();
         mDefaultMetadata.reset();
         mDefaults.clear();
+        mRoundsLeft = 0;
+        mDefaultsKnown = false;
     } else if (mPorts.erase(id) == 0) {
         return;
     }
@@ -153,33 +179,27 @@ void PipeWireGraph::addPort(std::uint32_t id, const spa_dict *props) {
 
 void PipeWireGraph::addMetadata(std::uint32_t id, const spa_dict *props) {
     const QString name = lookUp(props, PW_KEY_METADATA_NAME);
-    const bool isDefault = name == QStringLiteral("default");
-    if (!isDefault && name != QStringLiteral("settings"))
-        return;
-    const auto tableFor = [](decltype(pw_metadata_events::property) property) {
-        pw_metadata_events table = {};
-        table.version = PW_VERSION_METADATA_EVENTS;
-        table.property = property;
-        return table;
-    };
-    static const pw_metadata_events defaultEvents = tableFor(onDefaultMetadata);
-    static const pw_metadata_events settingsEvents = tableFor(onSettingsMetadata);
-    ProxyHandle proxy(
-        static_cast<pw_proxy *>(pw_registry_bind(registry(), id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0)));
-    if (!proxy)
-        return;
-    Hook &hook = isDefault ? mDefaultHook : mSettingsHook;
-    hook.remove();
-    pw_metadata_add_listener(reinterpret_cast<pw_metadata *>(proxy.get()), &hook.hook,
-                             isDefault ? &defaultEvents : &settingsEvents, this);
-    if (isDefault) {
+    if (name == QStringLiteral("default")) {
         mDefaultMetadataId = id;
-        mDefaultMetadata = std::move(proxy);
-        mRoundsLeft = kRounds;
-        mAwaited = pw_core_sync(mCore, PW_ID_CORE, 0);
-    } else {
-        mSettingsMetadata = std::move(proxy);
+        mDefaultsKnown = false;
+        bindDefaults();
+    } else if (name == QStringLiteral("settings")) {
+        static const pw_metadata_events events = metadataEvents(onSettingsMetadata);
+        bindMetadata(registry(), id, mSettingsMetadata, mSettingsHook, events, this);
     }
+}
+
+void PipeWireGraph::bindDefaults() {
+    static const pw_metadata_events events = metadataEvents(onDefaultMetadata);
+    mListed.clear();
+    bindMetadata(registry(), mDefaultMetadataId, mDefaultMetadata, mDefaultHook, events, this);
+    mRoundsLeft = kRounds;
+    mAwaited = pw_core_sync(mCore, PW_ID_CORE, 0);
+}
+
+void PipeWireGraph::refreshDefaults() {
+    if (hasDefaults() && mRoundsLeft == 0)
+        bindDefaults();
 }
 
 int PipeWireGraph::onDefaultMetadata(void *data, std::uint32_t subject, const char *key, const char *,
@@ -198,13 +218,17 @@ int PipeWireGraph::readMetadata(bool isSettings, std::uint32_t subject, const ch
     const QString name = QString::fromUtf8(key ? key : "");
     if (isSettings) {
         mSettings.insert(name, value ? QByteArray(value).toDouble() : 0);
-    } else if (!key) {
-        mDefaults.clear();
-    } else if (!value) {
-        mDefaults.remove(name);
-    } else {
-        const QJsonObject object = QJsonDocument::fromJson(QByteArray(value)).object();
-        mDefaults.insert(name, object.value(QStringLiteral("name")).toString());
+        mChanged();
+        return 0;
+    }
+    const QJsonObject object = QJsonDocument::fromJson(QByteArray(value ? value : "")).object();
+    for (QHash<QString, QString> *known : {&mDefaults, &mListed}) {
+        if (!key)
+            known->clear();
+        else if (!value)
+            known->remove(name);
+        else
+            known->insert(name, object.value(QStringLiteral("name")).toString());
     }
     mChanged();
     return 0;

@@ -6,6 +6,7 @@
 #include <QHash>
 
 #include <map>
+#include <utility>
 
 namespace cantorel::hal {
 
@@ -46,11 +47,15 @@ public:
     std::vector<GraphPort> portsOf(std::uint32_t nodeId, bool inputs) const;
 
     // Whether a session manager is there, which alone keeps the default devices, and all that it says has come.
-    bool hasDefaults() const { return mDefaultMetadata && mRoundsLeft == 0; }
+    bool hasDefaults() const { return mDefaultMetadata && mDefaultsKnown; }
     QString defaultInForce(Direction direction) const;
     std::optional<QString> configuredDefault(Direction direction) const;
     // Nothing takes the choice away. False without a session manager.
     bool setConfiguredDefault(Direction direction, const std::optional<QString> &name);
+    // While a client introduces itself to the session manager's metadata, the server passes no news of it to the
+    // others. What was missed is heard by asking for everything again. True once after a client has come.
+    bool takeNewcomer() { return std::exchange(mNewcomer, false); }
+    void refreshDefaults();
 
     bool setGains(const QString &name, const std::vector<float> &gains);
     bool setMuted(const QString &name, bool muted);
@@ -77,6 +82,7 @@ private:
     void addNode(std::uint32_t id, const spa_dict *props);
     void addPort(std::uint32_t id, const spa_dict *props);
     void addMetadata(std::uint32_t id, const spa_dict *props);
+    void bindDefaults();
     void describe(BoundNode &bound, const pw_node_info &info);
     void readProps(BoundNode &bound, const spa_pod *param);
     int readMetadata(bool isSettings, std::uint32_t subject, const char *key, const char *value);
@@ -98,10 +104,12 @@ private:
     pw_core *mCore;
     Hook mCoreHook;
     const std::function<void()> mChanged;
-    // Questions to the server that stand out until the default metadata, once met, is known: the first is answered
-    // after all that we had asked before, the second after all that we ask because of that.
+    // Questions to the server that stand out until the default metadata, asked for anew, is known: the first is
+    // answered after all that we had asked before, the second after all that we ask because of that.
     int mRoundsLeft = 0;
     int mAwaited = 0;
+    bool mDefaultsKnown = false;
+    bool mNewcomer = false;
     ProxyHandle mRegistry;
     Hook mRegistryHook;
     std::map<std::uint32_t, std::unique_ptr<BoundNode>> mNodes;
@@ -112,6 +120,7 @@ private:
     ProxyHandle mSettingsMetadata;
     Hook mSettingsHook;
     QHash<QString, QString> mDefaults; // metadata key to node name
+    QHash<QString, QString> mListed;   // the same while it is told anew
     QHash<QString, double> mSettings;  // metadata key to number
     double mObservedRate = 0;
     std::uint32_t mObservedFrames = 0;
