@@ -71,9 +71,14 @@ Failure converterFailed(const QString &inputFile, const ChildProcess::Finished &
                         : ending.signal ? QStringLiteral("it was ended by signal %1").arg(ending.signal)
                                         : QStringLiteral("its exit status was %1").arg(ending.exitStatus);
     const QString sentence =
-        ending.exitStatus == kProgramMissing
+        !QFile::exists(inputFile)
+            ? QStringLiteral("The recording \"%1\" was removed before it was converted; choose a folder that stays.")
+        : ending.exitStatus == kProgramMissing
             ? QStringLiteral("The recording \"%1\" stays as it is because the program ffmpeg is missing; install it "
                              "with \"apt install ffmpeg\".")
+        : run.output.contains("No space left on device")
+            ? QStringLiteral("The recording \"%1\" stays as it is because the disk is full; make room to have it "
+                             "converted.")
             : QStringLiteral("The recording \"%1\" could not be converted; it stays as it is.");
     return {sentence.arg(inputFile), QStringLiteral("%1: %2").arg(why, QString::fromUtf8(run.output.right(2000)))};
 }

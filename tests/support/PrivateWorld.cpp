@@ -72,7 +72,9 @@ device_defaults.properties["use-persistent-storage"] = false
     const auto object = [](const QByteArray &arguments) {
         return "  { factory = adapter args = " + arguments + " }\n";
     };
-    QByteArray objects = object(nodeArguments("builtin_output", "Built-in Output", "Audio/Sink", kSinkMore));
+    QByteArray objects;
+    if (options.output)
+        objects += object(nodeArguments("builtin_output", "Built-in Output", "Audio/Sink", kSinkMore));
     if (options.microphone)
         objects +=
             object(nodeArguments("builtin_microphone", "Built-in Microphone", "Audio/Source/Virtual", kSourceMore));

@@ -19,6 +19,7 @@ bool eventually(const std::function<bool()> &condition, int milliseconds = 10000
 class PrivateWorld {
 public:
     struct Options {
+        bool output = true;
         bool microphone = true;
         bool virtualDevice = true;
         bool pulse = false;    // a PulseAudio server on top, for paplay and pactl

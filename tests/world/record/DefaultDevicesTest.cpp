@@ -76,7 +76,8 @@ TEST_F(DefaultDevicesTest, AreGivenBackWhateverEndsTheRecording) {
             options += {"--seconds", "0.7"};
         const auto run = start(options, moment == Moment::Converting ? QStringList{hangs} : QStringList());
         if (moment == Moment::Preparing) {
-            ASSERT_TRUE(eventually([&] { return inForce(1).contains("lent"); })) << run->error.constData();
+            ASSERT_TRUE(eventually([&] { return inForce(1).contains("lent"); }))
+                << (run->signal(SIGTERM), run->status()) << run->error.constData();
         } else {
             ASSERT_TRUE(run->begins()) << run->error.constData();
             EXPECT_TRUE(names(inForce(0), "Tessolar_AudioDevice")) << inForce(0).constData();
@@ -98,7 +99,8 @@ TEST_F(DefaultDevicesTest, AreGivenBackWhateverEndsTheRecording) {
                 return names(configured(side), after[side])
                        && (*meanwhile[side] ? names(inForce(side), after[side]) : inForce(side) == used[side]);
             })) << kKeys[side].toStdString()
-                << ": " << configured(side).constData() << ", in force " << inForce(side).constData();
+                << ": " << configured(side).constData() << ", in force " << inForce(side).constData() << "\n"
+                << run->error.constData() << run->out.constData();
         }
     }
 }

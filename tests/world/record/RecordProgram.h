@@ -56,7 +56,10 @@ protected:
                 variables.insert(variable.section('=', 0, 0), variable.section('=', 1));
             return variables;
         }());
-        run->process.start(CANTOREL_CLI, QStringList{"record", "--json", "--folder", mFolder.path()} + options);
+        QStringList words = mWrapper + QStringList{CANTOREL_CLI, "record", "--json"} + options;
+        if (!options.contains("--folder"))
+            words += {"--folder", mFolder.path()};
+        run->process.start(words.first(), words.mid(1));
         run->process.waitForStarted(5000);
         return run;
     }
@@ -69,6 +72,7 @@ protected:
     ~RecordProgramTest() override { QFile::remove(mFolder.path() + "-ffmpeg"); }
 
     QTemporaryDir mFolder;
+    QStringList mWrapper; // what the program is run by
     const QStringList mSoftware{"--backend", "embedded", "--source", "mic", "--seconds", "0.3"};
 };
 

@@ -60,6 +60,12 @@ TEST_F(RecordProgramTest, FaultsEndInOneSentenceAndTheirStatus) {
         {mSoftware + QStringList{"--microphone", "Nobody's"}, {}, 1, "Nobody's", false},
         {mSoftware + QStringList{"--format", "8"}, {}, 2, "format", false},
         {mSoftware + QStringList{"--folder", "/no/such"}, {}, 2, "folder", false},
+        {mSoftware + QStringList{"--folder", "/proc"}, {}, 1, "/proc", false},
+        {mSoftware + QStringList{"--source", "tape"}, {}, 2, "tape", false},
+        {mSoftware + QStringList{"--seconds", "0"}, {}, 2, "seconds", false},
+        {mSoftware + QStringList{"--louder"}, {}, 2, "louder", false},
+        {mSoftware + QStringList{"--play", "/no/such"}, {}, 2, "/no/such", false},
+        {mSoftware + QStringList{"--play", CANTOREL_CLI}, {}, 1, "cantorel-cli", false},
         {system, {}, 1, "cantorel-cli driver install", false},
     };
     for (const auto &[options, environment, status, sentence, kept] : cases) {
