@@ -78,6 +78,35 @@ TEST(PipeWire, WithoutAMicrophoneThereIsNoDefaultInput) {
     EXPECT_EQ(backend->defaultDevice(Direction::Output), "builtin_output");
 }
 
+// What the session manager puts in the place of no device is none.
+TEST(PipeWire, WithoutAnyDeviceNothingIsListed) {
+    PrivateWorld::Options options;
+    options.microphone = options.virtualDevice = false;
+    PrivateWorld world(options);
+    ASSERT_TRUE(world.ready());
+    ASSERT_TRUE(world.plugSink("auto_null", "Dummy Output"));
+    world.unplug("builtin_output");
+    ASSERT_TRUE(eventually([&] { return world.metadata("default.audio.sink").contains("auto_null"); }));
+    const auto backend = connected();
+    ASSERT_TRUE(backend);
+    EXPECT_EQ(backend->devices().size(), 0u);
+    EXPECT_EQ(backend->defaultDevice(Direction::Output), QString());
+    ASSERT_TRUE(world.plugSink("usb_output", "USB"));
+    EXPECT_TRUE(eventually([&] { return uids(*backend) == QStringList("usb_output"); }));
+}
+
+TEST(PipeWire, ADamagedConfigurationIsNamed) {
+    const QString file = qEnvironmentVariable("XDG_CONFIG_HOME") + "/pipewire/client-rt.conf";
+    const PrivateWorld world;
+    QFile damaged(file);
+    ASSERT_TRUE(damaged.open(QIODevice::WriteOnly));
+    damaged.write("context.properties = { ] {");
+    damaged.close();
+    const auto backend = PipeWireBackend::connect(std::chrono::seconds(1));
+    ASSERT_FALSE(backend);
+    EXPECT_TRUE(backend.failure().sentence.contains(file)) << backend.failure().sentence.toStdString();
+}
+
 TEST(PipeWire, DefaultsAreChosenTakenAwayAndGuarded) {
     PrivateWorld world;
     auto backend = connected();

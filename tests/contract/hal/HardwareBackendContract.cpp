@@ -169,6 +169,9 @@ TEST_P(HardwareContract, LoudnessIsKeptChannelByChannel) {
         EXPECT_TRUE(world->until([&] { return !side().muted; }));
     }
     EXPECT_TRUE(record(kLoopback).input.gains.empty()) << "what is recorded has no loudness of its own";
+    EXPECT_FALSE(backend.setGains(kLoopback, Direction::Input, {0.5f, 0.5f}));
+    EXPECT_FALSE(backend.setMuted(kLoopback, Direction::Input, true));
+    EXPECT_FALSE(backend.setGains(kMicrophone, Direction::Output, {0.5f, 0.5f}));
     EXPECT_FALSE(backend.setGains("nobody", Direction::Output, {1, 1}));
     EXPECT_FALSE(backend.setMuted("nobody", Direction::Output, true));
     EXPECT_FALSE(backend.setGains(kOutput, Direction::Output, {}));

@@ -195,7 +195,6 @@ TEST_F(FaultsTest, OnlyTheVirtualDeviceIsEnoughForSystemSound) {
 TEST_F(FaultsTest, BothSourcesAgainAndSilence) {
     const PrivateWorld world;
     ASSERT_TRUE(world.ready());
-    QByteArray first;
     for (int i = 0; i < 2; ++i) {
         const auto run =
             start({"--source", "both", "--seconds", "0.3", "--format", "4"}, {"DBUS_SESSION_BUS_ADDRESS="});
@@ -205,7 +204,10 @@ TEST_F(FaultsTest, BothSourcesAgainAndSilence) {
     // Nothing plays, and the microphone is turned down: the device and the likely cause are named once.
     world.run(CANTOREL_CLI, {"devices", "volume", "Built-in Microphone", "0"});
     const auto system = start({"--source", "system", "--seconds", "4.5"});
-    const auto microphone = start({"--source", "mic", "--seconds", "4.5"}, {"XDG_STATE_HOME=" + mFolder.path()});
+    const QString other = mFolder.path() + "/other"; // with a state of its own, so that both may record at once
+    QDir().mkpath(other);
+    const auto microphone =
+        start({"--source", "mic", "--seconds", "4.5", "--folder", other}, {"XDG_STATE_HOME=" + other});
     const struct {
         Run &run;
         const char *device, *cause;

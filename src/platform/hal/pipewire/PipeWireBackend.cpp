@@ -1,5 +1,7 @@
 #include "platform/hal/pipewire/PipeWireBackend.h"
 
+#include "platform/foundation/SearchPaths.h"
+
 #include <QFile>
 
 #include <pthread.h>
@@ -63,14 +65,16 @@ Result<std::unique_ptr<PipeWireBackend>> PipeWireBackend::connect(Clock::Duratio
         return explain();
     std::unique_ptr<PipeWireBackend> backend(new PipeWireBackend); // Its constructor is private.
     if (!backend->mContext)
-        return explain(); // The library is here, but none of its configuration: so is no server.
+        return explainConfiguration();
     const Clock::Duration deadline = backend->mClock.now() + patience;
     while (true) {
         {
             const LoopLock lock(backend->mLoop.get());
             const Clock::Duration left = deadline - backend->mClock.now();
-            if ((backend->mCore || backend->connectToServer())
-                && backend->waitUntil([&] { return backend->mLost || backend->carriesSound(); }, left)
+            const bool met = backend->mCore || backend->connectToServer();
+            if (!met && errno == ENOTSUP)
+                return explainConfiguration(); // It names none of the modules that speak to a server.
+            if (met && backend->waitUntil([&] { return backend->mLost || backend->carriesSound(); }, left)
                 && !backend->mLost)
                 break;
             if (backend->mLost)
@@ -82,6 +86,15 @@ Result<std::unique_ptr<PipeWireBackend>> PipeWireBackend::connect(Clock::Duratio
     }
     backend->mKeeper = std::jthread([raw = backend.get()](const std::stop_token &stopping) { raw->keep(stopping); });
     return backend;
+}
+
+Failure PipeWireBackend::explainConfiguration() {
+    const QString own = foundation::configurationFolder() + QStringLiteral("/pipewire/client-rt.conf");
+    if (QFile::exists(own))
+        return {QStringLiteral("PipeWire can't be used because its configuration \"%1\" is damaged; mend or remove it.")
+                    .arg(own),
+                QStringLiteral("no context")};
+    return explain(); // The library is here, but none of its configuration: so is no server.
 }
 
 Failure PipeWireBackend::explain() {
@@ -118,7 +131,7 @@ bool PipeWireBackend::connectToServer() {
     mLost = false;
     mCore.reset(pw_context_connect(mContext.get(), nullptr, 0));
     if (!mCore)
-        return false;
+        return false; // errno says why
     pw_core_add_listener(mCore.get(), &mCoreHook.hook, &events, this);
     mGraph = std::make_unique<PipeWireGraph>(mCore.get(), [this] { graphChanged(); });
     return true;
@@ -146,8 +159,7 @@ void PipeWireBackend::onCoreError(void *data, std::uint32_t id, int, int result,
 }
 
 bool PipeWireBackend::carriesSound() const {
-    return mGraph && mGraph->hasDefaults()
-           && (!mGraph->defaultInForce(Direction::Output).isEmpty() || !mGraph->devices().empty());
+    return mGraph && mGraph->hasDefaults() && (mGraph->hasSettled() || !mGraph->devices().empty());
 }
 
 bool PipeWireBackend::waitUntil(const std::function<bool()> &condition, Clock::Duration patience) const {
@@ -313,22 +325,22 @@ bool PipeWireBackend::setConfiguredDefault(Direction direction, const DefaultSet
     return done;
 }
 
-bool PipeWireBackend::setGains(const QString &uid, Direction, const std::vector<float> &gains) {
+bool PipeWireBackend::setGains(const QString &uid, Direction direction, const std::vector<float> &gains) {
     bool done = false;
     {
         const LoopLock lock(mLoop.get());
-        done = mGraph && !mLost && mGraph->setGains(uid, gains);
+        done = mGraph && !mLost && mGraph->setGains(uid, direction, gains);
     }
     if (done)
         graphChanged();
     return done;
 }
 
-bool PipeWireBackend::setMuted(const QString &uid, Direction, bool muted) {
+bool PipeWireBackend::setMuted(const QString &uid, Direction direction, bool muted) {
     bool done = false;
     {
         const LoopLock lock(mLoop.get());
-        done = mGraph && !mLost && mGraph->setMuted(uid, muted);
+        done = mGraph && !mLost && mGraph->setMuted(uid, direction, muted);
     }
     if (done)
         graphChanged();

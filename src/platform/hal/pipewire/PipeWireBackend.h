@@ -56,6 +56,7 @@ private:
     bool waitForDefaults(const std::function<bool()> &condition) const;
     static void onCoreError(void *data, std::uint32_t id, int seq, int result, const char *message);
     static foundation::Failure explain();
+    static foundation::Failure explainConfiguration();
 
     // From the loop's thread or with the loop locked; only wakes the keeper.
     void graphChanged();

@@ -19,6 +19,8 @@ constexpr double kUsualRate = 48000;
 constexpr std::uint32_t kUsualFrames = 512;
 constexpr std::uint32_t kMaxGains = 64;
 constexpr int kRounds = 2;
+// What the session manager lets players play to while there is no device at all; nobody hears it.
+constexpr const char *kNoDevice = "auto_null";
 
 QString lookUp(const spa_dict *props, const char *key) {
     const char *value = props ? spa_dict_lookup(props, key) : nullptr;
@@ -143,6 +145,8 @@ void PipeWireGraph::removeGlobal(std::uint32_t id) {
 void PipeWireGraph::addNode(std::uint32_t id, const spa_dict *props) {
     const QString mediaClass = lookUp(props, PW_KEY_MEDIA_CLASS);
     if (mediaClass != QStringLiteral("Audio/Sink") && !mediaClass.startsWith(QStringLiteral("Audio/Source")))
+        return;
+    if (lookUp(props, PW_KEY_NODE_NAME) == QLatin1String(kNoDevice))
         return;
     static const pw_node_events events = [] {
         pw_node_events table = {};
@@ -340,6 +344,8 @@ QString PipeWireGraph::defaultInForce(Direction direction) const {
     return fits ? node->name : QString();
 }
 
+bool PipeWireGraph::hasSettled() const { return mDefaults.contains(defaultKey(Direction::Output, false)); }
+
 std::optional<QString> PipeWireGraph::configuredDefault(Direction direction) const {
     const auto found = mDefaults.constFind(defaultKey(direction, true));
     return found == mDefaults.constEnd() ? std::nullopt : std::optional(*found);
@@ -356,9 +362,9 @@ bool PipeWireGraph::setConfiguredDefault(Direction direction, const std::optiona
     return pw_metadata_set_property(metadata, 0, key.constData(), "Spa:String:JSON", value.constData()) >= 0;
 }
 
-bool PipeWireGraph::setGains(const QString &name, const std::vector<float> &gains) {
+bool PipeWireGraph::setGains(const QString &name, Direction direction, const std::vector<float> &gains) {
     BoundNode *bound = boundNamed(name);
-    if (!bound || gains.empty() || gains.size() > kMaxGains)
+    if (!bound || bound->node.direction() != direction || gains.empty() || gains.size() > kMaxGains)
         return false;
     std::uint8_t room[1024];
     spa_pod_builder builder = SPA_POD_BUILDER_INIT(room, sizeof room);
@@ -371,9 +377,9 @@ bool PipeWireGraph::setGains(const QString &name, const std::vector<float> &gain
     return true;
 }
 
-bool PipeWireGraph::setMuted(const QString &name, bool muted) {
+bool PipeWireGraph::setMuted(const QString &name, Direction direction, bool muted) {
     BoundNode *bound = boundNamed(name);
-    if (!bound || !bound->node.hasMute)
+    if (!bound || bound->node.direction() != direction || !bound->node.hasMute)
         return false;
     std::uint8_t room[256];
     spa_pod_builder builder = SPA_POD_BUILDER_INIT(room, sizeof room);

@@ -21,6 +21,7 @@ struct GraphNode {
     bool hasMute = false;
     bool muted = false;
 
+    Direction direction() const { return isSink() ? Direction::Output : Direction::Input; }
     bool isSink() const { return mediaClass == QStringLiteral("Audio/Sink"); }
     bool isSource() const { return mediaClass.startsWith(QStringLiteral("Audio/Source")); }
 };
@@ -49,6 +50,8 @@ public:
     // Whether a session manager is there, which alone keeps the default devices, and all that it says has come.
     bool hasDefaults() const { return mDefaultMetadata && mDefaultsKnown; }
     QString defaultInForce(Direction direction) const;
+    // Whether the session manager has settled where sound goes, be it nowhere for lack of devices.
+    bool hasSettled() const;
     std::optional<QString> configuredDefault(Direction direction) const;
     // Nothing takes the choice away. False without a session manager.
     bool setConfiguredDefault(Direction direction, const std::optional<QString> &name);
@@ -57,8 +60,9 @@ public:
     bool takeNewcomer() { return std::exchange(mNewcomer, false); }
     void refreshDefaults();
 
-    bool setGains(const QString &name, const std::vector<float> &gains);
-    bool setMuted(const QString &name, bool muted);
+    // False for a side without a loudness of its own, as that of a loopback which gives its sound back.
+    bool setGains(const QString &name, Direction direction, const std::vector<float> &gains);
+    bool setMuted(const QString &name, Direction direction, bool muted);
 
     double rate() const;
     std::uint32_t cycleFrames() const;
