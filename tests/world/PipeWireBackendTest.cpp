@@ -102,9 +102,14 @@ TEST(PipeWire, ADamagedConfigurationIsNamed) {
     ASSERT_TRUE(damaged.open(QIODevice::WriteOnly));
     damaged.write("context.properties = { ] {");
     damaged.close();
-    const auto backend = PipeWireBackend::connect(std::chrono::seconds(1));
-    ASSERT_FALSE(backend);
-    EXPECT_TRUE(backend.failure().sentence.contains(file)) << backend.failure().sentence.toStdString();
+    // The library leaks a little on this way, so a process of its own takes it.
+    const auto attempt = [&] {
+        const auto backend = PipeWireBackend::connect(std::chrono::seconds(1));
+        std::fputs(backend ? "connected" : backend.failure().sentence.toUtf8().constData(), stderr);
+        std::fflush(stderr);
+        _exit(0);
+    };
+    EXPECT_EXIT(attempt(), testing::ExitedWithCode(0), file.toStdString());
 }
 
 TEST(PipeWire, DefaultsAreChosenTakenAwayAndGuarded) {
