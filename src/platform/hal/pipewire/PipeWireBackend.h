@@ -15,10 +15,10 @@ namespace cantorel::hal {
 // The devices of a PipeWire server. Safe from any thread but a real-time one.
 //
 // Threads: the library's loop thread receives the server's events and holds the loop's lock meanwhile; its real-time
-// thread "data-loop.0" runs the cycles; our own "pipewire-keeper" meets a server again that went away, keeps the
-// aggregates, and tells clients and the subscriber, holding no lock while it does. Everything of the library is reached
-// under the loop's lock; the keeper's own words under mKeeperMutex. The loop's lock may be held when the other is
-// taken, never the reverse.
+// thread "data-loop.0" runs the cycles; our own "pipewire-keeper" meets a server again that went away, asks
+// again for news that may have been missed, keeps the aggregates, and tells clients and the subscriber, holding no lock
+// while it does. Everything of the library is reached under the loop's lock; the keeper's own words under mKeeperMutex.
+// The loop's lock may be held when the other is taken, never the reverse.
 class PipeWireBackend : public HardwareBackend {
 public:
     // Waits up to the patience given for a server that carries sound. Fails with one sentence that names the cause.
