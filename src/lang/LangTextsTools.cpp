@@ -18,7 +18,7 @@ constexpr TextRow kToolsScheduleTask[] = {
     {"ErrorDuration", "toolsScheduleTaskErrorDuration", "The end of the task must be after its start."},
     {"ErrorStarTime", "toolsScheduleTaskErrorStarTime", "The start of the task must lie in the future."},
     {"NoScheduleTask", "toolsScheduleTaskNoScheduleTask", "There is no scheduled task."},
-    {"ClosestScheduleTask", "toolsScheduleTaskClosestScheduleTask", "Next task: [#Time#]"},
+    {"ClosestScheduleTask", "toolsScheduleTaskClosestScheduleTask", "Next task: #taskname# in #seconds# s"},
     {"Sleep", "toolsScheduleSleep", "Sleep"},
     {"DailyTask", "toolsScheduleDailyTask", "Daily task"},
     {"Repeat", "toolsScheduleRepeat", "Repeat"},
