@@ -6,6 +6,7 @@
 #include "cli/LangCommand.h"
 #include "cli/RecordCommand.h"
 #include "cli/SettingsCommand.h"
+#include "cli/TasksCommand.h"
 #include "log/GuardedAction.h"
 #include "platform/foundation/Console.h"
 #include "settings/AppSettings.h"
@@ -53,7 +54,8 @@ int fail(const Outcome &outcome) {
 
 std::span<const AddCommand> allCommands() {
     static constexpr AddCommand kCommands[] = {addDoctorCommand, addDevicesCommand,  addDriverCommand,
-                                               addRecordCommand, addSettingsCommand, addLangCommand};
+                                               addRecordCommand, addSettingsCommand, addTasksCommand,
+                                               addLangCommand};
     return kCommands;
 }
 

@@ -10,6 +10,8 @@ namespace cantorel {
 
 namespace {
 
+constexpr qsizetype kLongestBaseName = 200; // bytes; names of files may have 255
+
 void report(QString *error, const QString &text) {
     if (error != nullptr)
         *error = text;
@@ -126,6 +128,19 @@ QString ToolFile::fileNameAtPath(const QString &path) {
     const QString name = lastComponent(path);
     const qsizetype dot = extensionDot(name);
     return dot < 0 ? name : name.left(dot);
+}
+
+QString ToolFile::cleanFileName(const QString &text) {
+    QString name;
+    for (const QChar character : text) {
+        if (character != QLatin1Char('/') && character.category() != QChar::Other_Control)
+            name.append(character);
+    }
+    name = name.trimmed();
+    while (QFile::encodeName(name).size() > kLongestBaseName)
+        name.chop(name.back().isLowSurrogate() ? 2 : 1);
+    name = name.trimmed();
+    return name == QLatin1String(".") || name == QLatin1String("..") ? QString() : name;
 }
 
 QString ToolFile::pathWithExtension(const QString &path, const QString &extension) {

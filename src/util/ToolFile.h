@@ -46,6 +46,9 @@ public:
     static QString fileExtensionAtPath(const QString &path);
     // The last component without its extension.
     static QString fileNameAtPath(const QString &path);
+    // The text as the base name of a file: without "/" and control characters, short enough for "(n)" and an extension
+    // behind it. Empty when nothing is left that can be a name.
+    static QString cleanFileName(const QString &text);
     // The path with another extension, or with none for an empty one.
     static QString pathWithExtension(const QString &path, const QString &extension);
 

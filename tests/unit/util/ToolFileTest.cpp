@@ -95,6 +95,23 @@ public:
     }
 };
 
+TEST(ToolFile, TextsBecomeNamesOfFiles) {
+    const struct {
+        QString text, name;
+    } cases[] = {
+        {QStringLiteral("Radio 4"), QStringLiteral("Radio 4")},
+        {QStringLiteral("../../etc/passwd"), QStringLiteral("....etcpasswd")},
+        {QStringLiteral(" a/b\0c\n "), QStringLiteral("abc")},
+        {QStringLiteral(".."), QString()},
+        {QStringLiteral("/./"), QString()},
+        {QStringLiteral("//"), QString()},
+        {QString(300, QLatin1Char('x')), QString(200, QLatin1Char('x'))},
+        {QString::fromUtf8("\xF0\x9F\x8E\xB5").repeated(60), QString::fromUtf8("\xF0\x9F\x8E\xB5").repeated(50)}};
+    for (const auto &[text, name] : cases)
+        EXPECT_EQ(ToolFile::cleanFileName(text), name) << text.toStdString();
+    EXPECT_EQ(ToolFile::cleanFileName(QString::fromUtf16(u"a\0b", 3)), QStringLiteral("ab"));
+}
+
 TEST(ToolScript, OnlyAnEmptyOrUncompilableTextIsFalse) {
     EXPECT_FALSE(ToolScript::loadScriptWithSource(QStringLiteral("true"))); // no host at all
     auto host = std::make_unique<ScriptedHost>();
