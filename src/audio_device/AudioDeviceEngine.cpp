@@ -95,6 +95,7 @@ QVariantMap defaultDeviceInfo(AudioObjectPropertySelector selector) {
 } // namespace
 
 AudioDeviceEngine::~AudioDeviceEngine() {
+    keepRouting(false);
     removeSystemAudioDeviceChangeListener();
     watchRouting(false);
     mAudioThreEngine.reset();
@@ -124,6 +125,8 @@ QString AudioDeviceEngine::defaultInputDevice() const {
 }
 
 QString AudioDeviceEngine::defaultOutputDevice() const {
+    if (mUnsetIsKept)
+        return getDevice_Name_FromDevice(mOutputDeviceID);
     return getDevice_Name_FromDevice(systemDevice(kAudioHardwarePropertyDefaultOutputDevice));
 }
 
@@ -219,6 +222,13 @@ void AudioDeviceEngine::rememberRealOutput() {
 bool AudioDeviceEngine::setSVAD() {
     if (mSVADDeviceID == kAudioObjectUnknown)
         return false;
+    if (mUnsetIsKept) {
+        if (isRouted()) {
+            mUnsetIsKept = false;
+            return true;
+        }
+        giveBack();
+    }
     watchRouting(false);
     rememberRealOutput();
     CHECK_ERR(setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID) ? 0 : -1,
@@ -234,7 +244,26 @@ bool AudioDeviceEngine::setSVAD() {
     return true;
 }
 
+bool AudioDeviceEngine::isRouted() const {
+    return mAudioThreEngine && mAudioThreEngine->IsRunning() && mAudioThreEngine->inputDeviceID() == mSVADDeviceID
+           && systemDevice(kAudioHardwarePropertyDefaultOutputDevice) == mSVADDeviceID;
+}
+
+void AudioDeviceEngine::keepRouting(bool keep) {
+    mKeepsRouting = keep;
+    if (!keep && mUnsetIsKept)
+        giveBack();
+}
+
 void AudioDeviceEngine::unsetSVAD() {
+    if (mKeepsRouting && mAudioThreEngine)
+        mUnsetIsKept = true;
+    else
+        giveBack();
+}
+
+void AudioDeviceEngine::giveBack() {
+    mUnsetIsKept = false;
     watchRouting(false);
     rememberRealOutput();
     if (mAudioThreEngine)

@@ -61,6 +61,12 @@ public:
     bool setSVAD();
     // Gives the remembered real device back; harmless when nothing is routed.
     void unsetSVAD();
+    // While it is kept, what unsetSVAD() gives back is only remembered, and a setSVAD() that follows takes it up as if
+    // it had never been given back: nobody hears a gap. What is still remembered at the end is done then. Meanwhile the
+    // defaults are told as if it were done.
+    void keepRouting(bool keep);
+    // Whether something is remembered that can be taken up.
+    bool isRoutingKept() const { return mUnsetIsKept && isRouted(); }
 
     // Joins the default input and the virtual device to "Tessolar_AggregateDevice". The UIDs of both, or empty on
     // failure.
@@ -96,6 +102,8 @@ private:
     void followRouting();
     void rememberRealOutput();
     void watchRouting(bool watch);
+    bool isRouted() const;
+    void giveBack();
     bool isOwnDevice(AudioDeviceID device) const;
     AudioDeviceID replacementOutput() const;
     bool changeDevice(AudioObjectPropertySelector selector, const QString &name, AudioDeviceID &remembered);
@@ -108,6 +116,8 @@ private:
     AudioDeviceID mOutputDeviceID = 0; // the real one: heard while routed, restored afterwards
     AudioDeviceID mSVADDeviceID = 0;   // the virtual device
     AudioDeviceID mInputDeviceID = 0;
+    bool mKeepsRouting = false;
+    bool mUnsetIsKept = false;
     std::unique_ptr<AudioThruEngine> mAudioThreEngine; // Spelling is fixed. Only while routed.
 };
 

@@ -74,6 +74,13 @@ void ZQAudioKextKit::unsetSVAD() {
         gKit->mAudioDeviceEngine.unsetSVAD();
 }
 
+void ZQAudioKextKit::keepRouting(bool keep) {
+    if (gKit)
+        gKit->mAudioDeviceEngine.keepRouting(keep);
+}
+
+bool ZQAudioKextKit::isRoutingKept() { return gKit && gKit->mAudioDeviceEngine.isRoutingKept(); }
+
 QStringList ZQAudioKextKit::getAllAudioInputDeviceNames() {
     return gKit ? gKit->mAudioDeviceEngine.getAllAudioInputDeviceNames() : QStringList();
 }

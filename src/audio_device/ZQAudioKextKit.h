@@ -37,6 +37,8 @@ public:
     static QVariantMap createAggregateDevice();
     static bool setSVAD();
     static void unsetSVAD();
+    static void keepRouting(bool keep);
+    static bool isRoutingKept();
     static QStringList getAllAudioInputDeviceNames();
     static QStringList getAllAudioOutputDeviceNames();
     static bool changeAudioInputDeviceWithName(const QString &name);

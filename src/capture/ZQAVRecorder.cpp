@@ -35,10 +35,10 @@ void ZQAVRecorder::stopRecording() {
         output->stopRecording();
 }
 
-void ZQAVRecorder::pauseRecording() {
-    if (bIsPaused || !isRecording())
+void ZQAVRecorder::pauseRecording(media::AudioFileOutput::Pause pause) {
+    if (!isRecording())
         return;
-    fileOutput()->pauseRecording();
+    fileOutput()->pauseRecording(pause);
     bIsPaused = true;
 }
 

@@ -49,8 +49,9 @@ public:
     // False in the base.
     virtual bool startRecording(const QUrl &url, QString *error);
     virtual void stopRecording();
-    // Once; nothing while nothing is recorded.
-    void pauseRecording();
+    // Once; nothing while nothing is recorded. A pause for silence keeps the last frames at hand, and a pause by the
+    // person that follows gives them up.
+    void pauseRecording(media::AudioFileOutput::Pause pause = media::AudioFileOutput::Pause::ByPerson);
     void resumeRecording();
 
     void startCaptureRuning(); // Spelling is fixed.

@@ -26,6 +26,13 @@ public:
     bool startRecording(const QUrl &url, QString *error) override;
     void stopRecording() override;
 
+    // The recording under way will be followed by another one: the frames behind its last are kept for the recorder
+    // that takes them over before it is given the same device. Without a queue when there are none.
+    void joinNextRecording() { mAudioFileOutput->joinNextRecording(); }
+    void forgetNextRecording() { mAudioFileOutput->forgetNextRecording(); }
+    media::RecordingContinuation letGo() { return mCaptureSession->letGo(); }
+    void takeOver(media::RecordingContinuation continuation) { mCaptureSession->takeOver(std::move(continuation)); }
+
     // Sees the exact frames that are handed to the coder, on another thread; for tests.
     void setTap(std::function<void(std::span<const float> interleavedStereo)> tap);
 

@@ -3,13 +3,19 @@
 #include "audio_device/ZQAudioKextKit.h"
 #include "capture/ZQAVRecorderKit.h"
 #include "log/Log.h"
+#include "platform/hal/HardwareSystem.h"
 #include "settings/AppSettings.h"
 
 #include <QFile>
+#include <QScopeGuard>
+
+#include <utility>
 
 namespace cantorel {
 
 namespace {
+
+constexpr std::chrono::seconds kJoinPatience(10); // as long as what is kept has room
 
 enum Source { SystemSound = 0, Microphone = 1, Both = 2 };
 
@@ -37,8 +43,11 @@ QString RecordManager::getAudioDeviceNameWithAudioDeviceType(int type) {
     return {};
 }
 
+RecordManager::~RecordManager() { endJoin(); }
+
 bool RecordManager::startRecord(const QUrl &file) {
     mIsPrepareRecording = true;
+    const auto joined = qScopeGuard([this] { endJoin(); });
     try {
         const bool started = start(file);
         mIsPrepareRecording = false;
@@ -57,6 +66,7 @@ bool RecordManager::start(const QUrl &file) {
         return false;
     mAudioRecorder->delegate = this;
     mAudioRecorder->setIsShowAudioLevel(true);
+    mAudioRecorder->takeOver(std::exchange(mContinuation, {}));
 
     mSource = AppSettings::getAudioType();
     mAudioRecorder->setAudioDevice(
@@ -69,10 +79,8 @@ bool RecordManager::start(const QUrl &file) {
     AppSettings::setAudioOutputDeviceNameBeforeRecording(output);
     AppSettings::setAudioInputDeviceNameBeforeRecording(ZQAudioKextKit::getDefaultAudioInputName());
     AppSettings::setRecordingOutputDeviceName(output);
-    if (includesSystemSound(mSource)) {
-        (void)ZQAudioKextKit::setSVAD(); // Without a virtual device the recording starts unrouted.
-        (void)ZQAudioKextKit::setVolume(1.0f, ZQAudioKextKit::getDefaultAudioOutputName());
-    }
+    if (includesSystemSound(mSource))
+        routeSystemSound();
 
     QString error;
     const bool started = mAudioRecorder->startRecording(file, &error);
@@ -85,18 +93,46 @@ bool RecordManager::start(const QUrl &file) {
     return started;
 }
 
+void RecordManager::routeSystemSound() {
+    const bool stays = ZQAudioKextKit::isRoutingKept();
+    (void)ZQAudioKextKit::setSVAD(); // Without a virtual device the recording starts unrouted.
+    // Where the routing goes on, so does the volume that the person has chosen meanwhile.
+    if (!stays)
+        (void)ZQAudioKextKit::setVolume(1.0f, ZQAudioKextKit::getDefaultAudioOutputName());
+}
+
 void RecordManager::stopRecord() {
     if (isRecording()) {
         takeMeasures();
         mAudioRecorder->stopRecording();
+    } else {
+        endJoin();
     }
     if (includesSystemSound(mSource))
         ZQAudioKextKit::unsetSVAD();
 }
 
-void RecordManager::pauseRecording() {
+void RecordManager::joinNextRecording() {
+    if (!isRecording())
+        return;
+    mAudioRecorder->joinNextRecording();
+    ZQAudioKextKit::keepRouting(true);
+    mJoin = hal::HardwareSystem::clock().after(kJoinPatience, [this] { endJoin(); });
+}
+
+void RecordManager::endJoin() {
+    if (!mJoin)
+        return;
+    mJoin.reset();
+    mContinuation = {};
     if (mAudioRecorder)
-        mAudioRecorder->pauseRecording();
+        mAudioRecorder->forgetNextRecording();
+    ZQAudioKextKit::keepRouting(false);
+}
+
+void RecordManager::pauseRecording(Pause pause) {
+    if (mAudioRecorder)
+        mAudioRecorder->pauseRecording(pause);
 }
 
 void RecordManager::resumeRecording() {
@@ -108,6 +144,8 @@ void RecordManager::clear() {
     if (!mAudioRecorder)
         return;
     mAudioRecorder->delegate = nullptr;
+    if (mJoin)
+        mContinuation = mAudioRecorder->letGo();
     RecorderRelease(mAudioRecorder);
     mAudioRecorder = nullptr;
     mRecordState = State::Idle;

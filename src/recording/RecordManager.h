@@ -40,7 +40,10 @@ public:
 // lasts. Owned by RecordingSession; main thread only.
 class RecordManager : public QObject, public ZQAVRecorderDelegate {
 public:
+    using Pause = media::AudioFileOutput::Pause;
     enum class State { Idle, StartRequested, Writing }; // posted as 0, 1, 2
+
+    ~RecordManager() override;
 
     foundation::WeakDelegate<RecordManagerDelegate> delegate;
 
@@ -52,7 +55,13 @@ public:
     bool startRecord(const QUrl &file);
     // Ends the recording and gives the devices back at once; the finished file is reported later.
     void stopRecord();
-    void pauseRecording();
+    // Before the stop of a split: the next start on the same device, ten seconds later at most, records from the frame
+    // behind the last of this file, and system sound is not interrupted meanwhile. A second stop, a start that fails,
+    // and the end of the manager give the devices back.
+    void joinNextRecording();
+    // For silence: the frames of the last 0.9 s of the pause are in the file when it is resumed, unless the person has
+    // paused as well.
+    void pauseRecording(Pause pause = Pause::ByPerson);
     void resumeRecording();
     // Lets the recorder go.
     void clear();
@@ -76,11 +85,15 @@ private:
     void captureDeviceLost(ZQAVRecorder &) override { delegate->RecordManagerDeviceLost(*this); }
     void captureDeviceBack(ZQAVRecorder &) override { delegate->RecordManagerDeviceBack(*this); }
     bool start(const QUrl &file);
+    void routeSystemSound();
+    void endJoin();
     void takeMeasures();
 
     ZQAudioRecorder *mAudioRecorder = nullptr; // the shared one; null unless a recording is prepared or running
-    double mDuration = 0;                      // seconds, exact once the recording has ended
-    qint64 mFileSize = 0;                      // bytes, likewise
+    media::RecordingContinuation mContinuation;
+    std::unique_ptr<foundation::Timer> mJoin; // while the next recording is awaited; ends the waiting
+    double mDuration = 0;                     // seconds, exact once the recording has ended
+    qint64 mFileSize = 0;                     // bytes, likewise
     qint64 mDroppedFrames = 0;
     State mRecordState = State::Idle;
     int mSource = 0; // of the recording under way

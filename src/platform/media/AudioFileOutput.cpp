@@ -13,7 +13,17 @@ namespace cantorel::media {
 
 using foundation::Failure;
 
+namespace {
+
+// Sound that ends a silence is noticed late: levels look back over 0.1 s, are told every 0.1 s and looked at every
+// 0.2 s. What lies in front of it shall be in the file as well.
+constexpr double kNoticeSeconds = 0.4;
+constexpr double kPreRollSeconds = 0.5 + kNoticeSeconds;
+
+} // namespace
+
 AudioFileOutput::~AudioFileOutput() {
+    mJoins = false;
     stopRecording();
     if (mStream) {
         mStream->attach(nullptr);
@@ -35,14 +45,18 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     events.finished = [=, this](const std::optional<Failure> &failure) {
         post([=, this] { workerFinished(number, path, failure); });
     };
+    RecordingContinuation before = std::exchange(mNext, {});
+    auto queue = before.queue ? before.queue : makeRecordingQueue(stream->channels(), stream->sampleRate());
     auto recording = std::make_unique<Recording>();
     recording->number = number;
     recording->path = path;
-    recording->sampleRate = stream->sampleRate();
-    recording->worker =
-        std::make_unique<RecordingWorker>(path, stream->sampleRate(), stream->sourceChannels(), std::move(events));
+    recording->dropped = before.dropped;
+    recording->discontinuities = before.discontinuities;
+    recording->worker = std::make_unique<RecordingWorker>(
+        path, RecordingInput{queue, stream->sampleRate(), stream->sourceChannels()}, std::move(events));
     // The exchange is what keeps two files of a split next to each other.
-    retire(&recording->worker->queue());
+    mJoins = false;
+    retire(queue.get());
     mCurrent = std::move(recording);
 }
 
@@ -57,41 +71,75 @@ void AudioFileOutput::customEvent(QEvent *) {
 }
 
 void AudioFileOutput::retire(FrameQueue *successor) {
-    const bool endsWithBlock = mStream && mCurrent && !successor && !mPaused;
-    mPaused = false;
-    if (mStream && !endsWithBlock) {
+    const bool joins = std::exchange(mJoins, false) && mStream && mCurrent;
+    const bool runs = mStream && mCurrent && !successor && mPause != Pause::ByPerson;
+    mPause.reset();
+    if (mStream && !runs) {
         mStream->attach(successor);
         mStream->waitForCycle();
     }
     if (!mCurrent)
         return;
+    mCurrent->worker->stop(runs ? RecordingWorker::End::WithBlock : RecordingWorker::End::Now,
+                           framesOf(joins ? kNoticeSeconds : 0));
     mLast = countsOf(*mCurrent);
-    mCurrent->worker->stop(endsWithBlock ? RecordingWorker::End::WithBlock : RecordingWorker::End::Now);
+    if (joins) {
+        mNext = {mCurrent->worker->queue(), nullptr, mCurrent->worker->queue()->dropped(),
+                 mCurrent->worker->queue()->discontinuities()};
+        mStream->attach(mNext.queue.get()); // it was not while the person had paused
+    }
     mEnding.push_back(std::move(mCurrent));
 }
 
 void AudioFileOutput::stopRecording() { retire(nullptr); }
 
-void AudioFileOutput::pauseRecording() {
-    if (!mCurrent || mPaused)
+std::size_t AudioFileOutput::framesOf(double seconds) const {
+    return mStream ? static_cast<std::size_t>(seconds * mStream->sampleRate()) : 0;
+}
+
+void AudioFileOutput::forgetNextRecording() {
+    mJoins = false;
+    if (const auto queue = std::exchange(mNext, {}).queue; queue && mStream && !isUsed(*queue))
+        mStream->detach(queue.get());
+}
+
+RecordingContinuation AudioFileOutput::letGo() {
+    return mNext.queue ? std::exchange(mNext, {}) : RecordingContinuation();
+}
+
+bool AudioFileOutput::isUsed(const FrameQueue &queue) const {
+    const auto uses = [&](const auto &recording) { return recording && recording->worker->queue().get() == &queue; };
+    return mNext.queue.get() == &queue || uses(mCurrent) || std::any_of(mEnding.begin(), mEnding.end(), uses);
+}
+
+void AudioFileOutput::pauseRecording(Pause pause) {
+    if (!mCurrent || mPause == Pause::ByPerson || mPause == pause)
         return;
-    mPaused = true;
-    if (mStream)
+    if (pause == Pause::ForSilence) {
+        mCurrent->worker->hold(framesOf(kPreRollSeconds));
+    } else if (mStream) {
         mStream->attach(nullptr);
+        mStream->waitForCycle();
+        mCurrent->worker->release(RecordingWorker::Release::WithoutKept);
+    }
+    mPause = pause;
 }
 
 void AudioFileOutput::resumeRecording() {
-    if (!mCurrent || !mPaused)
+    if (!mCurrent || !mPause)
         return;
-    mPaused = false;
-    if (mStream)
-        mStream->attach(&mCurrent->worker->queue());
+    if (*mPause == Pause::ForSilence)
+        mCurrent->worker->release(RecordingWorker::Release::WithKept);
+    else if (mStream)
+        mStream->attach(mCurrent->worker->queue().get());
+    mPause.reset();
 }
 
 void AudioFileOutput::setStream(CaptureStream *stream) {
     if (stream == mStream)
         return;
     stopRecording();
+    mNext = {};
     mStream = stream;
 }
 
@@ -114,22 +162,28 @@ void AudioFileOutput::workerFinished(std::uint64_t number, const QString &path, 
     const auto ended = std::find_if(mEnding.begin(), mEnding.end(),
                                     [number](const auto &recording) { return recording->number == number; });
     if (ended != mEnding.end()) {
-        if (mStream)
-            mStream->detach(&(*ended)->worker->queue());
-        if (!mCurrent)
-            mLast = countsOf(**ended);
+        const std::unique_ptr<Recording> recording = std::move(*ended);
         mEnding.erase(ended);
+        if (mStream && !isUsed(*recording->worker->queue()))
+            mStream->detach(recording->worker->queue().get());
+        if (!mCurrent) {
+            // What the queue has counted since the stop is not this file's.
+            const Counts counts = countsOf(*recording);
+            mLast.duration = counts.duration;
+            mLast.bytes = counts.bytes;
+            mLast.limited = counts.limited;
+        }
     }
     delegate->captureOutputDidFinishRecording(*this, path, failure);
 }
 
 AudioFileOutput::Counts AudioFileOutput::countsOf(const Recording &recording) {
-    const FrameQueue &queue = recording.worker->queue();
-    return {{static_cast<std::int64_t>(queue.accepted()), static_cast<std::int32_t>(std::lround(recording.sampleRate))},
-            recording.worker->bytes(),
-            queue.dropped(),
-            queue.discontinuities(),
-            recording.worker->limitedSamples()};
+    const RecordingWorker &worker = *recording.worker;
+    return {{static_cast<std::int64_t>(worker.frames()), static_cast<std::int32_t>(std::lround(worker.sampleRate()))},
+            worker.bytes(),
+            worker.queue()->dropped() - recording.dropped,
+            worker.queue()->discontinuities() - recording.discontinuities,
+            worker.limitedSamples()};
 }
 
 MediaTime AudioFileOutput::recordedDuration() const { return counts().duration; }

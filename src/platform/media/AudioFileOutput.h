@@ -35,6 +35,14 @@ public:
     virtual void captureOutputDeviceBack(AudioFileOutput &) {}
 };
 
+// What a recording leaves to the one that follows it without a gap: the running stream, and the queue that it fills.
+struct RecordingContinuation {
+    std::shared_ptr<FrameQueue> queue; // outlives the stream that fills it
+    std::unique_ptr<CaptureStream> stream;
+    std::uint64_t dropped = 0; // by the queue, before
+    std::uint64_t discontinuities = 0;
+};
+
 struct AudioChannel {
     float averagePowerLevel = 0; // dB, RMS of the last 100 ms, -80 at least
     bool enabled = true;
@@ -67,11 +75,20 @@ public:
     // The recording ends with the frames captured until now and the few that complete the coder's block of 1024, so
     // that every player finds it as long as it was captured. The rest is written in the background.
     void stopRecording();
-    void pauseRecording();
+    // The recording under way will be followed by another: once it is stopped, the frames behind its last are kept for
+    // the next recording of the same stream, be it by this output or by one that takes the session's continuation.
+    void joinNextRecording() { mJoins = isRecording(); }
+    // Keeps nothing for a next one any more.
+    void forgetNextRecording();
+
+    // By the person: nothing is captured. For silence: the last frames are kept at hand, and stand in front of those
+    // that follow when the recording is resumed. A pause by the person gives up what is kept.
+    enum class Pause { ByPerson, ForSilence };
+    void pauseRecording(Pause pause = Pause::ByPerson);
     void resumeRecording();
 
     bool isRecording() const { return mCurrent != nullptr; }
-    bool isPaused() const { return mPaused; }
+    bool isPaused() const { return mPause.has_value(); }
 
     // Of the recording under way, else of the last one.
     MediaTime recordedDuration() const;
@@ -89,8 +106,9 @@ private:
     struct Recording {
         std::uint64_t number = 0;
         QString path;
-        double sampleRate = 0;
         std::unique_ptr<RecordingWorker> worker;
+        std::uint64_t dropped = 0; // by the queue, before it began
+        std::uint64_t discontinuities = 0;
     };
     struct Counts {
         MediaTime duration;
@@ -106,6 +124,11 @@ private:
     void setStream(CaptureStream *stream); // ends a recording of the stream before
     void deviceAlive(bool alive);
     void retire(FrameQueue *successor);
+    bool isUsed(const FrameQueue &queue) const;
+    std::size_t framesOf(double seconds) const;
+    // For the output of another session; without a queue when there is nothing to continue.
+    RecordingContinuation letGo();
+    void takeOver(RecordingContinuation next) { mNext = std::move(next); }
     void workerStarted(std::uint64_t number, const QString &path);
     void workerFinished(std::uint64_t number, const QString &path, const std::optional<foundation::Failure> &failure);
     static Counts countsOf(const Recording &recording);
@@ -117,7 +140,9 @@ private:
     std::unique_ptr<Recording> mCurrent;
     std::vector<std::unique_ptr<Recording>> mEnding; // stopped, still writing
     std::uint64_t mNextNumber = 1;
-    bool mPaused = false;
+    std::optional<Pause> mPause;
+    bool mJoins = false;
+    RecordingContinuation mNext; // without the stream, which is the session's
     Counts mLast;
 };
 

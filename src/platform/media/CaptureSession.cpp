@@ -1,6 +1,7 @@
 #include "platform/media/CaptureSession.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace cantorel::media {
 
@@ -82,6 +83,28 @@ void CaptureSession::close() {
     mOpenDevice = kAudioObjectUnknown;
 }
 
+RecordingContinuation CaptureSession::letGo() {
+    RecordingContinuation continuation = mOutput ? mOutput->letGo() : RecordingContinuation();
+    if (!continuation.queue || !mStream)
+        return {};
+    mStream->onAliveChanged = {};
+    continuation.stream = std::move(mStream);
+    mOpenDevice = kAudioObjectUnknown;
+    mOutput->setStream(nullptr);
+    return continuation;
+}
+
+void CaptureSession::adopt(std::unique_ptr<CaptureStream> stream, AudioObjectID device) {
+    mStream = std::move(stream);
+    mOpenDevice = device;
+    mStream->onAliveChanged = [this](bool alive) {
+        if (mOutput)
+            mOutput->deviceAlive(alive);
+    };
+    if (mOutput)
+        mOutput->setStream(mStream.get());
+}
+
 void CaptureSession::update() {
     if (mConfiguring > 0)
         return;
@@ -95,17 +118,16 @@ void CaptureSession::update() {
     close();
     if (wanted == kAudioObjectUnknown)
         return;
-    auto opened = CaptureStream::open(mInput->device);
-    if (!opened)
-        return; // tried again when a recording starts, which tells it then
-    mStream = std::move(opened).value();
-    mOpenDevice = wanted;
-    mStream->onAliveChanged = [this](bool alive) {
+    RecordingContinuation before = std::exchange(mContinuation, {});
+    if (before.stream && before.stream->device() == wanted && before.stream->matchesDevice()) {
+        adopt(std::move(before.stream), wanted);
         if (mOutput)
-            mOutput->deviceAlive(alive);
-    };
-    if (mOutput)
-        mOutput->setStream(mStream.get());
+            mOutput->takeOver(std::move(before));
+        return;
+    }
+    auto opened = CaptureStream::open(mInput->device);
+    if (opened) // else it is tried again when a recording starts, which tells it then
+        adopt(std::move(opened).value(), wanted);
 }
 
 } // namespace cantorel::media

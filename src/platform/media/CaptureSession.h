@@ -44,6 +44,12 @@ public:
     bool canAddOutput(const AudioFileOutput &output) const;
     void addOutput(AudioFileOutput &output);
 
+    // Gives up the stream of a recording that was joined with the next one, and the frames behind its last; without a
+    // queue when there is none. The session has no stream then.
+    RecordingContinuation letGo();
+    // Goes on with that stream when the next input is the device that it belongs to; else it ends then.
+    void takeOver(RecordingContinuation continuation) { mContinuation = std::move(continuation); }
+
     // What is changed in between takes effect at the end, at once.
     void beginConfiguration() { ++mConfiguring; }
     void commitConfiguration();
@@ -55,12 +61,14 @@ public:
 private:
     void update();
     void close();
+    void adopt(std::unique_ptr<CaptureStream> stream, AudioObjectID device);
 
     QString mPreset;
     std::optional<CaptureDeviceInput> mInput;
     AudioFileOutput *mOutput = nullptr;
     std::unique_ptr<CaptureStream> mStream;
     AudioObjectID mOpenDevice = kAudioObjectUnknown;
+    RecordingContinuation mContinuation; // until a device is opened
     int mConfiguring = 0;
     bool mRunning = false;
 };

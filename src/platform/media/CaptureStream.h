@@ -26,6 +26,7 @@ public:
     CaptureStream(const CaptureStream &) = delete;
     CaptureStream &operator=(const CaptureStream &) = delete;
 
+    AudioObjectID device() const { return mDevice; }
     double sampleRate() const { return mSampleRate; }
     int channels() const { return mChannels; }
     // Channels of each device behind this one, in order: more than one for an aggregate.

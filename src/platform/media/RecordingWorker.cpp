@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
-#include <numeric>
 #include <utility>
 
 namespace cantorel::media {
@@ -18,12 +17,12 @@ using foundation::Result;
 
 namespace {
 
-constexpr double kQueueSeconds = 5; // a disk that sleeps longer costs frames, which are counted
+constexpr double kQueueSeconds = 10; // a disk that sleeps longer costs frames, which are counted
 constexpr double kBatchSeconds = 0.5;
+// A recording that ends with a whole block is as long in every player as it was captured.
+constexpr std::uint64_t kBlockFrames = kFramesPerPacket;
 constexpr auto kBlockWait = std::chrono::milliseconds(200);    // a device that brings nothing by then is gone
 constexpr auto kPollInterval = std::chrono::milliseconds(100); // the real-time side never wakes anybody
-
-int totalChannels(const std::vector<int> &sources) { return std::accumulate(sources.begin(), sources.end(), 0); }
 
 std::size_t framesOf(double seconds, double rate) { return static_cast<std::size_t>(seconds * rate); }
 
@@ -37,13 +36,17 @@ void blockFileSizeSignal() {
 
 } // namespace
 
-RecordingWorker::RecordingWorker(QString path, double sampleRate, std::vector<int> sourceChannels, Events events)
+std::shared_ptr<FrameQueue> makeRecordingQueue(int channels, double sampleRate) {
+    return std::make_shared<FrameQueue>(channels, framesOf(kQueueSeconds, sampleRate));
+}
+
+RecordingWorker::RecordingWorker(QString path, RecordingInput input, Events events)
     : mPath(std::move(path)),
-      mSampleRate(sampleRate),
+      mInput(std::move(input)),
       mEvents(std::move(events)),
-      mQueue(totalChannels(sourceChannels), framesOf(kQueueSeconds, sampleRate)),
-      mMix(std::move(sourceChannels)),
-      mBatch(std::max<std::size_t>(1, framesOf(kBatchSeconds, sampleRate)) * mQueue.channels()),
+      mMix(mInput.sourceChannels),
+      mBatch(std::max<std::size_t>(1, framesOf(kBatchSeconds, mInput.sampleRate)) * mInput.queue->channels()),
+      mBegin(mInput.queue->taken()),
       mThread([this] { run(); }) {}
 
 RecordingWorker::~RecordingWorker() {
@@ -51,13 +54,46 @@ RecordingWorker::~RecordingWorker() {
     mThread.join();
 }
 
-void RecordingWorker::stop(End end) {
+void RecordingWorker::hold(std::size_t keptFrames) {
     const std::lock_guard lock(mMutex);
-    if (end == End::WithBlock)
-        mQueue.end();
-    mStopping = true;
-    mEnd = end;
+    mKept = keptFrames;
+    mHolds.push_back({mInput.queue->accepted(), kNever});
+}
+
+void RecordingWorker::release(Release release) {
+    const std::lock_guard lock(mMutex);
+    if (mHolds.empty() || mHolds.back().to != kNever)
+        return;
+    Hold &hold = mHolds.back();
+    const std::uint64_t now = mInput.queue->accepted();
+    const std::uint64_t kept = release == Release::WithKept ? mKept : 0;
+    hold.to = std::max(hold.from, now - std::min(now, kept));
+    mLeftOut += hold.to - hold.from;
     mWake.notify_one();
+}
+
+void RecordingWorker::stop(End end, std::size_t nextKeeps) {
+    const std::lock_guard lock(mMutex);
+    if (!mStopping) {
+        mStopping = true;
+        mEnd = end;
+        mStopAt = mInput.queue->accepted();
+        if (!mHolds.empty() && mHolds.back().to == kNever) {
+            Hold &hold = mHolds.back();
+            hold.to = std::max(hold.from, mStopAt - std::min<std::uint64_t>(mStopAt, std::min(nextKeeps, mKept)));
+            mStopAt = hold.from;
+            mEnd = End::Now;
+        }
+    }
+    mWake.notify_one();
+}
+
+std::uint64_t RecordingWorker::frames() const {
+    const std::lock_guard lock(mMutex);
+    std::uint64_t end = std::min(mInput.queue->accepted(), mStopAt);
+    if (!mHolds.empty() && mHolds.back().to == kNever)
+        end = mHolds.back().from;
+    return end - std::min(end, mBegin + mLeftOut);
 }
 
 void RecordingWorker::run() {
@@ -67,17 +103,27 @@ void RecordingWorker::run() {
 }
 
 std::optional<Failure> RecordingWorker::record() {
-    auto opened = AudioFileWriter::open(mPath, static_cast<int>(std::lround(mSampleRate)));
+    auto opened = AudioFileWriter::open(mPath, static_cast<int>(std::lround(mInput.sampleRate)));
     if (!opened)
         return opened.failure();
     AudioFileWriter &writer = *opened.value();
     mBytes.store(writer.bytes(), std::memory_order_relaxed);
     Result<void> written;
-    while (written && waitForFrames())
-        written = drain(writer);
-    settle();
-    while (written && mQueue.available() > 0)
-        written = drain(writer);
+    {
+        const std::lock_guard reading(mInput.queue->reading());
+        {
+            const std::lock_guard lock(mMutex);
+            mBegin = mInput.queue->taken();
+        }
+        while (written && waitForFrames())
+            written = drain(writer);
+        while (written && readyNow() > 0)
+            written = drain(writer);
+        if (written)
+            completeBlock();
+        while (written && readyNow() > 0)
+            written = drain(writer);
+    }
     // Also after a failure: what is in the file shall be played.
     const auto closed = writer.finish();
     mBytes.store(writer.bytes(), std::memory_order_relaxed);
@@ -86,20 +132,46 @@ std::optional<Failure> RecordingWorker::record() {
     return closed ? std::nullopt : std::optional(closed.failure());
 }
 
-void RecordingWorker::settle() {
+void RecordingWorker::completeBlock() {
     const auto deadline = std::chrono::steady_clock::now() + kBlockWait;
     std::unique_lock lock(mMutex);
-    while (mEnd == End::WithBlock && !mQueue.complete() && std::chrono::steady_clock::now() < deadline)
+    if (mEnd != End::WithBlock)
+        return;
+    const std::uint64_t lacking = (kBlockFrames - mWritten % kBlockFrames) % kBlockFrames;
+    mStopAt = mInput.queue->taken() + lacking;
+    while (mInput.queue->available() < lacking && std::chrono::steady_clock::now() < deadline)
         mWake.wait_for(lock, std::chrono::milliseconds(2));
-    mQueue.close();
+    mStopAt = std::min(mStopAt, mInput.queue->accepted());
+}
+
+std::size_t RecordingWorker::ready() {
+    FrameQueue &queue = *mInput.queue;
+    while (!mHolds.empty() && mHolds.front().from <= queue.taken()) {
+        const Hold hold = mHolds.front();
+        const std::uint64_t accepted = queue.accepted();
+        const std::uint64_t to = hold.to != kNever ? hold.to : accepted - std::min<std::uint64_t>(accepted, mKept);
+        if (to > queue.taken())
+            queue.discard(to - queue.taken());
+        if (hold.to == kNever)
+            return 0;
+        mHolds.pop_front();
+    }
+    const std::uint64_t limit = std::min({queue.accepted(), mStopAt, mHolds.empty() ? kNever : mHolds.front().from});
+    return limit - std::min(limit, queue.taken());
+}
+
+std::size_t RecordingWorker::readyNow() {
+    const std::lock_guard lock(mMutex);
+    return ready();
 }
 
 bool RecordingWorker::waitForFrames() {
-    const std::size_t wanted = mBatch.size() / mQueue.channels();
+    const std::size_t wanted = mBatch.size() / static_cast<std::size_t>(mInput.queue->channels());
     std::unique_lock lock(mMutex);
     while (!mStopping) {
-        // The first frames are told at once, then a batch is waited for.
-        if (mQueue.available() >= wanted || (!mStarted && mQueue.available() > 0))
+        // The first frames are told at once, then a batch is waited for, or what lies before a hold.
+        const std::size_t frames = ready();
+        if (frames >= wanted || (frames > 0 && (!mStarted || !mHolds.empty())))
             return true;
         mWake.wait_for(lock, kPollInterval);
     }
@@ -112,9 +184,10 @@ Result<void> RecordingWorker::drain(AudioFileWriter &writer) {
         if (mEvents.started)
             mEvents.started();
     }
-    const std::size_t frames = mQueue.pop(mBatch.data(), mBatch.size() / mQueue.channels());
-    const std::span<const float> stereo =
-        mMix.mix(std::span(mBatch.data(), frames * static_cast<std::size_t>(mQueue.channels())));
+    const auto channels = static_cast<std::size_t>(mInput.queue->channels());
+    const std::size_t frames = mInput.queue->pop(mBatch.data(), std::min(readyNow(), mBatch.size() / channels));
+    mWritten += frames;
+    const std::span<const float> stereo = mMix.mix(std::span(mBatch.data(), frames * channels));
     mLimited.store(mMix.limitedSamples(), std::memory_order_relaxed);
     if (mEvents.tap)
         mEvents.tap(stereo);
