@@ -69,6 +69,12 @@ std::int64_t ZQAVRecorder::droppedFrames() const {
     return fileOutput() ? static_cast<std::int64_t>(fileOutput()->droppedFrames()) : 0;
 }
 
+std::int64_t ZQAVRecorder::filledFrames() const {
+    return fileOutput() ? static_cast<std::int64_t>(fileOutput()->filledFrames()) : 0;
+}
+
+double ZQAVRecorder::secondsAway() const { return fileOutput() ? fileOutput()->secondsAway() : 0; }
+
 std::int64_t ZQAVRecorder::recordedFrames() const { return fileOutput() ? fileOutput()->recordedDuration().value : 0; }
 
 double ZQAVRecorder::recordedSeconds() const {

@@ -66,6 +66,10 @@ public:
     // What was lost on the way to the file, in frames; 0 in a good recording.
     std::int64_t droppedFrames() const;
 
+    // Silence that stands for what the device did not bring while it was away, in frames, and how long that was last.
+    std::int64_t filledFrames() const;
+    double secondsAway() const;
+
     virtual void setIsShowAudioLevel(bool flag);
 
     std::vector<media::CaptureDevice> audioDevices() const { return media::captureAudioDevices(); }

@@ -74,6 +74,7 @@ bool RecordManager::start(const QUrl &file) {
     mDuration = 0;
     mFileSize = 0;
     mDroppedFrames = 0;
+    mFilledFrames = 0;
 
     const QString output = ZQAudioKextKit::getDefaultAudioOutputName();
     AppSettings::setAudioOutputDeviceNameBeforeRecording(output);
@@ -173,6 +174,7 @@ void RecordManager::takeMeasures() {
     mDuration = mAudioRecorder->recordedSeconds();
     mFileSize = mAudioRecorder->recordedFileSize();
     mDroppedFrames = mAudioRecorder->droppedFrames();
+    mFilledFrames = mAudioRecorder->filledFrames();
 }
 
 void RecordManager::captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url) {

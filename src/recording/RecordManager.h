@@ -75,6 +75,11 @@ public:
     // Of the recording under way or the last one.
     qint64 droppedFrames() const { return mAudioRecorder ? mAudioRecorder->droppedFrames() : mDroppedFrames; }
 
+    // Silence that was filled in while the device was away, of the recording under way or the last one; and how long it
+    // was away, when it is told that it is back.
+    qint64 filledFrames() const { return mAudioRecorder ? mAudioRecorder->filledFrames() : mFilledFrames; }
+    double secondsAway() const { return mAudioRecorder ? mAudioRecorder->secondsAway() : 0; }
+
     void postRecordingNotification();
 
 private:
@@ -95,6 +100,7 @@ private:
     double mDuration = 0;                     // seconds, exact once the recording has ended
     qint64 mFileSize = 0;                     // bytes, likewise
     qint64 mDroppedFrames = 0;
+    qint64 mFilledFrames = 0;
     State mRecordState = State::Idle;
     int mSource = 0; // of the recording under way
     bool mIsPrepareRecording = false;

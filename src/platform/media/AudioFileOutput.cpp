@@ -56,7 +56,7 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
         path, RecordingInput{queue, stream->sampleRate(), stream->sourceChannels()}, std::move(events));
     // The exchange is what keeps two files of a split next to each other.
     mJoins = false;
-    retire(queue.get());
+    retire(queue.get(), before.queue != nullptr);
     mCurrent = std::move(recording);
 }
 
@@ -70,11 +70,13 @@ void AudioFileOutput::customEvent(QEvent *) {
         call();
 }
 
-void AudioFileOutput::retire(FrameQueue *successor) {
+void AudioFileOutput::retire(FrameQueue *successor, bool continues) {
     const bool joins = std::exchange(mJoins, false) && mStream && mCurrent;
     const bool runs = mStream && mCurrent && !successor && mPause != Pause::ByPerson;
     mPause.reset();
     if (mStream && !runs) {
+        if (!mStream->isAlive() && successor && !continues)
+            mStream->beginHoleHere();
         mStream->attach(successor);
         mStream->waitForCycle();
     }
@@ -130,8 +132,11 @@ void AudioFileOutput::resumeRecording() {
         return;
     if (*mPause == Pause::ForSilence)
         mCurrent->worker->release(RecordingWorker::Release::WithKept);
-    else if (mStream)
+    else if (mStream) {
+        if (!mStream->isAlive())
+            mStream->beginHoleHere(); // the time of the pause is not filled
         mStream->attach(mCurrent->worker->queue().get());
+    }
     mPause.reset();
 }
 
@@ -144,6 +149,10 @@ void AudioFileOutput::setStream(CaptureStream *stream) {
 }
 
 void AudioFileOutput::deviceAlive(bool alive) {
+    if (!alive)
+        mSecondsAway = 0;
+    else if (mStream)
+        mSecondsAway = mStream->secondsAway();
     if (!mCurrent)
         return;
     if (alive)
@@ -172,6 +181,7 @@ void AudioFileOutput::workerFinished(std::uint64_t number, const QString &path, 
             mLast.duration = counts.duration;
             mLast.bytes = counts.bytes;
             mLast.limited = counts.limited;
+            mLast.filled = counts.filled;
         }
     }
     delegate->captureOutputDidFinishRecording(*this, path, failure);
@@ -183,7 +193,8 @@ AudioFileOutput::Counts AudioFileOutput::countsOf(const Recording &recording) {
             worker.bytes(),
             worker.queue()->dropped() - recording.dropped,
             worker.queue()->discontinuities() - recording.discontinuities,
-            worker.limitedSamples()};
+            worker.limitedSamples(),
+            worker.filledFrames()};
 }
 
 MediaTime AudioFileOutput::recordedDuration() const { return counts().duration; }
@@ -191,6 +202,7 @@ std::uint64_t AudioFileOutput::recordedFileSize() const { return counts().bytes;
 std::uint64_t AudioFileOutput::droppedFrames() const { return counts().dropped; }
 std::uint64_t AudioFileOutput::discontinuities() const { return counts().discontinuities; }
 std::uint64_t AudioFileOutput::limitedSamples() const { return counts().limited; }
+std::uint64_t AudioFileOutput::filledFrames() const { return counts().filled; }
 
 std::vector<CaptureConnection> AudioFileOutput::connections() const {
     if (!mStream)

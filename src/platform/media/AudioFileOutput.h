@@ -30,7 +30,8 @@ public:
     // Once for each recording; nothing when the file is whole.
     virtual void captureOutputDidFinishRecording(AudioFileOutput &, const QString & /*path*/,
                                                  const std::optional<foundation::Failure> &) {}
-    // The device of a running recording has gone, or has come back; the recording stays open meanwhile.
+    // The device of a running recording has gone, or has come back; the recording stays open meanwhile, and what is
+    // missing is filled with silence.
     virtual void captureOutputDeviceLost(AudioFileOutput &) {}
     virtual void captureOutputDeviceBack(AudioFileOutput &) {}
 };
@@ -96,6 +97,10 @@ public:
     std::uint64_t droppedFrames() const;
     std::uint64_t discontinuities() const;
     std::uint64_t limitedSamples() const;
+    // Silence that stands for what the device did not bring while it was away; part of the duration.
+    std::uint64_t filledFrames() const;
+    // How long the device was away when it came back last.
+    double secondsAway() const { return mSecondsAway; }
 
     // One connection with the channels of the device; none without one.
     std::vector<CaptureConnection> connections() const;
@@ -116,6 +121,7 @@ private:
         std::uint64_t dropped = 0;
         std::uint64_t discontinuities = 0;
         std::uint64_t limited = 0;
+        std::uint64_t filled = 0;
     };
 
     // Runs the call on the main thread, in order with the others. Any thread.
@@ -123,7 +129,7 @@ private:
     void customEvent(QEvent *) override;
     void setStream(CaptureStream *stream); // ends a recording of the stream before
     void deviceAlive(bool alive);
-    void retire(FrameQueue *successor);
+    void retire(FrameQueue *successor, bool continues = false);
     bool isUsed(const FrameQueue &queue) const;
     std::size_t framesOf(double seconds) const;
     // For the output of another session; without a queue when there is nothing to continue.
@@ -142,6 +148,7 @@ private:
     std::uint64_t mNextNumber = 1;
     std::optional<Pause> mPause;
     bool mJoins = false;
+    double mSecondsAway = 0;
     RecordingContinuation mNext; // without the stream, which is the session's
     Counts mLast;
 };

@@ -1,8 +1,10 @@
 #include "platform/media/CaptureStream.h"
 
 #include "platform/hal/AudioHardware.h"
+#include "platform/hal/HardwareSystem.h"
 #include "platform/media/MediaFailures.h"
 
+#include <cmath>
 #include <numeric>
 #include <thread>
 
@@ -14,6 +16,9 @@ namespace {
 
 constexpr AudioObjectPropertyAddress kAlive = {kAudioDevicePropertyDeviceIsAlive, kAudioObjectPropertyScopeGlobal,
                                                kAudioObjectPropertyElementMaster};
+
+// Two clocks that meet disagree by less; what is missing is more.
+constexpr std::uint64_t kLeastHole = 10'000'000; // ns
 
 AudioStreamBasicDescription inputFormat(AudioObjectID device) {
     const AudioObjectPropertyAddress address = {kAudioDevicePropertyStreamFormat, kAudioDevicePropertyScopeInput, 0};
@@ -100,12 +105,37 @@ OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const Audio
     self.mCycles.fetch_add(1);
     if (FrameQueue *queue = self.mQueue.load()) {
         if (inputTime && inputTime->mFlags & kAudioTimeStampDiscontinuity)
-            queue->countDiscontinuity();
+            self.meetHole(*queue, *inputTime);
         queue->push(samples, frames);
     }
     self.mCycles.fetch_add(1);
+    if (inputTime) {
+        self.mCycleFrames = inputTime->mHostTime == self.mCycleBegan ? self.mCycleFrames + frames : frames;
+        self.mCycleBegan = inputTime->mHostTime;
+        const double duration = static_cast<double>(self.mCycleFrames) / self.mSampleRate * 1e9;
+        self.mExpected.store(self.mCycleBegan + static_cast<std::uint64_t>(duration), std::memory_order_relaxed);
+    }
     self.mMeter.feed(samples, frames);
     return kAudioHardwareNoError;
+}
+
+void CaptureStream::meetHole(FrameQueue &queue, const AudioTimeStamp &time) noexcept {
+    queue.countDiscontinuity();
+    const std::uint64_t expected = mExpected.load(std::memory_order_relaxed);
+    if (expected == 0 || time.mHostTime < expected + kLeastHole)
+        return;
+    queue.noteHole(
+        static_cast<std::uint64_t>(std::llround(static_cast<double>(time.mHostTime - expected) / 1e9 * mSampleRate)));
+}
+
+double CaptureStream::secondsAway() const {
+    const auto now = static_cast<std::uint64_t>(hal::HardwareSystem::clock().now().count());
+    const std::uint64_t expected = mExpected.load(std::memory_order_relaxed);
+    return expected == 0 || now < expected ? 0 : static_cast<double>(now - expected) / 1e9;
+}
+
+void CaptureStream::beginHoleHere() {
+    mExpected.store(static_cast<std::uint64_t>(hal::HardwareSystem::clock().now().count()), std::memory_order_relaxed);
 }
 
 bool CaptureStream::matchesDevice() const {

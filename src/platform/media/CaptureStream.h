@@ -18,7 +18,8 @@ namespace cantorel::media {
 // that is attached. Owned by CaptureSession; main thread, but for what is marked.
 //
 // The procedure shares with other threads: the attached queue (a pointer that others exchange), the number of cycles
-// begun and ended (so that a queue can be freed when no cycle uses it any more), and the published levels.
+// begun and ended (so that a queue can be freed when no cycle uses it any more), the moment at which the next frame is
+// due, and the published levels.
 class CaptureStream {
 public:
     static foundation::Result<std::unique_ptr<CaptureStream>> open(const CaptureDevice &device);
@@ -44,6 +45,11 @@ public:
     // The queue is not filled any more when this returns.
     void detach(FrameQueue *queue);
 
+    // Seconds since the last frame; of use while the device is away.
+    double secondsAway() const;
+    // What is missing until now is nobody's: the hole that is noted when the device is back begins here.
+    void beginHoleHere();
+
     // Told when the device goes (false) and when it comes back (true).
     std::function<void(bool alive)> onAliveChanged;
 
@@ -53,6 +59,7 @@ private:
     static OSStatus cycle(AudioObjectID device, const AudioTimeStamp *now, const AudioBufferList *input,
                           const AudioTimeStamp *inputTime, AudioBufferList *output, const AudioTimeStamp *outputTime,
                           void *clientData) noexcept [[clang::nonblocking]];
+    void meetHole(FrameQueue &queue, const AudioTimeStamp &time) noexcept [[clang::nonblocking]];
     static OSStatus aliveChanged(AudioObjectID device, std::uint32_t count, const AudioObjectPropertyAddress *addresses,
                                  void *clientData);
 
@@ -64,7 +71,10 @@ private:
     bool mAlive = true;
     LevelMeter mMeter;
     std::atomic<FrameQueue *> mQueue{nullptr};
-    std::atomic<std::uint32_t> mCycles{0}; // odd while one is under way
+    std::atomic<std::uint32_t> mCycles{0};   // odd while one is under way
+    std::atomic<std::uint64_t> mExpected{0}; // ns, host time at which the next frame is due; 0 before the first
+    std::uint64_t mCycleBegan = 0;           // ns, host time of the server's cycle; the procedure's own
+    std::uint64_t mCycleFrames = 0;          // that it has brought
 };
 
 } // namespace cantorel::media

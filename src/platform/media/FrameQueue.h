@@ -1,12 +1,14 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace cantorel::media {
@@ -39,6 +41,27 @@ public:
     void countDiscontinuity() noexcept [[clang::nonblocking]] {
         mDiscontinuities.fetch_add(1, std::memory_order_relaxed);
     }
+
+    // The writer. That many frames are missing in front of the next one. What finds no room for its note is not filled.
+    struct Hole {
+        std::uint64_t position = 0; // frames accepted before it
+        std::uint64_t frames = 0;
+    };
+    void noteHole(std::uint64_t frames) noexcept [[clang::nonblocking]] {
+        const std::uint32_t noted = mHolesNoted.load(std::memory_order_relaxed);
+        if (noted - mHolesPassed.load(std::memory_order_acquire) == mHoles.size())
+            return;
+        mHoles[noted % mHoles.size()] = {mWritten.load(std::memory_order_relaxed), frames};
+        mHolesNoted.store(noted + 1, std::memory_order_release);
+    }
+    // The reader. The first hole that was not passed yet. One is noted before the frame behind it is accepted.
+    std::optional<Hole> nextHole() const {
+        const std::uint32_t passed = mHolesPassed.load(std::memory_order_relaxed);
+        if (passed == mHolesNoted.load(std::memory_order_acquire))
+            return {};
+        return mHoles[passed % mHoles.size()];
+    }
+    void passHole() { mHolesPassed.fetch_add(1, std::memory_order_release); }
 
     // Held by who reads; the next reader waits for it.
     std::mutex &reading() { return mReading; }
@@ -76,6 +99,9 @@ private:
     std::atomic<std::uint64_t> mDiscontinuities{0};
     alignas(64) std::atomic<std::uint64_t> mRead{0};
     std::mutex mReading;
+    std::array<Hole, 16> mHoles;
+    std::atomic<std::uint32_t> mHolesNoted{0};
+    std::atomic<std::uint32_t> mHolesPassed{0};
 };
 
 } // namespace cantorel::media

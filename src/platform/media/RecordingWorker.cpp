@@ -68,6 +68,7 @@ void RecordingWorker::release(Release release) {
     const std::uint64_t now = mInput.queue->accepted();
     const std::uint64_t kept = release == Release::WithKept ? mKept : 0;
     hold.to = std::max(hold.from, now - std::min(now, kept));
+    hold.released = now;
     mLeftOut += hold.to - hold.from;
     mWake.notify_one();
 }
@@ -80,6 +81,7 @@ void RecordingWorker::stop(End end, std::size_t nextKeeps) {
         mStopAt = mInput.queue->accepted();
         if (!mHolds.empty() && mHolds.back().to == kNever) {
             Hold &hold = mHolds.back();
+            hold.released = mStopAt;
             hold.to = std::max(hold.from, mStopAt - std::min<std::uint64_t>(mStopAt, std::min(nextKeeps, mKept)));
             mStopAt = hold.from;
             mEnd = End::Now;
@@ -93,7 +95,12 @@ std::uint64_t RecordingWorker::frames() const {
     std::uint64_t end = std::min(mInput.queue->accepted(), mStopAt);
     if (!mHolds.empty() && mHolds.back().to == kNever)
         end = mHolds.back().from;
-    return end - std::min(end, mBegin + mLeftOut);
+    return end - std::min(end, mBegin + mLeftOut) + mFilled;
+}
+
+std::uint64_t RecordingWorker::filledFrames() const {
+    const std::lock_guard lock(mMutex);
+    return mFilled;
 }
 
 void RecordingWorker::run() {
@@ -144,19 +151,45 @@ void RecordingWorker::completeBlock() {
     mStopAt = std::min(mStopAt, mInput.queue->accepted());
 }
 
-std::size_t RecordingWorker::ready() {
+bool RecordingWorker::passHolds() {
     FrameQueue &queue = *mInput.queue;
     while (!mHolds.empty() && mHolds.front().from <= queue.taken()) {
-        const Hold hold = mHolds.front();
+        Hold &hold = mHolds.front();
+        const bool lasts = hold.to == kNever;
         const std::uint64_t accepted = queue.accepted();
-        const std::uint64_t to = hold.to != kNever ? hold.to : accepted - std::min<std::uint64_t>(accepted, mKept);
+        std::uint64_t to = lasts ? accepted - std::min<std::uint64_t>(accepted, mKept) : hold.to;
+        // What lies before a hole is no longer the sound that went just before, and the hole itself was left out.
+        for (auto hole = queue.nextHole(); hole && hole->position <= (lasts ? accepted : hold.released);
+             hole = queue.nextHole()) {
+            to = std::max(to, hole->position);
+            queue.passHole();
+        }
         if (to > queue.taken())
             queue.discard(to - queue.taken());
-        if (hold.to == kNever)
-            return 0;
+        if (!lasts && queue.taken() > hold.to)
+            mLeftOut += queue.taken() - hold.to;
+        if (lasts)
+            return false;
         mHolds.pop_front();
     }
-    const std::uint64_t limit = std::min({queue.accepted(), mStopAt, mHolds.empty() ? kNever : mHolds.front().from});
+    return true;
+}
+
+std::size_t RecordingWorker::ready() {
+    FrameQueue &queue = *mInput.queue;
+    if (!passHolds())
+        return 0;
+    const std::uint64_t accepted = queue.accepted(); // before the holes: what lies in front of these is noted then
+    const auto hole = queue.nextHole();
+    if (hole && hole->position <= queue.taken() && queue.taken() < mStopAt) {
+        mSilence += hole->frames;
+        mFilled += hole->frames;
+        queue.passHole();
+    }
+    if (mSilence > 0)
+        return mSilence;
+    const std::uint64_t limit = std::min({accepted, mStopAt, hole ? std::max(hole->position, queue.taken()) : kNever,
+                                          mHolds.empty() ? kNever : mHolds.front().from});
     return limit - std::min(limit, queue.taken());
 }
 
@@ -171,7 +204,7 @@ bool RecordingWorker::waitForFrames() {
     while (!mStopping) {
         // The first frames are told at once, then a batch is waited for, or what lies before a hold.
         const std::size_t frames = ready();
-        if (frames >= wanted || (frames > 0 && (!mStarted || !mHolds.empty())))
+        if (frames >= wanted || (frames > 0 && (!mStarted || !mHolds.empty() || mInput.queue->nextHole())))
             return true;
         mWake.wait_for(lock, kPollInterval);
     }
@@ -185,7 +218,13 @@ Result<void> RecordingWorker::drain(AudioFileWriter &writer) {
             mEvents.started();
     }
     const auto channels = static_cast<std::size_t>(mInput.queue->channels());
-    const std::size_t frames = mInput.queue->pop(mBatch.data(), std::min(readyNow(), mBatch.size() / channels));
+    std::size_t frames = std::min(readyNow(), mBatch.size() / channels);
+    if (mSilence > 0) {
+        mSilence -= frames;
+        std::fill_n(mBatch.begin(), frames * channels, 0.0f);
+    } else {
+        frames = mInput.queue->pop(mBatch.data(), frames);
+    }
     mWritten += frames;
     const std::span<const float> stereo = mMix.mix(std::span(mBatch.data(), frames * channels));
     mLimited.store(mMix.limitedSamples(), std::memory_order_relaxed);

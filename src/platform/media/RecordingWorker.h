@@ -65,7 +65,8 @@ public:
     enum class End { Now, WithBlock };
     void stop(End end, std::size_t nextKeeps = 0);
 
-    std::uint64_t frames() const; // captured for this file, up to now or its end
+    std::uint64_t frames() const;       // captured for this file, up to now or its end
+    std::uint64_t filledFrames() const; // of those, silence for what the device did not bring
     std::uint64_t bytes() const { return mBytes.load(std::memory_order_relaxed); }
     std::uint64_t limitedSamples() const { return mLimited.load(std::memory_order_relaxed); }
 
@@ -75,12 +76,14 @@ private:
     struct Hold {
         std::uint64_t from = 0;
         std::uint64_t to = kNever;
+        std::uint64_t released = kNever; // where the queue was when it ended
     };
 
     void run();
     std::optional<foundation::Failure> record();
     bool waitForFrames(); // false: stopped
     void completeBlock();
+    bool passHolds();    // false while one lasts
     std::size_t ready(); // frames that can be taken now; the mutex is held
     std::size_t readyNow();
     foundation::Result<void> drain(AudioFileWriter &writer);
@@ -101,6 +104,8 @@ private:
     std::deque<Hold> mHolds;        // that the reader has not passed
     std::uint64_t mLeftOut = 0;     // frames of all holds that have ended
     std::size_t mKept = 0;
+    std::uint64_t mSilence = 0; // frames that are due before the next one of the queue
+    std::uint64_t mFilled = 0;
     bool mStopping = false;
     End mEnd = End::Now;
     std::thread mThread; // last: it uses all of the above

@@ -272,6 +272,114 @@ TEST_F(ZQAudioRecorderTest, DeviceThatVanishesIsToldAndTheRecordingStaysOpen) {
     EXPECT_TRUE(packetsOf(contents(path("a.m4a"))));
 }
 
+// What the device did not bring is silence of the same length, wherever a pause or the end of a file lies.
+TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
+    const auto plug = [this] {
+        mWorld.backend->plug(hal::EmbeddedBackend::plainDevice(mMicrophone->uniqueID, kMicrophone, 2, 0));
+        mWorld.backend->setSource(mMicrophone->uniqueID, test::stamp);
+        mWorld.system->deliverChanges();
+    };
+    const auto unplug = [this] {
+        mWorld.backend->unplug(mMicrophone->uniqueID);
+        mWorld.system->deliverChanges();
+    };
+    using Pause = media::AudioFileOutput::Pause;
+    const struct {
+        const char *what;
+        std::function<void()> events; // takes four seconds
+        double filled;                // seconds
+        double length;
+    } cases[] = {
+        {"away for two seconds",
+         [&] {
+             unplug();
+             advance(2000);
+             plug();
+             advance(2000);
+         },
+         2, 6},
+        {"away twice",
+         [&] {
+             unplug();
+             advance(1000);
+             plug();
+             advance(1000);
+             unplug();
+             advance(1000);
+             plug();
+             advance(1000);
+         },
+         2, 6},
+        {"away when it ends",
+         [&] {
+             advance(2000);
+             unplug();
+             advance(2000);
+         },
+         0, 4},
+        {"paused while away",
+         [&] {
+             unplug();
+             advance(500);
+             mRecorder->pauseRecording();
+             advance(1500);
+             plug();
+             advance(1000);
+             mRecorder->resumeRecording();
+             advance(1000);
+         },
+         0, 3},
+        {"resumed while away",
+         [&] {
+             unplug();
+             mRecorder->pauseRecording();
+             advance(2000);
+             mRecorder->resumeRecording();
+             advance(1000);
+             plug();
+             advance(1000);
+         },
+         1, 4},
+        {"away while paused for silence",
+         [&] {
+             mRecorder->pauseRecording(Pause::ForSilence);
+             unplug();
+             advance(2000);
+             plug();
+             advance(500);
+             mRecorder->resumeRecording();
+             advance(1500);
+         },
+         0, 4},
+    };
+    for (const auto &[what, events, filled, length] : cases) {
+        SCOPED_TRACE(what);
+        mListener.finished.clear();
+        mTapped.clear();
+        mRecorder->setAudioDevice(mMicrophone);
+        start("a.m4a");
+        advance(2000);
+        events();
+        mRecorder->stopRecording();
+        ASSERT_TRUE(finished());
+        const std::lock_guard lock(mTapMutex);
+        std::size_t silent = 0;
+        for (std::size_t i = 0; i < mTapped.size(); i += 2)
+            silent += mTapped[i] == 0;
+        EXPECT_NEAR(static_cast<double>(silent) / 48000, filled, 0.011);
+        EXPECT_EQ(static_cast<std::int64_t>(silent), mRecorder->filledFrames());
+        EXPECT_NEAR(static_cast<double>(mTapped.size()) / 96000, length, 0.025);
+        EXPECT_EQ(static_cast<std::int64_t>(mTapped.size() / 2), frames());
+        EXPECT_EQ(mRecorder->droppedFrames(), 0);
+        if (filled > 0) {
+            EXPECT_NEAR(mRecorder->secondsAway(), 1.5, 0.55);
+        }
+        mRecorder->setAudioDevice({});
+        unplug();
+        plug();
+    }
+}
+
 // The coder is not asked while the clock runs away: more than the queue holds is lost, and counted to the frame.
 TEST_F(ZQAudioRecorderTest, OverrunIsCounted) {
     mRecorder->setAudioDevice(mMicrophone);
