@@ -106,7 +106,9 @@ void AudioFileOutput::forgetNextRecording() {
 }
 
 RecordingContinuation AudioFileOutput::letGo() {
-    return mNext.queue ? std::exchange(mNext, {}) : RecordingContinuation();
+    if (mNext.queue)
+        mStream = nullptr; // as it is, with its queue
+    return std::exchange(mNext, {});
 }
 
 bool AudioFileOutput::isUsed(const FrameQueue &queue) const {

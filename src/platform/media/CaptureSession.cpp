@@ -84,13 +84,12 @@ void CaptureSession::close() {
 }
 
 RecordingContinuation CaptureSession::letGo() {
-    RecordingContinuation continuation = mOutput ? mOutput->letGo() : RecordingContinuation();
-    if (!continuation.queue || !mStream)
+    RecordingContinuation continuation = mOutput && mStream ? mOutput->letGo() : RecordingContinuation();
+    if (!continuation.queue)
         return {};
     mStream->onAliveChanged = {};
     continuation.stream = std::move(mStream);
     mOpenDevice = kAudioObjectUnknown;
-    mOutput->setStream(nullptr);
     return continuation;
 }
 

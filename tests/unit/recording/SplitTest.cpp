@@ -91,6 +91,7 @@ TEST_F(SplitTest, FiftySplitsOfSystemSoundLoseAndDoubleNothingAndAreHeardWithout
     for (int split = 0; split < 50; ++split) {
         world.advance(180 + split);
         ASSERT_TRUE(stop(true));
+        world.advance(split); // between one recorder and the next
         ASSERT_TRUE(start(0));
         EXPECT_EQ(AppSettings::getAudioOutputDeviceNameBeforeRecording(), "Built-in Output");
         EXPECT_EQ(output(), "Tessolar_AudioDevice");
