@@ -3,6 +3,7 @@
 #include "cli/DevicesCommand.h"
 #include "cli/DoctorCommand.h"
 #include "cli/DriverCommand.h"
+#include "cli/HotkeysCommand.h"
 #include "cli/LangCommand.h"
 #include "cli/RecordCommand.h"
 #include "cli/SettingsCommand.h"
@@ -53,9 +54,9 @@ int fail(const Outcome &outcome) {
 } // namespace
 
 std::span<const AddCommand> allCommands() {
-    static constexpr AddCommand kCommands[] = {addDoctorCommand, addDevicesCommand,  addDriverCommand,
-                                               addRecordCommand, addSettingsCommand, addTasksCommand,
-                                               addLangCommand};
+    static constexpr AddCommand kCommands[] = {addDoctorCommand,  addDevicesCommand,  addDriverCommand,
+                                               addRecordCommand,  addSettingsCommand, addTasksCommand,
+                                               addHotkeysCommand, addLangCommand};
     return kCommands;
 }
 

@@ -8,4 +8,8 @@ namespace cantorel {
 // no player of sounds yet: who has audio hardware puts one in.
 desktop::Services desktopServices();
 
+// The keys of the session that the program runs in: the portal's under Wayland, else those of the X server. Fails with
+// one sentence where there is neither.
+foundation::Result<std::shared_ptr<desktop::HotKeys>> desktopHotKeys();
+
 } // namespace cantorel

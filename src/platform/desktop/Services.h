@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/desktop/FileManagerReveal.h"
+#include "platform/desktop/HotKeys.h"
 #include "platform/desktop/PowerActivity.h"
 #include "platform/desktop/ScriptHost.h"
 #include "platform/desktop/SoundPlayer.h"
@@ -16,6 +17,7 @@ struct Services {
     std::shared_ptr<PowerActivity> power; // shared with the thread that keeps the machine awake
     std::unique_ptr<FileManagerReveal> files;
     std::unique_ptr<SoundPlayer> sounds;
+    std::shared_ptr<HotKeys> hotKeys; // shared with the registrations
     SystemVersion version = SystemVersion::current();
 };
 

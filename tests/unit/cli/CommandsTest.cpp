@@ -133,6 +133,16 @@ TEST(LangCommand, TextsAndLanguagesAreShown) {
     EXPECT_EQ(listed.out[1].toStdString(), R"({"codes":["hk","zh"],"display":"简体中文","name":"ChineseSimplified"})");
 }
 
+TEST(HotkeysCommand, ATextIsGivenAsNumbers) {
+    const auto parsed = [](const QString &text) {
+        return run({QStringLiteral("hotkeys"), QStringLiteral("parse"), text, QStringLiteral("--json")}).out.value(0);
+    };
+    EXPECT_EQ(parsed(QStringLiteral("ctrl cmd s")), QStringLiteral(R"({"keyCode":1,"modifiers":4352})"));
+    EXPECT_EQ(parsed(QStringLiteral("CMD Shift F2")), QStringLiteral(R"({"keyCode":121,"modifiers":768})"));
+    EXPECT_EQ(parsed(QString()), QStringLiteral(R"({"keyCode":0,"modifiers":0})"));
+    EXPECT_EQ(run(words("hotkeys parse")).status, 2);
+}
+
 TEST(CommandLine, HelpIsOfferedByEveryCommandWithAnExample) {
     for (const char *command : {"--help", "settings --help", "settings get --help", "lang get --help"}) {
         const CommandRun result = run(words(command));

@@ -1,55 +1,21 @@
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
-#include "platform/foundation/ChildProcess.h"
+#include "tests/support/PrivateBus.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
-#include <QDeadlineTimer>
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <memory>
 #include <thread>
 
 namespace cantorel::desktop {
 namespace {
 
-// A bus of our own, without any service of the machine, as both session and system bus.
-class PrivateBus {
-public:
-    PrivateBus() {
-        QFile configuration(mFolder.filePath(QStringLiteral("bus.conf")));
-        if (!configuration.open(QIODevice::WriteOnly))
-            return;
-        configuration.write("<busconfig><type>session</type><listen>unix:path="
-                            + mFolder.filePath(QStringLiteral("bus")).toUtf8()
-                            + "</listen><policy context=\"default\"><allow send_destination=\"*\"/>"
-                              "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>");
-        configuration.close();
-        auto started = foundation::ChildProcess::start({QStringLiteral("dbus-daemon"),
-                                                        {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
-                                                         QStringLiteral("--config-file=") + configuration.fileName()},
-                                                        {},
-                                                        {}});
-        if (started)
-            mDaemon = std::move(started.value());
-        const QDeadlineTimer deadline(10'000);
-        while (!QFile::exists(mFolder.filePath(QStringLiteral("bus"))) && !deadline.hasExpired())
-            std::this_thread::yield();
-        const QByteArray address = "unix:path=" + mFolder.filePath(QStringLiteral("bus")).toUtf8();
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-        qputenv("DBUS_SYSTEM_BUS_ADDRESS", address);
-    }
-
-private:
-    const QTemporaryDir mFolder;
-    std::unique_ptr<foundation::ChildProcess> mDaemon;
-};
+using test::PrivateBus;
 
 // A service of the desktop that notes what it is asked, as "method argument argument".
 class FakeService : public QDBusVirtualObject {
