@@ -33,6 +33,8 @@ public:
     media::RecordingContinuation letGo() { return mCaptureSession->letGo(); }
     void takeOver(media::RecordingContinuation continuation) { mCaptureSession->takeOver(std::move(continuation)); }
 
+    // A recording ends when its disk has less room, in bytes.
+    void setDiskReserve(std::uint64_t bytes) { mAudioFileOutput->diskReserve = bytes; }
     // Sees the exact frames that are handed to the coder, on another thread; for tests.
     void setTap(std::function<void(std::span<const float> interleavedStereo)> tap);
 

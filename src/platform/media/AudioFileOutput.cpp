@@ -53,7 +53,7 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     recording->dropped = before.dropped;
     recording->discontinuities = before.discontinuities;
     recording->worker = std::make_unique<RecordingWorker>(
-        path, RecordingInput{queue, stream->sampleRate(), stream->sourceChannels()}, std::move(events));
+        path, RecordingInput{queue, stream->sampleRate(), stream->sourceChannels()}, diskReserve, std::move(events));
     // The exchange is what keeps two files of a split next to each other.
     mJoins = false;
     retire(queue.get(), before.queue != nullptr);

@@ -4,6 +4,7 @@
 #include "platform/foundation/Result.h"
 #include "platform/foundation/WeakDelegate.h"
 #include "platform/media/CaptureStream.h"
+#include "platform/media/DiskSpace.h"
 #include "platform/media/RecordingWorker.h"
 
 #include <QObject>
@@ -69,6 +70,9 @@ public:
 
     // Sees the exact frames that are handed to the coder, on the worker's thread; for tests, set before a recording.
     std::function<void(std::span<const float> interleavedStereo)> tap;
+
+    // A recording ends when its disk has less room; in bytes, set before a recording.
+    std::uint64_t diskReserve = kDiskReserve;
 
     // Replaces a file of that name. A recording under way ends with the frame before the first of this one. What
     // fails is told by the delegate.

@@ -34,6 +34,13 @@ struct AacFormat {
 
 inline constexpr int kFramesPerPacket = 1024;
 
+// Bits a second of a recording, by its rate in frames a second.
+inline constexpr int defaultAacBitRate(int rate) {
+    if (rate >= 44100 && rate <= 48000)
+        return 256000;
+    return static_cast<int>(256000LL * rate / (rate < 44100 ? 44100 : 48000));
+}
+
 // Coded packets, one behind the other.
 struct PacketRun {
     std::vector<std::uint8_t> bytes;

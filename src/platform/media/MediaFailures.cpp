@@ -36,6 +36,14 @@ Failure writeFailed(const QString &path, int error) {
             QStringLiteral("write %1: errno %2").arg(path).arg(error)};
 }
 
+Failure reserveReached(const QString &path) {
+    return {
+        QStringLiteral("The disk that holds \"%1\" is nearly full; the recording was ended and is kept. Make room or "
+                       "choose another folder.")
+            .arg(path),
+        QStringLiteral("disk reserve reached for %1").arg(path)};
+}
+
 Failure notUnfinished(const QString &path) {
     return {QStringLiteral("\"%1\" is no unfinished recording.").arg(path), QStringLiteral("no mark in %1").arg(path)};
 }

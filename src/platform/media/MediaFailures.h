@@ -12,6 +12,8 @@ foundation::Failure cannotCreate(const QString &path, int error);
 foundation::Failure cannotRead(const QString &path, int error);
 // A full disk is told as such.
 foundation::Failure writeFailed(const QString &path, int error);
+// Told before the disk is full; the file is whole.
+foundation::Failure reserveReached(const QString &path);
 foundation::Failure notUnfinished(const QString &path);
 foundation::Failure nothingToRepair(const QString &path);
 foundation::Failure deviceNotOpened(const QString &name);

@@ -1,6 +1,8 @@
 #include "platform/media/RecordingWorker.h"
 
 #include "platform/media/AudioFileWriter.h"
+#include "platform/media/DiskSpace.h"
+#include "platform/media/MediaFailures.h"
 
 #include <pthread.h>
 
@@ -40,9 +42,10 @@ std::shared_ptr<FrameQueue> makeRecordingQueue(int channels, double sampleRate) 
     return std::make_shared<FrameQueue>(channels, framesOf(kQueueSeconds, sampleRate));
 }
 
-RecordingWorker::RecordingWorker(QString path, RecordingInput input, Events events)
+RecordingWorker::RecordingWorker(QString path, RecordingInput input, std::uint64_t diskReserve, Events events)
     : mPath(std::move(path)),
       mInput(std::move(input)),
+      mDiskReserve(diskReserve),
       mEvents(std::move(events)),
       mMix(mInput.sourceChannels),
       mBatch(std::max<std::size_t>(1, framesOf(kBatchSeconds, mInput.sampleRate)) * mInput.queue->channels()),
@@ -232,7 +235,8 @@ Result<void> RecordingWorker::drain(AudioFileWriter &writer) {
         mEvents.tap(stereo);
     const Result<void> written = writer.append(stereo);
     mBytes.store(writer.bytes(), std::memory_order_relaxed);
-    return written;
+    const auto room = written ? freeBytes(mPath) : std::nullopt;
+    return room && *room < mDiskReserve ? failures::reserveReached(mPath) : written;
 }
 
 } // namespace cantorel::media

@@ -45,8 +45,9 @@ public:
         std::function<void(std::span<const float> interleavedStereo)> tap;
     };
 
-    // The events come on the worker's thread.
-    RecordingWorker(QString path, RecordingInput input, Events events);
+    // The events come on the worker's thread. The recording ends with a failure that says so, and a whole file, when
+    // its disk has less room than the reserve, in bytes.
+    RecordingWorker(QString path, RecordingInput input, std::uint64_t diskReserve, Events events);
     // Waits for the end of the file.
     ~RecordingWorker();
 
@@ -90,6 +91,7 @@ private:
 
     const QString mPath;
     const RecordingInput mInput;
+    const std::uint64_t mDiskReserve;
     const Events mEvents;
     StereoMix mMix;
     std::vector<float> mBatch;

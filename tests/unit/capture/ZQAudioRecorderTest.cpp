@@ -272,6 +272,27 @@ TEST_F(ZQAudioRecorderTest, DeviceThatVanishesIsToldAndTheRecordingStaysOpen) {
     EXPECT_TRUE(packetsOf(contents(path("a.m4a"))));
 }
 
+TEST_F(ZQAudioRecorderTest, ARecordingEndsWholeBeforeTheDiskIsFull) {
+    mRecorder->setAudioDevice(mMicrophone);
+    const auto room = media::freeBytes(path("not/there/yet"));
+    ASSERT_TRUE(room);
+    mRecorder->setDiskReserve(*room * 2);
+    start("a.m4a");
+    ASSERT_TRUE(eventually([&] {
+        mWorld.advance(50);
+        return !mListener.finished.empty();
+    }));
+    EXPECT_TRUE(mListener.failures.front().contains(QStringLiteral("nearly full")));
+    EXPECT_FALSE(mRecorder->isRecording());
+    const auto packets = packetsOf(contents(path("a.m4a")));
+    ASSERT_TRUE(packets);
+    EXPECT_GT(packets->size(), 1u);
+    const double seconds = static_cast<double>(packets->size()) * 1024 / 48000;
+    EXPECT_LT(static_cast<double>(QFileInfo(path("a.m4a")).size()),
+              2000 + 1.3 * seconds * media::recordingBytesPerSecond(48000))
+        << "what is promised about the room left";
+}
+
 // What the device did not bring is silence of the same length, wherever a pause or the end of a file lies.
 TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
     const auto plug = [this] {

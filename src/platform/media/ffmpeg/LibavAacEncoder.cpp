@@ -19,12 +19,6 @@ int nearestRate(int rate) {
                              [&](int a, int b) { return std::abs(a - rate) < std::abs(b - rate); });
 }
 
-int defaultBitRate(int rate) {
-    if (rate >= 44100 && rate <= 48000)
-        return 256000;
-    return static_cast<int>(256000LL * rate / (rate < 44100 ? 44100 : 48000));
-}
-
 Failure refused(const QString &detail) {
     return {QStringLiteral("The sound cannot be coded; choose another sample rate for the device."), detail};
 }
@@ -57,7 +51,7 @@ Result<std::unique_ptr<AacEncoder>> LibavAacEncoder::make(int inputRate, const A
     context->sample_fmt = AV_SAMPLE_FMT_FLTP;
     context->sample_rate = rate;
     context->ch_layout = AV_CHANNEL_LAYOUT_STEREO;
-    context->bit_rate = settings.bitRate > 0 ? settings.bitRate : defaultBitRate(rate);
+    context->bit_rate = settings.bitRate > 0 ? settings.bitRate : defaultAacBitRate(rate);
     context->profile = FF_PROFILE_AAC_LOW;
     context->time_base = {1, rate};
     context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+
+// How long a recording can go on before its disk is full.
+namespace cantorel::media {
+
+// A recording ends by itself while there is still so much room, so that its file can be closed and converted with care.
+inline constexpr std::uint64_t kDiskReserve = std::uint64_t{32} << 20; // bytes
+
+// Bytes that this user may still write where the path lies; the file need not be there, nor its folder. Nothing when
+// the system does not say. Any thread.
+std::optional<std::uint64_t> freeBytes(const QString &path);
+
+// What a recording of a device of that rate takes a second, index included.
+double recordingBytesPerSecond(double sampleRate);
+
+} // namespace cantorel::media
