@@ -38,7 +38,7 @@ measure() {
 }
 
 ours() { # ours NAME SOURCE
-    "$cli" record --source "$2" --format 4 --folder "$out" --quiet >/dev/null 2>&1 &
+    "$cli" record --source "$2" --format 4 --skip-silence off --folder "$out" --quiet >/dev/null 2>&1 &
     local pid=$!
     measure "$1" "$pid"
     kill -KILL "$pid" # its conversion is not what is measured

@@ -1,6 +1,8 @@
 #include "cli/RecordCommand.h"
 
 #include "cli/RecordRun.h"
+#include "settings/SettingsTable.h"
+#include "util/ToolFile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -12,7 +14,7 @@ namespace cantorel {
 
 void addRecordCommand(CLI::App &root, CommandSession &session) {
     struct Arguments {
-        std::string source, microphone, folder, play;
+        std::string source, microphone, folder, play, name, skipSilence, splitSilence, splitEvery, minSeconds, identify;
         int format = 0;
         double seconds = 0;
     };
@@ -32,6 +34,24 @@ void addRecordCommand(CLI::App &root, CommandSession &session) {
     record->add_option("--folder", arguments->folder, "Where the recording goes");
     record->add_option("--play", arguments->play,
                        "A sound file to play meanwhile; without --seconds its end ends the recording");
+    record->add_option("--name", arguments->name, "How the files are called");
+    const CLI::IsMember isSwitch({"on", "off"});
+    const auto isAmount = [](const std::string &text) {
+        bool isNumber = false;
+        return text == "off" || (QString::fromStdString(text).toInt(&isNumber) >= 1 && isNumber)
+                   ? std::string()
+                   : "a whole number from 1, or off";
+    };
+    record->add_option("--skip-silence", arguments->skipSilence, "on, off: whether silence is left out")
+        ->check(isSwitch);
+    record
+        ->add_option("--split-silence", arguments->splitSilence,
+                     "MS, off: after how much silence in all the next file begins; silence is left out then")
+        ->check(isAmount);
+    record->add_option("--split-every", arguments->splitEvery, "S, off: after how many seconds the next file begins")
+        ->check(isAmount);
+    record->add_option("--min-seconds", arguments->minSeconds, "S, off: what is shorter is deleted")->check(isAmount);
+    record->add_option("--identify", arguments->identify, "on, off: whether the music is recognised")->check(isSwitch);
     record->footer("Example: cantorel-cli record --source system --seconds 10");
     record->callback([&session, arguments, seconds, format] {
         session.action = [&session, arguments, seconds, format] {
@@ -53,6 +73,34 @@ void addRecordCommand(CLI::App &root, CommandSession &session) {
             options.play = QString::fromStdString(arguments->play);
             if (!options.play.isEmpty() && !QFileInfo(options.play).isFile())
                 return Outcome::wrongUsage(QStringLiteral("There is no file \"%1\" to play.").arg(options.play));
+            if (!arguments->name.empty()) {
+                options.name = ToolFile::cleanFileName(QString::fromStdString(arguments->name));
+                if (options.name.isEmpty())
+                    return Outcome::wrongUsage(QStringLiteral("\"%1\" can't be the name of a file; choose another.")
+                                                   .arg(QString::fromStdString(arguments->name)));
+            }
+            const auto set = [&](const char *key, const QVariant &value) {
+                options.settings.emplace(QString::fromLatin1(key), value);
+            };
+            const auto setSwitch = [&](const char *key, const std::string &text) {
+                if (!text.empty())
+                    set(key, text != "off");
+            };
+            const auto setAmount = [&](const char *switchKey, const char *key, const std::string &text) {
+                setSwitch(switchKey, text);
+                if (!text.empty() && text != "off")
+                    set(key, QString::fromStdString(text).toInt());
+            };
+            setSwitch(setting::kIsAutoSkipSilence.key, arguments->skipSilence);
+            setAmount(setting::kIsAutoSplitAudioFile.key, setting::kAutoSplitSeconds.key, arguments->splitSilence);
+            setAmount(setting::kIsAutoSplitEverySeconds.key, setting::kAutoSplitEverySeconds.key,
+                      arguments->splitEvery);
+            setAmount(setting::kIsAutoFilterAudioFile.key, setting::kAutoFilterSeconds.key, arguments->minSeconds);
+            setSwitch(setting::kIsAutoIdentifyID3.key, arguments->identify);
+            // Silence splits only where it is skipped.
+            if (options.settings.count(QString::fromLatin1(setting::kAutoSplitSeconds.key)) > 0
+                && arguments->skipSilence.empty())
+                set(setting::kIsAutoSkipSilence.key, true);
             RecordRun run(session, std::move(options));
             return run.run();
         };

@@ -1,6 +1,7 @@
 #include "cli/RecordRun.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "platform/hal/HardwareSystem.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"
@@ -47,6 +48,13 @@ Outcome RecordRun::run() {
         setArgument(setting::kAudioFormat.key, *mOptions.format);
     if (!mOptions.folder.isEmpty())
         setArgument(setting::kOutputFolderPath.key, mOptions.folder);
+    if (!mOptions.name.isEmpty()) {
+        setArgument(setting::kIsAutoGenFileName.key, false);
+        mNameAsker.emplace(mOptions.name);
+        mInstalledAsker.emplace(*mNameAsker);
+    }
+    for (const auto &[key, value] : mOptions.settings)
+        standardUserDefaults().setArgument(key, value);
 
     auto hardware = Hardware::open(mCommand.backend);
     if (!hardware)
@@ -71,25 +79,40 @@ Outcome RecordRun::run() {
                                    .arg(mOptions.microphone));
     }
 
-    mSession = std::make_unique<RecordingSession>(*this, Hardware::stateFolder());
-    if (const auto started = mSession->startRecording(); started) {
-        if (!mOptions.seconds && !mPlayer)
-            mCommand.note(QStringLiteral("Recording until Ctrl-C."));
-        else
-            mFirstFrames.start(kFirstFramesPatience);
-        ToolSystem::setAllowKeepSystemWakeEnable(true);
-        mLoop.exec();
-        ToolSystem::setAllowKeepSystemWakeEnable(false);
-    } else {
-        event("failed", {{QStringLiteral("reason"), started.failure().sentence}}, {});
-        mOutcome = Outcome::failed(started.failure().sentence);
-    }
+    mOutcome = start();
     mPlayer.reset();
     mSession.reset();
+    mList.reset();
     if (borrows)
         ZQAudioKextKit::giveBackAudioInputDevice();
     mHardware.reset();
     return mOutcome;
+}
+
+Outcome RecordRun::start() {
+    mList = std::make_unique<RecordedList>(Hardware::stateFolder(), hal::HardwareSystem::clock());
+    mSession = std::make_unique<RecordingSession>(*this, *mList, Hardware::stateFolder());
+    if (mSession->claim()) {
+        mList->initRecordedList();
+        mSession->recover();
+    }
+    if (const auto started = mSession->startRecording(); !started) {
+        event("failed", {{QStringLiteral("reason"), started.failure().sentence}}, {});
+        return Outcome::failed(started.failure().sentence);
+    }
+    if (!mOptions.seconds && !mPlayer)
+        mCommand.note(QStringLiteral("Recording until Ctrl-C."));
+    else
+        mFirstFrames.start(kFirstFramesPatience);
+    ToolSystem::setAllowKeepSystemWakeEnable(true);
+    mLoop.exec();
+    ToolSystem::setAllowKeepSystemWakeEnable(false);
+    if (mSignalCount > 0 && !mHasFrames)
+        return {kStoppedBySignal, QStringLiteral("Stopped before the first sound; nothing was recorded.")};
+    if (!mTrouble.isEmpty())
+        return Outcome::failed(mTrouble);
+    return mSignalCount > 0 ? Outcome{kStoppedBySignal, QStringLiteral("Stopped by a signal; the recording is kept.")}
+                            : Outcome::done();
 }
 
 void RecordRun::event(const char *name, QJsonObject details, const QString &text) {
@@ -120,7 +143,8 @@ void RecordRun::recordingRecovered(const RecordingJournal::Recovered &recovered)
 void RecordRun::recordingStarted(const QString &file, const QString &device) {
     mFile = file;
     mFirstFrames.stop();
-    if (mOptions.seconds)
+    const bool isFirst = !std::exchange(mHasFrames, true);
+    if (mOptions.seconds && isFirst)
         mEnd.start(std::chrono::milliseconds(static_cast<std::int64_t>(*mOptions.seconds * 1000)));
     static const char *const kSources[] = {"system", "mic", "both"};
     const QString source = QString::fromLatin1(kSources[std::clamp(AppSettings::getAudioType(), 0, 2)]);
@@ -130,7 +154,7 @@ void RecordRun::recordingStarted(const QString &file, const QString &device) {
            {QStringLiteral("device"), device},
            {QStringLiteral("backend"), mHardware->backendName()}},
           QStringLiteral("Recording %1 (%2) to %3").arg(source, device, file));
-    if (mPlayer && !mPlayer->play()) {
+    if (mPlayer && isFirst && !mPlayer->play()) {
         mCommand.note(QStringLiteral("There is no output to play \"%1\" to.").arg(mOptions.play));
         if (!mOptions.seconds)
             stop();
@@ -144,17 +168,21 @@ void RecordRun::AVAudioPlayerDidFinishPlayingSuccessfully(ZQAVAudioPlayer &, boo
         mEnd.start(kPlayedTail);
 }
 
-void RecordRun::recordingProgress(double seconds, qint64 bytes) {
+void RecordRun::recordingDisplay(const RecordingDisplay &display) {
     if (!mShowsProgress)
         return;
-    const QByteArray line =
-        QStringLiteral("\r\033[K%1  %2")
-            .arg(ToolString::stringFromDuration(seconds), ToolFile::fileSizeFormatterToString(bytes))
-            .toUtf8();
+    const QByteArray line = QStringLiteral("\r\033[K%1  %2").arg(display.duration, display.size).toUtf8();
     std::fputs(line.constData(), stdout);
     std::fflush(stdout);
     mProgressShown = true;
 }
+
+void RecordRun::recordingPaused(bool bySilence) {
+    event("paused", {{QStringLiteral("bySilence"), bySilence}},
+          bySilence ? QStringLiteral("Paused until there is sound.") : QStringLiteral("Paused."));
+}
+
+void RecordRun::recordingResumed() { event("resumed", {}, QStringLiteral("The recording goes on.")); }
 
 void RecordRun::recordingSilent(const QString &sentence) {
     event("silent", {{QStringLiteral("cause"), sentence}}, sentence);
@@ -184,24 +212,37 @@ void RecordRun::recordingFinished(const FinishedRecording &finished) {
                      {QStringLiteral("bytes"), finished.bytes},
                      {QStringLiteral("droppedFrames"), finished.droppedFrames}},
                     QStringLiteral("%1  (%2 s%3)").arg(finished.file, QString::number(finished.seconds, 'f', 2), lost));
-    end(mSignalCount > 0 ? Outcome{kStoppedBySignal, QStringLiteral("Stopped by a signal; the recording is kept.")}
-                         : Outcome::done());
 }
 
-void RecordRun::recordingFailed(const QString &sentence, const QString &kept) {
-    QJsonObject details{{QStringLiteral("reason"), sentence}};
-    if (!kept.isEmpty())
-        details.insert(QStringLiteral("kept"), kept);
-    event("failed", details, {});
-    if (mSignalCount > 0 && kept.isEmpty() && mFile.isEmpty()) {
-        end({kStoppedBySignal, QStringLiteral("Stopped before the first sound; nothing was recorded.")});
-        return;
-    }
-    // Some sentences name the file already.
-    const bool said = kept.isEmpty() || sentence.contains(kept);
-    end(Outcome::failed(said ? sentence
-                             : QStringLiteral("%1 What was recorded is kept in \"%2\".").arg(sentence, kept)));
+void RecordRun::recordingFiltered(const QString &file, double seconds) {
+    event("filtered", {{QStringLiteral("file"), file}, {QStringLiteral("seconds"), seconds}},
+          QStringLiteral("%1 is too short to be kept (%2 s).").arg(file, QString::number(seconds, 'f', 2)));
 }
+
+void RecordRun::recordingInterrupted(const RecordingTrouble &trouble) {
+    event("interrupted", {{QStringLiteral("reason"), trouble.sentence}, {QStringLiteral("kept"), trouble.kept}},
+          QStringLiteral("%1 The recording is started again.").arg(trouble.sentence));
+}
+
+void RecordRun::recordingFailed(const RecordingTrouble &trouble) {
+    if (mSignalCount > 0 && !mHasFrames)
+        return;
+    QJsonObject details{{QStringLiteral("reason"), trouble.sentence}};
+    if (!trouble.kept.isEmpty())
+        details.insert(QStringLiteral("kept"), trouble.kept);
+    event("failed", details, {});
+    // Some sentences name the file already.
+    const bool said = trouble.kept.isEmpty() || trouble.sentence.contains(trouble.kept);
+    mTrouble = said ? trouble.sentence
+                    : QStringLiteral("%1 What was recorded is kept in \"%2\".").arg(trouble.sentence, trouble.kept);
+}
+
+void RecordRun::recordingEndsEarly(const QString &sentence) {
+    event("endsEarly", {{QStringLiteral("reason"), sentence}}, {});
+    mTrouble = sentence;
+}
+
+void RecordRun::recordingSettled() { mLoop.quit(); }
 
 void RecordRun::signalled() {
     ++mSignalCount;
@@ -223,11 +264,6 @@ void RecordRun::stop() {
     mFirstFrames.stop();
     if (mSession)
         mSession->stopRecording();
-}
-
-void RecordRun::end(const Outcome &outcome) {
-    mOutcome = outcome;
-    mLoop.quit();
 }
 
 } // namespace cantorel

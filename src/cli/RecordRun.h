@@ -4,11 +4,13 @@
 #include "cli/CommandSession.h"
 #include "cli/Hardware.h"
 #include "cli/SignalWatch.h"
+#include "cli/TerminalAsker.h"
 #include "recording/RecordingSession.h"
 
 #include <QEventLoop>
 #include <QTimer>
 
+#include <map>
 #include <optional>
 
 namespace cantorel {
@@ -19,7 +21,9 @@ struct RecordOptions {
     QString microphone; // empty: the default one
     QString folder;     // empty: that of the settings
     std::optional<double> seconds;
-    QString play; // a sound file to play meanwhile; empty: none
+    QString play;                         // a sound file to play meanwhile; empty: none
+    QString name;                         // of the files, without an extension; empty: that of the settings
+    std::map<QString, QVariant> settings; // further ones that hold for this run
 };
 
 // One run of "record": shows the session's events, and ends it by time or signal. Main thread.
@@ -33,13 +37,19 @@ public:
 private:
     void recordingRecovered(const RecordingJournal::Recovered &recovered) override;
     void recordingStarted(const QString &file, const QString &device) override;
-    void recordingProgress(double seconds, qint64 bytes) override;
+    void recordingDisplay(const RecordingDisplay &display) override;
+    void recordingPaused(bool bySilence) override;
+    void recordingResumed() override;
     void recordingSilent(const QString &sentence) override;
     void recordingDeviceLost(const QString &device) override;
     void recordingDeviceBack(const QString &device) override;
     void recordingConverting(const QString &file) override;
     void recordingFinished(const FinishedRecording &finished) override;
-    void recordingFailed(const QString &sentence, const QString &kept) override;
+    void recordingFiltered(const QString &file, double seconds) override;
+    void recordingInterrupted(const RecordingTrouble &trouble) override;
+    void recordingFailed(const RecordingTrouble &trouble) override;
+    void recordingEndsEarly(const QString &sentence) override;
+    void recordingSettled() override;
 
     void AVAudioPlayerDidFinishPlayingSuccessfully(ZQAVAudioPlayer &, bool successfully) override;
 
@@ -47,19 +57,36 @@ private:
     void clearProgressLine();
     void signalled();
     void stop();
-    void end(const Outcome &outcome);
+    Outcome start();
+
+    // Names every file of the run by its option.
+    class NameAsker : public TerminalAsker {
+    public:
+        explicit NameAsker(QString name) : mName(std::move(name)) {}
+        QString askForNewFile(const QString &folder, const QString &extension) override {
+            return QStringLiteral("%1/%2.%3").arg(folder, mName, extension);
+        }
+
+    private:
+        const QString mName;
+    };
 
     const CommandSession &mCommand;
     const RecordOptions mOptions;
     SignalWatch mSignals;
     std::unique_ptr<Hardware> mHardware;
+    std::optional<NameAsker> mNameAsker;
+    std::optional<InstalledAsker> mInstalledAsker;
+    std::unique_ptr<RecordedList> mList;
     std::unique_ptr<RecordingSession> mSession;
     std::unique_ptr<ZQAVAudioPlayer> mPlayer;
     QEventLoop mLoop;
     QTimer mEnd;         // of the time asked for
     QTimer mFirstFrames; // that never came
     Outcome mOutcome;
-    QString mFile; // the M4A
+    QString mFile;    // the M4A
+    QString mTrouble; // why the run fails
+    bool mHasFrames = false;
     int mSignalCount = 0;
     bool mShowsProgress = false;
     bool mProgressShown = false;

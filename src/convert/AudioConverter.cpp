@@ -49,8 +49,8 @@ QString freeOutputPath(int index, const QString &inputFile) {
     return ToolString::renameFromFilePath(path, 0);
 }
 
-bool waitForFile(const QString &path, foundation::Clock &clock) {
-    for (int check = 0; check < kChecksForInput; ++check) {
+bool waitForFile(const QString &path, foundation::Clock &clock, const std::stop_token &stop) {
+    for (int check = 0; check < kChecksForInput && !stop.stop_requested(); ++check) {
         if (ToolFile::isFileExistsAtPath(path))
             return true;
         clock.sleepFor(1s);
@@ -116,13 +116,13 @@ Result<QString> AudioConverter::convertRecording(int index, const QString &input
     if (!QFileInfo(surroundings.converter).isExecutable())
         return Failure{QStringLiteral("The converter is missing; install this program again."),
                        QStringLiteral("no program at %1").arg(surroundings.converter)};
-    if (!waitForFile(inputFile, surroundings.clock))
+    if (!waitForFile(inputFile, surroundings.clock, surroundings.stop))
         return Failure{QStringLiteral("The recording \"%1\" does not exist.").arg(inputFile),
                        QStringLiteral("gave up waiting for %1").arg(inputFile)};
 
     const QString output = freeOutputPath(index, inputFile);
     const auto run = ChildProcess::run({surroundings.converter, recordingArguments(index, inputFile, output), {}, {}},
-                                       surroundings.limit.value_or(usualLimit(inputFile)));
+                                       surroundings.limit.value_or(usualLimit(inputFile)), surroundings.stop);
     if (!run)
         return run.failure();
     Log(QStringLiteral("convert completed."));
@@ -134,7 +134,7 @@ Result<QString> AudioConverter::convertRecording(int index, const QString &input
 
 std::optional<QString> AudioConverter::convert_to_format(int index, const QString &inputFile) {
     foundation::WallClock clock;
-    const auto converted = convertRecording(index, inputFile, {AppSettings::TessolarConverterPath(), clock, {}});
+    const auto converted = convertRecording(index, inputFile, {AppSettings::TessolarConverterPath(), clock});
     if (converted)
         return converted.value();
     Log(QStringLiteral("%1 (%2)").arg(converted.failure().sentence, converted.failure().detail));

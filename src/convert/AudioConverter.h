@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <optional>
+#include <stop_token>
 
 namespace cantorel {
 
@@ -21,6 +22,7 @@ public:
         foundation::Clock &clock; // waits for the input
         // How long the converter may take; by default two minutes and the length of the recording.
         std::optional<foundation::Clock::Duration> limit = {};
+        std::stop_token stop = {}; // ends the conversion
     };
 
     // Converts a finished recording to the output format of that index (0 to 9, any other counts as 1) and answers the

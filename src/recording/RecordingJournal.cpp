@@ -2,6 +2,7 @@
 
 #include "log/Log.h"
 #include "platform/media/RecordingRepair.h"
+#include "platform/media/SoundReader.h"
 #include "util/ToolString.h"
 
 #include <QDir>
@@ -61,7 +62,7 @@ std::vector<RecordingJournal::Recovered> RecordingJournal::recover() {
             const QString copy = info.path() + QStringLiteral("/.") + info.fileName() + QStringLiteral(".repaired.m4a");
             const auto repaired = media::repairUnfinished(file, copy);
             if (repaired && QFile(copy).exists() && ::rename(QFile::encodeName(copy), QFile::encodeName(file)) == 0) {
-                recovered.push_back({file, repaired.value().durationSeconds, {}});
+                recovered.push_back({file, file, repaired.value().durationSeconds, {}});
                 Log(QStringLiteral("recovered an unfinished recording : %1").arg(file));
             } else {
                 QFile::remove(copy);
@@ -70,9 +71,11 @@ std::vector<RecordingJournal::Recovered> RecordingJournal::recover() {
                 const bool renamed = QFile::rename(file, kept);
                 const QString why = repaired ? QStringLiteral("The repaired copy could not take its place.")
                                              : repaired.failure().sentence;
-                recovered.push_back({renamed ? kept : file, 0, why});
+                recovered.push_back({file, renamed ? kept : file, 0, why});
                 Log(QStringLiteral("could not recover %1 : %2").arg(file, why));
             }
+        } else if (const auto sound = media::openSound(file, 44100, 2)) {
+            recovered.push_back({file, file, sound.value()->durationSeconds(), {}});
         }
         end(file);
     }

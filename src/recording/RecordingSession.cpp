@@ -1,31 +1,40 @@
 #include "recording/RecordingSession.h"
 
 #include "audio_device/ZQAudioKextKit.h"
-#include "convert/AudioConverter.h"
+#include "lang/Lang.h"
 #include "log/GuardedAction.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/media/RecordingRepair.h"
+#include "platform/media/SoundReader.h"
+#include "recording/RecordingSpace.h"
 #include "settings/AppSettings.h"
+#include "util/ToolFile.h"
 #include "util/ToolString.h"
 #include "util/Tools.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QPointer>
-#include <QStorageInfo>
 #include <QTemporaryFile>
-#include <QThreadPool>
+
+#include <algorithm>
 
 namespace cantorel {
 
 using foundation::Failure;
 using foundation::Result;
+using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int kRefreshMilliseconds = 500;
-constexpr qint64 kLeastFreeBytes = 4 * 1024 * 1024;
+constexpr auto kDisplayInterval = 500ms;
+constexpr auto kSoundSymbolInterval = 200ms;
+constexpr auto kLevelInterval = 100ms;
+constexpr double kLevelMilliseconds = 100;
+constexpr auto kRestartInterval = 1s;
+constexpr int kMostFailuresInARow = 3;
+constexpr float kSoundLevel = 0.005f;
+constexpr int kNotes = 7;
+const QString kNoDuration = QStringLiteral("00:00:00");
 const QString kOldAggregateKey =
     QStringLiteral("OldAggregateSubDeivceUIDs"); // Spelling is fixed: stored settings use it.
 
@@ -35,33 +44,13 @@ QString folderTrouble(const QString &folder) {
     if (!QDir().mkpath(folder) || !probe.open())
         return QStringLiteral("Recordings can't be written to \"%1\"; choose a folder that you may write to.")
             .arg(folder);
-    const QStorageInfo storage(folder);
-    if (storage.isValid() && storage.bytesAvailable() < kLeastFreeBytes)
+    if (recordingSecondsLeft(folder, AppSettings::getAudioFormat(), 0, 0) == 0)
         return QStringLiteral("The disk that holds \"%1\" is full; make room or choose another folder.").arg(folder);
     return {};
 }
 
-} // namespace
-
-RecordingSession::RecordingSession(RecordingSessionView &view, const QString &stateFolder)
-    : mView(view), mJournal(stateFolder) {
-    mTimerRecording.setInterval(kRefreshMilliseconds);
-    connect(&mTimerRecording, &QTimer::timeout, this, [this] { (void)guarded("refresh", [this] { refresh(); }); });
-}
-
-RecordingSession::~RecordingSession() {
-    if (mRecordManager) {
-        mRecordManager->stopRecord();
-        mRecordManager->clear();
-    }
-}
-
-int RecordingSession::sourceNamed(const QString &name) {
-    return static_cast<int>(
-        QStringList{QStringLiteral("system"), QStringLiteral("mic"), QStringLiteral("both")}.indexOf(name));
-}
-
-Result<void> RecordingSession::prepareDevices(int source) {
+// Why the devices of a source can't be recorded; joins microphone and system sound where both are.
+Result<void> prepareDevices(int source) {
     // What is remembered of the real devices follows the person's choice up to now.
     const bool hasVirtual = ZQAudioKextKit::activateSVAD();
     if (source != 1 && !hasVirtual)
@@ -87,145 +76,529 @@ Result<void> RecordingSession::prepareDevices(int source) {
     return {};
 }
 
-Result<void> RecordingSession::startRecording() {
-    // The file of a recording that is still being written must not be taken for one that a crash left behind.
-    if (mIsWriting)
-        return Failure{QStringLiteral("A recording is under way; stop it and wait until its file is finished."),
-                       QStringLiteral("the file before is not finished")};
-    if (!mJournal.claim())
-        return Failure{QStringLiteral("Another Cantorel is recording already; stop that one first."),
-                       QStringLiteral("the recorder lock is held")};
-    for (const RecordingJournal::Recovered &recovered : mJournal.recover())
-        mView.recordingRecovered(recovered);
+} // namespace
 
-    mSource = AppSettings::getAudioType();
-    if (const QString trouble = folderTrouble(AppSettings::outputPath()); !trouble.isEmpty())
-        return Failure{trouble, trouble};
-    if (const auto prepared = prepareDevices(mSource); !prepared)
-        return prepared;
+RecordingSession::RecordingSession(RecordingSessionView &view, RecordedList &list, const QString &stateFolder)
+    : mView(view), mList(list), mJournal(stateFolder), mClock(hal::HardwareSystem::clock()), mConversions(list) {}
 
-    const QString file = ToolString::renameFromFilePath(Tools::getAudioNameFromTrack(), 0);
-    if (!mJournal.begin(file))
-        return Failure{QStringLiteral("The state folder can't be written to; check its rights and the free space."),
-                       QStringLiteral("the journal could not be written")};
-    mDevice = RecordManager::getAudioDeviceNameWithAudioDeviceType(mSource);
-    mRecordManager = std::make_unique<RecordManager>();
-    mRecordManager->delegate = this;
-    if (!mRecordManager->startRecord(QUrl::fromLocalFile(file))) {
+RecordingSession::~RecordingSession() {
+    if (mRecordManager) {
         mRecordManager->stopRecord();
         mRecordManager->clear();
-        mJournal.end(file);
-        return Failure{QStringLiteral("The recording could not be started; the log says why."),
-                       QStringLiteral("startRecord answered false")};
     }
-    mIsRecording = true;
-    mIsWriting = true;
-    mFile.clear();
-    mSilence.begin(hal::HardwareSystem::clock().now());
-    mTimerRecording.start();
+}
+
+int RecordingSession::sourceNamed(const QString &name) {
+    return static_cast<int>(
+        QStringList{QStringLiteral("system"), QStringLiteral("mic"), QStringLiteral("both")}.indexOf(name));
+}
+
+bool RecordingSession::isSettled() const {
+    return !mIsRecording && !mIsWriting && !isSplitting() && !mStartsAfterFile && mConversions.pending() == 0;
+}
+
+void RecordingSession::settle() {
+    if (isSettled())
+        mView.recordingSettled();
+}
+
+void RecordingSession::recover() {
+    for (const RecordingJournal::Recovered &recovered : mJournal.recover()) {
+        RecordedAudioInfo *item = mList.itemWithFile(recovered.original);
+        if (recovered.failure.isEmpty()) {
+            if (!item)
+                item = &mList.addRecordedFile(recovered.file, kNoDuration, {});
+            item->Seconds = recovered.durationSeconds;
+            item->setDuration(ToolString::stringFromDuration(recovered.durationSeconds));
+            item->setSize(ToolFile::fileSizeFormatterToString(QFileInfo(recovered.file).size()));
+            mList.save(*item);
+        } else if (item) {
+            mList.remove(*item);
+        }
+        mView.recordingRecovered(recovered);
+    }
+}
+
+void RecordingSession::setExecutedTask(const std::optional<ExecutedTask> &task) {
+    mTask = task;
+    mTaskSecondsBefore = 0;
+}
+
+// Starting and stopping.
+
+Result<void> RecordingSession::onStartRecording() {
+    if (!mIsRecording)
+        return startRecording();
+    tasks->taskWasStoppedByHand();
+    stopRecording();
     return {};
 }
 
-void RecordingSession::stopRecording() {
-    if (!mIsRecording)
-        return;
+Result<void> RecordingSession::prepare() {
+    if (!mJournal.claim())
+        return Failure{QStringLiteral("Another Cantorel is recording already; stop that one first."),
+                       QStringLiteral("the recorder lock is held")};
+    if (const QString trouble = folderTrouble(AppSettings::outputPath()); !trouble.isEmpty())
+        return Failure{trouble, trouble};
+    mSource = AppSettings::getAudioType();
+    return prepareDevices(mSource);
+}
+
+// Empty when the person has been asked and does not want to.
+QString RecordingSession::chooseFile() const {
+    if (mTask) {
+        const QString count =
+            mTask->repeats && mTask->loopedCount > 0 ? QStringLiteral("(%1)").arg(mTask->loopedCount) : QString();
+        const QString name = ToolFile::cleanFileName(mTask->name);
+        return QStringLiteral("%1/%2%3.m4a")
+            .arg(AppSettings::outputPath(), name.isEmpty() ? QStringLiteral("Track") : name, count);
+    }
+    if (AppSettings::isAutoGenFileName())
+        return Tools::getAudioNameFromTrack();
+    if (AppSettings::outputFileName().isEmpty())
+        AppSettings::setOutputFileName(Tools::getAudioNameFromDialog());
+    return AppSettings::outputFileName();
+}
+
+Result<void> RecordingSession::startRecording() {
+    if (mRecordManager && mRecordManager->isRecording()) {
+        stopRecording(); // The control toggles.
+        return {};
+    }
+    if (mIsWriting) {
+        mStartsAfterFile = true;
+        return {};
+    }
+    mTimerRestart.reset();
+    if (const auto prepared = prepare(); !prepared)
+        return prepared;
+    mView.stopPlayback();
+    const QString chosen = chooseFile();
+    if (chosen.isEmpty())
+        return Failure{{}, QStringLiteral("no name was chosen")};
+    return begin(ToolString::renameFromFilePath(chosen, 0));
+}
+
+Result<void> RecordingSession::begin(const QString &file) {
+    if (!mJournal.begin(file))
+        return Failure{QStringLiteral("The state folder can't be written to; check its rights and the free space."),
+                       QStringLiteral("the journal could not be written")};
+    // A filtered recording of this name may still wait to be deleted.
+    mList.removeInvalidFile(file);
+    mDevice = RecordManager::getAudioDeviceNameWithAudioDeviceType(mSource);
+    if (!mRecordManager) {
+        mRecordManager = std::make_unique<RecordManager>();
+        mRecordManager->delegate = this;
+    }
+    mFile.clear();
+    mDisplay = {};
+    mLastStart = mClock.now();
+    const bool started = mRecordManager->startRecord(QUrl::fromLocalFile(file));
+    if (started) {
+        Log(QStringLiteral("will start record succ"));
+        mIsWriting = true;
+        mSilence.begin(mClock.now());
+        _timerRecording = mClock.every(kDisplayInterval, [this] {
+            (void)guarded("displayRecordingDuration", [this] { _displayRecordingDuration(); });
+        });
+    } else {
+        mRecordManager->stopRecord();
+        mRecordManager->clear();
+        mJournal.end(file);
+    }
+    // Deliberate: shown as a recording whether or not it has started; the next press of the control stops it.
+    isPausedByUser = false;
+    mIsRecording = true;
+    showControls();
+    if (!started)
+        return Failure{QStringLiteral("The recording could not be started; the log says why."),
+                       QStringLiteral("startRecord answered false")};
+    return {};
+}
+
+void RecordingSession::showControls() {
+    const bool resumes = mIsRecording && isPausedByUser;
+    mView.recordingControlsDidChange(
+        {mIsRecording, mIsRecording, resumes, resumes ? Lang::btnResume() : Lang::btnPause()});
+}
+
+void RecordingSession::stopTimers() {
+    _timerRecording.reset();
+    _timerUpdateAudioLevel.reset();
+    mTimerSoundSymbol.reset();
+}
+
+void RecordingSession::showStopped() {
     mIsRecording = false;
-    mTimerRecording.stop();
-    mRecordManager->stopRecord();
+    mTimerRestart.reset();
+    stopTimers();
+    isPausedByUser = false;
+    ispausedBySilence = false;
+    showControls();
+    mDisplay = {};
+    mDisplay.size = ToolFile::fileSizeFormatterToString(0);
+    mView.recordingDisplay(mDisplay);
+}
+
+void RecordingSession::stopRecording() {
+    if (!mIsRecording) {
+        // Between two files of a split, or before one that waits: there is none then.
+        isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
+        if (mRecordManager)
+            mRecordManager->stopRecord();
+        return;
+    }
+    showStopped();
+    if (mRecordManager) {
+        if (isSplitting())
+            mRecordManager->joinNextRecording();
+        mRecordManager->stopRecord();
+    }
+    if (!mIsWriting) { // Its start had failed, or an error came before.
+        endTask();
+        settle();
+    }
+}
+
+void RecordingSession::splitRecording() {
+    if (!mIsRecording || !mIsWriting)
+        return;
+    isAutoSplitEverySeconds = true;
+    stopRecording();
+}
+
+void RecordingSession::onPauseRecording() {
+    if (!mRecordManager || !mIsWriting || !mIsRecording)
+        return;
+    if (mRecordManager->isPaused() && !ispausedBySilence)
+        resumeRecording();
+    else
+        pauseRecording();
 }
 
 void RecordingSession::pauseRecording() {
-    if (mRecordManager)
-        mRecordManager->pauseRecording();
+    if (!mRecordManager || isPausedByUser)
+        return;
+    isPausedByUser = true;
+    ispausedBySilence = false;
+    mRecordManager->pauseRecording();
+    showControls();
+    mView.recordingPaused(false);
 }
 
 void RecordingSession::resumeRecording() {
-    if (mRecordManager)
-        mRecordManager->resumeRecording();
-    mSilence.resumed(hal::HardwareSystem::clock().now());
+    if (!mRecordManager || !mRecordManager->isPaused())
+        return;
+    isPausedByUser = false;
+    ispausedBySilence = false;
+    mRecordManager->resumeRecording();
+    mSilence.resumed(mClock.now());
+    showControls();
+    mView.recordingResumed();
 }
 
-void RecordingSession::refresh() {
-    mView.recordingProgress(mRecordManager->recordingDuration(), mRecordManager->recordedFileSize());
-    // Somebody has removed the file or its folder: there is no use in going on, and the person shall know now.
-    if (!mFile.isEmpty() && !QFileInfo::exists(mFile)) {
-        stopRecording();
-        return;
-    }
-    if (!mRecordManager->isPaused() && mSilence.isDue(hal::HardwareSystem::clock().now()))
-        mView.recordingSilent(likelyCauseOfSilence(mSource, mDevice));
-}
+// While a recording runs.
 
 void RecordingSession::RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) {
-    mSilence.begin(hal::HardwareSystem::clock().now());
     mFile = url.toLocalFile();
+    Log(QStringLiteral("did start record succ : %1").arg(mFile));
+    mCurRecordAudioInfo =
+        &mList.addRecordedFile(mFile, ToolString::stringFromDuration(0), ToolFile::fileSizeFormatterToString(0));
+    mCurRecordAudioInfo->isRecording = true;
+    if (mIsRecording) // It may have been stopped with its first frames.
+        watch();
     mView.recordingStarted(mFile, mDevice);
 }
 
-void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
-                                                                    const std::optional<Failure> &failure) {
-    const QString file = url.toLocalFile();
-    mTimerRecording.stop();
-    const FinishedRecording finished{file, duration, mRecordManager->recordedFileSize(),
-                                     mRecordManager->droppedFrames()};
-    // What could not be closed, on a full disk for one, is closed by the next start.
-    if (!failure || !media::isUnfinished(file))
-        mJournal.end(file);
-    // Gives the devices back where an error has ended the recording.
-    if (mIsRecording)
-        mRecordManager->stopRecord();
-    mIsRecording = false;
-    mIsWriting = false;
-    mRecordManager->clear();
-    if (!failure && finished.seconds <= 0)
-        QFile::remove(file); // It holds nothing.
-    if (failure || finished.seconds <= 0 || !QFileInfo::exists(file)) {
-        const QString why =
-            failure ? failure->sentence
-            : finished.seconds > 0
-                ? QStringLiteral("\"%1\" was removed while it was being recorded; choose a folder that stays.")
-                      .arg(file)
-                : QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time.").arg(mDevice);
-        mView.recordingFailed(why, QFileInfo(file).size() > 0 ? file : QString());
-        return;
-    }
-    AppSettings::setrecordNameBaseOn(AppSettings::recordNameBaseOn() + 1);
-    convert(finished);
+void RecordingSession::watch() {
+    stopRecordingByRemoveFile = false;
+    _timerUpdateAudioLevel = mClock.every(kLevelInterval, [this] {
+        try {
+            updateAudioLevels();
+        } catch (const std::exception &exception) {
+            Tools::logException(exception);
+        }
+    });
+    hasSound = true;
+    mTimerSoundSymbol = mClock.every(
+        kSoundSymbolInterval, [this] { (void)guarded("displaySoundSymbol", [this] { _displaySoundSymbol(); }); });
+    mView.setSystemVolumeSlider(
+        100 * ZQAudioKextKit::getVolumeValueFromDeviceName(ZQAudioKextKit::getSystemSoundDeviceName()));
+    mSilence.begin(mClock.now());
 }
 
-void RecordingSession::convert(const FinishedRecording &recording) {
-    const QString file = recording.file;
-    mView.recordingConverting(file);
-    const int format = AppSettings::getAudioFormat();
-    const QPointer<RecordingSession> self(this);
-    QThreadPool::globalInstance()->start([self, recording, file, format] {
-        Result<QString> result =
-            Failure{QStringLiteral("The conversion ended unexpectedly; the log says why."), QString()};
-        (void)guarded("convert", [&] {
-            static foundation::WallClock clock;
-            result = AudioConverter::convertRecording(format, file, {AppSettings::TessolarConverterPath(), clock});
-        });
-        // The session may be gone by now: then nobody wants to know.
-        QMetaObject::invokeMethod(qApp, [self, recording, result] {
-            if (self)
-                self->converted(recording, result);
-        });
+void RecordingSession::RecordManagerUpdateAudioLevel(RecordManager &, float level) {
+    hasSound = level >= kSoundLevel;
+    mSilence.level(level);
+    mView.recordingLevel(level);
+}
+
+void RecordingSession::_displayRecordingDuration() {
+    if (!mFile.isEmpty() && !QFileInfo::exists(mFile)) {
+        stopRecordingByRemoveFile = true;
+        stopRecording();
+        return;
+    }
+    if (!isPausedByUser && mSilence.isDue(mClock.now()))
+        mView.recordingSilent(likelyCauseOfSilence(mSource, mDevice));
+    if (mRecordManager->isPaused())
+        showPaused();
+    else
+        showRunning();
+}
+
+void RecordingSession::showPaused() {
+    const QString paused = Lang::tabRecordStatusPaused();
+    if (mCurRecordAudioInfo && mCurRecordAudioInfo->status() != paused)
+        mCurRecordAudioInfo->setStatus(paused);
+    mDisplay.badge = mDisplay.badge.isEmpty() ? mDisplay.duration : QString();
+    mDisplay.durationVisible = !mDisplay.durationVisible;
+    mDisplay.silenceVisible = ispausedBySilence && mDisplay.durationVisible;
+    mView.recordingDisplay(mDisplay);
+}
+
+void RecordingSession::showRunning() {
+    mDisplay.seconds = mRecordManager->recordingDuration();
+    mDisplay.bytes = mRecordManager->recordedFileSize();
+    mDisplay.duration = ToolString::stringFromDuration(mDisplay.seconds);
+    mDisplay.size = ToolFile::fileSizeFormatterToString(mDisplay.bytes);
+    mDisplay.badge = mDisplay.duration;
+    mDisplay.durationVisible = true;
+    mDisplay.silenceVisible = false;
+    mDisplay.secondsLeft = recordingSecondsLeft(AppSettings::outputPath(), AppSettings::getAudioFormat(),
+                                                mDisplay.seconds, mDisplay.bytes);
+    if (mCurRecordAudioInfo) {
+        mCurRecordAudioInfo->setDuration(mDisplay.duration);
+        mCurRecordAudioInfo->setSize(mDisplay.size);
+        mCurRecordAudioInfo->setStatus(Lang::tabRecordStatusRecording() + QStringLiteral("..."));
+    }
+    mView.recordingDisplay(mDisplay);
+    if (mTask && mTaskSecondsBefore + mDisplay.seconds >= mTask->seconds) {
+        stopRecording();
+        return;
+    }
+    if (mDisplay.secondsLeft == 0) {
+        mView.recordingEndsEarly(
+            QStringLiteral("The disk that holds \"%1\" is full, so the recording was ended; make room or choose "
+                           "another folder.")
+                .arg(AppSettings::outputPath()));
+        stopRecording();
+        return;
+    }
+    // Without a period every refresh would split.
+    const int period = AppSettings::autoSplitEverySeconds();
+    if (AppSettings::isAutoSplitEverySeconds() && period >= 1 && mDisplay.seconds >= period)
+        splitRecording();
+}
+
+void RecordingSession::_displaySoundSymbol() {
+    if (!mIsRecording || !mRecordManager)
+        return;
+    const bool skips = AppSettings::isAutoSkipSilence();
+    if (skips && !hasSound && !isPausedByUser && !mRecordManager->isPaused()) {
+        ispausedBySilence = true;
+        mRecordManager->pauseRecording(RecordManager::Pause::ForSilence);
+        Log(QStringLiteral("No audio input current..."));
+        mView.recordingPaused(true);
+    } else if (ispausedBySilence && (hasSound || !skips)) { // Who switches skipping off does not mean to stay paused.
+        resumeRecording();
+    }
+    mNote = hasSound && !mRecordManager->isPaused() ? mNote % kNotes + 1 : 0;
+    mView.recordingNote(mNote);
+}
+
+// Deliberate: the counter is not reset when sound comes back, so a file ends after that much silence in all.
+void RecordingSession::updateAudioLevels() {
+    if (!mIsRecording || hasSound)
+        return;
+    if (silenceDuration <= 0) {
+        plusSilenceDuration();
+        return;
+    }
+    if (!AppSettings::isAutoSkipSilence() || !AppSettings::isAutoSplitAudioFile())
+        return;
+    if (silenceDuration < AppSettings::autoSplitSeconds()) {
+        plusSilenceDuration();
+        return;
+    }
+    silenceDuration = 0;
+    if (mDisplay.duration == kNoDuration)
+        return;
+    isStoppedBySilence = true;
+    stopRecording();
+}
+
+void RecordingSession::plusSilenceDuration() {
+    if (!AppSettings::isAutoSkipSilence() || !AppSettings::isAutoSplitAudioFile() || mDisplay.duration == kNoDuration)
+        return;
+    silenceDuration += kLevelMilliseconds;
+    Log(QStringLiteral("silenceDuration :%1").arg(silenceDuration, 0, 'f', 6));
+}
+
+// The end of a file.
+
+void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
+                                                                    const std::optional<Failure> &failure) {
+    const FinishedRecording recording{url.toLocalFile(), duration, mRecordManager->recordedFileSize(),
+                                      mRecordManager->droppedFrames()};
+    mIsWriting = false;
+    mTaskSecondsBefore += duration;
+    if (failure && !stopRecordingByRemoveFile) {
+        interrupted(recording, *failure);
+        return;
+    }
+    AppSettings::setOutputFileName({});
+    const bool removed = std::exchange(stopRecordingByRemoveFile, false) || !QFileInfo::exists(recording.file);
+    mRecordManager->clear();
+    if (removed || recording.seconds <= 0) {
+        if (mCurRecordAudioInfo)
+            mList.remove(*mCurRecordAudioInfo);
+        mJournal.end(recording.file);
+        if (!failure)
+            QFile::remove(recording.file); // It holds nothing.
+        end({failure   ? failure->sentence
+             : removed ? QStringLiteral("\"%1\" was removed while it was being recorded; choose a folder that stays.")
+                             .arg(recording.file)
+                       : QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time.").arg(mDevice),
+             {}});
+        return;
+    }
+    mFailuresInARow = 0;
+    filter(recording);
+    if (mCurRecordAudioInfo)
+        complete(recording);
+    AppSettings::setrecordNameBaseOn(AppSettings::recordNameBaseOn() + 1);
+    goOn();
+}
+
+void RecordingSession::filter(const FinishedRecording &recording) {
+    const int shortest = AppSettings::autoFilterSeconds();
+    if (!AppSettings::isAutoFilterAudioFile() || shortest < 1 || shortest <= recording.seconds)
+        return;
+    if (!QFile::remove(recording.file)) {
+        mList.addInvalidFile(recording.file);
+        return;
+    }
+    mJournal.end(recording.file);
+    if (mCurRecordAudioInfo) {
+        if (mCurRecordAudioInfo->shutdownEnable)
+            mCurRecordAudioInfo->ShutdownMonitorDelegate->shutdownRequestedBy(*mCurRecordAudioInfo);
+        mList.remove(*mCurRecordAudioInfo);
+    }
+    mView.recordingFiltered(recording.file, recording.seconds);
+}
+
+void RecordingSession::complete(const FinishedRecording &recording) {
+    RecordedAudioInfo &item = *mCurRecordAudioInfo;
+    const QString size = ToolFile::fileSizeFormatterToString(recording.bytes);
+    item.isRecording = false;
+    item.setStatus({});
+    item.Seconds = recording.seconds;
+    item.setDuration(ToolString::stringFromDuration(recording.seconds));
+    item.setSize(size);
+    mList.save(item);
+    // What could not be closed, on a full disk for one, is closed by the next start of the program.
+    if (!media::isUnfinished(recording.file))
+        mJournal.end(recording.file);
+    convert(recording);
+    Log(QStringLiteral("did stop record succ :\n{\n    Path = %1\n    Duration = %2 s\n    FileSize = %3\n}")
+            .arg(recording.file, QString::number(recording.seconds, 'f', 2), size));
+}
+
+void RecordingSession::convert(FinishedRecording recording) {
+    mView.recordingConverting(recording.file);
+    mConversions.convertRecordedfileFormat(*mCurRecordAudioInfo, [this, recording](const Result<QString> &result) {
+        FinishedRecording finished = recording;
+        if (result) {
+            finished.file = result.value();
+            finished.bytes = QFileInfo(finished.file).size();
+            mView.recordingFinished(finished);
+        } else {
+            mView.recordingFailed(
+                {result.failure().sentence, QFile::exists(recording.file) ? recording.file : QString()});
+        }
+        settle();
     });
 }
 
-void RecordingSession::converted(FinishedRecording recording, const Result<QString> &result) {
-    const QString file = recording.file;
-    if (!result || QFileInfo(result.value()).size() == 0) {
-        mView.recordingFailed(result ? QStringLiteral("The converted file is empty.") : result.failure().sentence,
-                              QFile::exists(file) ? file : QString());
+// After an error the recording is started again, at most once a second, until three have brought nothing.
+void RecordingSession::interrupted(const FinishedRecording &recording, const Failure &failure) {
+    Log(QStringLiteral("did stop record failed"));
+    const bool goesOn = mIsRecording || isSplitting();
+    stopTimers();
+    mRecordManager->stopRecord();
+    mRecordManager->clear();
+    if (QFileInfo(recording.file).size() > 0)
+        mKept = recording.file;
+    // What was captured is more than what is in the file.
+    const auto written = media::openSound(recording.file, 44100, 2);
+    const double seconds = written ? written.value()->durationSeconds() : 0;
+    if (mCurRecordAudioInfo) {
+        mCurRecordAudioInfo->isRecording = false;
+        mCurRecordAudioInfo->setStatus({});
+        mCurRecordAudioInfo->setDuration(ToolString::stringFromDuration(seconds));
+        mList.save(*mCurRecordAudioInfo);
+    }
+    if (!media::isUnfinished(recording.file))
+        mJournal.end(recording.file);
+    mFailuresInARow = seconds >= 1 ? 0 : mFailuresInARow + 1;
+    isStoppedBySilence = isAutoSplitEverySeconds = false;
+    if (!goesOn || mFailuresInARow >= kMostFailuresInARow) {
+        end({failure.sentence, mKept});
         return;
     }
-    recording.file = result.value();
-    recording.bytes = QFileInfo(recording.file).size();
-    // The recording goes only now that its successor is whole.
-    if (QFileInfo(file).absoluteFilePath() != QFileInfo(recording.file).absoluteFilePath())
-        QFile::remove(file);
-    mView.recordingFinished(recording);
+    mIsRecording = true;
+    mView.recordingInterrupted({failure.sentence, mKept});
+    mTimerRestart = mClock.after(std::max(mLastStart + kRestartInterval - mClock.now(), foundation::Clock::Duration(0)),
+                                 [this] { (void)guarded("startAgain", [this] { startAgain(); }); });
+}
+
+void RecordingSession::startAgain() {
+    if (const auto started = startRecording(); !started)
+        end({started.failure().sentence, mKept});
+}
+
+// What follows a file that is whole: the next one, or the end.
+void RecordingSession::goOn() {
+    mCurRecordAudioInfo.clear();
+    if (!isSplitting() && !mStartsAfterFile) {
+        endTask();
+        settle();
+        return;
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (!isSplitting() && !mStartsAfterFile) { // Stopped meanwhile.
+                end({});
+                return;
+            }
+            isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
+            (void)guarded("startAgain", [this] { startAgain(); });
+        },
+        Qt::QueuedConnection);
+}
+
+void RecordingSession::endTask() {
+    mTaskSecondsBefore = 0;
+    if (mTask)
+        tasks->taskRecordingDidEnd();
+}
+
+// Nothing follows.
+void RecordingSession::end(const RecordingTrouble &trouble) {
+    isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
+    mFailuresInARow = 0;
+    mCurRecordAudioInfo.clear();
+    if (mRecordManager)
+        mRecordManager->stopRecord(); // It may still wait for the next file of a split.
+    if (mIsRecording)
+        showStopped();
+    endTask();
+    if (!trouble.sentence.isEmpty())
+        mView.recordingFailed(trouble);
+    mKept.clear();
+    settle();
 }
 
 } // namespace cantorel

@@ -1,57 +1,82 @@
 #pragma once
 
+#include "platform/foundation/Clock.h"
 #include "platform/foundation/Result.h"
 #include "recording/RecordManager.h"
-#include "recording/RecordingJournal.h"
+#include "recording/RecordedConversions.h"
+#include "recording/RecordedList.h"
+#include "recording/RecordingSessionView.h"
 #include "recording/SilenceWatch.h"
 
 #include <QObject>
-#include <QTimer>
+#include <QPointer>
+
+#include <memory>
 
 namespace cantorel {
 
-// What a recording has become.
-struct FinishedRecording {
-    QString file;       // the final one
-    double seconds = 0; // exact length of what was captured
-    qint64 bytes = 0;   // of the final file
-    qint64 droppedFrames = 0;
+// The scheduled task that a recording is made for.
+struct ExecutedTask {
+    QString name;
+    bool repeats = false;
+    int loopedCount = 0;
+    double seconds = 0; // how long it records
 };
 
-// What a session shows; implemented by each face. Main thread. All optional.
-class RecordingSessionView {
+// Is told what becomes of the recordings of a task. All optional.
+class RecordingSessionTasks {
 public:
-    virtual ~RecordingSessionView() = default;
+    virtual ~RecordingSessionTasks() = default;
 
-    virtual void recordingRecovered(const RecordingJournal::Recovered &) {}
-    // file: the M4A being written.
-    virtual void recordingStarted(const QString & /*file*/, const QString & /*device*/) {}
-    virtual void recordingProgress(double /*seconds*/, qint64 /*bytes*/) {} // twice a second
-    virtual void recordingSilent(const QString & /*sentence*/) {}
-    virtual void recordingDeviceLost(const QString & /*device*/) {}
-    virtual void recordingDeviceBack(const QString & /*device*/) {}
-    virtual void recordingConverting(const QString & /*file*/) {}
-    virtual void recordingFinished(const FinishedRecording &) {}
-    // kept: where the M4A lies; empty when there is none.
-    virtual void recordingFailed(const QString & /*sentence*/, const QString & /*kept*/) {}
+    // The person has ended the task's recording.
+    virtual void taskWasStoppedByHand() {}
+    // The task's recording is over, with all its files.
+    virtual void taskRecordingDidEnd() {}
 };
 
-// One recording from the start to the converted file: prepares devices, names the file, drives the RecordManager, has
-// the result converted on a worker, and tells its view. Owned by a face; main thread.
+// Everything between the button and the finished file: starts, pauses and ends recordings through the RecordManager,
+// names the files, splits and skips by silence, splits by period, starts again after errors, and hands what is finished
+// to the list and the conversions. Owned by the application or a command; main thread.
 class RecordingSession : public QObject, public RecordManagerDelegate {
 public:
-    // stateFolder: holds the journal.
-    RecordingSession(RecordingSessionView &view, const QString &stateFolder);
+    // stateFolder: holds the journal. All outlive the session.
+    RecordingSession(RecordingSessionView &view, RecordedList &list, const QString &stateFolder);
     ~RecordingSession() override;
 
-    // Begins with the source, folder and format of the settings. A failure is one sentence, and nothing has changed
-    // then.
+    foundation::WeakDelegate<RecordingSessionTasks> tasks;
+
+    // The start control and its hot key: ends a recording, or begins one.
+    foundation::Result<void> onStartRecording();
+    // Begins with the source, folder and format of the settings; ends one that runs. Where the file before is still
+    // being finished, begins after that. A failure is one sentence. One before the devices are touched changes nothing;
+    // a later one deliberately leaves the recording shown, until it is stopped.
     foundation::Result<void> startRecording();
-    // Ends it; the view is told when the converted file is there.
     void stopRecording();
+    // The pause control and its hot key.
+    void onPauseRecording();
     void pauseRecording();
     void resumeRecording();
+    // Ends the file under way and goes on in another.
+    void splitRecording();
+
     bool isRecording() const { return mIsRecording; }
+    bool isPaused() const { return mRecordManager && mRecordManager->isPaused(); }
+    bool isPausedBySilence() const { return ispausedBySilence; }
+    bool isPrepareStartRecording() const { return mRecordManager && mRecordManager->isPrepareRecording(); }
+    // Nothing is recorded, finished, started again or converted.
+    bool isSettled() const;
+    const RecordingDisplay &display() const { return mDisplay; }
+    QString file() const { return mFile; }
+    RecordedAudioInfo *currentItem() const { return mCurRecordAudioInfo; }
+    int pendingConversions() const { return mConversions.pending(); }
+
+    // Makes this process the owner of recordings, list and tasks; false when another one is.
+    bool claim() { return mJournal.claim(); }
+    // Repairs what a crash has left behind, and has it in the list. After claim().
+    void recover();
+
+    // The recordings from now on belong to this task, or to none.
+    void setExecutedTask(const std::optional<ExecutedTask> &task);
 
     // The sources by the names that a person uses: "system", "mic", "both"; -1 for others.
     static int sourceNamed(const QString &name);
@@ -60,24 +85,68 @@ private:
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) override;
     void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
                                                       const std::optional<foundation::Failure> &failure) override;
-    void RecordManagerUpdateAudioLevel(RecordManager &, float level) override { mSilence.level(level); }
+    void RecordManagerUpdateAudioLevel(RecordManager &, float level) override;
     void RecordManagerDeviceLost(RecordManager &) override { mView.recordingDeviceLost(mDevice); }
     void RecordManagerDeviceBack(RecordManager &) override { mView.recordingDeviceBack(mDevice); }
-    foundation::Result<void> prepareDevices(int source);
-    void refresh();
-    void convert(const FinishedRecording &recording);
-    void converted(FinishedRecording recording, const foundation::Result<QString> &result);
+
+    QString chooseFile() const;
+    foundation::Result<void> prepare();
+    foundation::Result<void> begin(const QString &file);
+    void showControls();
+    void showStopped();
+    void watch();
+    void stopTimers();
+    bool isSplitting() const { return isStoppedBySilence || isAutoSplitEverySeconds; }
+
+    void _displayRecordingDuration();
+    void showPaused();
+    void showRunning();
+    void _displaySoundSymbol();
+    void updateAudioLevels();
+    void plusSilenceDuration();
+
+    void interrupted(const FinishedRecording &recording, const foundation::Failure &failure);
+    void startAgain();
+    void filter(const FinishedRecording &recording);
+    void complete(const FinishedRecording &recording);
+    void convert(FinishedRecording recording);
+    void goOn();
+    void endTask();
+    void end(const RecordingTrouble &trouble);
+    void settle();
 
     RecordingSessionView &mView;
+    RecordedList &mList;
     RecordingJournal mJournal;
+    foundation::Clock &mClock;
+    RecordedConversions mConversions;
     std::unique_ptr<RecordManager> mRecordManager;
-    QTimer mTimerRecording; // half a second
+    std::unique_ptr<foundation::Timer> _timerRecording;        // 0.5 s
+    std::unique_ptr<foundation::Timer> _timerUpdateAudioLevel; // 0.1 s
+    std::unique_ptr<foundation::Timer> mTimerSoundSymbol;      // 0.2 s
+    std::unique_ptr<foundation::Timer> mTimerRestart;          // after an error
+    QPointer<RecordedAudioInfo> mCurRecordAudioInfo;
+    std::optional<ExecutedTask> mTask;
+    double mTaskSecondsBefore = 0; // in the task's files before this one
     SilenceWatch mSilence;
+    RecordingDisplay mDisplay;
     int mSource = 0;
-    QString mDevice; // the one that is recorded
-    QString mFile;   // the one that is written; empty before the first frames
-    bool mIsRecording = false;
-    bool mIsWriting = false; // until the file is closed, longer than it is recorded
+    QString mDevice;            // the one that is recorded
+    QString mFile;              // the one that is written; empty before the first frames
+    double silenceDuration = 0; // milliseconds
+    bool hasSound = true;
+    int mNote = 0;
+    bool mIsRecording = false; // as shown
+    bool mIsWriting = false;   // until the file is closed, longer than it is recorded
+    bool mStartsAfterFile = false;
+    bool isPausedByUser = false;
+    bool ispausedBySilence = false;
+    bool isStoppedBySilence = false;      // the last stop was a split by silence; a recording follows
+    bool isAutoSplitEverySeconds = false; // the same of a split by period, or by hand
+    bool stopRecordingByRemoveFile = false;
+    int mFailuresInARow = 0;
+    foundation::Clock::Duration mLastStart{};
+    QString mKept; // by the last error
 };
 
 } // namespace cantorel

@@ -2,6 +2,8 @@
 
 #include "platform/foundation/Console.h"
 
+#include <utility>
+
 namespace cantorel {
 
 namespace {
@@ -21,12 +23,9 @@ Asker *installed = nullptr;
 
 } // namespace
 
-InstalledAsker::InstalledAsker(Asker &asker) {
-    Q_ASSERT(installed == nullptr);
-    installed = &asker;
-}
+InstalledAsker::InstalledAsker(Asker &asker) : mBefore(std::exchange(installed, &asker)) {}
 
-InstalledAsker::~InstalledAsker() { installed = nullptr; }
+InstalledAsker::~InstalledAsker() { installed = mBefore; }
 
 Asker &InstalledAsker::current() {
     static SilentAsker silent;

@@ -28,7 +28,7 @@ public:
     virtual QString askForNewFile(const QString &folder, const QString &extension) = 0;
 };
 
-// Lends an asker to the holders of class operations while it lives. One at a time.
+// Lends an asker to the holders of class operations while it lives; after it, the one before is asked again.
 class InstalledAsker {
 public:
     explicit InstalledAsker(Asker &asker);
@@ -38,6 +38,9 @@ public:
 
     // The one that is installed; without one, an asker that takes the safe choice and prints what it is told.
     static Asker &current();
+
+private:
+    Asker *const mBefore;
 };
 
 } // namespace cantorel

@@ -243,10 +243,12 @@ ChildProcess::Ending ChildProcess::wait(const LineListener &listener, std::optio
     return ending;
 }
 
-Result<ChildProcess::Finished> ChildProcess::run(const Command &command, std::optional<Clock::Duration> limit) {
+Result<ChildProcess::Finished> ChildProcess::run(const Command &command, std::optional<Clock::Duration> limit,
+                                                 const std::stop_token &stop) {
     auto child = start(command);
     if (!child)
         return child.failure();
+    const std::stop_callback ender(stop, [&] { child.value()->terminate(); });
     Finished finished;
     finished.ending = child.value()->drain([&](const QByteArray &chunk) { finished.output += chunk; }, limit);
     return finished;

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace cantorel::foundation {
 
@@ -61,8 +62,9 @@ public:
         Ending ending;
         QByteArray output;
     };
-    // Starts, waits, and answers the whole output as it came.
-    static Result<Finished> run(const Command &command, std::optional<Clock::Duration> limit = {});
+    // Starts, waits, and answers the whole output as it came. A stop that is requested asks the child to end.
+    static Result<Finished> run(const Command &command, std::optional<Clock::Duration> limit = {},
+                                const std::stop_token &stop = {});
 
 private:
     using ChunkListener = std::function<void(const QByteArray &chunk)>;

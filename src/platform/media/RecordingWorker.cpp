@@ -205,9 +205,10 @@ bool RecordingWorker::waitForFrames() {
     const std::size_t wanted = mBatch.size() / static_cast<std::size_t>(mInput.queue->channels());
     std::unique_lock lock(mMutex);
     while (!mStopping) {
-        // The first frames are told at once, then a batch is waited for, or what lies before a hold.
+        // The first frames are told at once, then a batch is waited for, or what lies before a hold, or fills a hole.
         const std::size_t frames = ready();
-        if (frames >= wanted || (frames > 0 && (!mStarted || !mHolds.empty() || mInput.queue->nextHole())))
+        if (frames >= wanted
+            || (frames > 0 && (!mStarted || mSilence > 0 || !mHolds.empty() || mInput.queue->nextHole())))
             return true;
         mWake.wait_for(lock, kPollInterval);
     }

@@ -48,7 +48,7 @@ TEST_F(FaultsTest, AFullDiskCostsNothingThatWasRecorded) {
                     "-Urm",
                     "sh",
                     "-c",
-                    "mount -t tmpfs -o size=6m none '" + mFolder.path() + "' || exit 99\n" + meanwhile
+                    "mount -t tmpfs -o size=64m none '" + mFolder.path() + "' || exit 99\n" + meanwhile
                         + "\n\"$@\"\nstatus=$?\ncp '" + mFolder.path() + "'/*.m4a '" + rescued.path()
                         + "'\nexit $status",
                     "sh"};

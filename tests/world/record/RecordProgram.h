@@ -57,6 +57,8 @@ protected:
             return variables;
         }());
         QStringList words = mWrapper + QStringList{CANTOREL_CLI, "record", "--json"} + options;
+        if (!options.contains("--skip-silence"))
+            words += {"--skip-silence", "off"}; // Lengths are those of the wall, whatever is heard.
         if (!options.contains("--folder"))
             words += {"--folder", mFolder.path()};
         run->process.start(words.first(), words.mid(1));

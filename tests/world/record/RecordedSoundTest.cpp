@@ -11,6 +11,7 @@
 #include "tests/support/StampedSound.h"
 
 #include <QCoreApplication>
+#include <QDir>
 
 #include <gtest/gtest.h>
 
@@ -27,10 +28,10 @@ using test::PrivateWorld;
 struct View : RecordingSessionView {
     void recordingStarted(const QString &, const QString &) override { started = true; }
     void recordingFinished(const FinishedRecording &) override { ended = true; }
-    void recordingFailed(const QString &sentence, const QString &file) override {
+    void recordingFailed(const RecordingTrouble &trouble) override {
         ended = true;
-        failure = sentence;
-        kept = file;
+        failure = trouble.sentence;
+        kept = trouble.kept;
     }
     void recordingDeviceLost(const QString &) override { ++lost; }
     void recordingDeviceBack(const QString &) override { ++back; }
@@ -95,7 +96,9 @@ TEST_P(RecordedSound, ReachesTheCoderAndTheEarWholeAndToTheBit) {
     View view;
     {
         AppSettings::setAudioType(GetParam().source);
-        RecordingSession session(view, QDir::homePath() + "/journal");
+        AppSettings::setAutoSkipSilence(false); // Every frame is looked for.
+        RecordedList list(QDir::homePath() + QStringLiteral("/library"), hal::HardwareSystem::clock());
+        RecordingSession session(view, list, QDir::homePath() + "/journal");
         ASSERT_TRUE(session.startRecording().ok());
         ASSERT_TRUE(eventually([&] { return view.started; }));
         const auto listener = world.listen("builtin_output", heard);
@@ -135,7 +138,9 @@ TEST(RecordingDevice, ThatVanishesIsWaitedForAndTakenUpAgain) {
     const auto player = world.start("pw-cat", {"-p", loud});
     View view;
     AppSettings::setAudioType(1);
-    RecordingSession session(view, QDir::homePath() + "/journal");
+    AppSettings::setAutoSkipSilence(false); // Every frame is looked for.
+    RecordedList list(QDir::homePath() + QStringLiteral("/library"), hal::HardwareSystem::clock());
+    RecordingSession session(view, list, QDir::homePath() + "/journal");
     ASSERT_TRUE(session.startRecording().ok());
     ASSERT_TRUE(eventually([&] { return view.started && bench.frames() > 4800; }));
 
@@ -162,7 +167,9 @@ TEST(RecordingDevice, ComesBackWithItsServer) {
     Bench bench;
     View view;
     AppSettings::setAudioType(1);
-    RecordingSession session(view, QDir::homePath() + "/journal");
+    AppSettings::setAutoSkipSilence(false); // Every frame is looked for.
+    RecordedList list(QDir::homePath() + QStringLiteral("/library"), hal::HardwareSystem::clock());
+    RecordingSession session(view, list, QDir::homePath() + "/journal");
     ASSERT_TRUE(session.startRecording().ok());
     ASSERT_TRUE(eventually([&] { return view.started && bench.frames() > 4800; }));
     world.killServer();
@@ -186,7 +193,9 @@ TEST(RecordedBoth, AreMixedAtUnity) {
     test::writeWav(loud, std::vector<float>(std::size_t(2) * 48000 * 20, 0.25f));
     View view;
     AppSettings::setAudioType(2);
-    RecordingSession session(view, QDir::homePath() + "/journal");
+    AppSettings::setAutoSkipSilence(false); // Every frame is looked for.
+    RecordedList list(QDir::homePath() + QStringLiteral("/library"), hal::HardwareSystem::clock());
+    RecordingSession session(view, list, QDir::homePath() + "/journal");
     ASSERT_TRUE(session.startRecording().ok());
     ASSERT_TRUE(eventually([&] { return view.started; }));
     const auto speaker = world.feed(quiet, "builtin_microphone");

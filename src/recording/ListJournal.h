@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/foundation/FileDescriptor.h"
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QString>
+
+#include <vector>
+
+namespace cantorel {
+
+// The changes that a stored list has seen since its archive was written: a file of one JSON object a line, whose first
+// line names the archive by its digest. A line that a crash cut short, and all behind it, never happened. Owned by the
+// list; one process at a time.
+class ListJournal {
+public:
+    explicit ListJournal(const QString &file) : mFile(file) {}
+
+    // The changes to this archive, in order. A journal of another archive is stale and has none.
+    std::vector<QJsonObject> changesTo(const QByteArray &archive) const;
+
+    // Begins anew for an archive that has no changes yet; the file is made with the first change.
+    void begin(const QByteArray &archive);
+    // On the disk before this returns; false when it could not be brought there.
+    bool append(const QJsonObject &change);
+    qint64 size() const { return mSize; } // bytes since begin()
+
+private:
+    bool create();
+
+    const QString mFile;
+    QByteArray mDigest;
+    foundation::FileDescriptor mDescriptor;
+    qint64 mSize = 0;
+};
+
+} // namespace cantorel
