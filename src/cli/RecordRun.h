@@ -3,6 +3,7 @@
 #include "capture/ZQAVAudioPlayer.h"
 #include "cli/CommandSession.h"
 #include "cli/Hardware.h"
+#include "cli/RecordingEvents.h"
 #include "cli/SignalWatch.h"
 #include "cli/TerminalAsker.h"
 #include "recording/RecordingSession.h"
@@ -27,7 +28,7 @@ struct RecordOptions {
 };
 
 // One run of "record": shows the session's events, and ends it by time or signal. Main thread.
-class RecordRun : public QObject, public RecordingSessionView, public ZQAVAudioPlayerDelegate {
+class RecordRun : public QObject, public RecordingEvents, public ZQAVAudioPlayerDelegate {
 public:
     RecordRun(const CommandSession &command, RecordOptions options);
 
@@ -35,26 +36,13 @@ public:
     Outcome run();
 
 private:
-    void recordingRecovered(const RecordingJournal::Recovered &recovered) override;
     void recordingStarted(const QString &file, const QString &device) override;
-    void recordingDisplay(const RecordingDisplay &display) override;
-    void recordingPaused(bool bySilence) override;
-    void recordingResumed() override;
-    void recordingSilent(const QString &sentence) override;
-    void recordingDeviceLost(const QString &device) override;
-    void recordingDeviceBack(const QString &device) override;
-    void recordingConverting(const QString &file) override;
-    void recordingFinished(const FinishedRecording &finished) override;
-    void recordingFiltered(const QString &file, double seconds) override;
-    void recordingInterrupted(const RecordingTrouble &trouble) override;
     void recordingFailed(const RecordingTrouble &trouble) override;
     void recordingEndsEarly(const QString &sentence) override;
     void recordingSettled() override;
 
     void AVAudioPlayerDidFinishPlayingSuccessfully(ZQAVAudioPlayer &, bool successfully) override;
 
-    void event(const char *name, QJsonObject details, const QString &text);
-    void clearProgressLine();
     void signalled();
     void stop();
     Outcome start();
@@ -71,7 +59,6 @@ private:
         const QString mName;
     };
 
-    const CommandSession &mCommand;
     const RecordOptions mOptions;
     SignalWatch mSignals;
     std::unique_ptr<Hardware> mHardware;
@@ -84,12 +71,9 @@ private:
     QTimer mEnd;         // of the time asked for
     QTimer mFirstFrames; // that never came
     Outcome mOutcome;
-    QString mFile;    // the M4A
     QString mTrouble; // why the run fails
     bool mHasFrames = false;
     int mSignalCount = 0;
-    bool mShowsProgress = false;
-    bool mProgressShown = false;
 };
 
 } // namespace cantorel

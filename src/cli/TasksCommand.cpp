@@ -1,6 +1,7 @@
 #include "cli/TasksCommand.h"
 
 #include "cli/Hardware.h"
+#include "cli/TasksRun.h"
 #include "recording/RecordingJournal.h"
 #include "recording/ScheduleCheck.h"
 #include "recording/ScheduleTaskInfo.h"
@@ -256,6 +257,10 @@ void addTasksCommand(CLI::App &root, CommandSession &session) {
             return removeNamed(session, QString::fromStdString(arguments->name));
         };
     });
+
+    CLI::App *running = tasks->add_subcommand("run", "Keeps the schedule until Ctrl-C");
+    running->footer("Example: cantorel-cli tasks run");
+    running->callback([&session] { session.action = [&session] { return TasksRun(session).run(); }; });
 
     CLI::App *looking = tasks->add_subcommand("next", "What one look at the list finds; changes nothing");
     looking->add_option("--now", arguments->now, "The local time to look at, as \"YYYY-MM-DD HH:MM:SS\"");

@@ -8,7 +8,7 @@ class App;
 
 namespace cantorel {
 
-// "tasks add|list|remove|next": the scheduled recordings.
+// "tasks add|list|remove|next|run": the scheduled recordings.
 void addTasksCommand(CLI::App &root, CommandSession &session);
 
 } // namespace cantorel

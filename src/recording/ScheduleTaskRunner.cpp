@@ -199,8 +199,7 @@ void ScheduleTaskRunner::removeExpired(const ScheduleTaskInfo::Tasks &expired) {
                        .arg(task->_taskName));
         std::erase(tasks, task);
     }
-    (void)ScheduleTaskInfo::SaveTasks(); // A failure is logged, and the next save tries again.
-    mView.tasksDidChange();
+    removeFromList(nullptr);
 }
 
 void ScheduleTaskRunner::taskWasStoppedByHand() { mStoppedByHand = true; }
@@ -213,6 +212,9 @@ void ScheduleTaskRunner::taskRecordingDidEnd() {
         task->_completed = !task->_daily;
         if (!mStoppedByHand && task->_shutdownAfterRecording)
             requestShutdown();
+        // The next check would drop it as expired; if the program ended before, the next start took it for missed.
+        if (!task->_daily)
+            removeFromList(task);
         complete();
         return;
     }
@@ -229,11 +231,15 @@ void ScheduleTaskRunner::taskRecordingDidEnd() {
     if (!mStoppedByHand && task->_shutdownAfterRecording)
         requestShutdown();
     task->_repeatLoopedCount = 0;
-    if (!task->_daily)
-        std::erase(ScheduleTaskInfo::tasks(), task);
-    (void)ScheduleTaskInfo::SaveTasks();
-    mView.tasksDidChange();
+    removeFromList(task->_daily ? nullptr : task);
     complete();
+}
+
+// Null: only stores what has changed.
+void ScheduleTaskRunner::removeFromList(const TaskPtr &task) {
+    std::erase(ScheduleTaskInfo::tasks(), task);
+    (void)ScheduleTaskInfo::SaveTasks(); // A failure is logged, and the next save tries again.
+    mView.tasksDidChange();
 }
 
 void ScheduleTaskRunner::complete() {

@@ -90,6 +90,7 @@ private:
     void refuse(const std::shared_ptr<ScheduleTaskInfo> &task, const QDateTime &start, const QString &sentence);
     void reportMissed(const QDateTime &now);
     void removeExpired(const ScheduleTaskInfo::Tasks &expired);
+    void removeFromList(const std::shared_ptr<ScheduleTaskInfo> &task);
     void complete();
     void release();
     void showCountdown(const QDateTime &now) const;

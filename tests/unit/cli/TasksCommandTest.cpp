@@ -7,7 +7,9 @@
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -159,6 +161,43 @@ TEST(TasksCommand, AListThatCannotBeSavedIsAFailureThatNamesTheFile) {
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.out.isEmpty());
     EXPECT_TRUE(result.error.constLast().contains(standardUserDefaults().filePath()));
+}
+
+TEST(TasksRun, TheProgramRecordsWhatIsDueAndLeavesWhenItIsAsked) {
+    AppSettings::setAutoSkipSilence(false); // the microphone in software is silent
+    const auto inSeconds = [](int seconds) {
+        return QDateTime::currentDateTime().addSecs(seconds).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    };
+    const QString task = QStringLiteral("tasks|add|--name|%1|--from|%2|--seconds|1|--source|mic");
+    ASSERT_EQ(run(task.arg(QStringLiteral("Late"), QStringLiteral("2020-01-01 00:00:00"))).status, 0);
+    ASSERT_EQ(run(task.arg(QStringLiteral("News"), inSeconds(3))).status, 0);
+    auto started =
+        foundation::ChildProcess::start({QStringLiteral(CANTOREL_CLI),
+                                         QStringLiteral("--backend|embedded|--json|tasks|run").split(QLatin1Char('|')),
+                                         {},
+                                         {}});
+    ASSERT_TRUE(started.ok());
+    auto &child = *started.value();
+    QStringList events;
+    QString file;
+    const auto ending = child.wait(
+        [&](const QByteArray &line) {
+            const QJsonObject object = QJsonDocument::fromJson(line).object();
+            const QString event = object.value(QStringLiteral("event")).toString();
+            if (event.isEmpty() || event == QStringLiteral("converting") || event == QStringLiteral("silent"))
+                return;
+            events << event;
+            if (event == QStringLiteral("finished")) {
+                file = object.value(QStringLiteral("file")).toString();
+                child.terminate();
+            }
+        },
+        std::chrono::seconds(60));
+    EXPECT_EQ(ending.exitStatus, 130);
+    EXPECT_EQ(events.join(QLatin1Char(' ')).toStdString(), "missed taskStarted started taskEnded finished");
+    EXPECT_EQ(QFileInfo(file).fileName(), QStringLiteral("News.mp3"));
+    EXPECT_TRUE(QFileInfo::exists(file));
+    EXPECT_TRUE(run(QStringLiteral("tasks|list")).out.isEmpty());
 }
 
 } // namespace

@@ -1,0 +1,107 @@
+#include "cli/TasksRun.h"
+
+#include "audio_device/ZQAudioKextKit.h"
+#include "cli/DesktopServices.h"
+#include "util/ToolSystem.h"
+
+#include <unistd.h>
+
+namespace cantorel {
+
+namespace {
+
+constexpr int kStoppedBySignal = 130;
+
+QJsonObject detailsOf(const ScheduleTaskInfo &task) { return {{QStringLiteral("task"), task._taskName}}; }
+
+} // namespace
+
+TasksRun::TasksRun(const CommandSession &command) : RecordingEvents(command), mSignals([this] { signalled(); }) {}
+
+Outcome TasksRun::run() {
+    auto hardware = Hardware::open(command().backend);
+    if (!hardware)
+        return Outcome::failed(hardware.failure().sentence);
+    mHardware = std::move(hardware).value();
+    setBackendName(mHardware->backendName());
+    (void)ZQAudioKextKit::activateSVAD(); // Makes the kit; the session looks whether there is a virtual device.
+    const Outcome outcome = mSignalCount > 0 ? Outcome{kStoppedBySignal, QStringLiteral("Stopped.")} : start();
+    mHotkeys.reset();
+    desktop::InstalledServices::current().hotKeys.reset();
+    mScheduled.reset();
+    mSession.reset();
+    mList.reset();
+    mHardware.reset();
+    return outcome;
+}
+
+Outcome TasksRun::start() {
+    foundation::Clock &clock = hal::HardwareSystem::clock();
+    mList = std::make_unique<RecordedList>(Hardware::stateFolder(), clock);
+    mSession = std::make_unique<RecordingSession>(*this, *mList, Hardware::stateFolder());
+    if (!mSession->claim())
+        return Outcome::failed(
+            QStringLiteral("Another Cantorel is running and keeps the schedule; stop that one first."));
+    mList->initRecordedList();
+    mSession->recover();
+    mScheduled = std::make_unique<ScheduledSession>(*mSession, *this, clock);
+
+    const auto tell = [this](const QString &sentence) { command().note(sentence); };
+    mScheduled->trouble = tell;
+    if (auto hotKeys = desktopHotKeys(); hotKeys)
+        desktop::InstalledServices::current().hotKeys = std::move(hotKeys.value());
+    mHotkeys = std::make_unique<RecordingHotkeys>(*mScheduled, tell);
+    mHotkeys->registerEnabled();
+
+    mScheduled->schedule().initScheduleTaskList();
+    command().note(QStringLiteral("Waiting for scheduled tasks until Ctrl-C."));
+    ToolSystem::setAllowKeepSystemWakeEnable(true);
+    mLoop.exec();
+    ToolSystem::setAllowKeepSystemWakeEnable(false);
+    return {kStoppedBySignal, QStringLiteral("Stopped by a signal; what was recorded is kept.")};
+}
+
+void TasksRun::signalled() {
+    ++mSignalCount;
+    if (!mSession)
+        return;
+    if (mSignalCount > 1 && !mSession->isRecording()) {
+        // The person does not want to wait for the conversion: its child ends with us, the M4A stays.
+        clearProgressLine();
+        const QByteArray sentence =
+            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(file()).toUtf8();
+        (void)!::write(STDERR_FILENO, sentence.constData(), static_cast<std::size_t>(sentence.size()));
+        ::_exit(kStoppedBySignal);
+    }
+    if (mSession->isRecording() && mScheduled)
+        mScheduled->stopByHand();
+    if (mSession->isSettled())
+        mLoop.quit();
+}
+
+void TasksRun::recordingSettled() {
+    if (mSignalCount > 0)
+        mLoop.quit();
+}
+
+void TasksRun::taskStarted(const ScheduleTaskInfo &task) {
+    tellEvent("taskStarted", detailsOf(task), QStringLiteral("The task \"%1\" begins.").arg(task._taskName));
+}
+
+void TasksRun::taskEnded(const ScheduleTaskInfo &task) {
+    tellEvent("taskEnded", detailsOf(task), QStringLiteral("The task \"%1\" has ended.").arg(task._taskName));
+}
+
+void TasksRun::taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &sentence) {
+    QJsonObject details = detailsOf(task);
+    details.insert(QStringLiteral("start"), start.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+    details.insert(QStringLiteral("reason"), sentence);
+    tellEvent("missed", details, sentence);
+}
+
+void TasksRun::shutdownCountdown(int secondsLeft) {
+    tellEvent("shutdown", {{QStringLiteral("seconds"), secondsLeft}},
+              QStringLiteral("The computer is shut down in %1 s; Ctrl-C prevents it.").arg(secondsLeft));
+}
+
+} // namespace cantorel

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "cli/Hardware.h"
+#include "cli/RecordingEvents.h"
+#include "cli/SignalWatch.h"
+#include "recording/ScheduledSession.h"
+
+#include <QEventLoop>
+
+#include <memory>
+
+namespace cantorel {
+
+// One run of "tasks run": keeps the schedule, answers the hot keys, and ends by a signal once what was recorded is
+// whole. Main thread.
+class TasksRun : public RecordingEvents, public ScheduleTaskView {
+public:
+    explicit TasksRun(const CommandSession &command);
+
+    Outcome run();
+
+private:
+    Outcome start();
+    void signalled();
+
+    void recordingSettled() override;
+    void taskStarted(const ScheduleTaskInfo &task) override;
+    void taskEnded(const ScheduleTaskInfo &task) override;
+    void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &sentence) override;
+    void shutdownCountdown(int secondsLeft) override;
+
+    SignalWatch mSignals;
+    std::unique_ptr<Hardware> mHardware;
+    std::unique_ptr<RecordedList> mList;
+    std::unique_ptr<RecordingSession> mSession;
+    std::unique_ptr<ScheduledSession> mScheduled;
+    std::unique_ptr<RecordingHotkeys> mHotkeys;
+    QEventLoop mLoop;
+    int mSignalCount = 0;
+};
+
+} // namespace cantorel
