@@ -1,5 +1,6 @@
 #include "platform/media/AudioFileOutput.h"
 
+#include "platform/hal/HardwareSystem.h"
 #include "platform/media/MediaFailures.h"
 
 #include <QCoreApplication>
@@ -19,6 +20,7 @@ namespace {
 // 0.2 s. What lies in front of it shall be in the file as well.
 constexpr double kNoticeSeconds = 0.4;
 constexpr double kPreRollSeconds = 0.5 + kNoticeSeconds;
+constexpr std::chrono::milliseconds kSettling(500);
 
 } // namespace
 
@@ -58,6 +60,7 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     mJoins = false;
     retire(queue.get(), before.queue != nullptr);
     mCurrent = std::move(recording);
+    mLostAt.reset();
 }
 
 void AudioFileOutput::post(std::function<void()> call) {
@@ -74,6 +77,7 @@ void AudioFileOutput::retire(FrameQueue *successor, bool continues) {
     const bool joins = std::exchange(mJoins, false) && mStream && mCurrent;
     const bool runs = mStream && mCurrent && !successor && mPause != Pause::ByPerson;
     mPause.reset();
+    mDoubt.reset();
     if (mStream && !runs) {
         if (!mStream->isAlive() && successor && !continues)
             mStream->beginHoleHere();
@@ -155,12 +159,43 @@ void AudioFileOutput::deviceAlive(bool alive) {
         mSecondsAway = 0;
     else if (mStream)
         mSecondsAway = mStream->secondsAway();
+    mLostAt.reset();
     if (!mCurrent)
         return;
+    if (!alive)
+        mLostAt = mCurrent->worker->queue()->accepted();
     if (alive)
         delegate->captureOutputDeviceBack(*this);
     else
         delegate->captureOutputDeviceLost(*this);
+}
+
+void AudioFileOutput::formatChanged(const QString &deviceName) {
+    if (!mCurrent || !mStream)
+        return;
+    if (mStream->matchesDevice()) {
+        if (std::exchange(mDoubt, nullptr))
+            mCurrent->worker->goOn();
+    } else if (!mDoubt) {
+        // What comes now would be heard at a wrong pitch.
+        mDoubtAt = mLostAt.value_or(mCurrent->worker->queue()->accepted());
+        mCurrent->worker->waitAt(mDoubtAt);
+        mDoubt = hal::HardwareSystem::clock().after(kSettling, [this, deviceName] { endDoubt(deviceName); });
+    }
+}
+
+void AudioFileOutput::endDoubt(const QString &deviceName) {
+    mDoubt.reset();
+    if (!mCurrent)
+        return;
+    if (!mStream || mStream->matchesDevice()) {
+        mCurrent->worker->goOn();
+        return;
+    }
+    mCurrent->failure = failures::formatChanged(deviceName);
+    mCurrent->worker->stopAt(mDoubtAt);
+    mJoins = false; // nothing can follow it without a gap
+    stopRecording();
 }
 
 void AudioFileOutput::workerStarted(std::uint64_t, const QString &path) {
@@ -172,8 +207,10 @@ void AudioFileOutput::workerFinished(std::uint64_t number, const QString &path, 
         stopRecording(); // it ended by itself
     const auto ended = std::find_if(mEnding.begin(), mEnding.end(),
                                     [number](const auto &recording) { return recording->number == number; });
+    std::optional<Failure> reason = failure;
     if (ended != mEnding.end()) {
         const std::unique_ptr<Recording> recording = std::move(*ended);
+        reason = failure ? failure : recording->failure;
         mEnding.erase(ended);
         if (mStream && !isUsed(*recording->worker->queue()))
             mStream->detach(recording->worker->queue().get());
@@ -186,7 +223,7 @@ void AudioFileOutput::workerFinished(std::uint64_t number, const QString &path, 
             mLast.filled = counts.filled;
         }
     }
-    delegate->captureOutputDidFinishRecording(*this, path, failure);
+    delegate->captureOutputDidFinishRecording(*this, path, reason);
 }
 
 AudioFileOutput::Counts AudioFileOutput::countsOf(const Recording &recording) {

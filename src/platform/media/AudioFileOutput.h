@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Clock.h"
 #include "platform/foundation/Guarded.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/WeakDelegate.h"
@@ -35,6 +36,7 @@ public:
     // missing is filled with silence.
     virtual void captureOutputDeviceLost(AudioFileOutput &) {}
     virtual void captureOutputDeviceBack(AudioFileOutput &) {}
+    // A device that has another rate or other channels, or comes back so, ends its recording with a failure.
 };
 
 // What a recording leaves to the one that follows it without a gap: the running stream, and the queue that it fills.
@@ -118,6 +120,7 @@ private:
         std::unique_ptr<RecordingWorker> worker;
         std::uint64_t dropped = 0; // by the queue, before it began
         std::uint64_t discontinuities = 0;
+        std::optional<foundation::Failure> failure; // why it was ended, if it should not have
     };
     struct Counts {
         MediaTime duration;
@@ -133,6 +136,8 @@ private:
     void customEvent(QEvent *) override;
     void setStream(CaptureStream *stream); // ends a recording of the stream before
     void deviceAlive(bool alive);
+    void formatChanged(const QString &deviceName);
+    void endDoubt(const QString &deviceName);
     void retire(FrameQueue *successor, bool continues = false);
     bool isUsed(const FrameQueue &queue) const;
     std::size_t framesOf(double seconds) const;
@@ -153,6 +158,10 @@ private:
     std::optional<Pause> mPause;
     bool mJoins = false;
     double mSecondsAway = 0;
+    std::optional<std::uint64_t> mLostAt; // the queue's end when the device went, while it is away
+    // While the device does not match, and until it has had time to: a server makes it piece by piece.
+    std::unique_ptr<foundation::Timer> mDoubt;
+    std::uint64_t mDoubtAt = 0;  // the queue's end when that began
     RecordingContinuation mNext; // without the stream, which is the session's
     Counts mLast;
 };

@@ -88,6 +88,7 @@ RecordingContinuation CaptureSession::letGo() {
     if (!continuation.queue)
         return {};
     mStream->onAliveChanged = {};
+    mStream->onFormatChanged = {};
     continuation.stream = std::move(mStream);
     mOpenDevice = kAudioObjectUnknown;
     return continuation;
@@ -99,6 +100,10 @@ void CaptureSession::adopt(std::unique_ptr<CaptureStream> stream, AudioObjectID 
     mStream->onAliveChanged = [this](bool alive) {
         if (mOutput)
             mOutput->deviceAlive(alive);
+    };
+    mStream->onFormatChanged = [this] {
+        if (mOutput && mInput)
+            mOutput->formatChanged(mInput->device.localizedName);
     };
     if (mOutput)
         mOutput->setStream(mStream.get());

@@ -17,6 +17,11 @@ namespace {
 constexpr AudioObjectPropertyAddress kAlive = {kAudioDevicePropertyDeviceIsAlive, kAudioObjectPropertyScopeGlobal,
                                                kAudioObjectPropertyElementMaster};
 
+// What a stream is opened for once and for all.
+constexpr AudioObjectPropertyAddress kFormat[] = {
+    {kAudioDevicePropertyStreamFormat, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMaster},
+    {kAudioDevicePropertyStreamConfiguration, kAudioDevicePropertyScopeInput, kAudioObjectPropertyElementMaster}};
+
 // Two clocks that meet disagree by less; what is missing is more.
 constexpr std::uint64_t kLeastHole = 10'000'000; // ns
 
@@ -80,11 +85,15 @@ Result<std::unique_ptr<CaptureStream>> CaptureStream::open(const CaptureDevice &
     if (AudioDeviceStart(stream->mDevice, stream->mProc) != kAudioHardwareNoError)
         return failures::deviceNotOpened(device.localizedName);
     AudioObjectAddPropertyListener(stream->mDevice, &kAlive, &aliveChanged, stream.get());
+    for (const AudioObjectPropertyAddress &format : kFormat)
+        AudioObjectAddPropertyListener(stream->mDevice, &format, &formatChanged, stream.get());
     return stream;
 }
 
 CaptureStream::~CaptureStream() {
     AudioObjectRemovePropertyListener(mDevice, &kAlive, &aliveChanged, this);
+    for (const AudioObjectPropertyAddress &format : kFormat)
+        AudioObjectRemovePropertyListener(mDevice, &format, &formatChanged, this);
     if (!mProc)
         return;
     AudioDeviceStop(mDevice, mProc); // returns after the last cycle
@@ -158,6 +167,14 @@ void CaptureStream::detach(FrameQueue *queue) {
     waitForCycle();
 }
 
+OSStatus CaptureStream::formatChanged(AudioObjectID, std::uint32_t, const AudioObjectPropertyAddress *,
+                                      void *clientData) {
+    const auto &self = *static_cast<CaptureStream *>(clientData);
+    if (self.onFormatChanged)
+        self.onFormatChanged();
+    return kAudioHardwareNoError;
+}
+
 OSStatus CaptureStream::aliveChanged(AudioObjectID device, std::uint32_t, const AudioObjectPropertyAddress *,
                                      void *clientData) {
     auto &self = *static_cast<CaptureStream *>(clientData);
@@ -168,6 +185,8 @@ OSStatus CaptureStream::aliveChanged(AudioObjectID device, std::uint32_t, const 
     if (self.mAlive == (alive != 0))
         return kAudioHardwareNoError;
     self.mAlive = alive != 0;
+    if (self.mAlive)
+        (void)formatChanged(device, 0, nullptr, clientData);
     if (self.onAliveChanged)
         self.onAliveChanged(self.mAlive);
     return kAudioHardwareNoError;

@@ -52,6 +52,8 @@ public:
 
     // Told when the device goes (false) and when it comes back (true).
     std::function<void(bool alive)> onAliveChanged;
+    // Told when the device may no longer match, or may match again.
+    std::function<void()> onFormatChanged;
 
 private:
     CaptureStream(const CaptureDevice &device, double sampleRate, int channels);
@@ -60,6 +62,8 @@ private:
                           const AudioTimeStamp *inputTime, AudioBufferList *output, const AudioTimeStamp *outputTime,
                           void *clientData) noexcept [[clang::nonblocking]];
     void meetHole(FrameQueue &queue, const AudioTimeStamp &time) noexcept [[clang::nonblocking]];
+    static OSStatus formatChanged(AudioObjectID device, std::uint32_t count,
+                                  const AudioObjectPropertyAddress *addresses, void *clientData);
     static OSStatus aliveChanged(AudioObjectID device, std::uint32_t count, const AudioObjectPropertyAddress *addresses,
                                  void *clientData);
 

@@ -62,4 +62,12 @@ Failure noDevice() {
     return {QStringLiteral("There is no device to record from."), QStringLiteral("recording without an input")};
 }
 
+Failure formatChanged(const QString &name) {
+    return {
+        QStringLiteral("The device \"%1\" has changed its sample rate or its channels; what was recorded until then "
+                       "is kept. Start a new recording.")
+            .arg(name),
+        QStringLiteral("format of %1").arg(name)};
+}
+
 } // namespace cantorel::media::failures

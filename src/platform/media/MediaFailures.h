@@ -18,5 +18,7 @@ foundation::Failure notUnfinished(const QString &path);
 foundation::Failure nothingToRepair(const QString &path);
 foundation::Failure deviceNotOpened(const QString &name);
 foundation::Failure noDevice();
+// It has another sample rate or other channels than the recording began with.
+foundation::Failure formatChanged(const QString &name);
 
 } // namespace cantorel::media::failures

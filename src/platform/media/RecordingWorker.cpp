@@ -93,6 +93,34 @@ void RecordingWorker::stop(End end, std::size_t nextKeeps) {
     mWake.notify_one();
 }
 
+void RecordingWorker::waitAt(std::uint64_t position) {
+    const std::lock_guard lock(mMutex);
+    if (!mStopping)
+        mStopAt = position;
+}
+
+void RecordingWorker::goOn() {
+    const std::lock_guard lock(mMutex);
+    if (!mStopping)
+        mStopAt = kNever;
+    mWake.notify_one();
+}
+
+void RecordingWorker::stopAt(std::uint64_t position) {
+    const std::lock_guard lock(mMutex);
+    if (!mStopping) {
+        mStopping = true;
+        mEnd = End::Now;
+        mStopAt = std::min(mInput.queue->accepted(), position);
+        if (!mHolds.empty() && mHolds.back().to == kNever) {
+            Hold &hold = mHolds.back();
+            hold.to = hold.released = hold.from;
+            mStopAt = std::min(mStopAt, hold.from);
+        }
+    }
+    mWake.notify_one();
+}
+
 std::uint64_t RecordingWorker::frames() const {
     const std::lock_guard lock(mMutex);
     std::uint64_t end = std::min(mInput.queue->accepted(), mStopAt);

@@ -65,6 +65,10 @@ public:
     // it was held, and what is at hand then is left to the queue's next reader, up to nextKeeps frames.
     enum class End { Now, WithBlock };
     void stop(End end, std::size_t nextKeeps = 0);
+    // Reads no further than to a position of the queue until it may go on, or is ended there.
+    void waitAt(std::uint64_t position);
+    void goOn();
+    void stopAt(std::uint64_t position);
 
     std::uint64_t frames() const;       // captured for this file, up to now or its end
     std::uint64_t filledFrames() const; // of those, silence for what the device did not bring

@@ -401,6 +401,95 @@ TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
     }
 }
 
+// Nothing is recorded at a wrong pitch: the file ends with the last frame of the old rate, and the next recording has
+// the new one.
+TEST_F(ZQAudioRecorderTest, AnotherSampleRateOrOtherChannelsEndTheRecordingWithASentence) {
+    const auto replug = [this](double rate, int channels) {
+        mWorld.backend->unplug(mMicrophone->uniqueID);
+        mWorld.system->deliverChanges();
+        advance(300);
+        hal::SoftwareDevice device = hal::EmbeddedBackend::plainDevice(mMicrophone->uniqueID, kMicrophone, channels, 0);
+        device.record.sampleRate = rate;
+        mWorld.backend->plug(device);
+        mWorld.backend->setSource(mMicrophone->uniqueID, test::stamp);
+        mWorld.system->deliverChanges();
+    };
+    const struct {
+        const char *what;
+        std::function<void()> change;
+        double rate;
+    } cases[] = {
+        {"while it runs",
+         [&] {
+             ASSERT_TRUE(mWorld.backend->setSampleRate(mMicrophone->uniqueID, 44100));
+             mWorld.system->deliverChanges();
+         },
+         44100},
+        {"when it comes back", [&] { replug(96000, 2); }, 96000},
+        {"to one channel", [&] { replug(96000, 1); }, 96000},
+    };
+    for (const auto &[what, change, rate] : cases) {
+        SCOPED_TRACE(what);
+        mListener.finished.clear();
+        mListener.failures.clear();
+        mTapped.clear();
+        mRecorder->setAudioDevice(mMicrophone);
+        start("a.m4a");
+        advance(1000);
+        const std::int64_t before = frames();
+        change();
+        advance(600);
+        ASSERT_TRUE(finished());
+        EXPECT_FALSE(mListener.failures.front().isEmpty());
+        EXPECT_TRUE(mListener.failures.front().contains(kMicrophone));
+        EXPECT_FALSE(mRecorder->isRecording());
+        EXPECT_EQ(frames(), before);
+        expectUnbroken(static_cast<std::size_t>(before));
+        EXPECT_TRUE(packetsOf(contents(path("a.m4a"))));
+        // The next one is right.
+        mListener.finished.clear();
+        mTapped.clear();
+        start("b.m4a");
+        advance(1000);
+        EXPECT_NEAR(static_cast<double>(frames()), rate, 0.03 * rate);
+        mRecorder->stopRecording();
+        ASSERT_TRUE(finished());
+        EXPECT_EQ(mListener.failures.back(), QString());
+        mRecorder->setAudioDevice({});
+    }
+}
+
+// A server makes a device piece by piece: what is not yet right when it comes back is no reason to end.
+TEST_F(ZQAudioRecorderTest, ADeviceThatIsRightAgainSoonIsRecordedOnWithItsHole) {
+    const auto replug = [this](double rate) {
+        mWorld.backend->unplug(mMicrophone->uniqueID);
+        mWorld.system->deliverChanges();
+        hal::SoftwareDevice device = hal::EmbeddedBackend::plainDevice(mMicrophone->uniqueID, kMicrophone, 2, 0);
+        device.record.sampleRate = rate;
+        if (rate != 48000)
+            device.record.cycleFrames = 1 << 20; // it brings nothing yet
+        mWorld.backend->plug(device);
+        mWorld.backend->setSource(mMicrophone->uniqueID, test::stamp);
+        mWorld.system->deliverChanges();
+    };
+    mRecorder->setAudioDevice(mMicrophone);
+    start("a.m4a");
+    advance(1000);
+    mWorld.backend->unplug(mMicrophone->uniqueID);
+    mWorld.system->deliverChanges();
+    advance(500);
+    replug(44100);
+    advance(200);
+    replug(48000);
+    advance(1500);
+    EXPECT_TRUE(mRecorder->isRecording());
+    mRecorder->stopRecording();
+    ASSERT_TRUE(finished());
+    EXPECT_EQ(mListener.failures, std::vector<QString>{QString()});
+    EXPECT_NEAR(static_cast<double>(frames()), 3.2 * 48000, 1500);
+    EXPECT_EQ(mTapped.size(), static_cast<std::size_t>(frames()) * 2);
+}
+
 // The coder is not asked while the clock runs away: more than the queue holds is lost, and counted to the frame.
 TEST_F(ZQAudioRecorderTest, OverrunIsCounted) {
     mRecorder->setAudioDevice(mMicrophone);

@@ -132,6 +132,10 @@ bool DeviceIO::takeUp(HardwareBackend &backend, const Device &device,
     for (Entry &entry : mEntries) {
         if (!entry.engine->anyRunning() || entry.engine->stream())
             continue;
+        // The procedures were made for other channels: they wait until the device has those again.
+        if ((entry.input && entry.inputChannels != device.record.input.channels)
+            || (entry.output && entry.outputChannels != device.record.output.channels))
+            continue;
         DeviceStream *leader = entry.leaderDevice ? readingStreamOf(entry.leaderDevice) : nullptr;
         if (!entry.engine->open(backend, device.record.uid, leader))
             missing = true;
