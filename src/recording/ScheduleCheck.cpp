@@ -19,6 +19,9 @@ void moveToNextStart(ScheduleTaskInfo &task, const QDateTime &start) {
 ScheduleCheck checkTasks(const ScheduleTaskInfo::Tasks &tasks, const ScheduleTaskInfo *executed, const QDateTime &now) {
     ScheduleCheck result;
     for (const auto &task : tasks) {
+        // A start is a moment, as it is stored: one that followed the time zone would wander with it until the next
+        // load.
+        task->_fromTime = task->_fromTime.toUTC();
         QDateTime start = task->_fromTime;
         if (task->_daily) {
             start = ScheduleTaskInfo::getDateFromDailyTime(task->_fromTime, task->WeeksOn_, now).toUTC();

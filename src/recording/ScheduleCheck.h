@@ -15,8 +15,8 @@ struct ScheduleCheck {
     bool isDue() const { return closest && millisecondsToGo < 1000; }
 };
 
-// Looks at the list as at the moment. Daily tasks get their next start and end; nothing else changes. executed: is
-// never expired; may be null.
+// Looks at the list as at the moment. Daily tasks get their next start and end; nothing else changes, save that starts
+// are held in UTC. executed: is never expired; may be null.
 ScheduleCheck checkTasks(const ScheduleTaskInfo::Tasks &tasks, const ScheduleTaskInfo *executed, const QDateTime &now);
 
 } // namespace cantorel

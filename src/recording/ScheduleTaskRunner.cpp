@@ -55,7 +55,7 @@ void ScheduleTaskRunner::initScheduleTaskList() {
     mQuietUntil = {};
     Log(QStringLiteral("initScheduleTaskList task count: %1").arg(ScheduleTaskInfo::tasks().size()));
     if (!mTimer) {
-        mLastCheck = mLocalTime();
+        mLastCheck = mLocalTime().addMSecs(-kReplayStep); // so that the first tick looks at this moment, too
         mTimer = mClock.every(kInterval, [this] { (void)guarded("checkScheduleTask", [this] { tick(); }); });
     }
     Log(QStringLiteral("initScheduleTaskList end"));
@@ -134,6 +134,7 @@ void ScheduleTaskRunner::checkScheduleTask(const QDateTime &now) {
         ScheduleTaskInfo::setCurrentRuningTask(task);
         mStoppedByHand = false;
         task->_completed = false;
+        task->_repeatLoopedCount = 0; // A program that ended within the repetitions has stored what it had made.
         mFound = {};
         _execScheduleTask_();
         return;
@@ -153,6 +154,7 @@ void ScheduleTaskRunner::_execScheduleTask_() {
     const auto started = mRecorder.startTaskRecording(*task);
     if (started) {
         mAwaitsEnd = true;
+        mLastStart = mClock.now();
         mView.taskStarted(*task);
         return;
     }
@@ -260,7 +262,8 @@ void ScheduleTaskRunner::showCountdown(const QDateTime &now) const {
     TaskCountdown countdown;
     if (const TaskPtr task = m_currentScheduleTaskInfo) {
         countdown.taskName = task->_taskName;
-        countdown.seconds = std::max<qint64>(0, now.secsTo(task->dealtWithStart.addSecs(task->_duration)));
+        const qint64 passed = std::chrono::floor<std::chrono::seconds>(mClock.now() - mLastStart).count();
+        countdown.seconds = std::max<qint64>(0, task->_duration - passed);
         countdown.isExecuted = true;
     } else if (mFound.closest) {
         countdown.taskName = mFound.closest->_taskName;

@@ -103,7 +103,8 @@ private:
     std::unique_ptr<foundation::Timer> mTimer;
     std::shared_ptr<ScheduleTaskInfo> m_currentScheduleTaskInfo;
     bool mStoppedByHand = false;
-    bool mAwaitsEnd = false; // of a recording of the executed task
+    bool mAwaitsEnd = false;                  // of a recording of the executed task
+    foundation::Clock::Duration mLastStart{}; // of one of its recordings
     QDateTime mLastCheck;
     QDateTime mSkippedUntil; // the schedule was not looked at from the last check but one until then
     ScheduleCheck mFound;    // by the last check

@@ -8,6 +8,8 @@
 #include "settings/UserDefaultFunctions.h"
 
 #include <QDir>
+#include <QMap>
+#include <QSet>
 
 #include <gtest/gtest.h>
 #include <time.h>
@@ -80,6 +82,8 @@ TEST(ScheduleRule, AWalkFromAPassedStartDeliberatelyPassesOverSunday) {
     EXPECT_EQ(next("2026-01-01 08:00:00", {0, 3}, "2026-07-11 09:00:00"), "2026-07-12 08:00:00") << "the other walk";
     EXPECT_EQ(next("2026-01-01 08:00:00", {1, 3}, "2026-07-13 09:00:00"), "2026-07-15 08:00:00");
     EXPECT_EQ(next("2026-01-01 08:00:00", {6, 7}, "2026-07-11 09:00:00"), "2026-07-12 08:00:00") << "tested as 7";
+    EXPECT_EQ(next("2026-01-01 00:00:00", {6, 0}, "2026-07-11 23:59:59"), "2026-07-18 00:00:00")
+        << "no moment of the Sunday lies before its midnight";
 }
 
 TEST(ScheduleRule, WalksEndWhateverTheSet) {
@@ -113,6 +117,35 @@ TEST(ScheduleRule, OnDaysOfClockChangesTheTimeOfDayIsWhatThePersonExpects) {
     EXPECT_EQ(shown(ScheduleTaskInfo::getDateFromDailyTime(local("2026-07-05 02:30:00"), {0}, secondTime)),
               "2026-11-01 02:30:00")
         << "an hour that comes twice starts a task once";
+}
+
+// Clocks that change at midnight, by half an hour, by two hours, and not at all.
+TEST(ScheduleRule, InEveryZoneADailyTaskHasOneStartADate) {
+    for (const char *zone : {"Africa/Cairo", "Asia/Beirut", "Australia/Lord_Howe", "Antarctica/Troll",
+                             "America/New_York", "Asia/Kathmandu"}) {
+        for (const QTime timeOfDay : {QTime(0, 30), QTime(1, 45), QTime(2, 15), QTime(23, 59, 59)}) {
+            liveIn(zone);
+            const QDateTime time(QDate(2026, 2, 2), timeOfDay);
+            QDateTime now(QDate(2026, 3, 1), QTime(0, 0), Qt::UTC);
+            QMap<QDate, QSet<qint64>> starts;
+            int moved = 0;
+            for (int step = 0; step < 300 * 48; ++step, now = now.addSecs(1800)) {
+                const QDateTime start =
+                    ScheduleTaskInfo::getDateFromDailyTime(time, {0, 1, 2, 3, 4, 5, 6}, now).toLocalTime();
+                // The walk passes over Sunday, so a start is at most two days away.
+                ASSERT_GE(start, now) << zone;
+                ASSERT_LE(now.secsTo(start), 2 * 86'400 + 7200) << zone;
+                if (auto &ofDate = starts[start.date()]; !ofDate.contains(start.toSecsSinceEpoch())) {
+                    ofDate << start.toSecsSinceEpoch();
+                    moved += start.time() != timeOfDay ? 1 : 0;
+                }
+            }
+            for (auto it = starts.cbegin(); it != starts.cend(); ++it)
+                EXPECT_EQ(it->size(), 1) << zone << " " << it.key().toString(Qt::ISODate).toStdString();
+            EXPECT_LE(moved, 1) << zone << ": only where the clocks leap over it";
+            EXPECT_GE(starts.size(), 299) << zone;
+        }
+    }
 }
 
 TEST(ScheduleRule, TheTimeOfDayOnTodaysDateLosesItsFraction) {

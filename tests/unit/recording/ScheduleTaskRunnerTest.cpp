@@ -247,6 +247,61 @@ TEST_F(ScheduleTaskRunnerTest, TheLoopedCountIsStoredAtEveryEnd) {
     EXPECT_EQ(ScheduleTaskInfo::tasks()[0]->_repeatLoopedCount, 1);
 }
 
+TEST_F(ScheduleTaskRunnerTest, ADailyTaskThatACrashCutShortMakesAllItsRecordingsTheNextDay) {
+    const auto task = add("a", "2026-07-12 08:00:00", 5, {0, 1});
+    task->_repeatEnabled = true;
+    task->_repeatTotalCount = 3;
+    task->_repeatLoopedCount = 2; // as a killed program has stored it
+    ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+    begin("2026-07-13 07:59:50");
+    pass(60);
+    EXPECT_EQ(told(), "07-13 08:00 start a 1; 07-13 08:00 start a(1) 1; 07-13 08:00 start a(2) 1; end a");
+}
+
+TEST_F(ScheduleTaskRunnerTest, EveryRepetitionCountsDownToItsOwnEnd) {
+    begin("2026-07-12 07:59:58");
+    add("a", "2026-07-12 08:00:00", 10)->_repeatEnabled = true;
+    pass(4);
+    EXPECT_NEAR(static_cast<double>(countdown.seconds), 7, 1);
+    while (events.size() < 2)
+        second();
+    pass(3);
+    EXPECT_NEAR(static_cast<double>(countdown.seconds), 7, 1);
+}
+
+TEST_F(ScheduleTaskRunnerTest, AStartInTheProgramsFirstSecondIsKept) {
+    for (const int milliseconds : {1, 400, 999}) {
+        ScheduleTaskInfo::tasks().clear();
+        add("a", "2026-07-12 08:00:00", 5);
+        ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+        startOfTime = QDateTime(QDate(2026, 7, 12), QTime(8, 0)).addMSecs(-milliseconds).toUTC();
+        startOfTime = startOfTime.addMSecs(-std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count());
+        ScheduleTaskRunner fresh(*this, *this, clock, [this] { return now(); });
+        fresh.initScheduleTaskList();
+        clock.advance(1s);
+        EXPECT_EQ(events.filter(QStringLiteral("start a")).size(), 1) << milliseconds << told();
+        recording = false;
+        fresh.taskRecordingDidEnd();
+        told();
+    }
+}
+
+TEST_F(ScheduleTaskRunnerTest, AJourneyThroughTimeZonesStartsNothingTwiceAndLosesNothing) {
+    begin("2026-07-12 07:59:50");
+    add("daily", "2026-07-12 08:00:00", 5, {0, 1, 2, 3, 4, 5, 6});
+    add("once", "2026-07-12 12:00:00", 5);
+    for (const char *zone : {"America/New_York", "Asia/Tokyo", "Pacific/Apia", "Europe/Berlin", "UTC"}) {
+        pass(1'800);
+        qputenv("TZ", zone);
+        ::tzset();
+    }
+    pass(86'400 + 9'000 - 120);
+    const QStringList starts = events.filter(QStringLiteral("start"));
+    EXPECT_EQ(starts.filter(QStringLiteral("once")).size(), 1);
+    EXPECT_EQ(starts.filter(QStringLiteral("daily")).size(), 2);
+    EXPECT_TRUE(events.filter(QStringLiteral("missed")).isEmpty()) << told();
+}
+
 TEST_F(ScheduleTaskRunnerTest, ALateTickReplaysTenSecondsAndWhatWasSleptThroughIsReported) {
     begin("2026-07-12 07:59:50");
     add("a", "2026-07-12 08:00:00", 5);
