@@ -32,6 +32,7 @@ TEST_F(ManualClockTest, TimersCallInTheOrderOfTimeAfterTheDevices) {
         turnsBefore = turns.size();
     });
     const auto once = clock.after(milliseconds(25), note());
+    const auto atOnce = clock.after(milliseconds(0), [] {});
     clock.advance(milliseconds(65));
     EXPECT_EQ(calls, (std::vector<long>{25, 30, 60}));
     EXPECT_EQ(turns[turnsBefore - 1], 60);

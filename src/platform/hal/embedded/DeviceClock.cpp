@@ -41,8 +41,8 @@ void ManualClock::step(Duration target, bool withTimers) {
             break;
         mNow = std::max(mNow, next);
         if (timer && timer->due < turn) { // At one moment the devices come first.
-            const auto missed = (mNow - timer->due) / timer->interval;
-            timer->due = timer->repeats ? timer->due + (missed + 1) * timer->interval : Duration::max();
+            timer->due =
+                timer->repeats ? mNow + timer->interval - (mNow - timer->due) % timer->interval : Duration::max();
             timer->action();
         }
     }
