@@ -96,6 +96,8 @@ Result<QString> takePlaceOf(const QString &inputFile, const QString &converted) 
 
 } // namespace
 
+QString AudioConverter::extensionOf(int index) { return QString::fromLatin1(kFormats[validIndex(index)].extension); }
+
 QStringList AudioConverter::recordingArguments(int index, const QString &inputFile, const QString &outputFile) {
     index = validIndex(index);
     QStringList arguments = {QStringLiteral("-i"), inputFile};

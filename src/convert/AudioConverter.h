@@ -34,6 +34,9 @@ public:
     static foundation::Result<QString> convertRecording(int index, const QString &inputFile,
                                                         const Surroundings &surroundings);
 
+    // The extension of what that format makes.
+    static QString extensionOf(int index);
+
     // The converter's arguments for an input and the output it writes.
     static QStringList recordingArguments(int index, const QString &inputFile, const QString &outputFile);
 
