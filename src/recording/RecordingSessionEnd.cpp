@@ -1,0 +1,193 @@
+#include "log/GuardedAction.h"
+#include "platform/media/RecordingRepair.h"
+#include "platform/media/SoundReader.h"
+#include "recording/RecordingSession.h"
+#include "settings/AppSettings.h"
+#include "util/ToolFile.h"
+#include "util/ToolString.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <utility>
+
+// What becomes of a file that has ended, and what follows it.
+
+namespace cantorel {
+
+using foundation::Failure;
+using foundation::Result;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto kRestartInterval = 1s;
+constexpr int kMostFailuresInARow = 3;
+
+} // namespace
+
+void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
+                                                                    const std::optional<Failure> &failure) {
+    const FinishedRecording recording{url.toLocalFile(), duration, mRecordManager->recordedFileSize(),
+                                      mRecordManager->droppedFrames()};
+    mIsWriting = false;
+    mTaskSecondsBefore += duration;
+    if (failure && !stopRecordingByRemoveFile) {
+        interrupted(recording, *failure);
+        return;
+    }
+    AppSettings::setOutputFileName({});
+    const bool removed = std::exchange(stopRecordingByRemoveFile, false) || !QFileInfo::exists(recording.file);
+    mRecordManager->clear();
+    if (removed || recording.seconds <= 0) {
+        if (mCurRecordAudioInfo)
+            mList.remove(*mCurRecordAudioInfo);
+        mJournal.end(recording.file);
+        if (!failure)
+            QFile::remove(recording.file); // It holds nothing.
+        end({failure   ? failure->sentence
+             : removed ? QStringLiteral("\"%1\" was removed while it was being recorded; choose a folder that stays.")
+                             .arg(recording.file)
+                       : QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time.").arg(mDevice),
+             {}});
+        return;
+    }
+    mFailuresInARow = 0;
+    filter(recording);
+    if (mCurRecordAudioInfo)
+        complete(recording);
+    AppSettings::setrecordNameBaseOn(AppSettings::recordNameBaseOn() + 1);
+    goOn();
+}
+
+void RecordingSession::filter(const FinishedRecording &recording) {
+    const int shortest = AppSettings::autoFilterSeconds();
+    if (!AppSettings::isAutoFilterAudioFile() || shortest < 1 || shortest <= recording.seconds)
+        return;
+    if (!QFile::remove(recording.file)) {
+        mList.addInvalidFile(recording.file);
+        return;
+    }
+    mJournal.end(recording.file);
+    if (mCurRecordAudioInfo) {
+        if (mCurRecordAudioInfo->shutdownEnable)
+            mCurRecordAudioInfo->ShutdownMonitorDelegate->shutdownRequestedBy(*mCurRecordAudioInfo);
+        mList.remove(*mCurRecordAudioInfo);
+    }
+    mView.recordingFiltered(recording.file, recording.seconds);
+}
+
+void RecordingSession::complete(const FinishedRecording &recording) {
+    RecordedAudioInfo &item = *mCurRecordAudioInfo;
+    const QString size = ToolFile::fileSizeFormatterToString(recording.bytes);
+    item.isRecording = false;
+    item.setStatus({});
+    item.Seconds = recording.seconds;
+    item.setDuration(ToolString::stringFromDuration(recording.seconds));
+    item.setSize(size);
+    mList.save(item);
+    // What could not be closed, on a full disk for one, is closed by the next start of the program.
+    if (!media::isUnfinished(recording.file))
+        mJournal.end(recording.file);
+    convert(recording);
+    Log(QStringLiteral("did stop record succ :\n{\n    Path = %1\n    Duration = %2 s\n    FileSize = %3\n}")
+            .arg(recording.file, QString::number(recording.seconds, 'f', 2), size));
+}
+
+void RecordingSession::convert(FinishedRecording recording) {
+    mView.recordingConverting(recording.file);
+    mConversions.convertRecordedfileFormat(*mCurRecordAudioInfo, [this, recording](const Result<QString> &result) {
+        FinishedRecording finished = recording;
+        if (result) {
+            finished.file = result.value();
+            finished.bytes = QFileInfo(finished.file).size();
+            mView.recordingFinished(finished);
+        } else {
+            mView.recordingFailed(
+                {result.failure().sentence, QFile::exists(recording.file) ? recording.file : QString()});
+        }
+        settle();
+    });
+}
+
+// After an error the recording is started again, at most once a second, until three have brought nothing.
+void RecordingSession::interrupted(const FinishedRecording &recording, const Failure &failure) {
+    Log(QStringLiteral("did stop record failed"));
+    const bool goesOn = mIsRecording || isSplitting();
+    stopTimers();
+    mRecordManager->stopRecord();
+    mRecordManager->clear();
+    if (QFileInfo(recording.file).size() > 0)
+        mKept = recording.file;
+    // What was captured is more than what is in the file.
+    const auto written = media::openSound(recording.file, 44100, 2);
+    const double seconds = written ? written.value()->durationSeconds() : 0;
+    if (mCurRecordAudioInfo) {
+        mCurRecordAudioInfo->isRecording = false;
+        mCurRecordAudioInfo->setStatus({});
+        mCurRecordAudioInfo->setDuration(ToolString::stringFromDuration(seconds));
+        mList.save(*mCurRecordAudioInfo);
+    }
+    if (!media::isUnfinished(recording.file))
+        mJournal.end(recording.file);
+    mFailuresInARow = seconds >= 1 ? 0 : mFailuresInARow + 1;
+    isStoppedBySilence = isAutoSplitEverySeconds = false;
+    if (!goesOn || mFailuresInARow >= kMostFailuresInARow) {
+        end({failure.sentence, mKept});
+        return;
+    }
+    mIsRecording = true;
+    mView.recordingInterrupted({failure.sentence, mKept});
+    mTimerRestart = mClock.after(std::max(mLastStart + kRestartInterval - mClock.now(), foundation::Clock::Duration(0)),
+                                 [this] { (void)guarded("startAgain", [this] { startAgain(); }); });
+}
+
+void RecordingSession::startAgain() {
+    if (const auto started = startRecording(); !started)
+        end({started.failure().sentence, mKept});
+}
+
+// What follows a file that is whole: the next one, or the end.
+void RecordingSession::goOn() {
+    mCurRecordAudioInfo.clear();
+    if (!isSplitting() && !mStartsAfterFile) {
+        endTask();
+        settle();
+        return;
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (!isSplitting() && !mStartsAfterFile) { // Stopped meanwhile.
+                end({});
+                return;
+            }
+            isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
+            (void)guarded("startAgain", [this] { startAgain(); });
+        },
+        Qt::QueuedConnection);
+}
+
+void RecordingSession::endTask() {
+    mTaskSecondsBefore = 0;
+    if (mTask)
+        tasks->taskRecordingDidEnd();
+}
+
+// Nothing follows.
+void RecordingSession::end(const RecordingTrouble &trouble) {
+    isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
+    mFailuresInARow = 0;
+    mCurRecordAudioInfo.clear();
+    if (mRecordManager)
+        mRecordManager->stopRecord(); // It may still wait for the next file of a split.
+    if (mIsRecording)
+        showStopped();
+    endTask();
+    if (!trouble.sentence.isEmpty())
+        mView.recordingFailed(trouble);
+    mKept.clear();
+    settle();
+}
+
+} // namespace cantorel
