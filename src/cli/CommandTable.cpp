@@ -5,6 +5,7 @@
 #include "cli/DriverCommand.h"
 #include "cli/HotkeysCommand.h"
 #include "cli/LangCommand.h"
+#include "cli/LibraryCommand.h"
 #include "cli/RecordCommand.h"
 #include "cli/SettingsCommand.h"
 #include "cli/TasksCommand.h"
@@ -56,7 +57,7 @@ int fail(const Outcome &outcome) {
 std::span<const AddCommand> allCommands() {
     static constexpr AddCommand kCommands[] = {addDoctorCommand,  addDevicesCommand,  addDriverCommand,
                                                addRecordCommand,  addSettingsCommand, addTasksCommand,
-                                               addHotkeysCommand, addLangCommand};
+                                               addHotkeysCommand, addLangCommand,     addLibraryCommand};
     return kCommands;
 }
 

@@ -4,9 +4,11 @@
 #include "recording/StoredList.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
+#include "util/ToolFile.h"
 
 #include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 
 #include <algorithm>
@@ -146,6 +148,24 @@ void RecordedList::remove(RecordedAudioInfo &item) {
 void RecordedList::save(const RecordedAudioInfo &item) {
     if (const std::size_t at = indexOf(item); at < mItems.size())
         store(kSet, at);
+}
+
+foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QString &name) {
+    const QFileInfo file(item.getFileName());
+    const QString clean = ToolFile::cleanFileName(name);
+    const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
+    const QString renamed = file.path() + QLatin1Char('/') + clean + suffix;
+    QString why;
+    if (clean.isEmpty() || QFileInfo::exists(renamed))
+        return foundation::Failure{
+            QStringLiteral("\"%1\" is no free name for a file here; choose another.").arg(clean + suffix), {}};
+    if (!ToolFile::moveFileFromPath(file.filePath(), renamed, &why))
+        return foundation::Failure{
+            QStringLiteral("\"%1\" can't be renamed; check the rights of its folder.").arg(file.filePath()), why};
+    item.setFileName(renamed);
+    save(item);
+    changed();
+    return {};
 }
 
 void RecordedList::move(std::size_t from, std::size_t to) {

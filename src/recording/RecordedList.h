@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Clock.h"
+#include "platform/foundation/Result.h"
 #include "recording/ListJournal.h"
 #include "recording/RecordedAudioInfo.h"
 
@@ -49,6 +50,8 @@ public:
     void remove(RecordedAudioInfo &item);
     // Stores what has changed in the item.
     void save(const RecordedAudioInfo &item);
+    // Renames the file beside itself, keeping its extension; nothing is overwritten.
+    foundation::Result<void> rename(RecordedAudioInfo &item, const QString &name);
     void move(std::size_t from, std::size_t to);
 
     // The sweeper's set: a file that shall go as soon as it exists, and one that shall not after all.

@@ -1,5 +1,6 @@
 #include "cli/CommandTable.h"
 #include "cli/TerminalAsker.h"
+#include "recording/RecordedAudioInfo.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"
@@ -8,6 +9,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -35,6 +37,45 @@ CommandRun run(const QStringList &arguments, std::span<const AddCommand> command
 QStringList words(const char *text) { return QString::fromUtf8(text).split(QLatin1Char(' ')); }
 
 QJsonObject json(const QString &line) { return QJsonDocument::fromJson(line.toUtf8()).object(); }
+
+TEST(LibraryCommand, ListsRenamesAndRemovesWithoutLosingAnything) {
+    const QTemporaryDir folder;
+    const QString one = folder.filePath(QStringLiteral("One.mp3")), two = folder.filePath(QStringLiteral("Two.mp3"));
+    QVariantList stored;
+    for (const QString &path : {one, two}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        stored.append(archivedItem({path, "00:00:05", "1.00 MB", "now", "somebody", {}, {}}));
+    }
+    AppSettings::setRecordedMovieList(stored);
+    const CommandRun listed = run(words("--json library list"));
+    ASSERT_EQ(listed.out.size(), 2);
+    EXPECT_EQ(json(listed.out[1])[QStringLiteral("file")], two);
+    EXPECT_EQ(json(listed.out[0])[QStringLiteral("artist")], QStringLiteral("somebody"));
+
+    const QString other = folder.filePath(QStringLiteral("Other.mp3"));
+    const struct {
+        QStringList arguments;
+        int status;
+        bool one, two, other;
+    } cases[] = {{{"library", "rename", one, "Two"}, 1, true, true, false},
+                 {{"library", "rename", one, "/"}, 2, true, true, false},
+                 {{"library", "rename", other, "X"}, 1, true, true, false},
+                 {{"library", "rename", one, "Ot/her"}, 0, false, true, true},
+                 {{"library", "remove", one}, 1, false, true, true},
+                 {{"library", "remove", two}, 0, false, true, true},
+                 {{"library", "remove", other, "--delete"}, 0, false, true, false}};
+    for (const auto &[arguments, status, hasOne, hasTwo, hasOther] : cases) {
+        SCOPED_TRACE(arguments.join(QLatin1Char(' ')).toStdString());
+        const CommandRun done = run(arguments);
+        EXPECT_EQ(done.status, status);
+        EXPECT_EQ(done.error.isEmpty(), status == 0);
+        EXPECT_EQ(QFile::exists(one), hasOne);
+        EXPECT_EQ(QFile::exists(two), hasTwo);
+        EXPECT_EQ(QFile::exists(other), hasOther);
+    }
+    EXPECT_TRUE(run(words("library list")).out.isEmpty());
+}
 
 TEST(SettingsCommand, GetAnswersWhatTheGetterAnswersInItsOwnType) {
     EXPECT_EQ(run(words("settings get audioFormat")).out, QStringList{QStringLiteral("0")});
