@@ -61,7 +61,7 @@ TEST(LibraryCommand, ListsRenamesAndRemovesWithoutLosingAnything) {
     } cases[] = {{{"library", "rename", one, "Two"}, 1, true, true, false},
                  {{"library", "rename", one, "/"}, 2, true, true, false},
                  {{"library", "rename", other, "X"}, 1, true, true, false},
-                 {{"library", "rename", one, "Ot/her"}, 0, false, true, true},
+                 {{"library", "rename", one, "Other/"}, 0, false, true, true},
                  {{"library", "remove", one}, 1, false, true, true},
                  {{"library", "remove", two}, 0, false, true, true},
                  {{"library", "remove", other, "--delete"}, 0, false, true, false}};

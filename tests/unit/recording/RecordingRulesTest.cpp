@@ -266,7 +266,8 @@ TEST_F(RecordingRulesTest, AListSurvivesAndKeepsItsOrder) {
     again.initRecordedList();
     ASSERT_EQ(again.items().size(), 2u);
     EXPECT_EQ(QFileInfo(again.items()[0]->getFileName()).fileName(), "Track2.wav");
-    EXPECT_EQ(again.items()[0]->duration(), "00:00:02");
+    EXPECT_EQ(again.items()[0]->duration(), list.items()[0]->duration());
+    EXPECT_GE(again.items()[0]->duration(), QStringLiteral("00:00:02"));
     EXPECT_EQ(again.items()[0]->status(), QString());
     EXPECT_FALSE(again.items()[0]->isProcessing);
 }
