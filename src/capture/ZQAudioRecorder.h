@@ -35,6 +35,8 @@ public:
 
     // A recording ends when its disk has less room, in bytes.
     void setDiskReserve(std::uint64_t bytes) { mAudioFileOutput->diskReserve = bytes; }
+    // Names a free file for a recording whose folder was removed meanwhile, on another thread.
+    void setRescue(std::function<QString(const QString &path)> rescue) { mAudioFileOutput->rescue = std::move(rescue); }
     // Sees the exact frames that are handed to the coder, on another thread; for tests.
     void setTap(std::function<void(std::span<const float> interleavedStereo)> tap);
 

@@ -4,6 +4,7 @@
 #include "capture/ZQAVRecorderKit.h"
 #include "log/Log.h"
 #include "platform/hal/HardwareSystem.h"
+#include "recording/RecordingNames.h"
 #include "settings/AppSettings.h"
 
 #include <QFile>
@@ -66,6 +67,7 @@ bool RecordManager::start(const QUrl &file) {
         return false;
     mAudioRecorder->delegate = this;
     mAudioRecorder->setIsShowAudioLevel(true);
+    mAudioRecorder->setRescue(rescuePath);
     mAudioRecorder->takeOver(std::exchange(mContinuation, {}));
 
     mSource = AppSettings::getAudioType();

@@ -1,10 +1,10 @@
 #include "recording/RecordingSession.h"
 
 #include "audio_device/ZQAudioKextKit.h"
-#include "convert/AudioConverter.h"
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
 #include "platform/hal/HardwareSystem.h"
+#include "recording/RecordingNames.h"
 #include "recording/RecordingSpace.h"
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
@@ -71,19 +71,6 @@ Result<void> prepareDevices(int source) {
             QStringLiteral("createAggregateDevice failed")};
     AppSettings::saveToUserDefaultsForKeyObjectValue(kOldAggregateKey, made);
     return {};
-}
-
-// A name that neither a recording has nor what it will be converted to: it must still be free when that has ended.
-QString freeRecordingPath(const QString &chosen) {
-    const QString extension = AudioConverter::extensionOf(AppSettings::getAudioFormat());
-    const auto isFree = [&](const QString &path) {
-        return !QFileInfo::exists(path) && !QFileInfo::exists(ToolFile::pathWithExtension(path, extension));
-    };
-    QString path = ToolString::renameFromFilePath(chosen, 0);
-    const QString base = ToolFile::pathWithExtension(chosen, {});
-    for (qint64 n = 1; !isFree(path); ++n)
-        path = QStringLiteral("%1(%2).m4a").arg(base).arg(n);
-    return path;
 }
 
 } // namespace

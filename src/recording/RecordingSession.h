@@ -107,6 +107,7 @@ private:
 
     void interrupted(const FinishedRecording &recording, const foundation::Failure &failure);
     void startAgain();
+    void rescued(const QString &file);
     void filter(const FinishedRecording &recording);
     void complete(const FinishedRecording &recording);
     void convert(FinishedRecording recording);

@@ -32,6 +32,8 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
                                       mRecordManager->droppedFrames()};
     mIsWriting = false;
     mTaskSecondsBefore += duration;
+    if (!mFile.isEmpty() && recording.file != mFile)
+        rescued(recording.file);
     if (failure && !stopRecordingByRemoveFile) {
         interrupted(recording, *failure);
         return;
@@ -58,6 +60,20 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
         complete(recording);
     AppSettings::setrecordNameBaseOn(AppSettings::recordNameBaseOn() + 1);
     goOn();
+}
+
+// The folder was removed, and what was recorded is in another now. Nothing follows.
+void RecordingSession::rescued(const QString &file) {
+    mJournal.end(mFile);
+    (void)mJournal.begin(file); // Ended as that of any file.
+    if (mCurRecordAudioInfo)
+        mCurRecordAudioInfo->setFileName(file);
+    stopRecordingByRemoveFile = isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
+    mView.recordingEndsEarly(
+        QStringLiteral("The folder of \"%1\" was removed while it was recorded to, so the recording "
+                       "was ended; what was recorded is kept in \"%2\".")
+            .arg(mFile, QFileInfo(file).path()));
+    mFile = file;
 }
 
 void RecordingSession::filter(const FinishedRecording &recording) {

@@ -44,8 +44,9 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     RecordingWorker::Events events;
     events.tap = tap;
     events.started = [=, this] { post([=, this] { workerStarted(number, path); }); };
-    events.finished = [=, this](const std::optional<Failure> &failure) {
-        post([=, this] { workerFinished(number, path, failure); });
+    events.rescue = rescue;
+    events.finished = [=, this](const QString &file, const std::optional<Failure> &failure) {
+        post([=, this] { workerFinished(number, file, failure); });
     };
     RecordingContinuation before = std::exchange(mNext, {});
     auto queue = before.queue ? before.queue : makeRecordingQueue(stream->channels(), stream->sampleRate());

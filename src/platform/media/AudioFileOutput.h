@@ -29,7 +29,7 @@ public:
 
     // The first frames are here. Not told for a recording that ends before.
     virtual void captureOutputDidStartRecording(AudioFileOutput &, const QString & /*path*/) {}
-    // Once for each recording; nothing when the file is whole.
+    // Once for each recording, with where its file is; nothing when it is whole.
     virtual void captureOutputDidFinishRecording(AudioFileOutput &, const QString & /*path*/,
                                                  const std::optional<foundation::Failure> &) {}
     // The device of a running recording has gone, or has come back; the recording stays open meanwhile, and what is
@@ -72,6 +72,10 @@ public:
 
     // Sees the exact frames that are handed to the coder, on the worker's thread; for tests, set before a recording.
     std::function<void(std::span<const float> interleavedStereo)> tap;
+
+    // Names a free file for what was recorded when its folder was removed meanwhile; the recording is then told to have
+    // ended there. On the worker's thread; set before a recording.
+    std::function<QString(const QString &path)> rescue;
 
     // A recording ends when its disk has less room; in bytes, set before a recording.
     std::uint64_t diskReserve = kDiskReserve;

@@ -26,6 +26,10 @@ public:
     // Writes the rest and closes the file. Once only.
     foundation::Result<FileForm> finish();
 
+    // See FragmentedFile.
+    bool isLost() const { return mFile->isLost(); }
+    foundation::Result<void> copyTo(const QString &path) const { return mFile->copyTo(path); }
+
     std::int64_t inputFrames() const { return mInputFrames; }
     std::uint64_t bytes() const { return mFile->bytes(); }
     const AacFormat &format() const { return mEncoder->format(); }

@@ -4,11 +4,13 @@
 #include "platform/media/MovieBoxes.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <utility>
 
@@ -20,6 +22,38 @@ namespace {
 
 // The kernel has every fragment at once; this is how much a power cut may take.
 constexpr int kSecondsBetweenSyncs = 5;
+
+// 0 or an errno.
+int writeAll(int file, std::uint64_t position, std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::pwrite(file, bytes.data(), bytes.size(), static_cast<off_t>(position));
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            return errno;
+        }
+        // A short write is followed by the error that explains it.
+        position += static_cast<std::uint64_t>(written);
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
+int copyAll(int from, int to) {
+    std::array<std::uint8_t, 1 << 16> bytes;
+    for (std::uint64_t position = 0;;) {
+        const ssize_t got = ::pread(from, bytes.data(), bytes.size(), static_cast<off_t>(position));
+        if (got == 0)
+            return ::fsync(to) == 0 ? 0 : errno;
+        if (got < 0 && errno != EINTR)
+            return errno;
+        if (got < 0)
+            continue;
+        if (const int error = writeAll(to, position, std::span(bytes).first(static_cast<std::size_t>(got))))
+            return error;
+        position += static_cast<std::uint64_t>(got);
+    }
+}
 
 } // namespace
 
@@ -50,18 +84,24 @@ std::unique_ptr<FragmentedFile> FragmentedFile::resume(const QString &path, foun
 }
 
 int FragmentedFile::writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::pwrite(mFile.get(), bytes.data(), bytes.size(), static_cast<off_t>(position));
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return errno;
-        }
-        // A short write is followed by the error that explains it.
-        position += static_cast<std::uint64_t>(written);
-        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    return writeAll(mFile.get(), position, bytes);
+}
+
+bool FragmentedFile::isLost() const {
+    struct stat state {};
+    return ::fstat(mFile.get(), &state) == 0 && state.st_nlink == 0 && !QFileInfo(QFileInfo(mPath).path()).isDir();
+}
+
+Result<void> FragmentedFile::copyTo(const QString &path) const {
+    const foundation::FileDescriptor copy(
+        ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+    if (!copy.isOpen())
+        return failures::cannotCreate(path, errno);
+    if (const int error = copyAll(mFile.get(), copy.get())) {
+        QFile::remove(path);
+        return failures::cannotCreate(path, error);
     }
-    return 0;
+    return {};
 }
 
 void FragmentedFile::cutBack() {

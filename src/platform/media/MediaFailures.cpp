@@ -44,6 +44,13 @@ Failure reserveReached(const QString &path) {
         QStringLiteral("disk reserve reached for %1").arg(path)};
 }
 
+Failure notRescued(const QString &path, const Failure &why) {
+    return {QStringLiteral("The folder of \"%1\" was removed while it was recorded to, and what was recorded could not "
+                           "be copied to another one; choose a folder that stays.")
+                .arg(path),
+            why.detail};
+}
+
 Failure notUnfinished(const QString &path) {
     return {QStringLiteral("\"%1\" is no unfinished recording.").arg(path), QStringLiteral("no mark in %1").arg(path)};
 }

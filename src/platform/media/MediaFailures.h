@@ -14,6 +14,8 @@ foundation::Failure cannotRead(const QString &path, int error);
 foundation::Failure writeFailed(const QString &path, int error);
 // Told before the disk is full; the file is whole.
 foundation::Failure reserveReached(const QString &path);
+// Its folder was removed; why it could not be copied to another.
+foundation::Failure notRescued(const QString &path, const foundation::Failure &why);
 foundation::Failure notUnfinished(const QString &path);
 foundation::Failure nothingToRepair(const QString &path);
 foundation::Failure deviceNotOpened(const QString &name);

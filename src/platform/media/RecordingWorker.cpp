@@ -137,7 +137,8 @@ std::uint64_t RecordingWorker::filledFrames() const {
 void RecordingWorker::run() {
     pthread_setname_np(pthread_self(), "recorder");
     blockFileSizeSignal();
-    mEvents.finished(record());
+    const std::optional<Failure> failure = record();
+    mEvents.finished(mPath, failure);
 }
 
 std::optional<Failure> RecordingWorker::record() {
@@ -165,9 +166,23 @@ std::optional<Failure> RecordingWorker::record() {
     // Also after a failure: what is in the file shall be played.
     const auto closed = writer.finish();
     mBytes.store(writer.bytes(), std::memory_order_relaxed);
+    const auto rescued = rescue(writer);
     if (!written)
         return written.failure();
+    if (!rescued)
+        return rescued.failure();
     return closed ? std::nullopt : std::optional(closed.failure());
+}
+
+Result<void> RecordingWorker::rescue(const AudioFileWriter &writer) {
+    if (!mEvents.rescue || mWritten == 0 || !writer.isLost())
+        return {};
+    const QString path = mEvents.rescue(mPath);
+    const auto copied = writer.copyTo(path);
+    if (!copied)
+        return failures::notRescued(mPath, copied.failure());
+    mPath = path;
+    return {};
 }
 
 void RecordingWorker::completeBlock() {

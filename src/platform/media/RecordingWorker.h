@@ -39,8 +39,10 @@ class RecordingWorker {
 public:
     struct Events {
         std::function<void()> started; // the first frames are here
-        // Nothing when the file is whole; once, whatever happens, and nothing after it.
-        std::function<void(std::optional<foundation::Failure>)> finished;
+        // Where the file is, and nothing when it is whole; once, whatever happens, and nothing after it.
+        std::function<void(const QString &path, std::optional<foundation::Failure>)> finished;
+        // Names a free file to copy the finished one to when it was removed together with its folder. Optional.
+        std::function<QString(const QString &path)> rescue;
         // Sees the frames that are handed to the coder; for tests.
         std::function<void(std::span<const float> interleavedStereo)> tap;
     };
@@ -86,6 +88,7 @@ private:
 
     void run();
     std::optional<foundation::Failure> record();
+    foundation::Result<void> rescue(const AudioFileWriter &writer);
     bool waitForFrames(); // false: stopped
     void completeBlock();
     bool passHolds();    // false while one lasts
@@ -93,7 +96,7 @@ private:
     std::size_t readyNow();
     foundation::Result<void> drain(AudioFileWriter &writer);
 
-    const QString mPath;
+    QString mPath; // another once the file was rescued
     const RecordingInput mInput;
     const std::uint64_t mDiskReserve;
     const Events mEvents;

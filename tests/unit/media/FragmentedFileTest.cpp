@@ -5,6 +5,7 @@
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/RecordedPackets.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -13,6 +14,7 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <functional>
 
 namespace cantorel::media {
 namespace {
@@ -24,7 +26,7 @@ using testing::plainFormat;
 using testing::stampedPackets;
 
 class FragmentedFileTest : public ::testing::Test {
-protected:
+public:
     QString path(const char *name) const { return mFolder.filePath(QString::fromLatin1(name)); }
 
     // Files of this process end at this size from now on, as on a full disk.
@@ -80,6 +82,43 @@ TEST_F(FragmentedFileTest, UnwritableFolderIsToldInOneSentence) {
     const auto file = FragmentedFile::create(path("missing/a.m4a"), plainFormat());
     ASSERT_FALSE(file);
     EXPECT_TRUE(file.failure().sentence.contains(QStringLiteral("cannot be created")));
+}
+
+// Who removes a file means it; a folder goes with what is in it by mistake, or with a disk.
+TEST_F(FragmentedFileTest, AFileThatWasRemovedWithItsFolderIsLostAndCanStillBeCopied) {
+    const struct {
+        const char *what;
+        std::function<void(FragmentedFileTest &)> remove;
+        bool lost;
+    } cases[] = {{"nothing", [](auto &) {}, false},
+                 {"the file", [](auto &test) { QFile::remove(test.path("tree/folder/a.m4a")); }, false},
+                 {"the folder elsewhere",
+                  [](auto &test) { QDir().rename(test.path("tree/folder"), test.path("tree/other")); }, false},
+                 {"the folder", [](auto &test) { QDir(test.path("tree/folder")).removeRecursively(); }, true},
+                 {"the tree", [](auto &test) { QDir(test.path("tree")).removeRecursively(); }, true}};
+    for (const auto &[what, remove, lost] : cases) {
+        SCOPED_TRACE(what);
+        QDir().mkpath(path("tree/folder"));
+        auto file = FragmentedFile::create(path("tree/folder/a.m4a"), plainFormat());
+        ASSERT_TRUE(file);
+        ASSERT_TRUE(file.value()->append(stampedPackets(0, 47)));
+        remove(*this);
+        EXPECT_EQ(file.value()->isLost(), lost);
+        ASSERT_TRUE(file.value()->append(stampedPackets(47, 3)));
+        ASSERT_TRUE(file.value()->finish(50000));
+        ASSERT_TRUE(file.value()->copyTo(path("copy.m4a")));
+        EXPECT_EQ(packetsOf(contents(path("copy.m4a"))), expectedPackets(50));
+        EXPECT_FALSE(isUnfinished(path("copy.m4a")));
+        EXPECT_FALSE(file.value()->copyTo(path("copy.m4a"))) << "nothing is replaced";
+        EXPECT_EQ(packetsOf(contents(path("copy.m4a"))), expectedPackets(50));
+        QFile::remove(path("copy.m4a"));
+    }
+    auto file = FragmentedFile::create(path("a.m4a"), plainFormat());
+    ASSERT_TRUE(file.value()->append(stampedPackets(0, 47)));
+    fillDiskAt(file.value()->bytes() - 1);
+    const auto copied = file.value()->copyTo(path("copy.m4a"));
+    ASSERT_FALSE(copied);
+    EXPECT_FALSE(QFile::exists(path("copy.m4a"))) << "half a copy helps nobody";
 }
 
 // Wherever the disk becomes full, the file keeps its whole fragments and what it says is true.

@@ -32,10 +32,11 @@ public:
     void recordingResumed() override { pauses.append("resumed"); }
     void recordingControlsDidChange(const RecordingControls &shown) override { controls = shown; }
     void recordingSettled() override { ++settled; }
+    void recordingEndsEarly(const QString &sentence) override { early.append(sentence); }
     void recordingRecovered(const RecordingJournal::Recovered &recording) override { recovered.append(recording.file); }
 
     QString file, device, kept;
-    QStringList silent, lost, failed, interrupted, filtered, recovered, pauses;
+    QStringList silent, lost, failed, interrupted, filtered, recovered, pauses, early;
     RecordingControls controls;
     int settled = 0;
     std::vector<FinishedRecording> finished;
@@ -270,6 +271,49 @@ TEST_F(RecordingSessionTest, FileThatIsRemovedMeanwhileEndsTheRecordingAtOnce) {
     EXPECT_EQ(view.kept, QString());
     EXPECT_EQ(output(), "Built-in Output");
     EXPECT_FALSE(session.isRecording());
+}
+
+TEST_F(RecordingSessionTest, AFolderThatIsRemovedMeanwhileCostsNothingThatWasRecorded) {
+    const QString music = AppSettings::defaultMusicDirectoryPath();
+    AppSettings::setAudioFormat(4);
+    for (const char *when : {"recording", "paused", "splitting"}) {
+        SCOPED_TRACE(when);
+        const QString chosen = folder.path() + "/tree/folder";
+        ASSERT_TRUE(QDir().mkpath(chosen));
+        standardUserDefaults().setArgument(QString::fromLatin1(setting::kOutputFolderPath.key), chosen);
+        view = {};
+        ASSERT_EQ(refusal(0), QString());
+        ASSERT_TRUE(stepUntil([&] { return !view.file.isEmpty(); }));
+        world.advance(1000);
+        const QString lost = view.file;
+        ASSERT_TRUE(lost.startsWith(chosen));
+        // Neither the name nor that of its conversion is free there.
+        const QString name = QFileInfo(lost).completeBaseName();
+        ASSERT_TRUE(QDir().mkpath(music));
+        testing::store(music + '/' + name + ".m4a", "other");
+        testing::store(music + '/' + name + "(1).wav", "other");
+        if (QByteArray(when) == "paused")
+            session.pauseRecording();
+        if (QByteArray(when) == "splitting")
+            session.splitRecording();
+        ASSERT_TRUE(QDir(folder.path() + "/tree").removeRecursively());
+        ASSERT_TRUE(stepUntil([&] { return session.isSettled(); })) << "nobody has to stop it";
+        EXPECT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
+        ASSERT_EQ(view.early.size(), 1);
+        EXPECT_TRUE(view.early.first().contains(lost) && view.early.first().contains(music));
+        ASSERT_EQ(view.finished.size(), 1u);
+        EXPECT_EQ(view.finished[0].file, music + '/' + name + "(2).wav");
+        EXPECT_GE(view.finished[0].seconds, 1.0);
+        EXPECT_GT(QFileInfo(view.finished[0].file).size(), 48000 * 4);
+        ASSERT_NE(list.itemWithFile(view.finished[0].file), nullptr);
+        EXPECT_EQ(list.itemWithFile(lost), nullptr);
+        EXPECT_EQ(output(), "Built-in Output");
+        world.advance(3000);
+        EXPECT_FALSE(session.isRecording());
+        EXPECT_FALSE(QFile::exists(chosen)) << "nothing is made where somebody has removed it";
+    }
+    session.recover();
+    EXPECT_TRUE(view.recovered.isEmpty()) << "nothing is left to be looked at";
 }
 
 } // namespace cantorel
