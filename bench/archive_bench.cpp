@@ -31,8 +31,8 @@ QVariantList recordings(int count) {
     for (int i = 0; i < count; ++i) {
         ArchivedObject item{QStringLiteral("RecordedAudioInfo"), {}};
         for (const char *key : {"fileName", "duration", "size", "dateAdded", "artist", "album", "title"})
-            item.values.insert(QString::fromLatin1(key),
-                               QStringLiteral("%1 of recording %2").arg(QString::fromLatin1(key)).arg(i));
+            item.values[QString::fromLatin1(key)] =
+                QStringLiteral("%1 of recording %2").arg(QString::fromLatin1(key)).arg(i);
         list << QVariant::fromValue(item);
     }
     return list;

@@ -27,9 +27,10 @@ QString lastComponent(const QString &path) { return path.mid(path.lastIndexOf(QL
 
 QVariant archivedItem(const RecordedAudioFields &fields) {
     foundation::ArchivedObject object{kClassName, {}};
+    object.values.reserve(std::size(kStoredFields));
     for (const StoredField &field : kStoredFields)
-        object.values.insert(field.key, fields.*field.member);
-    return QVariant::fromValue(object);
+        object.values[field.key] = fields.*field.member;
+    return QVariant::fromValue(std::move(object));
 }
 
 std::optional<RecordedAudioFields> recordedAudioFields(const QVariant &archivedItem) {
@@ -40,8 +41,8 @@ std::optional<RecordedAudioFields> recordedAudioFields(const QVariant &archivedI
         return {};
     RecordedAudioFields fields;
     for (const StoredField &field : kStoredFields) {
-        const auto value = object->values.constFind(field.key);
-        if (value != object->values.constEnd() && value->typeId() == QMetaType::QString)
+        const QVariant *value = object->values.find(field.key);
+        if (value && value->typeId() == QMetaType::QString)
             fields.*field.member = value->toString();
     }
     if (fields._fileName.isEmpty())

@@ -68,7 +68,7 @@ private:
         return value.typeId() == type ? value : QVariant();
     }
 
-    const QVariantMap &mValues;
+    const foundation::ArchivedValues &mValues;
 };
 
 } // namespace

@@ -5,6 +5,8 @@
 #include <QDateTime>
 #include <QHash>
 
+#include <algorithm>
+
 namespace cantorel::foundation {
 
 namespace {
@@ -123,10 +125,10 @@ private:
 
     Uid encodeObject(const ArchivedObject &object) {
         Entries entries;
-        entries.reserve(static_cast<std::size_t>(object.values.size()) + 1);
+        entries.reserve(object.values.size() + 1);
         entries.emplace_back(mWriter.key(QStringLiteral("$class")), classOf(object.className));
-        for (auto entry = object.values.begin(); entry != object.values.end(); ++entry)
-            entries.emplace_back(mWriter.key(entry.key()), member(entry.value()));
+        for (const auto &[key, value] : object.values)
+            entries.emplace_back(mWriter.key(key), member(value));
         return add(mWriter.dictionary(entries));
     }
 
@@ -136,6 +138,40 @@ private:
 };
 
 } // namespace
+
+ArchivedValues::ArchivedValues(std::initializer_list<Entry> entries) {
+    mEntries.reserve(entries.size());
+    for (const auto &[key, value] : entries)
+        (*this)[key] = value;
+}
+
+const QVariant *ArchivedValues::find(const QString &key) const {
+    // A handful, which is walked faster than searched.
+    for (const auto &[name, value] : mEntries)
+        if (name == key)
+            return &value;
+    return nullptr;
+}
+
+QVariant ArchivedValues::value(const QString &key) const {
+    const QVariant *found = find(key);
+    return found ? *found : QVariant();
+}
+
+QVariant &ArchivedValues::operator[](const QString &key) {
+    const auto place = std::lower_bound(mEntries.begin(), mEntries.end(), key,
+                                        [](const Entry &entry, const QString &name) { return entry.first < name; });
+    if (place != mEntries.end() && place->first == key)
+        return place->second;
+    return mEntries.emplace(place, key, QVariant())->second;
+}
+
+QStringList ArchivedValues::keys() const {
+    QStringList keys;
+    for (const auto &entry : mEntries)
+        keys.append(entry.first);
+    return keys;
+}
 
 QByteArray archivedData(const QVariant &rootObject) { return Archiver().archive(rootObject); }
 

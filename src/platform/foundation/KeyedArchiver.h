@@ -4,15 +4,44 @@
 #include <QRectF>
 #include <QVariant>
 
+#include <initializer_list>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace cantorel::foundation {
+
+// What one object encoded, in the order of its keys: a map in one piece of memory, since lists hold such objects by the
+// hundred thousand.
+class ArchivedValues {
+public:
+    using Entry = std::pair<QString, QVariant>;
+
+    ArchivedValues() = default;
+    ArchivedValues(std::initializer_list<Entry> entries);
+
+    // The value under the key; null when there is none.
+    const QVariant *find(const QString &key) const;
+    QVariant value(const QString &key) const;
+    // The value under the key, made null where there was none.
+    QVariant &operator[](const QString &key);
+    void reserve(std::size_t count) { mEntries.reserve(count); }
+    QStringList keys() const;
+
+    std::size_t size() const { return mEntries.size(); }
+    auto begin() const { return mEntries.begin(); }
+    auto end() const { return mEntries.end(); }
+    bool operator==(const ArchivedValues &) const = default;
+
+private:
+    std::vector<Entry> mEntries;
+};
 
 // One object of a keyed archive: the name of its class and what it encoded under each key. Model classes turn their
 // stored fields into one and back.
 struct ArchivedObject {
     QString className;
-    QVariantMap values;
+    ArchivedValues values;
     bool operator==(const ArchivedObject &) const = default;
 };
 

@@ -187,6 +187,7 @@ private:
 
     std::optional<QVariant> archivedObject(const QString &className, const Fields &values, int depth) {
         ArchivedObject result{className, {}};
+        result.values.reserve(values.entries.size());
         for (const auto &[key, ref] : values.entries) {
             if (key == QLatin1String("$class"))
                 continue;
@@ -194,9 +195,9 @@ private:
             auto value = item.kind == Kind::Scalar ? std::optional(item.value) : referenced(item, depth + 1);
             if (!value)
                 return std::nullopt;
-            result.values.insert(key, *std::move(value));
+            result.values[key] = *std::move(value);
         }
-        return QVariant::fromValue(result);
+        return QVariant::fromValue(std::move(result));
     }
 
     BinaryPlistReader &mReader;

@@ -63,7 +63,7 @@ TEST_F(RecordedListTest, ItemsStoreSevenFieldsAndNothingElse) {
     EXPECT_EQ(recordedAudioFields(back->toList().value(0)), fields);
     // What is none of ours, or damaged, is no recording; fields of another type are empty.
     using foundation::ArchivedObject;
-    const QVariantMap wrong{{"_fileName", 7}};
+    const foundation::ArchivedValues wrong{{"_fileName", 7}};
     EXPECT_FALSE(recordedAudioFields(QVariant(QStringLiteral("text"))));
     EXPECT_FALSE(recordedAudioFields(QVariant::fromValue(ArchivedObject{"RecordedAudioInfo", wrong})));
     EXPECT_FALSE(recordedAudioFields(QVariant::fromValue(ArchivedObject{"Other", {{"_fileName", "a"}}})));
