@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # CPU and memory of a running recording against pw-record piped into ffmpeg with the same coder settings, both in one
-# private server, fed with the same sound, one after the other. Prints ratios.
+# private server, fed with the same sound, one after the other. Prints ratios, and what the main thread takes of a core:
+# the timers of the session, the levels and the schedule run there and nothing else does.
 # usage: bench/recording.sh [seconds=60]
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -19,6 +20,7 @@ feed() { # feed PORT-PREFIX-OF-TARGET: plays the sound into it for the rest of t
 }
 cpu() { awk '{ print $14 + $15 }' "/proc/$1/stat"; }          # clock ticks
 resident() { awk '/VmRSS/ { print $2 }' "/proc/$1/status"; }  # KiB
+main_thread() { cut -d' ' -f1 "/proc/$1/task/$1/schedstat"; }  # nanoseconds on a core
 ticks=$(getconf CLK_TCK)
 
 # measure NAME PID...: CPU and memory of the processes over the seconds, once they have settled
@@ -39,8 +41,12 @@ measure() {
 
 ours() { # ours NAME SOURCE
     "$cli" record --source "$2" --format 4 --skip-silence off --folder "$out" --quiet >/dev/null 2>&1 &
-    local pid=$!
+    local pid=$! before
+    sleep 2
+    before=$(main_thread "$pid")
     measure "$1" "$pid"
+    awk -v t=$(($(main_thread "$pid") - before)) -v s=$((seconds + 2)) \
+        'BEGIN { printf "%-44s %.2f %%\n", "its main thread, of one core", t / s / 1e7 }'
     kill -KILL "$pid" # its conversion is not what is measured
     wait "$pid" 2>/dev/null || true
 }
