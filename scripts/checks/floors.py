@@ -13,6 +13,7 @@ FOREIGN = {
     r"^libav|^libsw": ["platform/media/ffmpeg"],
     r"^pipewire/|^spa/": ["platform/hal/pipewire"],
     r"^plist/": ["platform/foundation"],
+    r"^libxml/": ["platform/foundation"],
     r"^unicode/": ["util"],
     r"^QtDBus|^QDBus": ["platform/desktop", "cli", "app"],
     r"^QtWidgets|^QWidget|^QMessageBox|^QDialog": ["ui", "app", "editor/views"],

@@ -1,0 +1,63 @@
+#include "platform/foundation/XmlDocument.h"
+
+#include "platform/foundation/XmlHandles.h"
+
+#include <limits>
+
+namespace cantorel::foundation {
+
+namespace {
+
+const xmlChar *xmlName(const char *text) { return reinterpret_cast<const xmlChar *>(text); }
+
+// A null text is a null string.
+QString stringOf(const XmlText &text) {
+    return text ? QString::fromUtf8(reinterpret_cast<const char *>(text.get())) : QString();
+}
+
+xmlDoc *docOf(const std::shared_ptr<void> &document) { return static_cast<xmlDoc *>(document.get()); }
+
+} // namespace
+
+QString XmlElement::attribute(const char *name) const {
+    return stringOf(XmlText(xmlGetProp(static_cast<xmlNode *>(mNode), xmlName(name))));
+}
+
+QString XmlElement::text() const { return stringOf(XmlText(xmlNodeGetContent(static_cast<xmlNode *>(mNode)))); }
+
+Result<XmlDocument> XmlDocument::parse(const QByteArray &bytes) {
+    const auto failed = [](const QString &why) {
+        return Failure{QStringLiteral("This is no XML document."), why.trimmed()};
+    };
+    if (bytes.size() > std::numeric_limits<int>::max())
+        return failed(QStringLiteral("too large"));
+    const XmlParser parser(xmlNewParserCtxt());
+    if (!parser)
+        return failed(QStringLiteral("no memory"));
+    constexpr int kOptions = XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+    std::shared_ptr<void> document(
+        xmlCtxtReadMemory(parser.get(), bytes.constData(), static_cast<int>(bytes.size()), nullptr, nullptr, kOptions),
+        [](void *held) { xmlFreeDoc(static_cast<xmlDoc *>(held)); });
+    if (!document || !xmlDocGetRootElement(docOf(document))) {
+        const xmlError *error = xmlCtxtGetLastError(parser.get());
+        return failed(error ? QString::fromUtf8(error->message) : QStringLiteral("empty"));
+    }
+    return XmlDocument(std::move(document));
+}
+
+std::optional<XmlElement> XmlDocument::first(const char *path) const {
+    const XmlSearch search(xmlXPathNewContext(docOf(mDocument)));
+    if (!search)
+        return std::nullopt;
+    xmlXPathSetContextNode(xmlDocGetRootElement(docOf(mDocument)), search.get());
+    search->error = [](void *, xmlErrorPtr) {}; // A path that is none finds nothing, and says no more.
+    const XmlFound found(xmlXPathEvalExpression(xmlName(path), search.get()));
+    if (!found || found->type != XPATH_NODESET || xmlXPathNodeSetIsEmpty(found->nodesetval))
+        return std::nullopt;
+    xmlNode *node = found->nodesetval->nodeTab[0];
+    if (node->type != XML_ELEMENT_NODE)
+        return std::nullopt;
+    return XmlElement(node);
+}
+
+} // namespace cantorel::foundation

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace cantorel::foundation {
+
+// One element of a document, and as long as that.
+class XmlElement {
+public:
+    // Null when the element does not have it; empty when it is empty.
+    QString attribute(const char *name) const;
+    // What stands in it and in all that it holds.
+    QString text() const;
+
+private:
+    friend class XmlDocument;
+    explicit XmlElement(void *node) : mNode(node) {}
+    void *mNode;
+};
+
+// An XML text, read tolerantly: what is broken in it is passed over as far as that can be. Reaches for nothing outside
+// the text. One thread at a time.
+class XmlDocument {
+public:
+    // Fails when there is nothing that could be read; the failure's detail says why.
+    static Result<XmlDocument> parse(const QByteArray &bytes);
+
+    // The first element that the path finds from the root; nothing for a path that finds none or is no path.
+    std::optional<XmlElement> first(const char *path) const;
+
+private:
+    explicit XmlDocument(std::shared_ptr<void> document) : mDocument(std::move(document)) {}
+    std::shared_ptr<void> mDocument;
+};
+
+} // namespace cantorel::foundation
