@@ -138,7 +138,9 @@ Result<void> RecordingSession::prepare() {
     if (const QString trouble = folderTrouble(AppSettings::outputPath()); !trouble.isEmpty())
         return Failure{trouble, trouble};
     mSource = AppSettings::getAudioType();
-    return prepareDevices(mSource);
+    const auto prepared = prepareDevices(mSource);
+    mLacksDevice = !prepared;
+    return prepared;
 }
 
 // Empty when the person has been asked and does not want to.
@@ -167,6 +169,7 @@ Result<void> RecordingSession::startRecording() {
         return {};
     }
     mTimerRestart.reset();
+    mLacksDevice = false;
     if (const auto prepared = prepare(); !prepared)
         return prepared;
     mView.stopPlayback();
@@ -189,7 +192,10 @@ Result<void> RecordingSession::begin(const QString &file) {
     }
     mFile.clear();
     mDisplay = {};
+    mSplitsOnceBack = false;
     mLastStart = mClock.now();
+    if (mIsDeviceAway)
+        deviceIsAway(false);
     const bool started = mRecordManager->startRecord(QUrl::fromLocalFile(file));
     if (started) {
         Log(QStringLiteral("will start record succ"));
@@ -231,6 +237,7 @@ void RecordingSession::showStopped() {
     stopTimers();
     isPausedByUser = false;
     ispausedBySilence = false;
+    mIsDeviceAway = false; // Nobody waits for it any more.
     showControls();
     mDisplay = {};
     mDisplay.size = ToolFile::fileSizeFormatterToString(0);
@@ -259,6 +266,9 @@ void RecordingSession::stopRecording() {
 
 void RecordingSession::splitRecording() {
     if (!mIsRecording || !mIsWriting)
+        return;
+    mSplitsOnceBack = mIsDeviceAway; // The next file could not begin.
+    if (mIsDeviceAway)
         return;
     isAutoSplitEverySeconds = true;
     stopRecording();
@@ -384,8 +394,16 @@ void RecordingSession::showRunning() {
     }
     // Without a period every refresh would split.
     const int period = AppSettings::autoSplitEverySeconds();
-    if (AppSettings::isAutoSplitEverySeconds() && period >= 1 && mDisplay.seconds >= period)
+    if (mSplitsOnceBack || (AppSettings::isAutoSplitEverySeconds() && period >= 1 && mDisplay.seconds >= period))
         splitRecording();
+}
+
+void RecordingSession::deviceIsAway(bool away) {
+    mIsDeviceAway = away;
+    if (away)
+        mView.recordingDeviceLost(mDevice);
+    else
+        mView.recordingDeviceBack(mDevice);
 }
 
 void RecordingSession::_displaySoundSymbol() {
@@ -414,7 +432,7 @@ void RecordingSession::updateAudioLevels() {
     }
     if (!AppSettings::isAutoSkipSilence() || !AppSettings::isAutoSplitAudioFile())
         return;
-    if (silenceDuration < AppSettings::autoSplitSeconds()) {
+    if (silenceDuration < AppSettings::autoSplitSeconds() || mIsDeviceAway) {
         plusSilenceDuration();
         return;
     }

@@ -86,9 +86,10 @@ private:
     void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
                                                       const std::optional<foundation::Failure> &failure) override;
     void RecordManagerUpdateAudioLevel(RecordManager &, float level) override;
-    void RecordManagerDeviceLost(RecordManager &) override { mView.recordingDeviceLost(mDevice); }
-    void RecordManagerDeviceBack(RecordManager &) override { mView.recordingDeviceBack(mDevice); }
+    void RecordManagerDeviceLost(RecordManager &) override { deviceIsAway(true); }
+    void RecordManagerDeviceBack(RecordManager &) override { deviceIsAway(false); }
 
+    void deviceIsAway(bool away);
     QString chooseFile() const;
     foundation::Result<void> prepare();
     foundation::Result<void> begin(const QString &file);
@@ -145,6 +146,9 @@ private:
     bool isStoppedBySilence = false;      // the last stop was a split by silence; a recording follows
     bool isAutoSplitEverySeconds = false; // the same of a split by period, or by hand
     bool stopRecordingByRemoveFile = false;
+    bool mIsDeviceAway = false; // of the running recording, or before one that is waited for
+    bool mSplitsOnceBack = false;
+    bool mLacksDevice = false; // why the last start was refused
     int mFailuresInARow = 0;
     foundation::Clock::Duration mLastStart{};
     QString mKept; // by the last error

@@ -158,9 +158,20 @@ void RecordingSession::interrupted(const FinishedRecording &recording, const Fai
                                  [this] { (void)guarded("startAgain", [this] { startAgain(); }); });
 }
 
+// A device that has gone between two files is waited for as within one.
 void RecordingSession::startAgain() {
-    if (const auto started = startRecording(); !started)
+    const auto started = startRecording();
+    if (started)
+        return;
+    if (!mLacksDevice) {
         end({started.failure().sentence, mKept});
+        return;
+    }
+    if (!mIsDeviceAway)
+        deviceIsAway(true);
+    mIsRecording = true;
+    showControls();
+    mTimerRestart = mClock.after(kRestartInterval, [this] { (void)guarded("startAgain", [this] { startAgain(); }); });
 }
 
 // What follows a file that is whole: the next one, or the end.

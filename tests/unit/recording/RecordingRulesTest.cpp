@@ -21,10 +21,12 @@ public:
     void recordingDisplay(const RecordingDisplay &shown) override { display = shown; }
     void recordingControlsDidChange(const RecordingControls &shown) override { controls = shown; }
     void recordingSettled() override { ++settled; }
+    void recordingDeviceLost(const QString &) override { devices += 'l'; }
+    void recordingDeviceBack(const QString &) override { devices += 'b'; }
 
     QStringList started, failed, filtered;
     std::vector<FinishedRecording> finished;
-    QByteArray pauses;
+    QByteArray pauses, devices;
     RecordingDisplay display;
     RecordingControls controls;
     int settled = 0;
@@ -68,6 +70,15 @@ public:
                 }));
             }
         }
+    }
+    void unplug() {
+        world.backend->unplug(QStringLiteral("builtin_microphone"));
+        world.system->deliverChanges();
+    }
+    void plug() {
+        world.backend->plug(hal::EmbeddedBackend::plainDevice(QStringLiteral("builtin_microphone"),
+                                                              QStringLiteral("Built-in Microphone"), 2, 0));
+        world.system->deliverChanges();
     }
     bool settles() {
         return stepUntil([&] { return session.isSettled(); });
@@ -129,6 +140,67 @@ TEST_F(RecordingRulesTest, AStopBetweenTwoFilesOfASplitEndsItAll) {
     EXPECT_EQ(view.finished.size(), 1u);
     EXPECT_EQ(view.started.size(), 1);
     EXPECT_EQ(output(), "Built-in Output");
+}
+
+// The next file could not begin: whatever wants to split waits for the device as the recording does.
+TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
+    AppSettings::setAudioType(1);
+    for (const bool byHand : {false, true}) {
+        SCOPED_TRACE(byHand);
+        view = {};
+        AppSettings::setIsAutoSplitEverySeconds(!byHand);
+        AppSettings::setAutoSplitEverySeconds(60);
+        const auto began = world.clock->now();
+        start();
+        pass(2.8);
+        unplug();
+        AppSettings::setAutoSplitEverySeconds(2); // due at once
+        if (byHand)
+            session.splitRecording();
+        pass(3);
+        EXPECT_TRUE(session.isRecording());
+        EXPECT_EQ(view.started.size(), 1);
+        EXPECT_EQ(view.devices, "l");
+        plug();
+        pass(1.5);
+        EXPECT_EQ(view.devices, "lb");
+        EXPECT_EQ(view.started.size(), 2) << "made up for";
+        const double passed = static_cast<double>((world.clock->now() - began).count()) / 1e9;
+        session.stopRecording();
+        ASSERT_TRUE(settles());
+        EXPECT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
+        ASSERT_EQ(view.finished.size(), 2u);
+        EXPECT_NEAR(totalSeconds(), passed, 0.2) << "and what is missing is silence";
+    }
+}
+
+TEST_F(RecordingRulesTest, ADeviceThatGoesBetweenTwoFilesIsWaitedFor) {
+    AppSettings::setAudioType(1);
+    for (const bool comesBack : {true, false}) {
+        SCOPED_TRACE(comesBack);
+        view = {};
+        start();
+        pass(1);
+        session.splitRecording();
+        unplug();
+        ASSERT_TRUE(stepUntil([&] { return view.devices == "l"; }));
+        world.advance(3000);
+        EXPECT_TRUE(session.isRecording() && !session.isSettled());
+        EXPECT_TRUE(view.controls.startShowsStop);
+        EXPECT_TRUE(view.failed.isEmpty());
+        plug();
+        if (comesBack) {
+            ASSERT_TRUE(stepUntil([&] { return view.started.size() == 2; }));
+            EXPECT_EQ(view.devices, "lb");
+            pass(1);
+        }
+        session.stopRecording();
+        ASSERT_TRUE(settles());
+        world.advance(3000);
+        EXPECT_FALSE(session.isRecording()) << "who has stopped it does not wait";
+        EXPECT_TRUE(view.failed.isEmpty());
+        EXPECT_EQ(view.finished.size(), comesBack ? 2u : 1u);
+    }
 }
 
 // The counter adds up all silence: 1 s, then sound, then 2 s.

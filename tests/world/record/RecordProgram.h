@@ -29,7 +29,10 @@ protected:
         bool begins() {
             return eventually([&] { return has("started"); });
         }
-        void signal(int number) const { ::kill(static_cast<pid_t>(process.processId()), number); }
+        void signal(int number) const {
+            if (const qint64 id = process.processId(); id > 0) // 0 is this program with its whole group.
+                ::kill(static_cast<pid_t>(id), number);
+        }
         int status() {
             if (!eventually([&] { return process.state() == QProcess::NotRunning; }, 40000))
                 test::finish(process, SIGKILL);
