@@ -60,6 +60,8 @@ void addLangCommand(CLI::App &root, CommandSession &session) {
                 return Outcome::wrongUsage(
                     QStringLiteral("There is no language \"%1\"; \"cantorel-cli lang list\" shows all of them.")
                         .arg(name));
+            const QString code = QString::fromStdString(arguments->code);
+            Lang::ChangeLanguage(code.isEmpty() ? name : Lang::GetLangNameFromCode(code));
             return get(session, QString::fromStdString(arguments->key));
         };
     });

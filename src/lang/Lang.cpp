@@ -1,7 +1,11 @@
 #include "lang/Lang.h"
 
 #include "lang/LangTable.h"
+#include "log/Log.h"
+#include "platform/foundation/SearchPaths.h"
+#include "platform/foundation/XmlDocument.h"
 
+#include <QFile>
 #include <QHash>
 
 #include <algorithm>
@@ -83,6 +87,32 @@ QString Lang::getLanguageFileName(const QString &displayName) {
         if (language.displayName == displayName)
             return language.name;
     return {};
+}
+
+void Lang::ChangeLanguage(const QString &name) {
+    const QString language = name.isEmpty() ? QStringLiteral("English") : name;
+    // The name comes from the settings, and no setting shall name a file elsewhere.
+    QFile file(foundation::resourcePath(QStringLiteral("lang/%1.xml").arg(language)));
+    if (!isLanguageName(language) || !file.open(QIODevice::ReadOnly))
+        return;
+    const QByteArray content = file.readAll();
+    if (content.isEmpty())
+        return;
+    const auto document = foundation::XmlDocument::parse(content);
+    if (!document) {
+        Log(QStringLiteral("xml document alloc error :%1").arg(document.failure().detail));
+        return;
+    }
+    for (const TextGroup *group : textGroups()) {
+        const auto element = document.value().first(group->path);
+        // Files made elsewhere know nothing of our own windows.
+        if (!element && group == &langtexts::kWindow)
+            continue;
+        for (const TextRow &row : group->rows)
+            if (row.attribute)
+                currentTexts().insert(QString::fromLatin1(row.key),
+                                      element ? element->attribute(row.attribute) : QString());
+    }
 }
 
 bool Lang::isKey(const QString &key) { return currentTexts().contains(key); }

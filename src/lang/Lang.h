@@ -30,6 +30,10 @@ public:
     static QStringList getAllLanguages();
     static QString getLanguageFileName(const QString &displayName);
 
+    // Loads every text from the language's file, for all at once; English for an empty name. Where the file cannot be
+    // read nothing changes. A text that the file does not have is null from then on, not the built-in one.
+    static void ChangeLanguage(const QString &name);
+
     // A text by its key; null for an unknown key. The keys below are spelled as language files spell them.
     static bool isKey(const QString &key);
     static QString text(const QString &key);
@@ -436,6 +440,75 @@ public:
     static QString video2mp3ExampleUrl() { return builtInOrLoaded("video2mp3ExampleUrl"); }
     static QString video2mp3ConvertLocalFile() { return builtInOrLoaded("video2mp3ConvertLocalFile"); }
     static QString video2mp3Extract() { return builtInOrLoaded("video2mp3Extract"); }
+
+    // Windows.
+    static QString windowRecord() { return builtInOrLoaded("windowRecord"); }
+    static QString windowSplitNow() { return builtInOrLoaded("windowSplitNow"); }
+    static QString windowFinishing() { return builtInOrLoaded("windowFinishing"); }
+    static QString windowWaitingForSound() { return builtInOrLoaded("windowWaitingForSound"); }
+    static QString windowDeviceLost() { return builtInOrLoaded("windowDeviceLost"); }
+    static QString windowNothingHeard() { return builtInOrLoaded("windowNothingHeard"); }
+    static QString windowTimeLeft() { return builtInOrLoaded("windowTimeLeft"); }
+    static QString windowRecordsInto() { return builtInOrLoaded("windowRecordsInto"); }
+    static QString windowMeterName() { return builtInOrLoaded("windowMeterName"); }
+    static QString windowPictureName() { return builtInOrLoaded("windowPictureName"); }
+    static QString windowLostFrames() { return builtInOrLoaded("windowLostFrames"); }
+    static QString windowSearchRecordings() { return builtInOrLoaded("windowSearchRecordings"); }
+    static QString windowEmptyLibrary() { return builtInOrLoaded("windowEmptyLibrary"); }
+    static QString windowNothingFound() { return builtInOrLoaded("windowNothingFound"); }
+    static QString windowArtist() { return builtInOrLoaded("windowArtist"); }
+    static QString windowAlbum() { return builtInOrLoaded("windowAlbum"); }
+    static QString windowName() { return builtInOrLoaded("windowName"); }
+    static QString windowState() { return builtInOrLoaded("windowState"); }
+    static QString windowRemaining() { return builtInOrLoaded("windowRemaining"); }
+    static QString windowRemoveFromList() { return builtInOrLoaded("windowRemoveFromList"); }
+    static QString windowMoveToWastebasket() { return builtInOrLoaded("windowMoveToWastebasket"); }
+    static QString windowRemoved() { return builtInOrLoaded("windowRemoved"); }
+    static QString windowMovedToWastebasket() { return builtInOrLoaded("windowMovedToWastebasket"); }
+    static QString windowSeveralRemoved() { return builtInOrLoaded("windowSeveralRemoved"); }
+    static QString windowSeveralMoved() { return builtInOrLoaded("windowSeveralMoved"); }
+    static QString windowUndo() { return builtInOrLoaded("windowUndo"); }
+    static QString windowPosition() { return builtInOrLoaded("windowPosition"); }
+    static QString windowStopPlaying() { return builtInOrLoaded("windowStopPlaying"); }
+    static QString windowFileReady() { return builtInOrLoaded("windowFileReady"); }
+    static QString windowRecordingFailed() { return builtInOrLoaded("windowRecordingFailed"); }
+    static QString windowStillRecording() { return builtInOrLoaded("windowStillRecording"); }
+    static QString windowStopAndQuit() { return builtInOrLoaded("windowStopAndQuit"); }
+    static QString windowKeepRecording() { return builtInOrLoaded("windowKeepRecording"); }
+    static QString windowGoesOnHidden() { return builtInOrLoaded("windowGoesOnHidden"); }
+    static QString windowRecoveredTitle() { return builtInOrLoaded("windowRecoveredTitle"); }
+    static QString windowRecover() { return builtInOrLoaded("windowRecover"); }
+    static QString windowLater() { return builtInOrLoaded("windowLater"); }
+    static QString windowDiscard() { return builtInOrLoaded("windowDiscard"); }
+    static QString windowDiscardConfirm() { return builtInOrLoaded("windowDiscardConfirm"); }
+    static QString windowOutputFolder() { return builtInOrLoaded("windowOutputFolder"); }
+    static QString windowMicrophone() { return builtInOrLoaded("windowMicrophone"); }
+    static QString windowFolders() { return builtInOrLoaded("windowFolders"); }
+    static QString windowChoose() { return builtInOrLoaded("windowChoose"); }
+    static QString windowPressKeys() { return builtInOrLoaded("windowPressKeys"); }
+    static QString windowHotkeyFree() { return builtInOrLoaded("windowHotkeyFree"); }
+    static QString windowHotkeyByDesktop() { return builtInOrLoaded("windowHotkeyByDesktop"); }
+    static QString windowFirstNumber() { return builtInOrLoaded("windowFirstNumber"); }
+    static QString windowNextStart() { return builtInOrLoaded("windowNextStart"); }
+    static QString windowNoNextStart() { return builtInOrLoaded("windowNoNextStart"); }
+    static QString windowLength() { return builtInOrLoaded("windowLength"); }
+    static QString windowOneTime() { return builtInOrLoaded("windowOneTime"); }
+    static QString windowDaily() { return builtInOrLoaded("windowDaily"); }
+    static QString windowNewTask() { return builtInOrLoaded("windowNewTask"); }
+    static QString windowRemoveTask() { return builtInOrLoaded("windowRemoveTask"); }
+    static QString windowTaskMissed() { return builtInOrLoaded("windowTaskMissed"); }
+    static QString windowShutdownIn() { return builtInOrLoaded("windowShutdownIn"); }
+    static QString windowVersion() { return builtInOrLoaded("windowVersion"); }
+    static QString windowAbout() { return builtInOrLoaded("windowAbout"); }
+    static QString windowLicense() { return builtInOrLoaded("windowLicense"); }
+    static QString windowWhatIsNew() { return builtInOrLoaded("windowWhatIsNew"); }
+    static QString windowDownload() { return builtInOrLoaded("windowDownload"); }
+    static QString windowSkipVersion() { return builtInOrLoaded("windowSkipVersion"); }
+    static QString windowNoUpdateAnswer() { return builtInOrLoaded("windowNoUpdateAnswer"); }
+    static QString windowInstallDevice() { return builtInOrLoaded("windowInstallDevice"); }
+    static QString windowInstall() { return builtInOrLoaded("windowInstall"); }
+    static QString windowNotNow() { return builtInOrLoaded("windowNotNow"); }
+    static QString windowNoServer() { return builtInOrLoaded("windowNoServer"); }
 
 private:
     static QString builtInOrLoaded(const char *key);

@@ -24,6 +24,7 @@ std::span<const TextGroup *const> textGroups() {
         &langtexts::kTabPlaylist,
         &langtexts::kUpdate,
         &langtexts::kVideo2mp3,
+        &langtexts::kWindow,
     };
     return kGroups;
 }

@@ -40,6 +40,7 @@ extern const TextGroup kTabDownload;
 extern const TextGroup kTabPlaylist;
 extern const TextGroup kUpdate;
 extern const TextGroup kVideo2mp3;
+extern const TextGroup kWindow;
 
 } // namespace langtexts
 

@@ -2,9 +2,11 @@
 
 #include "lang/LangTable.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QSet>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -51,10 +53,10 @@ TEST(LangTable, AKeyIsThePrefixAndTheAttributeButForTheFixedPairings) {
 }
 
 TEST(LangTable, EveryKeyStandsOnceWithATextAndKnownMarkers) {
-    const QSet<QString> known = {
-        QStringLiteral("AppName"),   QStringLiteral("NewLine"),   QStringLiteral("FileName"),
-        QStringLiteral("Time"),      QStringLiteral("Count"),     QStringLiteral("count"),
-        QStringLiteral("3 seconds"), QStringLiteral("5 seconds"), QStringLiteral("240 seconds")};
+    const QSet<QString> known = {QStringLiteral("AppName"),    QStringLiteral("NewLine"),   QStringLiteral("FileName"),
+                                 QStringLiteral("Time"),       QStringLiteral("Count"),     QStringLiteral("count"),
+                                 QStringLiteral("Keys"),       QStringLiteral("3 seconds"), QStringLiteral("5 seconds"),
+                                 QStringLiteral("240 seconds")};
     const QRegularExpression marker(QStringLiteral("\\[#(.*?)#\\]"));
     QSet<QString> keys, used;
     int neverLoaded = 0;
@@ -103,6 +105,89 @@ TEST(Lang, TheQualitiesDifferSinceTheyAreComparedAsTexts) {
     EXPECT_NE(Lang::video2mp3StandardQuality(), Lang::video2mp3HighQuality());
     EXPECT_NE(Lang::video2mp3HighQuality(), Lang::video2mp3ExtremeQuality());
     EXPECT_NE(Lang::video2mp3StandardQuality(), Lang::video2mp3ExtremeQuality());
+}
+
+// A folder of language files that the program takes for its own.
+class LanguageFiles : public ::testing::Test {
+public:
+    void SetUp() override {
+        ASSERT_TRUE(QDir(mFolder.path()).mkdir(QStringLiteral("lang")));
+        qputenv("CANTOREL_RESOURCES", mFolder.path().toUtf8());
+    }
+    void TearDown() override { qunsetenv("CANTOREL_RESOURCES"); }
+    void put(const char *name, const QByteArray &content) const {
+        QFile file(mFolder.filePath(QStringLiteral("lang/%1.xml").arg(QLatin1String(name))));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    const QTemporaryDir mFolder;
+};
+
+TEST_F(LanguageFiles, AFileReplacesAllTextsByItsFixedPairingsAndWhatItLacksIsNoText) {
+    put("German", R"(<l><common Title="Titel" AppName="Nein"/><common Title="Zweiter"/>
+        <settings><General EnableHotkeys="An" ConfigureDidChange="x"/></settings>
+        <tools><ScheduleTask StopTime="Ende" Sleep="Schlaf"/><Editor EditorInsert="Ein" EditorInsertSettings="Wie"/></tools></l>)");
+    Lang::ChangeLanguage(QStringLiteral("German"));
+    const struct {
+        const char *key, *text; // null: no text
+    } cases[] = {{"commTitle", "Titel"},
+                 {"commSize", nullptr},
+                 {"settingsEnableHotkeys", "An"},
+                 {"settingsGeneralEnableHotkeys", "Enable hot keys"}, // a twin that is never loaded
+                 {"settingsConfigureDidChange", nullptr},             // stands in another group
+                 {"toolsScheduleTaskToTime", "Ende"},
+                 {"toolsScheduleSleep", "Schlaf"},
+                 {"toolsEditorButtonInsert", "Ein"},
+                 {"toolsEditorLabelInsertSettings", "Wie"},
+                 {"commAppName", "Cantorel"}, // never loaded, even where a file has it
+                 {"btnSave", nullptr},        // a group that is missing
+                 {"windowUndo", "Undo"}};     // deliberately kept where the file does not know our windows
+    for (const auto &c : cases) {
+        const QString text = Lang::text(QString::fromLatin1(c.key));
+        EXPECT_EQ(text.isNull(), c.text == nullptr) << c.key;
+        EXPECT_EQ(text, QString::fromUtf8(c.text)) << c.key;
+    }
+}
+
+TEST_F(LanguageFiles, WhatCannotBeReadChangesNothing) {
+    put("German", "<l><common Title='Titel'/></l>");
+    Lang::ChangeLanguage(QStringLiteral("German"));
+    put("French", "");
+    put("Polish", "no document");
+    put("Secret", "<l><common Title='Secret'/></l>");
+    for (const char *name : {"French", "Polish", "Greek", "Secret", "../German", ""}) {
+        Lang::ChangeLanguage(QString::fromLatin1(name));
+        EXPECT_EQ(Lang::commTitle(), QStringLiteral("Titel")) << name;
+    }
+    put("English", "<l><common Title='Broken'><button OK='Yes'</l>");
+    Lang::ChangeLanguage({}); // English
+    EXPECT_EQ(Lang::commTitle(), QStringLiteral("Broken"));
+}
+
+// Each language that has a file has it whole, with the markers of the English text.
+TEST(LanguageFile, HasEveryTextWithItsMarkers) {
+    const QRegularExpression marker(QStringLiteral("\\[#.*?#\\]|#\\w+#"));
+    const auto markersOf = [&](const QString &text) {
+        QStringList found;
+        for (const auto &match : marker.globalMatch(text))
+            found << match.captured();
+        found.sort();
+        return found;
+    };
+    for (const LanguageInfo &language : Lang::languages()) {
+        Lang::ChangeLanguage(language.name);
+        QSet<QString> different;
+        for (const TextGroup *group : textGroups())
+            for (const TextRow &row : group->rows) {
+                const QString text = Lang::text(QString::fromLatin1(row.key)), english = QString::fromUtf8(row.builtIn);
+                EXPECT_FALSE(text.trimmed().isEmpty()) << language.name.toStdString() << " " << row.key;
+                EXPECT_EQ(markersOf(text), markersOf(english)) << language.name.toStdString() << " " << row.key;
+                if (text != english)
+                    different.insert(QString::fromLatin1(row.key));
+            }
+        const bool isEnglish = language.name == QLatin1String("English");
+        EXPECT_TRUE(!isEnglish || different.isEmpty()) << different.values().join(QLatin1Char(' ')).toStdString();
+    }
 }
 
 TEST(Lang, CodesAreFoundInAnyCaseAndUnknownOnesAreEnglish) {
