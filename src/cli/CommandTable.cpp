@@ -1,5 +1,6 @@
 #include "cli/CommandTable.h"
 
+#include "cli/ControlCommand.h"
 #include "cli/DevicesCommand.h"
 #include "cli/DoctorCommand.h"
 #include "cli/DriverCommand.h"
@@ -55,9 +56,9 @@ int fail(const Outcome &outcome) {
 } // namespace
 
 std::span<const AddCommand> allCommands() {
-    static constexpr AddCommand kCommands[] = {addDoctorCommand,  addDevicesCommand,  addDriverCommand,
-                                               addRecordCommand,  addSettingsCommand, addTasksCommand,
-                                               addHotkeysCommand, addLangCommand,     addLibraryCommand};
+    static constexpr AddCommand kCommands[] = {
+        addDoctorCommand, addDevicesCommand, addDriverCommand, addRecordCommand,  addSettingsCommand,
+        addTasksCommand,  addHotkeysCommand, addLangCommand,   addLibraryCommand, addControlCommands};
     return kCommands;
 }
 

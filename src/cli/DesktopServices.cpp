@@ -3,6 +3,7 @@
 #include "platform/desktop/ShellScriptHost.h"
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
+#include "platform/desktop/dbus/DBusRemoteControl.h"
 #include "platform/desktop/portal/PortalHotKeys.h"
 #include "platform/desktop/x11/X11HotKeys.h"
 #include "settings/UserDefaultFunctions.h"
@@ -14,6 +15,9 @@ desktop::Services desktopServices() {
     services.scripts = std::make_unique<desktop::ShellScriptHost>();
     services.power = std::make_unique<desktop::DBusPowerActivity>();
     services.files = std::make_unique<desktop::DBusFileManagerReveal>();
+    services.remote = std::make_unique<desktop::DBusRemoteControl>(QString::fromLatin1(kBundleIdentifier),
+                                                                   QStringLiteral("/com/tessolar/Cantorel"),
+                                                                   QStringLiteral("com.tessolar.Cantorel.Recorder"));
     return services;
 }
 

@@ -1,9 +1,10 @@
 #include "cli/LibraryCommand.h"
 
 #include "cli/Hardware.h"
+#include "cli/RunningInstance.h"
 #include "platform/foundation/Clock.h"
-#include "recording/RecordedList.h"
-#include "recording/RecordingJournal.h"
+#include "recording/ListRequests.h"
+#include "recording/RecordingControl.h"
 #include "util/ToolFile.h"
 
 #include <QFileInfo>
@@ -28,36 +29,61 @@ void show(const CommandSession &session, const RecordedAudioInfo &item) {
                        .arg(fields._dateAdded, fields._duration, fields._size.trimmed(), fields._fileName));
 }
 
+// The list as it is stored.
+class StoredRecordings {
+public:
+    StoredRecordings() { mList.initRecordedList(); }
+    RecordedList &list() { return mList; }
+
+private:
+    foundation::WallClock mClock;
+    RecordedList mList{Hardware::stateFolder(), mClock};
+};
+
 Outcome list(const CommandSession &session) {
-    foundation::WallClock clock;
-    RecordedList recordings(Hardware::stateFolder(), clock);
-    recordings.initRecordedList();
-    for (const auto &item : recordings.items())
+    StoredRecordings recordings;
+    for (const auto &item : recordings.list().items())
         show(session, *item);
     return Outcome::done();
 }
 
-// Changes the recording of that file as the only owner of the list.
-Outcome change(const std::string &name, const std::function<Outcome(RecordedList &, RecordedAudioInfo &)> &action) {
-    RecordingJournal owner(Hardware::stateFolder());
-    if (!owner.claim())
-        return Outcome::failed(QStringLiteral("Another Cantorel is running and owns the list; stop it first."));
-    foundation::WallClock clock;
-    RecordedList recordings(Hardware::stateFolder(), clock);
-    recordings.initRecordedList();
-    const QString file = QFileInfo(QString::fromStdString(name)).absoluteFilePath();
-    RecordedAudioInfo *item = recordings.itemWithFile(file);
-    if (!item)
-        return Outcome::failed(
-            QStringLiteral("\"%1\" is not in the list; \"cantorel-cli library list\" shows what is.").arg(file));
-    return action(recordings, *item);
+const QString kTheList = QStringLiteral("the list");
+
+QString pathOf(const std::string &file) { return QFileInfo(QString::fromStdString(file)).absoluteFilePath(); }
+
+Outcome remove(const std::string &name, bool deletesFile) {
+    const QString file = pathOf(name);
+    return changeOwnedList(
+        kTheList,
+        [&] {
+            StoredRecordings recordings;
+            const auto removed = removeRecording(recordings.list(), file, deletesFile);
+            return removed ? Outcome::done() : Outcome::failed(removed.failure().sentence);
+        },
+        deletesFile ? control::kDeleteRecording : control::kRemoveRecording, {file}, [](const QVariantMap &) {});
 }
 
-Outcome rename(const CommandSession &session, RecordedList &recordings, RecordedAudioInfo &item, const QString &name) {
-    if (const auto renamed = recordings.rename(item, name); !renamed)
-        return Outcome::failed(renamed.failure().sentence);
-    show(session, item);
-    return Outcome::done();
+Outcome rename(const CommandSession &session, const std::string &from, const QString &name) {
+    const QString file = pathOf(from);
+    const auto showItem = [&](StoredRecordings &recordings, const QString &renamed) {
+        if (const RecordedAudioInfo *item = recordings.list().itemWithFile(renamed))
+            show(session, *item);
+    };
+    return changeOwnedList(
+        kTheList,
+        [&] {
+            StoredRecordings recordings;
+            const auto renamed = renameRecording(recordings.list(), file, name);
+            if (!renamed)
+                return Outcome::failed(renamed.failure().sentence);
+            showItem(recordings, renamed.value());
+            return Outcome::done();
+        },
+        control::kRenameRecording, {file, name},
+        [&](const QVariantMap &answer) {
+            StoredRecordings recordings;
+            showItem(recordings, answer.value(QStringLiteral("file")).toString());
+        });
 }
 
 } // namespace
@@ -81,16 +107,7 @@ void addLibraryCommand(CLI::App &root, CommandSession &session) {
     removing->add_flag("--delete", arguments->deletes, "Deletes the file as well");
     removing->footer("Example: cantorel-cli library remove ~/Music/Track1.mp3");
     removing->callback([&session, arguments] {
-        session.action = [arguments] {
-            return change(arguments->file, [&](RecordedList &recordings, RecordedAudioInfo &item) {
-                const QString file = item.getFileName();
-                if (arguments->deletes && !QFile::remove(file))
-                    return Outcome::failed(
-                        QStringLiteral("\"%1\" can't be deleted; check the rights of its folder.").arg(file));
-                recordings.remove(item);
-                return Outcome::done();
-            });
-        };
+        session.action = [arguments] { return remove(arguments->file, arguments->deletes); };
     });
 
     CLI::App *renaming = library->add_subcommand("rename", "Renames a recording and its file");
@@ -103,9 +120,7 @@ void addLibraryCommand(CLI::App &root, CommandSession &session) {
             if (ToolFile::cleanFileName(name).isEmpty())
                 return Outcome::wrongUsage(
                     QStringLiteral("\"%1\" can't be the name of a file; choose another.").arg(name));
-            return change(arguments->file, [&](RecordedList &recordings, RecordedAudioInfo &item) {
-                return rename(session, recordings, item, name);
-            });
+            return rename(session, arguments->file, name);
         };
     });
 }

@@ -78,6 +78,7 @@ Outcome RecordRun::run() {
     }
 
     mOutcome = start();
+    mControl.reset();
     mPlayer.reset();
     mSession.reset();
     mList.reset();
@@ -93,6 +94,8 @@ Outcome RecordRun::start() {
     if (mSession->claim()) {
         mList->initRecordedList();
         mSession->recover();
+        mControl = std::make_unique<RecordingControl>(*mSession, *mList, nullptr, RecordingControl::Begins::None);
+        mControl->offer();
     }
     if (const auto started = mSession->startRecording(); !started) {
         tellEvent("failed", {{QStringLiteral("reason"), started.failure().sentence}}, {});

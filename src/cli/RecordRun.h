@@ -6,7 +6,7 @@
 #include "cli/RecordingEvents.h"
 #include "cli/SignalWatch.h"
 #include "cli/TerminalAsker.h"
-#include "recording/RecordingSession.h"
+#include "recording/RecordingControl.h"
 
 #include <QEventLoop>
 #include <QTimer>
@@ -66,6 +66,7 @@ private:
     std::optional<InstalledAsker> mInstalledAsker;
     std::unique_ptr<RecordedList> mList;
     std::unique_ptr<RecordingSession> mSession;
+    std::unique_ptr<RecordingControl> mControl;
     std::unique_ptr<ZQAVAudioPlayer> mPlayer;
     QEventLoop mLoop;
     QTimer mEnd;         // of the time asked for

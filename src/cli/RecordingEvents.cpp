@@ -1,5 +1,6 @@
 #include "cli/RecordingEvents.h"
 
+#include "recording/RecordingSpace.h"
 #include "settings/AppSettings.h"
 
 #include <unistd.h>
@@ -52,7 +53,10 @@ void RecordingEvents::recordingStarted(const QString &file, const QString &devic
 void RecordingEvents::recordingDisplay(const RecordingDisplay &display) {
     if (!mShowsProgress)
         return;
-    const QByteArray line = QStringLiteral("\r\033[K%1  %2").arg(display.duration, display.size).toUtf8();
+    const QString left = display.secondsLeft
+                             ? QStringLiteral("  (the disk lasts for %1)").arg(timeLeftText(*display.secondsLeft))
+                             : QString();
+    const QByteArray line = QStringLiteral("\r\033[K%1  %2%3").arg(display.duration, display.size, left).toUtf8();
     std::fputs(line.constData(), stdout);
     std::fflush(stdout);
     mProgressShown = true;

@@ -1,19 +1,16 @@
 #include "cli/TasksCommand.h"
 
-#include "cli/Hardware.h"
+#include "cli/RunningInstance.h"
 #include "cli/TasksRun.h"
-#include "recording/RecordingJournal.h"
+#include "recording/ListRequests.h"
+#include "recording/RecordingControl.h"
 #include "recording/ScheduleCheck.h"
-#include "recording/ScheduleTaskInfo.h"
-#include "settings/UserDefaultFunctions.h"
-#include "util/ToolFile.h"
+#include "recording/ScheduleTaskText.h"
 
 #include <QJsonArray>
-#include <QJsonValue>
+#include <QJsonDocument>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <limits>
 #include <memory>
 
 namespace cantorel {
@@ -22,62 +19,21 @@ namespace {
 
 using TaskPtr = std::shared_ptr<ScheduleTaskInfo>;
 
-const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
-constexpr const char *kSources[] = {"system", "mic", "both"};
-constexpr qint64 kLongestSeconds = 10LL * 366 * 86'400;
-
 struct AddArguments {
     std::string name, from, source, weeks, repeat;
     qint64 seconds = 0;
     bool daily = false, shutdown = false;
 };
 
-QString textOf(const QDateTime &moment) { return moment.toLocalTime().toString(kTimeFormat); }
-
-QJsonValue textOrNull(const QDateTime &moment) { return moment.isValid() ? QJsonValue(textOf(moment)) : QJsonValue(); }
-
-// "YYYY-MM-DD HH:MM:SS"; an hour that the clocks leap over is the one after it.
-std::optional<QDateTime> momentFrom(const std::string &text) {
-    const QStringList parts = QString::fromStdString(text).split(QLatin1Char(' '));
-    if (parts.size() != 2)
-        return {};
-    const QDate date = QDate::fromString(parts[0], QStringLiteral("yyyy-MM-dd"));
-    const QTime time = QTime::fromString(parts[1], QStringLiteral("HH:mm:ss"));
-    if (!date.isValid() || !time.isValid())
-        return {};
-    const QDateTime moment(date, time);
-    return moment.isValid() ? moment : QDateTime::fromMSecsSinceEpoch(moment.toMSecsSinceEpoch());
-}
-
-// "1,3"; nothing when a part is no weekday.
-std::optional<QList<int>> weeksFrom(const std::string &text) {
-    QList<int> weeks;
+// "1,3"; null when a part is no weekday.
+QJsonValue weeksFrom(const std::string &text) {
+    QJsonArray weeks;
     for (const QString &part : QString::fromStdString(text).split(QLatin1Char(','))) {
         if (part.size() != 1 || part[0] < QLatin1Char('0') || part[0] > QLatin1Char('6'))
             return {};
-        if (const int day = part[0].digitValue(); !weeks.contains(day))
-            weeks << day;
+        weeks.append(part[0].digitValue());
     }
     return weeks;
-}
-
-QJsonObject jsonOf(const ScheduleTaskInfo &task) {
-    QJsonArray weeks;
-    for (const int day : task.WeeksOn_)
-        weeks.append(day);
-    const QJsonValue repeat = !task._repeatEnabled         ? QJsonValue()
-                              : task._repeatStopByManually ? QJsonValue(QStringLiteral("manual"))
-                                                           : QJsonValue(task._repeatTotalCount);
-    return {{QStringLiteral("name"), task._taskName},
-            {QStringLiteral("from"), textOrNull(task._fromTime)},
-            {QStringLiteral("to"), textOrNull(task._toTime)},
-            {QStringLiteral("seconds"), task._duration},
-            {QStringLiteral("source"), QString::fromLatin1(kSources[std::clamp(task._recordFrom, 0, 2)])},
-            {QStringLiteral("daily"), task._daily},
-            {QStringLiteral("weeks"), weeks},
-            {QStringLiteral("repeat"), repeat},
-            {QStringLiteral("looped"), task._repeatLoopedCount},
-            {QStringLiteral("shutdown"), task._shutdownAfterRecording}};
 }
 
 QString textOf(const ScheduleTaskInfo &task) {
@@ -93,72 +49,53 @@ QString textOf(const ScheduleTaskInfo &task) {
     return parts.join(QStringLiteral("; "));
 }
 
-void show(const CommandSession &session, const ScheduleTaskInfo &task) { session.answer(jsonOf(task), textOf(task)); }
-
-// Changes the list as its only owner.
-Outcome change(const std::function<Outcome()> &action) {
-    RecordingJournal owner(Hardware::stateFolder());
-    if (!owner.claim())
-        return Outcome::failed(QStringLiteral("Another Cantorel is running and owns the tasks; stop it, or change them "
-                                              "there."));
-    ScheduleTaskInfo::LoadTasks();
-    return action();
+void show(const CommandSession &session, const ScheduleTaskInfo &task) {
+    session.answer(jsonOfTask(task), textOf(task));
 }
 
-Outcome saved() {
-    if (ScheduleTaskInfo::SaveTasks())
-        return Outcome::done();
-    return Outcome::failed(QStringLiteral("The tasks were not saved: \"%1\" cannot be read or written; check its "
-                                          "rights, its folder and the free space.")
-                               .arg(standardUserDefaults().filePath()));
-}
+const QString kTheTasks = QStringLiteral("the tasks");
 
-// Fills the task; answers what is wrong with the arguments, or nothing.
-QString fill(ScheduleTaskInfo &task, const AddArguments &arguments) {
-    task._taskName = QString::fromStdString(arguments.name);
-    if (ToolFile::cleanFileName(task._taskName).isEmpty())
-        return QStringLiteral("\"%1\" cannot be the name of a file; choose another name.").arg(task._taskName);
-    const auto from = momentFrom(arguments.from);
-    if (!from)
-        return QStringLiteral("\"%1\" is no time; write it as \"2026-12-31 20:15:00\".")
-            .arg(QString::fromStdString(arguments.from));
-    task._fromTime = *from;
-    task._duration = arguments.seconds;
-    task._toTime = from->addSecs(arguments.seconds);
-    task._recordFrom = static_cast<int>(
-        std::distance(std::begin(kSources), std::find(std::begin(kSources), std::end(kSources), arguments.source)));
-    task._daily = arguments.daily;
-    if (task._daily) {
-        const auto weeks = weeksFrom(arguments.weeks);
-        if (!weeks)
-            return QStringLiteral("\"%1\" are no weekdays; write them as \"1,3\", from 0 for Sunday to 6 for Saturday.")
-                .arg(QString::fromStdString(arguments.weeks));
-        task.WeeksOn_ = *weeks;
+// What the arguments say; a failure when they say nothing that can be.
+foundation::Result<ScheduleTaskInfo> taskFrom(const AddArguments &arguments) {
+    QJsonObject json{{QStringLiteral("name"), QString::fromStdString(arguments.name)},
+                     {QStringLiteral("from"), QString::fromStdString(arguments.from)},
+                     {QStringLiteral("seconds"), arguments.seconds},
+                     {QStringLiteral("source"), QString::fromStdString(arguments.source)},
+                     {QStringLiteral("daily"), arguments.daily},
+                     {QStringLiteral("shutdown"), arguments.shutdown}};
+    if (arguments.daily) {
+        const QJsonValue weeks = weeksFrom(arguments.weeks);
+        if (weeks.isNull())
+            return foundation::Failure{
+                QStringLiteral("\"%1\" are no weekdays; write them as \"1,3\", from 0 for Sunday to 6 for Saturday.")
+                    .arg(QString::fromStdString(arguments.weeks)),
+                {}};
+        json.insert(QStringLiteral("weeks"), weeks);
     }
-    task._repeatEnabled = !arguments.repeat.empty();
-    task._repeatStopByManually = arguments.repeat == "manual";
-    if (task._repeatEnabled && !task._repeatStopByManually) {
+    if (!arguments.repeat.empty()) {
+        const QString repeat = QString::fromStdString(arguments.repeat);
         bool isNumber = false;
-        task._repeatTotalCount = QString::fromStdString(arguments.repeat).toInt(&isNumber);
-        if (!isNumber || task._repeatTotalCount < 0)
-            return QStringLiteral("\"%1\" is no count of repetitions; write a whole number, or \"manual\".")
-                .arg(QString::fromStdString(arguments.repeat));
+        const int count = repeat.toInt(&isNumber);
+        json.insert(QStringLiteral("repeat"), isNumber ? QJsonValue(count) : QJsonValue(repeat));
     }
-    task._shutdownAfterRecording = arguments.shutdown;
-    return {};
+    return taskFromJson(json);
 }
 
 Outcome add(const CommandSession &session, const AddArguments &arguments) {
-    const auto task = std::make_shared<ScheduleTaskInfo>();
-    if (const QString wrong = fill(*task, arguments); !wrong.isEmpty())
-        return Outcome::wrongUsage(wrong);
-    return change([&] {
-        ScheduleTaskInfo::tasks().push_back(task);
-        const Outcome outcome = saved();
-        if (outcome.status == 0)
-            show(session, *task);
-        return outcome;
-    });
+    const auto task = taskFrom(arguments);
+    if (!task)
+        return Outcome::wrongUsage(task.failure().sentence);
+    const QByteArray json = QJsonDocument(jsonOfTask(task.value())).toJson(QJsonDocument::Compact);
+    return changeOwnedList(
+        kTheTasks,
+        [&] {
+            ScheduleTaskInfo::LoadTasks();
+            if (const auto added = addTask(task.value()); !added)
+                return Outcome::failed(added.failure().sentence);
+            show(session, task.value());
+            return Outcome::done();
+        },
+        control::kAddTask, {QString::fromUtf8(json)}, [&](const QVariantMap &) { show(session, task.value()); });
 }
 
 Outcome list(const CommandSession &session) {
@@ -169,22 +106,26 @@ Outcome list(const CommandSession &session) {
 }
 
 Outcome removeNamed(const CommandSession &session, const QString &name) {
-    return change([&] {
-        auto &tasks = ScheduleTaskInfo::tasks();
-        const auto kept = std::stable_partition(tasks.begin(), tasks.end(),
-                                                [&](const TaskPtr &task) { return task->_taskName != name; });
-        const ScheduleTaskInfo::Tasks removed(kept, tasks.end());
-        if (removed.empty())
-            return Outcome::failed(
-                QStringLiteral("There is no task \"%1\"; \"cantorel-cli tasks list\" shows all of them.").arg(name));
-        tasks.erase(kept, tasks.end());
-        const Outcome outcome = saved();
-        if (outcome.status == 0) {
-            for (const TaskPtr &task : removed)
+    ScheduleTaskInfo::LoadTasks();
+    const auto stored = ScheduleTaskInfo::tasks(); // shown as they were
+    return changeOwnedList(
+        kTheTasks,
+        [&] {
+            ScheduleTaskInfo::LoadTasks();
+            const auto removed = removeTasks(name, nullptr);
+            if (!removed)
+                return Outcome::failed(removed.failure().sentence);
+            for (const TaskPtr &task : removed.value())
                 show(session, *task);
-        }
-        return outcome;
-    });
+            return Outcome::done();
+        },
+        control::kRemoveTasks, {name},
+        [&](const QVariantMap &) {
+            for (const TaskPtr &task : stored) {
+                if (task->_taskName == name)
+                    show(session, *task);
+            }
+        });
 }
 
 // One check on what has just been read, so nothing stored changes.
@@ -196,13 +137,14 @@ Outcome next(const CommandSession &session, const QDateTime &now) {
         expired << task->_taskName;
     const auto orNull = [&](const QJsonValue &value) { return found.closest ? value : QJsonValue(); };
     const QString closest = found.closest ? found.closest->_taskName : QString();
-    QString text = found.closest ? QStringLiteral("%1 starts at %2, in %3 s.")
-                                       .arg(closest, textOf(found.start), QString::number(found.secondsToGo()))
-                                 : QStringLiteral("No task lies ahead.");
+    QString text = found.closest
+                       ? QStringLiteral("%1 starts at %2, in %3 s.")
+                             .arg(closest, scheduleTimeText(found.start), QString::number(found.secondsToGo()))
+                       : QStringLiteral("No task lies ahead.");
     if (!expired.isEmpty())
         text += QStringLiteral(" Expired: %1.").arg(expired.join(QStringLiteral(", ")));
     session.answer({{QStringLiteral("closest"), orNull(closest)},
-                    {QStringLiteral("start"), orNull(textOf(found.start))},
+                    {QStringLiteral("start"), orNull(scheduleTimeText(found.start))},
                     {QStringLiteral("secondsToGo"), orNull(found.secondsToGo())},
                     {QStringLiteral("expired"), QJsonArray::fromStringList(expired)}},
                    text);
@@ -216,7 +158,7 @@ void addAdding(CLI::App &tasks, CommandSession &session) {
     adding->add_option("--from", arguments->from, "Its start, as \"YYYY-MM-DD HH:MM:SS\" of local time")->required();
     adding->add_option("--seconds", arguments->seconds, "How long it records")
         ->required()
-        ->check(CLI::Range(qint64{1}, kLongestSeconds));
+        ->check(CLI::Range(qint64{1}, kLongestTaskSeconds));
     adding->add_option("--source", arguments->source, "system, mic or both")
         ->required()
         ->check(CLI::IsMember({"system", "mic", "both"}));
@@ -269,7 +211,7 @@ void addTasksCommand(CLI::App &root, CommandSession &session) {
         session.action = [&session, arguments] {
             if (arguments->now.empty())
                 return next(session, QDateTime::currentDateTime());
-            const auto now = momentFrom(arguments->now);
+            const auto now = scheduleTimeFrom(QString::fromStdString(arguments->now));
             if (!now)
                 return Outcome::wrongUsage(QStringLiteral("\"%1\" is no time; write it as \"2026-12-31 20:15:00\".")
                                                .arg(QString::fromStdString(arguments->now)));

@@ -26,6 +26,7 @@ Outcome TasksRun::run() {
     setBackendName(mHardware->backendName());
     (void)ZQAudioKextKit::activateSVAD(); // Makes the kit; the session looks whether there is a virtual device.
     const Outcome outcome = mSignalCount > 0 ? Outcome{kStoppedBySignal, QStringLiteral("Stopped.")} : start();
+    mControl.reset();
     mHotkeys.reset();
     desktop::InstalledServices::current().hotKeys.reset();
     mScheduled.reset();
@@ -54,6 +55,9 @@ Outcome TasksRun::start() {
     mHotkeys->registerEnabled();
 
     mScheduled->schedule().initScheduleTaskList();
+    mControl =
+        std::make_unique<RecordingControl>(*mSession, *mList, &mScheduled->schedule(), RecordingControl::Begins::Any);
+    mControl->offer();
     command().note(QStringLiteral("Waiting for scheduled tasks until Ctrl-C."));
     ToolSystem::setAllowKeepSystemWakeEnable(true);
     mLoop.exec();

@@ -3,6 +3,7 @@
 #include "cli/Hardware.h"
 #include "cli/RecordingEvents.h"
 #include "cli/SignalWatch.h"
+#include "recording/RecordingControl.h"
 #include "recording/ScheduledSession.h"
 
 #include <QEventLoop>
@@ -35,6 +36,7 @@ private:
     std::unique_ptr<RecordingSession> mSession;
     std::unique_ptr<ScheduledSession> mScheduled;
     std::unique_ptr<RecordingHotkeys> mHotkeys;
+    std::unique_ptr<RecordingControl> mControl;
     QEventLoop mLoop;
     int mSignalCount = 0;
 };

@@ -91,7 +91,7 @@ int RecordingSession::sourceNamed(const QString &name) {
 }
 
 bool RecordingSession::isSettled() const {
-    return !mIsRecording && !mIsWriting && !isSplitting() && !mStartsAfterFile && mConversions.pending() == 0;
+    return !mIsRecording && !mIsWriting && !isFollowed() && mConversions.pending() == 0;
 }
 
 void RecordingSession::settle() {
@@ -126,9 +126,13 @@ void RecordingSession::setExecutedTask(const std::optional<ExecutedTask> &task) 
 Result<void> RecordingSession::onStartRecording() {
     if (!mIsRecording)
         return startRecording();
+    stopByHand();
+    return {};
+}
+
+void RecordingSession::stopByHand() {
     tasks->taskWasStoppedByHand();
     stopRecording();
-    return {};
 }
 
 Result<void> RecordingSession::prepare() {

@@ -52,6 +52,8 @@ public:
     // a later one deliberately leaves the recording shown, until it is stopped.
     foundation::Result<void> startRecording();
     void stopRecording();
+    // The same, and a task whose recording it is ends with it.
+    void stopByHand();
     // The pause control and its hot key.
     void onPauseRecording();
     void pauseRecording();
@@ -61,12 +63,19 @@ public:
 
     bool isRecording() const { return mIsRecording; }
     bool isPaused() const { return mRecordManager && mRecordManager->isPaused(); }
+    // A file is written or closed.
+    bool isWriting() const { return mIsWriting; }
+    // Another file follows the one that is being finished.
+    bool isFollowed() const { return isSplitting() || mStartsAfterFile; }
     bool isPausedBySilence() const { return ispausedBySilence; }
     bool isPrepareStartRecording() const { return mRecordManager && mRecordManager->isPrepareRecording(); }
     // Nothing is recorded, finished, started again or converted.
     bool isSettled() const;
     const RecordingDisplay &display() const { return mDisplay; }
     QString file() const { return mFile; }
+    // What the file that is written holds, until it is whole.
+    double recordedSeconds() const { return mIsWriting && mRecordManager ? mRecordManager->recordingDuration() : 0; }
+    qint64 recordedBytes() const { return mIsWriting && mRecordManager ? mRecordManager->recordedFileSize() : 0; }
     RecordedAudioInfo *currentItem() const { return mCurRecordAudioInfo; }
     int pendingConversions() const { return mConversions.pending(); }
 

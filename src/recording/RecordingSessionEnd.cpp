@@ -177,7 +177,7 @@ void RecordingSession::startAgain() {
 // What follows a file that is whole: the next one, or the end.
 void RecordingSession::goOn() {
     mCurRecordAudioInfo.clear();
-    if (!isSplitting() && !mStartsAfterFile) {
+    if (!isFollowed()) {
         endTask();
         settle();
         return;
@@ -185,7 +185,7 @@ void RecordingSession::goOn() {
     QMetaObject::invokeMethod(
         this,
         [this] {
-            if (!isSplitting() && !mStartsAfterFile) { // Stopped meanwhile.
+            if (!isFollowed()) { // Stopped meanwhile.
                 end({});
                 return;
             }

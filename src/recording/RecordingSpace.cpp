@@ -1,6 +1,7 @@
 #include "recording/RecordingSpace.h"
 
 #include "platform/media/DiskSpace.h"
+#include "util/ToolString.h"
 
 #include <algorithm>
 #include <iterator>
@@ -27,6 +28,12 @@ std::optional<qint64> recordingSecondsLeft(const QString &folder, int format, do
     const double copy = kFormats[format >= 0 && format < int(std::size(kFormats)) ? format : 1];
     const double left = static_cast<double>(*free) - kReserveBytes - seconds * copy;
     return static_cast<qint64>(std::max(0.0, left / (recorder + copy)));
+}
+
+QString timeLeftText(qint64 seconds) {
+    constexpr qint64 kHour = 3600, kMostHours = 99;
+    return seconds < kMostHours * kHour ? ToolString::stringFromDuration(static_cast<double>(seconds))
+                                        : QStringLiteral("%1 h").arg(seconds / kHour);
 }
 
 } // namespace cantorel

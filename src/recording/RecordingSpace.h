@@ -11,4 +11,7 @@ namespace cantorel {
 // tell. format: index of the output format. seconds, bytes: of the recording under way.
 std::optional<qint64> recordingSecondsLeft(const QString &folder, int format, double seconds, qint64 bytes);
 
+// "12:34:56", or "128 h" where hours have more than two digits.
+QString timeLeftText(qint64 seconds);
+
 } // namespace cantorel

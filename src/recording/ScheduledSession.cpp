@@ -14,11 +14,6 @@ void ScheduledSession::onStartRecording() {
         trouble(started.failure().sentence);
 }
 
-void ScheduledSession::stopByHand() {
-    mSchedule.taskWasStoppedByHand();
-    mSession.stopRecording();
-}
-
 foundation::Result<void> ScheduledSession::startTaskRecording(const ScheduleTaskInfo &task) {
     mSession.setExecutedTask(ExecutedTask{task._taskName, task._repeatEnabled, task._repeatLoopedCount,
                                           static_cast<double>(task._duration)});

@@ -28,7 +28,7 @@ public:
     // The start control and its hot key.
     void onStartRecording() override;
     // Ends what is recorded for good: a task's recording counts as stopped by hand.
-    void stopByHand();
+    void stopByHand() { mSession.stopByHand(); }
 
 private:
     bool isRecording() const override { return mSession.isRecording(); }

@@ -3,6 +3,7 @@
 #include "platform/desktop/FileManagerReveal.h"
 #include "platform/desktop/HotKeys.h"
 #include "platform/desktop/PowerActivity.h"
+#include "platform/desktop/RemoteControl.h"
 #include "platform/desktop/ScriptHost.h"
 #include "platform/desktop/SoundPlayer.h"
 #include "platform/desktop/SystemVersion.h"
@@ -18,6 +19,7 @@ struct Services {
     std::unique_ptr<FileManagerReveal> files;
     std::unique_ptr<SoundPlayer> sounds;
     std::shared_ptr<HotKeys> hotKeys; // shared with the registrations
+    std::unique_ptr<RemoteControl> remote;
     SystemVersion version = SystemVersion::current();
 };
 

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "cli/CommandSession.h"
+#include "platform/foundation/Result.h"
+
+#include <QStringList>
+#include <QVariantMap>
+
+#include <functional>
+#include <optional>
+
+namespace cantorel {
+
+// Asks the Cantorel that runs in this person's session. Nothing when none does.
+std::optional<foundation::Result<QVariantMap>> askRunningInstance(const char *method,
+                                                                  const QStringList &arguments = {});
+
+// Changes a list that one process owns: by the action when nobody else owns it, which then does while it runs; else by
+// asking the one that does. what: the list, for a sentence. shown: what follows a change by the other one.
+Outcome changeOwnedList(const QString &what, const std::function<Outcome()> &action, const char *method,
+                        const QStringList &arguments, const std::function<void(const QVariantMap &)> &shown);
+
+} // namespace cantorel
