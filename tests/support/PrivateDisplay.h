@@ -17,11 +17,12 @@ namespace cantorel::test {
 // An X server of the test's own, and a keyboard whose keys the test presses.
 class PrivateDisplay {
 public:
-    PrivateDisplay() {
+    // geometry: of the screen, as Xvfb takes it.
+    explicit PrivateDisplay(const QString &geometry = QStringLiteral("64x64x8")) {
         mServer.start(QStringLiteral("Xvfb"),
                       {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                       QStringLiteral("0"), QStringLiteral("64x64x8"), QStringLiteral("-nolisten"),
-                       QStringLiteral("tcp"), QStringLiteral("-noreset")});
+                       QStringLiteral("0"), geometry, QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+                       QStringLiteral("-noreset")});
         QByteArray number;
         while (!number.contains('\n') && mServer.waitForReadyRead(20'000))
             number += mServer.readAllStandardOutput();

@@ -1,0 +1,184 @@
+#include "recording/RecorderPanel.h"
+
+#include "lang/Lang.h"
+
+namespace cantorel {
+
+namespace {
+
+QString hoursAndMinutes(qint64 seconds) {
+    return QStringLiteral("%1:%2").arg(seconds / 3600).arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'));
+}
+
+QString sentenceOf(const RecordingTrouble &trouble) {
+    return trouble.kept.isEmpty() ? trouble.sentence : QStringLiteral("%1 (%2)").arg(trouble.sentence, trouble.kept);
+}
+
+template <class Function, class... Arguments> void call(const Function &function, const Arguments &...arguments) {
+    if (function)
+        function(arguments...);
+}
+
+} // namespace
+
+void RecorderPanel::tell() const { call(changed); }
+
+RecorderState RecorderPanel::state() const {
+    if (!isRunning())
+        return mIsConverting ? RecorderState::Finishing : RecorderState::Idle;
+    if (mIsDeviceLost)
+        return RecorderState::DeviceLost;
+    if (!mHasFrames)
+        return RecorderState::Preparing;
+    if (mIsPaused)
+        return mIsPausedBySilence ? RecorderState::WaitingForSound : RecorderState::Paused;
+    return RecorderState::Recording;
+}
+
+QString RecorderPanel::stateText() const {
+    switch (state()) {
+    case RecorderState::Idle:
+        return Lang::tabRecordStatusIdle();
+    case RecorderState::Preparing:
+        return Lang::commPreparing();
+    case RecorderState::Recording:
+        return Lang::tabRecordStatusRecording();
+    case RecorderState::Paused:
+        return Lang::tabRecordStatusPaused();
+    case RecorderState::WaitingForSound:
+        return Lang::windowWaitingForSound();
+    case RecorderState::DeviceLost:
+        return Lang::windowDeviceLost();
+    case RecorderState::Finishing:
+        return Lang::windowFinishing();
+    }
+    return {};
+}
+
+QString RecorderPanel::timeLeftText() const {
+    if (!isRunning() || !mDisplay.secondsLeft)
+        return {};
+    return Lang::windowTimeLeft().replace(QLatin1String("[#Time#]"), hoursAndMinutes(*mDisplay.secondsLeft));
+}
+
+void RecorderPanel::setSentence(const QString &sentence) {
+    mSentence = sentence;
+    tell();
+}
+
+void RecorderPanel::recordingRecovered(const RecordingJournal::Recovered &recording) { call(recovered, recording); }
+
+void RecorderPanel::recordingStarted(const QString &file, const QString &device) {
+    mHistory.mark(mHasFrames ? SoundHistory::Mark::Split : SoundHistory::Mark::Start);
+    mHasFrames = true;
+    mIsDeviceLost = mIsPaused = false;
+    mFile = file;
+    mDevice = device;
+    mSentence.clear();
+    tell();
+}
+
+void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls) {
+    const bool begins = controls.startShowsStop && !isRunning();
+    mControls = controls;
+    if (begins) {
+        mHasFrames = mIsPaused = mIsDeviceLost = false;
+        mSentence.clear();
+        mDisplay = {};
+        mHistory.clear();
+    }
+    if (!isRunning()) {
+        mLevel.setLevel(0);
+        mFile.clear();
+        mDevice.clear();
+    }
+    tell();
+}
+
+void RecorderPanel::recordingDisplay(const RecordingDisplay &display) {
+    mDisplay = display;
+    tell();
+}
+
+void RecorderPanel::recordingLevel(float level) {
+    const float height = shownLevel(level);
+    mLevel.setLevel(height);
+    mHistory.add(height, state() == RecorderState::Recording);
+    call(levelCame);
+}
+
+void RecorderPanel::recordingPaused(bool bySilence) {
+    mIsPaused = true;
+    mIsPausedBySilence = bySilence;
+    tell();
+}
+
+void RecorderPanel::recordingResumed() {
+    mIsPaused = false;
+    tell();
+}
+
+void RecorderPanel::recordingSilent(const QString &sentence) { setSentence(sentence); }
+
+void RecorderPanel::recordingDeviceLost(const QString &) {
+    mIsDeviceLost = true;
+    mHistory.mark(SoundHistory::Mark::DeviceLost);
+    tell();
+}
+
+void RecorderPanel::recordingDeviceBack(const QString &) {
+    mIsDeviceLost = false;
+    tell();
+}
+
+void RecorderPanel::recordingConverting(const QString &) {
+    mIsConverting = true;
+    tell();
+}
+
+void RecorderPanel::recordingFinished(const FinishedRecording &recording) {
+    if (recording.droppedFrames > 0)
+        setSentence(
+            Lang::windowLostFrames().replace(QLatin1String("[#Count#]"), QString::number(recording.droppedFrames)));
+    call(finished, recording);
+}
+
+void RecorderPanel::recordingFiltered(const QString &, double) { tell(); }
+
+void RecorderPanel::recordingInterrupted(const RecordingTrouble &trouble) { setSentence(sentenceOf(trouble)); }
+
+void RecorderPanel::recordingFailed(const RecordingTrouble &trouble) {
+    setSentence(sentenceOf(trouble));
+    call(failed, mSentence);
+}
+
+void RecorderPanel::recordingEndsEarly(const QString &sentence) {
+    setSentence(sentence);
+    call(failed, mSentence);
+}
+
+void RecorderPanel::recordingSettled() {
+    mIsConverting = false;
+    tell();
+    call(settled);
+}
+
+void RecorderPanel::stopPlayback() { call(playbackShallStop); }
+
+void RecorderPanel::taskCountdown(const TaskCountdown &countdown) {
+    mCountdown = countdown;
+    call(countdownDidChange, countdown);
+}
+
+void RecorderPanel::tasksDidChange() { call(tasksChanged); }
+
+void RecorderPanel::taskMissed(const ScheduleTaskInfo &, const QDateTime &, const QString &sentence) {
+    setSentence(sentence);
+    call(missed, sentence);
+}
+
+void RecorderPanel::shutdownCountdown(int secondsLeft) { call(shutdownIn, secondsLeft); }
+
+void RecorderPanel::shutdownCancelled() { call(shutdownIn, -1); }
+
+} // namespace cantorel

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+#include <QPalette>
+
+namespace cantorel::ui {
+
+// One of the program's own drawings in the palette's colours, sharp at every size and scale; an empty icon when its
+// file is missing. Main thread.
+QIcon icon(const QString &name, const QPalette &palette);
+QPixmap drawing(const QString &name, const QColor &colour, int size, qreal scale);
+
+// The program's own icon.
+QIcon applicationIcon();
+
+// The one colour that means recording, readable on the palette's window.
+QColor recordingColour();
+// The colour of what waits or is paused.
+QColor waitingColour(const QPalette &palette);
+
+} // namespace cantorel::ui

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+
+namespace cantorel {
+class LevelDisplay;
+}
+
+namespace cantorel::ui {
+
+// The level in 20 steps, average and peak, 30 times a second while there is something to see and somebody can see it.
+class MeterView : public QWidget {
+public:
+    // The display outlives the view.
+    explicit MeterView(LevelDisplay &level, QWidget *parent = nullptr);
+
+    // A level has come.
+    void wake();
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
+private:
+    void step();
+
+    LevelDisplay &mLevel;
+    QTimer mTimer;
+};
+
+} // namespace cantorel::ui

@@ -1,0 +1,285 @@
+#include "ui/RecordingTab.h"
+
+#include "audio_device/ZQAudioKextKit.h"
+#include "lang/Lang.h"
+#include "recording/RecorderPanel.h"
+#include "recording/RecordingSession.h"
+#include "recording/ScheduledSession.h"
+#include "settings/AppSettings.h"
+#include "ui/Icons.h"
+#include "ui/MeterView.h"
+#include "ui/RecordButton.h"
+#include "ui/SoundPictureView.h"
+
+#include <QBoxLayout>
+#include <QButtonGroup>
+#include <QComboBox>
+#include <QDir>
+#include <QEvent>
+#include <QFileDialog>
+#include <QLabel>
+#include <QToolButton>
+
+namespace cantorel::ui {
+
+namespace {
+
+constexpr qreal kElapsedScale = 3.4; // of the normal text
+constexpr int kSourceIcon = 28, kControlIcon = 24;
+
+struct Source {
+    const char *icon;
+    QString (*text)();
+    QString (*tip)();
+};
+constexpr Source kSources[] = {
+    {"system", Lang::settingsRecordSystemSound, Lang::settingsRecordAudioSourceTipsSystemSound},
+    {"microphone", Lang::windowMicrophone, Lang::settingsRecordAudioSourceTipsMic},
+    {"both", Lang::settingsRecordBoth, Lang::settingsRecordAudioSourceTipsBoth},
+};
+
+QLabel *centred(QWidget *parent) {
+    auto *label = new QLabel(parent);
+    label->setAlignment(Qt::AlignCenter);
+    return label;
+}
+
+QString colourSheet(const QColor &colour) { return QStringLiteral("color: %1").arg(colour.name()); }
+
+} // namespace
+
+RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session, QWidget *parent)
+    : QWidget(parent),
+      mPanel(panel),
+      mRecorder(recorder),
+      mSession(session),
+      mSources(new QButtonGroup(this)),
+      mDevice(centred(this)),
+      mFolder(new QToolButton(this)),
+      mFormat(new QComboBox(this)),
+      mElapsed(centred(this)),
+      mState(centred(this)),
+      mSize(new QLabel(this)),
+      mTimeLeft(new QLabel(this)),
+      mSentence(centred(this)),
+      mCountdown(centred(this)),
+      mPicture(new SoundPictureView(panel.history(), this)),
+      mMeter(new MeterView(panel.level(), this)),
+      mRecord(new RecordButton(this)),
+      mPause(new QToolButton(this)),
+      mSplit(new QToolButton(this)) {
+    QFont large = font();
+    large.setPointSizeF(large.pointSizeF() * kElapsedScale);
+    large.setWeight(QFont::Light);
+    mElapsed->setFont(large);
+    mElapsed->setObjectName(QStringLiteral("elapsed"));
+    mState->setObjectName(QStringLiteral("state"));
+    mSentence->setWordWrap(true);
+    mSentence->setObjectName(QStringLiteral("sentence"));
+    mCountdown->setEnabled(false); // A quiet line.
+    mTimeLeft->setAlignment(Qt::AlignRight);
+
+    auto *numbers = new QHBoxLayout;
+    numbers->addWidget(mSize, 1);
+    numbers->addWidget(mElapsed);
+    numbers->addWidget(mTimeLeft, 1);
+
+    auto *column = new QVBoxLayout(this);
+    column->addWidget(makeSources());
+    column->addWidget(mDevice);
+    column->addWidget(makeDestination());
+    column->addStretch(1);
+    column->addLayout(numbers);
+    column->addWidget(mState);
+    column->addWidget(mPicture, 8);
+    column->addWidget(mMeter);
+    column->addWidget(mSentence);
+    column->addStretch(1);
+    column->addWidget(makeControls());
+    column->addWidget(mCountdown);
+
+    showIcons();
+    changeLanguageText();
+    setAudioInputSelectedStatus();
+}
+
+QWidget *RecordingTab::makeSources() {
+    auto *row = new QWidget(this);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins({});
+    layout->addStretch();
+    for (int type = 0; type < static_cast<int>(std::size(kSources)); ++type) {
+        auto *button = new QToolButton(row);
+        button->setCheckable(true);
+        button->setAutoRaise(true);
+        button->setFocusPolicy(Qt::StrongFocus);
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setIconSize({kSourceIcon, kSourceIcon});
+        button->setObjectName(QStringLiteral("source%1").arg(type));
+        mSources->addButton(button, type);
+        layout->addWidget(button);
+    }
+    layout->addStretch();
+    connect(mSources, &QButtonGroup::idClicked, this, [this](int type) { chooseSource(type); });
+    return row;
+}
+
+QWidget *RecordingTab::makeDestination() {
+    auto *row = new QWidget(this);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins({});
+    mFolder->setAutoRaise(true);
+    mFolder->setFocusPolicy(Qt::StrongFocus);
+    mFolder->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    mFolder->setObjectName(QStringLiteral("folder"));
+    connect(mFolder, &QToolButton::clicked, this, [this] { chooseFolder(); });
+    mFormat->addItems(AppSettings::audioFormats());
+    mFormat->setObjectName(QStringLiteral("format"));
+    connect(mFormat, &QComboBox::activated, this, [](int index) { AppSettings::setAudioFormat(index); });
+    layout->addStretch();
+    layout->addWidget(mFormat);
+    layout->addWidget(mFolder);
+    layout->addStretch();
+    return row;
+}
+
+QWidget *RecordingTab::makeControls() {
+    auto *row = new QWidget(this);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins({});
+    for (QToolButton *button : {mPause, mSplit}) {
+        button->setAutoRaise(true);
+        button->setFocusPolicy(Qt::StrongFocus);
+        button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+        button->setIconSize({kControlIcon, kControlIcon});
+        button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    }
+    mRecord->setObjectName(QStringLiteral("record"));
+    mPause->setObjectName(QStringLiteral("pause"));
+    mSplit->setObjectName(QStringLiteral("split"));
+    connect(mRecord, &RecordButton::clicked, this, [this] { mRecorder.onStartRecording(); });
+    connect(mPause, &QToolButton::clicked, this, [this] { mSession.onPauseRecording(); });
+    connect(mSplit, &QToolButton::clicked, this, [this] { mSession.splitRecording(); });
+    // Both sides of the record button are equally wide, so that it stands in the middle whatever the language.
+    auto *left = new QHBoxLayout, *right = new QHBoxLayout;
+    left->addStretch();
+    left->addWidget(mPause);
+    right->addWidget(mSplit);
+    right->addStretch();
+    layout->addLayout(left, 1);
+    layout->addSpacing(24);
+    layout->addWidget(mRecord);
+    layout->addSpacing(24);
+    layout->addLayout(right, 1);
+    return row;
+}
+
+void RecordingTab::chooseSource(int type) {
+    AppSettings::setAudioType(type);
+    showSettings();
+}
+
+void RecordingTab::chooseFolder() {
+    const QString chosen = QFileDialog::getExistingDirectory(this, Lang::commSelectFolder(), AppSettings::outputPath());
+    if (!chosen.isEmpty())
+        AppSettings::setOutputPath(chosen);
+    showSettings();
+}
+
+void RecordingTab::setAudioInputSelectedStatus() {
+    if (QAbstractButton *chosen = mSources->button(AppSettings::getAudioType()))
+        chosen->setChecked(true);
+    showSettings();
+}
+
+void RecordingTab::showSettings() {
+    const int type = AppSettings::getAudioType();
+    const QString output = ZQAudioKextKit::getDefaultAudioOutputName(),
+                  input = ZQAudioKextKit::getDefaultAudioInputName();
+    QString device = mPanel.device();
+    if (device.isEmpty() || mPanel.state() == RecorderState::Idle) {
+        QStringList devices;
+        if (type != 1)
+            devices << output;
+        if (type != 0)
+            devices << (input.isEmpty() ? Lang::tabRecordNoInputDeviceDetected() : input);
+        devices.removeAll(QString());
+        device = devices.join(QStringLiteral(" + "));
+    }
+    mDevice->setText(device);
+    mFormat->setCurrentIndex(AppSettings::getAudioFormat());
+    const QString folder = AppSettings::outputPath();
+    mFolder->setText(QDir(folder).dirName());
+    mFolder->setToolTip(QDir::toNativeSeparators(folder));
+}
+
+void RecordingTab::changeLanguageText() {
+    for (int type = 0; type < static_cast<int>(std::size(kSources)); ++type) {
+        mSources->button(type)->setText(kSources[type].text());
+        mSources->button(type)->setToolTip(kSources[type].tip());
+    }
+    mFolder->setAccessibleName(Lang::windowOutputFolder());
+    mFormat->setAccessibleName(Lang::commFormat());
+    mSplit->setText(Lang::windowSplitNow());
+    mMeter->setAccessibleName(Lang::windowMeterName());
+    mPicture->setAccessibleName(Lang::windowPictureName());
+    showSettings();
+    showPanel();
+}
+
+void RecordingTab::showPanel() {
+    const RecorderState state = mPanel.state();
+    const RecordingControls &controls = mPanel.controls();
+    mRecord->setRecording(controls.startShowsStop);
+    mRecord->setText(controls.startShowsStop ? Lang::btnStop() : Lang::windowRecord());
+    mRecord->setToolTip(mRecord->text());
+    mRecord->setAccessibleName(mRecord->text());
+    mPause->setEnabled(controls.pauseEnabled);
+    mPause->setText(controls.pauseShowsResume ? Lang::btnResume() : Lang::btnPause());
+    mSplit->setEnabled(controls.startShowsStop && mPanel.display().seconds > 0);
+    for (QAbstractButton *source : mSources->buttons())
+        source->setEnabled(!controls.startShowsStop);
+    mFormat->setEnabled(!controls.startShowsStop);
+    mFolder->setEnabled(!controls.startShowsStop);
+
+    const RecordingDisplay &display = mPanel.display();
+    mElapsed->setText(display.duration);
+    mSize->setText(controls.startShowsStop ? display.size : QString());
+    mTimeLeft->setText(mPanel.timeLeftText());
+    mState->setText(mPanel.stateText());
+    const bool waits =
+        state == RecorderState::Paused || state == RecorderState::WaitingForSound || state == RecorderState::DeviceLost;
+    mState->setStyleSheet(state == RecorderState::Recording ? colourSheet(recordingColour())
+                          : waits                           ? colourSheet(waitingColour(palette()))
+                                                            : QString());
+    mSentence->setText(mPanel.sentence());
+    mCountdown->setText(mPanel.countdown().text);
+}
+
+void RecordingTab::levelCame() {
+    mMeter->wake();
+    mPicture->wake();
+}
+
+void RecordingTab::showIcons() {
+    for (int type = 0; type < static_cast<int>(std::size(kSources)); ++type)
+        mSources->button(type)->setIcon(icon(QString::fromLatin1(kSources[type].icon), palette()));
+    mFolder->setIcon(icon(QStringLiteral("folder"), palette()));
+    mPause->setIcon(icon(QStringLiteral("pause"), palette()));
+    mSplit->setIcon(icon(QStringLiteral("split"), palette()));
+}
+
+void RecordingTab::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange) {
+        showIcons();
+        showPanel();
+    }
+    QWidget::changeEvent(event);
+}
+
+void RecordingTab::showEvent(QShowEvent *event) {
+    showSettings();
+    QWidget::showEvent(event);
+}
+
+} // namespace cantorel::ui

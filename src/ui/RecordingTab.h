@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QWidget>
+
+class QButtonGroup;
+class QComboBox;
+class QLabel;
+class QToolButton;
+
+namespace cantorel {
+class RecorderPanel;
+class RecordingSession;
+class ScheduledSession;
+} // namespace cantorel
+
+namespace cantorel::ui {
+
+class MeterView;
+class RecordButton;
+class SoundPictureView;
+
+// What will be recorded and from where, the record button, and everything about the recording that runs.
+class RecordingTab : public QWidget {
+public:
+    // All outlive the tab.
+    RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session,
+                 QWidget *parent = nullptr);
+
+    // The language, the settings or the devices have changed.
+    void changeLanguageText();
+    void setAudioInputSelectedStatus();
+    void showSettings();
+    // The panel has changed; a level has come.
+    void showPanel();
+    void levelCame();
+
+private:
+    void chooseSource(int type);
+    void chooseFolder();
+    QWidget *makeSources();
+    QWidget *makeDestination();
+    QWidget *makeControls();
+    void showIcons();
+    void changeEvent(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+
+    RecorderPanel &mPanel;
+    ScheduledSession &mRecorder;
+    RecordingSession &mSession;
+    QButtonGroup *mSources;
+    QLabel *mDevice;
+    QToolButton *mFolder;
+    QComboBox *mFormat;
+    QLabel *mElapsed, *mState, *mSize, *mTimeLeft, *mSentence, *mCountdown;
+    SoundPictureView *mPicture;
+    MeterView *mMeter;
+    RecordButton *mRecord;
+    QToolButton *mPause, *mSplit;
+};
+
+} // namespace cantorel::ui

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "lang/Lang.h"
+#include "recording/RecorderPanel.h"
+#include "recording/ScheduledSession.h"
+#include "tests/unit/recording/RecordingFixture.h"
+#include "ui/MainWindow.h"
+
+#include <QApplication>
+#include <QTest>
+
+#include <cmath>
+
+namespace cantorel::test {
+
+// The main window over software devices: music plays, time is stepped by hand, clicks and keys are real.
+class WindowFixture : public RecordingFixture {
+public:
+    WindowFixture() {
+        list.initRecordedList();
+        session.claim();
+    }
+    // Lets time pass, with the window drawn and its events handled.
+    void pass(int milliseconds) {
+        for (int passed = 0; passed < milliseconds; passed += 50) {
+            world.advance(50);
+            QTest::qWait(1);
+        }
+    }
+    bool passUntil(const std::function<bool()> &condition) {
+        return eventually([&] {
+            pass(50);
+            return condition();
+        });
+    }
+    template <class Widget> Widget *find(const char *name) {
+        auto *found = window.findChild<Widget *>(QString::fromLatin1(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    void click(const char *name) { QTest::mouseClick(find<QWidget>(name), Qt::LeftButton); }
+    // Keeps a picture of a window where a folder for pictures is named.
+    static void photograph(QWidget &widget, const QString &name) {
+        const QString folder = qEnvironmentVariable("CANTOREL_PICTURES");
+        if (!folder.isEmpty()) {
+            QTest::qWait(50);
+            EXPECT_TRUE(widget.grab().save(folder + QLatin1Char('/') + name + QStringLiteral(".png")));
+        }
+    }
+
+    RecorderPanel panel;
+    RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
+    RecordingSession session{panel, list, QDir::homePath() + QStringLiteral("/state")};
+    ScheduledSession recorder{session, panel, *world.clock};
+    ui::MainWindow window{{panel, recorder, session, list}};
+};
+
+} // namespace cantorel::test

@@ -1,0 +1,25 @@
+// The entry point of the window tests: a home and an X server of its own, an application with windows, then the tests.
+
+#include "tests/support/PrivateDisplay.h"
+#include "tests/support/TestHome.h"
+
+#include <QApplication>
+
+#include <gmock/gmock.h>
+
+int main(int argc, char **argv) {
+    const cantorel::test::TestHome home;
+    if (!home.isValid())
+        return 2;
+    testing::InitGoogleMock(&argc, argv);
+    // To be listed, the tests need no screen.
+    if (testing::GTEST_FLAG(list_tests))
+        return RUN_ALL_TESTS();
+    const cantorel::test::PrivateDisplay display(QStringLiteral("1600x1200x24"));
+    if (!display.ready())
+        return 2;
+    qputenv("DISPLAY", display.name().toLocal8Bit());
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    QApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
