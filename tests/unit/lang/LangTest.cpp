@@ -124,18 +124,18 @@ public:
 };
 
 TEST_F(LanguageFiles, AFileReplacesAllTextsByItsFixedPairingsAndWhatItLacksIsNoText) {
-    put("German", R"(<l><common Title="Titel" AppName="Nein"/><common Title="Zweiter"/>
+    put("German", R"(<l><common Title="Tytul" AppName="Nein"/><common Title="Zweiter"/>
         <settings><General EnableHotkeys="An" ConfigureDidChange="x"/></settings>
-        <tools><ScheduleTask StopTime="Ende" Sleep="Schlaf"/><Editor EditorInsert="Ein" EditorInsertSettings="Wie"/></tools></l>)");
+        <tools><ScheduleTask StopTime="Kraj" Sleep="Schlaf"/><Editor EditorInsert="Ein" EditorInsertSettings="Wie"/></tools></l>)");
     Lang::ChangeLanguage(QStringLiteral("German"));
     const struct {
         const char *key, *text; // null: no text
-    } cases[] = {{"commTitle", "Titel"},
+    } cases[] = {{"commTitle", "Tytul"},
                  {"commSize", nullptr},
                  {"settingsEnableHotkeys", "An"},
                  {"settingsGeneralEnableHotkeys", "Enable hot keys"}, // a twin that is never loaded
                  {"settingsConfigureDidChange", nullptr},             // stands in another group
-                 {"toolsScheduleTaskToTime", "Ende"},
+                 {"toolsScheduleTaskToTime", "Kraj"},
                  {"toolsScheduleSleep", "Schlaf"},
                  {"toolsEditorButtonInsert", "Ein"},
                  {"toolsEditorLabelInsertSettings", "Wie"},
@@ -150,14 +150,14 @@ TEST_F(LanguageFiles, AFileReplacesAllTextsByItsFixedPairingsAndWhatItLacksIsNoT
 }
 
 TEST_F(LanguageFiles, WhatCannotBeReadChangesNothing) {
-    put("German", "<l><common Title='Titel'/></l>");
+    put("German", "<l><common Title='Tytul'/></l>");
     Lang::ChangeLanguage(QStringLiteral("German"));
     put("French", "");
     put("Polish", "no document");
     put("Secret", "<l><common Title='Secret'/></l>");
     for (const char *name : {"French", "Polish", "Greek", "Secret", "../German", ""}) {
         Lang::ChangeLanguage(QString::fromLatin1(name));
-        EXPECT_EQ(Lang::commTitle(), QStringLiteral("Titel")) << name;
+        EXPECT_EQ(Lang::commTitle(), QStringLiteral("Tytul")) << name;
     }
     put("English", "<l><common Title='Broken'><button OK='Yes'</l>");
     Lang::ChangeLanguage({}); // English
