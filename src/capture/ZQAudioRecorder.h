@@ -37,7 +37,9 @@ public:
     void setDiskReserve(std::uint64_t bytes) { mAudioFileOutput->diskReserve = bytes; }
     // Names a free file for a recording whose folder was removed meanwhile, on another thread.
     void setRescue(std::function<QString(const QString &path)> rescue) { mAudioFileOutput->rescue = std::move(rescue); }
-    // Sees the exact frames that are handed to the coder, on another thread; for tests.
+    // How often the file's thread looks for frames, and what sees the exact frames that are handed to the coder, on
+    // that thread; for tests.
+    void setPollInterval(std::chrono::milliseconds interval) { mAudioFileOutput->pollInterval = interval; }
     void setTap(std::function<void(std::span<const float> interleavedStereo)> tap);
 
 protected:

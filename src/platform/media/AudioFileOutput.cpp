@@ -56,7 +56,8 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     recording->dropped = before.dropped;
     recording->discontinuities = before.discontinuities;
     recording->worker = std::make_unique<RecordingWorker>(
-        path, RecordingInput{queue, stream->sampleRate(), stream->sourceChannels()}, diskReserve, std::move(events));
+        path, RecordingInput{queue, stream->sampleRate(), stream->sourceChannels(), pollInterval}, diskReserve,
+        std::move(events));
     // The exchange is what keeps two files of a split next to each other.
     mJoins = false;
     retire(queue.get(), before.queue != nullptr);
@@ -65,8 +66,9 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
 }
 
 void AudioFileOutput::post(std::function<void()> call) {
+    auto event = std::make_unique<QEvent>(QEvent::User);
     mPosted.with([&](auto &calls) { calls.push_back(std::move(call)); });
-    QCoreApplication::postEvent(this, new QEvent(QEvent::User)); // the event loop's from here on
+    QCoreApplication::postEvent(this, event.release()); // the event loop's from here on
 }
 
 void AudioFileOutput::customEvent(QEvent *) {

@@ -80,6 +80,9 @@ public:
     // A recording ends when its disk has less room; in bytes, set before a recording.
     std::uint64_t diskReserve = kDiskReserve;
 
+    // How often the worker looks for frames; for tests that let time fly, set before a recording.
+    std::chrono::milliseconds pollInterval = kPollInterval;
+
     // Replaces a file of that name. A recording under way ends with the frame before the first of this one. What
     // fails is told by the delegate.
     void startRecordingToOutputFile(const QString &path);

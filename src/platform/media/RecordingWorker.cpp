@@ -23,8 +23,7 @@ constexpr double kQueueSeconds = 10; // a disk that sleeps longer costs frames, 
 constexpr double kBatchSeconds = 0.5;
 // A recording that ends with a whole block is as long in every player as it was captured.
 constexpr std::uint64_t kBlockFrames = kFramesPerPacket;
-constexpr auto kBlockWait = std::chrono::milliseconds(200);    // a device that brings nothing by then is gone
-constexpr auto kPollInterval = std::chrono::milliseconds(100); // the real-time side never wakes anybody
+constexpr auto kBlockWait = std::chrono::milliseconds(200); // a device that brings nothing by then is gone
 
 std::size_t framesOf(double seconds, double rate) { return static_cast<std::size_t>(seconds * rate); }
 
@@ -253,7 +252,7 @@ bool RecordingWorker::waitForFrames() {
         if (frames >= wanted
             || (frames > 0 && (!mStarted || mSilence > 0 || !mHolds.empty() || mInput.queue->nextHole())))
             return true;
-        mWake.wait_for(lock, kPollInterval);
+        mWake.wait_for(lock, mInput.pollInterval);
     }
     return false;
 }

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -22,11 +23,15 @@ namespace cantorel::media {
 
 class AudioFileWriter;
 
+// The real-time side never wakes anybody.
+inline constexpr std::chrono::milliseconds kPollInterval(100);
+
 // Where the frames of a recording come from.
 struct RecordingInput {
     std::shared_ptr<FrameQueue> queue;
     double sampleRate = 0;           // frames a second
     std::vector<int> sourceChannels; // channels of each source; together those of the queue
+    std::chrono::milliseconds pollInterval = kPollInterval;
 };
 
 // A queue for a recording of a device, with room for a disk or a predecessor that takes its time.
