@@ -135,6 +135,14 @@ RecordedAudioInfo &RecordedList::addRecordedFile(const QString &path, const QStr
     return *mItems.back();
 }
 
+void RecordedList::insert(std::size_t at, RecordedAudioFields fields) {
+    at = std::min(at, mItems.size());
+    mItems.insert(mItems.begin() + static_cast<std::ptrdiff_t>(at),
+                  std::make_unique<RecordedAudioInfo>(std::move(fields)));
+    store(kInsert, at);
+    changed();
+}
+
 void RecordedList::remove(RecordedAudioInfo &item) {
     const std::size_t at = indexOf(item);
     if (at == mItems.size())

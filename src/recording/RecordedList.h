@@ -43,9 +43,13 @@ public:
     const Items &items() const { return mItems; }
     // Null when there is none.
     RecordedAudioInfo *itemWithFile(const QString &path) const;
+    // items().size() for one that is not in the list.
+    std::size_t indexOf(const RecordedAudioInfo &item) const;
 
     RecordedAudioInfo &addRecordedFile(const QString &path, const QString &recordDuration,
                                        const QString &recordFileSize);
+    // A recording that was in the list before, back at its place, or at the end where the list is shorter now.
+    void insert(std::size_t at, RecordedAudioFields fields);
     // The item is destroyed; its file stays.
     void remove(RecordedAudioInfo &item);
     // Stores what has changed in the item.
@@ -63,7 +67,6 @@ private:
     void applyJournal(const QByteArray &archive);
     // Stores one change: in the journal, or with the whole list where that is as quick or must be.
     void store(const char *operation, std::size_t at);
-    std::size_t indexOf(const RecordedAudioInfo &item) const;
     void changed();
 
     const QString mStateFolder;

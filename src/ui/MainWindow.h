@@ -1,5 +1,6 @@
 #pragma once
 
+#include "recording/RecordedList.h"
 #include "recording/RecorderPanel.h"
 
 #include <QMainWindow>
@@ -8,17 +9,17 @@ class QTabWidget;
 class QToolButton;
 
 namespace cantorel {
-class RecordedList;
 class RecordingSession;
 class ScheduledSession;
 } // namespace cantorel
 
 namespace cantorel::ui {
 
+class LibraryTab;
 class RecordingTab;
 
 // The window: the recording and the library tab, and the ways to everything else. Owned by the application.
-class MainWindow : public QMainWindow {
+class MainWindow : public QMainWindow, public RecordedListView {
 public:
     // What the window shows and controls. All outlive it.
     struct Parts {
@@ -31,8 +32,11 @@ public:
     ~MainWindow() override;
 
     void changeLanguageText();
+    LibraryTab &library() { return *mLibraryTab; }
 
 private:
+    void recordedListDidChange() override;
+    void showPanel();
     void listen();
     void showIcons();
     void changeEvent(QEvent *event) override;
@@ -40,6 +44,7 @@ private:
     Parts mParts;
     QTabWidget *mTabs;
     RecordingTab *mRecordingTab;
+    LibraryTab *mLibraryTab;
 };
 
 } // namespace cantorel::ui

@@ -1,7 +1,12 @@
+#include "recording/RecordingsModel.h"
 #include "tests/window/WindowFixture.h"
+#include "ui/LibraryTab.h"
 
 #include <QAbstractButton>
 #include <QLabel>
+#include <QLineEdit>
+#include <QTabWidget>
+#include <QTableView>
 
 namespace cantorel {
 namespace {
@@ -32,6 +37,120 @@ TEST_F(MainWindow, RecordsPausesSplitsAndStops) {
     EXPECT_EQ(panel.state(), RecorderState::Idle);
     EXPECT_EQ(list.items().size(), 2u);
     photograph(window, QStringLiteral("record-ended"));
+}
+
+class Library : public test::WindowFixture {
+public:
+    // A recording of two seconds under that name, in the list.
+    void record(const char *name) {
+        AppSettings::setAudioFormat(4);
+        ASSERT_TRUE(session.startRecording());
+        ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+        pass(2000);
+        session.stopRecording();
+        ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+        ASSERT_TRUE(list.rename(*list.items().back(), QString::fromLatin1(name)));
+    }
+    void open() {
+        window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+        QApplication::setActiveWindow(&window); // There is no window manager to do it.
+        find<QTabWidget>("tabs")->setCurrentIndex(1);
+        table = find<QTableView>("recordings");
+    }
+    QStringList titles() const {
+        QStringList titles;
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            titles << table->model()->index(row, 0).data().toString();
+        return titles;
+    }
+    void select(int row) { table->setCurrentIndex(table->model()->index(row, 0)); }
+    void key(QWidget *widget, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        widget->setFocus();
+        QTest::keyClick(widget, key, modifiers);
+    }
+
+    QTableView *table = nullptr;
+};
+
+TEST_F(Library, SearchesSortsRenamesRemovesAndGivesBack) {
+    open();
+    photograph(window, QStringLiteral("library-empty"));
+    for (const char *name : {"Rain", "concert in may", "Interview"})
+        record(name);
+    EXPECT_EQ(titles(), QStringList({"Interview.wav", "concert in may.wav", "Rain.wav"})) << "the newest first";
+    photograph(window, QStringLiteral("library"));
+    table->sortByColumn(RecordingsModel::Title, Qt::AscendingOrder);
+    EXPECT_EQ(titles(), QStringList({"concert in may.wav", "Interview.wav", "Rain.wav"}));
+
+    auto *search = find<QLineEdit>("search");
+    QTest::keyClicks(search, QStringLiteral("MAY con"));
+    EXPECT_EQ(titles(), QStringList{"concert in may.wav"});
+    QTest::keyClicks(search, QStringLiteral("x"));
+    EXPECT_TRUE(titles().isEmpty());
+    photograph(window, QStringLiteral("library-nothing"));
+    search->clear();
+
+    select(2);
+    key(table, Qt::Key_F2);
+    auto *editor = table->viewport()->findChild<QLineEdit *>();
+    ASSERT_NE(editor, nullptr);
+    EXPECT_EQ(editor->text(), QStringLiteral("Rain"));
+    editor->selectAll();
+    QTest::keyClicks(editor, QStringLiteral("Interview"));
+    QTest::keyClick(editor, Qt::Key_Return);
+    pass(50); // The editor goes.
+    EXPECT_EQ(titles().last(), QStringLiteral("Rain.wav")) << "that name is taken";
+    EXPECT_FALSE(find<QLabel>("notice")->text().isEmpty());
+    key(table, Qt::Key_F2);
+    editor = table->viewport()->findChild<QLineEdit *>();
+    ASSERT_NE(editor, nullptr);
+    editor->selectAll();
+    QTest::keyClicks(editor, QStringLiteral("Storm"));
+    QTest::keyClick(editor, Qt::Key_Return);
+    pass(50); // The editor goes.
+    EXPECT_EQ(titles().last(), QStringLiteral("Storm.wav"));
+    EXPECT_TRUE(QFile::exists(path("Storm.wav")));
+
+    for (const auto modifier : {Qt::NoModifier, Qt::ShiftModifier}) {
+        select(0);
+        table->selectRow(0);
+        table->selectionModel()->select(table->model()->index(2, 0),
+                                        QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        key(table, Qt::Key_Delete, modifier);
+        EXPECT_EQ(titles(), QStringList{"Interview.wav"});
+        EXPECT_EQ(QFile::exists(path("Storm.wav")), modifier == Qt::NoModifier) << "moved only when asked";
+        photograph(window, QStringLiteral("library-removed"));
+        click("undo");
+        EXPECT_EQ(titles().size(), 3);
+        EXPECT_TRUE(QFile::exists(path("Storm.wav")));
+    }
+}
+
+TEST_F(Library, PlaysPausesSeeksAndFallsSilentWhenARecordingBegins) {
+    open();
+    record("Rain");
+    select(0);
+    auto &player = window.library().player();
+    key(table, Qt::Key_Return);
+    EXPECT_TRUE(player.isPlaying());
+    ASSERT_TRUE(passUntil([&] { return player.position() > 0.2; }));
+    photograph(window, QStringLiteral("library-playing"));
+    click("play");
+    EXPECT_FALSE(player.isPlaying());
+    const double paused = player.position();
+    pass(500);
+    EXPECT_EQ(player.position(), paused);
+    click("play");
+    EXPECT_TRUE(player.isPlaying());
+    key(find<QWidget>("seek"), Qt::Key_End);
+    ASSERT_TRUE(passUntil([&] { return player.file().isEmpty(); })) << "heard to its end";
+    key(table, Qt::Key_Space);
+    EXPECT_TRUE(player.isPlaying());
+    ASSERT_TRUE(session.startRecording());
+    EXPECT_FALSE(player.isPlaying());
+    session.stopRecording();
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
 }
 
 } // namespace

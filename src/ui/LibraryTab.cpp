@@ -1,0 +1,319 @@
+#include "ui/LibraryTab.h"
+
+#include "lang/Lang.h"
+#include "platform/desktop/Services.h"
+#include "recording/RecordedList.h"
+#include "ui/Icons.h"
+#include "util/ToolString.h"
+
+#include <QAction>
+#include <QBoxLayout>
+#include <QEvent>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QShortcut>
+#include <QSlider>
+#include <QStackedLayout>
+#include <QTableView>
+#include <QToolButton>
+
+namespace cantorel::ui {
+
+namespace {
+
+constexpr int kSliderSteps = 1000;
+
+QToolButton *flatButton(QWidget *parent, const char *name) {
+    auto *button = new QToolButton(parent);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::StrongFocus);
+    button->setObjectName(QString::fromLatin1(name));
+    return button;
+}
+
+} // namespace
+
+LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
+    : QWidget(parent),
+      mList(list),
+      mModel(list),
+      mRemoval(list),
+      mSearch(new QLineEdit(this)),
+      mTable(new QTableView(this)),
+      mEmpty(new QLabel(this)),
+      mNoticeText(new QLabel(this)),
+      mPlayed(new QLabel(this)),
+      mTime(new QLabel(this)),
+      mUndo(flatButton(this, "undo")),
+      mPlay(flatButton(this, "play")),
+      mStop(flatButton(this, "stopPlaying")),
+      mSeek(new QSlider(Qt::Horizontal, this)) {
+    mSearch->setClearButtonEnabled(true);
+    mSearch->setObjectName(QStringLiteral("search"));
+    connect(mSearch, &QLineEdit::textChanged, this, [this](const QString &text) {
+        mModel.search(text);
+        showEmptiness();
+    });
+    mModel.trouble = [this](const QString &sentence) { notice(sentence, false); };
+    mPlayer.changed = [this] { showPlayer(); };
+
+    auto *column = new QVBoxLayout(this);
+    column->addWidget(mSearch);
+    auto *stacked = new QWidget(this);
+    mStack = new QStackedLayout(stacked);
+    mStack->addWidget(makeTable());
+    mEmpty->setAlignment(Qt::AlignCenter);
+    mEmpty->setWordWrap(true);
+    mEmpty->setEnabled(false); // A quiet word.
+    mStack->addWidget(mEmpty);
+    column->addWidget(stacked, 1);
+    column->addWidget(makeNotice());
+    column->addWidget(makePlayer());
+    showIcons();
+    changeLanguageText();
+}
+
+QWidget *LibraryTab::makeTable() {
+    mTable->setModel(&mModel);
+    mTable->setObjectName(QStringLiteral("recordings"));
+    mTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    mTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    mTable->setEditTriggers(QAbstractItemView::EditKeyPressed);
+    mTable->setDragEnabled(true);
+    mTable->setShowGrid(false);
+    mTable->setAlternatingRowColors(true);
+    mTable->setTabKeyNavigation(false); // Tab leaves the table.
+    mTable->setContextMenuPolicy(Qt::CustomContextMenu);
+    mTable->verticalHeader()->hide();
+    mTable->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    mTable->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
+    mTable->horizontalHeader()->setSectionResizeMode(RecordingsModel::Title, QHeaderView::Stretch);
+    mTable->horizontalHeader()->setHighlightSections(false);
+    mTable->setSortingEnabled(true);
+    mTable->sortByColumn(RecordingsModel::Date, Qt::DescendingOrder);
+    const int digit = fontMetrics().horizontalAdvance(QLatin1Char('0'));
+    for (const auto &[section, digits] : {std::pair(RecordingsModel::Length, 10),
+                                          {RecordingsModel::Size, 11},
+                                          {RecordingsModel::Date, 21},
+                                          {RecordingsModel::State, 14}})
+        mTable->setColumnWidth(section, digits * digit);
+    connect(mTable, &QTableView::customContextMenuRequested, this, [this](const QPoint &at) { showMenu(at); });
+    connect(mTable, &QTableView::doubleClicked, this, [this](const QModelIndex &index) {
+        if (const auto *item = mModel.item(index.row()))
+            play(*item);
+    });
+    const auto onKey = [this](const QKeySequence &keys, auto action) {
+        auto *shortcut = new QShortcut(keys, mTable);
+        shortcut->setContext(Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, action);
+    };
+    onKey(Qt::Key_Return, [this] { playOrPause(); });
+    onKey(Qt::Key_Space, [this] { playOrPause(); });
+    onKey(QKeySequence::Delete, [this] { remove(RecordingsRemoval::Files::Stay); });
+    onKey(Qt::SHIFT | Qt::Key_Delete, [this] { remove(RecordingsRemoval::Files::IntoWastebasket); });
+    auto *find = new QShortcut(QKeySequence::Find, this);
+    connect(find, &QShortcut::activated, mSearch, [this] { mSearch->setFocus(Qt::ShortcutFocusReason); });
+    return mTable;
+}
+
+QWidget *LibraryTab::makeNotice() {
+    mNotice = new QWidget(this);
+    auto *row = new QHBoxLayout(mNotice);
+    row->setContentsMargins({});
+    mNoticeText->setWordWrap(true);
+    mNoticeText->setObjectName(QStringLiteral("notice"));
+    mUndo->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    connect(mUndo, &QToolButton::clicked, this, [this] { undo(); });
+    row->addWidget(mNoticeText, 1);
+    row->addWidget(mUndo);
+    mNotice->hide();
+    return mNotice;
+}
+
+QWidget *LibraryTab::makePlayer() {
+    mPlayerBar = new QWidget(this);
+    auto *row = new QHBoxLayout(mPlayerBar);
+    row->setContentsMargins({});
+    connect(mPlay, &QToolButton::clicked, this, [this] { playOrPause(); });
+    connect(mStop, &QToolButton::clicked, this, [this] { mPlayer.stop(); });
+    mSeek->setRange(0, kSliderSteps);
+    mSeek->setObjectName(QStringLiteral("seek"));
+    const auto seek = [this] { mPlayer.seek(mPlayer.length() * mSeek->value() / kSliderSteps); };
+    connect(mSeek, &QSlider::sliderReleased, this, seek);
+    connect(mSeek, &QSlider::actionTriggered, this, [this, seek](int action) {
+        if (action != QAbstractSlider::SliderMove)
+            QMetaObject::invokeMethod(this, seek, Qt::QueuedConnection); // once the value has changed
+    });
+    mPlayed->setTextFormat(Qt::PlainText);
+    row->addWidget(mPlay);
+    row->addWidget(mStop);
+    row->addWidget(mPlayed);
+    row->addWidget(mSeek, 1);
+    row->addWidget(mTime);
+    mPlayerBar->hide();
+    return mPlayerBar;
+}
+
+std::vector<RecordedAudioInfo *> LibraryTab::selected() const {
+    std::vector<RecordedAudioInfo *> items;
+    for (const QModelIndex &index : mTable->selectionModel()->selectedRows())
+        if (auto *item = mModel.item(index.row()))
+            items.push_back(item);
+    return items;
+}
+
+void LibraryTab::showMenu(const QPoint &position) {
+    const auto items = selected();
+    if (items.empty())
+        return;
+    QMenu menu(this);
+    const auto add = [&](const char *drawing, const QString &text, auto action, bool enabled = true) {
+        QAction *added = menu.addAction(icon(QString::fromLatin1(drawing), palette()), text, this, action);
+        added->setEnabled(enabled);
+    };
+    const bool isOne = items.size() == 1;
+    const bool isReady = !items.front()->isRecording && !items.front()->isProcessing;
+    add(
+        "play", Lang::btnPlay(), [this, items] { play(*items.front()); }, isOne && isReady);
+    add(
+        "rename", Lang::btnRename(),
+        [this] { mTable->edit(mTable->currentIndex().siblingAtColumn(RecordingsModel::Title)); }, isOne && isReady);
+    add(
+        "folder", Lang::btnShowInFinder(), [this] { reveal(); }, isOne);
+    menu.addSeparator();
+    add("remove", Lang::windowRemoveFromList(), [this] { remove(RecordingsRemoval::Files::Stay); });
+    add("wastebasket", Lang::windowMoveToWastebasket(), [this] { remove(RecordingsRemoval::Files::IntoWastebasket); });
+    menu.exec(mTable->viewport()->mapToGlobal(position));
+}
+
+void LibraryTab::playOrPause() {
+    const auto items = selected();
+    if (mPlayer.isPlaying() && (items.empty() || items.front()->getFileName() == mPlayer.file()))
+        mPlayer.pause();
+    else if (!items.empty())
+        play(*items.front());
+    else if (!mPlayer.file().isEmpty())
+        (void)mPlayer.play(mPlayer.file()); // The bar shows what became of it.
+}
+
+void LibraryTab::play(const RecordedAudioInfo &item) {
+    if (item.isRecording || item.isProcessing)
+        return;
+    if (!QFileInfo::exists(item.getFileName()))
+        notice(Lang::tabPlaylistNoFile(), false);
+    else if (const auto played = mPlayer.play(item.getFileName()); !played)
+        notice(played.failure().sentence, false);
+}
+
+void LibraryTab::reveal() {
+    const auto items = selected();
+    const auto &files = desktop::InstalledServices::current().files;
+    if (!items.empty() && files)
+        (void)files->reveal({items.front()->getFileName()}); // The desktop shows it or has no file manager.
+}
+
+void LibraryTab::remove(RecordingsRemoval::Files files) {
+    const auto items = selected();
+    if (items.empty())
+        return;
+    for (const auto *item : items)
+        if (item->getFileName() == mPlayer.file())
+            mPlayer.stop();
+    const auto removed = mRemoval.remove(items, files);
+    if (!removed) {
+        notice(removed.failure().sentence, mRemoval.count() > 0);
+        return;
+    }
+    if (mRemoval.count() == 0)
+        return;
+    const bool isOne = mRemoval.count() == 1, moved = mRemoval.hasMovedFiles();
+    QString text = isOne ? (moved ? Lang::windowMovedToWastebasket() : Lang::windowRemoved())
+                         : (moved ? Lang::windowSeveralMoved() : Lang::windowSeveralRemoved());
+    text.replace(QLatin1String("[#FileName#]"), mRemoval.firstName());
+    text.replace(QLatin1String("[#Count#]"), QString::number(mRemoval.count()));
+    notice(text, true);
+}
+
+void LibraryTab::undo() {
+    const auto undone = mRemoval.undo();
+    notice(undone ? QString() : undone.failure().sentence, false);
+}
+
+void LibraryTab::notice(const QString &text, bool withUndo) {
+    mNoticeText->setText(text);
+    mUndo->setVisible(withUndo);
+    mNotice->setVisible(!text.isEmpty());
+}
+
+void LibraryTab::listDidChange() {
+    const auto kept = selected();
+    QModelIndex current = mTable->currentIndex();
+    const RecordedAudioInfo *currentItem = mModel.item(current.row());
+    mModel.listDidChange();
+    // The pointers are only compared: what has gone from the list is not found among its rows.
+    QItemSelection selection;
+    for (const auto *item : kept)
+        if (const int row = mModel.rowOf(item); row >= 0)
+            selection.select(mModel.index(row, 0), mModel.index(row, RecordingsModel::ColumnCount - 1));
+    mTable->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    if (const int row = currentItem ? mModel.rowOf(currentItem) : -1; row >= 0)
+        mTable->selectionModel()->setCurrentIndex(mModel.index(row, qMax(0, current.column())),
+                                                  QItemSelectionModel::NoUpdate);
+    showEmptiness();
+}
+
+void LibraryTab::showEmptiness() {
+    const bool isEmpty = mModel.rowCount() == 0;
+    mEmpty->setText(mList.items().empty() ? Lang::windowEmptyLibrary() : Lang::windowNothingFound());
+    mStack->setCurrentIndex(isEmpty ? 1 : 0);
+}
+
+void LibraryTab::showPlayer() {
+    const bool hasFile = !mPlayer.file().isEmpty();
+    mPlayerBar->setVisible(hasFile);
+    if (!hasFile)
+        return;
+    mPlay->setIcon(icon(mPlayer.isPlaying() ? QStringLiteral("pause") : QStringLiteral("play"), palette()));
+    mPlay->setToolTip(mPlayer.isPlaying() ? Lang::btnPause() : Lang::btnPlay());
+    mPlay->setAccessibleName(mPlay->toolTip());
+    const QString name = QFileInfo(mPlayer.file()).fileName();
+    mPlayed->setText(mPlayed->fontMetrics().elidedText(name, Qt::ElideMiddle, width() / 4));
+    if (!mSeek->isSliderDown() && mPlayer.length() > 0)
+        mSeek->setValue(static_cast<int>(mPlayer.position() / mPlayer.length() * kSliderSteps));
+    mTime->setText(QStringLiteral("%1 / %2").arg(ToolString::stringFromDuration(mPlayer.position()),
+                                                 ToolString::stringFromDuration(mPlayer.length())));
+}
+
+void LibraryTab::changeLanguageText() {
+    mSearch->setPlaceholderText(Lang::windowSearchRecordings());
+    mSearch->setAccessibleName(Lang::windowSearchRecordings());
+    mTable->setAccessibleName(Lang::tabPlaylistTitle());
+    mUndo->setText(Lang::windowUndo());
+    mStop->setToolTip(Lang::windowStopPlaying());
+    mStop->setAccessibleName(Lang::windowStopPlaying());
+    mSeek->setAccessibleName(Lang::windowPosition());
+    mModel.languageDidChange();
+    showEmptiness();
+    showPlayer();
+}
+
+void LibraryTab::showIcons() {
+    mUndo->setIcon(icon(QStringLiteral("undo"), palette()));
+    mStop->setIcon(icon(QStringLiteral("stop"), palette()));
+    mSearch->addAction(icon(QStringLiteral("search"), palette()), QLineEdit::LeadingPosition);
+}
+
+void LibraryTab::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange) {
+        for (QAction *action : mSearch->actions())
+            mSearch->removeAction(action);
+        showIcons();
+        showPlayer();
+    }
+    QWidget::changeEvent(event);
+}
+
+} // namespace cantorel::ui

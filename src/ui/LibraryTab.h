@@ -1,0 +1,66 @@
+#pragma once
+
+#include "recording/LibraryPlayer.h"
+#include "recording/RecordingsModel.h"
+#include "recording/RecordingsRemoval.h"
+
+#include <QWidget>
+
+class QLabel;
+class QLineEdit;
+class QSlider;
+class QStackedLayout;
+class QTableView;
+class QToolButton;
+
+namespace cantorel {
+class RecordedList;
+}
+
+namespace cantorel::ui {
+
+// The recordings: a table to search, sort, play, rename, drag from and clear up in.
+class LibraryTab : public QWidget {
+public:
+    // The list outlives the tab.
+    explicit LibraryTab(RecordedList &list, QWidget *parent = nullptr);
+
+    void changeLanguageText();
+    // The items of the list have come or gone; what is shown of one has changed.
+    void listDidChange();
+    void itemDidChange(const RecordedAudioInfo &item) { mModel.itemDidChange(item); }
+    // What is heard shall not be recorded.
+    void stopPlayback() { mPlayer.stop(); }
+    LibraryPlayer &player() { return mPlayer; }
+
+private:
+    QWidget *makeTable();
+    QWidget *makePlayer();
+    QWidget *makeNotice();
+    std::vector<RecordedAudioInfo *> selected() const;
+    void showMenu(const QPoint &position);
+    void playOrPause();
+    void play(const RecordedAudioInfo &item);
+    void reveal();
+    void remove(RecordingsRemoval::Files files);
+    void undo();
+    void notice(const QString &text, bool withUndo);
+    void showEmptiness();
+    void showPlayer();
+    void showIcons();
+    void changeEvent(QEvent *event) override;
+
+    RecordedList &mList;
+    RecordingsModel mModel;
+    RecordingsRemoval mRemoval;
+    LibraryPlayer mPlayer;
+    QLineEdit *mSearch;
+    QStackedLayout *mStack = nullptr;
+    QTableView *mTable;
+    QLabel *mEmpty, *mNoticeText, *mPlayed, *mTime;
+    QWidget *mNotice = nullptr, *mPlayerBar = nullptr;
+    QToolButton *mUndo, *mPlay, *mStop;
+    QSlider *mSeek;
+};
+
+} // namespace cantorel::ui
