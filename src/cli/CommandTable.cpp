@@ -21,14 +21,7 @@ namespace cantorel {
 
 namespace {
 
-std::string versionText() {
-    const int version = AppSettings::appVersionID(); // 250 is 2.5.0
-    return QStringLiteral("cantorel-cli %1.%2.%3")
-        .arg(version / 100)
-        .arg(version / 10 % 10)
-        .arg(version % 10)
-        .toStdString();
-}
+std::string versionText() { return "cantorel-cli " + AppSettings::appVersion().toStdString(); }
 
 void addCommonOptions(CLI::App &root, CommandSession &session) {
     root.add_flag("--json", session.json, "One JSON object a line on standard output, nothing else there");

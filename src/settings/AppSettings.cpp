@@ -170,6 +170,18 @@ bool AppSettings::isLosslessAudioFormat(const QString &extension) {
 
 QString AppSettings::appName() { return QStringLiteral("Cantorel"); }
 
+QString AppSettings::reportName() { return QStringLiteral("Cantorel"); }
+
+// Chosen when the program is built; the default is a name that nobody can own.
+QString AppSettings::supportServer() { return QStringLiteral(CANTOREL_SUPPORT_SERVER); }
+
+QString AppSettings::appVersion() {
+    const int version = appVersionID(); // 250 is 2.5.0
+    return QStringLiteral("%1.%2.%3").arg(version / 100).arg(version / 10 % 10).arg(version % 10);
+}
+
+bool AppSettings::appDebug() { return qEnvironmentVariableIsSet("CANTOREL_DEBUG"); }
+
 QString AppSettings::defaultFontName() { return QStringLiteral("Lucida Grande"); }
 
 QString AppSettings::appIdenitfyName() { return QStringLiteral("Cantorel"); }

@@ -135,6 +135,10 @@ public:
 
     // Constants of the product.
     static QString appName();
+    static QString reportName();    // in the name of the update description
+    static QString supportServer(); // address without a slash at the end
+    static QString appVersion();    // "2.5.0"
+    static bool appDebug();         // whether CANTOREL_DEBUG is set: no service of the maker's is asked then
     static QString defaultFontName();
     static QString appIdenitfyName(); // Spelling is fixed.
     static QString TessolarAudioDevice_String();

@@ -8,7 +8,7 @@ class QObject;
 namespace cantorel {
 
 // How an alert looks; the numbers are the platform's alert styles.
-enum class AlertStyle { Informational = 1, Critical = 2 };
+enum class AlertStyle { Warning = 0, Informational = 1, Critical = 2 };
 
 // Asks the person, or tells them something, without knowing by what means: the window shows a sheet, the terminal
 // prints, a test records. Main thread. A window is the object of the face that the alert belongs to, or null.

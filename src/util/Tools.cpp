@@ -103,6 +103,11 @@ QString Tools::strReplace(const QString &text, const QString &fromString, const 
     return ToolString::replaceString(text, fromString, toString);
 }
 
+QString Tools::fillTextMarkers(const QString &text) {
+    return strReplace(strReplace(text, QStringLiteral("[#AppName#]"), AppSettings::appName()),
+                      QStringLiteral("[#NewLine#]"), QStringLiteral("\n"));
+}
+
 std::optional<QString> Tools::regexGetStringFromString(const QString &text, const QString &withRegExpression) {
     return ToolString::regexGetStringFromString(text, withRegExpression);
 }
@@ -180,7 +185,11 @@ void Tools::ShutdownSystem() {
         Log(QStringLiteral("ShutdownSystem: %1").arg(executed.failure().detail));
 }
 
-void Tools::log(const QString &text) { Log(text); }
+void Tools::log(const QString &text) {
+    if (GetLogFilePath().isEmpty())
+        LogFileCheck(QString::fromLatin1(kApplicationLogName));
+    Log(text);
+}
 
 void Tools::logException(const std::exception &exception) { LogException(exception); }
 

@@ -41,6 +41,8 @@ public:
     static bool isNumerice(const QString &text);
     static bool isContainsString(const QString &text, const QString &containString);
     static QString strReplace(const QString &text, const QString &fromString, const QString &toString);
+    // A text of the language table as a person reads it: with the product's name and line breaks for their markers.
+    static QString fillTextMarkers(const QString &text);
     static std::optional<QString> regexGetStringFromString(const QString &text, const QString &withRegExpression);
     static QStringList regexGetArrayFromString(const QString &text, const QString &withRegExpression);
 
@@ -69,6 +71,7 @@ public:
     // Blocks until the machine has taken the wish.
     static void ShutdownSystem();
 
+    // Into the application's log, which is made when it is missing.
     static void log(const QString &text);
     static void logException(const std::exception &exception);
 

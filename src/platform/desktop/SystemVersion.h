@@ -10,7 +10,8 @@ struct SystemVersion {
     int majorVersion = 10;
     int minorVersion = 15;
     int bugFixVersion = 7;
-    QString kernel; // such as "Linux 6.1.0-18-amd64 x86_64"
+    QString kernel;               // such as "Linux 6.1.0-18-amd64 x86_64"
+    double toolkitVersion = 1894; // of the windows, on a scale of its own
 
     static SystemVersion current();
 };

@@ -3,6 +3,7 @@
 #include "platform/foundation/XmlHandles.h"
 
 #include <limits>
+#include <span>
 
 namespace cantorel::foundation {
 
@@ -46,18 +47,24 @@ Result<XmlDocument> XmlDocument::parse(const QByteArray &bytes) {
 }
 
 std::optional<XmlElement> XmlDocument::first(const char *path) const {
+    const std::vector<XmlElement> found = all(path);
+    return found.empty() ? std::nullopt : std::optional(found.front());
+}
+
+std::vector<XmlElement> XmlDocument::all(const char *path) const {
     const XmlSearch search(xmlXPathNewContext(docOf(mDocument)));
     if (!search)
-        return std::nullopt;
+        return {};
     xmlXPathSetContextNode(xmlDocGetRootElement(docOf(mDocument)), search.get());
     search->error = [](void *, xmlErrorPtr) {}; // A path that is none finds nothing, and says no more.
     const XmlFound found(xmlXPathEvalExpression(xmlName(path), search.get()));
     if (!found || found->type != XPATH_NODESET || xmlXPathNodeSetIsEmpty(found->nodesetval))
-        return std::nullopt;
-    xmlNode *node = found->nodesetval->nodeTab[0];
-    if (node->type != XML_ELEMENT_NODE)
-        return std::nullopt;
-    return XmlElement(node);
+        return {};
+    std::vector<XmlElement> elements;
+    for (xmlNode *node : std::span(found->nodesetval->nodeTab, static_cast<size_t>(found->nodesetval->nodeNr)))
+        if (node->type == XML_ELEMENT_NODE)
+            elements.push_back(XmlElement(node));
+    return elements;
 }
 
 } // namespace cantorel::foundation

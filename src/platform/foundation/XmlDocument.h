@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace cantorel::foundation {
 
@@ -33,6 +34,8 @@ public:
 
     // The first element that the path finds from the root; nothing for a path that finds none or is no path.
     std::optional<XmlElement> first(const char *path) const;
+    // All that it finds, in the order of the document.
+    std::vector<XmlElement> all(const char *path) const;
 
 private:
     explicit XmlDocument(std::shared_ptr<void> document) : mDocument(std::move(document)) {}

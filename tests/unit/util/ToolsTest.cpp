@@ -159,7 +159,8 @@ TEST(Tools, WithoutServicesNothingHappens) {
 
 TEST(Tools, TheSystemIsWhatTheServicesSay) {
     auto services = desktop::recordedServices(std::make_shared<CallRecord>());
-    services.version = {10, 8, 5, {}};
+    services.version.minorVersion = 8;
+    services.version.bugFixVersion = 5;
     const InstalledServices installed(std::move(services));
     EXPECT_EQ(Tools::getOSversion(), QStringLiteral("Mac version: 10.8.5"));
     EXPECT_FALSE(Tools::getOSLanguage().isEmpty());

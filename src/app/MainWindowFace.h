@@ -1,0 +1,79 @@
+#pragma once
+
+#include "platform/foundation/NotificationCenter.h"
+#include "platform/foundation/WeakDelegate.h"
+#include "util/Asker.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+namespace cantorel {
+
+class MainWindowFace;
+
+// An alert that hangs on the main window.
+struct AlertSheet {
+    AlertStyle style = AlertStyle::Informational;
+    QString messageText;
+    QString informativeText;
+    QStringList buttons; // the first is the one that Return presses
+};
+
+// What the main window asks of the application.
+class MainWindowDelegate {
+public:
+    virtual ~MainWindowDelegate() = default;
+
+    // True when the capture set-up may go on now. Spelling is fixed.
+    virtual bool MainWindowCheckAggreateDevice(MainWindowFace &) { return true; }
+};
+
+// The main window as the application's start and end see it, and what of its own start needs no widgets. Implemented by
+// the window; main thread.
+class MainWindowFace {
+public:
+    // What a sheet's completion is told: this number for the first button, one more for each further one.
+    static constexpr int kFirstButton = 1000;
+
+    virtual ~MainWindowFace() = default;
+
+    foundation::WeakDelegate<MainWindowDelegate> mainWindowDelegate;
+
+    // The saved language, what the window listens to, and the controls as the settings and the platform have them.
+    void applicationDidFinishLaunching();
+
+    virtual void changeLanguageText() = 0;
+    // Shows the window and gives it the focus.
+    virtual void makeKeyAndOrderFront() = 0;
+    // Whether a sheet or another dialog of the program waits for the person.
+    virtual bool isShowingDialog() const = 0;
+    virtual void close() = 0;
+    // Asks the delegate whether it may go on.
+    virtual void initCaptureSession() = 0;
+    // byHand: the person asked for it, and is told of a result that is no news.
+    virtual void startCheckingUpdates(bool byHand) = 0;
+    virtual bool isRecording() const = 0;
+    virtual bool isPrepareStartRecording() const = 0;
+    virtual void openPreferencesWindowAndShowRecordInterface() = 0;
+    // Shows the sheet, behind those that are open, and returns. The completion is called once the sheet is closed.
+    virtual void beginSheet(const AlertSheet &sheet, std::function<void(int returnCode)> completion) = 0;
+    // What Asker takes for the window.
+    virtual QObject *window() = 0;
+
+protected:
+    // The Tools menu and all that leads to the editor and the converter.
+    virtual void hideEditorAndConverter() = 0;
+    // Draws the list anew. Spelling is fixed.
+    virtual void notificationRecordedAudioInfoStatusDidChnage() = 0;
+    // The input-source selector by the saved input type.
+    virtual void setAudioInputSelectedStatus() = 0;
+    virtual void setUpTitleBar() = 0;
+
+private:
+    foundation::NotificationCenter::Subscription mLanguage;
+    foundation::NotificationCenter::Subscription mStatus;
+};
+
+} // namespace cantorel

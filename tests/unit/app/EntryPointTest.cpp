@@ -1,0 +1,60 @@
+#include "app/EntryPoint.h"
+
+#include "log/Log.h"
+#include "settings/AppSettings.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace cantorel {
+namespace {
+
+QString printed(const QStringList &arguments) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runMain(arguments, [] { return 7; }), 7);
+    return QString::fromStdString(testing::internal::GetCapturedStderr());
+}
+
+TEST(EntryPoint, OnlyTheLanguageIsObeyed) {
+    const struct {
+        const char *argument, *language;
+    } cases[] = {{"lang=de&foo=1", "German"},
+                 {"foo=1&lang=ZH", "ChineseSimplified"},
+                 {"lang=xx", "English"},
+                 {"lang=fr=de", "French"},
+                 {"lang=", "English"},
+                 {"Lang=de", ""},
+                 {"lang", ""},
+                 {"de", ""},
+                 {"", ""},
+                 {"&&=&", ""}};
+    for (const auto &[argument, language] : cases) {
+        AppSettings::setOnlineLanguage({});
+        printed({"/usr/bin/cantorel", QString::fromUtf8(argument)});
+        EXPECT_EQ(AppSettings::onlineLanguage(), language) << argument;
+    }
+}
+
+TEST(EntryPoint, PrintsEveryArgumentAndEachPair) {
+    const QString text = printed({"/usr/bin/cantorel", "lang=de&foo=1", "%1 plain"});
+    EXPECT_TRUE(text.endsWith("argv[0] = /usr/bin/cantorel\n"
+                              "argv[1] = lang=de&foo=1\n**** lang = de\n**** foo = 1\n"
+                              "argv[2] = %1 plain\n"))
+        << text.toStdString();
+    QFile file(LogFilePath(QString::fromLatin1(kApplicationLogName)));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().endsWith("] event -> main -> main\n"));
+}
+
+TEST(EntryPoint, AnExceptionIsLoggedAndDeliberatelyAnsweredWithZero) {
+    EXPECT_EQ(runMain({"cantorel"}, []() -> int { throw std::runtime_error("lost"); }), 0);
+    QFile file(LogFilePath(QString::fromLatin1(kApplicationLogName)));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().contains("std::runtime_error -> lost"));
+}
+
+} // namespace
+} // namespace cantorel

@@ -1,0 +1,65 @@
+#include "app/Application.h"
+#include "platform/foundation/ChildProcess.h"
+#include "platform/foundation/Clock.h"
+#include "tests/support/PrivateWorld.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace cantorel {
+namespace {
+
+void writeProgram(const QString &path, const QByteArray &script) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(script);
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+TEST(Relaunch, CommandHasItsFixedShape) {
+    EXPECT_EQ(Application::relaunchCommand(1.0F, "/opt/Cantorel App/bin/cantorel"),
+              "sleep 1.000000; open \"/opt/Cantorel App/bin/cantorel\"");
+    EXPECT_EQ(Application::relaunchCommand(0.25F, "/a %1 %f"), "sleep 0.250000; open \"/a %1 %f\"");
+}
+
+TEST(Relaunch, AShellOpensJustThePathWhateverIsInIt) {
+    const QTemporaryDir folder;
+    writeProgram(folder.filePath("open"), "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\"\n");
+    for (const char *path : {"/opt/a b/c", "/opt/\"; touch PWNED; \"", "/opt/$(touch PWNED)", "/opt/`touch PWNED`",
+                             "/opt/$HOME/\\", "/opt/\\\"$x", "/opt/'*?'", "/opt/new\nline", "/opt/ümläut & co"}) {
+        const auto finished =
+            foundation::ChildProcess::run({"/bin/sh",
+                                           {"-c", Application::relaunchCommand(0, QString::fromUtf8(path))},
+                                           folder.path(),
+                                           {"PATH=" + folder.path() + ":" + qEnvironmentVariable("PATH")}});
+        ASSERT_TRUE(finished.ok());
+        EXPECT_EQ(finished.value().output, "1|" + QByteArray(path) + "|");
+    }
+    EXPECT_FALSE(QFile::exists(folder.filePath("PWNED")));
+}
+
+// The application as it is, but for the event loop that goes on and for what it starts.
+struct RestartedApplication : Application {
+    QString path;
+    QString bundlePath() const override { return path; }
+    void quit() override {}
+};
+
+TEST(Relaunch, TheProgramIsStartedByAShellOfItsOwnThroughTheProductsHelper) {
+    const QTemporaryDir folder;
+    RestartedApplication application;
+    application.path = folder.filePath("a \"program\" for $5");
+    writeProgram(application.path, "#!/bin/sh\nsed 's/.*) //' /proc/$$/stat | cut -d' ' -f4 >'"
+                                       + folder.filePath("session").toUtf8() + "'\n");
+    ASSERT_TRUE(application.relaunchAfterDelay(0).ok());
+    QFile session(folder.filePath("session"));
+    ASSERT_TRUE(test::eventually([&] { return session.exists() && session.size() > 0; }));
+    ASSERT_TRUE(session.open(QIODevice::ReadOnly));
+    EXPECT_NE(session.readAll().trimmed().toInt(), static_cast<int>(getsid(0)));
+}
+
+} // namespace
+} // namespace cantorel
