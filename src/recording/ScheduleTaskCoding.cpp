@@ -24,6 +24,8 @@ const QString kRepeatStopByManually = QStringLiteral("_repeatStopByManually");
 const QString kRepeatTotalCount = QStringLiteral("_repeatTotalCount");
 const QString kRepeatLoopedCount = QStringLiteral("_repeatLoopedCount");
 const QString kWeeksOn = QStringLiteral("_weeksOn");
+// Beside the fixed ones, and only where there is such a start.
+const QString kDealtWithStart = QStringLiteral("_dealtWithStart");
 
 bool isInteger(const QVariant &value) {
     switch (value.typeId()) {
@@ -78,19 +80,22 @@ QVariant archivedTask(const ScheduleTaskInfo &task) {
     for (const int day : task.WeeksOn_)
         weeks << day;
     const auto date = [](const QDateTime &moment) { return moment.isValid() ? QVariant(moment) : QVariant(); };
-    return QVariant::fromValue(ArchivedObject{kClassName,
-                                              {{kTaskName, task._taskName},
-                                               {kFromTime, date(task._fromTime)},
-                                               {kToTime, date(task._toTime)},
-                                               {kRecordFrom, task._recordFrom},
-                                               {kShutdown, task._shutdownAfterRecording},
-                                               {kDuration, task._duration},
-                                               {kDaily, task._daily},
-                                               {kRepeatEnabled, task._repeatEnabled},
-                                               {kRepeatStopByManually, task._repeatStopByManually},
-                                               {kRepeatTotalCount, task._repeatTotalCount},
-                                               {kRepeatLoopedCount, task._repeatLoopedCount},
-                                               {kWeeksOn, weeks}}});
+    ArchivedObject object{kClassName,
+                          {{kTaskName, task._taskName},
+                           {kFromTime, date(task._fromTime)},
+                           {kToTime, date(task._toTime)},
+                           {kRecordFrom, task._recordFrom},
+                           {kShutdown, task._shutdownAfterRecording},
+                           {kDuration, task._duration},
+                           {kDaily, task._daily},
+                           {kRepeatEnabled, task._repeatEnabled},
+                           {kRepeatStopByManually, task._repeatStopByManually},
+                           {kRepeatTotalCount, task._repeatTotalCount},
+                           {kRepeatLoopedCount, task._repeatLoopedCount},
+                           {kWeeksOn, weeks}}};
+    if (task.dealtWithStart.isValid())
+        object.values[kDealtWithStart] = task.dealtWithStart;
+    return QVariant::fromValue(object);
 }
 
 std::optional<ScheduleTaskInfo> taskFromArchive(const QVariant &archivedTask) {
@@ -115,6 +120,7 @@ std::optional<ScheduleTaskInfo> taskFromArchive(const QVariant &archivedTask) {
     task._repeatTotalCount = fields.count(kRepeatTotalCount);
     task._repeatLoopedCount = fields.count(kRepeatLoopedCount);
     task.WeeksOn_ = fields.numbers(kWeeksOn);
+    task.dealtWithStart = fields.date(kDealtWithStart);
     return task;
 }
 

@@ -28,10 +28,11 @@ struct ScheduleTaskInfo {
     int _repeatLoopedCount = 0; // recordings made so far
     QList<int> WeeksOn_;        // of a daily task; 0 Sunday to 6 Saturday
 
+    QDateTime dealtWithStart; // the start that was executed, refused or reported as missed: never executed again
+
     // Not stored.
     bool _completed = false;
-    QDateTime awaitedStart;   // the start that a check has seen ahead
-    QDateTime dealtWithStart; // the start that was executed, refused or reported as missed: never executed again
+    QDateTime awaitedStart; // the start that a check has seen ahead
 
     ScheduleTaskInfo() = default;
     // The duration is what lies between the two times.

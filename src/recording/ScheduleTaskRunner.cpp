@@ -123,6 +123,8 @@ void ScheduleTaskRunner::checkScheduleTask(const QDateTime &now) {
     if (mFound.isDue()) {
         const TaskPtr task = mFound.closest;
         task->dealtWithStart = mFound.start;
+        // Before it begins: a program that ends meanwhile does not make the same start again, nor call it missed.
+        (void)ScheduleTaskInfo::SaveTasks(); // A failure is logged, and the next save tries again.
         // Deliberately not queued. The task is not even executed, lest the other recording end at its length.
         if (mRecorder.isRecording() || m_currentScheduleTaskInfo) {
             refuse(task, mFound.start,

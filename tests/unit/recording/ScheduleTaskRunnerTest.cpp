@@ -356,6 +356,43 @@ TEST_F(ScheduleTaskRunnerTest, WhatWasDueWhileNothingRanIsReportedAndForgotten) 
     EXPECT_EQ(storedNames(), QStringList{QStringLiteral("daily")});
 }
 
+TEST_F(ScheduleTaskRunnerTest, AProgramThatEndsWithinAStartNeitherMakesItAgainNorCallsItMissed) {
+    add("Daily", "2026-07-06 08:00:00", 600, {0, 1, 2, 3, 4, 5, 6});
+    add("Once", "2026-07-06 09:00:00", 600);
+    ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+    const auto restart = [&](const char *moment) {
+        recording = false;
+        ends = {};
+        ScheduleTaskInfo::tasks().clear();
+        auto again = std::make_unique<ScheduleTaskRunner>(*this, *this, clock, [this] { return now(); });
+        startOfTime = QDateTime::fromString(QString::fromLatin1(moment), QStringLiteral("yyyy-MM-dd HH:mm:ss")).toUTC();
+        handsMoved = -std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count();
+        again->initScheduleTaskList();
+        return again;
+    };
+    {
+        const auto first = restart("2026-07-06 07:59:55");
+        pass(10);
+        EXPECT_EQ(told(), "07-06 08:00 start Daily 1");
+    }
+    {
+        const auto second = restart("2026-07-06 07:59:58"); // The clock was set back meanwhile.
+        pass(3600);
+        EXPECT_EQ(told(), "");
+        pass(5);
+        EXPECT_EQ(told(), "07-06 09:00 start Once 1");
+    }
+    {
+        const auto third = restart("2026-07-06 09:05:00");
+        pass(60);
+        EXPECT_EQ(told(), "");
+        EXPECT_EQ(storedNames(), QStringList{QStringLiteral("Daily")});
+    }
+    const auto fourth = restart("2026-07-07 07:59:58");
+    pass(5);
+    EXPECT_EQ(told(), "07-07 08:00 start Daily 1");
+}
+
 TEST_F(ScheduleTaskRunnerTest, AStartThatFailsIsToldAndHindersNoLaterTask) {
     begin("2026-07-12 07:59:58");
     add("a", "2026-07-12 08:00:00", 5)->_repeatEnabled = true;
