@@ -4,6 +4,7 @@
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
 #include "platform/desktop/dbus/DBusRemoteControl.h"
+#include "platform/desktop/dbus/DBusSleepDelay.h"
 #include "platform/desktop/portal/PortalHotKeys.h"
 #include "platform/desktop/x11/X11HotKeys.h"
 #include "settings/UserDefaultFunctions.h"
@@ -18,6 +19,7 @@ desktop::Services desktopServices() {
     services.remote = std::make_unique<desktop::DBusRemoteControl>(QString::fromLatin1(kBundleIdentifier),
                                                                    QStringLiteral("/com/tessolar/Cantorel"),
                                                                    QStringLiteral("com.tessolar.Cantorel.Recorder"));
+    services.sleep = std::make_unique<desktop::DBusSleepDelay>();
     return services;
 }
 

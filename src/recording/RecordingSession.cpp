@@ -3,6 +3,7 @@
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
+#include "platform/desktop/Services.h"
 #include "platform/hal/HardwareSystem.h"
 #include "recording/RecordingNames.h"
 #include "recording/RecordingSpace.h"
@@ -76,9 +77,21 @@ Result<void> prepareDevices(int source) {
 } // namespace
 
 RecordingSession::RecordingSession(RecordingSessionView &view, RecordedList &list, const QString &stateFolder)
-    : mView(view), mList(list), mJournal(stateFolder), mClock(hal::HardwareSystem::clock()), mConversions(list) {}
+    : mView(view), mList(list), mJournal(stateFolder), mClock(hal::HardwareSystem::clock()), mConversions(list) {
+    if (const auto &sleep = desktop::InstalledServices::current().sleep) {
+        sleep->willSleep = [this](bool shutsDown) {
+            (void)guarded("machineWillSleep", [this, shutsDown] { machineWillSleep(shutsDown); });
+        };
+        sleep->didWake = [this] { (void)guarded("machineDidWake", [this] { machineDidWake(); }); };
+    }
+}
 
 RecordingSession::~RecordingSession() {
+    if (const auto &sleep = desktop::InstalledServices::current().sleep) {
+        sleep->willSleep = {};
+        sleep->didWake = {};
+        sleep->release();
+    }
     if (mRecordManager) {
         mRecordManager->stopRecord();
         mRecordManager->clear();
@@ -95,6 +108,7 @@ bool RecordingSession::isSettled() const {
 }
 
 void RecordingSession::settle() {
+    releaseMachine();
     if (isSettled())
         mView.recordingSettled();
 }
@@ -204,6 +218,7 @@ Result<void> RecordingSession::begin(const QString &file) {
     if (started) {
         Log(QStringLiteral("will start record succ"));
         mIsWriting = true;
+        holdMachine();
         mSilence.begin(mClock.now());
         _timerRecording = mClock.every(kDisplayInterval, [this] {
             (void)guarded("displayRecordingDuration", [this] { _displayRecordingDuration(); });
@@ -254,6 +269,8 @@ void RecordingSession::stopRecording() {
         isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
         if (mRecordManager)
             mRecordManager->stopRecord();
+        if (std::exchange(mGoesOnAfterSleep, false) && !mIsWriting)
+            end({});
         return;
     }
     showStopped();

@@ -66,7 +66,7 @@ public:
     // A file is written or closed.
     bool isWriting() const { return mIsWriting; }
     // Another file follows the one that is being finished.
-    bool isFollowed() const { return isSplitting() || mStartsAfterFile; }
+    bool isFollowed() const { return isSplitting() || mStartsAfterFile || mGoesOnAfterSleep; }
     bool isPausedBySilence() const { return ispausedBySilence; }
     bool isPrepareStartRecording() const { return mRecordManager && mRecordManager->isPrepareRecording(); }
     // Nothing is recorded, finished, started again or converted.
@@ -126,6 +126,11 @@ private:
     void end(const RecordingTrouble &trouble);
     void settle();
 
+    void machineWillSleep(bool shutsDown);
+    void machineDidWake();
+    void holdMachine() const;
+    void releaseMachine() const;
+
     RecordingSessionView &mView;
     RecordedList &mList;
     RecordingJournal mJournal;
@@ -150,6 +155,8 @@ private:
     bool mIsRecording = false; // as shown
     bool mIsWriting = false;   // until the file is closed, longer than it is recorded
     bool mStartsAfterFile = false;
+    bool mMachineSleeps = false;    // or is about to, or to shut down
+    bool mGoesOnAfterSleep = false; // a recording was ended for that
     bool isPausedByUser = false;
     bool ispausedBySilence = false;
     bool isStoppedBySilence = false;      // the last stop was a split by silence; a recording follows

@@ -1,4 +1,5 @@
 #include "log/GuardedAction.h"
+#include "platform/desktop/Services.h"
 #include "platform/media/RecordingRepair.h"
 #include "platform/media/SoundReader.h"
 #include "recording/RecordingSession.h"
@@ -47,6 +48,10 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
         mJournal.end(recording.file);
         if (!failure)
             QFile::remove(recording.file); // It holds nothing.
+        if (!failure && !removed && mGoesOnAfterSleep) {
+            goOn();
+            return;
+        }
         end({failure   ? failure->sentence
              : removed ? QStringLiteral("\"%1\" was removed while it was being recorded; choose a folder that stays.")
                              .arg(recording.file)
@@ -148,6 +153,10 @@ void RecordingSession::interrupted(const FinishedRecording &recording, const Fai
         mJournal.end(recording.file);
     mFailuresInARow = seconds >= 1 ? 0 : mFailuresInARow + 1;
     isStoppedBySilence = isAutoSplitEverySeconds = false;
+    if (mGoesOnAfterSleep) {
+        goOn();
+        return;
+    }
     if (!goesOn || mFailuresInARow >= kMostFailuresInARow) {
         end({failure.sentence, mKept});
         return;
@@ -185,11 +194,17 @@ void RecordingSession::goOn() {
     QMetaObject::invokeMethod(
         this,
         [this] {
+            if (mIsWriting) // Begun meanwhile.
+                return;
             if (!isFollowed()) { // Stopped meanwhile.
                 end({});
                 return;
             }
-            isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
+            if (mMachineSleeps && mGoesOnAfterSleep) {
+                releaseMachine();
+                return; // It goes on when the machine is awake.
+            }
+            isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = mGoesOnAfterSleep = false;
             (void)guarded("startAgain", [this] { startAgain(); });
         },
         Qt::QueuedConnection);
@@ -203,7 +218,7 @@ void RecordingSession::endTask() {
 
 // Nothing follows.
 void RecordingSession::end(const RecordingTrouble &trouble) {
-    isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
+    isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = mGoesOnAfterSleep = false;
     mFailuresInARow = 0;
     mCurRecordAudioInfo.clear();
     if (mRecordManager)
@@ -215,6 +230,47 @@ void RecordingSession::end(const RecordingTrouble &trouble) {
         mView.recordingFailed(trouble);
     mKept.clear();
     settle();
+}
+
+// When the machine sleeps.
+
+// Finishes the file while the machine waits. What the person has paused stays as it is over a sleep: nothing is
+// written.
+void RecordingSession::machineWillSleep(bool shutsDown) {
+    mMachineSleeps = true;
+    if ((mIsRecording || isFollowed()) && (shutsDown || !isPausedByUser)) {
+        Log(QStringLiteral("the machine sleeps or shuts down: the recording is finished"));
+        isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
+        mGoesOnAfterSleep = true;
+        if (mIsRecording)
+            showStopped();
+        if (mRecordManager)
+            mRecordManager->stopRecord();
+    } else if (isPausedByUser) {
+        desktop::InstalledServices::current().sleep->release();
+    }
+    releaseMachine();
+}
+
+void RecordingSession::machineDidWake() {
+    if (!std::exchange(mMachineSleeps, false))
+        return;
+    if (mGoesOnAfterSleep && !mIsWriting)
+        goOn();
+    else if (mIsWriting)
+        holdMachine();
+}
+
+void RecordingSession::holdMachine() const {
+    if (const auto &sleep = desktop::InstalledServices::current().sleep)
+        sleep->hold(QStringLiteral("A recording is being finished"));
+}
+
+void RecordingSession::releaseMachine() const {
+    const bool isOver = !mIsRecording && !isFollowed();
+    const auto &sleep = desktop::InstalledServices::current().sleep;
+    if (sleep && !mIsWriting && (isOver || mMachineSleeps))
+        sleep->release();
 }
 
 } // namespace cantorel

@@ -27,7 +27,7 @@ Failure wrong(const QString &sentence) { return {sentence, sentence}; }
 
 Result<QList<int>> weeksFrom(const QJsonArray &json) {
     QList<int> weeks;
-    for (const QJsonValue &value : json) {
+    for (const auto &value : json) {
         const int day = value.toInt(-1);
         if (day < 0 || day > kSaturday)
             return wrong(QStringLiteral("The weekdays of a task are numbers from 0 for Sunday to 6 for Saturday."));

@@ -5,6 +5,7 @@
 #include "platform/desktop/PowerActivity.h"
 #include "platform/desktop/RemoteControl.h"
 #include "platform/desktop/ScriptHost.h"
+#include "platform/desktop/SleepDelay.h"
 #include "platform/desktop/SoundPlayer.h"
 #include "platform/desktop/SystemVersion.h"
 
@@ -20,6 +21,7 @@ struct Services {
     std::unique_ptr<SoundPlayer> sounds;
     std::shared_ptr<HotKeys> hotKeys; // shared with the registrations
     std::unique_ptr<RemoteControl> remote;
+    std::unique_ptr<SleepDelay> sleep;
     SystemVersion version = SystemVersion::current();
 };
 

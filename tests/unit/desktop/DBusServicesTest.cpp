@@ -1,15 +1,21 @@
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
+#include "platform/desktop/dbus/DBusSleepDelay.h"
 #include "tests/support/PrivateBus.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusUnixFileDescriptor>
 #include <QDBusVirtualObject>
+#include <QDeadlineTimer>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <functional>
 #include <thread>
 
 namespace cantorel::desktop {
@@ -136,6 +142,104 @@ TEST(DBusPowerActivity, WithoutAnyBusItFailsAtOnce) {
     EXPECT_FALSE(power.hold(QStringLiteral("why")).ok());
     power.reportUserActivity();
     power.release();
+}
+
+// login1, which hands out a descriptor and knows whether it is still open.
+class FakeLogin : public QDBusVirtualObject {
+public:
+    FakeLogin() {
+        EXPECT_EQ(::pipe2(mPipe, O_CLOEXEC | O_NONBLOCK), 0);
+        EXPECT_TRUE(mBus.registerService(mName) && mBus.registerVirtualObject(mPath, this));
+    }
+    ~FakeLogin() override {
+        ::close(mPipe[0]);
+        ::close(mPipe[1]);
+        QDBusConnection::disconnectFromBus(mName);
+    }
+    QStringList calls;
+
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
+        QStringList parts{message.member()};
+        for (const QVariant &argument : message.arguments())
+            parts << argument.toString();
+        calls << parts.join(QLatin1Char(' '));
+        const bool sent =
+            bus.send(message.createReply(QVariant::fromValue(QDBusUnixFileDescriptor(mPipe[1])))); // a copy
+        ::close(std::exchange(mPipe[1], -1));
+        return sent;
+    }
+    // Nobody has the descriptor any more.
+    bool isReleased() const {
+        char byte = 0;
+        return ::read(mPipe[0], &byte, 1) == 0;
+    }
+    void tell(const char *signal, bool begins) {
+        auto message =
+            QDBusMessage::createSignal(mPath, QStringLiteral("org.freedesktop.login1.Manager"), QLatin1String(signal));
+        message << begins;
+        mBus.send(message);
+    }
+
+private:
+    const QString mName = QStringLiteral("org.freedesktop.login1");
+    const QString mPath = QStringLiteral("/org/freedesktop/login1");
+    QDBusConnection mBus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, mName);
+    int mPipe[2] = {-1, -1};
+};
+
+bool soon(const std::function<bool()> &condition) {
+    const QDeadlineTimer deadline(10'000);
+    while (!condition() && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return condition();
+}
+
+TEST(DBusSleepDelay, TheMachineWaitsForTheDescriptorToBeClosed) {
+    const PrivateBus bus;
+    FakeLogin login;
+    DBusSleepDelay delay;
+    QStringList told;
+    delay.willSleep = [&](bool shutsDown) {
+        told << (shutsDown ? QStringLiteral("shutdown") : QStringLiteral("sleep"));
+    };
+    delay.didWake = [&] { told << QStringLiteral("wake"); };
+    delay.hold(QStringLiteral("why"));
+    delay.hold(QStringLiteral("why"));
+    ASSERT_TRUE(soon([&] { return !login.calls.isEmpty(); }));
+    login.tell("PrepareForSleep", true);
+    login.tell("PrepareForSleep", false);
+    login.tell("PrepareForShutdown", true);
+    ASSERT_TRUE(soon([&] { return told.size() == 3; }));
+    EXPECT_EQ(told, (QStringList{QStringLiteral("sleep"), QStringLiteral("wake"), QStringLiteral("shutdown")}));
+    EXPECT_EQ(login.calls, QStringList{QStringLiteral("Inhibit sleep:shutdown Cantorel why delay")});
+    EXPECT_FALSE(login.isReleased());
+    delay.release();
+    EXPECT_TRUE(soon([&] { return login.isReleased(); }));
+}
+
+TEST(DBusSleepDelay, ReleasedBeforeTheAnswerNothingIsHeld) {
+    const PrivateBus bus;
+    FakeLogin login;
+    DBusSleepDelay delay;
+    delay.hold(QStringLiteral("why"));
+    delay.release();
+    ASSERT_TRUE(soon([&] { return !login.calls.isEmpty(); }));
+    EXPECT_TRUE(soon([&] { return login.isReleased(); }));
+}
+
+TEST(DBusSleepDelay, WithoutLoginOrABusNothingHappens) {
+    {
+        const PrivateBus bus;
+        DBusSleepDelay delay;
+        delay.hold(QStringLiteral("why"));
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        delay.release();
+    }
+    qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no/such/bus");
+    DBusSleepDelay delay;
+    delay.hold(QStringLiteral("why"));
+    delay.release();
 }
 
 TEST(DBusFileManagerReveal, TheFileManagerIsGivenAddresses) {

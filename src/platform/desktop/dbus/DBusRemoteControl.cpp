@@ -121,7 +121,7 @@ std::optional<Result<QVariantMap>> DBusRemoteControl::ask(const QString &method,
     const QDBusReply<QVariantMap> reply = bus.call(call, QDBus::Block, kPatience);
     if (reply.isValid())
         return reply.value();
-    const QDBusError error = reply.error();
+    const QDBusError &error = reply.error();
     if (error.type() == QDBusError::ServiceUnknown || error.name().endsWith(QStringLiteral(".NameHasNoOwner")))
         return {};
     if (error.name() == mInterface + QStringLiteral(".Failed"))

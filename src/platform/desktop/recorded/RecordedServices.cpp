@@ -35,6 +35,23 @@ private:
     const Record mRecord;
 };
 
+class RecordedSleepDelay : public SleepDelay {
+public:
+    explicit RecordedSleepDelay(Record record) : mRecord(std::move(record)) {}
+    void hold(const QString &) override { note("hold machine", true); }
+    void release() override { note("release machine", false); }
+
+private:
+    // Only what changes.
+    void note(const char *name, bool holds) {
+        if (std::exchange(mHolds, holds) != holds)
+            (void)mRecord->note(QString::fromLatin1(name)); // nobody is told of a failure
+    }
+
+    const Record mRecord;
+    bool mHolds = false;
+};
+
 class RecordedFileManagerReveal : public FileManagerReveal {
 public:
     explicit RecordedFileManagerReveal(Record record) : mRecord(std::move(record)) {}
@@ -83,6 +100,7 @@ Services recordedServices(const std::shared_ptr<CallRecord> &record) {
     Services services;
     services.scripts = std::make_unique<RecordedScriptHost>(record);
     services.power = std::make_unique<RecordedPowerActivity>(record);
+    services.sleep = std::make_unique<RecordedSleepDelay>(record);
     services.files = std::make_unique<RecordedFileManagerReveal>(record);
     services.sounds = std::make_unique<RecordedSoundPlayer>(record);
     return services;

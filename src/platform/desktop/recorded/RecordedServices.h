@@ -30,7 +30,8 @@ private:
     foundation::Guarded<State> mState;
 };
 
-// Services that only record: "compile", "execute", "hold", "release", "activity", "reveal", "open", "play".
+// Services that only record: "compile", "execute", "hold", "release", "activity", "hold machine", "release
+// machine", "reveal", "open", "play".
 Services recordedServices(const std::shared_ptr<CallRecord> &record);
 
 } // namespace cantorel::desktop
