@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QDialog>
+
+#include <array>
+#include <functional>
+#include <vector>
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QSpinBox;
+class QTabWidget;
+class QToolButton;
+
+namespace cantorel::ui {
+
+class HotkeyField;
+
+// The options, in force as soon as they are changed. Owned by the main window.
+class SettingsWindow : public QDialog {
+public:
+    explicit SettingsWindow(QWidget *parent = nullptr);
+
+    // Told after what they name has been stored. May be empty.
+    std::function<void()> languageChanged;
+    std::function<void()> recordingChanged;
+    std::function<void()> hotkeysChanged;
+
+    void changeLanguageText();
+    // Shows what is stored.
+    void showSettings();
+    void openRecordingPage();
+    // How the desktop says that the keys for start, stop and pause are pressed; empty where it does not.
+    void setTriggers(const std::array<QString, 3> &triggers);
+
+private:
+    // A choice with a number in the middle of its text, such as "Start a new file every [240] seconds".
+    struct NumberedChoice {
+        QCheckBox *choice;
+        QSpinBox *number;
+        QLabel *after;
+        QString (*text)();
+        bool (*isOn)();
+        void (*setOn)(bool);
+        int (*value)();
+        void (*setValue)(int);
+    };
+
+    QWidget *makeGeneral();
+    QWidget *makeRecording();
+    QWidget *makeHotkeys();
+    NumberedChoice &addNumbered(QWidget *page, const char *name, int least, int most);
+    void chooseLanguage(const QString &displayName);
+    void chooseFolder();
+    void chooseHotkey(std::size_t index, const QString &text);
+    void told(const std::function<void()> &listener);
+
+    QTabWidget *mPages;
+    QLabel *mLanguageLabel, *mFormatLabel, *mFolderLabel, *mNumberLabel, *mHotkeyNote;
+    QComboBox *mLanguage, *mFormat;
+    QToolButton *mFolder;
+    QCheckBox *mAutoName, *mSkipSilence, *mEnableHotkeys;
+    QSpinBox *mNumber;
+    std::vector<NumberedChoice> mNumbered;
+    std::array<QLabel *, 3> mHotkeyLabels{};
+    std::array<HotkeyField *, 3> mHotkeys{};
+};
+
+} // namespace cantorel::ui
