@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/Hardware.h"
+
 #include <QJsonObject>
 #include <QString>
 
@@ -16,8 +18,6 @@ struct Outcome {
     static Outcome failed(const QString &sentence) { return {1, sentence}; }
     static Outcome wrongUsage(const QString &sentence) { return {2, sentence}; }
 };
-
-enum class BackendChoice { Automatic, PipeWire, Embedded };
 
 // What all commands of one run share: the common options, standard output, and what is to be done once the command
 // line has been read. Made by runCommandLine; main thread.

@@ -1,7 +1,7 @@
 #include "cli/DevicesCommand.h"
 
+#include "app/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
-#include "cli/Hardware.h"
 
 #include <QJsonArray>
 

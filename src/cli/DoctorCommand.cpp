@@ -1,7 +1,7 @@
 #include "cli/DoctorCommand.h"
 
+#include "app/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
-#include "cli/Hardware.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/media/Codecs.h"
 #include "settings/AppSettings.h"

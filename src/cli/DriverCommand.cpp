@@ -1,7 +1,7 @@
 #include "cli/DriverCommand.h"
 
+#include "app/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
-#include "cli/Hardware.h"
 #include "platform/foundation/Clock.h"
 #include "recording/RecordingJournal.h"
 

@@ -1,6 +1,6 @@
 #include "cli/LibraryCommand.h"
 
-#include "cli/Hardware.h"
+#include "app/Hardware.h"
 #include "cli/RunningInstance.h"
 #include "platform/foundation/Clock.h"
 #include "recording/ListRequests.h"

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "app/Hardware.h"
 #include "capture/ZQAVAudioPlayer.h"
 #include "cli/CommandSession.h"
-#include "cli/Hardware.h"
 #include "cli/RecordingEvents.h"
 #include "cli/SignalWatch.h"
 #include "cli/TerminalAsker.h"

@@ -1,6 +1,6 @@
 #include "cli/RunningInstance.h"
 
-#include "cli/Hardware.h"
+#include "app/Hardware.h"
 #include "platform/desktop/Services.h"
 #include "recording/RecordingJournal.h"
 

@@ -1,7 +1,7 @@
 #include "cli/TasksRun.h"
 
+#include "app/DesktopServices.h"
 #include "audio_device/ZQAudioKextKit.h"
-#include "cli/DesktopServices.h"
 #include "util/ToolSystem.h"
 
 #include <unistd.h>

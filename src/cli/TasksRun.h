@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/Hardware.h"
+#include "app/Hardware.h"
 #include "cli/RecordingEvents.h"
 #include "cli/SignalWatch.h"
 #include "recording/RecordingControl.h"

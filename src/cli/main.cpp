@@ -1,7 +1,7 @@
 // The command line's entry point and composition root.
 
+#include "app/DesktopServices.h"
 #include "cli/CommandTable.h"
-#include "cli/DesktopServices.h"
 #include "cli/TerminalAsker.h"
 #include "log/Log.h"
 #include "settings/AppSettings.h"

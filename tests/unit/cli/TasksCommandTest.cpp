@@ -1,7 +1,7 @@
 #include "cli/TasksCommand.h"
 
+#include "app/Hardware.h"
 #include "cli/CommandTable.h"
-#include "cli/Hardware.h"
 #include "platform/foundation/ChildProcess.h"
 #include "recording/RecordingJournal.h"
 #include "settings/AppSettings.h"

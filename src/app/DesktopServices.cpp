@@ -1,4 +1,4 @@
-#include "cli/DesktopServices.h"
+#include "app/DesktopServices.h"
 
 #include "platform/desktop/ShellScriptHost.h"
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"

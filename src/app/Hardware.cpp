@@ -1,4 +1,4 @@
-#include "cli/Hardware.h"
+#include "app/Hardware.h"
 
 #include "audio_device/ZQAudioKextKit.h"
 #include "capture/DeviceSoundPlayer.h"

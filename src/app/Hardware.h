@@ -1,6 +1,5 @@
 #pragma once
 
-#include "cli/CommandSession.h"
 #include "platform/foundation/Result.h"
 #include "platform/hal/HardwareSystem.h"
 
@@ -8,8 +7,10 @@
 
 namespace cantorel {
 
+enum class BackendChoice { Automatic, PipeWire, Embedded };
+
 // The audio hardware of one run: the backend that the person chose, and everything that stands on it, which it ends in
-// order. Made by each command that needs devices; main thread.
+// order. Made by the window's program and by each command that needs devices; main thread.
 class Hardware {
 public:
     // How long an automatic choice waits for a server that carries sound.
