@@ -10,6 +10,7 @@
 #include "cli/RecordCommand.h"
 #include "cli/SettingsCommand.h"
 #include "cli/TasksCommand.h"
+#include "cli/UpdateCommand.h"
 #include "log/GuardedAction.h"
 #include "platform/foundation/Console.h"
 #include "settings/AppSettings.h"
@@ -49,9 +50,10 @@ int fail(const Outcome &outcome) {
 } // namespace
 
 std::span<const AddCommand> allCommands() {
-    static constexpr AddCommand kCommands[] = {
-        addDoctorCommand, addDevicesCommand, addDriverCommand, addRecordCommand,  addSettingsCommand,
-        addTasksCommand,  addHotkeysCommand, addLangCommand,   addLibraryCommand, addControlCommands};
+    static constexpr AddCommand kCommands[] = {addDoctorCommand,   addDevicesCommand,  addDriverCommand,
+                                               addRecordCommand,   addSettingsCommand, addTasksCommand,
+                                               addHotkeysCommand,  addLangCommand,     addLibraryCommand,
+                                               addControlCommands, addUpdateCommand};
     return kCommands;
 }
 

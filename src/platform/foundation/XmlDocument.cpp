@@ -26,7 +26,7 @@ QString XmlElement::attribute(const char *name) const {
 
 QString XmlElement::text() const { return stringOf(XmlText(xmlNodeGetContent(static_cast<xmlNode *>(mNode)))); }
 
-Result<XmlDocument> XmlDocument::parse(const QByteArray &bytes) {
+Result<XmlDocument> XmlDocument::parse(const QByteArray &bytes, const char *encoding) {
     const auto failed = [](const QString &why) {
         return Failure{QStringLiteral("This is no XML document."), why.trimmed()};
     };
@@ -37,7 +37,7 @@ Result<XmlDocument> XmlDocument::parse(const QByteArray &bytes) {
         return failed(QStringLiteral("no memory"));
     constexpr int kOptions = XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
     std::shared_ptr<void> document(
-        xmlCtxtReadMemory(parser.get(), bytes.constData(), static_cast<int>(bytes.size()), nullptr, nullptr, kOptions),
+        xmlCtxtReadMemory(parser.get(), bytes.constData(), static_cast<int>(bytes.size()), nullptr, encoding, kOptions),
         [](void *held) { xmlFreeDoc(static_cast<xmlDoc *>(held)); });
     if (!document || !xmlDocGetRootElement(docOf(document))) {
         const xmlError *error = xmlCtxtGetLastError(parser.get());

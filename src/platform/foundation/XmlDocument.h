@@ -29,8 +29,9 @@ private:
 // the text. One thread at a time.
 class XmlDocument {
 public:
-    // Fails when there is nothing that could be read; the failure's detail says why.
-    static Result<XmlDocument> parse(const QByteArray &bytes);
+    // Fails when there is nothing that could be read; the failure's detail says why. An encoding that is named here
+    // counts, whatever the document says of its own.
+    static Result<XmlDocument> parse(const QByteArray &bytes, const char *encoding = nullptr);
 
     // The first element that the path finds from the root; nothing for a path that finds none or is no path.
     std::optional<XmlElement> first(const char *path) const;

@@ -1,14 +1,15 @@
 #include "platform/media/Codecs.h"
 
-#include "platform/media/LoadedModule.h"
+#include "platform/foundation/LoadedModule.h"
+#include "platform/media/MediaFailures.h"
 
 namespace cantorel::media {
 
 foundation::Result<const Codecs *> loadCodecs() {
     static const auto codecs = []() -> foundation::Result<const Codecs *> {
-        const auto entry = loadEntryPoint("cantorel-ffmpeg.so", kCodecsEntryPoint);
+        const auto entry = foundation::loadEntryPoint("cantorel-ffmpeg.so", kCodecsEntryPoint);
         if (!entry)
-            return entry.failure();
+            return failures::codecsMissing(entry.failure().detail);
         return reinterpret_cast<CodecsEntryPoint>(entry.value())();
     }();
     return codecs;

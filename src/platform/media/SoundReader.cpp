@@ -1,15 +1,16 @@
 #include "platform/media/SoundReader.h"
 
-#include "platform/media/LoadedModule.h"
+#include "platform/foundation/LoadedModule.h"
+#include "platform/media/MediaFailures.h"
 
 #include <QFile>
 
 namespace cantorel::media {
 
 foundation::Result<std::unique_ptr<SoundReader>> openSound(const QString &path, int rate, int channels) {
-    static const auto entry = loadEntryPoint("cantorel-ffmpeg-reader.so", kSoundReaderEntryPoint);
+    static const auto entry = foundation::loadEntryPoint("cantorel-ffmpeg-reader.so", kSoundReaderEntryPoint);
     if (!entry)
-        return entry.failure();
+        return failures::codecsMissing(entry.failure().detail);
     QString why;
     SoundReader *reader = reinterpret_cast<SoundReaderEntryPoint>(entry.value())(QFile::encodeName(path).constData(),
                                                                                  rate, channels, &why);

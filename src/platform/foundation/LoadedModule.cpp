@@ -1,6 +1,4 @@
-#include "platform/media/LoadedModule.h"
-
-#include "platform/media/MediaFailures.h"
+#include "platform/foundation/LoadedModule.h"
 
 #include <dlfcn.h>
 
@@ -8,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-namespace cantorel::media {
+namespace cantorel::foundation {
 
 namespace {
 
@@ -20,17 +18,23 @@ std::string modulePath(const char *fileName) {
     return (program.parent_path().parent_path() / "lib/cantorel" / fileName).string();
 }
 
+Failure missing(const char *fileName, const QString &detail) {
+    return {QStringLiteral("A part of the program, %1, is missing or broken; install Cantorel again.")
+                .arg(QString::fromUtf8(fileName)),
+            detail};
+}
+
 } // namespace
 
-foundation::Result<void *> loadEntryPoint(const char *fileName, const char *function) {
+Result<void *> loadEntryPoint(const char *fileName, const char *function) {
     const std::string path = modulePath(fileName);
     void *handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!handle)
-        return failures::codecsMissing(QString::fromLocal8Bit(dlerror()));
+        return missing(fileName, QString::fromLocal8Bit(dlerror()));
     void *entry = dlsym(handle, function);
     if (!entry)
-        return failures::codecsMissing(QStringLiteral("%1 has no entry point").arg(QString::fromStdString(path)));
+        return missing(fileName, QStringLiteral("%1 has no entry point").arg(QString::fromStdString(path)));
     return entry;
 }
 
-} // namespace cantorel::media
+} // namespace cantorel::foundation

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "app/BackgroundTasks.h"
+#include "app/ZQCommonUtils.h"
+#include "util/UpdateCheck.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <stop_token>
+
+namespace cantorel {
+
+// The maker's services as this program has them: the record, and the update check on a worker. Main thread.
+class CommonUtils : public QObject, public ZQCommonUtils {
+public:
+    // Both outlive the services.
+    CommonUtils(UpdateCheck &updates, BackgroundTasks &background);
+    ~CommonUtils() override;
+
+    // Told of a version to offer, on the main thread; set by whoever shows it.
+    std::function<void(const UpdateDescription &)> updateIsOffered;
+
+    const CommAppInfo &appInfo() const { return mInfo; }
+
+    void initWithCommAppInfo(const CommAppInfo &info, MainWindowFace &parentWindow) override;
+    void setAppInfo(const CommAppInfo &info) override { mInfo = info; }
+    void checkSilent() override;
+    void dispose() override { mStop.request_stop(); }
+
+private:
+    UpdateCheck &mUpdates;
+    BackgroundTasks &mBackground;
+    CommAppInfo mInfo;
+    std::stop_source mStop;
+};
+
+} // namespace cantorel

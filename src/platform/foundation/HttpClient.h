@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <chrono>
+#include <optional>
+#include <stop_token>
+
+namespace cantorel::foundation {
+
+// A question to a server of the web.
+struct HttpRequest {
+    QString url; // http or https; no redirection leads elsewhere
+    QByteArray userAgent;
+    std::optional<QByteArray> form; // posted as an encoded form; without one the request is a GET
+};
+
+// What a server may cost at most; what goes beyond fails.
+struct HttpLimits {
+    std::chrono::milliseconds time = std::chrono::seconds(60); // redirections included
+    qint64 bytes = qint64{8} << 20;
+    int redirects = 10;
+};
+
+struct HttpResponse {
+    int status = 0;
+    QByteArray body; // whatever the status
+};
+
+// The way to servers. Lives in a shared object of its own, which is loaded with the first request: most runs make none.
+class HttpTransport {
+public:
+    virtual ~HttpTransport() = default;
+
+    virtual Result<HttpResponse> send(const HttpRequest &request, const HttpLimits &limits,
+                                      const std::stop_token &stop) const = 0;
+};
+
+// The shared object's only symbol.
+inline constexpr const char *kHttpEntryPoint = "cantorel_http_transport";
+using HttpEntryPoint = const HttpTransport *(*)();
+
+// Sends a request and waits for the whole answer, or for the stop, which is obeyed at once. Any thread but one that may
+// not block.
+Result<HttpResponse> sendHttpRequest(const HttpRequest &request, const HttpLimits &limits = {},
+                                     const std::stop_token &stop = {});
+
+} // namespace cantorel::foundation

@@ -1,0 +1,159 @@
+#include "util/easyHTTP.h"
+
+#include "tests/support/LoopbackServer.h"
+#include "tests/support/PrivateWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace cantorel::test {
+namespace {
+
+using Reply = LoopbackServer::Reply;
+
+constexpr foundation::HttpLimits kShort{.time = std::chrono::milliseconds(150), .bytes = 10'000, .redirects = 3};
+
+TEST(EasyHTTP, GetAsksAsItIsToldAndAnswersTheBodyWhateverTheStatus) {
+    const struct {
+        QByteArray body, status;
+    } cases[] = {{"plain", "200 OK"},
+                 {"an error page", "404 Not Found"},
+                 {"broken", "500 Oops"},
+                 {"", "200 OK"},
+                 {"h\xC3\xA4lt", "200 OK"}};
+    for (const auto &c : cases) {
+        LoopbackServer server([&](const QByteArray &) { return Reply::page(c.body, c.status); });
+        easyHTTP client;
+        EXPECT_EQ(client.GET(server.url("/a b?c=\xC3\xA4"), "Tess\r\nX: olar"), QString::fromUtf8(c.body));
+        EXPECT_TRUE(client.failure().isEmpty());
+        const QByteArray request = server.requests().value(0);
+        EXPECT_TRUE(request.startsWith("GET /a%20b?c=%C3%A4 HTTP/1.1\r\n")) << request.toStdString();
+        EXPECT_TRUE(request.contains("\r\nUser-Agent: TessX: olar\r\n"));
+    }
+    LoopbackServer server([](const QByteArray &) { return Reply::page("x"); });
+    easyHTTP().GET(server.url());
+    EXPECT_TRUE(server.requests().value(0).contains(
+        "\r\nUser-Agent: Mozilla/5.0 (Windows NT 6.1; rv:22.0) Gecko/20100101 Firefox/22.0\r\n"));
+}
+
+TEST(EasyHTTP, WhatBringsNoBodyBringsNoTextAndOneSentence) {
+    const auto endless = [](const QByteArray &head) {
+        return [head](const QByteArray &) { return Reply{head + QByteArray(1000, 'x'), Reply::Then::Repeat}; };
+    };
+    const struct {
+        const char *what;
+        LoopbackServer::Handler handler;
+    } cases[] = {
+        {"closes at once", [](const QByteArray &) { return Reply{}; }},
+        {"says nothing",
+         [](const QByteArray &) {
+             return Reply{{}, Reply::Then::Hold};
+         }},
+        {"stops in the middle",
+         [](const QByteArray &) { return Reply{"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf"}; }},
+        {"hangs in the middle",
+         [](const QByteArray &) {
+             return Reply{"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf", Reply::Then::Hold};
+         }},
+        {"never ends", endless("HTTP/1.1 200 OK\r\n\r\n")},
+        {"has a head without end",
+         [](const QByteArray &) {
+             return Reply{"X: y\r\n", Reply::Then::Repeat};
+         }},
+        {"is too large", [](const QByteArray &) { return Reply::page(QByteArray(10'001, 'x')); }},
+        {"is no answer", [](const QByteArray &) { return Reply{"SSH-2.0-server\r\n"}; }},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        LoopbackServer server(c.handler);
+        easyHTTP client(kShort);
+        EXPECT_EQ(client.GET(server.url()), QString());
+        EXPECT_TRUE(client.failure().contains("127.0.0.1") && client.failure().endsWith('.'));
+    }
+    LoopbackServer fitting([](const QByteArray &) { return Reply::page(QByteArray(10'000, 'x')); });
+    EXPECT_EQ(easyHTTP(kShort).GET(fitting.url()).size(), 10'000);
+}
+
+TEST(EasyHTTP, AddressesThatLeadNowhereOrElsewhereThanTheWebAreRefused) {
+    QString closed;
+    {
+        const LoopbackServer server([](const QByteArray &) { return Reply{}; });
+        closed = server.url();
+    }
+    for (const QString &url :
+         {closed, QString("file:///etc/hostname"), QString(), QString("no address"), QString("http://"),
+          QString("gopher://127.0.0.1/"), QString("http://127.0.0.1:99999/")}) {
+        easyHTTP client(kShort);
+        EXPECT_EQ(client.GET(url), QString()) << url.toStdString();
+        EXPECT_FALSE(client.failure().isEmpty());
+    }
+}
+
+TEST(EasyHTTP, RedirectionsAreFollowedOnTheWebAndAFewTimesOnly) {
+    LoopbackServer *self = nullptr;
+    LoopbackServer server([&](const QByteArray &request) {
+        if (request.startsWith("GET /once "))
+            return Reply::redirect(self->url("/there"), "301 Moved");
+        if (request.startsWith("GET /relative "))
+            return Reply::redirect("/there");
+        if (request.startsWith("GET /file "))
+            return Reply::redirect("file:///etc/hostname");
+        if (request.startsWith("GET /loop "))
+            return Reply::redirect(self->url("/loop"));
+        return Reply::page("arrived");
+    });
+    self = &server;
+    const struct {
+        const char *path, *text;
+    } cases[] = {{"/once", "arrived"}, {"/relative", "arrived"}, {"/file", ""}, {"/loop", ""}};
+    for (const auto &[path, text] : cases)
+        EXPECT_EQ(easyHTTP({.redirects = 3}).GET(server.url(path)), text) << path;
+    EXPECT_EQ(server.requests().join().count("GET /loop "), 4) << "the first and three more";
+}
+
+TEST(EasyHTTP, PostSendsAFormInAsciiAndWritesTheAnswerToTheConsole) {
+    LoopbackServer server([](const QByteArray &) { return Reply::page("taken \xC3\xBC"); });
+    testing::internal::CaptureStderr();
+    easyHTTP().POST(server.url("/form"), QString::fromUtf8("a=1&b=h\xC3\xA4\xF0\x9F\x8E\xB5!"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "easyHTTP -> http responseData:\ntaken \xC3\xBC\n");
+    const QByteArray request = server.requests().value(0);
+    EXPECT_TRUE(request.startsWith("POST /form HTTP/1.1\r\n"));
+    EXPECT_TRUE(request.contains("\r\nContent-Length: 10\r\n")) << request.toStdString();
+    EXPECT_TRUE(request.contains("\r\nContent-Type: application/x-www-form-urlencoded\r\n"));
+    EXPECT_TRUE(request.endsWith("\r\n\r\na=1&b=h?\?!")) << request.toStdString();
+
+    LoopbackServer silent([](const QByteArray &) { return Reply::page(""); });
+    testing::internal::CaptureStderr();
+    easyHTTP().POST(silent.url(), QString());
+    easyHTTP(kShort).POST("http://127.0.0.1:99999/", "x");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(silent.requests().value(0).startsWith("POST / "));
+
+    easyHTTP().POST(silent.url(), QString(3'000'000, 'x'));
+    EXPECT_TRUE(silent.requests().value(1).endsWith("\r\n\r\n" + QByteArray(3'000'000, 'x')));
+}
+
+TEST(EasyHTTP, AStopEndsARequestThatIsUnderWay) {
+    LoopbackServer server([](const QByteArray &) { return Reply{{}, Reply::Then::Hold}; });
+    std::stop_source stop;
+    QString answer = "not yet";
+    std::thread asking([&] { answer = easyHTTP({.time = std::chrono::hours(1)}, stop.get_token()).GET(server.url()); });
+    EXPECT_TRUE(eventually([&] { return !server.requests().isEmpty(); }));
+    stop.request_stop();
+    asking.join();
+    EXPECT_EQ(answer, QString());
+}
+
+TEST(EasyHTTP, PiecesOfAConnectionBecomeOneText) {
+    easyHTTP client;
+    client.connectionDidReceiveResponse();
+    client.connectionDidReceiveData("h\xC3");
+    client.connectionDidReceiveData("\xA4lt");
+    EXPECT_EQ(client.connectionDidFinishLoading(), QString::fromUtf8("h\xC3\xA4lt"));
+    client.connectionDidFailWithError();
+    EXPECT_EQ(client.connectionDidFinishLoading(), QString());
+}
+
+} // namespace
+} // namespace cantorel::test
