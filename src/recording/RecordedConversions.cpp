@@ -15,12 +15,19 @@ namespace cantorel {
 using foundation::Failure;
 using foundation::Result;
 
-RecordedConversions::RecordedConversions(RecordedList &list) : mList(list) { mWorker.setMaxThreadCount(1); }
+RecordedConversions::RecordedConversions(RecordedList &list) : mList(list) {}
 
-RecordedConversions::~RecordedConversions() {
-    mStop.request_stop();
-    mWorker.clear();
-    mWorker.waitForDone();
+RecordedConversions::~RecordedConversions() = default; // The worker is asked to stop, and waited for.
+
+void RecordedConversions::run(const std::stop_token &stop) {
+    std::unique_lock lock(mMutex);
+    while (mWake.wait(lock, stop, [this] { return !mJobs.empty(); }) && !stop.stop_requested()) {
+        const auto job = std::move(mJobs.front());
+        mJobs.pop_front();
+        lock.unlock();
+        job(stop);
+        lock.lock();
+    }
 }
 
 void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Completion completion) {
@@ -30,18 +37,26 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
     const QString file = item.getFileName();
     const int format = AppSettings::getAudioFormat();
     const QString converter = AppSettings::TessolarConverterPath();
-    mWorker.start([this, file, format, converter, item = QPointer(&item), completion = std::move(completion)] {
+    auto job = [this, file, format, converter, item = QPointer(&item),
+                completion = std::move(completion)](const std::stop_token &stop) {
         Result<QString> result =
             Failure{QStringLiteral("The conversion ended unexpectedly; the log says why."), QString()};
         (void)guarded("convert", [&] {
             foundation::WallClock clock;
-            result = AudioConverter::convertRecording(format, file, {converter, clock, {}, mStop.get_token()});
+            result = AudioConverter::convertRecording(format, file, {converter, clock, {}, stop});
         });
         // Waits for the worker when it goes, so this is there; the call is not made then.
         QMetaObject::invokeMethod(this, [this, item, file, result, completion] {
             (void)guarded("converted", [&] { finish(item, file, result, completion); });
         });
-    });
+    };
+    {
+        const std::lock_guard lock(mMutex);
+        mJobs.push_back(std::move(job));
+    }
+    mWake.notify_one();
+    if (!mWorker.joinable())
+        mWorker = std::jthread([this](const std::stop_token &stop) { run(stop); });
 }
 
 void RecordedConversions::finish(const QPointer<RecordedAudioInfo> &item, const QString &file, Result<QString> result,

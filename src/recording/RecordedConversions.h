@@ -5,10 +5,13 @@
 
 #include <QObject>
 #include <QPointer>
-#include <QThreadPool>
 
+#include <condition_variable>
+#include <deque>
 #include <functional>
+#include <mutex>
 #include <stop_token>
+#include <thread>
 
 namespace cantorel {
 
@@ -30,13 +33,16 @@ public:
     int pending() const { return mPending; }
 
 private:
+    void run(const std::stop_token &stop);
     void finish(const QPointer<RecordedAudioInfo> &item, const QString &file, foundation::Result<QString> result,
                 const Completion &completion);
 
     RecordedList &mList;
     int mPending = 0;
-    std::stop_source mStop;
-    QThreadPool mWorker;
+    std::mutex mMutex; // guards the jobs, which run in order
+    std::condition_variable_any mWake;
+    std::deque<std::function<void(const std::stop_token &)>> mJobs;
+    std::jthread mWorker; // from the first one on; last: it uses the above
 };
 
 } // namespace cantorel
