@@ -1,10 +1,10 @@
 #pragma once
 
 #include "app/Hardware.h"
+#include "app/SignalWatch.h"
 #include "capture/ZQAVAudioPlayer.h"
 #include "cli/CommandSession.h"
 #include "cli/RecordingEvents.h"
-#include "cli/SignalWatch.h"
 #include "cli/TerminalAsker.h"
 #include "recording/RecordingControl.h"
 

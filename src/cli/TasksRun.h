@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/Hardware.h"
+#include "app/SignalWatch.h"
 #include "cli/RecordingEvents.h"
-#include "cli/SignalWatch.h"
 #include "recording/RecordingControl.h"
 #include "recording/ScheduledSession.h"
 

@@ -23,6 +23,15 @@ template <class Function, class... Arguments> void call(const Function &function
 
 void RecorderPanel::tell() const { call(changed); }
 
+void RecorderPanel::forget() {
+    changed = levelCame = settled = playbackShallStop = tasksChanged = {};
+    finished = {};
+    failed = missed = {};
+    recovered = {};
+    countdownDidChange = {};
+    shutdownIn = {};
+}
+
 RecorderState RecorderPanel::state() const {
     if (!isRunning())
         return mIsConverting ? RecorderState::Finishing : RecorderState::Idle;

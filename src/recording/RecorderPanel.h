@@ -32,6 +32,9 @@ public:
     // Seconds until the computer is shut down; less than 0: it is not after all.
     std::function<void(int seconds)> shutdownIn;
 
+    // Tells nobody any more.
+    void forget();
+
     RecorderState state() const;
     const RecordingControls &controls() const { return mControls; }
     const RecordingDisplay &display() const { return mDisplay; }

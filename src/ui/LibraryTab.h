@@ -26,8 +26,9 @@ public:
     explicit LibraryTab(RecordedList &list, QWidget *parent = nullptr);
 
     void changeLanguageText();
-    // The items of the list have come or gone; what is shown of one has changed.
+    // The items of the list have come or gone; what is shown of all, or of one, has changed.
     void listDidChange();
+    void itemsDidChange() { mModel.languageDidChange(); }
     void itemDidChange(const RecordedAudioInfo &item) { mModel.itemDidChange(item); }
     // What is heard shall not be recorded.
     void stopPlayback() { mPlayer.stop(); }

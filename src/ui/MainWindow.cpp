@@ -3,12 +3,18 @@
 #include "lang/Lang.h"
 #include "recording/ScheduledSession.h"
 #include "settings/AppSettings.h"
+#include "ui/AlertAsker.h"
 #include "ui/Icons.h"
 #include "ui/LibraryTab.h"
 #include "ui/RecordingTab.h"
+#include "ui/SettingsWindow.h"
+#include "ui/StatusItem.h"
 
-#include <QEvent>
+#include <QCloseEvent>
+#include <QFileInfo>
+#include <QMenu>
 #include <QTabWidget>
+#include <QToolButton>
 
 namespace cantorel::ui {
 
@@ -20,9 +26,12 @@ constexpr QSize kSmallest(560, 420), kFirst(820, 600);
 
 MainWindow::MainWindow(const Parts &parts)
     : mParts(parts),
+      mAlerts(std::make_unique<AlertAsker>(*this)),
       mTabs(new QTabWidget(this)),
+      mMenuButton(new QToolButton(this)),
       mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, this)),
-      mLibraryTab(new LibraryTab(parts.list, this)) {
+      mLibraryTab(new LibraryTab(parts.list, this)),
+      mSettings(new SettingsWindow(this)) {
     setWindowIcon(applicationIcon());
     setMinimumSize(kSmallest);
     resize(kFirst);
@@ -31,40 +40,116 @@ MainWindow::MainWindow(const Parts &parts)
     mTabs->addTab(mRecordingTab, QString());
     mTabs->addTab(mLibraryTab, QString());
     setCentralWidget(mTabs);
+    makeMenu();
+    mStatusItem = std::make_unique<StatusItem>(
+        mParts.panel, StatusItem::Actions{[this] { bringToFront(); }, [this] { mParts.recorder.onStartRecording(); },
+                                          [this] { mParts.session.onPauseRecording(); },
+                                          [this] { mParts.session.splitRecording(); }, [this] { leave(); }});
     listen();
+    listenToSettings();
     showIcons();
     changeLanguageText();
 }
 
 MainWindow::~MainWindow() {
     mParts.list.view = nullptr;
-    mParts.panel.changed = {};
-    mParts.panel.playbackShallStop = {};
-    mParts.panel.levelCame = {};
-    mParts.panel.countdownDidChange = {};
+    mParts.panel.forget();
+    mParts.recorder.trouble = {};
+}
+
+void MainWindow::makeMenu() {
+    auto *menu = new QMenu(this);
+    mSettingsAction = menu->addAction(QString(), this, [this] {
+        mSettings->showSettings();
+        mSettings->show();
+        mSettings->raise();
+    });
+    mSettingsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    menu->addSeparator();
+    mQuitAction = menu->addAction(QString(), this, [this] { leave(); });
+    mQuitAction->setShortcut(QKeySequence::Quit);
+    addActions(menu->actions()); // Their keys work wherever the focus is.
+    mMenuButton->setMenu(menu);
+    mMenuButton->setPopupMode(QToolButton::InstantPopup);
+    mMenuButton->setAutoRaise(true);
+    mMenuButton->setFocusPolicy(Qt::StrongFocus);
+    mMenuButton->setObjectName(QStringLiteral("menu"));
+    mTabs->setCornerWidget(mMenuButton);
 }
 
 void MainWindow::listen() {
-    mParts.panel.changed = [this] { showPanel(); };
-    mParts.panel.playbackShallStop = [this] { mLibraryTab->stopPlayback(); };
-    mParts.list.view = this;
-    mParts.panel.levelCame = [this] { mRecordingTab->levelCame(); };
-    mParts.panel.countdownDidChange = [this](const TaskCountdown &) { mRecordingTab->showPanel(); };
+    RecorderPanel &panel = mParts.panel;
+    panel.changed = [this] { showPanel(); };
+    panel.levelCame = [this] { mRecordingTab->levelCame(); };
+    panel.countdownDidChange = [this](const TaskCountdown &) { mRecordingTab->showPanel(); };
+    panel.playbackShallStop = [this] { mLibraryTab->stopPlayback(); };
+    panel.finished = [this](const FinishedRecording &recording) {
+        if (!isActiveWindow())
+            mStatusItem->notify(Lang::windowFileReady(), QFileInfo(recording.file).fileName());
+    };
+    panel.failed = [this](const QString &sentence) {
+        if (!isActiveWindow())
+            mStatusItem->notify(Lang::windowRecordingFailed(), sentence);
+    };
+    panel.missed = [this](const QString &sentence) { mStatusItem->notify(Lang::windowTaskMissed(), sentence); };
+    panel.settled = [this] {
+        if (mIsLeaving)
+            endOnceSettled();
+    };
     mParts.recorder.trouble = [this](const QString &sentence) { mParts.panel.setSentence(sentence); };
+    mParts.list.view = this;
+}
+
+void MainWindow::listenToSettings() {
+    mSettings->languageChanged = [] {
+        foundation::NotificationCenter::defaultCenter().post(kNotificationChangeLanguage, AppSettings::appLanguage());
+    };
+    mSettings->recordingChanged = [this] { mRecordingTab->showSettings(); };
+    mSettings->hotkeysChanged = [this] {
+        if (hotkeysChanged)
+            hotkeysChanged();
+    };
 }
 
 void MainWindow::changeLanguageText() {
     setWindowTitle(AppSettings::appName());
     mTabs->setTabText(mTabs->indexOf(mRecordingTab), Lang::tabRecordTitle());
     mTabs->setTabText(mTabs->indexOf(mLibraryTab), Lang::tabPlaylistTitle());
+    mSettingsAction->setText(Lang::menuSettings());
+    mQuitAction->setText(Lang::btnExit());
+    mMenuButton->setAccessibleName(Lang::menuTools());
+    mMenuButton->setToolTip(Lang::menuTools());
     mRecordingTab->changeLanguageText();
     mLibraryTab->changeLanguageText();
+    mSettings->changeLanguageText();
+    mStatusItem->changeLanguageText();
 }
+
+void MainWindow::bringToFront() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+bool MainWindow::isRecording() const { return mParts.session.isRecording(); }
+
+bool MainWindow::isPrepareStartRecording() const { return mParts.session.isPrepareStartRecording(); }
+
+void MainWindow::openPreferencesWindowAndShowRecordInterface() {
+    mSettings->showSettings();
+    mSettings->openRecordingPage();
+}
+
+void MainWindow::setAudioInputSelectedStatus() { mRecordingTab->setAudioInputSelectedStatus(); }
+
+void MainWindow::showStatuses() { mLibraryTab->itemsDidChange(); }
 
 void MainWindow::recordedListDidChange() { mLibraryTab->listDidChange(); }
 
 void MainWindow::showPanel() {
     mRecordingTab->showPanel();
+    mStatusItem->showPanel();
     if (const RecordedAudioInfo *item = mParts.session.currentItem())
         mLibraryTab->itemDidChange(*item);
 }
@@ -72,12 +157,52 @@ void MainWindow::showPanel() {
 void MainWindow::showIcons() {
     mTabs->setTabIcon(mTabs->indexOf(mRecordingTab), icon(QStringLiteral("record"), palette()));
     mTabs->setTabIcon(mTabs->indexOf(mLibraryTab), icon(QStringLiteral("library"), palette()));
+    mMenuButton->setIcon(icon(QStringLiteral("menu"), palette()));
 }
 
 void MainWindow::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange)
         showIcons();
     QMainWindow::changeEvent(event);
+}
+
+// Leaving.
+
+void MainWindow::closeEvent(QCloseEvent *event) {
+    event->ignore(); // The application ends us.
+    leave();
+}
+
+void MainWindow::leave() {
+    if (isRecording() && !mIsLeaving) {
+        bringToFront();
+        // Without a tray the recording stays in sight as a minimised window.
+        const AlertSheet sheet{AlertStyle::Critical,
+                               AppSettings::appName(),
+                               Lang::windowStillRecording(),
+                               {Lang::windowKeepRecording(), Lang::windowStopAndQuit(), Lang::btnCancel()}};
+        mAlerts->beginSheet(sheet, [this](int returnCode) {
+            if (returnCode == MainWindowFace::kFirstButton) {
+                if (mStatusItem->isThere())
+                    hide();
+                else
+                    showMinimized();
+            } else if (returnCode == MainWindowFace::kFirstButton + 1) {
+                mIsLeaving = true;
+                mParts.recorder.stopByHand();
+                endOnceSettled();
+            }
+        });
+        return;
+    }
+    mIsLeaving = true;
+    endOnceSettled();
+}
+
+void MainWindow::endOnceSettled() {
+    hide();
+    if (mParts.session.isSettled() && quit)
+        quit();
 }
 
 } // namespace cantorel::ui

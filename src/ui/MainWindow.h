@@ -15,8 +15,11 @@ class ScheduledSession;
 
 namespace cantorel::ui {
 
+class AlertAsker;
 class LibraryTab;
 class RecordingTab;
+class SettingsWindow;
+class StatusItem;
 
 // The window: the recording and the library tab, and the ways to everything else. Owned by the application.
 class MainWindow : public QMainWindow, public RecordedListView {
@@ -31,20 +34,47 @@ public:
     explicit MainWindow(const Parts &parts);
     ~MainWindow() override;
 
+    // Ends the program, once nothing is recorded or converted any more. Set by the application.
+    std::function<void()> quit;
+    // The hot keys of the settings have changed.
+    std::function<void()> hotkeysChanged;
+
     void changeLanguageText();
+    void bringToFront();
+    bool isRecording() const;
+    bool isPrepareStartRecording() const;
+    void openPreferencesWindowAndShowRecordInterface();
+    void setAudioInputSelectedStatus();
+    // The status of an item has changed.
+    void showStatuses();
+
+    AlertAsker &alerts() { return *mAlerts; }
     LibraryTab &library() { return *mLibraryTab; }
+    SettingsWindow &settings() { return *mSettings; }
 
 private:
     void recordedListDidChange() override;
     void showPanel();
     void listen();
+    void listenToSettings();
+    void makeMenu();
     void showIcons();
+    // The person wants the program to end.
+    void leave();
+    void endOnceSettled();
     void changeEvent(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
 
     Parts mParts;
+    std::unique_ptr<AlertAsker> mAlerts;
     QTabWidget *mTabs;
+    QToolButton *mMenuButton;
+    QAction *mSettingsAction, *mQuitAction;
     RecordingTab *mRecordingTab;
     LibraryTab *mLibraryTab;
+    SettingsWindow *mSettings;
+    std::unique_ptr<StatusItem> mStatusItem;
+    bool mIsLeaving = false;
 };
 
 } // namespace cantorel::ui

@@ -1,4 +1,4 @@
-#include "cli/SignalWatch.h"
+#include "app/SignalWatch.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
