@@ -62,6 +62,7 @@ const std::vector<RecordingControl::Method> &RecordingControl::table() {
                                              {control::kPause, {}, &RecordingControl::pause},
                                              {control::kSplit, {}, &RecordingControl::split},
                                              {control::kStatus, {}, &RecordingControl::status},
+                                             {control::kShow, {}, &RecordingControl::showWindow},
                                              {control::kRenameRecording, {file, name}, &RecordingControl::rename},
                                              {control::kRemoveRecording, {file}, &RecordingControl::removeItem},
                                              {control::kDeleteRecording, {file}, &RecordingControl::deleteItem},
@@ -126,6 +127,13 @@ RecordingControl::Answer RecordingControl::split(const QStringList &) {
 }
 
 RecordingControl::Answer RecordingControl::status(const QStringList &) { return statusNow(); }
+
+RecordingControl::Answer RecordingControl::showWindow(const QStringList &) {
+    if (!show)
+        return foundation::Failure{QStringLiteral("The Cantorel that runs has no window."), {}};
+    show();
+    return statusNow();
+}
 
 const char *RecordingControl::state() const {
     if (mSession.isRecording()) {

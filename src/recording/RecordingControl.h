@@ -18,6 +18,7 @@ inline constexpr const char *kToggle = "Toggle"; // the one or the other
 inline constexpr const char *kPause = "Pause";   // pauses or resumes
 inline constexpr const char *kSplit = "Split";   // goes on in another file
 inline constexpr const char *kStatus = "Status";
+inline constexpr const char *kShow = "Show";                       // shows the window, if there is one
 inline constexpr const char *kRenameRecording = "RenameRecording"; // file, name
 inline constexpr const char *kRemoveRecording = "RemoveRecording"; // file
 inline constexpr const char *kDeleteRecording = "DeleteRecording"; // file, which goes as well
@@ -26,8 +27,9 @@ inline constexpr const char *kRemoveTasks = "RemoveTasks";         // name
 
 } // namespace control
 
-// Answers them. The first six answer the status: "state", the "file" that is written or converted, "seconds", "bytes",
-// and "timeLeftSeconds" until the disk is full, where it tells. Owned by the application or a command; main thread.
+// Answers them. The first seven answer the status: "state", the "file" that is written or converted, "seconds",
+// "bytes", and "timeLeftSeconds" until the disk is full, where it tells. Owned by the application or a command; main
+// thread.
 class RecordingControl : public desktop::RemoteCommands {
 public:
     // Whether it may begin recordings beside the one that runs.
@@ -39,6 +41,9 @@ public:
 
     // Makes it reachable, if the desktop has a way; a failure is a line of the log.
     void offer();
+
+    // Brings the window to the front; empty where there is none.
+    std::function<void()> show;
 
     // Told when tasks were added or removed. May be empty.
     std::function<void()> tasksDidChange;
@@ -64,6 +69,7 @@ private:
     Answer pause(const QStringList &);
     Answer split(const QStringList &);
     Answer status(const QStringList &);
+    Answer showWindow(const QStringList &);
     Answer rename(const QStringList &arguments);
     Answer removeItem(const QStringList &arguments);
     Answer deleteItem(const QStringList &arguments);

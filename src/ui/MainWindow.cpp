@@ -132,6 +132,8 @@ void MainWindow::bringToFront() {
     activateWindow();
 }
 
+void MainWindow::showTriggers(const std::array<QString, 3> &triggers) { mSettings->setTriggers(triggers); }
+
 bool MainWindow::isRecording() const { return mParts.session.isRecording(); }
 
 bool MainWindow::isPrepareStartRecording() const { return mParts.session.isPrepareStartRecording(); }
@@ -188,14 +190,19 @@ void MainWindow::leave() {
                 else
                     showMinimized();
             } else if (returnCode == MainWindowFace::kFirstButton + 1) {
-                mIsLeaving = true;
-                mParts.recorder.stopByHand();
-                endOnceSettled();
+                stopAndQuit();
             }
         });
         return;
     }
     mIsLeaving = true;
+    endOnceSettled();
+}
+
+void MainWindow::stopAndQuit() {
+    mIsLeaving = true;
+    if (isRecording())
+        mParts.recorder.stopByHand();
     endOnceSettled();
 }
 

@@ -41,6 +41,10 @@ public:
 
     void changeLanguageText();
     void bringToFront();
+    // Ends the program, and what is recorded, without asking.
+    void stopAndQuit();
+    // How the hot keys for start, stop and pause are pressed, where the desktop says so.
+    void showTriggers(const std::array<QString, 3> &triggers);
     bool isRecording() const;
     bool isPrepareStartRecording() const;
     void openPreferencesWindowAndShowRecordInterface();

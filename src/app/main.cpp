@@ -1,0 +1,149 @@
+// The window program's entry point and composition root.
+
+#include "app/AppDelegate.h"
+#include "app/CommonUtils.h"
+#include "app/DesktopServices.h"
+#include "app/EntryPoint.h"
+#include "app/Hardware.h"
+#include "app/SignalWatch.h"
+#include "audio_device/ZQAudioKextKit.h"
+#include "lang/Lang.h"
+#include "recording/RecordingControl.h"
+#include "recording/RecordingHotkeys.h"
+#include "recording/ScheduledSession.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaultFunctions.h"
+#include "ui/Icons.h"
+#include "ui/MainWindow.h"
+#include "ui/WindowFace.h"
+#include "util/ToolSystem.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QTimer>
+
+namespace cantorel {
+
+namespace {
+
+// How long the start waits for a sound server before it says that there is none.
+constexpr std::chrono::seconds kPatience(3);
+
+// Everything of one run, from the sound hardware to the window, in the order in which it stands on each other.
+class WindowProgram {
+public:
+    explicit WindowProgram(std::unique_ptr<Hardware> hardware)
+        : mHardware(std::move(hardware)),
+          mList(Hardware::stateFolder(), hal::HardwareSystem::clock()),
+          mSession(mPanel, mList, Hardware::stateFolder()),
+          mRecorder(mSession, mPanel, hal::HardwareSystem::clock()) {}
+
+    ~WindowProgram() {
+        mHotkeys.reset();
+        desktop::InstalledServices::current().hotKeys.reset();
+        ToolSystem::setAllowKeepSystemWakeEnable(false);
+    }
+
+    bool claim() { return mSession.claim(); }
+
+    int run() {
+        mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList});
+        const InstalledAsker asker(mWindow->alerts());
+        ui::WindowFace face(*mWindow, mWindow->alerts());
+        face.checkUpdates = [this](bool) { mCommonUtils.checkSilent(); };
+        AppDelegate delegate({mApplication, face, mCommonUtils, mBackground, hal::HardwareSystem::clock()});
+        const SignalWatch signals([this] { mWindow->stopAndQuit(); });
+        mWindow->quit = [this] { mApplication.terminate(); };
+        mWindow->hotkeysChanged = [this] { registerHotkeys(); };
+
+        QTimer::singleShot(0, &delegate, [&] {
+            delegate.applicationDidFinishLaunching();
+            // The list loads behind the window.
+            QTimer::singleShot(0, &delegate, [this] { takeUp(); });
+        });
+        const int result = QApplication::exec();
+        mControl.reset();
+        mWindow.reset();
+        return result;
+    }
+
+private:
+    // The library, the schedule and what controls them.
+    void takeUp() {
+        mList.initRecordedList();
+        mSession.recover();
+        mRecorder.schedule().initScheduleTaskList();
+        mControl.emplace(mSession, mList, &mRecorder.schedule(), RecordingControl::Begins::Any);
+        mControl->show = [this] { mWindow->bringToFront(); };
+        mControl->offer();
+        if (auto hotKeys = desktopHotKeys(); hotKeys)
+            desktop::InstalledServices::current().hotKeys = std::move(hotKeys.value());
+        registerHotkeys();
+    }
+
+    void registerHotkeys() {
+        if (!mHotkeys)
+            mHotkeys.emplace(mRecorder, [this](const QString &sentence) { mPanel.setSentence(sentence); });
+        mHotkeys->registerEnabled();
+        mWindow->showTriggers(mHotkeys->triggers());
+    }
+
+    std::unique_ptr<Hardware> mHardware;
+    PooledBackgroundTasks mBackground;
+    UpdateCheck mUpdates;
+    CommonUtils mCommonUtils{mUpdates, mBackground};
+    Application mApplication;
+    RecorderPanel mPanel;
+    RecordedList mList;
+    RecordingSession mSession;
+    ScheduledSession mRecorder;
+    std::optional<ui::MainWindow> mWindow;
+    std::optional<RecordingControl> mControl;
+    std::optional<RecordingHotkeys> mHotkeys;
+};
+
+void showTrouble(const QString &sentence) {
+    QMessageBox box(QMessageBox::Warning, AppSettings::appName(), sentence);
+    box.setWindowIcon(ui::applicationIcon());
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+}
+
+int runWindow(BackendChoice backend) {
+    // A second start shows the window of the first.
+    if (const auto &remote = desktop::InstalledServices::current().remote; remote) {
+        const auto shown = remote->ask(QString::fromLatin1(control::kShow), {});
+        if (shown && *shown)
+            return 0;
+    }
+    auto hardware = Hardware::open(backend, kPatience);
+    if (!hardware) {
+        showTrouble(Lang::windowNoServer() + QLatin1Char('\n') + hardware.failure().sentence);
+        return 1;
+    }
+    WindowProgram program(std::move(hardware).value());
+    if (!program.claim()) {
+        showTrouble(QStringLiteral("Another Cantorel is recording already; stop that one first."));
+        return 1;
+    }
+    return program.run();
+}
+
+} // namespace
+
+} // namespace cantorel
+
+int main(int argc, char **argv) {
+    using namespace cantorel;
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(AppSettings::appIdenitfyName());
+    QApplication::setDesktopFileName(QString::fromLatin1(kBundleIdentifier));
+    QApplication::setQuitOnLastWindowClosed(false); // It lives on in the tray.
+    AppSettings::initSettingInNeed();
+    Lang::ChangeLanguage(AppSettings::appLanguage());
+    const desktop::InstalledServices services(desktopServices());
+    const QStringList arguments = QApplication::arguments();
+    const auto backend =
+        arguments.contains(QStringLiteral("--backend=embedded")) ? BackendChoice::Embedded : BackendChoice::Automatic;
+    return runMain(arguments, [&] { return runWindow(backend); });
+}
