@@ -78,7 +78,8 @@ void RecorderPanel::setSentence(const QString &sentence) {
 void RecorderPanel::recordingRecovered(const RecordingJournal::Recovered &recording) { call(recovered, recording); }
 
 void RecorderPanel::recordingStarted(const QString &file, const QString &device) {
-    mHistory.mark(mHasFrames ? SoundHistory::Mark::Split : SoundHistory::Mark::Start);
+    mHistory.mark(mIsSettled ? SoundHistory::Mark::Start : SoundHistory::Mark::Split);
+    mIsSettled = false;
     mHasFrames = true;
     mIsDeviceLost = mIsPaused = false;
     mFile = file;
@@ -94,7 +95,8 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
         mHasFrames = mIsPaused = mIsDeviceLost = false;
         mSentence.clear();
         mDisplay = {};
-        mHistory.clear();
+        if (mIsSettled)
+            mHistory.clear();
     }
     if (!isRunning()) {
         mLevel.setLevel(0);
@@ -168,6 +170,7 @@ void RecorderPanel::recordingEndsEarly(const QString &sentence) {
 
 void RecorderPanel::recordingSettled() {
     mIsConverting = false;
+    mIsSettled = true;
     tell();
     call(settled);
 }

@@ -89,6 +89,7 @@ private:
     QString mFile, mDevice, mSentence;
     bool mHasFrames = false;
     bool mIsPaused = false, mIsPausedBySilence = false, mIsDeviceLost = false, mIsConverting = false;
+    bool mIsSettled = true; // since the last recording; between the files of a split it is not
 };
 
 } // namespace cantorel

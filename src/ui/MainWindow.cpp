@@ -178,6 +178,8 @@ void MainWindow::closeEvent(QCloseEvent *event) {
 void MainWindow::leave() {
     if (isRecording() && !mIsLeaving) {
         bringToFront();
+        if (mAlerts->isShowingSheet())
+            return; // The question hangs there already.
         // Without a tray the recording stays in sight as a minimised window.
         const AlertSheet sheet{AlertStyle::Critical,
                                AppSettings::appName(),

@@ -25,6 +25,7 @@ namespace cantorel::ui {
 namespace {
 
 constexpr qreal kElapsedScale = 3.4; // of the normal text
+constexpr int kMargin = 16;
 constexpr int kSourceIcon = 28, kControlIcon = 24;
 
 struct Source {
@@ -77,7 +78,7 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     mSentence->setWordWrap(true);
     mSentence->setObjectName(QStringLiteral("sentence"));
     mCountdown->setEnabled(false); // A quiet line.
-    mTimeLeft->setAlignment(Qt::AlignRight);
+    mTimeLeft->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
     auto *numbers = new QHBoxLayout;
     numbers->addWidget(mSize, 1);
@@ -85,6 +86,7 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     numbers->addWidget(mTimeLeft, 1);
 
     auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     column->addWidget(makeSources());
     column->addWidget(mDevice);
     column->addWidget(makeDestination());
@@ -196,17 +198,15 @@ void RecordingTab::showSettings() {
     const int type = AppSettings::getAudioType();
     const QString output = ZQAudioKextKit::getDefaultAudioOutputName(),
                   input = ZQAudioKextKit::getDefaultAudioInputName();
-    QString device = mPanel.device();
-    if (device.isEmpty() || mPanel.state() == RecorderState::Idle) {
+    if (mPanel.state() == RecorderState::Idle) { // What is recorded stays what it was at the start.
         QStringList devices;
         if (type != 1)
             devices << output;
         if (type != 0)
             devices << (input.isEmpty() ? Lang::tabRecordNoInputDeviceDetected() : input);
         devices.removeAll(QString());
-        device = devices.join(QStringLiteral(" + "));
+        mDevice->setText(devices.join(QStringLiteral(" + ")));
     }
-    mDevice->setText(device);
     mFormat->setCurrentIndex(AppSettings::getAudioFormat());
     const QString folder = AppSettings::outputPath();
     mFolder->setText(QDir(folder).dirName());

@@ -45,15 +45,24 @@ void SoundPictureView::paintEvent(QPaintEvent *) {
         painter.drawLine(QPointF(x, height() - 6), QPointF(x, height()));
     }
 
-    QColor sound = palette().color(QPalette::Highlight), idle = palette().color(QPalette::Mid);
+    // One line for each point of the screen, as high as the loudest column that it stands for.
+    painter.setRenderHint(QPainter::Antialiasing, false);
     const qreal first = width() - pitch * qreal(mHistory.size());
-    painter.setPen(Qt::NoPen);
-    for (std::size_t i = 0; i < mHistory.size(); ++i) {
-        const auto &column = mHistory.column(i);
-        const qreal half = qMax<qreal>(0.5, qreal(column.level) * (middle - 4));
-        painter.setBrush(column.isRecorded ? sound : idle);
-        painter.drawRect(QRectF(first + pitch * qreal(i), middle - half, qMax<qreal>(pitch, 1), 2 * half));
+    for (int x = qMax(0, static_cast<int>(first)); x < width(); ++x) {
+        const auto begin = static_cast<std::size_t>(qMax<qreal>(0, (x - first) / pitch));
+        const auto end = qMin(mHistory.size(), qMax(begin + 1, static_cast<std::size_t>((x + 1 - first) / pitch)));
+        float level = 0;
+        bool isRecorded = false;
+        for (std::size_t i = begin; i < end; ++i) {
+            level = qMax(level, mHistory.column(i).level);
+            isRecorded |= mHistory.column(i).isRecorded;
+        }
+        const qreal half = qreal(level) * (middle - 4);
+        painter.setPen(palette().color(isRecorded ? QPalette::Highlight : QPalette::Mid));
+        if (half >= 0.5)
+            painter.drawLine(QLineF(x, middle - half, x, middle + half));
     }
+    painter.setRenderHint(QPainter::Antialiasing);
     for (std::size_t i = 0; i < mHistory.size(); ++i) {
         const auto mark = mHistory.column(i).mark;
         if (mark == SoundHistory::Mark::None)

@@ -5,6 +5,7 @@
 #include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QTabWidget>
 #include <QTableView>
 
@@ -37,6 +38,63 @@ TEST_F(MainWindow, RecordsPausesSplitsAndStops) {
     EXPECT_EQ(panel.state(), RecorderState::Idle);
     EXPECT_EQ(list.items().size(), 2u);
     photograph(window, QStringLiteral("record-ended"));
+}
+
+class Leaving : public MainWindow {
+public:
+    Leaving() {
+        window.quit = [this] { ++quits; };
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+    }
+    // Presses a button of the sheet that hangs on the window.
+    void answer(const QString &text) {
+        auto *sheet = find<QMessageBox>("sheet");
+        ASSERT_NE(sheet, nullptr);
+        for (QAbstractButton *button : sheet->buttons())
+            if (button->text() == text) {
+                QTest::mouseClick(button, Qt::LeftButton);
+                pass(50);
+                return;
+            }
+        FAIL() << text.toStdString();
+    }
+    void record() {
+        click("record");
+        ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+        pass(2000);
+    }
+
+    int quits = 0;
+};
+
+TEST_F(Leaving, WithoutARecordingEndsAtOnce) {
+    window.close();
+    EXPECT_EQ(quits, 1);
+}
+
+TEST_F(Leaving, WhileRecordingAsksOnceAndNothingIsLost) {
+    record();
+    window.close();
+    window.close();
+    photograph(window, QStringLiteral("leaving"));
+    EXPECT_EQ(window.findChildren<QMessageBox *>(QStringLiteral("sheet")).size(), 1) << "asked once";
+    answer(Lang::btnCancel());
+    EXPECT_TRUE(session.isRecording());
+    EXPECT_FALSE(window.isMinimized());
+
+    window.close();
+    answer(Lang::windowKeepRecording());
+    EXPECT_TRUE(session.isRecording());
+    EXPECT_TRUE(window.isMinimized()) << "no tray here: it stays where it can be found";
+    EXPECT_EQ(quits, 0);
+
+    window.close();
+    answer(Lang::windowStopAndQuit());
+    EXPECT_FALSE(session.isRecording());
+    ASSERT_TRUE(passUntil([&] { return quits > 0; }));
+    EXPECT_TRUE(session.isSettled()) << "the conversion is waited for";
+    EXPECT_TRUE(QFile::exists(list.items().back()->getFileName()));
 }
 
 class Library : public test::WindowFixture {

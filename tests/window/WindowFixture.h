@@ -7,6 +7,7 @@
 #include "ui/MainWindow.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QTest>
 
 #include <cmath>
@@ -38,7 +39,13 @@ public:
         EXPECT_NE(found, nullptr) << name;
         return found;
     }
-    void click(const char *name) { QTest::mouseClick(find<QWidget>(name), Qt::LeftButton); }
+    void click(const char *name) {
+        auto *widget = find<QWidget>(name);
+        // A check box is as wide as its column, and hears clicks on its sign and text only.
+        const bool isBox = qobject_cast<QCheckBox *>(widget) != nullptr;
+        QTest::mouseClick(widget, Qt::LeftButton, {},
+                          isBox ? QPoint(8, widget->height() / 2) : widget->rect().center());
+    }
     // Keeps a picture of a window where a folder for pictures is named.
     static void photograph(QWidget &widget, const QString &name) {
         const QString folder = qEnvironmentVariable("CANTOREL_PICTURES");

@@ -1,0 +1,141 @@
+// Photographs of the windows in use, for looking at and for the documentation: in both brightnesses, several languages
+// and sizes. They are taken where CANTOREL_PICTURES names a folder; elsewhere the cases only look for texts that do not
+// fit.
+
+#include "tests/window/WindowFixture.h"
+#include "ui/SettingsWindow.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QStyle>
+#include <QTabWidget>
+#include <QTableView>
+
+namespace cantorel {
+namespace {
+
+// A voice in sentences: loud and soft by turns.
+float music(std::int64_t position, int channel) {
+    const double seconds = static_cast<double>(position) / 48'000;
+    const double swell = 0.30 + 0.28 * std::sin(seconds * 0.9) + 0.22 * std::sin(seconds * 2.7 + channel * 0.4)
+                         + 0.18 * std::sin(seconds * 7.1);
+    return static_cast<float>(qMax(0.004, swell * swell) * std::sin(seconds * 2 * 3.14159265 * 220));
+}
+
+QPalette darkPalette() {
+    QPalette dark;
+    const QColor ground(0x23, 0x26, 0x2B), field(0x1B, 0x1D, 0x21), text(0xE8, 0xEA, 0xED), quiet(0x7C, 0x82, 0x8C);
+    for (const auto role : {QPalette::Window, QPalette::Button})
+        dark.setColor(role, ground);
+    dark.setColor(QPalette::Base, field);
+    dark.setColor(QPalette::AlternateBase, ground);
+    for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text, QPalette::BrightText})
+        dark.setColor(role, text);
+    for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
+        dark.setColor(QPalette::Disabled, role, quiet);
+    dark.setColor(QPalette::PlaceholderText, quiet);
+    dark.setColor(QPalette::Mid, QColor(0x55, 0x5B, 0x66));
+    dark.setColor(QPalette::Highlight, QColor(0x4C, 0x9B, 0xE8));
+    dark.setColor(QPalette::HighlightedText, Qt::black);
+    return dark;
+}
+
+class Pictures : public test::WindowFixture {
+public:
+    Pictures() {
+        silencePlayer();
+        mMusic = world.backend->play([](std::span<float> samples, int channels, std::int64_t position) {
+            for (std::size_t i = 0; i < samples.size(); ++i)
+                samples[i] = music(position + static_cast<std::int64_t>(i) / channels, static_cast<int>(i) % channels);
+        });
+        AppSettings::setAudioFormat(4);
+    }
+    void record(int milliseconds) {
+        ASSERT_TRUE(session.startRecording());
+        ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+        pass(milliseconds);
+    }
+    void stop() {
+        session.stopRecording();
+        ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    }
+    void show(QSize size) {
+        window.resize(size);
+        window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    }
+
+private:
+    std::shared_ptr<void> mMusic;
+};
+
+TEST_F(Pictures, InLightAndDarkRecordingAndInTheLibrary) {
+    if (!qEnvironmentVariableIsSet("CANTOREL_PICTURES"))
+        GTEST_SKIP() << "nobody wants the pictures";
+    const struct {
+        const char *name, *artist, *album;
+    } recordings[] = {{"Morning concert", "Radio", "Live"},    {"Interview with Ada", "", ""},
+                      {"Rain on the roof", "", "Field notes"}, {"Lecture 4, acoustics", "University", ""},
+                      {"Band rehearsal", "The Lodgers", ""},   {"Voice memo", "", ""}};
+    int length = 1000;
+    for (const auto &recording : recordings) {
+        record(length += 700);
+        stop();
+        RecordedAudioInfo &item = *list.items().back();
+        ASSERT_TRUE(list.rename(item, QString::fromLatin1(recording.name)));
+        item.setArtist(QString::fromLatin1(recording.artist));
+        item.setAlbum(QString::fromLatin1(recording.album));
+    }
+    show({820, 600});
+    record(38'000);
+    session.splitRecording();
+    ASSERT_TRUE(passUntil([&] { return list.items().size() == 8; }));
+    pass(14'000);
+    for (const auto &[name, palette] : {std::pair("light", QApplication::palette()), {"dark", darkPalette()}}) {
+        QApplication::setPalette(palette);
+        find<QTabWidget>("tabs")->setCurrentIndex(0);
+        photograph(window, QStringLiteral("recording-%1").arg(QString::fromLatin1(name)));
+        find<QTabWidget>("tabs")->setCurrentIndex(1);
+        find<QTableView>("recordings")->selectRow(3);
+        photograph(window, QStringLiteral("library-%1").arg(QString::fromLatin1(name)));
+        window.settings().openRecordingPage();
+        photograph(window.settings(), QStringLiteral("settings-%1").arg(QString::fromLatin1(name)));
+        window.settings().close();
+    }
+    stop();
+}
+
+// Buttons and labels that show less than their text, by their names.
+QStringList clipped(const QWidget &window) {
+    QStringList found;
+    for (const auto *button : window.findChildren<QAbstractButton *>())
+        if (button->isVisibleTo(&window) && !button->text().isEmpty() && button->width() < button->sizeHint().width())
+            found << button->objectName() + QStringLiteral(": ") + button->text();
+    for (const auto *label : window.findChildren<QLabel *>())
+        if (label->isVisibleTo(&window) && !label->wordWrap() && !label->text().isEmpty()
+            && label->width() < label->sizeHint().width())
+            found << label->objectName() + QStringLiteral(": ") + label->text();
+    return found;
+}
+
+TEST_F(Pictures, NoTextIsCutOffInAnyLanguageAtAnySize) {
+    show({720, 480});
+    for (const LanguageInfo &language : Lang::languages()) {
+        Lang::ChangeLanguage(language.name);
+        window.changeLanguageText();
+        for (const int tab : {0, 1}) {
+            find<QTabWidget>("tabs")->setCurrentIndex(tab);
+            QTest::qWait(1);
+            EXPECT_LE(window.width(), 720) << language.name.toStdString();
+            EXPECT_EQ(clipped(window), QStringList()) << language.name.toStdString();
+            photograph(window, QStringLiteral("small-%1-%2").arg(language.name).arg(tab));
+        }
+        window.settings().openRecordingPage();
+        QTest::qWait(1);
+        EXPECT_EQ(clipped(window.settings()), QStringList()) << language.name.toStdString();
+        window.settings().close();
+    }
+}
+
+} // namespace
+} // namespace cantorel

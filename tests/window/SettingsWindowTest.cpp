@@ -1,0 +1,83 @@
+#include "ui/SettingsWindow.h"
+
+#include "tests/window/WindowFixture.h"
+#include "ui/HotkeyField.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QSpinBox>
+#include <QTabWidget>
+
+namespace cantorel {
+namespace {
+
+class Settings : public test::WindowFixture {
+public:
+    Settings() {
+        window.show();
+        window.openPreferencesWindowAndShowRecordInterface();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window.settings()));
+        QApplication::setActiveWindow(&window.settings());
+    }
+    void page(int index) { find<QTabWidget>("pages")->setCurrentIndex(index); }
+    void press(const char *field, Qt::Key key, Qt::KeyboardModifiers modifiers) {
+        QTest::keyClick(find<ui::HotkeyField>(field), key, modifiers);
+    }
+};
+
+TEST_F(Settings, WhatIsChangedIsStoredAtOnceAndShownWhenOpenedAgain) {
+    photograph(window.settings(), QStringLiteral("settings-recording"));
+    click("splitByInterval");
+    EXPECT_TRUE(AppSettings::isAutoSplitEverySeconds());
+    auto *row = find<QCheckBox>("splitByInterval")->parentWidget();
+    const auto numbers = row->findChildren<QSpinBox *>();
+    ASSERT_EQ(numbers.size(), 4);
+    numbers[2]->setValue(60);
+    EXPECT_EQ(AppSettings::autoSplitEverySeconds(), 60);
+    numbers[1]->setValue(3);
+    EXPECT_EQ(AppSettings::autoSplitSeconds(), 3000) << "shown in seconds, stored in milliseconds";
+    EXPECT_TRUE(find<QCheckBox>("splitBySilence")->isEnabled());
+    click("skipSilence");
+    EXPECT_FALSE(AppSettings::isAutoSkipSilence());
+    EXPECT_FALSE(find<QCheckBox>("splitBySilence")->isEnabled()) << "it acts only while silence is skipped";
+    AppSettings::setAutoSkipSilence(true);
+    window.settings().showSettings();
+    EXPECT_TRUE(find<QCheckBox>("skipSilence")->isChecked());
+}
+
+TEST_F(Settings, AHotKeyIsPressedIntoItsFieldAndEachIsTakenOnce) {
+    int told = 0;
+    window.hotkeysChanged = [&] { ++told; };
+    page(2);
+    photograph(window.settings(), QStringLiteral("settings-hotkeys"));
+    press("hotkey0", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
+    EXPECT_EQ(AppSettings::hotkeyStartRecording(), QStringLiteral("ctrl opt r"));
+    EXPECT_EQ(told, 1);
+    press("hotkey1", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
+    EXPECT_EQ(AppSettings::hotkeyStopRecording(), QStringLiteral("ctrl cmd t")) << "taken";
+    EXPECT_EQ(find<QLabel>("hotkeyNote")->text(), Lang::settingsGeneralHotkeyErrorDuplicate());
+    for (const auto &[key, modifiers] : {std::pair<Qt::Key, Qt::KeyboardModifiers>(Qt::Key_X, Qt::ShiftModifier),
+                                         {Qt::Key_X, Qt::NoModifier},
+                                         {Qt::Key_1, Qt::ControlModifier}})
+        press("hotkey1", key, modifiers);
+    EXPECT_EQ(AppSettings::hotkeyStopRecording(), QStringLiteral("ctrl cmd t")) << "typing is no hot key";
+    EXPECT_EQ(told, 1);
+}
+
+TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
+    const auto subscription = foundation::NotificationCenter::defaultCenter().subscribe<QString>(
+        kNotificationChangeLanguage, [this](const QString &) { window.changeLanguageText(); });
+    page(0);
+    auto *language = find<QComboBox>("language");
+    ASSERT_EQ(language->count(), 19);
+    const QString english = find<QAbstractButton>("source0")->text();
+    language->setCurrentText(QStringLiteral("Deutsch"));
+    Q_EMIT language->textActivated(language->currentText());
+    EXPECT_EQ(AppSettings::appLanguage(), QStringLiteral("German"));
+    EXPECT_NE(find<QAbstractButton>("source0")->text(), english);
+    photograph(window.settings(), QStringLiteral("settings-german"));
+}
+
+} // namespace
+} // namespace cantorel
