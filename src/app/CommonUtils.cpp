@@ -14,18 +14,23 @@ CommonUtils::~CommonUtils() {
 
 void CommonUtils::initWithCommAppInfo(const CommAppInfo &info, MainWindowFace &) { mInfo = info; }
 
-void CommonUtils::checkSilent() {
-    mBackground.run([this, stop = mStop.get_token()] {
-        const auto description = mUpdates.run(stop);
-        if (!description || !description->isOffered() || stop.stop_requested())
-            return;
-        QMetaObject::invokeMethod(
-            this,
-            [this, offered = *description] {
-                if (updateIsOffered)
-                    (void)guarded("offer an update", [&] { updateIsOffered(offered); }); // logged there
-            },
-            Qt::QueuedConnection);
+void CommonUtils::check(UpdateCheck::Asked asked) {
+    mBackground.run([this, asked, stop = mStop.get_token()] {
+        const auto description = mUpdates.run(asked, stop);
+        if (!stop.stop_requested())
+            QMetaObject::invokeMethod(
+                this, [this, asked, description] { tell(asked, description); }, Qt::QueuedConnection);
+    });
+}
+
+void CommonUtils::tell(UpdateCheck::Asked asked, const std::optional<UpdateDescription> &description) const {
+    (void)guarded("tell of updates", [&] { // logged there
+        if (description && description->isOffered()) {
+            if (updateIsOffered)
+                updateIsOffered(*description);
+        } else if (asked == UpdateCheck::Asked::ByHand && nothingIsOffered) {
+            nothingIsOffered(description);
+        }
     });
 }
 

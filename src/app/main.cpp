@@ -50,7 +50,7 @@ public:
         mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList});
         const InstalledAsker asker(mWindow->alerts());
         ui::WindowFace face(*mWindow, mWindow->alerts());
-        face.checkUpdates = [this](bool) { mCommonUtils.checkSilent(); };
+        face.checkUpdates = [this](bool byHand) { byHand ? mCommonUtils.checkByHand() : mCommonUtils.checkSilent(); };
         AppDelegate delegate({mApplication, face, mCommonUtils, mBackground, hal::HardwareSystem::clock()});
         const SignalWatch signals([this] { mWindow->stopAndQuit(); });
         mWindow->quit = [this] { mApplication.terminate(); };

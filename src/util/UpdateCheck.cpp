@@ -36,10 +36,26 @@ bool UpdateDescription::isOffered() const {
     return version > AppSettings::appVersionID() && version != AppSettings::updateSkipVersionID();
 }
 
-std::optional<UpdateDescription> UpdateCheck::run(const std::stop_token &stop) {
-    if (AppSettings::appDebug() || mIsDone.exchange(true))
+std::optional<UpdateDescription> UpdateCheck::run(Asked asked, const std::stop_token &stop) {
+    if (AppSettings::appDebug())
         return {};
+    std::optional<UpdateDescription> known;
+    const bool mayRun = mState.with([&](State &state) {
+        if (asked == Asked::ByHand)
+            known = state.description;
+        if (known || state.isRunning || (state.isDone && asked == Asked::Silently))
+            return false;
+        return state.isRunning = true;
+    });
+    if (!mayRun)
+        return known;
     const auto fetched = fetch(mServer, mLimits, stop);
+    mState.with([&](State &state) {
+        state.isRunning = false;
+        state.isDone = true;
+        if (fetched)
+            state.description = fetched.value();
+    });
     if (!fetched) {
         CommLog::W(fetched.failure().detail);
         return {};

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "platform/foundation/Guarded.h"
 #include "platform/foundation/HttpClient.h"
 
 #include <QString>
 
-#include <atomic>
+#include <optional>
 
 namespace cantorel {
 
@@ -48,9 +49,12 @@ public:
     explicit UpdateCheck(const QString &server = {}, const foundation::HttpLimits &limits = kLimits)
         : mServer(server), mLimits(limits) {}
 
+    enum class Asked { Silently, ByHand };
+
     // What the server describes. Nothing in debug mode, when a check has been done or is running already, and when no
-    // description comes.
-    std::optional<UpdateDescription> run(const std::stop_token &stop = {});
+    // description comes. By hand, a check that has been done answers what it brought, or is tried again when it brought
+    // nothing.
+    std::optional<UpdateDescription> run(Asked asked = Asked::Silently, const std::stop_token &stop = {});
 
     // One request, whatever has been done before. Fails with one sentence.
     static foundation::Result<UpdateDescription>
@@ -61,9 +65,14 @@ public:
     static foundation::Result<UpdateDescription> parse(const QString &text);
 
 private:
+    struct State {
+        bool isRunning = false, isDone = false;
+        std::optional<UpdateDescription> description;
+    };
+
     const QString mServer;
     const foundation::HttpLimits mLimits;
-    std::atomic<bool> mIsDone{false}; // or running
+    foundation::Guarded<State> mState;
 };
 
 } // namespace cantorel
