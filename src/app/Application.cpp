@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QProcess>
 
+#include <csignal>
+
 namespace cantorel {
 
 void Application::terminate() {
@@ -42,6 +44,11 @@ foundation::Result<void> Application::startShell(const QString &command) {
         environment.insert(entry.section(QLatin1Char('='), 0, 0), entry.section(QLatin1Char('='), 1));
     shell.setProcessEnvironment(environment);
     shell.setStandardInputFile(QProcess::nullDevice());
+    shell.setChildProcessModifier([] { // Signals that wait for the event loop here interrupt there.
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+    });
     if (!shell.startDetached())
         return foundation::Failure{QStringLiteral("Cantorel could not start itself again; please do it by hand."),
                                    QStringLiteral("relaunch: %1").arg(shell.errorString())};

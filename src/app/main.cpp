@@ -106,6 +106,7 @@ void showTrouble(const QString &sentence) {
     QMessageBox box(QMessageBox::Warning, AppSettings::appName(), sentence);
     box.setWindowIcon(ui::applicationIcon());
     box.setTextFormat(Qt::PlainText);
+    const SignalWatch signals([&box] { box.reject(); });
     box.exec();
 }
 
@@ -135,6 +136,7 @@ int runWindow(BackendChoice backend) {
 
 int main(int argc, char **argv) {
     using namespace cantorel;
+    SignalWatch::holdBack(); // before the application object and the sound server begin their threads
     QApplication application(argc, argv);
     QApplication::setApplicationName(AppSettings::appIdenitfyName());
     QApplication::setDesktopFileName(QString::fromLatin1(kBundleIdentifier));

@@ -1,4 +1,5 @@
 #include "app/Application.h"
+#include "app/SignalWatch.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/Clock.h"
 #include "tests/support/PrivateWorld.h"
@@ -8,6 +9,7 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace cantorel {
 namespace {
@@ -49,16 +51,21 @@ struct RestartedApplication : Application {
 };
 
 TEST(Relaunch, TheProgramIsStartedByAShellOfItsOwnThroughTheProductsHelper) {
+    SignalWatch::holdBack();
     const QTemporaryDir folder;
     RestartedApplication application;
     application.path = folder.filePath("a \"program\" for $5");
-    writeProgram(application.path, "#!/bin/sh\nsed 's/.*) //' /proc/$$/stat | cut -d' ' -f4 >'"
-                                       + folder.filePath("session").toUtf8() + "'\n");
+    writeProgram(application.path, "#!/bin/sh\ncat /proc/$$/stat /proc/$$/status >'" + folder.filePath("part").toUtf8()
+                                       + "' && mv '" + folder.filePath("part").toUtf8() + "' '"
+                                       + folder.filePath("whole").toUtf8() + "'\n");
     ASSERT_TRUE(application.relaunchAfterDelay(0).ok());
-    QFile session(folder.filePath("session"));
-    ASSERT_TRUE(test::eventually([&] { return session.exists() && session.size() > 0; }));
-    ASSERT_TRUE(session.open(QIODevice::ReadOnly));
-    EXPECT_NE(session.readAll().trimmed().toInt(), static_cast<int>(getsid(0)));
+    QFile told(folder.filePath("whole"));
+    ASSERT_TRUE(test::eventually([&] { return told.exists(); }));
+    ASSERT_TRUE(told.open(QIODevice::ReadOnly));
+    const QByteArray text = told.readAll();
+    const QList<QByteArray> fields = text.mid(text.indexOf(") ") + 2).split(' '); // behind the name
+    EXPECT_NE(fields.value(3).toInt(), static_cast<int>(getsid(0)));
+    EXPECT_TRUE(text.contains("SigBlk:\t0000000000000000\n")) << "signals reach it";
 }
 
 } // namespace
