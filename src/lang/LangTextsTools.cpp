@@ -25,7 +25,7 @@ constexpr TextRow kToolsScheduleTask[] = {
     {"RepeatStopManually", "toolsScheduleRepeatStopManually", "Until stopped by hand"},
     {"RepeatStopAtCount", "toolsScheduleRepeatStopAtCount", "[#count#] times"},
     {"WeeksOn", "toolsScheduleWeeksOn", "On"},
-    {"Weeks", "toolsScheduleWeeks", "Weekdays"},
+    {"Weeks", "toolsScheduleWeeks", "Sunday,Monday,Tuesday,Wednesday,Thursday,Friday,Saturday"},
     {"AtTimeEveryDay", "toolsScheduleAtTimeEveryDay", "At [#Time#] every day"},
     {nullptr, "toolsScheduleTaskErrorEnterTaskName", "Enter a name for the task."},
 };

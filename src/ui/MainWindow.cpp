@@ -9,10 +9,12 @@
 #include "ui/RecordingTab.h"
 #include "ui/SettingsWindow.h"
 #include "ui/StatusItem.h"
+#include "ui/TasksWindow.h"
 
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QMenu>
+#include <QMessageBox>
 #include <QTabWidget>
 #include <QToolButton>
 
@@ -21,6 +23,7 @@ namespace cantorel::ui {
 namespace {
 
 constexpr QSize kSmallest(560, 420), kFirst(820, 600);
+constexpr int kAboutIcon = 96;
 
 } // namespace
 
@@ -31,7 +34,8 @@ MainWindow::MainWindow(const Parts &parts)
       mMenuButton(new QToolButton(this)),
       mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, this)),
       mLibraryTab(new LibraryTab(parts.list, this)),
-      mSettings(new SettingsWindow(this)) {
+      mSettings(new SettingsWindow(this)),
+      mTasks(new TasksWindow(parts.recorder.schedule(), this)) {
     setWindowIcon(applicationIcon());
     setMinimumSize(kSmallest);
     resize(kFirst);
@@ -59,6 +63,12 @@ MainWindow::~MainWindow() {
 
 void MainWindow::makeMenu() {
     auto *menu = new QMenu(this);
+    mTasksAction = menu->addAction(QString(), this, [this] {
+        mTasks->showTasks();
+        mTasks->show();
+        mTasks->raise();
+    });
+    mTasksAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
     mSettingsAction = menu->addAction(QString(), this, [this] {
         mSettings->showSettings();
         mSettings->show();
@@ -66,6 +76,7 @@ void MainWindow::makeMenu() {
     });
     mSettingsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     menu->addSeparator();
+    mAboutAction = menu->addAction(QString(), this, [this] { showAbout(); });
     mQuitAction = menu->addAction(QString(), this, [this] { leave(); });
     mQuitAction->setShortcut(QKeySequence::Quit);
     addActions(menu->actions()); // Their keys work wherever the focus is.
@@ -82,6 +93,7 @@ void MainWindow::listen() {
     panel.changed = [this] { showPanel(); };
     panel.levelCame = [this] { mRecordingTab->levelCame(); };
     panel.countdownDidChange = [this](const TaskCountdown &) { mRecordingTab->showPanel(); };
+    panel.tasksChanged = [this] { mTasks->showTasks(); };
     panel.playbackShallStop = [this] { mLibraryTab->stopPlayback(); };
     panel.finished = [this](const FinishedRecording &recording) {
         if (!isActiveWindow())
@@ -92,6 +104,7 @@ void MainWindow::listen() {
             mStatusItem->notify(Lang::windowRecordingFailed(), sentence);
     };
     panel.missed = [this](const QString &sentence) { mStatusItem->notify(Lang::windowTaskMissed(), sentence); };
+    panel.shutdownIn = [this](int seconds) { showShutdown(seconds); };
     panel.settled = [this] {
         if (mIsLeaving)
             endOnceSettled();
@@ -111,17 +124,50 @@ void MainWindow::listenToSettings() {
     };
 }
 
+void MainWindow::showShutdown(int seconds) {
+    if (seconds < 0) {
+        delete mShutdown;
+        return;
+    }
+    if (!mShutdown) {
+        bringToFront();
+        mShutdown = new QMessageBox(this);
+        mShutdown->setObjectName(QStringLiteral("shutdown"));
+        mShutdown->setAttribute(Qt::WA_DeleteOnClose);
+        mShutdown->setIcon(QMessageBox::Warning);
+        mShutdown->setWindowTitle(AppSettings::appName());
+        mShutdown->addButton(Lang::btnCancel(), QMessageBox::RejectRole);
+        connect(mShutdown, &QDialog::finished, this, [this] { mParts.recorder.schedule().cancelShutdown(); });
+        mShutdown->open();
+    }
+    mShutdown->setText(Lang::windowShutdownIn().replace(QLatin1String("[#Count#]"), QString::number(seconds)));
+}
+
+void MainWindow::showAbout() {
+    QMessageBox about(this);
+    about.setIconPixmap(applicationIcon().pixmap(kAboutIcon, kAboutIcon));
+    about.setWindowTitle(Lang::menuAbout());
+    about.setText(QStringLiteral("<h2>%1</h2>").arg(AppSettings::appName())
+                  + Lang::windowVersion().replace(QLatin1String("[#Count#]"), AppSettings::appVersion()));
+    about.setInformativeText(Lang::windowAbout() + QStringLiteral("\n\n") + Lang::windowLicense());
+    about.addButton(Lang::btnClose(), QMessageBox::RejectRole);
+    about.exec();
+}
+
 void MainWindow::changeLanguageText() {
     setWindowTitle(AppSettings::appName());
     mTabs->setTabText(mTabs->indexOf(mRecordingTab), Lang::tabRecordTitle());
     mTabs->setTabText(mTabs->indexOf(mLibraryTab), Lang::tabPlaylistTitle());
+    mTasksAction->setText(Lang::toolsScheduleTaskTitle());
     mSettingsAction->setText(Lang::menuSettings());
+    mAboutAction->setText(Lang::menuAbout());
     mQuitAction->setText(Lang::btnExit());
     mMenuButton->setAccessibleName(Lang::menuTools());
     mMenuButton->setToolTip(Lang::menuTools());
     mRecordingTab->changeLanguageText();
     mLibraryTab->changeLanguageText();
     mSettings->changeLanguageText();
+    mTasks->changeLanguageText();
     mStatusItem->changeLanguageText();
 }
 
@@ -159,6 +205,8 @@ void MainWindow::showPanel() {
 void MainWindow::showIcons() {
     mTabs->setTabIcon(mTabs->indexOf(mRecordingTab), icon(QStringLiteral("record"), palette()));
     mTabs->setTabIcon(mTabs->indexOf(mLibraryTab), icon(QStringLiteral("library"), palette()));
+    mTasksAction->setIcon(icon(QStringLiteral("tasks"), palette()));
+    mSettingsAction->setIcon(icon(QStringLiteral("settings"), palette()));
     mMenuButton->setIcon(icon(QStringLiteral("menu"), palette()));
 }
 

@@ -4,7 +4,9 @@
 #include "recording/RecorderPanel.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
+class QMessageBox;
 class QTabWidget;
 class QToolButton;
 
@@ -20,6 +22,7 @@ class LibraryTab;
 class RecordingTab;
 class SettingsWindow;
 class StatusItem;
+class TasksWindow;
 
 // The window: the recording and the library tab, and the ways to everything else. Owned by the application.
 class MainWindow : public QMainWindow, public RecordedListView {
@@ -55,6 +58,7 @@ public:
     AlertAsker &alerts() { return *mAlerts; }
     LibraryTab &library() { return *mLibraryTab; }
     SettingsWindow &settings() { return *mSettings; }
+    TasksWindow &tasks() { return *mTasks; }
 
 private:
     void recordedListDidChange() override;
@@ -62,6 +66,8 @@ private:
     void listen();
     void listenToSettings();
     void makeMenu();
+    void showShutdown(int seconds);
+    void showAbout();
     void showIcons();
     // The person wants the program to end.
     void leave();
@@ -73,11 +79,13 @@ private:
     std::unique_ptr<AlertAsker> mAlerts;
     QTabWidget *mTabs;
     QToolButton *mMenuButton;
-    QAction *mSettingsAction, *mQuitAction;
+    QAction *mTasksAction, *mSettingsAction, *mAboutAction, *mQuitAction;
     RecordingTab *mRecordingTab;
     LibraryTab *mLibraryTab;
     SettingsWindow *mSettings;
+    TasksWindow *mTasks;
     std::unique_ptr<StatusItem> mStatusItem;
+    QPointer<QMessageBox> mShutdown; // counts down to it
     bool mIsLeaving = false;
 };
 

@@ -4,6 +4,7 @@
 
 #include "tests/window/WindowFixture.h"
 #include "ui/SettingsWindow.h"
+#include "ui/TasksWindow.h"
 
 #include <QAbstractButton>
 #include <QLabel>
@@ -101,6 +102,9 @@ TEST_F(Pictures, InLightAndDarkRecordingAndInTheLibrary) {
         window.settings().openRecordingPage();
         photograph(window.settings(), QStringLiteral("settings-%1").arg(QString::fromLatin1(name)));
         window.settings().close();
+        window.tasks().show();
+        photograph(window.tasks(), QStringLiteral("tasks-%1").arg(QString::fromLatin1(name)));
+        window.tasks().close();
     }
     stop();
 }
@@ -134,6 +138,10 @@ TEST_F(Pictures, NoTextIsCutOffInAnyLanguageAtAnySize) {
         QTest::qWait(1);
         EXPECT_EQ(clipped(window.settings()), QStringList()) << language.name.toStdString();
         window.settings().close();
+        window.tasks().show();
+        QTest::qWait(1);
+        EXPECT_EQ(clipped(window.tasks()), QStringList()) << language.name.toStdString();
+        window.tasks().close();
     }
 }
 

@@ -185,6 +185,7 @@ TEST(LanguageFile, HasEveryTextWithItsMarkers) {
                 if (text != english)
                     different.insert(QString::fromLatin1(row.key));
             }
+        EXPECT_EQ(Lang::toolsScheduleWeeks().split(QLatin1Char(',')).size(), 7) << language.name.toStdString();
         const bool isEnglish = language.name == QLatin1String("English");
         EXPECT_TRUE(!isEnglish || different.isEmpty()) << different.values().join(QLatin1Char(' ')).toStdString();
     }

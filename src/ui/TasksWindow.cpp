@@ -1,0 +1,281 @@
+#include "ui/TasksWindow.h"
+
+#include "lang/Lang.h"
+#include "recording/ListRequests.h"
+#include "recording/ScheduleTaskRunner.h"
+#include "recording/ScheduleTaskText.h"
+
+#include <QBoxLayout>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateTimeEdit>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QJsonObject>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QLocale>
+#include <QPushButton>
+#include <QSpinBox>
+
+namespace cantorel::ui {
+
+namespace {
+
+constexpr int kFirstLength = 60; // minutes of a new task
+
+QString shownTime(const QDateTime &moment) {
+    return QLocale().toString(moment.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm:ss"));
+}
+
+// The next start of a task as at now; invalid when there is none.
+QDateTime nextStart(const ScheduleTaskInfo &task) {
+    const auto copy = std::make_shared<ScheduleTaskInfo>(task);
+    return checkTasks({copy}, nullptr, QDateTime::currentDateTime()).start;
+}
+
+QString summaryOf(const ScheduleTaskInfo &task) {
+    const QDateTime start = nextStart(task);
+    QStringList parts{task._taskName, start.isValid() ? shownTime(start) : Lang::windowNoNextStart(),
+                      task.getDurationNSString(), task.getRecordFromNSString()};
+    if (task._daily)
+        parts << task.getWeekOnDesc();
+    return parts.join(QStringLiteral("  ·  "));
+}
+
+QSpinBox *spin(QWidget *parent, int least, int most, const char *name) {
+    auto *made = new QSpinBox(parent);
+    made->setRange(least, most);
+    made->setObjectName(QString::fromLatin1(name));
+    return made;
+}
+
+} // namespace
+
+TasksWindow::TasksWindow(ScheduleTaskRunner &schedule, QWidget *parent)
+    : QDialog(parent),
+      mSchedule(schedule),
+      mTasks(new QListWidget(this)),
+      mEmpty(new QLabel(this)),
+      mNameLabel(new QLabel(this)),
+      mSourceLabel(new QLabel(this)),
+      mStartLabel(new QLabel(this)),
+      mLengthLabel(new QLabel(this)),
+      mNextStart(new QLabel(this)),
+      mTrouble(new QLabel(this)),
+      mName(new QLineEdit(this)),
+      mSource(new QComboBox(this)),
+      mStart(new QDateTimeEdit(this)),
+      mHours(spin(this, 0, 999, "hours")),
+      mMinutes(spin(this, 0, 59, "minutes")),
+      mSeconds(spin(this, 0, 59, "seconds")),
+      mTimes(spin(this, 0, 9999, "times")),
+      mDaily(new QCheckBox(this)),
+      mRepeat(new QCheckBox(this)),
+      mManual(new QCheckBox(this)),
+      mShutdown(new QCheckBox(this)),
+      mAdd(new QPushButton(this)),
+      mRemove(new QPushButton(this)),
+      mButtons(new QDialogButtonBox(QDialogButtonBox::Close, this)) {
+    auto *column = new QVBoxLayout(this);
+    column->addWidget(makeList(), 1);
+    column->addWidget(makeEditor());
+    column->addWidget(mButtons);
+    connect(mButtons, &QDialogButtonBox::rejected, this, &QDialog::close);
+    changeLanguageText();
+    beginAnew();
+    showTasks();
+}
+
+QWidget *TasksWindow::makeList() {
+    auto *box = new QWidget(this);
+    auto *column = new QVBoxLayout(box);
+    column->setContentsMargins({});
+    mTasks->setObjectName(QStringLiteral("tasks"));
+    mRemove->setObjectName(QStringLiteral("removeTask"));
+    mEmpty->setEnabled(false); // A quiet word.
+    auto *row = new QHBoxLayout;
+    row->addWidget(mEmpty, 1);
+    row->addWidget(mRemove);
+    column->addWidget(mTasks);
+    column->addLayout(row);
+    connect(mRemove, &QPushButton::clicked, this, [this] { remove(); });
+    connect(mTasks, &QListWidget::currentRowChanged, this, [this](int current) { mRemove->setEnabled(current >= 0); });
+    return box;
+}
+
+QWidget *TasksWindow::makeEditor() {
+    auto *box = new QWidget(this);
+    auto *form = new QFormLayout(box);
+    form->setContentsMargins({});
+    const auto row = [&](std::initializer_list<QWidget *> widgets) {
+        auto *layout = new QHBoxLayout;
+        for (QWidget *widget : widgets)
+            layout->addWidget(widget);
+        layout->addStretch();
+        return layout;
+    };
+    mName->setObjectName(QStringLiteral("taskName"));
+    mStart->setObjectName(QStringLiteral("taskStart"));
+    mDaily->setObjectName(QStringLiteral("daily"));
+    mRepeat->setObjectName(QStringLiteral("repeat"));
+    mNextStart->setObjectName(QStringLiteral("nextStart"));
+    mTrouble->setObjectName(QStringLiteral("taskTrouble"));
+    mAdd->setObjectName(QStringLiteral("addTask"));
+    mStart->setCalendarPopup(true);
+    mStart->setDisplayFormat(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    mHours->setSuffix(QStringLiteral(" h"));
+    mMinutes->setSuffix(QStringLiteral(" min"));
+    mSeconds->setSuffix(QStringLiteral(" s"));
+    mTrouble->setWordWrap(true);
+    mNameLabel->setBuddy(mName);
+    mSourceLabel->setBuddy(mSource);
+    mStartLabel->setBuddy(mStart);
+    mLengthLabel->setBuddy(mHours);
+    form->addRow(mNameLabel, mName);
+    form->addRow(mSourceLabel, mSource);
+    form->addRow(mStartLabel, mStart);
+    form->addRow(mLengthLabel, row({mHours, mMinutes, mSeconds}));
+    auto *days = new QHBoxLayout;
+    for (std::size_t day = 0; day < mDays.size(); ++day) {
+        mDays[day] = new QCheckBox(box);
+        mDays[day]->setObjectName(QStringLiteral("day%1").arg(day));
+        days->addWidget(mDays[day]);
+        connect(mDays[day], &QCheckBox::toggled, this, [this] { showEdited(); });
+    }
+    days->addStretch();
+    form->addRow(mDaily);
+    form->addRow(days);
+    form->addRow(row({mRepeat, mTimes, mManual}));
+    form->addRow(mShutdown);
+    auto *end = new QHBoxLayout;
+    end->addWidget(mNextStart, 1);
+    end->addWidget(mAdd);
+    form->addRow(end);
+    form->addRow(mTrouble);
+    for (QSpinBox *number : {mHours, mMinutes, mSeconds})
+        connect(number, &QSpinBox::valueChanged, this, [this] { showEdited(); });
+    for (QCheckBox *choice : {mDaily, mRepeat, mManual})
+        connect(choice, &QCheckBox::toggled, this, [this] { showEdited(); });
+    connect(mStart, &QDateTimeEdit::dateTimeChanged, this, [this] { showEdited(); });
+    connect(mName, &QLineEdit::textChanged, this, [this] { showEdited(); });
+    connect(mAdd, &QPushButton::clicked, this, [this] { add(); });
+    return box;
+}
+
+void TasksWindow::beginAnew() {
+    mName->clear();
+    const QDateTime now = QDateTime::currentDateTime();
+    mStart->setDateTime(now.addSecs(3600 - now.time().minute() * 60 - now.time().second())); // the next full hour
+    mHours->setValue(kFirstLength / 60);
+    mMinutes->setValue(kFirstLength % 60);
+    mSeconds->setValue(0);
+    for (QCheckBox *choice : {mDaily, mRepeat, mManual, mShutdown})
+        choice->setChecked(false);
+    for (QCheckBox *day : mDays)
+        day->setChecked(false);
+    showEdited();
+}
+
+ScheduleTaskInfo TasksWindow::edited() const {
+    const QDateTime from = mStart->dateTime();
+    const int seconds = mHours->value() * 3600 + mMinutes->value() * 60 + mSeconds->value();
+    ScheduleTaskInfo task(mName->text().trimmed(), from, from.addSecs(seconds), mSource->currentIndex(),
+                          mShutdown->isChecked());
+    task._daily = mDaily->isChecked();
+    for (std::size_t day = 0; task._daily && day < mDays.size(); ++day)
+        if (mDays[day]->isChecked())
+            task.WeeksOn_ << static_cast<int>(day);
+    task._repeatEnabled = mRepeat->isChecked();
+    task._repeatStopByManually = task._repeatEnabled && mManual->isChecked();
+    task._repeatTotalCount = task._repeatEnabled && !task._repeatStopByManually ? mTimes->value() : 0;
+    return task;
+}
+
+void TasksWindow::showEdited() {
+    const QDateTime start = nextStart(edited());
+    mNextStart->setText(start.isValid() ? Lang::windowNextStart().replace(QLatin1String("[#Time#]"), shownTime(start))
+                                        : Lang::windowNoNextStart());
+    mTrouble->clear();
+    mTrouble->hide();
+    for (QCheckBox *day : mDays)
+        day->setEnabled(mDaily->isChecked());
+    mManual->setEnabled(mRepeat->isChecked());
+    mTimes->setEnabled(mRepeat->isChecked() && !mManual->isChecked());
+}
+
+void TasksWindow::add() {
+    const ScheduleTaskInfo task = edited();
+    QString trouble;
+    if (task._taskName.isEmpty())
+        trouble = Lang::toolsScheduleTaskErrorEnterTaskName();
+    else if (task._duration < 1)
+        trouble = Lang::toolsScheduleTaskErrorDuration();
+    else if (!nextStart(task).isValid())
+        trouble = task._daily ? Lang::windowNoNextStart() : Lang::toolsScheduleTaskErrorStarTime();
+    // The rules that programs and scripts keep hold here as well.
+    else if (const auto checked = taskFromJson(jsonOfTask(task)); !checked)
+        trouble = checked.failure().sentence;
+    else if (const auto added = addTask(task); !added)
+        trouble = added.failure().sentence;
+    if (trouble.isEmpty()) {
+        beginAnew();
+        showTasks();
+    }
+    mTrouble->setText(trouble);
+    mTrouble->setVisible(!trouble.isEmpty());
+}
+
+void TasksWindow::remove() {
+    const auto &tasks = ScheduleTaskInfo::tasks();
+    const auto row = static_cast<std::size_t>(mTasks->currentRow());
+    if (row >= tasks.size())
+        return;
+    const auto removed = removeTasks(tasks[row]->_taskName, mSchedule.currentScheduleTask().get());
+    mTrouble->setText(removed ? QString() : removed.failure().sentence);
+    mTrouble->setVisible(!removed);
+    showTasks();
+}
+
+void TasksWindow::showTasks() {
+    const int row = mTasks->currentRow();
+    mTasks->clear();
+    for (const auto &task : ScheduleTaskInfo::tasks())
+        mTasks->addItem(summaryOf(*task));
+    mTasks->setCurrentRow(qMin(row, mTasks->count() - 1));
+    mRemove->setEnabled(mTasks->currentRow() >= 0);
+    mEmpty->setText(mTasks->count() == 0 ? Lang::toolsScheduleTaskNoScheduleTask() : QString());
+}
+
+void TasksWindow::changeLanguageText() {
+    setWindowTitle(Lang::toolsScheduleTaskTitle());
+    mTasks->setAccessibleName(Lang::toolsScheduleTaskTaskList());
+    mNameLabel->setText(Lang::toolsScheduleTaskTaskName());
+    mSourceLabel->setText(Lang::settingsRecordAudioSource());
+    mStartLabel->setText(Lang::toolsScheduleTaskStartTime());
+    mLengthLabel->setText(Lang::windowLength());
+    for (QSpinBox *number : {mMinutes, mSeconds})
+        number->setAccessibleName(Lang::windowLength());
+    const int source = qMax(0, mSource->currentIndex());
+    mSource->clear();
+    mSource->addItems({Lang::settingsRecordSystemSound(), Lang::windowMicrophone(), Lang::settingsRecordBoth()});
+    mSource->setCurrentIndex(source);
+    mDaily->setText(Lang::windowDaily());
+    const QStringList days = ScheduleTaskInfo::getAllWeeks();
+    for (std::size_t day = 0; day < mDays.size(); ++day) {
+        mDays[day]->setText(days[static_cast<qsizetype>(day)].left(3));
+        mDays[day]->setAccessibleName(days[static_cast<qsizetype>(day)]);
+    }
+    mRepeat->setText(Lang::toolsScheduleRepeat());
+    mTimes->setAccessibleName(Lang::toolsScheduleRepeat());
+    mManual->setText(Lang::toolsScheduleRepeatStopManually());
+    mShutdown->setText(Lang::toolsScheduleTaskShutdown());
+    mAdd->setText(Lang::toolsScheduleTaskCreateTak());
+    mRemove->setText(Lang::windowRemoveTask());
+    mButtons->button(QDialogButtonBox::Close)->setText(Lang::btnClose());
+    showEdited();
+    showTasks();
+}
+
+} // namespace cantorel::ui

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "recording/ScheduleTaskInfo.h"
+
+#include <QDialog>
+
+#include <array>
+
+class QButtonGroup;
+class QCheckBox;
+class QComboBox;
+class QDateTimeEdit;
+class QDialogButtonBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+class QSpinBox;
+
+namespace cantorel {
+class ScheduleTaskRunner;
+}
+
+namespace cantorel::ui {
+
+// The scheduled tasks, and the editor for a new one, which tells the next start while one edits. Owned by the main
+// window.
+class TasksWindow : public QDialog {
+public:
+    // The schedule outlives the window.
+    explicit TasksWindow(ScheduleTaskRunner &schedule, QWidget *parent = nullptr);
+
+    void changeLanguageText();
+    // The list of tasks has changed.
+    void showTasks();
+
+private:
+    QWidget *makeList();
+    QWidget *makeEditor();
+    void add();
+    void remove();
+    // What the editor says.
+    ScheduleTaskInfo edited() const;
+    void showEdited();
+    void beginAnew();
+
+    ScheduleTaskRunner &mSchedule;
+    QListWidget *mTasks;
+    QLabel *mEmpty, *mNameLabel, *mSourceLabel, *mStartLabel, *mLengthLabel, *mNextStart, *mTrouble;
+    QLineEdit *mName;
+    QComboBox *mSource;
+    QDateTimeEdit *mStart;
+    QSpinBox *mHours, *mMinutes, *mSeconds, *mTimes;
+    QCheckBox *mDaily, *mRepeat, *mManual, *mShutdown;
+    std::array<QCheckBox *, 7> mDays{};
+    QPushButton *mAdd, *mRemove;
+    QDialogButtonBox *mButtons;
+};
+
+} // namespace cantorel::ui

@@ -1,0 +1,80 @@
+#include "ui/TasksWindow.h"
+
+#include "tests/window/WindowFixture.h"
+
+#include <QDateTimeEdit>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QSpinBox>
+
+namespace cantorel {
+namespace {
+
+class Tasks : public test::WindowFixture {
+public:
+    Tasks() {
+        recorder.schedule().initScheduleTaskList();
+        window.tasks().show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window.tasks()));
+    }
+    void name(const char *text) { find<QLineEdit>("taskName")->setText(QString::fromLatin1(text)); }
+    void start(const QDateTime &moment) { find<QDateTimeEdit>("taskStart")->setDateTime(moment); }
+    void length(int seconds) {
+        find<QSpinBox>("hours")->setValue(0);
+        find<QSpinBox>("minutes")->setValue(seconds / 60);
+        find<QSpinBox>("seconds")->setValue(seconds % 60);
+    }
+    QString add() {
+        click("addTask");
+        return find<QLabel>("taskTrouble")->text();
+    }
+
+    const QDateTime now = QDateTime::currentDateTime();
+};
+
+TEST_F(Tasks, WhatCouldNeverRecordIsRefusedWithASentence) {
+    EXPECT_EQ(add(), Lang::toolsScheduleTaskErrorEnterTaskName());
+    name("News");
+    length(0);
+    EXPECT_EQ(add(), Lang::toolsScheduleTaskErrorDuration());
+    length(60);
+    start(now.addSecs(-60));
+    EXPECT_EQ(find<QLabel>("nextStart")->text(), Lang::windowNoNextStart());
+    EXPECT_EQ(add(), Lang::toolsScheduleTaskErrorStarTime());
+    click("daily");
+    EXPECT_EQ(add(), Lang::windowNoNextStart()) << "no day is chosen";
+    EXPECT_TRUE(ScheduleTaskInfo::tasks().empty());
+    find<QCheckBox>("day3")->setChecked(true);
+    EXPECT_EQ(add(), QString());
+    ASSERT_EQ(ScheduleTaskInfo::tasks().size(), 1u);
+    EXPECT_EQ(ScheduleTaskInfo::tasks()[0]->WeeksOn_, QList<int>{3});
+}
+
+TEST_F(Tasks, ATaskIsStoredStartsByItselfAndIsRemoved) {
+    name("Concert");
+    length(5);
+    start(now.addSecs(2));
+    ASSERT_EQ(add(), QString());
+    name("Later");
+    length(60);
+    start(now.addDays(2));
+    ASSERT_EQ(add(), QString());
+    auto *tasks = find<QListWidget>("tasks");
+    EXPECT_EQ(tasks->count(), 2);
+    photograph(window.tasks(), QStringLiteral("tasks-two"));
+    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; })) << "by the clock of the wall";
+    tasks->setCurrentRow(0);
+    click("removeTask");
+    EXPECT_FALSE(find<QLabel>("taskTrouble")->text().isEmpty()) << "it is recorded now";
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    EXPECT_EQ(QFileInfo(list.items().back()->getFileName()).completeBaseName(), QStringLiteral("Concert"));
+    tasks->setCurrentRow(tasks->count() - 1);
+    click("removeTask");
+    ScheduleTaskInfo::LoadTasks();
+    for (const auto &task : ScheduleTaskInfo::tasks())
+        EXPECT_NE(task->_taskName, QStringLiteral("Later"));
+}
+
+} // namespace
+} // namespace cantorel
