@@ -36,6 +36,13 @@ public:
     }
     ~FakePortal() override { QDBusConnection::disconnectFromBus(QStringLiteral("portal")); }
     bool owns() const { return mOwns; }
+    // Another process takes its place: sessions are gone, and nobody is known.
+    void restart() {
+        mBus.unregisterService(QStringLiteral("org.freedesktop.portal.Desktop"));
+        calls.clear();
+        session.clear();
+        mOwns = mBus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+    }
 
     void activate(const QString &id, const QString &inSession) {
         send(kPath, kShortcuts, QStringLiteral("Activated"),
@@ -238,6 +245,20 @@ TEST_F(PortalHotKeysTest, AClosedSessionDeliversNothingAndShowsNoTriggers) {
     portal.closeSession();
     ASSERT_TRUE(eventually([&] { return changes > 1; }));
     EXPECT_EQ(hotKeys->triggerOf(start), QString());
+}
+
+TEST_F(PortalHotKeysTest, APortalThatBeginsAnewIsAskedAnew) {
+    const auto hotKeys = make();
+    const EventHotKeyRef start = hotKeys->RegisterEventHotKey(kStart, {1, 1}, *this);
+    ASSERT_TRUE(eventually([&] { return !hotKeys->triggerOf(start).isEmpty(); }));
+    portal.restart();
+    ASSERT_TRUE(eventually([&] { return portal.calls.size() == 3; }));
+    EXPECT_EQ(portal.calls.join(QStringLiteral("; ")),
+              QStringLiteral("Register com.tessolar.Cantorel; CreateSession; BindShortcuts start=CTRL+LOGO+s"));
+    ASSERT_TRUE(eventually([&] { return !hotKeys->triggerOf(start).isEmpty(); }));
+    portal.activate(QStringLiteral("start"), portal.session);
+    EXPECT_TRUE(eventually([&] { return pressed.size() == 1; }));
+    EXPECT_TRUE(troubles.isEmpty());
 }
 
 TEST(PortalHotKeys, WithoutAnyPortalThereIsASentence) {

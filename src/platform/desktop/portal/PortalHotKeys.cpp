@@ -8,6 +8,7 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 
 #include <algorithm>
 #include <utility>
@@ -42,6 +43,9 @@ PortalHotKeys::PortalHotKeys(const QDBusConnection &bus, const QString &applicat
     mBus.connect(kService, kPath, kShortcuts, QStringLiteral("Activated"), this, SLOT(portalDidActivate(QDBusMessage)));
     mBus.connect(kService, kPath, kShortcuts, QStringLiteral("ShortcutsChanged"), this,
                  SLOT(portalDidChange(QDBusMessage)));
+    auto *watcher = new QDBusServiceWatcher(kService, mBus, QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString &, const QString &, const QString &newOwner) { portalDidMove(newOwner); });
 }
 
 PortalHotKeys::~PortalHotKeys() { closeSession(); }
@@ -70,6 +74,24 @@ QSet<QString> PortalHotKeys::wanted() const {
         purposes << purposeOf(registration.identity);
     purposes.remove({});
     return purposes;
+}
+
+void PortalHotKeys::portalDidMove(const QString &newOwner) {
+    // A first portal that comes while it is asked for is the one that answers.
+    if (mState == State::Asked && !newOwner.isEmpty() && mSession.isEmpty())
+        return;
+    // Its sessions are gone with it, and it does not know us any more.
+    mAnswer = nullptr;
+    mState = State::Idle;
+    mSession.clear();
+    mAskedFor.clear();
+    mBound.clear();
+    mTriggers.clear();
+    mIsIntroduced = false;
+    if (triggersDidChange)
+        triggersDidChange();
+    if (!newOwner.isEmpty() && !wanted().isEmpty())
+        bindSoon();
 }
 
 // Asking.

@@ -54,6 +54,8 @@ private:
     void sessionDidOpen(const std::optional<QVariantMap> &results);
     void shortcutsAreBound(const std::optional<QVariantMap> &results);
     void closeSession();
+    // The portal has come, gone, or begun anew.
+    void portalDidMove(const QString &newOwner);
     // arguments: without the options, which get the token.
     void request(const QString &method, QVariantList arguments, QVariantMap options, Answer answer);
     void take(const QVariant &shortcuts);
