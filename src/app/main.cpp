@@ -54,6 +54,11 @@ public:
         AppDelegate delegate({mApplication, face, mCommonUtils, mBackground, hal::HardwareSystem::clock()});
         const SignalWatch signals([this] { mWindow->stopAndQuit(); });
         mWindow->quit = [this] { mApplication.terminate(); };
+        mWindow->checkForUpdates = [this] { mCommonUtils.checkByHand(); };
+        mCommonUtils.updateIsOffered = [this](const UpdateDescription &update) { mWindow->offerUpdate(update); };
+        mCommonUtils.nothingIsOffered = [this](const std::optional<UpdateDescription> &update) {
+            mWindow->tellNoUpdate(update.has_value());
+        };
         mWindow->hotkeysChanged = [this] { registerHotkeys(); };
 
         QTimer::singleShot(0, &delegate, [&] {
@@ -62,6 +67,8 @@ public:
             QTimer::singleShot(0, &delegate, [this] { takeUp(); });
         });
         const int result = QApplication::exec();
+        mCommonUtils.updateIsOffered = {};
+        mCommonUtils.nothingIsOffered = {};
         mControl.reset();
         mWindow.reset();
         return result;

@@ -10,6 +10,7 @@
 #include "ui/SettingsWindow.h"
 #include "ui/StatusItem.h"
 #include "ui/TasksWindow.h"
+#include "ui/UpdateWindow.h"
 
 #include <QCloseEvent>
 #include <QFileInfo>
@@ -76,6 +77,10 @@ void MainWindow::makeMenu() {
     });
     mSettingsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     menu->addSeparator();
+    mUpdateAction = menu->addAction(QString(), this, [this] {
+        if (checkForUpdates)
+            checkForUpdates();
+    });
     mAboutAction = menu->addAction(QString(), this, [this] { showAbout(); });
     mQuitAction = menu->addAction(QString(), this, [this] { leave(); });
     mQuitAction->setShortcut(QKeySequence::Quit);
@@ -143,6 +148,17 @@ void MainWindow::showShutdown(int seconds) {
     mShutdown->setText(Lang::windowShutdownIn().replace(QLatin1String("[#Count#]"), QString::number(seconds)));
 }
 
+void MainWindow::offerUpdate(const UpdateDescription &description) {
+    (new UpdateWindow(description, this))->show(); // deletes itself
+}
+
+void MainWindow::tellNoUpdate(bool isLatest) {
+    const QString text = isLatest
+                             ? Lang::updateLatestVersion().replace(QLatin1String("[#AppName#]"), AppSettings::appName())
+                             : Lang::windowNoUpdateAnswer();
+    mAlerts->beginSheet({AlertStyle::Informational, AppSettings::appName(), text, {Lang::btnOK()}}, {});
+}
+
 void MainWindow::showAbout() {
     QMessageBox about(this);
     about.setIconPixmap(applicationIcon().pixmap(kAboutIcon, kAboutIcon));
@@ -160,6 +176,7 @@ void MainWindow::changeLanguageText() {
     mTabs->setTabText(mTabs->indexOf(mLibraryTab), Lang::tabPlaylistTitle());
     mTasksAction->setText(Lang::toolsScheduleTaskTitle());
     mSettingsAction->setText(Lang::menuSettings());
+    mUpdateAction->setText(Lang::menuCheckforUpdates());
     mAboutAction->setText(Lang::menuAbout());
     mQuitAction->setText(Lang::btnExit());
     mMenuButton->setAccessibleName(Lang::menuTools());

@@ -13,6 +13,7 @@ class QToolButton;
 namespace cantorel {
 class RecordingSession;
 class ScheduledSession;
+struct UpdateDescription;
 } // namespace cantorel
 
 namespace cantorel::ui {
@@ -42,7 +43,13 @@ public:
     // The hot keys of the settings have changed.
     std::function<void()> hotkeysChanged;
 
+    // Looks for a newer version and tells in any case.
+    std::function<void()> checkForUpdates;
+
     void changeLanguageText();
+    // A newer version; or, for a check by hand, that there is none or nobody answered.
+    void offerUpdate(const UpdateDescription &description);
+    void tellNoUpdate(bool isLatest);
     void bringToFront();
     // Ends the program, and what is recorded, without asking.
     void stopAndQuit();
@@ -79,7 +86,7 @@ private:
     std::unique_ptr<AlertAsker> mAlerts;
     QTabWidget *mTabs;
     QToolButton *mMenuButton;
-    QAction *mTasksAction, *mSettingsAction, *mAboutAction, *mQuitAction;
+    QAction *mTasksAction, *mSettingsAction, *mUpdateAction, *mAboutAction, *mQuitAction;
     RecordingTab *mRecordingTab;
     LibraryTab *mLibraryTab;
     SettingsWindow *mSettings;

@@ -1,11 +1,13 @@
 #include "recording/RecordingsModel.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
+#include "util/UpdateCheck.h"
 
 #include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QTabWidget>
 #include <QTableView>
 
@@ -95,6 +97,21 @@ TEST_F(Leaving, WhileRecordingAsksOnceAndNothingIsLost) {
     ASSERT_TRUE(passUntil([&] { return quits > 0; }));
     EXPECT_TRUE(session.isSettled()) << "the conversion is waited for";
     EXPECT_TRUE(QFile::exists(list.items().back()->getFileName()));
+}
+
+TEST_F(MainWindow, AnUpdateIsOfferedAsPlainTextAndCanBeSkipped) {
+    window.show();
+    UpdateDescription update;
+    update.AppVersion = QStringLiteral("9.9.9");
+    update.AppChangeLogs = QStringLiteral("<b>New</b>\nFaster");
+    update.AppUpdateAddress = QStringLiteral("file:///etc/passwd");
+    window.offerUpdate(update);
+    QTest::qWait(1);
+    EXPECT_EQ(find<QPlainTextEdit>("changes")->toPlainText(), update.AppChangeLogs);
+    EXPECT_FALSE(find<QAbstractButton>("download")->isEnabled()) << "no page of the web";
+    EXPECT_TRUE(update.isOffered());
+    click("skip");
+    EXPECT_FALSE(update.isOffered());
 }
 
 class Library : public test::WindowFixture {
