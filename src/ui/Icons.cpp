@@ -3,6 +3,8 @@
 #include "platform/foundation/SearchPaths.h"
 
 #include <QFile>
+#include <QHash>
+#include <QIconEngine>
 #include <QPainter>
 #include <QPixmap>
 #include <QSvgRenderer>
@@ -11,10 +13,42 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr int kSizes[] = {16, 24, 32, 48};
-constexpr qreal kSharpest = 2; // for screens of high density
-
 QString drawingPath(const QString &name) { return foundation::resourcePath(QStringLiteral("icons/%1.svg").arg(name)); }
+
+// Draws when it is shown, at the size and scale of the screen.
+class DrawnIcon : public QIconEngine {
+public:
+    DrawnIcon(const QString &name, const QPalette &palette)
+        : mName(name),
+          mNormal(palette.color(QPalette::Active, QPalette::ButtonText)),
+          mDisabled(palette.color(QPalette::Disabled, QPalette::ButtonText)) {}
+
+    void paint(QPainter *painter, const QRect &place, QIcon::Mode mode, QIcon::State) override {
+        const int side = qMin(place.width(), place.height());
+        const QPoint corner = place.center() - QPoint(side, side) / 2;
+        painter->drawPixmap(corner, drawn(mode, side, painter->device()->devicePixelRatio()));
+    }
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State) override {
+        return drawn(mode, qMin(size.width(), size.height()), 1);
+    }
+    QPixmap scaledPixmap(const QSize &size, QIcon::Mode mode, QIcon::State, qreal scale) override {
+        return drawn(mode, static_cast<int>(qMin(size.width(), size.height()) / scale), scale);
+    }
+    QIconEngine *clone() const override { return new DrawnIcon(*this); } // the caller owns it
+
+private:
+    QPixmap drawn(QIcon::Mode mode, int side, qreal scale) {
+        const QString key = QStringLiteral("%1 %2 %3").arg(mode).arg(side).arg(scale);
+        QPixmap &pixmap = mDrawn[key];
+        if (pixmap.isNull())
+            pixmap = drawing(mName, mode == QIcon::Disabled ? mDisabled : mNormal, side, scale);
+        return pixmap;
+    }
+
+    const QString mName;
+    const QColor mNormal, mDisabled;
+    QHash<QString, QPixmap> mDrawn;
+};
 
 } // namespace
 
@@ -32,18 +66,7 @@ QPixmap drawing(const QString &name, const QColor &colour, int size, qreal scale
 }
 
 QIcon icon(const QString &name, const QPalette &palette) {
-    QIcon icon;
-    const struct {
-        QIcon::Mode mode;
-        QColor colour;
-    } modes[] = {{QIcon::Normal, palette.color(QPalette::Active, QPalette::ButtonText)},
-                 {QIcon::Disabled, palette.color(QPalette::Disabled, QPalette::ButtonText)}};
-    for (const auto &[mode, colour] : modes)
-        for (const int size : kSizes) {
-            icon.addPixmap(drawing(name, colour, size, 1), mode);
-            icon.addPixmap(drawing(name, colour, size, kSharpest), mode);
-        }
-    return icon;
+    return QIcon(new DrawnIcon(name, palette)); // which owns it
 }
 
 QIcon applicationIcon() { return QIcon(drawingPath(QStringLiteral("com.tessolar.Cantorel"))); }

@@ -51,7 +51,6 @@ MainWindow::MainWindow(const Parts &parts)
                                           [this] { mParts.session.onPauseRecording(); },
                                           [this] { mParts.session.splitRecording(); }, [this] { leave(); }});
     listen();
-    listenToSettings();
     showIcons();
     changeLanguageText();
 }
@@ -65,15 +64,15 @@ MainWindow::~MainWindow() {
 void MainWindow::makeMenu() {
     auto *menu = new QMenu(this);
     mTasksAction = menu->addAction(QString(), this, [this] {
-        mTasks->showTasks();
-        mTasks->show();
-        mTasks->raise();
+        tasks().showTasks();
+        tasks().show();
+        tasks().raise();
     });
     mTasksAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
     mSettingsAction = menu->addAction(QString(), this, [this] {
-        mSettings->showSettings();
-        mSettings->show();
-        mSettings->raise();
+        settings().showSettings();
+        settings().show();
+        settings().raise();
     });
     mSettingsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     menu->addSeparator();
@@ -98,7 +97,10 @@ void MainWindow::listen() {
     panel.changed = [this] { showPanel(); };
     panel.levelCame = [this] { mRecordingTab->levelCame(); };
     panel.countdownDidChange = [this](const TaskCountdown &) { mRecordingTab->showPanel(); };
-    panel.tasksChanged = [this] { mTasks->showTasks(); };
+    panel.tasksChanged = [this] {
+        if (mTasks)
+            mTasks->showTasks();
+    };
     panel.playbackShallStop = [this] { mLibraryTab->stopPlayback(); };
     panel.finished = [this](const FinishedRecording &recording) {
         if (!isActiveWindow())
@@ -118,7 +120,10 @@ void MainWindow::listen() {
     mParts.list.view = this;
 }
 
-void MainWindow::listenToSettings() {
+SettingsWindow &MainWindow::settings() {
+    if (mSettings)
+        return *mSettings;
+    mSettings = new SettingsWindow(this);
     mSettings->languageChanged = [] {
         foundation::NotificationCenter::defaultCenter().post(kNotificationChangeLanguage, AppSettings::appLanguage());
     };
@@ -127,6 +132,14 @@ void MainWindow::listenToSettings() {
         if (hotkeysChanged)
             hotkeysChanged();
     };
+    mSettings->setTriggers(mTriggers);
+    return *mSettings;
+}
+
+TasksWindow &MainWindow::tasks() {
+    if (!mTasks)
+        mTasks = new TasksWindow(mParts.recorder.schedule(), this);
+    return *mTasks;
 }
 
 void MainWindow::showShutdown(int seconds) {
@@ -183,8 +196,10 @@ void MainWindow::changeLanguageText() {
     mMenuButton->setToolTip(Lang::menuTools());
     mRecordingTab->changeLanguageText();
     mLibraryTab->changeLanguageText();
-    mSettings->changeLanguageText();
-    mTasks->changeLanguageText();
+    if (mSettings)
+        mSettings->changeLanguageText();
+    if (mTasks)
+        mTasks->changeLanguageText();
     mStatusItem->changeLanguageText();
 }
 
@@ -195,15 +210,19 @@ void MainWindow::bringToFront() {
     activateWindow();
 }
 
-void MainWindow::showTriggers(const std::array<QString, 3> &triggers) { mSettings->setTriggers(triggers); }
+void MainWindow::showTriggers(const std::array<QString, 3> &triggers) {
+    mTriggers = triggers;
+    if (mSettings)
+        mSettings->setTriggers(triggers);
+}
 
 bool MainWindow::isRecording() const { return mParts.session.isRecording(); }
 
 bool MainWindow::isPrepareStartRecording() const { return mParts.session.isPrepareStartRecording(); }
 
 void MainWindow::openPreferencesWindowAndShowRecordInterface() {
-    mSettings->showSettings();
-    mSettings->openRecordingPage();
+    settings().showSettings();
+    settings().openRecordingPage();
 }
 
 void MainWindow::setAudioInputSelectedStatus() { mRecordingTab->setAudioInputSelectedStatus(); }

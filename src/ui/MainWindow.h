@@ -64,14 +64,14 @@ public:
 
     AlertAsker &alerts() { return *mAlerts; }
     LibraryTab &library() { return *mLibraryTab; }
-    SettingsWindow &settings() { return *mSettings; }
-    TasksWindow &tasks() { return *mTasks; }
+    // Made when they are first wanted.
+    SettingsWindow &settings();
+    TasksWindow &tasks();
 
 private:
     void recordedListDidChange() override;
     void showPanel();
     void listen();
-    void listenToSettings();
     void makeMenu();
     void showShutdown(int seconds);
     void showAbout();
@@ -89,8 +89,9 @@ private:
     QAction *mTasksAction, *mSettingsAction, *mUpdateAction, *mAboutAction, *mQuitAction;
     RecordingTab *mRecordingTab;
     LibraryTab *mLibraryTab;
-    SettingsWindow *mSettings;
-    TasksWindow *mTasks;
+    SettingsWindow *mSettings = nullptr;
+    TasksWindow *mTasks = nullptr;
+    std::array<QString, 3> mTriggers;
     std::unique_ptr<StatusItem> mStatusItem;
     QPointer<QMessageBox> mShutdown; // counts down to it
     bool mIsLeaving = false;

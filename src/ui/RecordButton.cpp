@@ -4,6 +4,9 @@
 
 #include <QPainter>
 
+#include <cstdio>
+#include <utility>
+
 namespace cantorel::ui {
 
 namespace {
@@ -39,6 +42,8 @@ bool RecordButton::hitButton(const QPoint &position) const {
 }
 
 void RecordButton::paintEvent(QPaintEvent *) {
+    if (std::exchange(mTellsFrame, false))
+        std::fputs("first frame\n", stderr);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF disc = this->disc();

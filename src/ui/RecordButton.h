@@ -22,6 +22,7 @@ private:
     QRectF disc() const;
 
     bool mIsRecording = false;
+    bool mTellsFrame = qEnvironmentVariableIsSet("CANTOREL_SHOW_FRAME"); // for measuring the start
 };
 
 } // namespace cantorel::ui

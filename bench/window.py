@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+"""The window against a bare Qt window with one label, both on an X server of the run: start to the first painted frame,
+and resident memory at rest. Prints ratios of medians.
+
+usage: bench/window.py [pairs=15]"""
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[1]
+PAIRS = int(sys.argv[1]) if len(sys.argv) > 1 else 15
+OURS = [ROOT / "build/release/bin/cantorel", "--backend=embedded"]
+BARE = [ROOT / "build/release/bin/bare_window"]
+
+
+def painted_and_memory(command, environment):
+    """Seconds until the program says that it has painted, and its resident KiB two seconds later."""
+    begin = time.perf_counter()
+    child = subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+    for line in child.stderr:
+        if "first frame" in line:
+            break
+    seconds = time.perf_counter() - begin
+    time.sleep(2)
+    status = Path(f"/proc/{child.pid}/status").read_text()
+    resident = int(next(line for line in status.splitlines() if line.startswith("VmRSS")).split()[1])
+    child.terminate()
+    child.wait()
+    return seconds, resident
+
+
+with tempfile.TemporaryDirectory() as home:
+    reader, writer = os.pipe()
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", "1600x1200x24", "-nolisten", "tcp"],
+                              pass_fds=[writer], stderr=subprocess.DEVNULL)
+    display = os.read(reader, 16).decode().strip()
+    (Path(home) / "run").mkdir(mode=0o700)
+    environment = {"HOME": home, "PATH": "/usr/bin:/bin", "DISPLAY": f":{display}", "QT_QPA_PLATFORM": "xcb",
+                   "XDG_RUNTIME_DIR": f"{home}/run", "CANTOREL_SHOW_FRAME": "1"}
+    pairs = [(painted_and_memory(OURS, environment), painted_and_memory(BARE, environment)) for _ in range(PAIRS)]
+    server.terminate()
+    server.wait()
+
+median = lambda values: statistics.median(list(values))
+print(f"start to the first frame / a bare window: {median(o[0] / b[0] for o, b in pairs):.2f}"
+      f"  ({median(o[0] for o, _ in pairs) * 1000:.0f} ms)")
+print(f"resident memory at rest / a bare window:  {median(o[1] / b[1] for o, b in pairs):.2f}"
+      f"  ({median(o[1] for o, _ in pairs) / 1024:.1f} MiB)")
