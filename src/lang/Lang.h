@@ -509,6 +509,8 @@ public:
     static QString windowInstall() { return builtInOrLoaded("windowInstall"); }
     static QString windowNotNow() { return builtInOrLoaded("windowNotNow"); }
     static QString windowNoServer() { return builtInOrLoaded("windowNoServer"); }
+    static QString windowPause() { return builtInOrLoaded("windowPause"); }
+    static QString windowEnterTaskName() { return builtInOrLoaded("windowEnterTaskName"); }
 
 private:
     static QString builtInOrLoaded(const char *key);

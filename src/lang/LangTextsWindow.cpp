@@ -76,6 +76,8 @@ constexpr TextRow kWindow[] = {
     {"Install", "windowInstall", "Install"},
     {"NotNow", "windowNotNow", "Not now"},
     {"NoServer", "windowNoServer", "No sound server answers, so nothing can be recorded."},
+    {"Pause", "windowPause", "Pause"},
+    {"EnterTaskName", "windowEnterTaskName", "Enter a name for the task."},
 };
 
 } // namespace

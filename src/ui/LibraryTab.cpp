@@ -277,7 +277,7 @@ void LibraryTab::showPlayer() {
     if (!hasFile)
         return;
     mPlay->setIcon(icon(mPlayer.isPlaying() ? QStringLiteral("pause") : QStringLiteral("play"), palette()));
-    mPlay->setToolTip(mPlayer.isPlaying() ? Lang::btnPause() : Lang::btnPlay());
+    mPlay->setToolTip(mPlayer.isPlaying() ? Lang::windowPause() : Lang::btnPlay());
     mPlay->setAccessibleName(mPlay->toolTip());
     const QString name = QFileInfo(mPlayer.file()).fileName();
     mPlayed->setText(mPlayed->fontMetrics().elidedText(name, Qt::ElideMiddle, width() / 4));

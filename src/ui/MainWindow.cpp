@@ -34,9 +34,7 @@ MainWindow::MainWindow(const Parts &parts)
       mTabs(new QTabWidget(this)),
       mMenuButton(new QToolButton(this)),
       mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, this)),
-      mLibraryTab(new LibraryTab(parts.list, this)),
-      mSettings(new SettingsWindow(this)),
-      mTasks(new TasksWindow(parts.recorder.schedule(), this)) {
+      mLibraryTab(new LibraryTab(parts.list, this)) {
     setWindowIcon(applicationIcon());
     setMinimumSize(kSmallest);
     resize(kFirst);

@@ -235,7 +235,7 @@ void RecordingTab::showPanel() {
     mRecord->setToolTip(mRecord->text());
     mRecord->setAccessibleName(mRecord->text());
     mPause->setEnabled(controls.pauseEnabled);
-    mPause->setText(controls.pauseShowsResume ? Lang::btnResume() : Lang::btnPause());
+    mPause->setText(controls.pauseShowsResume ? Lang::btnResume() : Lang::windowPause());
     mSplit->setEnabled(controls.startShowsStop && mPanel.display().seconds > 0);
     for (QAbstractButton *source : mSources->buttons())
         source->setEnabled(!controls.startShowsStop);

@@ -63,7 +63,7 @@ void StatusItem::showPanel() {
     const RecorderState state = mPanel.state();
     const bool isRunning = mPanel.controls().startShowsStop;
     mRecord->setText(isRunning ? Lang::btnStop() : Lang::windowRecord());
-    mPause->setText(mPanel.controls().pauseShowsResume ? Lang::btnResume() : Lang::btnPause());
+    mPause->setText(mPanel.controls().pauseShowsResume ? Lang::btnResume() : Lang::windowPause());
     mPause->setEnabled(mPanel.controls().pauseEnabled);
     mSplit->setEnabled(isRunning);
     mItem.setIcon(!isRunning ? mIdle : state == RecorderState::Recording ? mRecording : mWaiting);

@@ -209,7 +209,7 @@ void TasksWindow::add() {
     const ScheduleTaskInfo task = edited();
     QString trouble;
     if (task._taskName.isEmpty())
-        trouble = Lang::toolsScheduleTaskErrorEnterTaskName();
+        trouble = Lang::windowEnterTaskName();
     else if (task._duration < 1)
         trouble = Lang::toolsScheduleTaskErrorDuration();
     else if (!nextStart(task).isValid())

@@ -34,7 +34,7 @@ public:
 };
 
 TEST_F(Tasks, WhatCouldNeverRecordIsRefusedWithASentence) {
-    EXPECT_EQ(add(), Lang::toolsScheduleTaskErrorEnterTaskName());
+    EXPECT_EQ(add(), Lang::windowEnterTaskName());
     name("News");
     length(0);
     EXPECT_EQ(add(), Lang::toolsScheduleTaskErrorDuration());
