@@ -54,6 +54,7 @@ function(cantorel_module NAME)
     set_target_properties(cantorel_${NAME} PROPERTIES PREFIX "" OUTPUT_NAME ${M_LOADED_AS}
       LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib/cantorel)
     install(TARGETS cantorel_${NAME} LIBRARY DESTINATION lib/cantorel)
+    add_dependencies(cantorel_installed cantorel_${NAME})
   endif()
   if(M_PRIVATE_LINKS)
     target_link_libraries(cantorel_${NAME} PRIVATE ${M_PRIVATE_LINKS})

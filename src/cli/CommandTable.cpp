@@ -57,13 +57,19 @@ std::span<const AddCommand> allCommands() {
     return kCommands;
 }
 
-int runCommandLine(const QStringList &arguments, std::span<const AddCommand> commands) {
-    CommandSession session;
-    CLI::App root("Records what the computer plays, the microphone, or both.", "cantorel-cli");
+void composeCommandLine(CLI::App &root, CommandSession &session, std::span<const AddCommand> commands) {
+    root.name("cantorel-cli");
+    root.description("Records what the computer plays, the microphone, or both.");
     addCommonOptions(root, session);
     root.footer("Example: cantorel-cli settings list");
     for (const AddCommand add : commands)
         add(root, session);
+}
+
+int runCommandLine(const QStringList &arguments, std::span<const AddCommand> commands) {
+    CommandSession session;
+    CLI::App root;
+    composeCommandLine(root, session, commands);
 
     std::vector<std::string> reversed; // the order in which CLI11 takes them
     for (const QString &argument : arguments)

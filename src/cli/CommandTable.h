@@ -19,6 +19,9 @@ using AddCommand = void (*)(CLI::App &root, CommandSession &session);
 // All commands of the program; one file each.
 std::span<const AddCommand> allCommands();
 
+// Makes the root the whole command line: its name, the common options and the commands. The session outlives the root.
+void composeCommandLine(CLI::App &root, CommandSession &session, std::span<const AddCommand> commands);
+
 // Reads the arguments (without the program's name), runs the command, and answers the exit status. When it fails, the
 // last line on the console is the sentence that says why.
 int runCommandLine(const QStringList &arguments, std::span<const AddCommand> commands);
