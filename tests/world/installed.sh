@@ -49,17 +49,28 @@ cantorel-cli record --backend embedded --source mic --seconds 1 --folder "$HOME/
 echo "The window, and the launcher's actions"
 export QT_LOGGING_RULES='*=false' world
 cantorel-cli settings set audioInputType 1 # the microphone; software devices have no virtual one
+launcher=$world/usr/share/applications/$id.desktop
+action() { sed -n "/^\[Desktop Action $1\]/,\$s/^Exec=//p" "$launcher" | head -n 1; }
+toggle=$(action toggle) stop=$(action stop)
+[ "$toggle" ] && [ "$stop" ] || fail "the launcher has not both actions"
+export toggle stop
 dbus-run-session -- bash -euo pipefail -c '
+    stopped() { cantorel-cli status --json 2>/dev/null | grep -q "\"stopped\""; }
     cantorel --backend=embedded 2>"$world/window" &
     window=$!
     trap "kill -KILL $window 2>/dev/null || true" EXIT
-    begun=
     for ((i = 0; i < 120; i++)); do
-        ! cantorel-cli toggle 2>"$world/answer" || { begun=yes; break; }
+        ! cantorel-cli stop >"$world/answer" 2>&1 || break
         sleep 0.25
     done
-    [ "$begun" ] || { cat "$world/answer" "$world/window"; exit 1; }
-    cantorel-cli stop
+    eval "$toggle" >"$world/answer" 2>&1
+    ! stopped || { cat "$world/answer" "$world/window"; exit 1; }
+    eval "$stop"
+    for ((i = 0; i < 120; i++)); do
+        ! stopped || break
+        sleep 0.25
+    done
+    stopped
     kill -TERM $window
     wait $window
 '
