@@ -4,11 +4,11 @@
 #include "audio_device/ZQAudioKextKit.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/media/Codecs.h"
+#include "platform/media/DiskSpace.h"
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
 
 #include <QFile>
-#include <QStorageInfo>
 
 #include <unistd.h>
 
@@ -81,8 +81,11 @@ Check folder() {
 }
 
 Check space() {
-    const QStorageInfo storage(AppSettings::outputPath());
-    const qint64 bytes = storage.bytesAvailable();
+    const auto found = media::freeBytes(AppSettings::outputPath());
+    if (!found)
+        return {QStringLiteral("free space"), false, false,
+                QStringLiteral("The system does not say how much there is; look before a long recording.")};
+    const auto bytes = static_cast<qint64>(*found);
     const bool ok = bytes > 100 * 1024 * 1024;
     return {QStringLiteral("free space"), ok, false,
             ok ? QStringLiteral("%1 free").arg(ToolFile::fileSizeFormatterToString(bytes).trimmed())

@@ -1,5 +1,6 @@
 #include "cli/CommandTable.h"
 #include "cli/TerminalAsker.h"
+#include "platform/media/DiskSpace.h"
 #include "recording/RecordedAudioInfo.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
@@ -37,6 +38,17 @@ CommandRun run(const QStringList &arguments, std::span<const AddCommand> command
 QStringList words(const char *text) { return QString::fromUtf8(text).split(QLatin1Char(' ')); }
 
 QJsonObject json(const QString &line) { return QJsonDocument::fromJson(line.toUtf8()).object(); }
+
+TEST(DoctorCommand, AnswersTheFreeSpaceThatARecordingGoesBy) {
+    const QString nearlyNone = QStringLiteral("/proc/self"); // a file system without room
+    for (const QString &path : {QDir::homePath(), nearlyNone}) {
+        AppSettings::setOutputPath(path);
+        const bool enough = media::freeBytes(path).value_or(0) > 100 * 1024 * 1024;
+        const CommandRun told = run(words("doctor --backend embedded"));
+        EXPECT_EQ(told.out.filter(QStringLiteral("free space")).value(0).startsWith(QStringLiteral("ok")), enough)
+            << told.out.join(u'\n').toStdString();
+    }
+}
 
 TEST(LibraryCommand, ListsRenamesAndRemovesWithoutLosingAnything) {
     const QTemporaryDir folder;
