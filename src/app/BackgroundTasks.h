@@ -1,8 +1,11 @@
 #pragma once
 
+#include "platform/foundation/Guarded.h"
+
 #include <QThreadPool>
 
 #include <functional>
+#include <vector>
 
 namespace cantorel {
 
@@ -17,16 +20,26 @@ public:
     virtual void finish() = 0;
 };
 
-// On a few threads of its own.
+// On a few threads of its own, from begin() on: what is given before waits, so that it is not in the way of the first
+// picture.
 class PooledBackgroundTasks : public BackgroundTasks {
 public:
     PooledBackgroundTasks();
     ~PooledBackgroundTasks() override { finish(); }
 
+    void begin();
     void run(std::function<void()> task) override;
     void finish() override;
 
 private:
+    struct Waiting {
+        bool hasBegun = false;
+        std::vector<std::function<void()>> tasks;
+    };
+
+    void start(std::function<void()> task);
+
+    foundation::Guarded<Waiting> mWaiting;
     QThreadPool mPool;
 };
 

@@ -28,6 +28,8 @@ namespace {
 
 // How long the start waits for a sound server before it says that there is none.
 constexpr std::chrono::seconds kPatience(3);
+// How long the window may take to be painted before the rest of the start stops waiting for it.
+constexpr std::chrono::seconds kUnpainted(1);
 
 // Everything of one run, from the sound hardware to the window, in the order in which it stands on each other.
 class WindowProgram {
@@ -61,11 +63,10 @@ public:
         };
         mWindow->hotkeysChanged = [this] { registerHotkeys(); };
 
-        QTimer::singleShot(0, &delegate, [&] {
-            delegate.applicationDidFinishLaunching();
-            // The list loads behind the window.
-            QTimer::singleShot(0, &delegate, [this] { takeUp(); });
-        });
+        // The list loads behind the window; a window that nothing paints keeps nothing waiting either.
+        mWindow->firstShown = [this] { takeUp(); };
+        QTimer::singleShot(kUnpainted, &delegate, [this] { takeUp(); });
+        QTimer::singleShot(0, &delegate, [&] { delegate.applicationDidFinishLaunching(); });
         const int result = QApplication::exec();
         mCommonUtils.updateIsOffered = {};
         mCommonUtils.nothingIsOffered = {};
@@ -77,6 +78,9 @@ public:
 private:
     // The library, the schedule and what controls them.
     void takeUp() {
+        if (mControl)
+            return;
+        mBackground.begin();
         mList.initRecordedList();
         mSession.recover();
         mRecorder.schedule().initScheduleTaskList();

@@ -69,7 +69,7 @@ QIcon icon(const QString &name, const QPalette &palette) {
     return QIcon(new DrawnIcon(name, palette)); // which owns it
 }
 
-QIcon applicationIcon() { return QIcon(drawingPath(QStringLiteral("com.tessolar.Cantorel"))); }
+QIcon applicationIcon() { return icon(QStringLiteral("com.tessolar.Cantorel"), {}); }
 
 QColor recordingColour() { return {0xE5, 0x48, 0x4D}; }
 

@@ -12,6 +12,8 @@
 #include "ui/TasksWindow.h"
 #include "ui/UpdateWindow.h"
 
+#include <QApplication>
+#include <QBoxLayout>
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QMenu>
@@ -34,20 +36,16 @@ MainWindow::MainWindow(const Parts &parts)
       mTabs(new QTabWidget(this)),
       mMenuButton(new QToolButton(this)),
       mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, this)),
-      mLibraryTab(new LibraryTab(parts.list, this)) {
-    setWindowIcon(applicationIcon());
+      mLibraryPage(new QWidget(this)) {
     setMinimumSize(kSmallest);
     resize(kFirst);
     mTabs->setDocumentMode(true);
     mTabs->setObjectName(QStringLiteral("tabs"));
     mTabs->addTab(mRecordingTab, QString());
-    mTabs->addTab(mLibraryTab, QString());
+    mTabs->addTab(mLibraryPage, QString());
     setCentralWidget(mTabs);
+    connect(mTabs, &QTabWidget::currentChanged, this, [this] { complete(); });
     makeMenu();
-    mStatusItem = std::make_unique<StatusItem>(
-        mParts.panel, StatusItem::Actions{[this] { bringToFront(); }, [this] { mParts.recorder.onStartRecording(); },
-                                          [this] { mParts.session.onPauseRecording(); },
-                                          [this] { mParts.session.splitRecording(); }, [this] { leave(); }});
     listen();
     showIcons();
     changeLanguageText();
@@ -57,6 +55,47 @@ MainWindow::~MainWindow() {
     mParts.list.view = nullptr;
     mParts.panel.forget();
     mParts.recorder.trouble = {};
+}
+
+// What the first picture does without.
+void MainWindow::complete() {
+    if (mLibraryTab)
+        return;
+    mLibraryTab = new LibraryTab(mParts.list, mLibraryPage);
+    auto *page = new QVBoxLayout(mLibraryPage);
+    page->setContentsMargins({});
+    page->addWidget(mLibraryTab);
+    mStatusItem = std::make_unique<StatusItem>(
+        mParts.panel, StatusItem::Actions{[this] { bringToFront(); }, [this] { mParts.recorder.onStartRecording(); },
+                                          [this] { mParts.session.onPauseRecording(); },
+                                          [this] { mParts.session.splitRecording(); }, [this] { leave(); }});
+    QApplication::setWindowIcon(applicationIcon());
+    mLibraryTab->changeLanguageText();
+    mLibraryTab->listDidChange();
+}
+
+LibraryTab &MainWindow::library() {
+    complete();
+    return *mLibraryTab;
+}
+
+StatusItem &MainWindow::statusItem() {
+    complete();
+    return *mStatusItem;
+}
+
+bool MainWindow::event(QEvent *event) {
+    const bool isFirstPicture = event->type() == QEvent::Paint && firstShown;
+    const bool answer = QMainWindow::event(event);
+    if (isFirstPicture) // behind it, and behind what the widgets paint with it
+        QMetaObject::invokeMethod(
+            this,
+            [this, told = std::exchange(firstShown, {})] {
+                complete();
+                told();
+            },
+            Qt::QueuedConnection);
+    return answer;
 }
 
 void MainWindow::makeMenu() {
@@ -99,16 +138,16 @@ void MainWindow::listen() {
         if (mTasks)
             mTasks->showTasks();
     };
-    panel.playbackShallStop = [this] { mLibraryTab->stopPlayback(); };
+    panel.playbackShallStop = [this] { library().stopPlayback(); };
     panel.finished = [this](const FinishedRecording &recording) {
         if (!isActiveWindow())
-            mStatusItem->notify(Lang::windowFileReady(), QFileInfo(recording.file).fileName());
+            statusItem().notify(Lang::windowFileReady(), QFileInfo(recording.file).fileName());
     };
     panel.failed = [this](const QString &sentence) {
         if (!isActiveWindow())
-            mStatusItem->notify(Lang::windowRecordingFailed(), sentence);
+            statusItem().notify(Lang::windowRecordingFailed(), sentence);
     };
-    panel.missed = [this](const QString &sentence) { mStatusItem->notify(Lang::windowTaskMissed(), sentence); };
+    panel.missed = [this](const QString &sentence) { statusItem().notify(Lang::windowTaskMissed(), sentence); };
     panel.shutdownIn = [this](int seconds) { showShutdown(seconds); };
     panel.settled = [this] {
         if (mIsLeaving)
@@ -184,7 +223,7 @@ void MainWindow::showAbout() {
 void MainWindow::changeLanguageText() {
     setWindowTitle(AppSettings::appName());
     mTabs->setTabText(mTabs->indexOf(mRecordingTab), Lang::tabRecordTitle());
-    mTabs->setTabText(mTabs->indexOf(mLibraryTab), Lang::tabPlaylistTitle());
+    mTabs->setTabText(mTabs->indexOf(mLibraryPage), Lang::tabPlaylistTitle());
     mTasksAction->setText(Lang::toolsScheduleTaskTitle());
     mSettingsAction->setText(Lang::menuSettings());
     mUpdateAction->setText(Lang::menuCheckforUpdates());
@@ -193,12 +232,14 @@ void MainWindow::changeLanguageText() {
     mMenuButton->setAccessibleName(Lang::menuTools());
     mMenuButton->setToolTip(Lang::menuTools());
     mRecordingTab->changeLanguageText();
-    mLibraryTab->changeLanguageText();
+    if (mLibraryTab) {
+        mLibraryTab->changeLanguageText();
+        mStatusItem->changeLanguageText();
+    }
     if (mSettings)
         mSettings->changeLanguageText();
     if (mTasks)
         mTasks->changeLanguageText();
-    mStatusItem->changeLanguageText();
 }
 
 void MainWindow::bringToFront() {
@@ -225,12 +266,14 @@ void MainWindow::openPreferencesWindowAndShowRecordInterface() {
 
 void MainWindow::setAudioInputSelectedStatus() { mRecordingTab->setAudioInputSelectedStatus(); }
 
-void MainWindow::showStatuses() { mLibraryTab->itemsDidChange(); }
+void MainWindow::showStatuses() { library().itemsDidChange(); }
 
-void MainWindow::recordedListDidChange() { mLibraryTab->listDidChange(); }
+void MainWindow::recordedListDidChange() { library().listDidChange(); }
 
 void MainWindow::showPanel() {
     mRecordingTab->showPanel();
+    if (!mLibraryTab)
+        return;
     mStatusItem->showPanel();
     if (const RecordedAudioInfo *item = mParts.session.currentItem())
         mLibraryTab->itemDidChange(*item);
@@ -238,7 +281,7 @@ void MainWindow::showPanel() {
 
 void MainWindow::showIcons() {
     mTabs->setTabIcon(mTabs->indexOf(mRecordingTab), icon(QStringLiteral("record"), palette()));
-    mTabs->setTabIcon(mTabs->indexOf(mLibraryTab), icon(QStringLiteral("library"), palette()));
+    mTabs->setTabIcon(mTabs->indexOf(mLibraryPage), icon(QStringLiteral("library"), palette()));
     mTasksAction->setIcon(icon(QStringLiteral("tasks"), palette()));
     mSettingsAction->setIcon(icon(QStringLiteral("settings"), palette()));
     mMenuButton->setIcon(icon(QStringLiteral("menu"), palette()));
@@ -269,7 +312,7 @@ void MainWindow::leave() {
                                {Lang::windowKeepRecording(), Lang::windowStopAndQuit(), Lang::btnCancel()}};
         mAlerts->beginSheet(sheet, [this](int returnCode) {
             if (returnCode == MainWindowFace::kFirstButton) {
-                if (mStatusItem->isThere())
+                if (statusItem().isThere())
                     hide();
                 else
                     showMinimized();

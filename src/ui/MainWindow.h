@@ -40,6 +40,8 @@ public:
 
     // Ends the program, once nothing is recorded or converted any more. Set by the application.
     std::function<void()> quit;
+    // The window has been painted for the first time. What need not be in the first picture begins now.
+    std::function<void()> firstShown;
     // The hot keys of the settings have changed.
     std::function<void()> hotkeysChanged;
 
@@ -63,8 +65,8 @@ public:
     void showStatuses();
 
     AlertAsker &alerts() { return *mAlerts; }
-    LibraryTab &library() { return *mLibraryTab; }
-    // Made when they are first wanted.
+    // Made when they are first wanted; the library behind the first picture.
+    LibraryTab &library();
     SettingsWindow &settings();
     TasksWindow &tasks();
 
@@ -79,6 +81,9 @@ private:
     // The person wants the program to end.
     void leave();
     void endOnceSettled();
+    void complete();
+    StatusItem &statusItem();
+    bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
@@ -88,7 +93,8 @@ private:
     QToolButton *mMenuButton;
     QAction *mTasksAction, *mSettingsAction, *mUpdateAction, *mAboutAction, *mQuitAction;
     RecordingTab *mRecordingTab;
-    LibraryTab *mLibraryTab;
+    QWidget *mLibraryPage;
+    LibraryTab *mLibraryTab = nullptr;
     SettingsWindow *mSettings = nullptr;
     TasksWindow *mTasks = nullptr;
     std::array<QString, 3> mTriggers;

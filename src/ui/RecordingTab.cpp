@@ -45,8 +45,6 @@ QLabel *centred(QWidget *parent) {
     return label;
 }
 
-QString colourSheet(const QColor &colour) { return QStringLiteral("color: %1").arg(colour.name()); }
-
 } // namespace
 
 RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session, QWidget *parent)
@@ -249,9 +247,12 @@ void RecordingTab::showPanel() {
     mState->setText(mPanel.stateText());
     const bool waits =
         state == RecorderState::Paused || state == RecorderState::WaitingForSound || state == RecorderState::DeviceLost;
-    mState->setStyleSheet(state == RecorderState::Recording ? colourSheet(recordingColour())
-                          : waits                           ? colourSheet(waitingColour(palette()))
-                                                            : QString());
+    QPalette colours = palette();
+    if (state == RecorderState::Recording)
+        colours.setColor(QPalette::WindowText, recordingColour());
+    else if (waits)
+        colours.setColor(QPalette::WindowText, waitingColour(palette()));
+    mState->setPalette(colours);
     mSentence->setText(mPanel.sentence());
     mCountdown->setText(mPanel.countdown().text);
 }

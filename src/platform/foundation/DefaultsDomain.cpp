@@ -218,16 +218,21 @@ bool DefaultsDomain::save(State &state) const {
     if (!state.readable)
         return false;
     QVariantMap content = state.stored;
+    bool changes = false;
     for (auto entry = state.pending.begin(); entry != state.pending.end(); ++entry) {
+        const QVariant before = content.value(entry.key());
+        changes = changes || before.metaType() != entry.value().metaType() || before != entry.value();
         if (entry.value().isValid())
             content.insert(entry.key(), entry.value());
         else
             content.remove(entry.key());
     }
-    if (!writeFile(state, content))
-        return false;
-    state.stored = content;
-    state.seen = stampOfFile();
+    if (changes) {
+        if (!writeFile(state, content))
+            return false;
+        state.stored = content;
+        state.seen = stampOfFile();
+    }
     state.pending.clear();
     return true;
 }

@@ -75,6 +75,7 @@ TEST_F(CommonUtilsTest, DisposeEndsACheckThatIsUnderWay) {
     LoopbackServer server([](const QByteArray &) { return Reply{{}, Reply::Then::Hold}; });
     UpdateCheck updates(server.url(), {.time = std::chrono::hours(1)});
     PooledBackgroundTasks background;
+    background.begin();
     CommonUtils utils(updates, background);
     utils.checkSilent();
     ASSERT_TRUE(eventually([&] { return !server.requests().isEmpty(); }));

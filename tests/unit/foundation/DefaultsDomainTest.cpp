@@ -72,6 +72,23 @@ TEST(DefaultsDomain, WhatIsSetIsSeenAtOnceAndStoredWithTheNextSave) {
     EXPECT_FALSE(DefaultsDomain(kIdentifier).object(QStringLiteral("a")).isValid());
 }
 
+TEST(DefaultsDomain, WhatIsStoredAlreadyIsNotWrittenAgain) {
+    DefaultsDomain domain(kIdentifier);
+    const auto fileAfter = [&](const QVariant &value) { // each save is another file
+        EXPECT_TRUE(domain.setObject(QStringLiteral("k"), value) && domain.synchronize());
+        struct stat status = {};
+        EXPECT_EQ(::stat(QFile::encodeName(path()).constData(), &status), 0);
+        return std::pair(status.st_ino, status.st_mtim.tv_nsec);
+    };
+    const auto first = fileAfter(1);
+    EXPECT_EQ(fileAfter(1), first);
+    EXPECT_NE(fileAfter(true), first) << "equal, but of another type";
+    EXPECT_EQ(DefaultsDomain(kIdentifier).object(QStringLiteral("k")).typeId(), QMetaType::Bool);
+    write("<plist><dict><key>k</key><integer>7</integer></dict></plist>");
+    (void)fileAfter(true);
+    EXPECT_EQ(DefaultsDomain(kIdentifier).object(QStringLiteral("k")), true) << "it differed by then";
+}
+
 TEST(DefaultsDomain, AChangeByAnotherProgramIsSeenWithoutARestart) {
     DefaultsDomain domain(kIdentifier), other(kIdentifier);
     ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
