@@ -2,6 +2,7 @@
 // same archive; and one change to it. Each size is loaded by a process of its own, from the settings file on. Prints
 // ratios of CPU time taken in one run, and the time of a change on this disk.
 
+#include "bench/MadeLibrary.h"
 #include "platform/foundation/KeyedArchiver.h"
 #include "platform/hal/embedded/DeviceClock.h"
 #include "recording/RecordedList.h"
@@ -10,7 +11,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <plist/plist.h>
@@ -46,20 +46,6 @@ double median(std::vector<double> values) {
 struct Times {
     double settings = 0, load = 0, save = 0, wholeSave = 0, parse = 0, change = 0, slowestChange = 0;
 };
-
-void make(const QString &folder, int count) {
-    QVariantList archived;
-    for (int i = 0; i < count; ++i) {
-        const QString path = QStringLiteral("%1/Recording of the year %2.mp3").arg(folder).arg(i);
-        QFile file(path);
-        (void)file.open(QIODevice::WriteOnly);
-        archived.append(
-            archivedItem({path, QStringLiteral("00:03:%1").arg(i % 60), QStringLiteral("%1 KB").arg(i),
-                          QStringLiteral("2026-11-21 10:%1:00").arg(i % 60), QStringLiteral("Artist %1").arg(i % 999),
-                          QStringLiteral("Album %1").arg(i % 4999), QStringLiteral("2026")}));
-    }
-    AppSettings::setRecordedMovieList(archived);
-}
 
 Times measure(const QString &state) {
     Times times;
@@ -124,7 +110,7 @@ Times ofSize(int count) {
         QDir(folder.path()).mkdir(QString::fromLatin1(name));
     qputenv("XDG_CONFIG_HOME", folder.filePath(QStringLiteral("config")).toUtf8());
     (void)inChild([&] {
-        make(folder.filePath(QStringLiteral("music")), count);
+        bench::storeMadeLibrary(folder.filePath(QStringLiteral("music")), count);
         return Times{};
     });
     return inChild([&] { return measure(folder.filePath(QStringLiteral("state"))); });

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """The window against a bare Qt window with one label, both on an X server of the run: start to the first painted frame,
-and resident memory at rest. Prints ratios of medians.
+and resident memory at rest, with a library of so many recordings. Prints ratios of medians.
 
-usage: bench/window.py [pairs=15]"""
+usage: bench/window.py [pairs=15] [recordings=0]"""
 import os
 import statistics
 import subprocess
@@ -13,6 +13,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[1]
 PAIRS = int(sys.argv[1]) if len(sys.argv) > 1 else 15
+RECORDINGS = sys.argv[2] if len(sys.argv) > 2 else "0"
 OURS = [ROOT / "build/release/bin/cantorel", "--backend=embedded"]
 BARE = [ROOT / "build/release/bin/bare_window"]
 
@@ -48,6 +49,9 @@ with tempfile.TemporaryDirectory() as home:
     environment = {"HOME": home, "PATH": "/usr/bin:/bin", "DISPLAY": f":{display}", "QT_QPA_PLATFORM": "xcb",
                    "XDG_RUNTIME_DIR": f"{home}/run", "DBUS_SESSION_BUS_ADDRESS": bus.stdout.readline().strip(),
                    "CANTOREL_SHOW_FRAME": "1"}
+    if RECORDINGS != "0":
+        subprocess.run([ROOT / "build/release/bin/library_bench", "--store", home, RECORDINGS], env=environment,
+                       check=True)
     pairs = [(painted_and_memory(OURS, environment), painted_and_memory(BARE, environment)) for _ in range(PAIRS)]
     for process in (bus, server):
         process.terminate()

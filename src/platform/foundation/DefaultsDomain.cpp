@@ -20,6 +20,8 @@ namespace cantorel::foundation {
 
 namespace {
 
+constexpr int kAttempts = 5;
+
 // A file that is a link stays one: what it names is read and replaced.
 QString pathOf(const QString &identifier) {
     const QString path = configurationFolder() + QLatin1Char('/') + identifier + QStringLiteral(".plist");
@@ -33,19 +35,6 @@ Failure cannotWrite(const QString &path, const QString &why) {
     return {QStringLiteral("The settings cannot be saved to \"%1\": %2. Check the folder's rights and free space.")
                 .arg(path, why),
             QStringLiteral("settings not saved to %1: %2").arg(path, why)};
-}
-
-bool writeAll(int descriptor, const QByteArray &bytes) {
-    qsizetype written = 0;
-    while (written < bytes.size()) {
-        const auto count = ::write(descriptor, bytes.data() + written, static_cast<size_t>(bytes.size() - written));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        written += count;
-    }
-    return true;
 }
 
 } // namespace
@@ -74,28 +63,62 @@ QVariant DefaultsDomain::object(const QString &key) const {
 }
 
 QVariant DefaultsDomain::ownObject(const QString &key) const {
-    return with([&](State &state) {
+    bool isLarge = false;
+    const QVariant value = with([&](State &state) {
         if (const auto argument = state.arguments.constFind(key); argument != state.arguments.constEnd())
             return *argument;
         if (const auto pending = state.pending.constFind(key); pending != state.pending.constEnd())
             return *pending;
         refresh(state);
-        return state.stored.value(key);
+        isLarge = state.stored.large.contains(key);
+        return state.stored.values.value(key);
     });
+    if (!isLarge)
+        return value;
+    const auto data = largeObject(key);
+    return data ? QVariant(*data) : QVariant();
+}
+
+// Reads outside the lock, which others wait for, and so again where the file has changed meanwhile.
+std::optional<QByteArray> DefaultsDomain::largeObject(const QString &key) const {
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        const FileDescriptor file(::open(QFile::encodeName(mPath).constData(), O_RDONLY | O_CLOEXEC));
+        struct stat status = {};
+        if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
+            return {};
+        LargeData where;
+        const bool isSame = with([&](State &state) {
+            refresh(state);
+            where = state.stored.large.value(key);
+            return state.seen == stampOf(status);
+        });
+        if (isSame && where.length == 0)
+            return {};
+        if (auto data = isSame ? readLargeData(file.get(), where) : std::nullopt)
+            return data;
+    }
+    return {};
 }
 
 QVariantMap DefaultsDomain::storedObjects() const {
-    return with([&](State &state) {
+    QStringList large;
+    QVariantMap all = with([&](State &state) {
         refresh(state);
-        QVariantMap all = state.stored;
+        QVariantMap stored = state.stored.values;
+        large = state.stored.large.keys();
         for (auto entry = state.pending.begin(); entry != state.pending.end(); ++entry) {
+            large.removeAll(entry.key());
             if (entry.value().isValid())
-                all.insert(entry.key(), entry.value());
+                stored.insert(entry.key(), entry.value());
             else
-                all.remove(entry.key());
+                stored.remove(entry.key());
         }
-        return all;
+        return stored;
     });
+    for (const QString &key : std::as_const(large))
+        if (const auto data = largeObject(key))
+            all.insert(key, *data);
+    return all;
 }
 
 bool DefaultsDomain::setObject(const QString &key, const QVariant &value) {
@@ -126,19 +149,21 @@ void DefaultsDomain::trouble(State &state, const Failure &failure) const {
     }
 }
 
-DefaultsDomain::Stamp DefaultsDomain::stampOfFile() const {
-    struct stat status = {};
-    if (::stat(QFile::encodeName(mPath).constData(), &status) != 0)
-        return {};
+DefaultsDomain::Stamp DefaultsDomain::stampOf(const struct stat &status) {
     return {true, status.st_ino, std::int64_t(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec,
             status.st_size};
+}
+
+DefaultsDomain::Stamp DefaultsDomain::stampOfFile() const {
+    struct stat status = {};
+    return ::stat(QFile::encodeName(mPath).constData(), &status) == 0 ? stampOf(status) : Stamp{};
 }
 
 void DefaultsDomain::refresh(State &state) const {
     const Stamp stamp = stampOfFile();
     if (state.seen == stamp)
         return;
-    state.stored.clear();
+    state.stored = {};
     state.readable = true;
     if (stamp.exists)
         readFile(state);
@@ -146,30 +171,29 @@ void DefaultsDomain::refresh(State &state) const {
 }
 
 void DefaultsDomain::readFile(State &state) const {
-    QFile file(mPath);
-    QByteArray content;
     // Opening a pipe would wait for a writer.
     const bool isFile = QFileInfo(mPath).isFile();
-    if (!isFile || !file.open(QIODevice::ReadOnly)
-        || (content = file.readAll(), file.error() != QFileDevice::NoError)) {
+    const FileDescriptor file(isFile ? ::open(QFile::encodeName(mPath).constData(), O_RDONLY | O_CLOEXEC) : -1);
+    auto content = file.isOpen() ? readDefaults(file.get()) : std::nullopt;
+    if (!content) {
         state.readable = false;
-        const QString why = isFile ? file.errorString() : QStringLiteral("it is no file");
+        const QString why = isFile ? reasonOf(errno) : QStringLiteral("it is no file");
         trouble(state, {QStringLiteral("The settings file \"%1\" cannot be read: %2. The defaults are used and nothing "
                                        "is saved; mend its rights.")
                             .arg(mPath, why),
                         QStringLiteral("settings not read from %1: %2").arg(mPath, why)});
         return;
     }
-    auto parsed = parsePropertyList(content);
-    if (parsed && parsed.value().typeId() == QMetaType::QVariantMap) {
-        state.stored = parsed.value().toMap();
-        return;
-    }
-    // The next save may replace the damaged file only if a copy of it stands beside it.
-    state.readable = setAside(state, content);
+    if (*content)
+        state.stored = std::move(*content).value();
+    else // The next save may replace the damaged file only if a copy of it stands beside it.
+        state.readable = setAside(state, file.get());
 }
 
-bool DefaultsDomain::setAside(State &state, const QByteArray &content) const {
+bool DefaultsDomain::setAside(State &state, int file) const {
+    QFile damaged;
+    ::lseek(file, 0, SEEK_SET);
+    const QByteArray content = damaged.open(file, QIODevice::ReadOnly) ? damaged.readAll() : QByteArray();
     for (int number = 1;; ++number) {
         const QString copy =
             mPath + QStringLiteral(".damaged") + (number == 1 ? QString() : QStringLiteral("-%1").arg(number));
@@ -217,40 +241,47 @@ bool DefaultsDomain::save(State &state) const {
     refresh(state);
     if (!state.readable)
         return false;
-    QVariantMap content = state.stored;
+    DefaultsContent content = state.stored;
     bool changes = false;
     for (auto entry = state.pending.begin(); entry != state.pending.end(); ++entry) {
-        const QVariant before = content.value(entry.key());
-        changes = changes || before.metaType() != entry.value().metaType() || before != entry.value();
+        const QVariant before = content.values.value(entry.key());
+        changes = content.large.remove(entry.key()) > 0 || changes || before.metaType() != entry.value().metaType()
+                  || before != entry.value();
         if (entry.value().isValid())
-            content.insert(entry.key(), entry.value());
+            content.values.insert(entry.key(), entry.value());
         else
-            content.remove(entry.key());
+            content.values.remove(entry.key());
     }
-    if (changes) {
-        if (!writeFile(state, content))
-            return false;
-        state.stored = content;
-        state.seen = stampOfFile();
-    }
+    if (changes && !writeFile(state, content))
+        return false;
     state.pending.clear();
     return true;
 }
 
-bool DefaultsDomain::writeFile(State &state, const QVariantMap &content) const {
+bool DefaultsDomain::writeFile(State &state, const DefaultsContent &content) const {
     const QByteArray target = QFile::encodeName(mPath);
     const QByteArray temporary = target + '.' + QUuid::createUuid().toByteArray(QUuid::Id128) + ".new";
+    const FileDescriptor old(content.large.isEmpty() ? -1 : ::open(target.constData(), O_RDONLY | O_CLOEXEC));
     struct stat status = {};
     const mode_t mode = ::stat(target.constData(), &status) == 0 ? status.st_mode & 0777 : 0600;
 
-    FileDescriptor file(::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    const bool done = file.isOpen() && ::fchmod(file.get(), mode) == 0 && writeAll(file.get(), propertyListXml(content))
-                      && ::fsync(file.get()) == 0 && ::rename(temporary.constData(), target.constData()) == 0;
-    if (!done) {
+    const FileDescriptor file(::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    std::optional<DefaultsContent> written;
+    if (file.isOpen() && ::fchmod(file.get(), mode) == 0)
+        written = writeDefaults(file.get(), content, old.get());
+    // What was copied is what had been seen: nobody who leaves our lock aside has changed it meanwhile.
+    if (written && old.isOpen() && (::fstat(old.get(), &status) != 0 || state.seen != stampOf(status))) {
+        errno = EAGAIN;
+        written.reset();
+    }
+    if (!written || ::fsync(file.get()) != 0 || ::rename(temporary.constData(), target.constData()) != 0) {
         trouble(state, cannotWrite(mPath, reasonOf(errno)));
         ::unlink(temporary.constData());
+        return false;
     }
-    return done;
+    state.stored = *std::move(written);
+    state.seen = ::fstat(file.get(), &status) == 0 ? std::optional(stampOf(status)) : std::nullopt;
+    return true;
 }
 
 } // namespace cantorel::foundation

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/DefaultsFile.h"
 #include "platform/foundation/Guarded.h"
 #include "platform/foundation/Result.h"
 
@@ -11,11 +12,14 @@
 #include <optional>
 #include <vector>
 
+struct stat;
+
 namespace cantorel::foundation {
 
 // The user's defaults under one identifier: the XML property list "<identifier>.plist" in the configuration folder,
 // with a volatile argument domain read before it and registered defaults read after it. Other processes may write the
-// same file at any time: each save locks, rereads, changes its own keys and renames. Any thread.
+// same file at any time: each save locks, rereads, changes its own keys and renames. Large data are read from the file
+// only when they are asked for, and never kept. Any thread.
 class DefaultsDomain {
 public:
     // Told once of each different trouble with the file, on the thread that met it.
@@ -54,19 +58,22 @@ private:
         bool operator==(const Stamp &) const = default;
     };
     struct State {
-        QVariantMap arguments, stored, pending, registered;
+        QVariantMap arguments, pending, registered;
+        DefaultsContent stored;
         std::optional<Stamp> seen; // of the file that stored was read from
         bool readable = true;
         QSet<QString> told;
         std::vector<Failure> untold;
     };
 
+    static Stamp stampOf(const struct stat &status);
     Stamp stampOfFile() const;
+    std::optional<QByteArray> largeObject(const QString &key) const;
     void refresh(State &state) const;
     void readFile(State &state) const;
-    bool setAside(State &state, const QByteArray &content) const;
+    bool setAside(State &state, int file) const;
     bool save(State &state) const;
-    bool writeFile(State &state, const QVariantMap &content) const;
+    bool writeFile(State &state, const DefaultsContent &content) const;
     void trouble(State &state, const Failure &failure) const;
     template <class Action> auto with(Action action) const;
 

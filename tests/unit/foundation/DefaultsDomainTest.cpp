@@ -13,8 +13,10 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <csignal>
 #include <limits>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -221,6 +223,92 @@ TEST(DefaultsDomain, ALinkedFileStaysALinkAndKeepsItsRights) {
     EXPECT_TRUE(QFileInfo(path()).isSymLink());
     EXPECT_TRUE(contentOf(real).contains("<key>k</key>"));
     EXPECT_EQ(QFileInfo(real).permissions(), rights);
+}
+
+// Data of so many bytes, no two stretches of it alike.
+QByteArray dataOf(qsizetype size, unsigned seed) {
+    QByteArray data(size, Qt::Uninitialized);
+    std::mt19937 random(seed);
+    std::generate(data.begin(), data.end(), [&] { return static_cast<char>(random()); });
+    return data;
+}
+
+QByteArray elementOf(const char *key, const QByteArray &value) {
+    return QByteArray("<key>") + key + "</key>" + value + '\n';
+}
+
+// Large data are passed over when the file is read; whatever stands around them, every value is what a plain parser
+// finds there, and stays so when another key is saved.
+TEST(DefaultsDomain, LargeDataAreWhatAPlainParserReadsAndOutliveOtherChanges) {
+    const QByteArray first = "<data>" + dataOf(900'001, 1).toBase64() + "</data>";
+    const QByteArray second = "<data>\n\t" + dataOf(500'000, 2).toBase64() + "\n</data>";
+    const QByteArray text = "<string>&lt;data&gt;" + QByteArray(300'000, 'x') + "</string>";
+    std::vector<QByteArray> lists{
+        elementOf("a", first) + elementOf("b", second) + elementOf("c", "<integer>7</integer>"),
+        elementOf("text", text) + elementOf("b", second) + elementOf("after", text),
+        elementOf("inside", "<array>" + first + "</array>") + elementOf("b", second),
+        elementOf("a", first) + "<!-- <data>" + QByteArray(700'000, 'A') + " -->" + elementOf("b", second),
+        elementOf("a", "<string><![CDATA[<data>" + QByteArray(700'000, 'A') + "]]></string>") + elementOf("b", second),
+        elementOf("wrapped", QByteArray(first).replace("AB", "A\n\t\tB")),
+    };
+    const QByteArray head = "<?xml version=\"1.0\"?>\n<plist version=\"1.0\"><dict>\n";
+    const QByteArray third = "<data>" + dataOf(300'000, 3).toBase64() + "</data>";
+    for (qsizetype before = 0; before < 8; ++before) { // the tag on the border of what is read at a time
+        const QByteArray keys = elementOf("a", "<string></string>") + "<key>b</key>";
+        const QByteArray filling(256 * 1024 - before - head.size() - keys.size(), 'y');
+        lists.push_back(elementOf("a", "<string>" + filling + "</string>") + elementOf("b", third));
+        ASSERT_EQ((head + lists.back()).indexOf("<data>"), 256 * 1024 - before);
+    }
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+        SCOPED_TRACE(i);
+        write(head + lists[i] + "</dict></plist>\n");
+        const auto plain = parsePropertyList(contentOf(path()));
+        ASSERT_TRUE(plain);
+        QVariantMap expected = plain.value().toMap();
+        ASSERT_GE(expected.size(), 1);
+        DefaultsDomain domain(kIdentifier);
+        EXPECT_TRUE(domain.storedObjects() == expected);
+        for (auto entry = expected.begin(); entry != expected.end(); ++entry)
+            EXPECT_TRUE(domain.object(entry.key()) == *entry) << entry.key().toStdString();
+        for (const int change : {1, 2}) {
+            ASSERT_TRUE(domain.setObject(QStringLiteral("change"), change) && domain.synchronize());
+            expected.insert(QStringLiteral("change"), qlonglong(change));
+            EXPECT_TRUE(domain.storedObjects() == expected);
+            EXPECT_TRUE(parsePropertyList(contentOf(path())).value().toMap() == expected);
+        }
+    }
+}
+
+TEST(DefaultsDomain, LargeDataAreSetReplacedAndRemovedLikeEverythingElse) {
+    const QString key = QStringLiteral("list");
+    const QByteArray first = dataOf(3'000'000, 1), second = dataOf(2'000'000, 2);
+    DefaultsDomain domain(kIdentifier), other(kIdentifier);
+    EXPECT_FALSE(other.object(key).isValid());
+    ASSERT_TRUE(domain.setObject(key, first));
+    EXPECT_TRUE(domain.object(key) == first) << "not saved yet";
+    ASSERT_TRUE(domain.synchronize());
+    EXPECT_TRUE(domain.object(key) == first);
+    EXPECT_TRUE(other.object(key) == first) << "another program's change is seen";
+    ASSERT_TRUE(other.setObject(key, second) && other.setObject(QStringLiteral("k"), 1) && other.synchronize());
+    EXPECT_TRUE(domain.object(key) == second);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 2) && domain.synchronize());
+    EXPECT_TRUE(other.object(key) == second);
+    ASSERT_TRUE(domain.setObject(key, 5) && domain.synchronize());
+    EXPECT_EQ(other.object(key), 5) << "no longer large";
+    ASSERT_TRUE(domain.setObject(key, first) && domain.synchronize() && domain.setObject(key, {}));
+    EXPECT_FALSE(domain.object(key).isValid());
+    ASSERT_TRUE(domain.synchronize());
+    EXPECT_FALSE(other.object(key).isValid());
+    EXPECT_EQ(other.object(QStringLiteral("k")), 2);
+}
+
+TEST(DefaultsDomain, AFileCutWithinLargeDataIsDamagedAndKeptWhole) {
+    const QByteArray cut = "<plist><dict><key>list</key><data>" + dataOf(2'000'000, 1).toBase64();
+    write(cut);
+    DefaultsDomain domain(kIdentifier);
+    EXPECT_FALSE(domain.object(QStringLiteral("list")).isValid());
+    ASSERT_EQ(damagedCopies().size(), 1);
+    EXPECT_TRUE(contentOf(configurationFolder() + QLatin1Char('/') + damagedCopies().first()) == cut);
 }
 
 TEST(DefaultsDomain, OnlyPropertyListValuesAreTaken) {
