@@ -61,6 +61,20 @@ function(cantorel_module NAME)
   endif()
 endfunction()
 
+# cantorel_part(FILE SOURCES ... HEADERS ... LINKS ...)
+# A program that only our programs start, as lib/cantorel/FILE.
+function(cantorel_part FILE)
+  cmake_parse_arguments(P "" "" "SOURCES;HEADERS;LINKS" ${ARGN})
+  add_executable(${FILE} ${P_SOURCES})
+  target_sources(${FILE} PRIVATE FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}/src FILES ${P_HEADERS})
+  target_include_directories(${FILE} PRIVATE ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${FILE} PRIVATE cantorel_options ${P_LINKS})
+  target_compile_definitions(${FILE} PRIVATE QT_NO_CAST_FROM_ASCII)
+  set_target_properties(${FILE} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib/cantorel)
+  install(TARGETS ${FILE} RUNTIME DESTINATION lib/cantorel)
+  add_dependencies(cantorel_installed ${FILE})
+endfunction()
+
 # cantorel_tests(NAME SOURCES ... LINKS ... [PROPERTIES ...])
 # A GoogleTest program; each case is a CTest entry of its own, run in a process and a home folder of its own.
 function(cantorel_tests NAME)

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -60,9 +61,27 @@ Vector environmentWith(const QStringList &additions) {
     return result;
 }
 
+// Where a child reads from: the bytes, or nothing.
+FileDescriptor inputOf(const QByteArray &bytes) {
+    if (bytes.isEmpty())
+        return FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    FileDescriptor memory(::memfd_create("input", MFD_CLOEXEC));
+    const auto length = static_cast<std::size_t>(bytes.size());
+    if (memory.isOpen()
+        && (::write(memory.get(), bytes.constData(), length) != bytes.size()
+            || ::lseek(memory.get(), 0, SEEK_SET) != 0))
+        memory.reset();
+    return memory;
+}
+
+// The standard streams of a child.
+struct Streams {
+    int input, output, errors;
+};
+
 // Runs in the child between fork and exec: only calls that are safe there. Tells the errno through the pipe.
 [[noreturn]] void becomeProgram(const char *program, char **arguments, char **environment, const char *folder,
-                                int output, int failure, pid_t parent) {
+                                const Streams &streams, int failure, pid_t parent) {
     ::setsid();
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     sigset_t none;
@@ -70,9 +89,8 @@ Vector environmentWith(const QStringList &additions) {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
     for (int number = 1; number < NSIG; ++number)
         ::signal(number, SIG_DFL);
-    const int input = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    if (::getppid() == parent && input >= 0 && ::dup2(input, STDIN_FILENO) >= 0 && ::dup2(output, STDOUT_FILENO) >= 0
-        && ::dup2(output, STDERR_FILENO) >= 0 && (*folder == '\0' || ::chdir(folder) == 0))
+    if (::getppid() == parent && ::dup2(streams.input, STDIN_FILENO) >= 0 && ::dup2(streams.output, STDOUT_FILENO) >= 0
+        && ::dup2(streams.errors, STDERR_FILENO) >= 0 && (*folder == '\0' || ::chdir(folder) == 0))
         ::execve(program, arguments, environment);
     const int reason = errno;
     if (::write(failure, &reason, sizeof reason) < 0)
@@ -104,6 +122,10 @@ Result<std::unique_ptr<ChildProcess>> ChildProcess::start(const Command &command
     if (::pipe2(failure, O_CLOEXEC) != 0)
         return cannotStart(command.program, errno);
     FileDescriptor failureRead(failure[0]), failureWrite(failure[1]);
+    const FileDescriptor input = inputOf(command.input);
+    if (!input.isOpen())
+        return cannotStart(command.program, errno);
+    const Streams streams{input.get(), outputWrite.get(), command.errorsApart ? STDERR_FILENO : outputWrite.get()};
 
     const QByteArray program = QFile::encodeName(found);
     const QByteArray folder = QFile::encodeName(command.folder);
@@ -120,7 +142,7 @@ Result<std::unique_ptr<ChildProcess>> ChildProcess::start(const Command &command
     if (pid < 0)
         return cannotStart(command.program, errno);
     if (pid == 0)
-        becomeProgram(program.constData(), argumentPointers, environmentPointers, folder.constData(), outputWrite.get(),
+        becomeProgram(program.constData(), argumentPointers, environmentPointers, folder.constData(), streams,
                       failureWrite.get(), parent);
 
     outputWrite.reset();

@@ -17,16 +17,19 @@
 
 namespace cantorel::foundation {
 
-// A program run beside ours: in a session of its own, so that Ctrl-C does not reach it, with nothing on its standard
-// input, and with standard output and standard error joined in one pipe. Owned by whoever waits for it; needs no event
-// loop. The child is sent SIGTERM when the THREAD that started it ends, so that it does not outlive our program.
+// A program run beside ours: in a session of its own, so that Ctrl-C does not reach it, with what it shall read or
+// nothing on its standard input, and with standard output and standard error joined in one pipe. Owned by whoever waits
+// for it; needs no event loop. The child is sent SIGTERM when the THREAD that started it ends, so that it does not
+// outlive our program.
 class ChildProcess {
 public:
     struct Command {
         QString program; // a path, or a name that is looked for in PATH
         QStringList arguments;
-        QString folder;          // working folder; empty for ours
-        QStringList environment; // "NAME=VALUE", added to our own
+        QString folder;           // working folder; empty for ours
+        QStringList environment;  // "NAME=VALUE", added to our own
+        QByteArray input = {};    // all that it reads
+        bool errorsApart = false; // Standard error goes where ours goes.
     };
 
     struct Ending {

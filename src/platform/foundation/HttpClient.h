@@ -30,21 +30,8 @@ struct HttpResponse {
     QByteArray body; // whatever the status
 };
 
-// The way to servers. Lives in a shared object of its own, which is loaded with the first request: most runs make none.
-class HttpTransport {
-public:
-    virtual ~HttpTransport() = default;
-
-    virtual Result<HttpResponse> send(const HttpRequest &request, const HttpLimits &limits,
-                                      const std::stop_token &stop) const = 0;
-};
-
-// The shared object's only symbol.
-inline constexpr const char *kHttpEntryPoint = "cantorel_http_transport";
-using HttpEntryPoint = const HttpTransport *(*)();
-
-// Sends a request and waits for the whole answer, or for the stop, which is obeyed at once. Any thread but one that may
-// not block.
+// Sends a request and waits for the whole answer, or for the stop, which is obeyed at once. A process of its own asks,
+// so that the network's libraries are in ours at no time. Any thread but one that may not block.
 Result<HttpResponse> sendHttpRequest(const HttpRequest &request, const HttpLimits &limits = {},
                                      const std::stop_token &stop = {});
 

@@ -2,11 +2,16 @@
 
 #include "platform/foundation/Result.h"
 
+#include <QString>
+
 namespace cantorel::foundation {
 
-// The address of a function in one of the product's own shared objects, which is loaded for it and never unloaded: its
-// objects may live anywhere. They lie in ../lib/cantorel from the program's own folder, or in the folder that the
-// variable CANTOREL_MODULES names. Any thread.
+// Where a part of the product lies that is no program for people: in ../lib/cantorel from the program's own folder, or
+// in the folder that the variable CANTOREL_MODULES names. Whether it is there is not looked at. Any thread.
+QString partPath(const char *fileName);
+
+// The address of a function in one of those parts, a shared object, which is loaded for it and never unloaded: its
+// objects may live anywhere. Any thread.
 Result<void *> loadEntryPoint(const char *fileName, const char *function);
 
 } // namespace cantorel::foundation

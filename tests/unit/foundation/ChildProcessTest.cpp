@@ -102,6 +102,14 @@ TEST(ChildProcess, TheFolderAndTheEnvironmentAreItsOwn) {
     EXPECT_EQ(qgetenv("CANTOREL_TEST_VALUE"), "outer");
 }
 
+TEST(ChildProcess, ReadsAllOfItsInputAndKeepsItsErrorsApart) {
+    auto command = shell(QStringLiteral("cat; echo aside >&2"));
+    EXPECT_EQ(ChildProcess::run(command).value().output, "aside\n") << "nothing to read";
+    command.errorsApart = true;
+    command.input = QByteArray(300'000, 'x') + '\0' + "end"; // more than a pipe holds
+    EXPECT_TRUE(ChildProcess::run(command).value().output == command.input);
+}
+
 TEST(ChildProcess, ARunBeyondItsLimitIsEndedWithAllThatItStarted) {
     const auto finished =
         ChildProcess::run(shell(QStringLiteral("sleep 61 & echo $!; trap '' TERM; sleep 62; sleep 63")), 100ms);
