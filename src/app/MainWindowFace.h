@@ -18,7 +18,8 @@ struct AlertSheet {
     AlertStyle style = AlertStyle::Informational;
     QString messageText;
     QString informativeText;
-    QStringList buttons; // the first is the one that Return presses
+    QStringList buttons;        // Escape presses the last
+    bool lastIsDefault = false; // Return presses the last as well, not the first: the others can't be undone
 };
 
 // What the main window asks of the application.

@@ -82,7 +82,7 @@ private:
             return;
         mBackground.begin();
         mList.initRecordedList();
-        mSession.recover();
+        mWindow->offerLeftovers();
         mRecorder.schedule().initScheduleTaskList();
         mControl.emplace(mSession, mList, &mRecorder.schedule(), RecordingControl::Begins::Any);
         mControl->show = [this] { mWindow->bringToFront(); };

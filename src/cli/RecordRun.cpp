@@ -93,7 +93,7 @@ Outcome RecordRun::start() {
     mSession = std::make_unique<RecordingSession>(*this, *mList, Hardware::stateFolder());
     if (mSession->claim()) {
         mList->initRecordedList();
-        mSession->recover();
+        mSession->leftovers().recover();
         mControl = std::make_unique<RecordingControl>(*mSession, *mList, nullptr, RecordingControl::Begins::None);
         mControl->offer();
     }

@@ -44,7 +44,7 @@ Outcome TasksRun::start() {
         return Outcome::failed(
             QStringLiteral("Another Cantorel is running and keeps the schedule; stop that one first."));
     mList->initRecordedList();
-    mSession->recover();
+    mSession->leftovers().recover();
     mScheduled = std::make_unique<ScheduledSession>(*mSession, *this, clock);
 
     const auto tell = [this](const QString &sentence) { command().note(sentence); };

@@ -481,6 +481,10 @@ public:
     static QString windowLater() { return builtInOrLoaded("windowLater"); }
     static QString windowDiscard() { return builtInOrLoaded("windowDiscard"); }
     static QString windowDiscardConfirm() { return builtInOrLoaded("windowDiscardConfirm"); }
+    static QString windowInterrupted() { return builtInOrLoaded("windowInterrupted"); }
+    static QString windowRecovered() { return builtInOrLoaded("windowRecovered"); }
+    static QString windowSeveralRecovered() { return builtInOrLoaded("windowSeveralRecovered"); }
+    static QString windowNotRecovered() { return builtInOrLoaded("windowNotRecovered"); }
     static QString windowOutputFolder() { return builtInOrLoaded("windowOutputFolder"); }
     static QString windowMicrophone() { return builtInOrLoaded("windowMicrophone"); }
     static QString windowFolders() { return builtInOrLoaded("windowFolders"); }

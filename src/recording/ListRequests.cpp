@@ -21,7 +21,7 @@ Result<RecordedAudioInfo *> idleItem(const RecordedList &list, const QString &fi
     if (!item)
         return refusal(
             QStringLiteral("\"%1\" is not in the list; \"cantorel-cli library list\" shows what is.").arg(file));
-    if (item->isRecording || item->isProcessing)
+    if (item->isInUse())
         return refusal(
             QStringLiteral("\"%1\" is still being recorded or converted; try again when that has ended.").arg(file));
     return item;

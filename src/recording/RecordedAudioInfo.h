@@ -89,12 +89,16 @@ public:
     // Posts kNotificationRecordedAudioInfoStatusDidChange.
     void setStatus(const QString &status);
 
+    // Neither played, renamed nor removed for now.
+    bool isInUse() const { return isRecording || isProcessing || isInterrupted; }
+
     bool isRecording = false;    // this is the file being recorded
     bool shutdownEnable = false; // shut the computer down when this recording has ended
     bool isIdentifying = false;
     bool isProcessing = false;
-    double Seconds = 0; // exact length, as far as it is known
-    QByteArray cover;   // an encoded picture
+    bool isInterrupted = false; // a crash left it, and nobody has decided yet
+    double Seconds = 0;         // exact length, as far as it is known
+    QByteArray cover;           // an encoded picture
 
 private:
     RecordedAudioFields mFields;

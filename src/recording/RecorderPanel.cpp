@@ -27,7 +27,6 @@ void RecorderPanel::forget() {
     changed = levelCame = settled = playbackShallStop = tasksChanged = {};
     finished = {};
     failed = missed = {};
-    recovered = {};
     countdownDidChange = {};
     shutdownIn = {};
 }
@@ -74,8 +73,6 @@ void RecorderPanel::setSentence(const QString &sentence) {
     mSentence = sentence;
     tell();
 }
-
-void RecorderPanel::recordingRecovered(const RecordingJournal::Recovered &recording) { call(recovered, recording); }
 
 void RecorderPanel::recordingStarted(const QString &file, const QString &device) {
     mHistory.mark(mIsSettled ? SoundHistory::Mark::Start : SoundHistory::Mark::Split);

@@ -20,10 +20,9 @@ public:
     std::function<void()> changed;
     // A level has come: the meter and the picture go on.
     std::function<void()> levelCame;
-    // A recording is ready; one has failed, is kept or starts again; an interrupted one was found.
+    // A recording is ready; one has failed, is kept or starts again.
     std::function<void(const FinishedRecording &)> finished;
     std::function<void(const QString &sentence)> failed;
-    std::function<void(const RecordingJournal::Recovered &)> recovered;
     std::function<void()> settled;
     std::function<void()> playbackShallStop;
     std::function<void(const TaskCountdown &)> countdownDidChange;
@@ -52,7 +51,6 @@ public:
     void setSentence(const QString &sentence);
     const TaskCountdown &countdown() const { return mCountdown; }
 
-    void recordingRecovered(const RecordingJournal::Recovered &recording) override;
     void recordingStarted(const QString &file, const QString &device) override;
     void recordingControlsDidChange(const RecordingControls &controls) override;
     void recordingDisplay(const RecordingDisplay &display) override;

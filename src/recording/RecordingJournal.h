@@ -2,10 +2,12 @@
 
 #include "platform/foundation/Result.h"
 
+#include <QDateTime>
 #include <QLockFile>
-#include <QString>
+#include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace cantorel {
@@ -20,9 +22,23 @@ public:
     // Makes this process the recorder. False when another one is.
     bool claim();
 
-    // The recording that is begun now; written down before this returns. Ended once its file is whole.
+    // The recording that is begun now; written down before this returns. Ended once its file is whole, or given up
+    // where it could not be made whole: then it is a leftover as after a crash.
     bool begin(const QString &file);
     void end(const QString &file);
+    void giveUp(const QString &file);
+
+    // What a crash has left of a recording, and nobody has decided about.
+    struct Leftover {
+        QString file;
+        qint64 bytes = 0;
+        double seconds = 0; // about
+        QDateTime written;  // for the last time
+    };
+    // The unfinished ones; nothing is changed. What this process writes is none.
+    std::vector<Leftover> leftovers() const;
+    // All that was begun and never ended, whole ones and missing ones too.
+    QStringList abandoned() const;
 
     // A recording that a crash left behind, and what became of it.
     struct Recovered {
@@ -35,12 +51,15 @@ public:
     // whole already is named as well. What can't be repaired is kept under a name that says so and not tried again.
     // Only after claim().
     std::vector<Recovered> recover();
+    // The same for one file, on any thread: its end is left to the caller. Nothing for what is no recording.
+    static std::optional<Recovered> repair(const QString &file);
 
 private:
     QStringList read() const;
     bool write(const QStringList &files) const;
 
     QString mFolder;
+    QStringList mOwn; // begun here, and not ended yet
     std::unique_ptr<QLockFile> mLock;
 };
 

@@ -77,7 +77,12 @@ Result<void> prepareDevices(int source) {
 } // namespace
 
 RecordingSession::RecordingSession(RecordingSessionView &view, RecordedList &list, const QString &stateFolder)
-    : mView(view), mList(list), mJournal(stateFolder), mClock(hal::HardwareSystem::clock()), mConversions(list) {
+    : mView(view),
+      mList(list),
+      mJournal(stateFolder),
+      mLeftovers(view, list, mJournal),
+      mClock(hal::HardwareSystem::clock()),
+      mConversions(list) {
     if (const auto &sleep = desktop::InstalledServices::current().sleep) {
         sleep->willSleep = [this](bool shutsDown) {
             (void)guarded("machineWillSleep", [this, shutsDown] { machineWillSleep(shutsDown); });
@@ -104,30 +109,13 @@ int RecordingSession::sourceNamed(const QString &name) {
 }
 
 bool RecordingSession::isSettled() const {
-    return !mIsRecording && !mIsWriting && !isFollowed() && mConversions.pending() == 0;
+    return !mIsRecording && !mIsWriting && !isFollowed() && mConversions.pending() == 0 && !mLeftovers.isRecovering();
 }
 
 void RecordingSession::settle() {
     releaseMachine();
     if (isSettled())
         mView.recordingSettled();
-}
-
-void RecordingSession::recover() {
-    for (const RecordingJournal::Recovered &recovered : mJournal.recover()) {
-        RecordedAudioInfo *item = mList.itemWithFile(recovered.original);
-        if (recovered.failure.isEmpty()) {
-            if (!item)
-                item = &mList.addRecordedFile(recovered.file, kNoDuration, {});
-            item->Seconds = recovered.durationSeconds;
-            item->setDuration(ToolString::stringFromDuration(recovered.durationSeconds));
-            item->setSize(ToolFile::fileSizeFormatterToString(QFileInfo(recovered.file).size()));
-            mList.save(*item);
-        } else if (item) {
-            mList.remove(*item);
-        }
-        mView.recordingRecovered(recovered);
-    }
 }
 
 void RecordingSession::setExecutedTask(const std::optional<ExecutedTask> &task) {

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/Result.h"
+#include "recording/CrashLeftovers.h"
 #include "recording/RecordManager.h"
 #include "recording/RecordedConversions.h"
 #include "recording/RecordedList.h"
@@ -69,7 +70,7 @@ public:
     bool isFollowed() const { return isSplitting() || mStartsAfterFile || mGoesOnAfterSleep; }
     bool isPausedBySilence() const { return ispausedBySilence; }
     bool isPrepareStartRecording() const { return mRecordManager && mRecordManager->isPrepareRecording(); }
-    // Nothing is recorded, finished, started again or converted.
+    // Nothing is recorded, finished, started again, converted or repaired.
     bool isSettled() const;
     const RecordingDisplay &display() const { return mDisplay; }
     QString file() const { return mFile; }
@@ -81,8 +82,8 @@ public:
 
     // Makes this process the owner of recordings, list and tasks; false when another one is.
     bool claim() { return mJournal.claim(); }
-    // Repairs what a crash has left behind, and has it in the list. After claim().
-    void recover();
+    // What a crash has left behind. After claim().
+    CrashLeftovers &leftovers() { return mLeftovers; }
 
     // The recordings from now on belong to this task, or to none.
     void setExecutedTask(const std::optional<ExecutedTask> &task);
@@ -117,6 +118,7 @@ private:
 
     void interrupted(const FinishedRecording &recording, const foundation::Failure &failure);
     void startAgain();
+    void endOrGiveUp(const QString &file);
     void rescued(const QString &file);
     void filter(const FinishedRecording &recording);
     void complete(const FinishedRecording &recording);
@@ -134,6 +136,7 @@ private:
     RecordingSessionView &mView;
     RecordedList &mList;
     RecordingJournal mJournal;
+    CrashLeftovers mLeftovers;
     foundation::Clock &mClock;
     RecordedConversions mConversions;
     std::unique_ptr<RecordManager> mRecordManager;

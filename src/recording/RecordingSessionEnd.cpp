@@ -67,6 +67,14 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
     goOn();
 }
 
+// What could not be closed, on a full disk for one, is a leftover for the next start of the program.
+void RecordingSession::endOrGiveUp(const QString &file) {
+    if (media::isUnfinished(file))
+        mJournal.giveUp(file);
+    else
+        mJournal.end(file);
+}
+
 // The folder was removed, and what was recorded is in another now. Nothing follows.
 void RecordingSession::rescued(const QString &file) {
     mJournal.end(mFile);
@@ -107,9 +115,7 @@ void RecordingSession::complete(const FinishedRecording &recording) {
     item.setDuration(ToolString::stringFromDuration(recording.seconds));
     item.setSize(size);
     mList.save(item);
-    // What could not be closed, on a full disk for one, is closed by the next start of the program.
-    if (!media::isUnfinished(recording.file))
-        mJournal.end(recording.file);
+    endOrGiveUp(recording.file);
     convert(recording);
     Log(QStringLiteral("did stop record succ :\n{\n    Path = %1\n    Duration = %2 s\n    FileSize = %3\n}")
             .arg(recording.file, QString::number(recording.seconds, 'f', 2), size));
@@ -149,8 +155,7 @@ void RecordingSession::interrupted(const FinishedRecording &recording, const Fai
         mCurRecordAudioInfo->setDuration(ToolString::stringFromDuration(seconds));
         mList.save(*mCurRecordAudioInfo);
     }
-    if (!media::isUnfinished(recording.file))
-        mJournal.end(recording.file);
+    endOrGiveUp(recording.file);
     mFailuresInARow = seconds >= 1 ? 0 : mFailuresInARow + 1;
     isStoppedBySilence = isAutoSplitEverySeconds = false;
     if (mGoesOnAfterSleep) {

@@ -27,6 +27,8 @@ double bytesOf(const QString &size) {
 QString stateOf(const RecordedAudioInfo &item) {
     if (item.isRecording)
         return Lang::tabRecordStatusRecording();
+    if (item.isInterrupted)
+        return Lang::windowInterrupted();
     if (!item.status().isEmpty())
         return item.status();
     return item.isProcessing ? Lang::windowFinishing() : QString();
@@ -184,7 +186,7 @@ Qt::ItemFlags RecordingsModel::flags(const QModelIndex &index) const {
     if (!item)
         return Qt::NoItemFlags;
     Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
-    if (item->isRecording || item->isProcessing)
+    if (item->isInUse())
         return flags; // Its file is not ready.
     flags |= Qt::ItemIsDragEnabled;
     return index.column() == Title ? flags | Qt::ItemIsEditable : flags;

@@ -22,7 +22,7 @@ foundation::Result<void> RecordingsRemoval::remove(const std::vector<RecordedAud
     mHasMovedFiles = files == Files::IntoWastebasket;
     QString failed;
     for (RecordedAudioInfo *item : items) {
-        if (item->isRecording || item->isProcessing)
+        if (item->isInUse())
             continue;
         QString moved;
         const QString path = item->getFileName();

@@ -50,6 +50,8 @@ void AlertAsker::showNext() {
     mOpen->setObjectName(QStringLiteral("sheet"));
     describe(*mOpen, next.sheet.messageText, next.sheet.informativeText, next.sheet.style);
     const auto buttons = addButtons(*mOpen, next.sheet.buttons);
+    if (next.sheet.lastIsDefault && !buttons.empty())
+        mOpen->setDefaultButton(buttons.back());
     QMessageBox *box = mOpen;
     QObject::connect(box, &QDialog::finished, &mWindow, [this, box, buttons, completion = next.completion] {
         const int returnCode = MainWindowFace::kFirstButton + indexOf(buttons, box->clickedButton());

@@ -175,7 +175,7 @@ void LibraryTab::showMenu(const QPoint &position) {
         added->setEnabled(enabled);
     };
     const bool isOne = items.size() == 1;
-    const bool isReady = !items.front()->isRecording && !items.front()->isProcessing;
+    const bool isReady = !items.front()->isInUse();
     add(
         "play", Lang::btnPlay(), [this, items] { play(*items.front()); }, isOne && isReady);
     add(
@@ -200,7 +200,7 @@ void LibraryTab::playOrPause() {
 }
 
 void LibraryTab::play(const RecordedAudioInfo &item) {
-    if (item.isRecording || item.isProcessing)
+    if (item.isInUse())
         return;
     if (!QFileInfo::exists(item.getFileName()))
         notice(Lang::tabPlaylistNoFile(), false);

@@ -220,6 +220,48 @@ void MainWindow::showAbout() {
     about.exec();
 }
 
+void MainWindow::offerLeftovers() {
+    const auto pending = mParts.session.leftovers().pending();
+    if (pending.empty()) {
+        recoverLeftovers(); // What was whole when the crash came may lack in the list.
+        return;
+    }
+    const AlertSheet sheet{AlertStyle::Informational,
+                           AppSettings::appName(),
+                           leftoversText(pending),
+                           {Lang::windowRecover(), Lang::windowDiscard(), Lang::windowLater()}};
+    mAlerts->beginSheet(sheet, [this](int returnCode) {
+        if (returnCode == MainWindowFace::kFirstButton)
+            recoverLeftovers();
+        else if (returnCode == MainWindowFace::kFirstButton + 1)
+            askBeforeDiscarding();
+    });
+}
+
+void MainWindow::recoverLeftovers() {
+    mParts.session.leftovers().recoverBehind([this](const CrashLeftovers::Recovered &recovered) {
+        if (const QString text = recoveredText(recovered); !text.isEmpty())
+            mParts.panel.setSentence(text);
+        mLibraryTab->itemsDidChange();
+        if (mIsLeaving)
+            endOnceSettled();
+    });
+}
+
+void MainWindow::askBeforeDiscarding() {
+    const AlertSheet sheet{AlertStyle::Warning,
+                           AppSettings::appName(),
+                           Lang::windowDiscardConfirm(),
+                           {Lang::windowDiscard(), Lang::btnNo()},
+                           true};
+    mAlerts->beginSheet(sheet, [this](int returnCode) {
+        if (returnCode != MainWindowFace::kFirstButton)
+            return;
+        if (const auto discarded = mParts.session.leftovers().discard(); !discarded)
+            mParts.panel.setSentence(discarded.failure().sentence);
+    });
+}
+
 void MainWindow::changeLanguageText() {
     setWindowTitle(AppSettings::appName());
     mTabs->setTabText(mTabs->indexOf(mRecordingTab), Lang::tabRecordTitle());

@@ -52,6 +52,8 @@ public:
     // A newer version; or, for a check by hand, that there is none or nobody answered.
     void offerUpdate(const UpdateDescription &description);
     void tellNoUpdate(bool isLatest);
+    // Asks what shall become of what a crash left of recordings; nothing where there is none.
+    void offerLeftovers();
     void bringToFront();
     // Ends the program, and what is recorded, without asking.
     void stopAndQuit();
@@ -77,6 +79,8 @@ private:
     void makeMenu();
     void showShutdown(int seconds);
     void showAbout();
+    void recoverLeftovers();
+    void askBeforeDiscarding();
     void showIcons();
     // The person wants the program to end.
     void leave();

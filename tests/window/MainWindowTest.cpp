@@ -1,4 +1,5 @@
 #include "recording/RecordingsModel.h"
+#include "tests/support/Unfinished.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
 #include "util/UpdateCheck.h"
@@ -48,18 +49,6 @@ public:
         window.quit = [this] { ++quits; };
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
-    }
-    // Presses a button of the sheet that hangs on the window.
-    void answer(const QString &text) {
-        auto *sheet = find<QMessageBox>("sheet");
-        ASSERT_NE(sheet, nullptr);
-        for (QAbstractButton *button : sheet->buttons())
-            if (button->text() == text) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                pass(50);
-                return;
-            }
-        FAIL() << text.toStdString();
     }
     void record() {
         click("record");
@@ -112,6 +101,86 @@ TEST_F(MainWindow, AnUpdateIsOfferedAsPlainTextAndCanBeSkipped) {
     EXPECT_TRUE(update.isOffered());
     click("skip");
     EXPECT_FALSE(update.isOffered());
+}
+
+class Leftovers : public MainWindow {
+public:
+    Leftovers() {
+        testing::unfinished(left);
+        before = testing::contents(left);
+        EXPECT_TRUE(RecordingJournal(state).begin(left));
+        list.addRecordedFile(left, QStringLiteral("00:00:00"), {});
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        window.offerLeftovers();
+        pass(50);
+    }
+    bool isUntouched() const {
+        return testing::contents(left) == before && RecordingJournal(state).leftovers().size() == 1
+               && list.itemWithFile(left);
+    }
+    void key(Qt::Key key) {
+        QTest::keyClick(find<QMessageBox>("sheet"), key);
+        pass(50);
+    }
+    bool isAsking() const { return window.findChild<QMessageBox *>(QStringLiteral("sheet")) != nullptr; }
+
+    const QString state = QDir::homePath() + QStringLiteral("/state"), left = path("Evening concert.m4a");
+    QByteArray before;
+};
+
+TEST_F(Leftovers, AreRecoveredIntoTheLibraryAndToldInOneSentence) {
+    photograph(*find<QMessageBox>("sheet"), QStringLiteral("leftover"));
+    EXPECT_TRUE(find<QMessageBox>("sheet")->text().contains(QStringLiteral("Evening concert.m4a")));
+    EXPECT_TRUE(isUntouched()) << "nothing happens before the answer";
+    answer(Lang::windowRecover());
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    EXPECT_TRUE(find<QLabel>("sentence")->text().contains(QStringLiteral("Evening concert.m4a")));
+    photograph(window, QStringLiteral("leftover-recovered"));
+    EXPECT_FALSE(media::isUnfinished(left));
+    EXPECT_GE(list.itemWithFile(left)->Seconds, 1.0);
+    window.offerLeftovers();
+    EXPECT_FALSE(isAsking()) << "once";
+}
+
+TEST_F(Leftovers, LaterIsTheSafeAnswerAndRecordsBesideThem) {
+    key(Qt::Key_Escape);
+    EXPECT_FALSE(isAsking());
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    EXPECT_FALSE(isAsking()) << "once in a start";
+    EXPECT_TRUE(isUntouched());
+}
+
+TEST_F(Leftovers, AreDiscardedOnlyWithASecondYes) {
+    for (const Qt::Key no : {Qt::Key_Return, Qt::Key_Escape}) {
+        answer(Lang::windowDiscard());
+        EXPECT_EQ(find<QMessageBox>("sheet")->text(), Lang::windowDiscardConfirm());
+        photograph(*find<QMessageBox>("sheet"), QStringLiteral("leftover-discard"));
+        key(no);
+        EXPECT_FALSE(isAsking());
+        EXPECT_TRUE(isUntouched());
+        window.offerLeftovers();
+        pass(50);
+    }
+    answer(Lang::windowDiscard());
+    answer(Lang::windowDiscard());
+    EXPECT_FALSE(QFile::exists(left));
+    EXPECT_EQ(list.itemWithFile(left), nullptr);
+    EXPECT_TRUE(RecordingJournal(state).leftovers().empty());
+    EXPECT_TRUE(QFile::exists(QDir::homePath() + QStringLiteral("/.local/share/Trash/files/Evening concert.m4a")));
+}
+
+TEST_F(Leftovers, TheEndWaitsForTheirRepair) {
+    int quits = 0;
+    window.quit = [&] { ++quits; };
+    answer(Lang::windowRecover());
+    window.close();
+    ASSERT_TRUE(passUntil([&] { return quits == 1; }));
+    EXPECT_FALSE(media::isUnfinished(left));
+    EXPECT_TRUE(RecordingJournal(state).abandoned().isEmpty());
 }
 
 class Library : public test::WindowFixture {

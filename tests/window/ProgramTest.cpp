@@ -1,7 +1,11 @@
+#include "app/Hardware.h"
 #include "log/Log.h"
+#include "recording/RecordingJournal.h"
+#include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateWorld.h"
+#include "tests/support/Unfinished.h"
 
-#include <QFile>
+#include <QDir>
 #include <QProcess>
 
 #include <gtest/gtest.h>
@@ -14,7 +18,7 @@ QByteArray logOf() {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-struct ProgramTest : testing::Test {
+struct ProgramTest : ::testing::Test {
     ProgramTest() { qputenv("CANTOREL_DEBUG", "1"); } // nothing is asked of the maker
     int endBySignal(const QStringList &arguments, const QByteArray &logged) {
         program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -30,6 +34,17 @@ struct ProgramTest : testing::Test {
 
 TEST_F(ProgramTest, TheEndOfALogInEndsTheWindowInOrder) {
     EXPECT_EQ(endBySignal({"--backend=embedded"}, "RegisterHotkey -> "), 0);
+}
+
+TEST_F(ProgramTest, WhatACrashLeftIsAskedAboutAndNotTouchedBefore) {
+    const QString state = Hardware::stateFolder(), left = QDir::homePath() + QStringLiteral("/left.m4a");
+    testing::unfinished(left);
+    const QByteArray before = testing::contents(left);
+    ASSERT_TRUE(RecordingJournal(state).claim()) << "makes the folder";
+    ASSERT_TRUE(RecordingJournal(state).begin(left));
+    EXPECT_EQ(endBySignal({"--backend=embedded"}, "RegisterHotkey -> "), 0);
+    EXPECT_EQ(testing::contents(left), before);
+    EXPECT_EQ(RecordingJournal(state).leftovers().size(), 1u);
 }
 
 TEST_F(ProgramTest, TheEndOfALogInEndsAStartWithoutASoundServerToo) {

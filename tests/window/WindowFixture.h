@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QMessageBox>
 #include <QTest>
 
 #include <cmath>
@@ -45,6 +46,18 @@ public:
         const bool isBox = qobject_cast<QCheckBox *>(widget) != nullptr;
         QTest::mouseClick(widget, Qt::LeftButton, {},
                           isBox ? QPoint(8, widget->height() / 2) : widget->rect().center());
+    }
+    // Presses a button of the sheet that hangs on the window.
+    void answer(const QString &text) {
+        auto *sheet = find<QMessageBox>("sheet");
+        ASSERT_NE(sheet, nullptr);
+        for (QAbstractButton *button : sheet->buttons())
+            if (button->text() == text) {
+                QTest::mouseClick(button, Qt::LeftButton);
+                pass(50);
+                return;
+            }
+        FAIL() << text.toStdString();
     }
     // Keeps a picture of a window where a folder for pictures is named.
     static void photograph(QWidget &widget, const QString &name) {

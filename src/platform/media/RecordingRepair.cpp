@@ -30,6 +30,7 @@ namespace {
 constexpr std::uint64_t kLargestStart = 4096;
 constexpr std::uint64_t kLargestFragmentHeader = 1 << 20;
 constexpr std::size_t kCopyPiece = 1 << 20;
+constexpr std::size_t kTellingFragments = 64;
 
 std::vector<std::uint8_t> readAt(const FileDescriptor &file, std::uint64_t position, std::uint64_t count) {
     std::vector<std::uint8_t> bytes(count);
@@ -61,10 +62,12 @@ struct Found {
     std::uint64_t end = 0; // behind the last whole fragment
 };
 
-Found wholeFragments(const FileDescriptor &file, std::uint64_t position, std::uint64_t fileSize) {
+constexpr std::size_t kAllFragments = SIZE_MAX;
+
+Found wholeFragments(const FileDescriptor &file, std::uint64_t position, std::uint64_t fileSize, std::size_t most) {
     Found found;
     found.end = position;
-    for (;;) {
+    for (std::size_t fragments = 0; fragments < most; ++fragments) {
         const auto moofHeader = readAt(file, position, 8);
         if (!isBox(moofHeader, "moof"))
             break;
@@ -122,6 +125,25 @@ bool isUnfinished(const QString &path) {
     return file.isOpen() && startOf(file);
 }
 
+double unfinishedSeconds(const QString &path) {
+    const FileDescriptor file = openToRead(path);
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
+        return 0;
+    const auto start = startOf(file);
+    if (!start)
+        return 0;
+    const auto size = static_cast<std::uint64_t>(status.st_size);
+    const Found first = wholeFragments(file, start->size, size, kTellingFragments);
+    const auto frames = static_cast<double>(first.table.packets()) * kFramesPerPacket
+                        - static_cast<double>(start->format.primingFrames);
+    if (frames <= 0)
+        return 0;
+    const bool isAll = wholeFragments(file, first.end, size, 1).end == first.end;
+    const double told = static_cast<double>(first.end - start->size), all = static_cast<double>(size - start->size);
+    return frames / start->format.sampleRate * (isAll ? 1 : all / told);
+}
+
 Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPath) {
     const FileDescriptor file = openToRead(path);
     struct stat status {};
@@ -130,7 +152,7 @@ Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPa
     const auto start = startOf(file);
     if (!start)
         return failures::notUnfinished(path);
-    Found found = wholeFragments(file, start->size, static_cast<std::uint64_t>(status.st_size));
+    Found found = wholeFragments(file, start->size, static_cast<std::uint64_t>(status.st_size), kAllFragments);
     const std::int64_t frames =
         static_cast<std::int64_t>(found.table.packets()) * kFramesPerPacket - start->format.primingFrames;
     if (frames <= 0)

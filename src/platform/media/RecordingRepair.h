@@ -18,6 +18,10 @@ struct RepairedFile {
 // read.
 bool isUnfinished(const QString &path);
 
+// About how long such a file is, by its first minute or so and its size; exact where there is no more. 0 for another
+// file. Time does not grow with the size.
+double unfinishedSeconds(const QString &path);
+
 // Makes an ordinary M4A at copyPath of all whole fragments of the file, which is left as it is. The copy appears under
 // its name only when it is whole and on the disk; an existing file of that name is replaced. Time grows with the size,
 // memory by two bytes a packet. Any thread.

@@ -54,7 +54,9 @@ TEST_F(RecordingRepairTest, CutAtAnyByteGivesEveryWholeFragmentAndLeavesTheOrigi
         std::size_t fragments = 0;
         while (fragments + 1 < mEnds.size() && mEnds[fragments + 1] <= static_cast<std::uint64_t>(cut))
             ++fragments;
+        const double seconds = unfinishedSeconds(mBroken);
         const auto repaired = repairUnfinished(mBroken, mCopy);
+        ASSERT_EQ(seconds, repaired ? repaired.value().durationSeconds : 0);
         ASSERT_EQ(contents(mBroken), mWhole.left(cut));
         ASSERT_EQ(repaired.ok(), fragments > 0);
         ASSERT_EQ(QFile::exists(mCopy), fragments > 0);
@@ -115,10 +117,19 @@ TEST_F(RecordingRepairTest, OtherFilesAreNotUnfinished) {
         SCOPED_TRACE(what);
         store(mBroken, bytes);
         EXPECT_FALSE(isUnfinished(mBroken));
+        EXPECT_EQ(unfinishedSeconds(mBroken), 0);
         EXPECT_FALSE(repairUnfinished(mBroken, mCopy));
     }
     EXPECT_FALSE(isUnfinished(mFolder.path())) << "a folder";
     EXPECT_FALSE(isUnfinished(mFolder.filePath(QStringLiteral("missing.m4a"))));
+}
+
+TEST_F(RecordingRepairTest, TheLengthOfALongOneIsToldByItsBeginning) {
+    auto file = FragmentedFile::create(mBroken, plainFormat());
+    for (std::uint32_t i = 0; i < 1000; ++i)
+        ASSERT_TRUE(file.value()->append(stampedPackets(i * kPacketsEach, kPacketsEach)));
+    const double seconds = (1000 * kPacketsEach - 1) * 1024 / 48000.0;
+    EXPECT_NEAR(unfinishedSeconds(mBroken), seconds, seconds / 10) << "packets differ in size";
 }
 
 TEST_F(RecordingRepairTest, UnwritableCopyIsTold) {

@@ -1,10 +1,9 @@
 #include "recording/RecordingJournal.h"
 
 #include "platform/foundation/ChildProcess.h"
-#include "platform/media/AudioFileWriter.h"
 #include "platform/media/RecordingRepair.h"
 #include "tests/support/OrdinaryFile.h"
-#include "tests/support/Sound.h"
+#include "tests/support/Unfinished.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -24,20 +23,7 @@ using testing::store;
 class RecordingJournalTest : public ::testing::Test {
 protected:
     QString path(const QString &name) const { return mFolder.filePath(name); }
-    // A recording of which a crash left all fragments but the last half.
-    QString unfinished(const QString &name) const {
-        const QString file = path(name);
-        auto writer = media::AudioFileWriter::open(file, 48000);
-        EXPECT_TRUE(writer.ok());
-        EXPECT_TRUE(writer.value()->append(testing::tone(48000 * 2, 48000)).ok());
-        EXPECT_TRUE(QFile::copy(file, file + QStringLiteral(".crashed")));
-        EXPECT_TRUE(writer.value()->finish().ok());
-        writer.value().reset();
-        QFile::remove(file);
-        EXPECT_TRUE(QFile::rename(file + QStringLiteral(".crashed"), file));
-        EXPECT_TRUE(media::isUnfinished(file));
-        return file;
-    }
+    QString unfinished(const QString &name) const { return testing::unfinished(path(name)); }
 
     QTemporaryDir mFolder;
     const QString mState = mFolder.filePath(QStringLiteral("state/deep"));
@@ -128,6 +114,41 @@ TEST_F(RecordingJournalTest, ARecoveryThatWasInterruptedIsDoneAgain) {
     EXPECT_EQ(contents(file), whole);
 }
 
+TEST_F(RecordingJournalTest, LeftoversAreToldAndNotTouched) {
+    const QString file = unfinished(QStringLiteral("a.m4a")), whole = path(QStringLiteral("b.m4a"));
+    const QByteArray before = contents(file);
+    ASSERT_TRUE(media::repairUnfinished(file, whole));
+    ASSERT_TRUE(mJournal.claim());
+    for (const QString &begun : {file, whole, file, path(QStringLiteral("never made.m4a"))})
+        ASSERT_TRUE(mJournal.begin(begun));
+    EXPECT_TRUE(mJournal.leftovers().empty()) << "what is written here is none";
+    EXPECT_TRUE(mJournal.recover().empty()) << "and nobody repairs it under the writer's hands";
+    for (int start = 0; start < 2; ++start) {
+        const auto left = RecordingJournal(mState).leftovers();
+        ASSERT_EQ(left.size(), 1u) << "each once, and only unfinished ones";
+        EXPECT_EQ(left[0].file, file);
+        EXPECT_EQ(left[0].bytes, before.size());
+        EXPECT_EQ(left[0].written, QFileInfo(file).lastModified());
+        EXPECT_GT(left[0].seconds, 0.2);
+        EXPECT_LT(left[0].seconds, 5);
+    }
+    EXPECT_EQ(contents(file), before);
+    mJournal.giveUp(file);
+    EXPECT_EQ(mJournal.leftovers().size(), 1u) << "what could not be closed is one";
+}
+
+TEST_F(RecordingJournalTest, WhatIsRecordedBesideLeftoversLosesNone) {
+    const QString left = unfinished(QStringLiteral("left.m4a")), other = unfinished(QStringLiteral("other.m4a"));
+    ASSERT_TRUE(mJournal.claim());
+    ASSERT_TRUE(mJournal.begin(left));
+    RecordingJournal next(mState);
+    ASSERT_TRUE(next.begin(other));
+    EXPECT_EQ(next.abandoned(), QStringList{left});
+    EXPECT_EQ(RecordingJournal(mState).leftovers().size(), 2u) << "a second crash";
+    next.end(other);
+    EXPECT_EQ(RecordingJournal(mState).abandoned(), QStringList{left});
+}
+
 TEST_F(RecordingJournalTest, ForeignAndEmptyFilesAreLeftAlone) {
     const QString foreign = path(QStringLiteral("a.m4a")), empty = path(QStringLiteral("b.m4a"));
     store(foreign, "somebody else's");
@@ -135,7 +156,7 @@ TEST_F(RecordingJournalTest, ForeignAndEmptyFilesAreLeftAlone) {
     ASSERT_TRUE(mJournal.claim());
     ASSERT_TRUE(mJournal.begin(foreign));
     ASSERT_TRUE(mJournal.begin(empty));
-    EXPECT_TRUE(mJournal.recover().empty());
+    EXPECT_TRUE(RecordingJournal(mState).recover().empty());
     EXPECT_EQ(contents(foreign), "somebody else's");
     EXPECT_TRUE(QFile::exists(empty));
 }

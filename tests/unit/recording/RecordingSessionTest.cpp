@@ -200,7 +200,7 @@ TEST_F(RecordingSessionTest, ErrorsStartTheRecordingAgainUntilThreeHaveBroughtNo
     EXPECT_FALSE(session.isRecording());
     EXPECT_EQ(view.settled, 1);
     // Whole at the latest when the program starts the next time.
-    session.recover();
+    session.leftovers().recover();
     EXPECT_FALSE(media::isUnfinished(view.kept));
     EXPECT_TRUE(testing::packetsOf(testing::contents(view.kept)));
 }
@@ -312,8 +312,8 @@ TEST_F(RecordingSessionTest, AFolderThatIsRemovedMeanwhileCostsNothingThatWasRec
         EXPECT_FALSE(session.isRecording());
         EXPECT_FALSE(QFile::exists(chosen)) << "nothing is made where somebody has removed it";
     }
-    session.recover();
-    EXPECT_TRUE(view.recovered.isEmpty()) << "nothing is left to be looked at";
+    EXPECT_TRUE(RecordingJournal(QDir::homePath() + QStringLiteral("/journal")).abandoned().isEmpty())
+        << "nothing is left to be looked at";
 }
 
 } // namespace cantorel
