@@ -66,7 +66,8 @@ void MainWindow::complete() {
     page->setContentsMargins({});
     page->addWidget(mLibraryTab);
     mStatusItem = std::make_unique<StatusItem>(
-        mParts.panel, StatusItem::Actions{[this] { bringToFront(); }, [this] { mParts.recorder.onStartRecording(); },
+        mParts.panel, StatusItem::Actions{[this] { bringToFront(); }, [this] { showOrHide(); },
+                                          [this] { mParts.recorder.onStartRecording(); },
                                           [this] { mParts.session.onPauseRecording(); },
                                           [this] { mParts.session.splitRecording(); }, [this] { leave(); }});
     QApplication::setWindowIcon(applicationIcon());
@@ -289,6 +290,13 @@ void MainWindow::bringToFront() {
     show();
     raise();
     activateWindow();
+}
+
+void MainWindow::showOrHide() {
+    if (isVisible() && !isMinimized() && !mAlerts->isShowingSheet())
+        hide();
+    else
+        bringToFront();
 }
 
 void MainWindow::showTriggers(const std::array<QString, 3> &triggers) {

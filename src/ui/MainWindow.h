@@ -82,6 +82,7 @@ private:
     void recoverLeftovers();
     void askBeforeDiscarding();
     void showIcons();
+    void showOrHide();
     // The person wants the program to end.
     void leave();
     void endOnceSettled();

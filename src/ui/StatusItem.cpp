@@ -53,7 +53,7 @@ StatusItem::StatusItem(RecorderPanel &panel, Actions actions)
     mItem.setContextMenu(&mMenu);
     connect(&mItem, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason == QSystemTrayIcon::Trigger)
-            mActions.showWindow();
+            mActions.showOrHide();
     });
     changeLanguageText();
     mItem.show();
@@ -66,7 +66,10 @@ void StatusItem::showPanel() {
     mPause->setText(mPanel.controls().pauseShowsResume ? Lang::btnResume() : Lang::windowPause());
     mPause->setEnabled(mPanel.controls().pauseEnabled);
     mSplit->setEnabled(isRunning);
-    mItem.setIcon(!isRunning ? mIdle : state == RecorderState::Recording ? mRecording : mWaiting);
+    // The desktop fetches an icon that is set again, the same or not.
+    const QIcon &icon = !isRunning ? mIdle : state == RecorderState::Recording ? mRecording : mWaiting;
+    if (icon.cacheKey() != mItem.icon().cacheKey())
+        mItem.setIcon(icon);
     mItem.setToolTip(isRunning ? QStringLiteral("%1 %2").arg(mPanel.stateText(), mPanel.display().duration)
                                : AppSettings::appName());
 }

@@ -15,9 +15,9 @@ namespace cantorel::ui {
 // the main window.
 class StatusItem : public QObject {
 public:
-    // What its menu does. All are set.
+    // What its menu and a click on it do. All are set.
     struct Actions {
-        std::function<void()> showWindow, record, pause, split, quit;
+        std::function<void()> showWindow, showOrHide, record, pause, split, quit;
     };
     StatusItem(RecorderPanel &panel, Actions actions);
 
