@@ -2,11 +2,13 @@
 
 #include "platform/desktop/ShellScriptHost.h"
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
+#include "platform/desktop/dbus/DBusNotifications.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
 #include "platform/desktop/dbus/DBusRemoteControl.h"
 #include "platform/desktop/dbus/DBusSleepDelay.h"
 #include "platform/desktop/portal/PortalHotKeys.h"
 #include "platform/desktop/x11/X11HotKeys.h"
+#include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 
 namespace cantorel {
@@ -16,6 +18,8 @@ desktop::Services desktopServices() {
     services.scripts = std::make_unique<desktop::ShellScriptHost>();
     services.power = std::make_unique<desktop::DBusPowerActivity>();
     services.files = std::make_unique<desktop::DBusFileManagerReveal>();
+    services.notifications =
+        std::make_unique<desktop::DBusNotifications>(AppSettings::appName(), QString::fromLatin1(kBundleIdentifier));
     services.remote = std::make_unique<desktop::DBusRemoteControl>(QString::fromLatin1(kBundleIdentifier),
                                                                    QStringLiteral("/com/tessolar/Cantorel"),
                                                                    QStringLiteral("com.tessolar.Cantorel.Recorder"));

@@ -476,6 +476,9 @@ public:
     static QString windowStopAndQuit() { return builtInOrLoaded("windowStopAndQuit"); }
     static QString windowKeepRecording() { return builtInOrLoaded("windowKeepRecording"); }
     static QString windowGoesOnHidden() { return builtInOrLoaded("windowGoesOnHidden"); }
+    static QString windowTaskAhead() { return builtInOrLoaded("windowTaskAhead"); }
+    static QString windowKeepWaiting() { return builtInOrLoaded("windowKeepWaiting"); }
+    static QString windowWaitsHidden() { return builtInOrLoaded("windowWaitsHidden"); }
     static QString windowRecoveredTitle() { return builtInOrLoaded("windowRecoveredTitle"); }
     static QString windowRecover() { return builtInOrLoaded("windowRecover"); }
     static QString windowLater() { return builtInOrLoaded("windowLater"); }

@@ -1,6 +1,9 @@
 #include "recording/RecorderPanel.h"
 
 #include "lang/Lang.h"
+#include "util/Tools.h"
+
+#include <QLocale>
 
 namespace cantorel {
 
@@ -67,6 +70,15 @@ QString RecorderPanel::timeLeftText() const {
     if (!isRunning() || !mDisplay.secondsLeft)
         return {};
     return Lang::windowTimeLeft().replace(QLatin1String("[#Time#]"), hoursAndMinutes(*mDisplay.secondsLeft));
+}
+
+QString RecorderPanel::taskAheadText() const {
+    if (mCountdown.taskName.isEmpty() || mCountdown.isExecuted)
+        return {};
+    return Tools::fillTextMarkers(Lang::windowTaskAhead())
+        .replace(QLatin1String("[#Time#]"),
+                 QLocale().toString(mCountdown.start.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm")))
+        .replace(QLatin1String("[#TaskName#]"), mCountdown.taskName);
 }
 
 void RecorderPanel::setSentence(const QString &sentence) {

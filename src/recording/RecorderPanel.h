@@ -50,6 +50,8 @@ public:
     QString sentence() const { return mSentence; }
     void setSentence(const QString &sentence);
     const TaskCountdown &countdown() const { return mCountdown; }
+    // Which task is made next, and that it needs the program; empty when none lies ahead.
+    QString taskAheadText() const;
 
     void recordingStarted(const QString &file, const QString &device) override;
     void recordingControlsDidChange(const RecordingControls &controls) override;

@@ -270,6 +270,7 @@ void ScheduleTaskRunner::showCountdown(const QDateTime &now) const {
     } else if (mFound.closest) {
         countdown.taskName = mFound.closest->_taskName;
         countdown.seconds = std::max<qint64>(0, now.msecsTo(mFound.start) / 1000);
+        countdown.start = mFound.start;
     }
     if (!countdown.taskName.isEmpty())
         countdown.text = countdownText(countdown);

@@ -31,6 +31,7 @@ struct TaskCountdown {
     QString taskName;   // empty: no task lies ahead
     qint64 seconds = 0; // to the start, or to the end of the one that is executed
     bool isExecuted = false;
+    QDateTime start; // of one that lies ahead
     QString text;
 };
 

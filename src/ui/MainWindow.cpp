@@ -11,15 +11,17 @@
 #include "ui/StatusItem.h"
 #include "ui/TasksWindow.h"
 #include "ui/UpdateWindow.h"
+#include "util/Tools.h"
 
 #include <QApplication>
 #include <QBoxLayout>
 #include <QCloseEvent>
-#include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
 #include <QTabWidget>
 #include <QToolButton>
+
+#include <utility>
 
 namespace cantorel::ui {
 
@@ -36,7 +38,9 @@ MainWindow::MainWindow(const Parts &parts)
       mTabs(new QTabWidget(this)),
       mMenuButton(new QToolButton(this)),
       mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, this)),
-      mLibraryPage(new QWidget(this)) {
+      mLibraryPage(new QWidget(this)),
+      mNotices({[this] { bringToFront(); }, [this] { mParts.recorder.stopByHand(); },
+                [this](const QString &title, const QString &text) { statusItem().notify(title, text); }}) {
     setMinimumSize(kSmallest);
     resize(kFirst);
     mTabs->setDocumentMode(true);
@@ -142,13 +146,13 @@ void MainWindow::listen() {
     panel.playbackShallStop = [this] { library().stopPlayback(); };
     panel.finished = [this](const FinishedRecording &recording) {
         if (!isActiveWindow())
-            statusItem().notify(Lang::windowFileReady(), QFileInfo(recording.file).fileName());
+            mNotices.ready(recording.file);
     };
     panel.failed = [this](const QString &sentence) {
         if (!isActiveWindow())
-            statusItem().notify(Lang::windowRecordingFailed(), sentence);
+            mNotices.tell(Lang::windowRecordingFailed(), sentence);
     };
-    panel.missed = [this](const QString &sentence) { statusItem().notify(Lang::windowTaskMissed(), sentence); };
+    panel.missed = [this](const QString &sentence) { mNotices.tell(Lang::windowTaskMissed(), sentence); };
     panel.shutdownIn = [this](int seconds) { showShutdown(seconds); };
     panel.settled = [this] {
         if (mIsLeaving)
@@ -286,6 +290,8 @@ void MainWindow::changeLanguageText() {
 }
 
 void MainWindow::bringToFront() {
+    mHasSign = false;
+    mNotices.endSign();
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
@@ -325,6 +331,10 @@ void MainWindow::showPanel() {
     if (!mLibraryTab)
         return;
     mStatusItem->showPanel();
+    if (mHasSign && !mParts.session.isRecording() && !mParts.session.isFollowed()) {
+        mNotices.endSign();
+        signDidChange(false);
+    }
     if (const RecordedAudioInfo *item = mParts.session.currentItem())
         mLibraryTab->itemDidChange(*item);
 }
@@ -347,33 +357,60 @@ void MainWindow::changeEvent(QEvent *event) {
 
 void MainWindow::closeEvent(QCloseEvent *event) {
     event->ignore(); // The application ends us.
-    leave();
+    const QString ahead = mParts.panel.taskAheadText();
+    if (ahead.isEmpty() || isRecording() || !statusItem().isThere()) {
+        leave();
+        return;
+    }
+    hide(); // It waits for the task in the tray.
+    if (!std::exchange(mHasToldOfWaiting, true))
+        mNotices.tell(Tools::fillTextMarkers(Lang::windowWaitsHidden()), ahead);
 }
 
 void MainWindow::leave() {
-    if (isRecording() && !mIsLeaving) {
-        bringToFront();
-        if (mAlerts->isShowingSheet())
-            return; // The question hangs there already.
-        // Without a tray the recording stays in sight as a minimised window.
-        const AlertSheet sheet{AlertStyle::Critical,
-                               AppSettings::appName(),
-                               Lang::windowStillRecording(),
-                               {Lang::windowKeepRecording(), Lang::windowStopAndQuit(), Lang::btnCancel()}};
-        mAlerts->beginSheet(sheet, [this](int returnCode) {
-            if (returnCode == MainWindowFace::kFirstButton) {
-                if (statusItem().isThere())
-                    hide();
-                else
-                    showMinimized();
-            } else if (returnCode == MainWindowFace::kFirstButton + 1) {
-                stopAndQuit();
-            }
-        });
+    const QString ahead = mParts.panel.taskAheadText();
+    if (mIsLeaving)
+        endOnceSettled();
+    else if (isRecording())
+        askToLeave(Lang::windowStillRecording(), Lang::windowKeepRecording(), Lang::windowStopAndQuit());
+    else if (!ahead.isEmpty())
+        askToLeave(ahead, Lang::windowKeepWaiting(), Lang::btnExit());
+    else
+        stopAndQuit();
+}
+
+void MainWindow::askToLeave(const QString &why, const QString &stay, const QString &quit) {
+    bringToFront();
+    if (mAlerts->isShowingSheet())
+        return; // The question hangs there already.
+    const AlertSheet sheet{AlertStyle::Critical, AppSettings::appName(), why, {stay, quit, Lang::btnCancel()}};
+    mAlerts->beginSheet(sheet, [this](int returnCode) {
+        if (returnCode == MainWindowFace::kFirstButton)
+            stayHidden();
+        else if (returnCode == MainWindowFace::kFirstButton + 1)
+            stopAndQuit();
+    });
+}
+
+// Without a tray it stays in sight: as a minimised window, or as a message of the desktop that ends the recording.
+void MainWindow::stayHidden() {
+    if (statusItem().isThere()) {
+        hide();
         return;
     }
-    mIsLeaving = true;
-    endOnceSettled();
+    showMinimized();
+    mHasSign = isRecording();
+    if (mHasSign)
+        mNotices.showSign([this](bool isThere) { signDidChange(isThere); });
+}
+
+void MainWindow::signDidChange(bool isThere) {
+    if (isThere && mHasSign && isMinimized())
+        hide();
+    if (isThere || !std::exchange(mHasSign, false))
+        return;
+    if (!isVisible() && !mIsLeaving)
+        showMinimized();
 }
 
 void MainWindow::stopAndQuit() {

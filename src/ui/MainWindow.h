@@ -2,6 +2,7 @@
 
 #include "recording/RecordedList.h"
 #include "recording/RecorderPanel.h"
+#include "recording/RecordingNotices.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -85,6 +86,10 @@ private:
     void showOrHide();
     // The person wants the program to end.
     void leave();
+    void askToLeave(const QString &why, const QString &stay, const QString &quit);
+    void stayHidden();
+    // What stands for the hidden window while it records, where there is no tray, is seen or has gone.
+    void signDidChange(bool isThere);
     void endOnceSettled();
     void complete();
     StatusItem &statusItem();
@@ -104,8 +109,11 @@ private:
     TasksWindow *mTasks = nullptr;
     std::array<QString, 3> mTriggers;
     std::unique_ptr<StatusItem> mStatusItem;
+    RecordingNotices mNotices;
     QPointer<QMessageBox> mShutdown; // counts down to it
     bool mIsLeaving = false;
+    bool mHasSign = false; // or asks for it
+    bool mHasToldOfWaiting = false;
 };
 
 } // namespace cantorel::ui

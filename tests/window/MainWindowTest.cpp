@@ -50,12 +50,6 @@ public:
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
-    void record() {
-        click("record");
-        ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
-        pass(2000);
-    }
-
     int quits = 0;
 };
 
@@ -65,7 +59,7 @@ TEST_F(Leaving, WithoutARecordingEndsAtOnce) {
 }
 
 TEST_F(Leaving, WhileRecordingAsksOnceAndNothingIsLost) {
-    record();
+    recordByButton();
     window.close();
     window.close();
     photograph(window, QStringLiteral("leaving"));

@@ -59,6 +59,12 @@ public:
             }
         FAIL() << text.toStdString();
     }
+    // Two seconds of the recording that the button starts.
+    void recordByButton() {
+        click("record");
+        ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+        pass(2000);
+    }
     // Keeps a picture of a window where a folder for pictures is named.
     static void photograph(QWidget &widget, const QString &name) {
         const QString folder = qEnvironmentVariable("CANTOREL_PICTURES");

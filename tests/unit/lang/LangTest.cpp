@@ -53,10 +53,10 @@ TEST(LangTable, AKeyIsThePrefixAndTheAttributeButForTheFixedPairings) {
 }
 
 TEST(LangTable, EveryKeyStandsOnceWithATextAndKnownMarkers) {
-    const QSet<QString> known = {QStringLiteral("AppName"),    QStringLiteral("NewLine"),   QStringLiteral("FileName"),
-                                 QStringLiteral("Time"),       QStringLiteral("Count"),     QStringLiteral("count"),
-                                 QStringLiteral("Keys"),       QStringLiteral("3 seconds"), QStringLiteral("5 seconds"),
-                                 QStringLiteral("240 seconds")};
+    const QSet<QString> known = {QStringLiteral("AppName"),   QStringLiteral("NewLine"),    QStringLiteral("FileName"),
+                                 QStringLiteral("Time"),      QStringLiteral("Count"),      QStringLiteral("count"),
+                                 QStringLiteral("TaskName"),  QStringLiteral("Keys"),       QStringLiteral("3 seconds"),
+                                 QStringLiteral("5 seconds"), QStringLiteral("240 seconds")};
     const QRegularExpression marker(QStringLiteral("\\[#(.*?)#\\]"));
     QSet<QString> keys, used;
     int neverLoaded = 0;

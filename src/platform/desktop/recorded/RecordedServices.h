@@ -31,7 +31,7 @@ private:
 };
 
 // Services that only record: "compile", "execute", "hold", "release", "activity", "hold machine", "release
-// machine", "reveal", "open", "play".
+// machine", "reveal", "open", "play", and what RecordedNotifications notes.
 Services recordedServices(const std::shared_ptr<CallRecord> &record);
 
 } // namespace cantorel::desktop

@@ -1,0 +1,219 @@
+// The window out of sight: what the desktop tells of it, and how it is left and found again.
+
+#include "platform/desktop/recorded/RecordedNotifications.h"
+#include "platform/desktop/x11/X11Handles.h"
+#include "recording/ListRequests.h"
+#include "tests/window/WindowFixture.h"
+
+#include <QSystemTrayIcon>
+
+namespace cantorel {
+namespace {
+
+using desktop::Notification;
+
+const QString kReady = QStringLiteral("ready"), kSign = QStringLiteral("sign");
+const QString kFolder = QStringLiteral("show-in-folder"), kStop = QStringLiteral("stop");
+
+class Background : public test::WindowFixture {
+public:
+    Background() {
+        window.quit = [this] { ++quits; };
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+    }
+    static desktop::RecordedNotifications &desktopMessages() {
+        return static_cast<desktop::RecordedNotifications &>(*desktop::InstalledServices::current().notifications);
+    }
+    void stop() {
+        recorder.stopByHand();
+        ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+        pass(50);
+    }
+    void hideWhileRecording() {
+        recordByButton();
+        window.close();
+        answer(Lang::windowKeepRecording());
+        ASSERT_TRUE(session.isRecording());
+    }
+    // A task of tomorrow.
+    void addTask(const char *name) {
+        const QDateTime start = QDateTime::currentDateTime().addDays(1);
+        ASSERT_TRUE(cantorel::addTask({QString::fromUtf8(name), start, start.addSecs(60), 1, false}));
+        pass(1100);
+    }
+    int sheets() const { return static_cast<int>(window.findChildren<QMessageBox *>(QStringLiteral("sheet")).size()); }
+
+    std::shared_ptr<desktop::CallRecord> record = std::make_shared<desktop::CallRecord>();
+    desktop::InstalledServices services{desktop::recordedServices(record)};
+    int quits = 0;
+};
+
+TEST_F(Background, TheLatestFileIsTakenToItsFolderOrTheWindow) {
+    recordByButton();
+    session.splitRecording();
+    ASSERT_TRUE(passUntil([&] { return list.items().size() == 2 && panel.state() == RecorderState::Recording; }));
+    pass(2000);
+    stop();
+    const QString file = list.items().back()->getFileName();
+    EXPECT_EQ(record->calls().filter(QStringLiteral("notify ready: ")),
+              (QStringList{QStringLiteral("notify ready: The recording is ready | Track1.mp3 | Show the main window | "
+                                          "Show in folder"),
+                           QStringLiteral("notify ready: The recording is ready | Track2.mp3 | Show the main window | "
+                                          "Show in folder")}));
+    window.showMinimized();
+    desktopMessages().press(kReady, kFolder);
+    EXPECT_EQ(record->calls().last(), QStringLiteral("reveal ") + file);
+    EXPECT_TRUE(window.isMinimized());
+
+    recordByButton();
+    stop();
+    window.showMinimized();
+    desktopMessages().press(kReady, Notification::click());
+    EXPECT_FALSE(window.isMinimized());
+}
+
+TEST_F(Background, AFileThatHasGoneIsLookedForInTheWindow) {
+    recordByButton();
+    stop();
+    ASSERT_TRUE(QFile::remove(list.items().back()->getFileName()));
+    window.showMinimized();
+    desktopMessages().press(kReady, kFolder);
+    EXPECT_FALSE(window.isMinimized());
+}
+
+TEST_F(Background, WhoLooksAtTheWindowIsNotTold) {
+    QApplication::setActiveWindow(&window); // There is no window manager to do it.
+    recordByButton();
+    stop();
+    EXPECT_TRUE(record->calls().filter(QStringLiteral("notify")).isEmpty());
+}
+
+TEST_F(Background, WithoutATrayALastingMessageStandsForTheHiddenRecording) {
+    hideWhileRecording();
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_TRUE(desktopMessages().isShown(kSign));
+    session.splitRecording();
+    ASSERT_TRUE(passUntil([&] { return list.items().size() == 2 && panel.state() == RecorderState::Recording; }));
+    EXPECT_TRUE(desktopMessages().isShown(kSign)) << "the next file is the same recording";
+    pass(2000);
+    desktopMessages().press(kSign, kStop);
+    EXPECT_FALSE(session.isRecording());
+    EXPECT_FALSE(desktopMessages().isShown(kSign));
+    EXPECT_TRUE(window.isMinimized()) << "nothing else would lead to it";
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    EXPECT_TRUE(desktopMessages().isShown(kReady));
+    EXPECT_EQ(quits, 0);
+}
+
+TEST_F(Background, AMessageThatIsPutAwayGivesTheWindowBackAndAShownWindowNeedsNone) {
+    hideWhileRecording();
+    desktopMessages().putAway(kSign);
+    EXPECT_TRUE(window.isMinimized());
+    window.close();
+    answer(Lang::windowKeepRecording());
+    EXPECT_FALSE(window.isVisible());
+    desktopMessages().press(kSign, Notification::click());
+    EXPECT_TRUE(window.isVisible() && !window.isMinimized());
+    EXPECT_FALSE(desktopMessages().isShown(kSign));
+    stop();
+    EXPECT_FALSE(window.isMinimized());
+}
+
+TEST_F(Background, WhereNobodyShowsMessagesTheWindowIsMinimised) {
+    desktopMessages().hasServer = false;
+    hideWhileRecording();
+    EXPECT_TRUE(window.isMinimized());
+    stop();
+    EXPECT_TRUE(window.isMinimized());
+}
+
+TEST_F(Background, ATaskAheadIsNamedBeforeTheProgramEnds) {
+    recorder.schedule().initScheduleTaskList();
+    addTask("News [#AppName#]");
+    window.close();
+    window.close();
+    EXPECT_EQ(sheets(), 1) << "asked once";
+    EXPECT_TRUE(find<QMessageBox>("sheet")->informativeText().contains(QStringLiteral("'News [#AppName#]'"))
+                || find<QMessageBox>("sheet")->text().contains(QStringLiteral("'News [#AppName#]'")));
+    photograph(*find<QMessageBox>("sheet"), QStringLiteral("task-ahead"));
+    answer(Lang::btnCancel());
+    EXPECT_FALSE(window.isMinimized());
+    window.close();
+    answer(Lang::windowKeepWaiting());
+    EXPECT_TRUE(window.isMinimized()) << "no tray here";
+    EXPECT_TRUE(record->calls().filter(QStringLiteral("notify")).isEmpty());
+    EXPECT_EQ(quits, 0);
+    window.close();
+    answer(Lang::btnExit());
+    EXPECT_EQ(quits, 1);
+}
+
+TEST_F(Background, ATaskThatIsOverKeepsNothingOpen) {
+    recorder.schedule().initScheduleTaskList();
+    addTask("News");
+    ASSERT_TRUE(removeTasks(QStringLiteral("News"), nullptr));
+    pass(1100);
+    window.close();
+    EXPECT_EQ(quits, 1);
+}
+
+// A tray as X11 knows it: the owner of a selection.
+class Tray {
+public:
+    Tray() {
+        constexpr std::string_view name = "_NET_SYSTEM_TRAY_S0";
+        const desktop::X11Memory<xcb_intern_atom_reply_t> atom(
+            xcb_intern_atom_reply(mX.get(), xcb_intern_atom(mX.get(), 0, name.size(), name.data()), nullptr));
+        const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(mX.get())).data;
+        const xcb_window_t window = xcb_generate_id(mX.get());
+        xcb_create_window(mX.get(), XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+        xcb_set_selection_owner(mX.get(), window, atom->atom, XCB_CURRENT_TIME);
+        const desktop::X11Memory<xcb_get_selection_owner_reply_t> owner(
+            xcb_get_selection_owner_reply(mX.get(), xcb_get_selection_owner(mX.get(), atom->atom), nullptr));
+        EXPECT_EQ(owner->owner, window);
+    }
+
+private:
+    desktop::X11Connection mX{xcb_connect(nullptr, nullptr)};
+};
+
+struct TrayFirst {
+    Tray tray;
+};
+class BackgroundWithTray : public TrayFirst, public Background {};
+
+TEST_F(BackgroundWithTray, AClosedWindowWaitsForTheTaskThereAndSaysSoOnce) {
+    ASSERT_TRUE(QSystemTrayIcon::isSystemTrayAvailable());
+    recorder.schedule().initScheduleTaskList();
+    addTask("News");
+    for (int round = 0; round < 2; ++round) {
+        window.close();
+        EXPECT_FALSE(window.isVisible());
+        EXPECT_EQ(sheets(), 0);
+        EXPECT_EQ(quits, 0);
+        window.bringToFront();
+    }
+    const QStringList told = record->calls().filter(QStringLiteral("notify "));
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told.first().contains(QStringLiteral("'News'")));
+
+    QApplication::setActiveWindow(&window);
+    QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(sheets(), 1) << "whoever quits means it, but is told";
+    answer(Lang::windowKeepWaiting());
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(quits, 0);
+}
+
+TEST_F(BackgroundWithTray, AHiddenRecordingNeedsNoOtherSign) {
+    hideWhileRecording();
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_FALSE(desktopMessages().isShown(kSign));
+    stop();
+    EXPECT_FALSE(window.isVisible()) << "it stays in the tray";
+}
+
+} // namespace
+} // namespace cantorel
