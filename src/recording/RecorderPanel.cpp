@@ -91,6 +91,7 @@ void RecorderPanel::recordingStarted(const QString &file, const QString &device)
     mIsSettled = false;
     mHasFrames = true;
     mIsDeviceLost = mIsPaused = false;
+    mLostFrames = 0;
     mFile = file;
     mDevice = device;
     mSentence.clear();
@@ -127,6 +128,16 @@ void RecorderPanel::recordingLevel(float level) {
     call(levelCame);
 }
 
+void RecorderPanel::recordingFramesLost(qint64 frames) {
+    mHistory.mark(SoundHistory::Mark::LostFrames);
+    mLostFrames += frames;
+    tellLostFrames(mLostFrames);
+}
+
+void RecorderPanel::tellLostFrames(qint64 frames) {
+    setSentence(Lang::windowLostFrames().replace(QLatin1String("[#Count#]"), QString::number(frames)));
+}
+
 void RecorderPanel::recordingPaused(bool bySilence) {
     mIsPaused = true;
     mIsPausedBySilence = bySilence;
@@ -157,9 +168,8 @@ void RecorderPanel::recordingConverting(const QString &) {
 }
 
 void RecorderPanel::recordingFinished(const FinishedRecording &recording) {
-    if (recording.droppedFrames > 0)
-        setSentence(
-            Lang::windowLostFrames().replace(QLatin1String("[#Count#]"), QString::number(recording.droppedFrames)));
+    if (recording.lostFrames > 0)
+        tellLostFrames(recording.lostFrames);
     call(finished, recording);
 }
 

@@ -57,6 +57,7 @@ public:
     void recordingControlsDidChange(const RecordingControls &controls) override;
     void recordingDisplay(const RecordingDisplay &display) override;
     void recordingLevel(float level) override;
+    void recordingFramesLost(qint64 frames) override;
     void recordingPaused(bool bySilence) override;
     void recordingResumed() override;
     void recordingSilent(const QString &sentence) override;
@@ -79,6 +80,7 @@ public:
 
 private:
     void tell() const;
+    void tellLostFrames(qint64 frames);
     bool isRunning() const { return mControls.startShowsStop; }
 
     RecordingControls mControls;
@@ -86,6 +88,7 @@ private:
     SoundHistory mHistory;
     LevelDisplay mLevel;
     TaskCountdown mCountdown;
+    qint64 mLostFrames = 0; // of the file
     QString mFile, mDevice, mSentence;
     bool mHasFrames = false;
     bool mIsPaused = false, mIsPausedBySilence = false, mIsDeviceLost = false, mIsConverting = false;

@@ -17,6 +17,7 @@
 #include <QTemporaryFile>
 
 #include <algorithm>
+#include <utility>
 
 namespace cantorel {
 
@@ -198,7 +199,8 @@ Result<void> RecordingSession::begin(const QString &file) {
     }
     mFile.clear();
     mDisplay = {};
-    mSplitsOnceBack = false;
+    mSplitsOnceBack = mFillsAbsence = false;
+    mDroppedFrames = mFilledFrames = mLostFrames = 0;
     mLastStart = mClock.now();
     if (mIsDeviceAway)
         deviceIsAway(false);
@@ -347,6 +349,18 @@ void RecordingSession::RecordManagerUpdateAudioLevel(RecordManager &, float leve
     hasSound = level >= kSoundLevel;
     mSilence.level(level);
     mView.recordingLevel(level);
+    countLostFrames();
+}
+
+void RecordingSession::countLostFrames() {
+    const qint64 dropped = mRecordManager->droppedFrames(), filled = mRecordManager->filledFrames();
+    qint64 lost = dropped - std::exchange(mDroppedFrames, dropped);
+    if (const qint64 silence = filled - std::exchange(mFilledFrames, filled); silence > 0)
+        lost += std::exchange(mFillsAbsence, false) ? 0 : silence;
+    if (lost <= 0)
+        return;
+    mLostFrames += lost;
+    mView.recordingFramesLost(lost);
 }
 
 void RecordingSession::_displayRecordingDuration() {
@@ -378,6 +392,7 @@ void RecordingSession::showRunning() {
     mDisplay.bytes = mRecordManager->recordedFileSize();
     mDisplay.duration = ToolString::stringFromDuration(mDisplay.seconds);
     mDisplay.size = ToolFile::fileSizeFormatterToString(mDisplay.bytes);
+    mDisplay.lostFrames = mLostFrames;
     mDisplay.badge = mDisplay.duration;
     mDisplay.durationVisible = true;
     mDisplay.silenceVisible = false;
@@ -409,6 +424,7 @@ void RecordingSession::showRunning() {
 
 void RecordingSession::deviceIsAway(bool away) {
     mIsDeviceAway = away;
+    mFillsAbsence |= away;
     if (away)
         mView.recordingDeviceLost(mDevice);
     else

@@ -100,6 +100,7 @@ private:
     void RecordManagerDeviceBack(RecordManager &) override { deviceIsAway(false); }
 
     void deviceIsAway(bool away);
+    void countLostFrames();
     QString chooseFile() const;
     foundation::Result<void> prepare();
     foundation::Result<void> begin(const QString &file);
@@ -165,7 +166,10 @@ private:
     bool isStoppedBySilence = false;      // the last stop was a split by silence; a recording follows
     bool isAutoSplitEverySeconds = false; // the same of a split by period, or by hand
     bool stopRecordingByRemoveFile = false;
-    bool mIsDeviceAway = false; // of the running recording, or before one that is waited for
+    qint64 mDroppedFrames = 0, mFilledFrames = 0; // of the running recording, as counted last
+    qint64 mLostFrames = 0;                       // in it
+    bool mFillsAbsence = false;                   // the next silence that is filled in is the device's absence
+    bool mIsDeviceAway = false;                   // of the running recording, or before one that is waited for
     bool mSplitsOnceBack = false;
     bool mLacksDevice = false; // why the last start was refused
     int mFailuresInARow = 0;

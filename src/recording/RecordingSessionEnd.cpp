@@ -29,8 +29,9 @@ constexpr int kMostFailuresInARow = 3;
 
 void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
                                                                     const std::optional<Failure> &failure) {
-    const FinishedRecording recording{url.toLocalFile(), duration, mRecordManager->recordedFileSize(),
-                                      mRecordManager->droppedFrames()};
+    const qint64 dropped = mRecordManager->droppedFrames(); // The last ones came behind the last level.
+    const FinishedRecording recording{url.toLocalFile(), duration, mRecordManager->recordedFileSize(), dropped,
+                                      mLostFrames + dropped - mDroppedFrames};
     mIsWriting = false;
     mTaskSecondsBefore += duration;
     if (!mFile.isEmpty() && recording.file != mFile)

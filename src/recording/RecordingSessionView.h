@@ -14,6 +14,7 @@ struct FinishedRecording {
     double seconds = 0; // exact length of what was captured
     qint64 bytes = 0;   // of the final file
     qint64 droppedFrames = 0;
+    qint64 lostFrames = 0; // these, and what was filled with silence though the device was there
 };
 
 // What the controls of a recording show.
@@ -34,6 +35,7 @@ struct RecordingDisplay {
     double seconds = 0;                  // whole seconds recorded
     qint64 bytes = 0;                    // of the file
     std::optional<qint64> secondsLeft{}; // until the disk is full, the converted copy included
+    qint64 lostFrames = 0;               // dropped, or filled with silence though the device was there
 };
 
 // Why a recording has ended or goes on with another file.
@@ -53,7 +55,9 @@ public:
     virtual void recordingControlsDidChange(const RecordingControls &) {}
     virtual void recordingDisplay(const RecordingDisplay &) {}
     virtual void recordingLevel(float) {} // every 0.1 s; a linear amplitude times 20
-    virtual void recordingNote(int) {}    // every 0.2 s: 1 to 7 while there is sound, 0 for none
+    // Just now, before the level that was told last.
+    virtual void recordingFramesLost(qint64 /*frames*/) {}
+    virtual void recordingNote(int) {} // every 0.2 s: 1 to 7 while there is sound, 0 for none
     virtual void recordingPaused(bool /*bySilence*/) {}
     virtual void recordingResumed() {}
     virtual void recordingSilent(const QString & /*sentence*/) {}

@@ -1,3 +1,4 @@
+#include "recording/RecorderPanel.h"
 #include "recording/RecordingSession.h"
 #include "tests/unit/recording/RecordingFixture.h"
 
@@ -21,6 +22,7 @@ public:
     void recordingDisplay(const RecordingDisplay &shown) override { display = shown; }
     void recordingControlsDidChange(const RecordingControls &shown) override { controls = shown; }
     void recordingSettled() override { ++settled; }
+    void recordingFramesLost(qint64 frames) override { lost += frames; }
     void recordingDeviceLost(const QString &) override { devices += 'l'; }
     void recordingDeviceBack(const QString &) override { devices += 'b'; }
 
@@ -30,6 +32,7 @@ public:
     RecordingDisplay display;
     RecordingControls controls;
     int settled = 0;
+    qint64 lost = 0;
 };
 
 class Tasks : public QObject, public RecordingSessionTasks {
@@ -175,7 +178,47 @@ TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
         EXPECT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
         ASSERT_EQ(view.finished.size(), 2u);
         EXPECT_NEAR(totalSeconds(), passed, 0.2) << "and what is missing is silence";
+        EXPECT_EQ(view.lost, 0) << "which is told as an absence, and not as lost frames";
     }
+}
+
+// The clock runs away from the coder: more than the queue holds is lost, and told where it happens.
+TEST_F(RecordingRulesTest, LostFramesAreToldWithTheLevelsAndInAll) {
+    AppSettings::setAudioType(1);
+    RecorderPanel panel;
+    const auto marks = [&] {
+        std::size_t marks = 0;
+        for (std::size_t i = 0; i < panel.history().size(); ++i)
+            marks += panel.history().column(i).mark == SoundHistory::Mark::LostFrames;
+        return marks;
+    };
+    RecordingSession watched(panel, list, QDir::homePath() + QStringLiteral("/watched"));
+    ASSERT_TRUE(watched.startRecording());
+    ASSERT_TRUE(stepUntil([&] { return panel.display().seconds >= 2; }));
+    EXPECT_EQ(marks(), 0u);
+    EXPECT_EQ(panel.display().lostFrames, 0);
+    world.advance(40'000);
+    EXPECT_GT(marks(), 0u);
+    EXPECT_EQ(panel.history().column(panel.history().size() - 1).mark, SoundHistory::Mark::LostFrames);
+    const qint64 shown = panel.display().lostFrames;
+    EXPECT_GT(shown, 48000);
+    EXPECT_GE(static_cast<qint64>(marks() + 2) * 4800, shown) << "everywhere where it was";
+    EXPECT_LT(marks() + 60, panel.history().size()) << "and not before";
+    EXPECT_TRUE(panel.sentence().contains(QStringLiteral("frames"))) << panel.sentence().toStdString();
+    std::optional<FinishedRecording> finished;
+    panel.finished = [&](const FinishedRecording &recording) { finished = recording; };
+    watched.stopRecording();
+    ASSERT_TRUE(stepUntil([&] { return watched.isSettled(); }));
+    ASSERT_TRUE(finished);
+    EXPECT_EQ(finished->lostFrames, finished->droppedFrames);
+    EXPECT_GE(finished->lostFrames, shown);
+    EXPECT_TRUE(panel.sentence().contains(QString::number(finished->lostFrames)));
+    ASSERT_TRUE(watched.startRecording());
+    EXPECT_EQ(panel.sentence(), QString());
+    ASSERT_TRUE(stepUntil([&] { return panel.display().seconds >= 1; }));
+    EXPECT_EQ(panel.display().lostFrames, 0) << "each file has its own";
+    watched.stopRecording();
+    ASSERT_TRUE(stepUntil([&] { return watched.isSettled(); }));
 }
 
 TEST_F(RecordingRulesTest, ADeviceThatGoesBetweenTwoFilesIsWaitedFor) {
