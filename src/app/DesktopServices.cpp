@@ -2,6 +2,7 @@
 
 #include "platform/desktop/ShellScriptHost.h"
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
+#include "platform/desktop/dbus/DBusMediaControls.h"
 #include "platform/desktop/dbus/DBusNotifications.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
 #include "platform/desktop/dbus/DBusRemoteControl.h"
@@ -18,6 +19,8 @@ desktop::Services desktopServices() {
     services.scripts = std::make_unique<desktop::ShellScriptHost>();
     services.power = std::make_unique<desktop::DBusPowerActivity>();
     services.files = std::make_unique<desktop::DBusFileManagerReveal>();
+    services.media = std::make_unique<desktop::DBusMediaControls>(QStringLiteral("cantorel"), AppSettings::appName(),
+                                                                  QString::fromLatin1(kBundleIdentifier));
     services.notifications =
         std::make_unique<desktop::DBusNotifications>(AppSettings::appName(), QString::fromLatin1(kBundleIdentifier));
     services.remote = std::make_unique<desktop::DBusRemoteControl>(QString::fromLatin1(kBundleIdentifier),

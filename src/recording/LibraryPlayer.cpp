@@ -65,6 +65,8 @@ void LibraryPlayer::seek(double seconds) {
     mIsPlaying = mPlayer->playAtTime(seconds); // goes on from there, also where it was paused
     mTimer.start();
     tell();
+    if (jumped)
+        jumped();
 }
 
 double LibraryPlayer::position() const { return mPlayer ? mPlayer->currentPlayTime() : 0; }

@@ -15,6 +15,8 @@ public:
 
     // Something is played, paused or has ended; and, while it plays, four times a second.
     std::function<void()> changed;
+    // It goes on from another position.
+    std::function<void()> jumped;
 
     // Begins with the file, or goes on with it where it was paused; fails in one sentence.
     foundation::Result<void> play(const QString &file);

@@ -58,7 +58,11 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
         showEmptiness();
     });
     mModel.trouble = [this](const QString &sentence) { notice(sentence, false); };
-    mPlayer.changed = [this] { showPlayer(); };
+    mPlayer.changed = [this] {
+        showPlayer();
+        mMedia.playerDidChange();
+    };
+    mPlayer.jumped = [this] { mMedia.positionDidJump(); };
 
     auto *column = new QVBoxLayout(this);
     column->addWidget(mSearch);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "recording/LibraryMedia.h"
 #include "recording/LibraryPlayer.h"
 #include "recording/RecordingsModel.h"
 #include "recording/RecordingsRemoval.h"
@@ -33,6 +34,7 @@ public:
     // What is heard shall not be recorded.
     void stopPlayback() { mPlayer.stop(); }
     LibraryPlayer &player() { return mPlayer; }
+    LibraryMedia &media() { return mMedia; }
 
 private:
     QWidget *makeTable();
@@ -55,6 +57,7 @@ private:
     RecordingsModel mModel;
     RecordingsRemoval mRemoval;
     LibraryPlayer mPlayer;
+    LibraryMedia mMedia{mPlayer, mModel};
     QLineEdit *mSearch;
     QStackedLayout *mStack = nullptr;
     QTableView *mTable;

@@ -75,6 +75,8 @@ void MainWindow::complete() {
                                           [this] { mParts.session.onPauseRecording(); },
                                           [this] { mParts.session.splitRecording(); }, [this] { leave(); }});
     QApplication::setWindowIcon(applicationIcon());
+    mLibraryTab->media().toWindow = [this] { bringToFront(); };
+    mLibraryTab->media().toEnd = [this] { leave(); };
     mLibraryTab->changeLanguageText();
     mLibraryTab->listDidChange();
 }
@@ -331,6 +333,7 @@ void MainWindow::showPanel() {
     if (!mLibraryTab)
         return;
     mStatusItem->showPanel();
+    mLibraryTab->media().setRecording(isRecording());
     if (mHasSign && !mParts.session.isRecording() && !mParts.session.isFollowed()) {
         mNotices.endSign();
         signDidChange(false);

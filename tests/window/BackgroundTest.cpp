@@ -1,9 +1,11 @@
 // The window out of sight: what the desktop tells of it, and how it is left and found again.
 
+#include "platform/desktop/recorded/RecordedMediaControls.h"
 #include "platform/desktop/recorded/RecordedNotifications.h"
 #include "platform/desktop/x11/X11Handles.h"
 #include "recording/ListRequests.h"
 #include "tests/window/WindowFixture.h"
+#include "ui/LibraryTab.h"
 
 #include <QSystemTrayIcon>
 
@@ -156,6 +158,29 @@ TEST_F(Background, ATaskThatIsOverKeepsNothingOpen) {
     pass(1100);
     window.close();
     EXPECT_EQ(quits, 1);
+}
+
+TEST_F(Background, MediaKeysReachTheLibraryAndTheWindow) {
+    recordByButton();
+    stop();
+    auto &player = window.library().player();
+    ASSERT_TRUE(player.play(list.items().back()->getFileName()));
+    auto &media = static_cast<desktop::RecordedMediaControls &>(*desktop::InstalledServices::current().media);
+    ASSERT_NE(media.commands, nullptr);
+    media.commands->playOrPause();
+    EXPECT_FALSE(player.isPlaying());
+    media.commands->seek(1);
+    EXPECT_EQ(record->calls().last(), QStringLiteral("media jump"));
+    window.showMinimized();
+    media.commands->showWindow();
+    EXPECT_FALSE(window.isMinimized());
+    recordByButton();
+    EXPECT_FALSE(media.state.canPlay) << "it would be recorded";
+    media.commands->quit();
+    EXPECT_EQ(sheets(), 1) << "something is recorded";
+    answer(Lang::btnCancel());
+    stop();
+    EXPECT_TRUE(media.state.canPlay);
 }
 
 // A tray as X11 knows it: the owner of a selection.

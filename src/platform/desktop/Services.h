@@ -2,6 +2,7 @@
 
 #include "platform/desktop/FileManagerReveal.h"
 #include "platform/desktop/HotKeys.h"
+#include "platform/desktop/MediaControls.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/desktop/PowerActivity.h"
 #include "platform/desktop/RemoteControl.h"
@@ -20,6 +21,7 @@ struct Services {
     std::shared_ptr<PowerActivity> power; // shared with the thread that keeps the machine awake
     std::unique_ptr<FileManagerReveal> files;
     std::unique_ptr<SoundPlayer> sounds;
+    std::unique_ptr<MediaControls> media;
     std::unique_ptr<Notifications> notifications;
     std::shared_ptr<HotKeys> hotKeys; // shared with the registrations
     std::unique_ptr<RemoteControl> remote;

@@ -1,6 +1,7 @@
 #include "platform/desktop/dbus/DBusRemoteControl.h"
 
-#include <QDBusConnection>
+#include "platform/desktop/dbus/OwnConnection.h"
+
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDBusVirtualObject>
@@ -17,21 +18,6 @@ namespace {
 constexpr int kPatience = 10'000; // milliseconds for an answer
 
 } // namespace
-
-// A connection of its own, closed with it.
-class DBusRemoteControl::Connection {
-public:
-    Connection() : mName(QStringLiteral("remote-control-%1").arg(reinterpret_cast<quintptr>(this))) {}
-    ~Connection() { QDBusConnection::disconnectFromBus(mName); }
-    Connection(const Connection &) = delete;
-    Connection &operator=(const Connection &) = delete;
-
-    QDBusConnection &bus() { return mBus; }
-
-private:
-    const QString mName;
-    QDBusConnection mBus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, mName);
-};
 
 // Answers the messages to one object.
 class DBusRemoteControl::Object : public QDBusVirtualObject {
@@ -87,7 +73,7 @@ DBusRemoteControl::~DBusRemoteControl() { withdraw(); }
 
 Result<void> DBusRemoteControl::offer(RemoteCommands &commands) {
     withdraw();
-    auto connection = std::make_unique<Connection>();
+    auto connection = std::make_unique<OwnConnection>(QStringLiteral("remote-control"));
     auto &bus = connection->bus();
     auto object = std::make_unique<Object>(commands, mInterface);
     // The name comes last: who sees it finds the object.
@@ -108,7 +94,7 @@ void DBusRemoteControl::withdraw() {
 }
 
 std::optional<Result<QVariantMap>> DBusRemoteControl::ask(const QString &method, const QStringList &arguments) {
-    Connection connection;
+    OwnConnection connection(QStringLiteral("remote-control"));
     const auto &bus = connection.bus();
     if (!bus.isConnected())
         return Failure{QStringLiteral("The running program can't be asked, since there is no session bus; check "

@@ -6,6 +6,8 @@
 
 namespace cantorel::desktop {
 
+class OwnConnection;
+
 // Over the session bus: one name, one object, one interface. Refusals are errors of the interface whose message is the
 // sentence. Nothing is asked of the bus before it is needed. Main thread.
 class DBusRemoteControl : public RemoteControl {
@@ -18,12 +20,11 @@ public:
     std::optional<foundation::Result<QVariantMap>> ask(const QString &method, const QStringList &arguments) override;
 
 private:
-    class Connection;
     class Object;
 
     const QString mService, mPath, mInterface;
     // While commands are offered.
-    std::unique_ptr<Connection> mConnection;
+    std::unique_ptr<OwnConnection> mConnection;
     std::unique_ptr<Object> mObject;
 };
 

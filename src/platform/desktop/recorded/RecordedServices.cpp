@@ -1,5 +1,6 @@
 #include "platform/desktop/recorded/RecordedServices.h"
 
+#include "platform/desktop/recorded/RecordedMediaControls.h"
 #include "platform/desktop/recorded/RecordedNotifications.h"
 
 namespace cantorel::desktop {
@@ -104,6 +105,7 @@ Services recordedServices(const std::shared_ptr<CallRecord> &record) {
     services.power = std::make_unique<RecordedPowerActivity>(record);
     services.sleep = std::make_unique<RecordedSleepDelay>(record);
     services.files = std::make_unique<RecordedFileManagerReveal>(record);
+    services.media = std::make_unique<RecordedMediaControls>(record);
     services.notifications = std::make_unique<RecordedNotifications>(record);
     services.sounds = std::make_unique<RecordedSoundPlayer>(record);
     return services;

@@ -31,7 +31,8 @@ private:
 };
 
 // Services that only record: "compile", "execute", "hold", "release", "activity", "hold machine", "release
-// machine", "reveal", "open", "play", and what RecordedNotifications notes.
+// machine", "reveal", "open", "play", and what
+// RecordedMediaControls and RecordedNotifications note.
 Services recordedServices(const std::shared_ptr<CallRecord> &record);
 
 } // namespace cantorel::desktop

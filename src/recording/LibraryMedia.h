@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/desktop/MediaControls.h"
+
+#include <QObject>
+
+#include <functional>
+
+namespace cantorel {
+
+class LibraryPlayer;
+class RecordingsModel;
+
+// The library's playback as media keys and the desktop's panels see and control it, in the order in which the library
+// is shown. The desktop hears of it when something is first played. Owned by the window; main thread.
+class LibraryMedia : public QObject, public desktop::MediaCommands {
+public:
+    // Both outlive it.
+    LibraryMedia(LibraryPlayer &player, const RecordingsModel &model);
+    ~LibraryMedia() override;
+
+    // What leads elsewhere. May be empty.
+    std::function<void()> toWindow, toEnd;
+
+    // The player has changed, or goes on; and its position is another one.
+    void playerDidChange();
+    void positionDidJump();
+    // While something is recorded, no key begins to play: it would be heard in the recording.
+    void setRecording(bool isRecording);
+
+    void play() override;
+    void pause() override;
+    void playOrPause() override;
+    void stop() override;
+    void next() override { go(mNext); }
+    void previous() override { go(mPrevious); }
+    void seek(double seconds) override;
+    double position() const override;
+    void showWindow() override;
+    void quit() override;
+
+private:
+    void offer();
+    // Where the track stands in the library.
+    void look();
+    void go(const QString &file);
+    void show();
+
+    LibraryPlayer &mPlayer;
+    const RecordingsModel &mModel;
+    bool mIsOffered = false, mIsRecording = false;
+    QString mLast;                        // what was played last
+    bool mMustLook = true;                // at the library, for what follows:
+    QString mLookedFor, mNext, mPrevious; // files
+    QString mTitle, mArtist, mAlbum;
+};
+
+} // namespace cantorel
