@@ -22,6 +22,8 @@
 #include <QMessageBox>
 #include <QTimer>
 
+#include <utility>
+
 namespace cantorel {
 
 namespace {
@@ -78,10 +80,13 @@ public:
 private:
     // The library, the schedule and what controls them.
     void takeUp() {
-        if (mControl)
+        if (std::exchange(mIsTakenUp, true))
             return;
         mBackground.begin();
-        mList.initRecordedList();
+        mList.initRecordedListBehind([this] { takeUpControl(); });
+    }
+
+    void takeUpControl() {
         mWindow->offerLeftovers();
         mRecorder.schedule().initScheduleTaskList();
         mControl.emplace(mSession, mList, &mRecorder.schedule(), RecordingControl::Begins::Any);
@@ -111,6 +116,7 @@ private:
     std::optional<ui::MainWindow> mWindow;
     std::optional<RecordingControl> mControl;
     std::optional<RecordingHotkeys> mHotkeys;
+    bool mIsTakenUp = false;
 };
 
 void showTrouble(const QString &sentence) {

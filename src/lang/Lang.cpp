@@ -30,6 +30,11 @@ Texts &currentTexts() {
     return texts;
 }
 
+QString &currentLanguage() {
+    static QString name = QStringLiteral("English");
+    return name;
+}
+
 LanguageInfo language(const char *name, const char *displayName, const char *codes) {
     return {QString::fromLatin1(name), QString::fromUtf8(displayName),
             QString::fromLatin1(codes).split(QLatin1Char(','), Qt::SkipEmptyParts)};
@@ -113,6 +118,27 @@ void Lang::ChangeLanguage(const QString &name) {
                 currentTexts().insert(QString::fromLatin1(row.key),
                                       element ? element->attribute(row.attribute) : QString());
     }
+    currentLanguage() = language;
+}
+
+QLocale Lang::locale() {
+    // The codes of the table are fixed, and not all are those of the languages.
+    static const QHash<QString, QString> others{
+        {QStringLiteral("ChineseSimplified"), QStringLiteral("zh_CN")},
+        {QStringLiteral("ChineseTraditional"), QStringLiteral("zh_TW")},
+        {QStringLiteral("PortugueseBrazil"), QStringLiteral("pt_BR")},
+        {QStringLiteral("Norwegian"), QStringLiteral("nb")},
+        {QStringLiteral("Czech"), QStringLiteral("cs")},
+        {QStringLiteral("Danish"), QStringLiteral("da")},
+        {QStringLiteral("Swedish"), QStringLiteral("sv")},
+        {QStringLiteral("Greek"), QStringLiteral("el")},
+    };
+    const auto all = languages();
+    const auto found = std::find_if(all.begin(), all.end(),
+                                    [](const LanguageInfo &language) { return language.name == currentLanguage(); });
+    const QLocale locale(others.value(found->name, found->codes.value(0)));
+    const QLocale system = QLocale::system();
+    return system.language() == locale.language() && system.script() == locale.script() ? system : locale;
 }
 
 bool Lang::isKey(const QString &key) { return currentTexts().contains(key); }

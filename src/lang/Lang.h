@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLocale>
 #include <QString>
 #include <QStringList>
 
@@ -33,6 +34,8 @@ public:
     // Loads every text from the language's file, for all at once; English for an empty name. Where the file cannot be
     // read nothing changes. A text that the file does not have is null from then on, not the built-in one.
     static void ChangeLanguage(const QString &name);
+    // How the loaded language writes dates and orders words: the desktop's own way where that is the same language.
+    static QLocale locale();
 
     // A text by its key; null for an unknown key. The keys below are spelled as language files spell them.
     static bool isKey(const QString &key);

@@ -59,6 +59,7 @@ RecordedAudioInfo::RecordedAudioInfo(RecordedAudioFields fields)
 void RecordedAudioInfo::setFileName(const QString &path) {
     mFields._fileName = path;
     _title = lastComponent(path);
+    mSearchKey.clear();
     updateInfo();
 }
 
@@ -68,6 +69,14 @@ void RecordedAudioInfo::updateInfo() {
 }
 
 QString RecordedAudioInfo::getTitle() const { return isProcessing ? ToolFile::fileNameAtPath(_title) : _title; }
+
+const QByteArray &RecordedAudioInfo::searchKey() const {
+    if (mSearchKey.isEmpty())
+        mSearchKey = QString(_title + QLatin1Char('\n') + mFields._artist + QLatin1Char('\n') + mFields._album)
+                         .toCaseFolded()
+                         .toUtf8();
+    return mSearchKey;
+}
 
 void RecordedAudioInfo::setDuration(const QString &text) {
     mFields._duration = text;

@@ -79,11 +79,20 @@ public:
     QString dateAdded() const { return mFields._dateAdded; }
     void setDateAdded(const QString &text) { mFields._dateAdded = text; }
     QString artist() const { return mFields._artist; }
-    void setArtist(const QString &text) { mFields._artist = text; }
+    void setArtist(const QString &text) {
+        mFields._artist = text;
+        mSearchKey.clear();
+    }
     QString album() const { return mFields._album; }
-    void setAlbum(const QString &text) { mFields._album = text; }
+    void setAlbum(const QString &text) {
+        mFields._album = text;
+        mSearchKey.clear();
+    }
     QString year() const { return mFields._year; }
     void setYear(const QString &text) { mFields._year = text; }
+
+    // Name, artist and album, case-folded, on a line each; made when it is first wanted.
+    const QByteArray &searchKey() const;
 
     QString status() const { return _status; }
     // Posts kNotificationRecordedAudioInfoStatusDidChange.
@@ -105,6 +114,7 @@ private:
     QString _originalFileName;
     QString _title;
     QString _status;
+    mutable QByteArray mSearchKey;
 };
 
 } // namespace cantorel

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
+#include <QThread>
 
 #include <algorithm>
 #include <string_view>
@@ -46,19 +47,51 @@ RecordedList::RecordedList(const QString &stateFolder, foundation::Clock &clock)
 RecordedList::~RecordedList() = default;
 
 void RecordedList::initRecordedList() {
+    mInvalidFiles.clear();
+    take(load());
+}
+
+void RecordedList::initRecordedListBehind(std::function<void()> loaded) {
+    mInvalidFiles.clear();
+    mLoading = std::async(std::launch::async, [this, loaded = std::move(loaded)] {
+        Items items = load();
+        QMetaObject::invokeMethod(&mTold, [this, loaded] {
+            (void)guarded("initRecordedList", [&] { finishLoading(); });
+            loaded();
+        });
+        return items;
+    });
+}
+
+void RecordedList::finishLoading() {
+    if (isLoading())
+        take(mLoading.get());
+}
+
+RecordedList::Items RecordedList::load() {
     const StoredList stored = loadStoredList(storedKey(), mStateFolder);
-    mItems.clear();
-    mItems.reserve(static_cast<std::size_t>(stored.items.size()));
+    Items items;
+    items.reserve(static_cast<std::size_t>(stored.items.size()));
     for (const QVariant &archived : stored.items) {
         if (auto fields = recordedAudioFields(archived))
-            mItems.push_back(std::make_unique<RecordedAudioInfo>(*std::move(fields)));
+            items.push_back(std::make_unique<RecordedAudioInfo>(*std::move(fields)));
     }
-    mJournalFits = mItems.size() == static_cast<std::size_t>(stored.items.size());
-    applyJournal(stored.archive);
+    mJournalFits = items.size() == static_cast<std::size_t>(stored.items.size());
+    applyJournal(stored.archive, items);
     mArchiveSize = stored.archive.size();
-    if (std::erase_if(mItems, [](const auto &item) { return !QFile::exists(item->getFileName()); }) > 0)
+    if (std::erase_if(items, [](const auto &item) { return !QFile::exists(item->getFileName()); }) > 0)
         mJournalFits = false;
-    mInvalidFiles.clear();
+    if (QThread *const owner = mTold.thread(); owner != QThread::currentThread()) {
+        for (const auto &item : items) {
+            (void)item->searchKey(); // made while nobody waits for it
+            item->moveToThread(owner);
+        }
+    }
+    return items;
+}
+
+void RecordedList::take(Items items) {
+    mItems = std::move(items);
     mTimerInvalid = mClock.every(kSweepInterval, [this] {
         (void)guarded("deleteInvalidRecordedFiles", [this] { _deleteInvalidRecordedFiles(); });
     });
@@ -68,18 +101,18 @@ void RecordedList::initRecordedList() {
     }
 }
 
-void RecordedList::applyJournal(const QByteArray &archive) {
+void RecordedList::applyJournal(const QByteArray &archive, Items &items) {
     const auto changes = mJournal.changesTo(archive);
     for (const QJsonObject &change : changes) {
         const QString operation = change.value(QStringLiteral("op")).toString();
         const auto at = static_cast<std::size_t>(change.value(QStringLiteral("at")).toInteger(-1));
         auto fields = fieldsOf(change.value(QStringLiteral("item")).toArray());
-        const auto place = mItems.begin() + static_cast<std::ptrdiff_t>(std::min(at, mItems.size()));
-        if (operation == QLatin1String(kInsert) && at <= mItems.size())
-            mItems.insert(place, std::make_unique<RecordedAudioInfo>(std::move(fields)));
-        else if (operation == QLatin1String(kRemove) && at < mItems.size())
-            mItems.erase(place);
-        else if (operation == QLatin1String(kSet) && at < mItems.size())
+        const auto place = items.begin() + static_cast<std::ptrdiff_t>(std::min(at, items.size()));
+        if (operation == QLatin1String(kInsert) && at <= items.size())
+            items.insert(place, std::make_unique<RecordedAudioInfo>(std::move(fields)));
+        else if (operation == QLatin1String(kRemove) && at < items.size())
+            items.erase(place);
+        else if (operation == QLatin1String(kSet) && at < items.size())
             *place = std::make_unique<RecordedAudioInfo>(std::move(fields));
     }
     if (!changes.empty())
@@ -89,6 +122,7 @@ void RecordedList::applyJournal(const QByteArray &archive) {
 }
 
 void RecordedList::saveRecordedList() {
+    finishLoading();
     QVariantList archived;
     archived.reserve(static_cast<qsizetype>(mItems.size()));
     for (const auto &item : mItems)
@@ -129,6 +163,7 @@ RecordedAudioInfo &RecordedList::addRecordedFile(const QString &path, const QStr
     item->setDuration(recordDuration);
     item->setSize(recordFileSize);
     item->setDateAdded(QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+    finishLoading();
     mItems.push_back(std::move(item));
     store(kInsert, mItems.size() - 1);
     changed();
@@ -136,6 +171,7 @@ RecordedAudioInfo &RecordedList::addRecordedFile(const QString &path, const QStr
 }
 
 void RecordedList::insert(std::size_t at, RecordedAudioFields fields) {
+    finishLoading();
     at = std::min(at, mItems.size());
     mItems.insert(mItems.begin() + static_cast<std::ptrdiff_t>(at),
                   std::make_unique<RecordedAudioInfo>(std::move(fields)));

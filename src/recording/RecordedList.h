@@ -5,9 +5,12 @@
 #include "recording/ListJournal.h"
 #include "recording/RecordedAudioInfo.h"
 
+#include <QObject>
 #include <QSet>
 #include <QString>
 
+#include <functional>
+#include <future>
 #include <memory>
 #include <vector>
 
@@ -36,6 +39,10 @@ public:
 
     // Reads the stored list, leaving out what is no longer on disk, and starts the sweeper.
     void initRecordedList();
+    // The same on a thread of its own, and tells from the event loop when the items are there. Until then there are
+    // none; a change to the list waits for them.
+    void initRecordedListBehind(std::function<void()> loaded);
+    bool isLoading() const { return mLoading.valid(); }
     // Stores the whole list anew.
     void saveRecordedList();
 
@@ -63,8 +70,12 @@ public:
     void removeInvalidFile(const QString &path) { mInvalidFiles.remove(path); }
 
 private:
+    // What the store holds, items of the main thread.
+    Items load();
+    void applyJournal(const QByteArray &archive, Items &items);
+    void take(Items items);
+    void finishLoading();
     void _deleteInvalidRecordedFiles();
-    void applyJournal(const QByteArray &archive);
     // Stores one change: in the journal, or with the whole list where that is as quick or must be.
     void store(const char *operation, std::size_t at);
     void changed();
@@ -77,6 +88,8 @@ private:
     Items mItems;
     QSet<QString> mInvalidFiles;
     std::unique_ptr<foundation::Timer> mTimerInvalid;
+    QObject mTold;
+    std::future<Items> mLoading; // while it runs, the journal and what belongs to it are its own
 };
 
 } // namespace cantorel

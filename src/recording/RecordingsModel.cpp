@@ -3,15 +3,23 @@
 #include "lang/Lang.h"
 #include "recording/RecordedList.h"
 
+#include <QCollator>
+#include <QDateTime>
 #include <QFileInfo>
 #include <QMimeData>
 #include <QUrl>
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <optional>
+#include <utility>
 
 namespace cantorel {
 
 namespace {
+
+const QString kStoredDate = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
 // "1.50 MB" as bytes; the list keeps sizes as they are shown.
 double bytesOf(const QString &size) {
@@ -34,28 +42,37 @@ QString stateOf(const RecordedAudioInfo &item) {
     return item.isProcessing ? Lang::windowFinishing() : QString();
 }
 
-QString textOf(const RecordedAudioInfo &item, int column) {
+} // namespace
+
+QString RecordingsModel::textOf(const RecordedAudioInfo &item, int column) const {
     switch (column) {
-    case RecordingsModel::Title:
+    case Title:
         return item.getTitle();
-    case RecordingsModel::Artist:
+    case Artist:
         return item.artist();
-    case RecordingsModel::Album:
+    case Album:
         return item.album();
-    case RecordingsModel::Length:
+    case Length:
         return item.duration();
-    case RecordingsModel::Size:
+    case Size:
         return item.size();
-    case RecordingsModel::Date:
-        return item.dateAdded();
-    default:
+    case Date:
+        return shownDate(item.dateAdded());
+    case State:
         return stateOf(item);
+    default:
+        return {};
     }
 }
 
-} // namespace
+// In the manner of the window's language; what is no date is shown as it is.
+QString RecordingsModel::shownDate(const QString &stored) const {
+    const QDateTime date = QDateTime::fromString(stored, kStoredDate);
+    return date.isValid() ? mLocale.toString(date, mDateFormat) : stored;
+}
 
 RecordingsModel::RecordingsModel(RecordedList &list, QObject *parent) : QAbstractTableModel(parent), mList(list) {
+    languageDidChange();
     arrange();
 }
 
@@ -71,48 +88,111 @@ void RecordingsModel::itemDidChange(const RecordedAudioInfo &item) {
 }
 
 void RecordingsModel::languageDidChange() {
+    mLocale = Lang::locale();
+    mDateFormat = mLocale.dateTimeFormat(QLocale::ShortFormat);
+    if (!mDateFormat.contains(QLatin1String("yyyy")))
+        mDateFormat.replace(QLatin1String("yy"), QLatin1String("yyyy"));
+    mDateFormat.replace(QLatin1Char('B'), QLatin1String("AP")); // which Qt would print as it stands
+    mPlaces.clear();
     Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
     if (!mRows.empty())
-        Q_EMIT dataChanged(index(0, State), index(rowCount() - 1, State));
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
 }
 
 void RecordingsModel::search(const QString &text) {
-    const QStringList words = text.simplified().toCaseFolded().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    std::vector<QByteArray> words;
+    for (const QString &word : text.simplified().toCaseFolded().split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        words.push_back(word.toUtf8());
     if (words == mSearched)
         return;
-    mSearched = words;
-    listDidChange();
+    // What is typed on narrows what is there already.
+    const bool narrows = std::all_of(mSearched.begin(), mSearched.end(), [&](const QByteArray &before) {
+        return std::any_of(words.begin(), words.end(), [&](const QByteArray &word) { return word.contains(before); });
+    });
+    mSearched = std::move(words);
+    Rows rows;
+    const Rows &candidates = narrows ? mRows : mOrder;
+    std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(rows),
+                 [this](const RecordedAudioInfo *item) { return isShown(*item); });
+    if (rows == mRows)
+        return;
+    beginResetModel();
+    mRows.swap(rows);
+    endResetModel();
 }
 
 bool RecordingsModel::isShown(const RecordedAudioInfo &item) const {
-    return std::all_of(mSearched.begin(), mSearched.end(), [&](const QString &word) {
-        return item.getTitle().contains(word, Qt::CaseInsensitive) || item.artist().contains(word, Qt::CaseInsensitive)
-               || item.album().contains(word, Qt::CaseInsensitive);
+    const QByteArray &key = item.searchKey();
+    return std::all_of(mSearched.begin(), mSearched.end(), [&](const QByteArray &word) {
+        return ::memmem(key.constData(), static_cast<std::size_t>(key.size()), word.constData(),
+                        static_cast<std::size_t>(word.size()))
+               != nullptr;
     });
 }
 
+bool RecordingsModel::isUsed(Column column) const {
+    return (column != Artist && column != Album)
+           || std::any_of(mList.items().begin(), mList.items().end(), [&](const auto &item) {
+                  return !(column == Artist ? item->fields()._artist : item->fields()._album).isEmpty();
+              });
+}
+
 void RecordingsModel::arrange() {
-    mRows.clear();
-    mRows.reserve(mList.items().size());
+    mOrder.clear();
+    mOrder.reserve(mList.items().size());
     for (const auto &item : mList.items())
-        if (isShown(*item))
-            mRows.push_back(item.get());
+        mOrder.push_back(item.get());
+    if (mSortColumn == Size)
+        sortBySize();
+    else if (mSortColumn != Date && mSortColumn != Cover)
+        sortByText();
     // The list itself is in the order of dates, so the newest come first by turning it around.
-    if (mSortColumn == Date) {
-        if (mSortOrder == Qt::DescendingOrder)
-            std::reverse(mRows.begin(), mRows.end());
-        return;
+    else if (mSortOrder == Qt::DescendingOrder)
+        std::reverse(mOrder.begin(), mOrder.end());
+    mRows = mOrder;
+    if (!mSearched.empty())
+        std::erase_if(mRows, [this](const RecordedAudioInfo *item) { return !isShown(*item); });
+}
+
+namespace {
+
+// Sorts by what is ready to compare; what is equal keeps its order either way.
+template <class Ranks> void sortRanks(Ranks &ranks, Qt::SortOrder order) {
+    std::stable_sort(ranks.begin(), ranks.end(), [order](const auto &left, const auto &right) {
+        return order == Qt::AscendingOrder ? *left.first < *right.first : *right.first < *left.first;
+    });
+}
+
+} // namespace
+
+void RecordingsModel::sortBySize() {
+    std::vector<std::pair<std::optional<double>, RecordedAudioInfo *>> ranks;
+    ranks.reserve(mOrder.size());
+    for (RecordedAudioInfo *item : mOrder)
+        ranks.emplace_back(bytesOf(item->size()), item);
+    sortRanks(ranks, mSortOrder);
+    std::transform(ranks.begin(), ranks.end(), mOrder.begin(), [](const auto &rank) { return rank.second; });
+}
+
+// The places cost more than the sorting, and most of them are those of the last time.
+void RecordingsModel::sortByText() {
+    QCollator collator(mLocale);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    collator.setNumericMode(true);
+    auto before = std::exchange(mPlaces, {});
+    mPlaces.reserve(mOrder.size());
+    std::vector<std::pair<const QCollatorSortKey *, RecordedAudioInfo *>> ranks;
+    ranks.reserve(mOrder.size());
+    for (RecordedAudioInfo *item : mOrder) {
+        const QString text = textOf(*item, mSortColumn);
+        const auto known = before.find(item);
+        auto place = known != before.end() && known->second.text == text
+                         ? mPlaces.insert(before.extract(known)).position
+                         : mPlaces.emplace(item, Place{text, collator.sortKey(text)}).first;
+        ranks.emplace_back(&place->second.key, item);
     }
-    const auto before = [this](const RecordedAudioInfo *left, const RecordedAudioInfo *right) {
-        return mSortColumn == Size
-                   ? bytesOf(left->size()) < bytesOf(right->size())
-                   : textOf(*left, mSortColumn).compare(textOf(*right, mSortColumn), Qt::CaseInsensitive) < 0;
-    };
-    if (mSortOrder == Qt::AscendingOrder)
-        std::stable_sort(mRows.begin(), mRows.end(), before);
-    else
-        std::stable_sort(mRows.begin(), mRows.end(),
-                         [&](const auto *left, const auto *right) { return before(right, left); });
+    sortRanks(ranks, mSortOrder);
+    std::transform(ranks.begin(), ranks.end(), mOrder.begin(), [](const auto &rank) { return rank.second; });
 }
 
 RecordedAudioInfo *RecordingsModel::item(int row) const {
@@ -139,6 +219,8 @@ QVariant RecordingsModel::data(const QModelIndex &index, int role) const {
         return textOf(*item, index.column());
     case Qt::EditRole:
         return QFileInfo(item->getFileName()).completeBaseName();
+    case Qt::DecorationRole:
+        return index.column() == Cover && picture ? picture(*item) : QVariant();
     case Qt::ToolTipRole:
         return item->getFileName();
     case Qt::TextAlignmentRole:
@@ -176,8 +258,10 @@ QVariant RecordingsModel::headerData(int section, Qt::Orientation orientation, i
         return Lang::commSize();
     case Date:
         return Lang::commDateAdded();
-    default:
+    case State:
         return Lang::windowState();
+    default:
+        return {};
     }
 }
 
@@ -193,6 +277,8 @@ Qt::ItemFlags RecordingsModel::flags(const QModelIndex &index) const {
 }
 
 void RecordingsModel::sort(int column, Qt::SortOrder order) {
+    if (mSortColumn != column)
+        mPlaces.clear();
     mSortColumn = column;
     mSortOrder = order;
     listDidChange();

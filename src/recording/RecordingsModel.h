@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QCollator>
+#include <QLocale>
 
 #include <functional>
+#include <unordered_map>
 #include <vector>
 
 namespace cantorel {
@@ -11,16 +14,18 @@ class RecordedAudioInfo;
 class RecordedList;
 
 // The library as a table: sorted by a column, and narrowed to what a person searches for. Rows name items of the list,
-// which own themselves. Owned by the window; main thread.
+// which own themselves. A reset tells every change of rows. Owned by the window; main thread.
 class RecordingsModel : public QAbstractTableModel {
 public:
-    enum Column { Title, Artist, Album, Length, Size, Date, State, ColumnCount };
+    enum Column { Title, Artist, Album, Length, Size, Date, State, Cover, ColumnCount };
 
     // The list outlives the model.
     explicit RecordingsModel(RecordedList &list, QObject *parent = nullptr);
 
     // Told why a renaming failed, in one sentence. May be empty.
     std::function<void(const QString &sentence)> trouble;
+    // The picture of a recording, for the view to draw. May be empty.
+    std::function<QVariant(const RecordedAudioInfo &item)> picture;
 
     // The items of the list have come, gone or changed places; the language has changed.
     void listDidChange();
@@ -30,7 +35,8 @@ public:
 
     // Shows what has every word of the text in its title, artist or album.
     void search(const QString &text);
-    QString searched() const { return mSearched.join(QLatin1Char(' ')); }
+    // Whether a column has anything to show for any recording of the list.
+    bool isUsed(Column column) const;
 
     RecordedAudioInfo *item(int row) const;
     // -1 when it is not shown; the item may be gone.
@@ -47,12 +53,27 @@ public:
     QMimeData *mimeData(const QModelIndexList &indexes) const override;
 
 private:
+    using Rows = std::vector<RecordedAudioInfo *>;
+    // Where a text stands among the others of its column.
+    struct Place {
+        QString text;
+        QCollatorSortKey key;
+    };
+
     void arrange();
+    void sortBySize();
+    void sortByText();
     bool isShown(const RecordedAudioInfo &item) const;
+    QString textOf(const RecordedAudioInfo &item, int column) const;
+    QString shownDate(const QString &stored) const;
 
     RecordedList &mList;
-    std::vector<RecordedAudioInfo *> mRows;
-    QStringList mSearched; // folded words
+    Rows mOrder;                                                  // all recordings, sorted
+    Rows mRows;                                                   // those that are shown
+    std::unordered_map<const RecordedAudioInfo *, Place> mPlaces; // of the column that is sorted by
+    std::vector<QByteArray> mSearched;                            // folded words
+    QLocale mLocale;
+    QString mDateFormat;
     int mSortColumn = Date;
     Qt::SortOrder mSortOrder = Qt::DescendingOrder;
 };

@@ -14,6 +14,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QSlider>
 #include <QStackedLayout>
@@ -83,10 +84,14 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
 QWidget *LibraryTab::makeTable() {
     mTable->setModel(&mModel);
     mTable->setObjectName(QStringLiteral("recordings"));
+    // Behind what the view itself does with its selection.
+    connect(&mModel, &QAbstractItemModel::modelAboutToBeReset, this, [this] { remember(); });
+    connect(&mModel, &QAbstractItemModel::modelReset, this, [this] { restore(); });
     mTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     mTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
     mTable->setEditTriggers(QAbstractItemView::EditKeyPressed);
     mTable->setDragEnabled(true);
+    mTable->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     mTable->setShowGrid(false);
     mTable->setAlternatingRowColors(true);
     mTable->setTabKeyNavigation(false); // Tab leaves the table.
@@ -253,25 +258,60 @@ void LibraryTab::notice(const QString &text, bool withUndo) {
 }
 
 void LibraryTab::listDidChange() {
-    const auto kept = selected();
-    QModelIndex current = mTable->currentIndex();
-    const RecordedAudioInfo *currentItem = mModel.item(current.row());
     mModel.listDidChange();
-    // The pointers are only compared: what has gone from the list is not found among its rows.
-    QItemSelection selection;
-    for (const auto *item : kept)
-        if (const int row = mModel.rowOf(item); row >= 0)
-            selection.select(mModel.index(row, 0), mModel.index(row, RecordingsModel::ColumnCount - 1));
-    mTable->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
-    if (const int row = currentItem ? mModel.rowOf(currentItem) : -1; row >= 0)
-        mTable->selectionModel()->setCurrentIndex(mModel.index(row, qMax(0, current.column())),
-                                                  QItemSelectionModel::NoUpdate);
+    showColumns();
     showEmptiness();
+}
+
+void LibraryTab::remember() {
+    mBefore = {};
+    for (const QItemSelectionRange &range : mTable->selectionModel()->selection())
+        for (int row = range.top(); row <= range.bottom(); ++row)
+            mBefore.selected.insert(mModel.item(row));
+    mBefore.current = mModel.item(mTable->currentIndex().row());
+    mBefore.column = qMax(0, mTable->currentIndex().column());
+    if (mTable->verticalScrollBar()->value() > 0) // At its top, a table shows what comes there.
+        mBefore.top = mModel.item(mTable->rowAt(0));
+}
+
+void LibraryTab::restore() {
+    if (mBefore.selected.empty() && !mBefore.current && !mBefore.top)
+        return;
+    QItemSelection selection;
+    int current = -1, top = -1, first = -1;
+    for (int row = 0; row <= mModel.rowCount(); ++row) {
+        const RecordedAudioInfo *item = mModel.item(row); // null behind the last
+        current = item && item == mBefore.current ? row : current;
+        top = item && item == mBefore.top ? row : top;
+        const bool isSelected = item && mBefore.selected.contains(item);
+        if (isSelected && first < 0)
+            first = row;
+        if (!isSelected && first >= 0) {
+            selection.append(
+                QItemSelectionRange(mModel.index(first, 0), mModel.index(row - 1, RecordingsModel::ColumnCount - 1)));
+            first = -1;
+        }
+    }
+    QItemSelectionModel &selected = *mTable->selectionModel();
+    selected.select(selection, QItemSelectionModel::ClearAndSelect);
+    if (current >= 0)
+        selected.setCurrentIndex(mModel.index(current, mBefore.column), QItemSelectionModel::NoUpdate);
+    if (top >= 0)
+        mTable->verticalScrollBar()->setValue(top * mTable->verticalHeader()->defaultSectionSize());
+    mBefore = {};
+}
+
+// A column that no recording has anything for is left out.
+void LibraryTab::showColumns() {
+    for (const auto column : {RecordingsModel::Artist, RecordingsModel::Album})
+        mTable->setColumnHidden(column, !mModel.isUsed(column));
 }
 
 void LibraryTab::showEmptiness() {
     const bool isEmpty = mModel.rowCount() == 0;
-    mEmpty->setText(mList.items().empty() ? Lang::windowEmptyLibrary() : Lang::windowNothingFound());
+    mEmpty->setText(mList.isLoading()       ? QString()
+                    : mList.items().empty() ? Lang::windowEmptyLibrary()
+                                            : Lang::windowNothingFound());
     mStack->setCurrentIndex(isEmpty ? 1 : 0);
 }
 

@@ -7,6 +7,8 @@
 
 #include <QWidget>
 
+#include <unordered_set>
+
 class QLabel;
 class QLineEdit;
 class QSlider;
@@ -48,6 +50,9 @@ private:
     void remove(RecordingsRemoval::Files files);
     void undo();
     void notice(const QString &text, bool withUndo);
+    void remember();
+    void restore();
+    void showColumns();
     void showEmptiness();
     void showPlayer();
     void showIcons();
@@ -58,6 +63,12 @@ private:
     RecordingsRemoval mRemoval;
     LibraryPlayer mPlayer;
     LibraryMedia mMedia{mPlayer, mModel};
+    // What the rows stood for before they change; may be gone, and is only compared.
+    struct {
+        std::unordered_set<const RecordedAudioInfo *> selected;
+        const RecordedAudioInfo *current = nullptr, *top = nullptr;
+        int column = 0;
+    } mBefore;
     QLineEdit *mSearch;
     QStackedLayout *mStack = nullptr;
     QTableView *mTable;

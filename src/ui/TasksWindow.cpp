@@ -15,7 +15,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QLocale>
 #include <QPushButton>
 #include <QSpinBox>
 
@@ -26,7 +25,7 @@ namespace {
 constexpr int kFirstLength = 60; // minutes of a new task
 
 QString shownTime(const QDateTime &moment) {
-    return QLocale().toString(moment.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm:ss"));
+    return Lang::locale().toString(moment.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm:ss"));
 }
 
 // The next start of a task as at now; invalid when there is none.

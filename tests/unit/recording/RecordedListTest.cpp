@@ -3,11 +3,13 @@
 #include "platform/foundation/KeyedArchiver.h"
 #include "platform/hal/embedded/DeviceClock.h"
 #include "settings/AppSettings.h"
+#include "tests/support/PrivateWorld.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -162,6 +164,53 @@ TEST_F(RecordedListTest, AJournalIsReadUpToWhereACrashCutItAndOnlyForItsArchive)
     // Another archive: a list that was put back from a backup.
     AppSettings::setRecordedMovieList({archivedItem({file(5), {}, {}, {}, {}, {}, {}})});
     EXPECT_EQ(names(*opened()), QStringList{"r5"});
+}
+
+// Loading behind the window: the items come with the event loop, and a change before that waits for them.
+TEST_F(RecordedListTest, ALoadingListTellsWhenItIsThereAndLosesNothingToAnEarlyChange) {
+    struct View : RecordedListView {
+        int changes = 0;
+        void recordedListDidChange() override { ++changes; }
+    } view;
+    large();
+    for (const bool changesEarly : {false, true}) {
+        SCOPED_TRACE(changesEarly);
+        RecordedList list(state(), mClock);
+        list.view = &view;
+        view.changes = 0;
+        int told = 0;
+        list.initRecordedListBehind([&] { ++told; });
+        EXPECT_TRUE(list.isLoading());
+        EXPECT_TRUE(list.items().empty());
+        if (changesEarly) {
+            list.addRecordedFile(file(1000), {}, {});
+            EXPECT_EQ(list.items().size(), 601u);
+            EXPECT_EQ(view.changes, 2) << "they are there, and another one";
+        }
+        EXPECT_EQ(told, 0) << "told from the event loop";
+        ASSERT_TRUE(test::eventually([&] {
+            QCoreApplication::processEvents();
+            return told > 0;
+        }));
+        EXPECT_EQ(told, 1);
+        EXPECT_FALSE(list.isLoading());
+        EXPECT_EQ(list.items().front()->thread(), QThread::currentThread());
+        EXPECT_EQ(names(list).front(), "r0");
+        EXPECT_EQ(names(*opened()).size(), changesEarly ? 601 : 600);
+    }
+    // One that goes while it loads is waited for, and nobody is told.
+    RecordedList(state(), mClock).initRecordedListBehind([] { FAIL(); });
+    QCoreApplication::processEvents();
+}
+
+TEST_F(RecordedListTest, WhatIsSearchedForFollowsTheFieldsOfAnItem) {
+    RecordedAudioInfo item(QStringLiteral("/music/Straße.m4a"));
+    EXPECT_EQ(item.searchKey(), "straße.m4a\n\n");
+    item.setArtist(QStringLiteral("ÄB"));
+    EXPECT_EQ(item.searchKey(), "straße.m4a\näb\n");
+    item.setAlbum(QStringLiteral("C"));
+    item.setFileName(QStringLiteral("/music/D.mp3"));
+    EXPECT_EQ(item.searchKey(), "d.mp3\näb\nc");
 }
 
 TEST_F(RecordedListTest, TheSweeperDeletesOneFileASecondOnceItExists) {
