@@ -129,6 +129,76 @@ void writeValueCases(std::ostream &script, const CLI::App &command, const std::s
     }
 }
 
+// A text as one word of a shell.
+std::string quoted(const std::string &text) { return '\'' + CLI::detail::find_and_replace(text, "'", "'\\''") + '\''; }
+
+std::vector<const CLI::Option *> optionsOf(const CLI::App &command) {
+    return command.get_options([](const CLI::Option *option) { return !option->get_positional(); });
+}
+
+// Every path of commands as a shell's word, "tasks add" among them.
+std::vector<std::string> pathsOf(const CLI::App &root) {
+    std::vector<std::string> paths;
+    visitCommands(root, {}, [&](const CLI::App &, const std::string &path) { paths.push_back(path); });
+    return paths;
+}
+
+// "'word:description'", as zsh describes what it proposes.
+std::string described(const std::string &word, const std::string &description) {
+    const auto escaped = [](const std::string &text) { return CLI::detail::find_and_replace(text, ":", "\\:"); };
+    return quoted(escaped(word) + ':' + escaped(description));
+}
+
+std::string describedOptions(const CLI::App &command) {
+    std::string words;
+    for (const CLI::Option *option : optionsOf(command))
+        for (const std::string &name : optionNames(*option))
+            words += ' ' + described(name, option->get_description());
+    return words;
+}
+
+std::string describedCommands(const CLI::App &command) {
+    std::string words;
+    for (const CLI::App *below : commandsOf(command))
+        words += ' ' + described(below->get_name(), below->get_description());
+    return words;
+}
+
+// The cases of zsh in which the word before is an option that takes a value.
+void writeZshValues(std::ostream &script, const CLI::App &command, const std::string &before) {
+    for (const CLI::Option *option : optionsOf(command)) {
+        if (!takesValue(*option))
+            continue;
+        const auto choices = choicesOf(*option);
+        for (const std::string &name : optionNames(*option))
+            script << "    " << before << name << "\") "
+                   << (choices.empty() ? std::string("_files") : "compadd -- " + joined(choices, " "))
+                   << "; return ;;\n";
+    }
+}
+
+// One line of fish for each option of a command, at its path or, for the common ones, everywhere.
+void writeFishOptions(std::ostream &script, const CLI::App &command, const std::string &condition) {
+    for (const CLI::Option *option : optionsOf(command)) {
+        script << "complete -c cantorel-cli" << condition;
+        for (const std::string &name : option->get_snames())
+            script << " -s " << name;
+        for (const std::string &name : option->get_lnames())
+            script << " -l " << name;
+        if (const auto choices = choicesOf(*option); !choices.empty())
+            script << " -x -a " << quoted(joined(choices, " "));
+        else if (takesValue(*option))
+            script << " -r -F";
+        script << " -d " << quoted(option->get_description()) << '\n';
+    }
+}
+
+void writeFishCommands(std::ostream &script, const CLI::App &command, const std::string &condition) {
+    for (const CLI::App *below : commandsOf(command))
+        script << "complete -c cantorel-cli" << condition << " -a " << below->get_name() << " -d "
+               << quoted(below->get_description()) << '\n';
+}
+
 } // namespace
 
 std::string manualPage(const CLI::App &root) {
@@ -199,6 +269,75 @@ std::string bashCompletion(const CLI::App &root) {
               "}\n"
               "complete -o default -F _cantorel_cli "
            << root.get_name() << '\n';
+    return script.str();
+}
+
+std::string zshCompletion(const CLI::App &root) {
+    std::ostringstream values, words;
+    std::vector<std::string> paths;
+    for (const std::string &path : pathsOf(root))
+        paths.push_back("\" " + path + '"');
+    writeZshValues(values, root, "*\" "); // the common options may stand anywhere
+    visitCommands(root, {}, [&](const CLI::App &command, const std::string &path) {
+        writeZshValues(values, command, "\" " + path + " ");
+        words << "    \" " << path << "\") proposed=(" << describedCommands(command) << describedOptions(command)
+              << " ) ;;\n";
+    });
+    std::ostringstream script;
+    script << "#compdef " << root.get_name()
+           << "\n# Completion for zsh, written by the build from the table of commands.\n"
+              "_cantorel_cli() {\n"
+              "    local at= before=${words[CURRENT-1]} i\n" // "path" is zsh's own
+              "    local -a proposed\n"
+              "    for ((i = 2; i < CURRENT; i++)); do\n"
+              "        case \"$at ${words[i]}\" in\n        "
+           << joined(paths, " | ")
+           << ") at+=\" ${words[i]}\" ;;\n"
+              "        esac\n"
+              "    done\n"
+              "    case \"$at $before\" in\n"
+           << values.str()
+           << "    esac\n"
+              "    case \"$at\" in\n    \"\") proposed=("
+           << describedCommands(root) << " ) ;;\n"
+           << words.str() << "    esac\n    proposed+=(" << describedOptions(root)
+           << " )\n"
+              "    _describe -o 'cantorel-cli' proposed || _files\n"
+              "}\n"
+              "_cantorel_cli \"$@\"\n";
+    return script.str();
+}
+
+std::string fishCompletion(const CLI::App &root) {
+    const auto at = [](const std::string &path) { return " -n '__cantorel_cli_at \"" + path + "\"'"; };
+    std::vector<std::string> paths;
+    for (const std::string &path : pathsOf(root))
+        paths.push_back(quoted(path));
+    std::ostringstream script;
+    script << "# Completion of " << root.get_name()
+           << " for fish, written by the build from the table of commands.\n"
+              "function __cantorel_cli_at --description 'Whether these commands have been typed'\n"
+              "    set -l at\n"
+              "    for word in (commandline -opc)[2..-1]\n"
+              "        if contains -- \"$at $word\" "
+           <<
+        [&paths] {
+            std::string all;
+            for (const std::string &path : paths)
+                all += "\\\n            ' " + path.substr(1) + ' ';
+            return all;
+        }()
+           << "\n            set at \"$at $word\"\n"
+              "        end\n"
+              "    end\n"
+              "    test (string trim -- \"$at\") = \"$argv[1]\"\n"
+              "end\n";
+    writeFishOptions(script, root, {});
+    writeFishCommands(script, root, at({}) + " -f");
+    visitCommands(root, {}, [&](const CLI::App &command, const std::string &path) {
+        writeFishCommands(script, command, at(path) + " -f");
+        writeFishOptions(script, command, at(path));
+    });
     return script.str();
 }
 

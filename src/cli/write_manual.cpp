@@ -1,5 +1,5 @@
-// Writes the manual page and the shell's completion of the command line; run by the build.
-// usage: write_manual PAGE COMPLETION
+// Writes the manual page and the shells' completions of the command line; run by the build.
+// usage: write_manual PAGE BASH ZSH FISH
 
 #include "cli/CommandManual.h"
 #include "cli/CommandSession.h"
@@ -11,15 +11,19 @@
 
 int main(int argc, char **argv) {
     using namespace cantorel;
-    if (argc != 3) {
-        std::fputs("usage: write_manual PAGE COMPLETION\n", stderr);
+    if (argc != 5) {
+        std::fputs("usage: write_manual PAGE BASH ZSH FISH\n", stderr);
         return 2;
     }
     CommandSession session;
     CLI::App root;
     composeCommandLine(root, session, allCommands());
-    std::ofstream page(argv[1]), completion(argv[2]);
-    page << manualPage(root) << std::flush;
-    completion << bashCompletion(root) << std::flush;
-    return page && completion ? 0 : 1;
+    const std::string texts[] = {manualPage(root), bashCompletion(root), zshCompletion(root), fishCompletion(root)};
+    for (const std::string &text : texts) {
+        std::ofstream file(*++argv);
+        file << text << std::flush;
+        if (!file)
+            return 1;
+    }
+    return 0;
 }

@@ -461,6 +461,8 @@ public:
     static QString windowNothingFound() { return builtInOrLoaded("windowNothingFound"); }
     static QString windowArtist() { return builtInOrLoaded("windowArtist"); }
     static QString windowAlbum() { return builtInOrLoaded("windowAlbum"); }
+    static QString windowCover() { return builtInOrLoaded("windowCover"); }
+    static QString windowFolder() { return builtInOrLoaded("windowFolder"); }
     static QString windowName() { return builtInOrLoaded("windowName"); }
     static QString windowState() { return builtInOrLoaded("windowState"); }
     static QString windowRemaining() { return builtInOrLoaded("windowRemaining"); }

@@ -23,6 +23,8 @@ constexpr TextRow kWindow[] = {
     {"NothingFound", "windowNothingFound", "No recording matches your search."},
     {"Artist", "windowArtist", "Artist"},
     {"Album", "windowAlbum", "Album"},
+    {"Cover", "windowCover", "Cover"},
+    {"Folder", "windowFolder", "Folder"},
     {"Name", "windowName", "Name"},
     {"State", "windowState", "State"},
     {"Remaining", "windowRemaining", "[#Count#] recordings"},

@@ -243,7 +243,11 @@ bool RecordingsModel::setData(const QModelIndex &index, const QVariant &value, i
 }
 
 QVariant RecordingsModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+    if (orientation != Qt::Horizontal)
+        return {};
+    if (section == Cover) // too narrow for its name
+        return role == Qt::ToolTipRole || role == Qt::AccessibleTextRole ? Lang::windowCover() : QVariant();
+    if (role != Qt::DisplayRole)
         return {};
     switch (section) {
     case Title:

@@ -4,6 +4,7 @@
 #include "platform/desktop/Services.h"
 #include "recording/RecordedList.h"
 #include "ui/Icons.h"
+#include "ui/RecordingInfo.h"
 #include "util/ToolString.h"
 
 #include <QAction>
@@ -59,6 +60,10 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
         showEmptiness();
     });
     mModel.trouble = [this](const QString &sentence) { notice(sentence, false); };
+    mModel.picture = [this](const RecordedAudioInfo &item) {
+        return mPictures.picture(item, palette(), mTable->iconSize().width(), devicePixelRatioF());
+    };
+    mPictures.changed = [this] { mTable->viewport()->update(); };
     mPlayer.changed = [this] {
         showPlayer();
         mMedia.playerDidChange();
@@ -101,6 +106,12 @@ QWidget *LibraryTab::makeTable() {
     mTable->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
     mTable->horizontalHeader()->setSectionResizeMode(RecordingsModel::Title, QHeaderView::Stretch);
     mTable->horizontalHeader()->setHighlightSections(false);
+    mTable->horizontalHeader()->setMinimumSectionSize(1);
+    // The cover is seen first, while the title stays the first cell that the keys come to.
+    mTable->horizontalHeader()->moveSection(RecordingsModel::Cover, 0);
+    mTable->horizontalHeader()->setSectionResizeMode(RecordingsModel::Cover, QHeaderView::Fixed);
+    mTable->setIconSize(QSize(1, 1) * (fontMetrics().height() + 4));
+    mTable->setColumnWidth(RecordingsModel::Cover, mTable->iconSize().width() + 8);
     mTable->setSortingEnabled(true);
     mTable->sortByColumn(RecordingsModel::Date, Qt::DescendingOrder);
     const int digit = fontMetrics().horizontalAdvance(QLatin1Char('0'));
@@ -121,6 +132,8 @@ QWidget *LibraryTab::makeTable() {
     };
     onKey(Qt::Key_Return, [this] { playOrPause(); });
     onKey(Qt::Key_Space, [this] { playOrPause(); });
+    onKey(Qt::ALT | Qt::Key_Return, [this] { showInfo(); });
+    onKey(Qt::CTRL | Qt::Key_I, [this] { showInfo(); });
     onKey(QKeySequence::Delete, [this] { remove(RecordingsRemoval::Files::Stay); });
     onKey(Qt::SHIFT | Qt::Key_Delete, [this] { remove(RecordingsRemoval::Files::IntoWastebasket); });
     auto *find = new QShortcut(QKeySequence::Find, this);
@@ -192,6 +205,8 @@ void LibraryTab::showMenu(const QPoint &position) {
         [this] { mTable->edit(mTable->currentIndex().siblingAtColumn(RecordingsModel::Title)); }, isOne && isReady);
     add(
         "folder", Lang::btnShowInFinder(), [this] { reveal(); }, isOne);
+    add(
+        "information", Lang::commFileInformation(), [this] { showInfo(); }, isOne);
     menu.addSeparator();
     add("remove", Lang::windowRemoveFromList(), [this] { remove(RecordingsRemoval::Files::Stay); });
     add("wastebasket", Lang::windowMoveToWastebasket(), [this] { remove(RecordingsRemoval::Files::IntoWastebasket); });
@@ -222,6 +237,18 @@ void LibraryTab::reveal() {
     const auto &files = desktop::InstalledServices::current().files;
     if (!items.empty() && files)
         (void)files->reveal({items.front()->getFileName()}); // The desktop shows it or has no file manager.
+}
+
+void LibraryTab::showInfo() {
+    const QModelIndex row = mTable->currentIndex().siblingAtColumn(RecordingsModel::Title);
+    const RecordedAudioInfo *item = mModel.item(row.row());
+    if (!item)
+        return;
+    mTable->scrollTo(row);
+    QRect place = mTable->visualRect(row);
+    place.moveTopLeft(mTable->viewport()->mapToGlobal(place.topLeft()));
+    // It deletes itself.
+    (new RecordingInfo(*item, row.siblingAtColumn(RecordingsModel::Date).data().toString(), this))->showAt(place);
 }
 
 void LibraryTab::remove(RecordingsRemoval::Files files) {
@@ -354,6 +381,7 @@ void LibraryTab::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange) {
         for (QAction *action : mSearch->actions())
             mSearch->removeAction(action);
+        mPictures.forgetDrawings();
         showIcons();
         showPlayer();
     }

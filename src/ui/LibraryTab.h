@@ -4,6 +4,7 @@
 #include "recording/LibraryPlayer.h"
 #include "recording/RecordingsModel.h"
 #include "recording/RecordingsRemoval.h"
+#include "ui/CoverPictures.h"
 
 #include <QWidget>
 
@@ -47,6 +48,7 @@ private:
     void playOrPause();
     void play(const RecordedAudioInfo &item);
     void reveal();
+    void showInfo();
     void remove(RecordingsRemoval::Files files);
     void undo();
     void notice(const QString &text, bool withUndo);
@@ -60,6 +62,7 @@ private:
 
     RecordedList &mList;
     RecordingsModel mModel;
+    CoverPictures mPictures;
     RecordingsRemoval mRemoval;
     LibraryPlayer mPlayer;
     LibraryMedia mMedia{mPlayer, mModel};

@@ -281,7 +281,17 @@ TEST_F(Library, PlaysPausesSeeksAndFallsSilentWhenARecordingBegins) {
     EXPECT_EQ(player.position(), paused);
     click("play");
     EXPECT_TRUE(player.isPlaying());
-    key(find<QWidget>("seek"), Qt::Key_End);
+    auto *seek = find<QWidget>("seek");
+    key(seek, Qt::Key_Home);
+    ASSERT_TRUE(passUntil([&] { return player.position() < 0.3; }));
+    click("play");
+    key(seek, Qt::Key_PageUp);
+    key(seek, Qt::Key_PageUp);
+    key(seek, Qt::Key_PageUp);
+    ASSERT_TRUE(passUntil([&] { return player.position() > player.length() * 0.25; })) << "by a page at a time";
+    EXPECT_LT(player.position(), player.length() * 0.75);
+    click("play");
+    key(seek, Qt::Key_End);
     ASSERT_TRUE(passUntil([&] { return player.file().isEmpty(); })) << "heard to its end";
     key(table, Qt::Key_Space);
     EXPECT_TRUE(player.isPlaying());

@@ -38,6 +38,8 @@ done
 grep -qx "ExecStart=$world/usr/bin/cantorel-cli tasks run" lib/systemd/user/cantorel-tasks.service ||
     fail "the unit does not name the installed program"
 bash -n share/bash-completion/completions/cantorel-cli
+zsh -n share/zsh/vendor-completions/_cantorel-cli
+fish --no-execute share/fish/vendor_completions.d/cantorel-cli.fish
 
 echo "The command line"
 export PATH=$world/usr/bin:$PATH

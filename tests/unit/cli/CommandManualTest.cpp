@@ -3,6 +3,7 @@
 #include "cli/CommandSession.h"
 #include "cli/CommandTable.h"
 
+#include <QDir>
 #include <QProcess>
 
 #include <gtest/gtest.h>
@@ -65,6 +66,43 @@ TEST_P(CompletionTest, ProposesWhatMayStandThere) {
     ASSERT_TRUE(bash.waitForFinished());
     EXPECT_EQ(bash.readAllStandardError().toStdString(), "");
     EXPECT_EQ(bash.readAllStandardOutput().toStdString(), GetParam().proposed);
+}
+
+// zsh's own completer is played: what it would be told is printed, and narrowed to what is typed.
+TEST_P(CompletionTest, ProposesTheSameInZsh) {
+    const QString script = QStringLiteral("words=(\"${(@s:|:)1}\"); CURRENT=${#words}\n"
+                                          "[[ $words[CURRENT] != _ ]] || words[CURRENT]=\n"
+                                          "show() { local w; local -a all\n"
+                                          "  for w; do [[ $w != $words[CURRENT]* ]] || all+=($w); done\n"
+                                          "  print -rn -- $all; }\n"
+                                          "compadd() { show ${@:2}; }\n"
+                                          "_describe() { show ${${(P)3}%%:*}; }\n"
+                                          "_files() { :; }\n")
+                           + QString::fromStdString(zshCompletion(root));
+    QProcess zsh;
+    zsh.start("zsh", {"-f", "-c", script, "zsh", GetParam().typed});
+    ASSERT_TRUE(zsh.waitForFinished());
+    EXPECT_EQ(zsh.readAllStandardError().toStdString(), "");
+    EXPECT_EQ(zsh.readAllStandardOutput().toStdString(), GetParam().proposed);
+}
+
+TEST_P(CompletionTest, ProposesTheSameInFish) {
+    QStringList typed = QString::fromLatin1(GetParam().typed).split(QLatin1Char('|'));
+    if (typed.last() == QLatin1String("_"))
+        typed.last().clear();
+    const QString script = QString::fromStdString(fishCompletion(root))
+                           + QStringLiteral("complete -C \"$argv[1]\" | string replace -r '\\t.*' ''\n");
+    QProcess fish;
+    fish.setWorkingDirectory(QDir::homePath() + QStringLiteral("/empty"));
+    QDir().mkpath(fish.workingDirectory()); // No files are proposed.
+    fish.start("fish", {"--no-config", "-c", script, typed.join(QLatin1Char(' '))});
+    ASSERT_TRUE(fish.waitForFinished());
+    EXPECT_EQ(fish.readAllStandardError().toStdString(), "");
+    QStringList proposed = QString::fromUtf8(fish.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QStringList expected = QString::fromLatin1(GetParam().proposed).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    proposed.sort(); // as fish does
+    expected.sort();
+    EXPECT_EQ(proposed, expected) << proposed.join(QLatin1Char(' ')).toStdString();
 }
 
 // "_" stands for a word of which nothing is typed yet.

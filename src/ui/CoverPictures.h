@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QCache>
+#include <QPixmap>
+#include <QThreadPool>
+
+#include <functional>
+
+class QPalette;
+
+namespace cantorel {
+class RecordedAudioInfo;
+}
+
+namespace cantorel::ui {
+
+// The small pictures that stand for recordings: a recording's own where it has one, else a drawn one. A recording's own
+// is decoded beside the main thread, and only when it is asked for. Owned by the library tab; main thread.
+class CoverPictures : public QObject {
+public:
+    CoverPictures();
+    ~CoverPictures() override { mDecoding.waitForDone(); }
+
+    // A picture that stood for others is there now. May be empty.
+    std::function<void()> changed;
+
+    // size: of its sides, in the pixels of a screen without scaling.
+    QPixmap picture(const RecordedAudioInfo &item, const QPalette &palette, int size, qreal scale);
+    // The palette has changed.
+    void forgetDrawings() { mDrawn.clear(); }
+
+private:
+    struct Decoded {
+        QByteArray cover; // held, so that its place in memory names it
+        QPixmap picture;  // null while it is decoded, or for what is no picture
+    };
+
+    const QPixmap &drawn(const QString &name, const QColor &colour, int size, qreal scale);
+    void decode(const QByteArray &cover, int side, qreal scale);
+
+    QHash<QString, QPixmap> mDrawn;
+    QCache<quintptr, Decoded> mDecoded;
+    QThreadPool mDecoding;
+};
+
+} // namespace cantorel::ui

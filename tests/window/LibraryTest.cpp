@@ -1,0 +1,204 @@
+#include "recording/RecordingsModel.h"
+#include "tests/window/WindowFixture.h"
+#include "ui/LibraryTab.h"
+
+#include <QAbstractButton>
+#include <QBuffer>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QScrollBar>
+#include <QSlider>
+#include <QTabWidget>
+#include <QTableView>
+#include <QUrl>
+
+namespace cantorel {
+namespace {
+
+// The library tab over a stored list of many recordings.
+class LongLibrary : public test::WindowFixture {
+public:
+    static constexpr int kMany = 2500;
+
+    LongLibrary() {
+        QVariantList archived;
+        for (int number = 0; number < kMany; ++number) {
+            const QString file = QStringLiteral("%1/Track%2.mp3").arg(QDir::homePath()).arg(number);
+            EXPECT_TRUE(QFile(file).open(QIODevice::WriteOnly));
+            archived << archivedItem({file,
+                                      QStringLiteral("00:03:10"),
+                                      QStringLiteral("1.00 MB"),
+                                      QStringLiteral("2026-03-05 14:07:09"),
+                                      {},
+                                      {},
+                                      {}});
+        }
+        AppSettings::setRecordedMovieList(archived);
+        list.initRecordedList();
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        QApplication::setActiveWindow(&window); // There is no window manager to do it.
+        find<QTabWidget>("tabs")->setCurrentIndex(1);
+        pass(50);
+        table = find<QTableView>("recordings");
+    }
+    QString title(int row) const { return table->model()->index(row, RecordingsModel::Title).data().toString(); }
+    int rows() const { return table->model()->rowCount(); }
+    QStringList selected() const {
+        QStringList titles;
+        for (const QModelIndex &index : table->selectionModel()->selectedRows())
+            titles << index.data().toString();
+        titles.sort();
+        return titles;
+    }
+    void select(const QList<int> &at) {
+        table->clearSelection();
+        for (const int row : at)
+            table->selectionModel()->select(table->model()->index(row, 0),
+                                            QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        table->selectionModel()->setCurrentIndex(table->model()->index(at.last(), 0), QItemSelectionModel::NoUpdate);
+    }
+    void key(QWidget *widget, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        widget->setFocus();
+        QTest::keyClick(widget, key, modifiers);
+    }
+
+    QTableView *table = nullptr;
+};
+
+} // namespace
+
+TEST_F(LongLibrary, EachSignThatIsTypedShowsTheRowsThatHaveIt) {
+    auto *search = find<QLineEdit>("search");
+    ASSERT_EQ(rows(), kMany);
+    for (const char sign : {'k', '2', '4', '9', '9', 'x'}) {
+        QTest::keyClick(search, sign);
+        int matching = 0;
+        for (const auto &item : list.items())
+            matching += item->getTitle().contains(search->text(), Qt::CaseInsensitive);
+        EXPECT_EQ(rows(), matching) << search->text().toStdString();
+        for (int row = 0; row < rows(); ++row)
+            ASSERT_TRUE(title(row).contains(search->text(), Qt::CaseInsensitive));
+    }
+    EXPECT_FALSE(table->isVisible()) << "a word instead of nothing";
+    QTest::keyClick(search, Qt::Key_Backspace);
+    EXPECT_EQ(rows(), 1);
+    EXPECT_EQ(title(0), QStringLiteral("Track2499.mp3"));
+    search->clear();
+    EXPECT_EQ(rows(), kMany);
+    EXPECT_EQ(title(0), QStringLiteral("Track2499.mp3")) << "the newest first, as before";
+}
+
+TEST_F(LongLibrary, TheSelectionSurvivesASortASearchAndAChangedList) {
+    select({0, 1, 2, 700});
+    const QStringList chosen = selected();
+    ASSERT_EQ(chosen.size(), 4);
+    auto *header = table->horizontalHeader();
+    const QPoint onTitle(header->sectionViewportPosition(RecordingsModel::Title) + 20, header->height() / 2);
+    for (int click = 0; click < 2; ++click) {
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, onTitle);
+        EXPECT_EQ(selected(), chosen);
+        EXPECT_EQ(table->currentIndex().data().toString(), QStringLiteral("Track1799.mp3"));
+    }
+    EXPECT_EQ(title(0), QStringLiteral("Track2499.mp3")) << "descending";
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, onTitle);
+    EXPECT_EQ(title(0), QStringLiteral("Track0.mp3"));
+    EXPECT_EQ(title(10), QStringLiteral("Track10.mp3")) << "by number, not by sign";
+
+    auto *search = find<QLineEdit>("search");
+    QTest::keyClicks(search, QStringLiteral("24"));
+    EXPECT_EQ(selected(), chosen.mid(1)) << "those that are still shown";
+    list.remove(*list.items().back());
+    EXPECT_EQ(selected(), (QStringList{QStringLiteral("Track2497.mp3"), QStringLiteral("Track2498.mp3")}));
+
+    // All of them at once.
+    search->clear();
+    table->selectAll();
+    list.remove(*list.items().front());
+    EXPECT_EQ(selected().size(), kMany - 2);
+}
+
+TEST_F(LongLibrary, APlaceFarDownStaysWhenSomethingIsRecorded) {
+    table->scrollTo(table->model()->index(1500, 0), QAbstractItemView::PositionAtTop);
+    const QString top = title(table->rowAt(0));
+    const QString file = QDir::homePath() + QStringLiteral("/New.mp3");
+    ASSERT_TRUE(QFile(file).open(QIODevice::WriteOnly));
+    list.addRecordedFile(file, {}, {});
+    EXPECT_EQ(title(table->rowAt(0)), top);
+    table->verticalScrollBar()->setValue(0);
+    list.remove(*list.items().front());
+    EXPECT_EQ(title(table->rowAt(0)), QStringLiteral("New.mp3")) << "at the top one sees what comes";
+}
+
+TEST_F(LongLibrary, WhatIsDraggedAreTheFilesOfTheSelectionButNoUnfinishedOne) {
+    select({1, 3});
+    const std::unique_ptr<QMimeData> dragged(table->model()->mimeData(table->selectionModel()->selectedIndexes()));
+    QStringList files;
+    for (const QUrl &url : dragged->urls())
+        files << url.toLocalFile();
+    files.sort();
+    EXPECT_EQ(files, (QStringList{QDir::homePath() + QStringLiteral("/Track2496.mp3"),
+                                  QDir::homePath() + QStringLiteral("/Track2498.mp3")}));
+    EXPECT_TRUE(table->dragEnabled());
+    EXPECT_TRUE(table->model()->index(1, 0).flags() & Qt::ItemIsDragEnabled);
+    list.items().back()->isRecording = true;
+    EXPECT_FALSE(table->model()->index(0, 0).flags() & Qt::ItemIsDragEnabled);
+}
+
+TEST_F(LongLibrary, InformationOpensAtTheRowByKeyAndClosesWithEscape) {
+    select({1200});
+    key(table, Qt::Key_Return, Qt::AltModifier);
+    auto *panel = window.findChild<QWidget *>(QStringLiteral("recordingInfo"));
+    ASSERT_NE(panel, nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(panel));
+    photograph(*panel, QStringLiteral("library-information"));
+    QStringList texts;
+    for (const auto *label : panel->findChildren<QLabel *>())
+        texts << label->text();
+    for (const QString &expected : {QStringLiteral("Track1299.mp3"), QDir::homePath(), QStringLiteral("MP3"),
+                                    QStringLiteral("00:03:10"), QStringLiteral("1.00 MB")})
+        EXPECT_TRUE(texts.contains(expected)) << expected.toStdString();
+    EXPECT_FALSE(texts.contains(Lang::windowArtist())) << "nothing is said where there is nothing";
+    EXPECT_TRUE(QRect(window.mapToGlobal(QPoint()), window.size()).intersects(panel->frameGeometry()));
+    QTest::keyClick(panel, Qt::Key_Escape);
+    EXPECT_FALSE(panel->isVisible());
+    pass(50);
+    EXPECT_EQ(window.findChild<QWidget *>(QStringLiteral("recordingInfo")), nullptr) << "it is gone";
+    table->clearSelection();
+    table->setCurrentIndex({});
+    key(table, Qt::Key_I, Qt::ControlModifier);
+    EXPECT_EQ(window.findChild<QWidget *>(QStringLiteral("recordingInfo")), nullptr) << "of which recording?";
+}
+
+TEST_F(LongLibrary, ColumnsAreThereForWhatARecordingHasAndACoverIsShownOnceItIsDecoded) {
+    EXPECT_TRUE(table->isColumnHidden(RecordingsModel::Artist));
+    EXPECT_TRUE(table->isColumnHidden(RecordingsModel::Album));
+    EXPECT_EQ(table->horizontalHeader()->logicalIndex(0), RecordingsModel::Cover);
+    photograph(window, QStringLiteral("library-long"));
+    RecordedAudioInfo &newest = *list.items().back();
+    newest.setArtist(QStringLiteral("Quartet"));
+    list.save(newest);
+    window.library().listDidChange();
+    EXPECT_FALSE(table->isColumnHidden(RecordingsModel::Artist));
+    EXPECT_TRUE(table->isColumnHidden(RecordingsModel::Album));
+
+    QImage red(600, 300, QImage::Format_RGB32);
+    red.fill(Qt::red);
+    QBuffer encoded(&newest.cover);
+    ASSERT_TRUE(red.save(&encoded, "PNG"));
+    list.items().front()->cover = QByteArrayLiteral("no picture");
+    const auto cover = [&](int row) {
+        return table->model()->index(row, RecordingsModel::Cover).data(Qt::DecorationRole).value<QPixmap>().toImage();
+    };
+    ASSERT_TRUE(passUntil([&] { return cover(0).pixelColor(cover(0).rect().center()) == QColor(Qt::red); }));
+    EXPECT_EQ(cover(0).width(), 2 * cover(0).height()) << "not distorted";
+    EXPECT_FALSE(cover(1).isNull()) << "a drawn one";
+    (void)cover(kMany - 1);
+    pass(100);
+    EXPECT_EQ(cover(kMany - 1), cover(1)) << "what is no picture";
+    photograph(window, QStringLiteral("library-cover"));
+}
+
+} // namespace cantorel
