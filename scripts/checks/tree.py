@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Cheap checks of the tree: test sources in targets, paths in documents, sizes, sleeping tests, bare releases."""
+"""Cheap checks of the tree: test sources in targets, paths in documents, sizes, sleeping tests, bare releases,
+texts."""
 import re
 import sys
 from pathlib import Path
@@ -54,7 +55,22 @@ def handles():
             yield f"{file.relative_to(ROOT)}: releases a C handle by hand"
 
 
-CHECKS = {check.__name__: check for check in (test_targets, doc_paths, sizes, no_sleeping, handles)}
+def texts():
+    """A sentence of the table is said by the core in just these words."""
+    literal = r'"((?:[^"\\\n]|\\.)*)"'
+    joined = re.compile(literal + r"(?:\s*" + literal.replace("(", "(?:", 1) + ")*")
+    said = set()
+    for file in sources("src"):
+        if file.parent.name != "lang":
+            for match in joined.finditer(file.read_text()):
+                said.add(re.sub(r"%\d", "*", "".join(re.findall(literal, match[0]))))
+    for row in re.findall(r"\{\s*" + literal + r",\s*" + literal + r",\s*((?:" + literal.replace("(", "(?:", 1) + r"\s*)+)\}",
+                          (ROOT / "src/lang/LangTextsSentence.cpp").read_text()):
+        if re.sub(r"\[#\w+#\]", "*", "".join(re.findall(literal, row[2]))) not in said:
+            yield f"src/lang/LangTextsSentence.cpp: nobody says {row[1]} so"
+
+
+CHECKS = {check.__name__: check for check in (test_targets, doc_paths, sizes, no_sleeping, handles, texts)}
 
 if __name__ == "__main__":
     chosen = sys.argv[1:] or list(CHECKS)

@@ -153,7 +153,7 @@ void AppDelegate::needRelaunchApp() {
         mParts.mainWindow.close();
     } else {
         Log(relaunched.failure().detail);
-        Tools::showErrorMessage(relaunched.failure().sentence, mParts.mainWindow.window());
+        Tools::showErrorMessage(Lang::sentence(relaunched.failure().sentence), mParts.mainWindow.window());
     }
     bIsNeedLaunch = false;
 }

@@ -120,7 +120,7 @@ private:
 };
 
 void showTrouble(const QString &sentence) {
-    QMessageBox box(QMessageBox::Warning, AppSettings::appName(), sentence);
+    QMessageBox box(QMessageBox::Warning, AppSettings::appName(), Lang::sentence(sentence));
     box.setWindowIcon(ui::applicationIcon());
     box.setTextFormat(Qt::PlainText);
     const SignalWatch signals([&box] { box.reject(); });
@@ -136,7 +136,7 @@ int runWindow(BackendChoice backend) {
     }
     auto hardware = Hardware::open(backend, kPatience);
     if (!hardware) {
-        showTrouble(Lang::windowNoServer() + QLatin1Char('\n') + hardware.failure().sentence);
+        showTrouble(Lang::windowNoServer() + QLatin1Char('\n') + Lang::sentence(hardware.failure().sentence));
         return 1;
     }
     WindowProgram program(std::move(hardware).value());

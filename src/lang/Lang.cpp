@@ -110,8 +110,8 @@ void Lang::ChangeLanguage(const QString &name) {
     }
     for (const TextGroup *group : textGroups()) {
         const auto element = document.value().first(group->path);
-        // Files made elsewhere know nothing of our own windows.
-        if (!element && group == &langtexts::kWindow)
+        // Files made elsewhere know nothing of our own windows and sentences.
+        if (!element && (group == &langtexts::kWindow || group == &langtexts::kSentence))
             continue;
         for (const TextRow &row : group->rows)
             if (row.attribute)

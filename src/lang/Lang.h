@@ -41,6 +41,10 @@ public:
     static bool isKey(const QString &key);
     static QString text(const QString &key);
 
+    // What the core says to a person, in the language in force. The core, its log and the command line say it in
+    // English; who shows it in a window asks here. A sentence that the table does not have is answered as it is.
+    static QString sentence(const QString &english);
+
     // Common.
     static QString commFileName() { return builtInOrLoaded("commFileName"); }
     static QString commSize() { return builtInOrLoaded("commSize"); }

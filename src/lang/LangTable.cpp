@@ -25,6 +25,7 @@ std::span<const TextGroup *const> textGroups() {
         &langtexts::kUpdate,
         &langtexts::kVideo2mp3,
         &langtexts::kWindow,
+        &langtexts::kSentence,
     };
     return kGroups;
 }

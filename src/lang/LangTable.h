@@ -41,6 +41,7 @@ extern const TextGroup kTabPlaylist;
 extern const TextGroup kUpdate;
 extern const TextGroup kVideo2mp3;
 extern const TextGroup kWindow;
+extern const TextGroup kSentence;
 
 } // namespace langtexts
 

@@ -13,10 +13,6 @@ QString hoursAndMinutes(qint64 seconds) {
     return QStringLiteral("%1:%2").arg(seconds / 3600).arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'));
 }
 
-QString sentenceOf(const RecordingTrouble &trouble) {
-    return trouble.kept.isEmpty() ? trouble.sentence : QStringLiteral("%1 (%2)").arg(trouble.sentence, trouble.kept);
-}
-
 template <class Function, class... Arguments> void call(const Function &function, const Arguments &...arguments) {
     if (function)
         function(arguments...);
@@ -81,8 +77,14 @@ QString RecorderPanel::taskAheadText() const {
         .replace(QLatin1String("[#TaskName#]"), mCountdown.taskName);
 }
 
-void RecorderPanel::setSentence(const QString &sentence) {
+QString RecorderPanel::sentence() const {
+    const QString sentence = Lang::sentence(mSentence);
+    return mKept.isEmpty() ? sentence : QStringLiteral("%1 (%2)").arg(sentence, mKept);
+}
+
+void RecorderPanel::setSentence(const QString &sentence, const QString &kept) {
     mSentence = sentence;
+    mKept = kept;
     tell();
 }
 
@@ -95,6 +97,7 @@ void RecorderPanel::recordingStarted(const QString &file, const QString &device)
     mFile = file;
     mDevice = device;
     mSentence.clear();
+    mKept.clear();
     tell();
 }
 
@@ -104,6 +107,7 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
     if (begins) {
         mHasFrames = mIsPaused = mIsDeviceLost = false;
         mSentence.clear();
+        mKept.clear();
         mDisplay = {};
         if (mIsSettled)
             mHistory.clear();
@@ -175,16 +179,18 @@ void RecorderPanel::recordingFinished(const FinishedRecording &recording) {
 
 void RecorderPanel::recordingFiltered(const QString &, double) { tell(); }
 
-void RecorderPanel::recordingInterrupted(const RecordingTrouble &trouble) { setSentence(sentenceOf(trouble)); }
-
-void RecorderPanel::recordingFailed(const RecordingTrouble &trouble) {
-    setSentence(sentenceOf(trouble));
-    call(failed, mSentence);
+void RecorderPanel::recordingInterrupted(const RecordingTrouble &trouble) {
+    setSentence(trouble.sentence, trouble.kept);
 }
 
-void RecorderPanel::recordingEndsEarly(const QString &sentence) {
-    setSentence(sentence);
-    call(failed, mSentence);
+void RecorderPanel::recordingFailed(const RecordingTrouble &trouble) {
+    setSentence(trouble.sentence, trouble.kept);
+    call(failed, sentence());
+}
+
+void RecorderPanel::recordingEndsEarly(const QString &english) {
+    setSentence(english);
+    call(failed, sentence());
 }
 
 void RecorderPanel::recordingSettled() {
@@ -203,9 +209,9 @@ void RecorderPanel::taskCountdown(const TaskCountdown &countdown) {
 
 void RecorderPanel::tasksDidChange() { call(tasksChanged); }
 
-void RecorderPanel::taskMissed(const ScheduleTaskInfo &, const QDateTime &, const QString &sentence) {
-    setSentence(sentence);
-    call(missed, sentence);
+void RecorderPanel::taskMissed(const ScheduleTaskInfo &, const QDateTime &, const QString &english) {
+    setSentence(english);
+    call(missed, sentence());
 }
 
 void RecorderPanel::shutdownCountdown(int secondsLeft) { call(shutdownIn, secondsLeft); }

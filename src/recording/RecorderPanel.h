@@ -47,8 +47,9 @@ public:
     QString stateText() const;
     QString timeLeftText() const;
     // What went wrong last, or what the person should know now; empty when all is well.
-    QString sentence() const { return mSentence; }
-    void setSentence(const QString &sentence);
+    QString sentence() const;
+    // sentence: of the core, in English, or in the language in force. kept: where the file lies that it is about.
+    void setSentence(const QString &sentence, const QString &kept = {});
     const TaskCountdown &countdown() const { return mCountdown; }
     // Which task is made next, and that it needs the program; empty when none lies ahead.
     QString taskAheadText() const;
@@ -68,13 +69,13 @@ public:
     void recordingFiltered(const QString &file, double seconds) override;
     void recordingInterrupted(const RecordingTrouble &trouble) override;
     void recordingFailed(const RecordingTrouble &trouble) override;
-    void recordingEndsEarly(const QString &sentence) override;
+    void recordingEndsEarly(const QString &english) override;
     void recordingSettled() override;
     void stopPlayback() override;
 
     void taskCountdown(const TaskCountdown &countdown) override;
     void tasksDidChange() override;
-    void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &sentence) override;
+    void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &english) override;
     void shutdownCountdown(int secondsLeft) override;
     void shutdownCancelled() override;
 
@@ -89,7 +90,7 @@ private:
     LevelDisplay mLevel;
     TaskCountdown mCountdown;
     qint64 mLostFrames = 0; // of the file
-    QString mFile, mDevice, mSentence;
+    QString mFile, mDevice, mSentence, mKept;
     bool mHasFrames = false;
     bool mIsPaused = false, mIsPausedBySilence = false, mIsDeviceLost = false, mIsConverting = false;
     bool mIsSettled = true; // since the last recording; between the files of a split it is not

@@ -53,8 +53,8 @@ Result<void> prepareDevices(int source) {
     // What is remembered of the real devices follows the person's choice up to now.
     const bool hasVirtual = ZQAudioKextKit::activateSVAD();
     if (source != 1 && !hasVirtual)
-        return Failure{QStringLiteral("There is no virtual device to record system sound from; install it with: "
-                                      "cantorel-cli driver install"),
+        return Failure{QStringLiteral("There is no virtual device to record system sound from; start the window anew "
+                                      "and have it installed, or run: cantorel-cli driver install"),
                        QStringLiteral("no virtual device")};
     if (source != 0 && ZQAudioKextKit::getDefaultAudioInputName().isEmpty())
         return Failure{QStringLiteral("There is no microphone; connect one, or record system sound alone."),

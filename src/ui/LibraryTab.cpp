@@ -279,7 +279,7 @@ void LibraryTab::undo() {
 }
 
 void LibraryTab::notice(const QString &text, bool withUndo) {
-    mNoticeText->setText(text);
+    mNoticeText->setText(Lang::sentence(text));
     mUndo->setVisible(withUndo);
     mNotice->setVisible(!text.isEmpty());
 }

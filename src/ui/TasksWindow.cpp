@@ -215,9 +215,9 @@ void TasksWindow::add() {
         trouble = task._daily ? Lang::windowNoNextStart() : Lang::toolsScheduleTaskErrorStarTime();
     // The rules that programs and scripts keep hold here as well.
     else if (const auto checked = taskFromJson(jsonOfTask(task)); !checked)
-        trouble = checked.failure().sentence;
+        trouble = Lang::sentence(checked.failure().sentence);
     else if (const auto added = addTask(task); !added)
-        trouble = added.failure().sentence;
+        trouble = Lang::sentence(added.failure().sentence);
     if (trouble.isEmpty()) {
         beginAnew();
         showTasks();
@@ -232,7 +232,7 @@ void TasksWindow::remove() {
     if (row >= tasks.size())
         return;
     const auto removed = removeTasks(tasks[row]->_taskName, mSchedule.currentScheduleTask().get());
-    mTrouble->setText(removed ? QString() : removed.failure().sentence);
+    mTrouble->setText(removed ? QString() : Lang::sentence(removed.failure().sentence));
     mTrouble->setVisible(!removed);
     showTasks();
 }

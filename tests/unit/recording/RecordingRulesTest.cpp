@@ -1,3 +1,4 @@
+#include "lang/Lang.h"
 #include "recording/RecorderPanel.h"
 #include "recording/RecordingSession.h"
 #include "tests/unit/recording/RecordingFixture.h"
@@ -180,6 +181,22 @@ TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
         EXPECT_NEAR(totalSeconds(), passed, 0.2) << "and what is missing is silence";
         EXPECT_EQ(view.lost, 0) << "which is told as an absence, and not as lost frames";
     }
+}
+
+TEST_F(RecordingRulesTest, WhatGoesWrongIsSaidInTheLanguageInForce) {
+    AppSettings::setAudioType(1);
+    RecorderPanel panel;
+    RecordingSession watched(panel, list, QDir::homePath() + QStringLiteral("/watched"));
+    unplug();
+    const auto refused = watched.startRecording();
+    ASSERT_FALSE(refused);
+    panel.setSentence(refused.failure().sentence);
+    const QString english = panel.sentence();
+    EXPECT_EQ(english, refused.failure().sentence);
+    Lang::ChangeLanguage(QStringLiteral("German"));
+    EXPECT_EQ(panel.sentence(), Lang::text(QStringLiteral("sentenceNoMicrophone"))) << "live";
+    panel.recordingFailed({english, QStringLiteral("/music/a.m4a")});
+    EXPECT_EQ(panel.sentence(), Lang::text(QStringLiteral("sentenceNoMicrophone")) + QStringLiteral(" (/music/a.m4a)"));
 }
 
 // The clock runs away from the coder: more than the queue holds is lost, and told where it happens.
