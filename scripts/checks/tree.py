@@ -56,14 +56,18 @@ def handles():
 
 
 def texts():
-    """A sentence of the table is said by the core in just these words."""
+    """A text of the windows is shown by one, and a sentence of the table is said by the core in just these words."""
     literal = r'"((?:[^"\\\n]|\\.)*)"'
     joined = re.compile(literal + r"(?:\s*" + literal.replace("(", "(?:", 1) + ")*")
-    said = set()
+    said, shown = set(), set()
     for file in sources("src"):
         if file.parent.name != "lang":
+            shown.update(re.findall(r"Lang::(window\w+)", file.read_text()))
             for match in joined.finditer(file.read_text()):
                 said.add(re.sub(r"%\d", "*", "".join(re.findall(literal, match[0]))))
+    for key in re.findall(r'"(window\w+)"', (ROOT / "src/lang/LangTextsWindow.cpp").read_text()):
+        if key not in shown:
+            yield f"src/lang/LangTextsWindow.cpp: no window shows {key}"
     for row in re.findall(r"\{\s*" + literal + r",\s*" + literal + r",\s*((?:" + literal.replace("(", "(?:", 1) + r"\s*)+)\}",
                           (ROOT / "src/lang/LangTextsSentence.cpp").read_text()):
         if re.sub(r"\[#\w+#\]", "*", "".join(re.findall(literal, row[2]))) not in said:

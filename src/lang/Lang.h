@@ -454,9 +454,7 @@ public:
     static QString windowFinishing() { return builtInOrLoaded("windowFinishing"); }
     static QString windowWaitingForSound() { return builtInOrLoaded("windowWaitingForSound"); }
     static QString windowDeviceLost() { return builtInOrLoaded("windowDeviceLost"); }
-    static QString windowNothingHeard() { return builtInOrLoaded("windowNothingHeard"); }
     static QString windowTimeLeft() { return builtInOrLoaded("windowTimeLeft"); }
-    static QString windowRecordsInto() { return builtInOrLoaded("windowRecordsInto"); }
     static QString windowMeterName() { return builtInOrLoaded("windowMeterName"); }
     static QString windowPictureName() { return builtInOrLoaded("windowPictureName"); }
     static QString windowLostFrames() { return builtInOrLoaded("windowLostFrames"); }
@@ -467,9 +465,7 @@ public:
     static QString windowAlbum() { return builtInOrLoaded("windowAlbum"); }
     static QString windowCover() { return builtInOrLoaded("windowCover"); }
     static QString windowFolder() { return builtInOrLoaded("windowFolder"); }
-    static QString windowName() { return builtInOrLoaded("windowName"); }
     static QString windowState() { return builtInOrLoaded("windowState"); }
-    static QString windowRemaining() { return builtInOrLoaded("windowRemaining"); }
     static QString windowRemoveFromList() { return builtInOrLoaded("windowRemoveFromList"); }
     static QString windowMoveToWastebasket() { return builtInOrLoaded("windowMoveToWastebasket"); }
     static QString windowRemoved() { return builtInOrLoaded("windowRemoved"); }
@@ -499,18 +495,13 @@ public:
     static QString windowNotRecovered() { return builtInOrLoaded("windowNotRecovered"); }
     static QString windowOutputFolder() { return builtInOrLoaded("windowOutputFolder"); }
     static QString windowMicrophone() { return builtInOrLoaded("windowMicrophone"); }
-    static QString windowFolders() { return builtInOrLoaded("windowFolders"); }
-    static QString windowChoose() { return builtInOrLoaded("windowChoose"); }
     static QString windowPressKeys() { return builtInOrLoaded("windowPressKeys"); }
-    static QString windowHotkeyFree() { return builtInOrLoaded("windowHotkeyFree"); }
     static QString windowHotkeyByDesktop() { return builtInOrLoaded("windowHotkeyByDesktop"); }
     static QString windowFirstNumber() { return builtInOrLoaded("windowFirstNumber"); }
     static QString windowNextStart() { return builtInOrLoaded("windowNextStart"); }
     static QString windowNoNextStart() { return builtInOrLoaded("windowNoNextStart"); }
     static QString windowLength() { return builtInOrLoaded("windowLength"); }
-    static QString windowOneTime() { return builtInOrLoaded("windowOneTime"); }
     static QString windowDaily() { return builtInOrLoaded("windowDaily"); }
-    static QString windowNewTask() { return builtInOrLoaded("windowNewTask"); }
     static QString windowRemoveTask() { return builtInOrLoaded("windowRemoveTask"); }
     static QString windowTaskMissed() { return builtInOrLoaded("windowTaskMissed"); }
     static QString windowShutdownIn() { return builtInOrLoaded("windowShutdownIn"); }
@@ -521,9 +512,6 @@ public:
     static QString windowDownload() { return builtInOrLoaded("windowDownload"); }
     static QString windowSkipVersion() { return builtInOrLoaded("windowSkipVersion"); }
     static QString windowNoUpdateAnswer() { return builtInOrLoaded("windowNoUpdateAnswer"); }
-    static QString windowInstallDevice() { return builtInOrLoaded("windowInstallDevice"); }
-    static QString windowInstall() { return builtInOrLoaded("windowInstall"); }
-    static QString windowNotNow() { return builtInOrLoaded("windowNotNow"); }
     static QString windowNoServer() { return builtInOrLoaded("windowNoServer"); }
     static QString windowPause() { return builtInOrLoaded("windowPause"); }
     static QString windowEnterTaskName() { return builtInOrLoaded("windowEnterTaskName"); }
