@@ -13,6 +13,8 @@ void Application::terminate() {
     if (mIsTerminating || !delegate->applicationShouldTerminate())
         return;
     mIsTerminating = true;
+    if (willEnd)
+        willEnd();
     quit();
 }
 

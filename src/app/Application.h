@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace cantorel {
 
 // Is told of the application's start and end.
@@ -23,6 +25,9 @@ public:
     virtual ~Application() = default;
 
     foundation::WeakDelegate<ApplicationDelegate> delegate;
+
+    // Told once, when the end is certain and the event loop goes on for a moment. May be empty.
+    std::function<void()> willEnd;
 
     // Asks the delegate and ends the event loop. What is asked once it may end is not asked again.
     void terminate();

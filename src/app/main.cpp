@@ -19,17 +19,20 @@
 #include "util/ToolSystem.h"
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QMessageBox>
 #include <QTimer>
 
+#include <thread>
 #include <utility>
 
 namespace cantorel {
 
 namespace {
 
-// How long the start waits for a sound server before it says that there is none.
+// How long the start waits for a sound server, and for the recorder, before it says that there is none.
 constexpr std::chrono::seconds kPatience(3);
+constexpr std::chrono::milliseconds kBetweenClaims(50);
 // How long the window may take to be painted before the rest of the start stops waiting for it.
 constexpr std::chrono::seconds kUnpainted(1);
 
@@ -58,6 +61,7 @@ public:
         AppDelegate delegate({mApplication, face, mCommonUtils, mBackground, hal::HardwareSystem::clock()});
         const SignalWatch signals([this] { mWindow->stopAndQuit(); });
         mWindow->quit = [this] { mApplication.terminate(); };
+        mApplication.willEnd = [this] { giveNameBack(); };
         mWindow->checkForUpdates = [this] { mCommonUtils.checkByHand(); };
         mCommonUtils.updateIsOffered = [this](const UpdateDescription &update) { mWindow->offerUpdate(update); };
         mCommonUtils.nothingIsOffered = [this](const std::optional<UpdateDescription> &update) {
@@ -90,11 +94,21 @@ private:
         mWindow->offerLeftovers();
         mRecorder.schedule().initScheduleTaskList();
         mControl.emplace(mSession, mList, &mRecorder.schedule(), RecordingControl::Begins::Any);
-        mControl->show = [this] { mWindow->bringToFront(); };
+        mControl->show = [this] { mWindow->showAgain(); };
         mControl->offer();
         if (auto hotKeys = desktopHotKeys(); hotKeys)
             desktop::InstalledServices::current().hotKeys = std::move(hotKeys.value());
         registerHotkeys();
+    }
+
+    // A start from now on is not led here any more, where it would end with us.
+    void giveNameBack() {
+        if (!mControl)
+            return;
+        mControl->show = {};
+        // From the event loop, since it may be the control that has asked for the end.
+        QMetaObject::invokeMethod(
+            qApp, [this] { mControl.reset(); }, Qt::QueuedConnection);
     }
 
     void registerHotkeys() {
@@ -127,19 +141,30 @@ void showTrouble(const QString &sentence) {
     box.exec();
 }
 
+// Whether a Cantorel that runs has shown its window.
+bool showsAnother() {
+    const auto &remote = desktop::InstalledServices::current().remote;
+    const auto shown = remote ? remote->ask(QString::fromLatin1(control::kShow), {}) : std::nullopt;
+    return shown && shown->ok();
+}
+
 int runWindow(BackendChoice backend) {
     // A second start shows the window of the first.
-    if (const auto &remote = desktop::InstalledServices::current().remote; remote) {
-        const auto shown = remote->ask(QString::fromLatin1(control::kShow), {});
-        if (shown && *shown)
-            return 0;
-    }
+    if (showsAnother())
+        return 0;
     auto hardware = Hardware::open(backend, kPatience);
     if (!hardware) {
         showTrouble(Lang::windowNoServer() + QLatin1Char('\n') + Lang::sentence(hardware.failure().sentence));
         return 1;
     }
     WindowProgram program(std::move(hardware).value());
+    // Another one that is ending leaves the recorder soon.
+    const QDeadlineTimer patience(kPatience);
+    while (!program.claim() && !patience.hasExpired()) {
+        if (showsAnother())
+            return 0;
+        std::this_thread::sleep_for(kBetweenClaims);
+    }
     if (!program.claim()) {
         showTrouble(QStringLiteral("Another Cantorel is recording already; stop that one first."));
         return 1;

@@ -307,6 +307,11 @@ void MainWindow::showOrHide() {
         bringToFront();
 }
 
+void MainWindow::showAgain() {
+    mIsLeaving = false;
+    bringToFront();
+}
+
 void MainWindow::showTriggers(const std::array<QString, 3> &triggers) {
     mTriggers = triggers;
     if (mSettings)

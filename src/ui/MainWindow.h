@@ -56,6 +56,8 @@ public:
     // Asks what shall become of what a crash left of recordings; nothing where there is none.
     void offerLeftovers();
     void bringToFront();
+    // The same for whoever starts the program anew: what was about to end once all is converted stays.
+    void showAgain();
     // Ends the program, and what is recorded, without asking.
     void stopAndQuit();
     // How the hot keys for start, stop and pause are pressed, where the desktop says so.

@@ -160,6 +160,19 @@ TEST_F(Background, ATaskThatIsOverKeepsNothingOpen) {
     EXPECT_EQ(quits, 1);
 }
 
+TEST_F(Background, WhoeverAsksForTheWindowWhileItIsAboutToEndKeepsIt) {
+    recordByButton();
+    window.close();
+    answer(Lang::windowStopAndQuit());
+    EXPECT_FALSE(window.isVisible());
+    ASSERT_FALSE(session.isSettled()) << "it waits for the conversion";
+    window.showAgain();
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    pass(50);
+    EXPECT_EQ(quits, 0);
+    EXPECT_TRUE(window.isVisible());
+}
+
 TEST_F(Background, MediaKeysReachTheLibraryAndTheWindow) {
     recordByButton();
     stop();

@@ -1,7 +1,11 @@
 #include "app/Hardware.h"
 #include "log/Log.h"
+#include "platform/desktop/dbus/DBusRemoteControl.h"
+#include "recording/RecordingControl.h"
 #include "recording/RecordingJournal.h"
+#include "settings/UserDefaultFunctions.h"
 #include "tests/support/OrdinaryFile.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/Unfinished.h"
 
@@ -49,6 +53,69 @@ TEST_F(ProgramTest, WhatACrashLeftIsAskedAboutAndNotTouchedBefore) {
 
 TEST_F(ProgramTest, TheEndOfALogInEndsAStartWithoutASoundServerToo) {
     EXPECT_EQ(endBySignal({}, "event -> main -> main"), 1);
+}
+
+// Programs of one session, which find each other.
+struct Session : ::testing::Test {
+    Session() { qputenv("CANTOREL_DEBUG", "1"); }
+    ~Session() override {
+        for (const auto &program : programs)
+            if (program->state() != QProcess::NotRunning)
+                end(*program);
+    }
+    QProcess &start() {
+        auto program = std::make_unique<QProcess>();
+        program->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        program->start(QStringLiteral(CANTOREL_PROGRAM), {QStringLiteral("--backend=embedded")});
+        EXPECT_TRUE(program->waitForStarted());
+        return *programs.emplace_back(std::move(program));
+    }
+    static int end(QProcess &program) {
+        program.terminate();
+        EXPECT_TRUE(program.waitForFinished());
+        return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
+    }
+    bool showsWindow() {
+        const auto shown = remote.ask(QString::fromLatin1(control::kShow), {});
+        return shown && shown->ok();
+    }
+    bool soonShowsWindow() {
+        return eventually([&] { return showsWindow(); }, 30'000);
+    }
+
+    PrivateBus bus;
+    desktop::DBusRemoteControl remote{QString::fromLatin1(kBundleIdentifier), QStringLiteral("/com/tessolar/Cantorel"),
+                                      QStringLiteral("com.tessolar.Cantorel.Recorder")};
+    std::vector<std::unique_ptr<QProcess>> programs;
+};
+
+TEST_F(Session, AStartWhileTheOneBeforeEndsStays) {
+    QProcess *running = &start();
+    ASSERT_TRUE(soonShowsWindow());
+    for (int round = 0; round < 3; ++round) {
+        running->terminate();
+        QProcess &next = start();
+        EXPECT_TRUE(running->waitForFinished());
+        EXPECT_TRUE(soonShowsWindow()) << round;
+        EXPECT_EQ(next.state(), QProcess::Running);
+        running = &next;
+    }
+    QProcess &second = start();
+    EXPECT_TRUE(second.waitForFinished(30'000)) << "one that stays is shown instead";
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_EQ(end(*running), 0);
+    EXPECT_FALSE(showsWindow());
+}
+
+TEST_F(Session, AStartWaitsForTheRecorderOfOneThatEnds) {
+    auto before = std::make_unique<RecordingJournal>(Hardware::stateFolder());
+    ASSERT_TRUE(before->claim());
+    QProcess &next = start();
+    EXPECT_TRUE(eventually([&] { return logOf().contains("event -> main -> main"); }, 30'000));
+    EXPECT_FALSE(showsWindow());
+    before.reset();
+    EXPECT_TRUE(soonShowsWindow());
+    EXPECT_EQ(end(next), 0);
 }
 
 } // namespace

@@ -303,8 +303,9 @@ TEST_F(LaunchTest, QuittingForARelaunchGivesTheDevicesBackButKeepsTheServices) {
     launch();
     ASSERT_TRUE(ZQAudioKextKit::setSVAD());
     calls.take();
+    application.willEnd = [this] { calls.note("willEnd"); };
     foundation::NotificationCenter::defaultCenter().post(kNotificationRelaunchAfterUpdate, RelaunchRequest{});
-    EXPECT_EQ(calls.take(), (QStringList{"sh sleep 1.000000; open \"/opt/cantorel\"", "quit", "close"}));
+    EXPECT_EQ(calls.take(), (QStringList{"sh sleep 1.000000; open \"/opt/cantorel\"", "willEnd", "quit", "close"}));
     EXPECT_EQ(ZQAudioKextKit::getDefaultAudioOutputName(), "Built-in Output");
     EXPECT_TRUE(delegate->applicationShouldTerminate());
     EXPECT_EQ(calls.take(), QStringList{"dispose"}) << "the relaunch is over";

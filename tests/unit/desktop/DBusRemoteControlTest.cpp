@@ -1,10 +1,12 @@
 #include "platform/desktop/dbus/DBusRemoteControl.h"
 
+#include "platform/desktop/dbus/OwnConnection.h"
 #include "tests/support/PrivateBus.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusVirtualObject>
 
 #include <gtest/gtest.h>
 
@@ -114,6 +116,33 @@ TEST(DBusRemoteControl, OneProgramOffersAtATimeAndTheNextOneAfterIt) {
         EXPECT_FALSE(ask("Tell").has_value());
     }
     EXPECT_TRUE(Offer().ok);
+}
+
+// Takes a call, and owes the answer.
+struct Silent : QDBusVirtualObject {
+    bool wasAsked = false;
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &, const QDBusConnection &) override { return wasAsked = true; }
+};
+
+TEST(DBusRemoteControl, OneThatEndsInsteadOfAnsweringIsNobody) {
+    const PrivateBus bus;
+    Silent silent;
+    auto connection = std::make_unique<OwnConnection>(QStringLiteral("silent"));
+    ASSERT_TRUE(connection->bus().registerVirtualObject(kPath, &silent) && connection->bus().registerService(kName));
+    std::atomic<bool> done = false;
+    std::optional<foundation::Result<QVariantMap>> answer = QVariantMap();
+    std::thread worker([&] {
+        answer = DBusRemoteControl(kName, kPath, kInterface).ask(QStringLiteral("Tell"), {});
+        done = true;
+    });
+    while (!done) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        if (silent.wasAsked)
+            connection.reset();
+    }
+    worker.join();
+    EXPECT_FALSE(answer.has_value());
 }
 
 TEST(DBusRemoteControl, WithoutABusNobodyIsReachedAndThatIsSaid) {

@@ -2,6 +2,7 @@
 
 #include "platform/desktop/dbus/OwnConnection.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDBusVirtualObject>
@@ -109,6 +110,10 @@ std::optional<Result<QVariantMap>> DBusRemoteControl::ask(const QString &method,
         return reply.value();
     const QDBusError &error = reply.error();
     if (error.type() == QDBusError::ServiceUnknown || error.name().endsWith(QStringLiteral(".NameHasNoOwner")))
+        return {};
+    // One that ends meanwhile does not answer any more, or has no object left that could.
+    if ((error.type() == QDBusError::NoReply || error.type() == QDBusError::UnknownObject)
+        && !bus.interface()->isServiceRegistered(mService))
         return {};
     if (error.name() == mInterface + QStringLiteral(".Failed"))
         return Failure{error.message(), error.message()};
