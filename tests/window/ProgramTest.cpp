@@ -3,14 +3,21 @@
 #include "platform/desktop/dbus/DBusRemoteControl.h"
 #include "recording/RecordingControl.h"
 #include "recording/RecordingJournal.h"
+#include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/Unfinished.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
 #include <QDir>
 #include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWidget>
 
 #include <gtest/gtest.h>
 
@@ -105,6 +112,65 @@ TEST_F(Session, AStartWhileTheOneBeforeEndsStays) {
     EXPECT_EQ(second.exitCode(), 0);
     EXPECT_EQ(end(*running), 0);
     EXPECT_FALSE(showsWindow());
+}
+
+// The desktop's messages and its file manager, whose person presses the button of each message.
+class Desktop : public QDBusVirtualObject {
+public:
+    Desktop() {
+        for (const char *name : {"org.freedesktop.Notifications", "org.freedesktop.FileManager1"})
+            EXPECT_TRUE(mBus.registerService(QString::fromLatin1(name)));
+        for (const char *path : {"/org/freedesktop/Notifications", "/org/freedesktop/FileManager1"})
+            EXPECT_TRUE(mBus.registerVirtualObject(QString::fromLatin1(path), this));
+    }
+    ~Desktop() override { QDBusConnection::disconnectFromBus(QStringLiteral("desktop")); }
+    QStringList told, revealed;
+
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
+        const QVariantList arguments = message.arguments();
+        if (message.member() == QStringLiteral("GetCapabilities"))
+            return bus.send(message.createReply(QStringList{QStringLiteral("actions"), QStringLiteral("body")}));
+        if (message.member() == QStringLiteral("ShowItems")) {
+            revealed << arguments[0].toStringList();
+            return bus.send(message.createReply());
+        }
+        if (message.member() != QStringLiteral("Notify"))
+            return false;
+        told << arguments[3].toString() + QStringLiteral(": ") + arguments[4].toString();
+        const bool sent = bus.send(message.createReply(quint32{1}));
+        auto pressed = QDBusMessage::createSignal(message.path(), message.interface(), QStringLiteral("ActionInvoked"));
+        pressed << quint32{1} << arguments[5].toStringList().value(2);
+        return sent && mBus.send(pressed);
+    }
+
+private:
+    QDBusConnection mBus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("desktop"));
+};
+
+TEST_F(Session, ARecordingOfTheWindowIsStartedStoppedAndShownByTheDesktopAlone) {
+    Desktop desktop;
+    const QTemporaryDir music;
+    AppSettings::setAudioType(1);
+    AppSettings::setOutputPath(music.path());
+    start();
+    ASSERT_TRUE(soonShowsWindow());
+    QWidget other; // has the person's attention
+    other.show();
+    other.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&other));
+    const auto launch = [&](const char *action) {
+        return remote.ask(QString::fromLatin1(action), {}).value_or(QVariantMap());
+    };
+    ASSERT_TRUE(launch(control::kToggle).ok());
+    EXPECT_TRUE(
+        eventually([&] { return launch(control::kStatus).value().value(QStringLiteral("bytes")).toInt() > 0; }));
+    ASSERT_TRUE(launch(control::kStop).ok());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !desktop.revealed.isEmpty(); }, 30'000));
+    const QStringList files = QDir(music.path()).entryList(QDir::Files);
+    ASSERT_EQ(files.size(), 1) << "converted";
+    EXPECT_EQ(desktop.told, QStringList{QStringLiteral("The recording is ready: ") + files[0]});
+    EXPECT_EQ(desktop.revealed, QStringList{QUrl::fromLocalFile(music.filePath(files[0])).toString()});
 }
 
 TEST_F(Session, AStartWaitsForTheRecorderOfOneThatEnds) {
