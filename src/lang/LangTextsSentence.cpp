@@ -20,10 +20,8 @@ constexpr TextRow kSentence[] = {
     {"NotJoined", "sentenceNotJoined",
      "Microphone and system sound could not be joined to one device; try again, or record one of them alone."},
     {"AnotherRecorder", "sentenceAnotherRecorder", "Another Cantorel is recording already; stop that one first."},
-    {"NotStarted", "sentenceNotStarted", "The recording could not be started; the log says why."},
     {"FileRemoved", "sentenceFileRemoved",
      "\"[#FileName#]\" was removed while it was being recorded; choose a folder that stays."},
-    {"NoSound", "sentenceNoSound", "Nothing was recorded because \"[#Device#]\" brought no sound in time."},
     {"FolderRemoved", "sentenceFolderRemoved",
      "The folder of \"[#FileName#]\" was removed while it was recorded to, so the recording was ended; what was "
      "recorded is kept in \"[#Folder#]\"."},
@@ -68,7 +66,6 @@ constexpr TextRow kSentence[] = {
     {"DiskNearlyFull", "sentenceDiskNearlyFull",
      "The disk that holds \"[#FileName#]\" is nearly full; the recording was ended and is kept. Make room or choose "
      "another folder."},
-    {"NotOpened", "sentenceNotOpened", "The device \"[#Device#]\" cannot be opened for recording."},
     {"FormatChanged", "sentenceFormatChanged",
      "The device \"[#Device#]\" has changed its sample rate or its channels; what was recorded until then is kept. "
      "Start a new recording."},
@@ -102,6 +99,24 @@ constexpr TextRow kSentence[] = {
     {"FileGone", "sentenceFileGone", "There is no file \"[#FileName#]\" to play."},
     {"CodecsMissing", "sentenceCodecsMissing", "The sound codecs of this program are missing; install it again."},
     {"ConverterMissing", "sentenceConverterMissing", "The converter is missing; install this program again."},
+    {"NotStarted", "sentenceNotStarted",
+     "The recording could not be started; try again, or look into the log, which says why."},
+    {"NoSound", "sentenceNoSound",
+     "Nothing was recorded because \"[#Device#]\" brought no sound in time; check that it is connected, and try "
+     "again."},
+    {"NotOpened", "sentenceNotOpened",
+     "The device \"[#Device#]\" cannot be opened for recording; check that it is connected, or choose another one."},
+    {"NoDevice", "sentenceNoDevice", "There is no device to record from; connect one."},
+    {"NotRescued", "sentenceNotRescued",
+     "The folder of \"[#FileName#]\" was removed while it was recorded to, and what was recorded could not be copied "
+     "to another one; choose a folder that stays."},
+    {"ConversionEnded", "sentenceConversionEnded",
+     "The conversion ended unexpectedly; the recording stays as it is, and the log says why."},
+    {"ConvertedEmpty", "sentenceConvertedEmpty", "The converted file is empty; the recording stays as it is."},
+    {"TaskLength", "sentenceTaskLength", "A task records for a whole number of seconds, from 1 to [#Count#]."},
+    {"NoRuntimeFolder", "sentenceNoRuntimeFolder",
+     "The sound server cannot be found because XDG_RUNTIME_DIR is not set; log in to a desktop session, or set it to "
+     "/run/user/<your id>."},
 };
 
 } // namespace

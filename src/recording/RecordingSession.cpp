@@ -223,8 +223,9 @@ Result<void> RecordingSession::begin(const QString &file) {
     mIsRecording = true;
     showControls();
     if (!started)
-        return Failure{QStringLiteral("The recording could not be started; the log says why."),
-                       QStringLiteral("startRecord answered false")};
+        return Failure{
+            QStringLiteral("The recording could not be started; try again, or look into the log, which says why."),
+            QStringLiteral("startRecord answered false")};
     return {};
 }
 

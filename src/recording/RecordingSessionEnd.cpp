@@ -56,7 +56,9 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
         end({failure   ? failure->sentence
              : removed ? QStringLiteral("\"%1\" was removed while it was being recorded; choose a folder that stays.")
                              .arg(recording.file)
-                       : QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time.").arg(mDevice),
+                       : QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time; check that it "
+                                        "is connected, and try again.")
+                             .arg(mDevice),
              {}});
         return;
     }

@@ -18,7 +18,8 @@ namespace cantorel::test {
 // The main window over software devices: music plays, time is stepped by hand, clicks and keys are real.
 class WindowFixture : public RecordingFixture {
 public:
-    WindowFixture() {
+    explicit WindowFixture(EmbeddedWorld::Virtual installed = EmbeddedWorld::Virtual::Installed)
+        : RecordingFixture(installed) {
         list.initRecordedList();
         session.claim();
     }

@@ -61,12 +61,15 @@ Failure nothingToRepair(const QString &path) {
 }
 
 Failure deviceNotOpened(const QString &name) {
-    return {QStringLiteral("The device \"%1\" cannot be opened for recording.").arg(name),
+    return {QStringLiteral(
+                "The device \"%1\" cannot be opened for recording; check that it is connected, or choose another one.")
+                .arg(name),
             QStringLiteral("open %1").arg(name)};
 }
 
 Failure noDevice() {
-    return {QStringLiteral("There is no device to record from."), QStringLiteral("recording without an input")};
+    return {QStringLiteral("There is no device to record from; connect one."),
+            QStringLiteral("recording without an input")};
 }
 
 Failure formatChanged(const QString &name) {

@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "log/Log.h"
 #include "platform/desktop/Services.h"
 #include "settings/AppSettings.h"
 #include "tests/support/EmbeddedWorld.h"
