@@ -65,7 +65,6 @@ QString RecordingsModel::textOf(const RecordedAudioInfo &item, int column) const
     }
 }
 
-// In the manner of the window's language; what is no date is shown as it is.
 QString RecordingsModel::shownDate(const QString &stored) const {
     const QDateTime date = QDateTime::fromString(stored, kStoredDate);
     return date.isValid() ? mLocale.toString(date, mDateFormat) : stored;

@@ -38,6 +38,9 @@ public:
     // Whether a column has anything to show for any recording of the list.
     bool isUsed(Column column) const;
 
+    // A stored date as the window's language writes it; what is none, as it is.
+    QString shownDate(const QString &stored) const;
+
     RecordedAudioInfo *item(int row) const;
     // -1 when it is not shown; the item may be gone.
     int rowOf(const RecordedAudioInfo *item) const;
@@ -65,7 +68,6 @@ private:
     void sortByText();
     bool isShown(const RecordedAudioInfo &item) const;
     QString textOf(const RecordedAudioInfo &item, int column) const;
-    QString shownDate(const QString &stored) const;
 
     RecordedList &mList;
     Rows mOrder;                                                  // all recordings, sorted

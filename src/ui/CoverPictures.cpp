@@ -5,7 +5,6 @@
 
 #include <QBuffer>
 #include <QImageReader>
-#include <QPalette>
 
 namespace cantorel::ui {
 
@@ -29,7 +28,7 @@ QImage decoded(const QByteArray &cover, int side) {
 
 CoverPictures::CoverPictures() : mDecoded(kKept) { mDecoding.setMaxThreadCount(1); }
 
-QPixmap CoverPictures::picture(const RecordedAudioInfo &item, const QPalette &palette, int size, qreal scale) {
+QPixmap CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale) {
     if (item.isRecording)
         return drawn(QStringLiteral("record"), recordingColour(), size, scale);
     if (!item.cover.isEmpty()) {
@@ -39,7 +38,7 @@ QPixmap CoverPictures::picture(const RecordedAudioInfo &item, const QPalette &pa
         else if (!known->picture.isNull())
             return known->picture;
     }
-    return drawn(QStringLiteral("sound"), palette.color(QPalette::Disabled, QPalette::Text), size, scale);
+    return drawn(QStringLiteral("sound"), Qt::darkGray, size, scale); // seen on every ground
 }
 
 const QPixmap &CoverPictures::drawn(const QString &name, const QColor &colour, int size, qreal scale) {

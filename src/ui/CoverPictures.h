@@ -6,8 +6,6 @@
 
 #include <functional>
 
-class QPalette;
-
 namespace cantorel {
 class RecordedAudioInfo;
 }
@@ -25,9 +23,7 @@ public:
     std::function<void()> changed;
 
     // size: of its sides, in the pixels of a screen without scaling.
-    QPixmap picture(const RecordedAudioInfo &item, const QPalette &palette, int size, qreal scale);
-    // The palette has changed.
-    void forgetDrawings() { mDrawn.clear(); }
+    QPixmap picture(const RecordedAudioInfo &item, int size, qreal scale);
 
 private:
     struct Decoded {

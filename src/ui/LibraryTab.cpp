@@ -61,7 +61,7 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
     });
     mModel.trouble = [this](const QString &sentence) { notice(sentence, false); };
     mModel.picture = [this](const RecordedAudioInfo &item) {
-        return mPictures.picture(item, palette(), mTable->iconSize().width(), devicePixelRatioF());
+        return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF());
     };
     mPictures.changed = [this] { mTable->viewport()->update(); };
     mPlayer.changed = [this] {
@@ -98,6 +98,7 @@ QWidget *LibraryTab::makeTable() {
     mTable->setDragEnabled(true);
     mTable->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     mTable->setShowGrid(false);
+    mTable->setWordWrap(false);
     mTable->setAlternatingRowColors(true);
     mTable->setTabKeyNavigation(false); // Tab leaves the table.
     mTable->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -114,12 +115,6 @@ QWidget *LibraryTab::makeTable() {
     mTable->setColumnWidth(RecordingsModel::Cover, mTable->iconSize().width() + 8);
     mTable->setSortingEnabled(true);
     mTable->sortByColumn(RecordingsModel::Date, Qt::DescendingOrder);
-    const int digit = fontMetrics().horizontalAdvance(QLatin1Char('0'));
-    for (const auto &[section, digits] : {std::pair(RecordingsModel::Length, 10),
-                                          {RecordingsModel::Size, 11},
-                                          {RecordingsModel::Date, 21},
-                                          {RecordingsModel::State, 14}})
-        mTable->setColumnWidth(section, digits * digit);
     connect(mTable, &QTableView::customContextMenuRequested, this, [this](const QPoint &at) { showMenu(at); });
     connect(mTable, &QTableView::doubleClicked, this, [this](const QModelIndex &index) {
         if (const auto *item = mModel.item(index.row()))
@@ -334,6 +329,24 @@ void LibraryTab::showColumns() {
         mTable->setColumnHidden(column, !mModel.isUsed(column));
 }
 
+// As wide as what they show at most, and as their names with the sign of the order.
+void LibraryTab::fitColumns() {
+    const std::pair<RecordingsModel::Column, QString> texts[] = {
+        {RecordingsModel::Artist, QString(14, QLatin1Char('n'))},
+        {RecordingsModel::Album, QString(14, QLatin1Char('n'))},
+        {RecordingsModel::Length, QStringLiteral("00:00:00")},
+        {RecordingsModel::Size, QStringLiteral("888.88 MB")},
+        {RecordingsModel::Date, mModel.shownDate(QStringLiteral("2028-12-28 22:58:58"))},
+        {RecordingsModel::State, Lang::tabRecordStatusRecording()}};
+    const QFontMetrics metrics = fontMetrics();
+    const int air = metrics.height();
+    for (const auto &[column, text] : texts) {
+        const QString name = mModel.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
+        mTable->setColumnWidth(column,
+                               air + qMax(metrics.horizontalAdvance(text), metrics.horizontalAdvance(name) + air));
+    }
+}
+
 void LibraryTab::showEmptiness() {
     const bool isEmpty = mModel.rowCount() == 0;
     mEmpty->setText(mList.isLoading()       ? QString()
@@ -367,6 +380,7 @@ void LibraryTab::changeLanguageText() {
     mStop->setAccessibleName(Lang::windowStopPlaying());
     mSeek->setAccessibleName(Lang::windowPosition());
     mModel.languageDidChange();
+    fitColumns();
     showEmptiness();
     showPlayer();
 }
@@ -381,7 +395,6 @@ void LibraryTab::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange) {
         for (QAction *action : mSearch->actions())
             mSearch->removeAction(action);
-        mPictures.forgetDrawings();
         showIcons();
         showPlayer();
     }

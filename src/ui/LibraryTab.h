@@ -55,6 +55,7 @@ private:
     void remember();
     void restore();
     void showColumns();
+    void fitColumns();
     void showEmptiness();
     void showPlayer();
     void showIcons();
