@@ -40,7 +40,7 @@ constexpr TextRow kCommon[] = {
     {"ErrorNoVirtualSoundCard", "commErrorNoVirtualSoundCard",
      "The virtual sound device of [#AppName#] is missing, so system sound cannot be recorded.[#NewLine#]Do you want to "
      "install it now?"},
-    {"InstalledSuccess", "commInstalledSuccess", "The virtual sound device has been installed."},
+    {"InstalledSuccess", "commInstalledSuccess", "The virtual sound device has been installed"},
     {"ExitConfirm", "commExitConfirm", "Do you want to quit [#AppName#]?"},
     {"AllTask", "commAllTask", "All tasks"},
     {"Radio", "commRadio", "Radio"},
@@ -65,7 +65,8 @@ constexpr TextRow kCommon[] = {
     {"Processing", "commProcessing", "Processing..."},
     {"OpendeviceError", "commOpendeviceError", "The audio device cannot be opened."},
     {"NewFolder", "commNewFolder", "New folder"},
-    {"NeedRelaunch", "commNeedRelaunch", "[#AppName#] has to be started again for the change to take effect."},
+    {"NeedRelaunch", "commNeedRelaunch",
+     "[#NewLine#][#AppName#] has to be started again for the change to take effect."},
     {"DefaultAudioInputDeviceUnavailable", "commDefaultAudioInputDeviceUnavailable",
      "The default input device is not available."},
     {"DefaultAudioOutputDeviceUnavailable", "commDefaultAudioOutputDeviceUnavailable",

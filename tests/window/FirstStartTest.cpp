@@ -59,7 +59,10 @@ TEST_F(FirstStart, OneSheetInstallsTheDeviceAndThenNothingStandsInTheWay) {
     EXPECT_TRUE(world.virtualInstalled);
     background.runAll();
     pass(50);
-    EXPECT_TRUE(sheet().contains(Lang::commInstalledSuccess()));
+    EXPECT_EQ(sheet(),
+              Tools::fillTextMarkers(Lang::commInstalledSuccess() + QLatin1Char('.') + Lang::commNeedRelaunch()));
+    EXPECT_FALSE(sheet().contains(QStringLiteral(".."))) << "two sentences with a full stop between them";
+    photograph(*window.findChild<QMessageBox *>(), QStringLiteral("first-start-installed"));
     answer(Lang::btnYes());
     EXPECT_TRUE(calls.made.contains(QStringLiteral("quit")));
     // The program that starts again.
@@ -77,6 +80,14 @@ TEST_F(FirstStart, WhoDoesNotWantItIsToldWhatToDoAndRecordsTheMicrophone) {
     pass(500);
     EXPECT_EQ(panel.state(), RecorderState::Idle);
     EXPECT_TRUE(find<QLabel>("sentence")->text().contains(QStringLiteral("virtual device")));
+    Lang::ChangeLanguage(QStringLiteral("Greek")); // the longest words
+    window.changeLanguageText();
+    window.resize(720, 480);
+    pass(50);
+    auto *sentence = find<QLabel>("sentence");
+    EXPECT_TRUE(sentence->text().contains(QStringLiteral("εικονική"))) << "live";
+    EXPECT_GE(sentence->height(), sentence->heightForWidth(sentence->width())) << "whole";
+    photograph(window, QStringLiteral("first-start-declined"));
     QTest::mouseClick(find<QAbstractButton>("source1"), Qt::LeftButton);
     record();
     EXPECT_EQ(find<QLabel>("sentence")->text(), QString());
