@@ -75,6 +75,7 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     mState->setObjectName(QStringLiteral("state"));
     mSentence->setWordWrap(true);
     mSentence->setObjectName(QStringLiteral("sentence"));
+    mPicture->setObjectName(QStringLiteral("picture"));
     mCountdown->setEnabled(false); // A quiet line.
     mTimeLeft->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 

@@ -1,6 +1,7 @@
 #include "recording/RecordingsModel.h"
 #include "tests/support/Unfinished.h"
 #include "tests/window/WindowFixture.h"
+#include "ui/Icons.h"
 #include "ui/LibraryTab.h"
 #include "util/UpdateCheck.h"
 
@@ -41,6 +42,29 @@ TEST_F(MainWindow, RecordsPausesSplitsAndStops) {
     EXPECT_EQ(panel.state(), RecorderState::Idle);
     EXPECT_EQ(list.items().size(), 2u);
     photograph(window, QStringLiteral("record-ended"));
+}
+
+// The clock runs away from the coder: more than its queue holds is lost.
+TEST_F(MainWindow, LostFramesAreMarkedInThePictureAndCounted) {
+    const auto marked = [this] {
+        const QImage picture = find<QWidget>("picture")->grab().toImage();
+        int points = 0;
+        for (int x = 0; x < picture.width(); ++x)
+            points += picture.pixelColor(x, picture.height() / 4) == ui::recordingColour() ? 1 : 0;
+        return points;
+    };
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return panel.display().seconds >= 5; }));
+    EXPECT_EQ(marked(), 0);
+    world.advance(15'000);
+    EXPECT_GT(panel.display().lostFrames, 0);
+    EXPECT_GT(marked(), 0);
+    EXPECT_TRUE(find<QLabel>("sentence")->text().contains(QStringLiteral("frames")));
+    photograph(window, QStringLiteral("record-lost-frames"));
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
 }
 
 class Leaving : public MainWindow {
