@@ -228,16 +228,12 @@ void RecordedList::changed() {
 }
 
 void RecordedList::_deleteInvalidRecordedFiles() {
-    for (const QString &path : std::as_const(mInvalidFiles)) {
-        if (!QFile::exists(path))
-            continue;
-        const QString gone = path;
-        if (QFile::remove(gone)) {
-            mInvalidFiles.remove(gone);
-            Log(QStringLiteral("delete invalid recorded file: %1").arg(gone));
-        }
-        return; // One file a second.
-    }
+    const auto found = std::find_if(mInvalidFiles.cbegin(), mInvalidFiles.cend(),
+                                    [](const QString &path) { return QFile::exists(path); });
+    if (found == mInvalidFiles.cend() || !QFile::remove(*found))
+        return;
+    Log(QStringLiteral("delete invalid recorded file: %1").arg(*found));
+    mInvalidFiles.erase(found); // One file a second.
 }
 
 } // namespace cantorel
