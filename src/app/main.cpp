@@ -13,6 +13,7 @@
 #include "recording/ScheduledSession.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
+#include "ui/Accessibility.h"
 #include "ui/Icons.h"
 #include "ui/MainWindow.h"
 #include "ui/WindowFace.h"
@@ -180,6 +181,7 @@ int main(int argc, char **argv) {
     using namespace cantorel;
     SignalWatch::holdBack(); // before the application object and the sound server begin their threads
     QApplication application(argc, argv);
+    ui::installAccessibility();
     QApplication::setApplicationName(AppSettings::appIdenitfyName());
     QApplication::setDesktopFileName(QString::fromLatin1(kBundleIdentifier));
     QApplication::setQuitOnLastWindowClosed(false); // It lives on in the tray.

@@ -9,8 +9,12 @@ namespace cantorel {
 
 namespace {
 
+// As exactly as anybody plans with it; the signs of the units are the same in all languages.
 QString hoursAndMinutes(qint64 seconds) {
-    return QStringLiteral("%1:%2").arg(seconds / 3600).arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'));
+    const qint64 hours = seconds / 3600, minutes = seconds / 60 % 60;
+    if (hours >= 10)
+        return QStringLiteral("%1 h").arg(hours);
+    return hours > 0 ? QStringLiteral("%1 h %2 min").arg(hours).arg(minutes) : QStringLiteral("%1 min").arg(minutes);
 }
 
 template <class Function, class... Arguments> void call(const Function &function, const Arguments &...arguments) {

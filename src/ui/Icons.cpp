@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QPixmap>
 #include <QSvgRenderer>
+#include <QWidget>
 
 namespace cantorel::ui {
 
@@ -67,6 +68,10 @@ QPixmap drawing(const QString &name, const QColor &colour, int size, qreal scale
 
 QIcon icon(const QString &name, const QPalette &palette) {
     return QIcon(new DrawnIcon(name, palette)); // which owns it
+}
+
+QSize textIconSize(const QWidget &widget, qreal lines) {
+    return QSize(1, 1) * qRound(widget.fontMetrics().height() * lines);
 }
 
 QIcon applicationIcon() { return icon(QStringLiteral("com.tessolar.Cantorel"), {}); }

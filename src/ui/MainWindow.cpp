@@ -44,6 +44,7 @@ MainWindow::MainWindow(const Parts &parts)
     setMinimumSize(kSmallest);
     resize(kFirst);
     mTabs->setDocumentMode(true);
+    mTabs->setIconSize(textIconSize(*this));
     mTabs->setObjectName(QStringLiteral("tabs"));
     mTabs->addTab(mRecordingTab, QString());
     mTabs->addTab(mLibraryPage, QString());
@@ -131,6 +132,7 @@ void MainWindow::makeMenu() {
     mMenuButton->setMenu(menu);
     mMenuButton->setPopupMode(QToolButton::InstantPopup);
     mMenuButton->setAutoRaise(true);
+    mMenuButton->setIconSize(textIconSize(*this));
     mMenuButton->setFocusPolicy(Qt::StrongFocus);
     mMenuButton->setObjectName(QStringLiteral("menu"));
     mTabs->setCornerWidget(mMenuButton);

@@ -15,6 +15,7 @@ public:
     // The display outlives the view.
     explicit MeterView(LevelDisplay &level, QWidget *parent = nullptr);
 
+    const LevelDisplay &level() const { return mLevel; }
     // A level has come.
     void wake();
 

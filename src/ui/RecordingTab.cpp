@@ -26,7 +26,7 @@ namespace {
 
 constexpr qreal kElapsedScale = 3.4; // of the normal text
 constexpr int kMargin = 16;
-constexpr int kSourceIcon = 28, kControlIcon = 24;
+constexpr qreal kSourceIcon = 1.9, kControlIcon = 1.6; // heights of a line of text
 
 struct Source {
     const char *icon;
@@ -75,6 +75,7 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     mState->setObjectName(QStringLiteral("state"));
     mSentence->setWordWrap(true);
     mSentence->setObjectName(QStringLiteral("sentence"));
+    mMeter->setObjectName(QStringLiteral("meter"));
     mPicture->setObjectName(QStringLiteral("picture"));
     mCountdown->setEnabled(false); // A quiet line.
     mTimeLeft->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -115,7 +116,7 @@ QWidget *RecordingTab::makeSources() {
         button->setAutoRaise(true);
         button->setFocusPolicy(Qt::StrongFocus);
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        button->setIconSize({kSourceIcon, kSourceIcon});
+        button->setIconSize(textIconSize(*this, kSourceIcon));
         button->setObjectName(QStringLiteral("source%1").arg(type));
         mSources->addButton(button, type);
         layout->addWidget(button);
@@ -132,6 +133,7 @@ QWidget *RecordingTab::makeDestination() {
     mFolder->setAutoRaise(true);
     mFolder->setFocusPolicy(Qt::StrongFocus);
     mFolder->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    mFolder->setIconSize(textIconSize(*this));
     mFolder->setObjectName(QStringLiteral("folder"));
     connect(mFolder, &QToolButton::clicked, this, [this] { chooseFolder(); });
     mFormat->addItems(AppSettings::audioFormats());
@@ -152,7 +154,7 @@ QWidget *RecordingTab::makeControls() {
         button->setAutoRaise(true);
         button->setFocusPolicy(Qt::StrongFocus);
         button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-        button->setIconSize({kControlIcon, kControlIcon});
+        button->setIconSize(textIconSize(*this, kControlIcon));
         button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     }
     mRecord->setObjectName(QStringLiteral("record"));

@@ -62,8 +62,8 @@ SettingsWindow::SettingsWindow(QWidget *parent)
     mPages->addTab(makeGeneral(), QString());
     mPages->addTab(makeRecording(), QString());
     mPages->addTab(makeHotkeys(), QString());
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
-    buttons->setObjectName(QStringLiteral("buttons"));
+    auto *buttons = new QDialogButtonBox(this);
+    mClose = buttons->addButton(QString(), QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     auto *column = new QVBoxLayout(this);
     column->addWidget(mPages);
@@ -293,9 +293,7 @@ void SettingsWindow::changeLanguageText() {
         mHotkeyLabels[i]->setText(kHotkeys[i].label());
         mHotkeys[i]->setPlaceholderText(Lang::windowPressKeys());
     }
-    findChild<QDialogButtonBox *>(QStringLiteral("buttons"))
-        ->button(QDialogButtonBox::Close)
-        ->setText(Lang::btnClose());
+    mClose->setText(Lang::btnClose());
 }
 
 } // namespace cantorel::ui

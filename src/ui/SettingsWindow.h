@@ -11,6 +11,7 @@ class QComboBox;
 class QLabel;
 class QSpinBox;
 class QTabWidget;
+class QPushButton;
 class QToolButton;
 
 namespace cantorel::ui {
@@ -59,6 +60,7 @@ private:
     QTabWidget *mPages;
     QLabel *mLanguageLabel, *mFormatLabel, *mFolderLabel, *mNumberLabel, *mHotkeyNote;
     QComboBox *mLanguage, *mFormat;
+    QPushButton *mClose;
     QToolButton *mFolder;
     QCheckBox *mAutoName, *mSkipSilence, *mEnableHotkeys;
     QSpinBox *mNumber;

@@ -76,12 +76,14 @@ TasksWindow::TasksWindow(ScheduleTaskRunner &schedule, QWidget *parent)
       mShutdown(new QCheckBox(this)),
       mAdd(new QPushButton(this)),
       mRemove(new QPushButton(this)),
-      mButtons(new QDialogButtonBox(QDialogButtonBox::Close, this)) {
+      mClose(new QPushButton(this)) {
     auto *column = new QVBoxLayout(this);
     column->addWidget(makeList(), 1);
     column->addWidget(makeEditor());
-    column->addWidget(mButtons);
-    connect(mButtons, &QDialogButtonBox::rejected, this, &QDialog::close);
+    auto *buttons = new QDialogButtonBox(this);
+    buttons->addButton(mClose, QDialogButtonBox::RejectRole);
+    column->addWidget(buttons);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     changeLanguageText();
     beginAnew();
     showTasks();
@@ -272,7 +274,7 @@ void TasksWindow::changeLanguageText() {
     mShutdown->setText(Lang::toolsScheduleTaskShutdown());
     mAdd->setText(Lang::toolsScheduleTaskCreateTak());
     mRemove->setText(Lang::windowRemoveTask());
-    mButtons->button(QDialogButtonBox::Close)->setText(Lang::btnClose());
+    mClose->setText(Lang::btnClose());
     showEdited();
     showTasks();
 }

@@ -10,7 +10,6 @@ class QButtonGroup;
 class QCheckBox;
 class QComboBox;
 class QDateTimeEdit;
-class QDialogButtonBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -53,8 +52,7 @@ private:
     QSpinBox *mHours, *mMinutes, *mSeconds, *mTimes;
     QCheckBox *mDaily, *mRepeat, *mManual, *mShutdown;
     std::array<QCheckBox *, 7> mDays{};
-    QPushButton *mAdd, *mRemove;
-    QDialogButtonBox *mButtons;
+    QPushButton *mAdd, *mRemove, *mClose;
 };
 
 } // namespace cantorel::ui

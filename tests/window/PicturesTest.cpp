@@ -35,6 +35,9 @@ QPalette darkPalette() {
     for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
         dark.setColor(QPalette::Disabled, role, quiet);
     dark.setColor(QPalette::PlaceholderText, quiet);
+    dark.setColor(QPalette::Light, QColor(0x3A, 0x3F, 0x47));
+    dark.setColor(QPalette::Midlight, QColor(0x30, 0x34, 0x3B));
+    dark.setColor(QPalette::Dark, QColor(0x14, 0x16, 0x19));
     dark.setColor(QPalette::Mid, QColor(0x55, 0x5B, 0x66));
     dark.setColor(QPalette::Highlight, QColor(0x4C, 0x9B, 0xE8));
     dark.setColor(QPalette::HighlightedText, Qt::black);
@@ -65,6 +68,7 @@ public:
         window.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
+    void expectAllTextsShown(QSize size, QSize largest, const QString &prefix);
 
 private:
     std::shared_ptr<void> mMusic;
@@ -131,24 +135,52 @@ std::string clipped(const QWidget &window) {
     return clippedNow(window).join(QStringLiteral("; ")).toStdString();
 }
 
-TEST_F(Pictures, NoTextIsCutOffInAnyLanguageAtAnySize) {
-    show({720, 480});
+// Every window in every language; prefix: of the photographs' names; largest: what the windows may grow to.
+void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &prefix) {
+    show(size);
+    const auto look = [&](QWidget &shown, const std::string &page) {
+        EXPECT_EQ(clipped(shown), "") << page;
+        EXPECT_LE(shown.width(), largest.width()) << page;
+        EXPECT_LE(shown.height(), largest.height()) << page;
+        photograph(shown, prefix + QString::fromStdString(page));
+    };
     for (const LanguageInfo &language : Lang::languages()) {
         Lang::ChangeLanguage(language.name);
         window.changeLanguageText();
+        const std::string name = language.name.toStdString();
         for (const int tab : {0, 1}) {
             find<QTabWidget>("tabs")->setCurrentIndex(tab);
-            EXPECT_EQ(clipped(window), "") << language.name.toStdString();
-            EXPECT_LE(window.width(), 720) << language.name.toStdString();
-            photograph(window, QStringLiteral("small-%1-%2").arg(language.name).arg(tab));
+            look(window, name + "-" + std::to_string(tab));
         }
-        window.settings().openRecordingPage();
-        EXPECT_EQ(clipped(window.settings()), "") << language.name.toStdString();
+        window.openPreferencesWindowAndShowRecordInterface();
+        for (const int page : {0, 1, 2}) {
+            window.settings().findChild<QTabWidget *>(QStringLiteral("pages"))->setCurrentIndex(page);
+            look(window.settings(), name + "-settings-" + std::to_string(page));
+        }
         window.settings().close();
         window.tasks().show();
-        EXPECT_EQ(clipped(window.tasks()), "") << language.name.toStdString();
+        look(window.tasks(), name + "-tasks");
         window.tasks().close();
     }
+}
+
+TEST_F(Pictures, NoTextIsCutOffInAnyLanguageAtTheSmallestSize) {
+    expectAllTextsShown({720, 480}, {720, 600}, QStringLiteral("small-"));
+}
+
+// Fonts are asked for when a window is made.
+struct LargeText {
+    LargeText() {
+        QFont font = QApplication::font();
+        font.setPointSizeF(font.pointSizeF() * 2);
+        QApplication::setFont(font);
+    }
+};
+
+class LargePictures : public LargeText, public Pictures {};
+
+TEST_F(LargePictures, TextOfTwiceTheSizeFitsOnASmallLaptop) {
+    expectAllTextsShown({1024, 680}, {1366, 720}, QStringLiteral("large-"));
 }
 
 } // namespace

@@ -9,11 +9,13 @@
 #include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/Unfinished.h"
+#include "tests/window/Screen.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QDir>
+#include <QLineEdit>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -56,6 +58,40 @@ TEST_F(ProgramTest, WhatACrashLeftIsAskedAboutAndNotTouchedBefore) {
     EXPECT_EQ(endBySignal({"--backend=embedded"}, "RegisterHotkey -> "), 0);
     EXPECT_EQ(testing::contents(left), before);
     EXPECT_EQ(RecordingJournal(state).leftovers().size(), 1u);
+}
+
+TEST_F(ProgramTest, HotKeysRecordWhileAnotherWindowHasTheKeyboard) {
+    constexpr xcb_keysym_t kControl = 0xffe3, kSuper = 0xffeb; // on the left
+    const QDir music(QDir::homePath() + QStringLiteral("/Music"));
+    AppSettings::setOutputPath(music.path());
+    AppSettings::setAudioFormat(4);
+    AppSettings::setAutoSkipSilence(false);
+    AppSettings::setIsBeepBeforeRecording(false);
+    AppSettings::setAudioType(1); // the microphone: nothing has to be installed
+    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    program.start(QStringLiteral(CANTOREL_PROGRAM), {"--backend=embedded"});
+    ASSERT_TRUE(eventually([&] { return logOf().contains("RegisterHotkey -> hotkeyPauseRecording"); }, 30'000));
+    QLineEdit other;
+    other.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
+    const auto strike = [&](std::initializer_list<xcb_keysym_t> keys) {
+        ASSERT_TRUE(eventually([&] { // The program comes to the front by itself when it starts.
+            other.activateWindow();
+            QTest::qWait(20);
+            return other.isActiveWindow() && other.hasFocus();
+        }));
+        screenOfThisProcess->strike(keys);
+        QTest::qWait(50);
+    };
+    strike({'a'});
+    EXPECT_EQ(other.text(), QStringLiteral("a")) << "the keyboard is the other window's";
+    strike({kControl, kSuper, 's'});
+    EXPECT_TRUE(eventually([&] { return !music.entryList({"*.m4a"}).isEmpty(); }));
+    strike({kControl, kSuper, 't'});
+    EXPECT_TRUE(eventually([&] { return !music.entryList({"*.wav"}).isEmpty(); })) << logOf().toStdString();
+    EXPECT_EQ(other.text(), QStringLiteral("a")) << "a hot key is typed nowhere";
+    program.terminate();
+    EXPECT_TRUE(program.waitForFinished());
 }
 
 TEST_F(ProgramTest, TheEndOfALogInEndsAStartWithoutASoundServerToo) {

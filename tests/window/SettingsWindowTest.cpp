@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QProcess>
 #include <QSpinBox>
 #include <QTabWidget>
 
@@ -44,6 +45,21 @@ TEST_F(Settings, WhatIsChangedIsStoredAtOnceAndShownWhenOpenedAgain) {
     AppSettings::setAutoSkipSilence(true);
     window.settings().showSettings();
     EXPECT_TRUE(find<QCheckBox>("skipSilence")->isChecked());
+}
+
+// What one program stores with clicks another reads that starts later.
+TEST_F(Settings, WhatIsChangedIsThereAfterARestart) {
+    click("skipSilence");
+    click("splitByInterval");
+    page(2);
+    press("hotkey0", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
+    QProcess later;
+    later.start(QStringLiteral(CANTOREL_CLI), {"settings", "list"});
+    ASSERT_TRUE(later.waitForFinished());
+    const QString stored = QString::fromUtf8(later.readAllStandardOutput());
+    for (const char *line : {"isAutoSkipSilence = false", "isAutoSplitEverySeconds = true",
+                             "hotkeyStartRecording = ctrl opt r", "isAutoFilterAudioFile = false"})
+        EXPECT_TRUE(stored.contains(QLatin1String(line))) << line << "\n" << stored.toStdString();
 }
 
 TEST_F(Settings, AHotKeyIsPressedIntoItsFieldAndEachIsTakenOnce) {

@@ -2,6 +2,8 @@
 
 #include "tests/support/PrivateDisplay.h"
 #include "tests/support/TestHome.h"
+#include "tests/window/Screen.h"
+#include "ui/Accessibility.h"
 
 #include <QApplication>
 
@@ -18,8 +20,10 @@ int main(int argc, char **argv) {
     const cantorel::test::PrivateDisplay display(QStringLiteral("1600x1200x24"));
     if (!display.ready())
         return 2;
+    cantorel::test::screenOfThisProcess = &display;
     qputenv("DISPLAY", display.name().toLocal8Bit());
     qputenv("QT_QPA_PLATFORM", "xcb");
     QApplication application(argc, argv);
+    cantorel::ui::installAccessibility();
     return RUN_ALL_TESTS();
 }
