@@ -180,7 +180,7 @@ struct LargeText {
 class LargePictures : public LargeText, public Pictures {};
 
 TEST_F(LargePictures, TextOfTwiceTheSizeFitsOnASmallLaptop) {
-    expectAllTextsShown({1024, 680}, {1366, 720}, QStringLiteral("large-"));
+    expectAllTextsShown({1100, 680}, {1366, 720}, QStringLiteral("large-"));
 }
 
 } // namespace
