@@ -159,7 +159,8 @@ TEST_F(DBusMediaControlsTest, ItTellsWhatItIsAndWhatIsPlayed) {
     EXPECT_EQ(player.value(QStringLiteral("Rate")).toDouble(), 1);
     EXPECT_EQ(player.value(QStringLiteral("Position")).typeId(), QMetaType::LongLong);
     const QVariantMap metadata = qdbus_cast<QVariantMap>(player.value(QStringLiteral("Metadata")));
-    EXPECT_FALSE(metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path().isEmpty());
+    EXPECT_EQ(metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path(),
+              QStringLiteral("/com/example/Test/track/1"));
     EXPECT_EQ(metadata.value(QStringLiteral("mpris:length")), QVariant(61'500'000LL));
     EXPECT_EQ(metadata.value(QStringLiteral("xesam:title")), QStringLiteral("Rain & Wind"));
     EXPECT_EQ(metadata.value(QStringLiteral("xesam:artist")).toStringList(), QStringList{QStringLiteral("A")});

@@ -16,7 +16,8 @@ MprisObject::MprisObject(MediaCommands &commands, QString identity, QString appl
     : commands(commands), identity(std::move(identity)), applicationId(std::move(applicationId)) {}
 
 QDBusObjectPath MprisObject::trackId() const {
-    return QDBusObjectPath(QStringLiteral("/org/cantorel/track/%1").arg(trackNumber));
+    const QString owner = QString(applicationId).replace(QLatin1Char('.'), QLatin1Char('/'));
+    return QDBusObjectPath(QStringLiteral("/%1/track/%2").arg(owner).arg(trackNumber));
 }
 
 QString MprisPlayer::playbackStatus() const {
