@@ -38,8 +38,8 @@ Result<void> DBusMediaControls::offer(MediaCommands &commands) {
                        QStringLiteral("no session bus: %1").arg(bus.lastError().message())};
     // Where another program of that name plays, ours has a name of its own.
     const QString name = QStringLiteral("org.mpris.MediaPlayer2.") + mPlayerName;
-    if (!bus.registerService(name)
-        && !bus.registerService(QStringLiteral("%1.instance%2").arg(name).arg(QCoreApplication::applicationPid())))
+    if (!connection->take(name)
+        && !connection->take(QStringLiteral("%1.instance%2").arg(name).arg(QCoreApplication::applicationPid())))
         return Failure{QStringLiteral("Media keys can't reach the player, since its name is taken."),
                        QStringLiteral("the name %1 is taken: %2").arg(name, bus.lastError().message())};
     mConnection = std::move(connection);

@@ -81,7 +81,7 @@ Result<void> DBusRemoteControl::offer(RemoteCommands &commands) {
     if (!bus.isConnected() || !bus.registerVirtualObject(mPath, object.get()))
         return Failure{QStringLiteral("Other programs can't reach this one, since there is no session bus."),
                        QStringLiteral("no session bus: %1").arg(bus.lastError().message())};
-    if (!bus.registerService(mService))
+    if (!connection->take(mService))
         return Failure{QStringLiteral("Other programs reach another one, which was there first."),
                        QStringLiteral("the name %1 is taken: %2").arg(mService, bus.lastError().message())};
     mConnection = std::move(connection);
