@@ -1,5 +1,6 @@
 #include "ui/RecordingTab.h"
 
+#include "audio_device/AudioDeviceEngine.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
 #include "recording/RecorderPanel.h"
@@ -18,6 +19,7 @@
 #include <QEvent>
 #include <QFileDialog>
 #include <QLabel>
+#include <QMenu>
 #include <QToolButton>
 
 namespace cantorel::ui {
@@ -53,7 +55,8 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
       mRecorder(recorder),
       mSession(session),
       mSources(new QButtonGroup(this)),
-      mDevice(centred(this)),
+      mDevice(new QLabel(this)),
+      mMicrophone(new QToolButton(this)),
       mFolder(new QToolButton(this)),
       mFormat(new QComboBox(this)),
       mElapsed(centred(this)),
@@ -88,7 +91,7 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     column->addWidget(makeSources());
-    column->addWidget(mDevice);
+    column->addWidget(makeDevices());
     column->addWidget(makeDestination());
     column->addStretch(1);
     column->addLayout(numbers);
@@ -124,6 +127,45 @@ QWidget *RecordingTab::makeSources() {
     layout->addStretch();
     connect(mSources, &QButtonGroup::idClicked, this, [this](int type) { chooseSource(type); });
     return row;
+}
+
+QWidget *RecordingTab::makeDevices() {
+    auto *row = new QWidget(this);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins({});
+    mDevice->setObjectName(QStringLiteral("device"));
+    mMicrophone->setObjectName(QStringLiteral("microphone"));
+    mMicrophone->setAutoRaise(true);
+    mMicrophone->setFocusPolicy(Qt::StrongFocus);
+    mMicrophone->setPopupMode(QToolButton::InstantPopup);
+    auto *menu = new QMenu(mMicrophone);
+    connect(menu, &QMenu::aboutToShow, this, [this, menu] { offerMicrophones(*menu); });
+    mMicrophone->setMenu(menu);
+    layout->addStretch();
+    layout->addWidget(mDevice);
+    layout->addWidget(mMicrophone);
+    layout->addStretch();
+    const auto showDevices = [this](const QVariantMap &) { showSettings(); };
+    auto &center = foundation::NotificationCenter::defaultCenter();
+    mDefaultInput = center.subscribe<QVariantMap>(kNotificationDefaultInputDidChange, showDevices);
+    mDefaultOutput = center.subscribe<QVariantMap>(kNotificationDefaultOutputDidChange, showDevices);
+    return row;
+}
+
+// The microphone that is recorded is the desktop's own choice, so another one is chosen there.
+void RecordingTab::offerMicrophones(QMenu &menu) {
+    menu.clear();
+    const QString chosen = ZQAudioKextKit::getDefaultAudioInputName();
+    for (const QString &name : ZQAudioKextKit::getAllAudioInputDeviceNames()) {
+        QAction *action =
+            menu.addAction(QString(name).replace(QLatin1Char('&'), QStringLiteral("&&")), this, [this, name] {
+                if (ZQAudioKextKit::changeAudioInputDeviceWithName(name))
+                    AppSettings::setMicrophone(name);
+                showSettings();
+            });
+        action->setCheckable(true);
+        action->setChecked(name == chosen);
+    }
 }
 
 QWidget *RecordingTab::makeDestination() {
@@ -200,13 +242,11 @@ void RecordingTab::showSettings() {
     const QString output = ZQAudioKextKit::getDefaultAudioOutputName(),
                   input = ZQAudioKextKit::getDefaultAudioInputName();
     if (mPanel.state() == RecorderState::Idle) { // What is recorded stays what it was at the start.
-        QStringList devices;
-        if (type != 1)
-            devices << output;
-        if (type != 0)
-            devices << (input.isEmpty() ? Lang::tabRecordNoInputDeviceDetected() : input);
-        devices.removeAll(QString());
-        mDevice->setText(devices.join(QStringLiteral(" + ")));
+        const bool hasBoth = type == 2 && !output.isEmpty();
+        mDevice->setText(hasBoth ? output + QStringLiteral(" + ") : output);
+        mDevice->setVisible(type != 1);
+        mMicrophone->setText(input.isEmpty() ? Lang::tabRecordNoInputDeviceDetected() : input);
+        mMicrophone->setVisible(type != 0);
     }
     mFormat->setCurrentIndex(AppSettings::getAudioFormat());
     const QString folder = AppSettings::outputPath();
@@ -219,6 +259,7 @@ void RecordingTab::changeLanguageText() {
         mSources->button(type)->setText(kSources[type].text());
         mSources->button(type)->setToolTip(kSources[type].tip());
     }
+    mMicrophone->setToolTip(Lang::windowMicrophone());
     mFolder->setAccessibleName(Lang::windowOutputFolder());
     mFormat->setAccessibleName(Lang::commFormat());
     mSplit->setText(Lang::windowSplitNow());
@@ -242,6 +283,7 @@ void RecordingTab::showPanel() {
         source->setEnabled(!controls.startShowsStop);
     mFormat->setEnabled(!controls.startShowsStop);
     mFolder->setEnabled(!controls.startShowsStop);
+    mMicrophone->setEnabled(!controls.startShowsStop);
 
     const RecordingDisplay &display = mPanel.display();
     mElapsed->setText(display.duration);

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "platform/foundation/NotificationCenter.h"
+
 #include <QWidget>
 
 class QButtonGroup;
 class QComboBox;
 class QLabel;
+class QMenu;
 class QToolButton;
 
 namespace cantorel {
@@ -38,6 +41,8 @@ private:
     void chooseSource(int type);
     void chooseFolder();
     QWidget *makeSources();
+    QWidget *makeDevices();
+    void offerMicrophones(QMenu &menu);
     QWidget *makeDestination();
     QWidget *makeControls();
     void showIcons();
@@ -49,6 +54,7 @@ private:
     RecordingSession &mSession;
     QButtonGroup *mSources;
     QLabel *mDevice;
+    QToolButton *mMicrophone;
     QToolButton *mFolder;
     QComboBox *mFormat;
     QLabel *mElapsed, *mState, *mSize, *mTimeLeft, *mSentence, *mCountdown;
@@ -56,6 +62,7 @@ private:
     MeterView *mMeter;
     RecordButton *mRecord;
     QToolButton *mPause, *mSplit;
+    foundation::NotificationCenter::Subscription mDefaultInput, mDefaultOutput;
 };
 
 } // namespace cantorel::ui

@@ -8,10 +8,12 @@
 #include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTabWidget>
 #include <QTableView>
+#include <QToolButton>
 
 namespace cantorel {
 namespace {
@@ -65,6 +67,38 @@ TEST_F(MainWindow, LostFramesAreMarkedInThePictureAndCounted) {
     photograph(window, QStringLiteral("record-lost-frames"));
     click("record");
     ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+}
+
+TEST_F(MainWindow, TheMicrophoneIsChosenFromItsNameAndFollowsTheDesktop) {
+    const QString own = QStringLiteral("Built-in Microphone"), other = QStringLiteral("USB & Stage");
+    world.backend->plug(hal::EmbeddedBackend::plainDevice(QStringLiteral("usb"), other, 2, 0));
+    ZQAudioKextKit::addSystemAudioDeviceChangeListener();
+    window.show();
+    auto *microphone = find<QToolButton>("microphone");
+    EXPECT_FALSE(microphone->isVisible()) << "system sound needs none";
+    click("source1");
+    EXPECT_TRUE(microphone->isVisible());
+    EXPECT_EQ(microphone->text(), own);
+    Q_EMIT microphone->menu()->aboutToShow();
+    QStringList names, checked;
+    for (const QAction *action : microphone->menu()->actions()) {
+        names << action->text();
+        if (action->isChecked())
+            checked << action->text();
+    }
+    EXPECT_EQ(names, QStringList({own, QStringLiteral("USB && Stage")})) << "without our own devices";
+    EXPECT_EQ(checked, QStringList{own});
+    microphone->menu()->actions().constLast()->trigger();
+    EXPECT_TRUE(passUntil([&] { return ZQAudioKextKit::getDefaultAudioInputName() == other; }));
+    EXPECT_TRUE(passUntil([&] { return microphone->text() == other; }));
+    EXPECT_EQ(AppSettings::getMicrophone(), other);
+    world.backend->unplug(QStringLiteral("usb"));
+    EXPECT_TRUE(passUntil([&] { return microphone->text() == own; })) << "the desktop takes another one";
+    click("source2");
+    EXPECT_EQ(find<QLabel>("device")->text(), QStringLiteral("Built-in Output + "));
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+    EXPECT_FALSE(microphone->isEnabled());
 }
 
 class Leaving : public MainWindow {
