@@ -24,13 +24,20 @@ QImage decoded(const QByteArray &cover, int side) {
     return reader.read();
 }
 
+// Without a picture of its own for it, a style mixes a selected one with the colour of the selection.
+QIcon iconOf(const QPixmap &normal, const QPixmap &selected) {
+    QIcon icon(normal);
+    icon.addPixmap(selected, QIcon::Selected);
+    return icon;
+}
+
 } // namespace
 
 CoverPictures::CoverPictures() : mDecoded(kKept) { mDecoding.setMaxThreadCount(1); }
 
-QPixmap CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale) {
+QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale, const QColor &selectedText) {
     if (item.isRecording)
-        return drawn(QStringLiteral("record"), recordingColour(), size, scale);
+        return drawn(QStringLiteral("record"), recordingColour(), selectedText, size, scale);
     if (!item.cover.isEmpty()) {
         const Decoded *known = mDecoded.object(nameOf(item.cover));
         if (!known)
@@ -38,14 +45,15 @@ QPixmap CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal sc
         else if (!known->picture.isNull())
             return known->picture;
     }
-    return drawn(QStringLiteral("sound"), Qt::darkGray, size, scale); // seen on every ground
+    return drawn(QStringLiteral("sound"), Qt::darkGray, selectedText, size, scale); // seen on every ground
 }
 
-const QPixmap &CoverPictures::drawn(const QString &name, const QColor &colour, int size, qreal scale) {
-    QPixmap &pixmap = mDrawn[QStringLiteral("%1 %2 %3").arg(name).arg(size).arg(scale)];
-    if (pixmap.isNull())
-        pixmap = drawing(name, colour, size, scale);
-    return pixmap;
+const QIcon &CoverPictures::drawn(const QString &name, const QColor &colour, const QColor &selected, int size,
+                                  qreal scale) {
+    QIcon &icon = mDrawn[QStringLiteral("%1 %2 %3 %4").arg(name).arg(size).arg(scale).arg(selected.rgb())];
+    if (icon.isNull())
+        icon = iconOf(drawing(name, colour, size, scale), drawing(name, selected, size, scale));
+    return icon;
 }
 
 void CoverPictures::decode(const QByteArray &cover, int side, qreal scale) {
@@ -56,8 +64,9 @@ void CoverPictures::decode(const QByteArray &cover, int side, qreal scale) {
             Decoded *waiting = mDecoded.object(nameOf(cover));
             if (!waiting || image.isNull())
                 return;
-            waiting->picture = QPixmap::fromImage(image);
-            waiting->picture.setDevicePixelRatio(scale);
+            QPixmap picture = QPixmap::fromImage(image);
+            picture.setDevicePixelRatio(scale);
+            waiting->picture = iconOf(picture, picture);
             if (changed)
                 changed();
         });

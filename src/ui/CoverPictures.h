@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QCache>
-#include <QPixmap>
+#include <QIcon>
 #include <QThreadPool>
 
 #include <functional>
@@ -22,19 +22,19 @@ public:
     // A picture that stood for others is there now. May be empty.
     std::function<void()> changed;
 
-    // size: of its sides, in the pixels of a screen without scaling.
-    QPixmap picture(const RecordedAudioInfo &item, int size, qreal scale);
+    // size: of its sides, in the pixels of a screen without scaling. It stays itself in a selected row.
+    QIcon picture(const RecordedAudioInfo &item, int size, qreal scale, const QColor &selectedText);
 
 private:
     struct Decoded {
         QByteArray cover; // held, so that its place in memory names it
-        QPixmap picture;  // null while it is decoded, or for what is no picture
+        QIcon picture;    // null while it is decoded, or for what is no picture
     };
 
-    const QPixmap &drawn(const QString &name, const QColor &colour, int size, qreal scale);
+    const QIcon &drawn(const QString &name, const QColor &colour, const QColor &selected, int size, qreal scale);
     void decode(const QByteArray &cover, int side, qreal scale);
 
-    QHash<QString, QPixmap> mDrawn;
+    QHash<QString, QIcon> mDrawn;
     QCache<quintptr, Decoded> mDecoded;
     QThreadPool mDecoding;
 };

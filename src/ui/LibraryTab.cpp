@@ -61,7 +61,8 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
     });
     mModel.trouble = [this](const QString &sentence) { notice(sentence, false); };
     mModel.picture = [this](const RecordedAudioInfo &item) {
-        return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF());
+        return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF(),
+                                 palette().color(QPalette::HighlightedText));
     };
     mPictures.changed = [this] { mTable->viewport()->update(); };
     mPlayer.changed = [this] {

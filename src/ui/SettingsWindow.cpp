@@ -11,6 +11,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QEvent>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QLabel>
@@ -68,6 +69,7 @@ SettingsWindow::SettingsWindow(QWidget *parent)
     auto *column = new QVBoxLayout(this);
     column->addWidget(mPages);
     column->addWidget(buttons);
+    showIcons();
     changeLanguageText();
     showSettings();
 }
@@ -103,7 +105,6 @@ QWidget *SettingsWindow::makeRecording() {
     mFormat->setObjectName(QStringLiteral("settingsFormat"));
     mFormatLabel->setBuddy(mFormat);
     mFolder->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    mFolder->setIcon(icon(QStringLiteral("folder"), palette()));
     mFolder->setObjectName(QStringLiteral("settingsFolder"));
     mFolderLabel->setBuddy(mFolder);
     mNumber->setRange(1, 999'999);
@@ -193,6 +194,14 @@ void SettingsWindow::told(const std::function<void()> &listener) {
     if (listener)
         listener();
 }
+
+void SettingsWindow::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange)
+        showIcons();
+    QDialog::changeEvent(event);
+}
+
+void SettingsWindow::showIcons() { mFolder->setIcon(icon(QStringLiteral("folder"), palette())); }
 
 void SettingsWindow::chooseLanguage(const QString &displayName) {
     const QString name = Lang::getLanguageFileName(displayName);

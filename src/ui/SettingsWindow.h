@@ -54,6 +54,8 @@ private:
     NumberedChoice &addNumbered(QWidget *page, const char *name, int least, int most);
     void chooseLanguage(const QString &displayName);
     void chooseFolder();
+    void showIcons();
+    void changeEvent(QEvent *event) override;
     void chooseHotkey(std::size_t index, const QString &text);
     void told(const std::function<void()> &listener);
 

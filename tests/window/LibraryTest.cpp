@@ -189,12 +189,15 @@ TEST_F(LongLibrary, ColumnsAreThereForWhatARecordingHasAndACoverIsShownOnceItIsD
     QBuffer encoded(&newest.cover);
     ASSERT_TRUE(red.save(&encoded, "PNG"));
     list.items().front()->cover = QByteArrayLiteral("no picture");
-    const auto cover = [&](int row) {
-        return table->model()->index(row, RecordingsModel::Cover).data(Qt::DecorationRole).value<QPixmap>().toImage();
+    const auto cover = [&](int row, QIcon::Mode mode = QIcon::Normal) {
+        const auto icon = table->model()->index(row, RecordingsModel::Cover).data(Qt::DecorationRole).value<QIcon>();
+        return icon.pixmap(table->iconSize(), mode).toImage();
     };
     ASSERT_TRUE(passUntil([&] { return cover(0).pixelColor(cover(0).rect().center()) == QColor(Qt::red); }));
     EXPECT_EQ(cover(0).width(), 2 * cover(0).height()) << "not distorted";
+    EXPECT_EQ(cover(0, QIcon::Selected), cover(0)) << "not mixed with the selection's colour";
     EXPECT_FALSE(cover(1).isNull()) << "a drawn one";
+    EXPECT_NE(cover(1, QIcon::Selected), cover(1)) << "in the colour of the selected text";
     (void)cover(kMany - 1);
     pass(100);
     EXPECT_EQ(cover(kMany - 1), cover(1)) << "what is no picture";
