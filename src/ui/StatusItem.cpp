@@ -59,6 +59,10 @@ StatusItem::StatusItem(RecorderPanel &panel, Actions actions)
     mItem.show();
 }
 
+StatusItem::~StatusItem() {
+    mMenu.clear(); // The desktop's side of an action goes only with the action, not with the menu.
+}
+
 void StatusItem::showPanel() {
     const RecorderState state = mPanel.state();
     const bool isRunning = mPanel.controls().startShowsStop;

@@ -20,6 +20,7 @@ public:
         std::function<void()> showWindow, showOrHide, record, pause, split, quit;
     };
     StatusItem(RecorderPanel &panel, Actions actions);
+    ~StatusItem() override;
 
     // Whether the desktop shows it.
     bool isThere() const { return QSystemTrayIcon::isSystemTrayAvailable() && mItem.isVisible(); }
