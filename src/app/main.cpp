@@ -138,6 +138,7 @@ void showTrouble(const QString &sentence) {
     QMessageBox box(QMessageBox::Warning, AppSettings::appName(), Lang::sentence(sentence));
     box.setWindowIcon(ui::applicationIcon());
     box.setTextFormat(Qt::PlainText);
+    box.addButton(Lang::btnOK(), QMessageBox::AcceptRole);
     const SignalWatch signals([&box] { box.reject(); });
     box.exec();
 }

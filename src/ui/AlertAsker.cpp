@@ -1,5 +1,7 @@
 #include "ui/AlertAsker.h"
 
+#include "lang/Lang.h"
+
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -67,6 +69,7 @@ void AlertAsker::showNext() {
 void AlertAsker::tell(const QString &title, const QString &message, AlertStyle style, QObject *window) {
     QMessageBox box(qobject_cast<QWidget *>(window) ? static_cast<QWidget *>(window) : &mWindow);
     describe(box, title, message, style);
+    addButtons(box, {Lang::btnOK()});
     box.exec();
 }
 

@@ -3,6 +3,7 @@
 #include "lang/Lang.h"
 #include "recording/ScheduledSession.h"
 #include "settings/AppSettings.h"
+#include "settings/UserDefaultFunctions.h"
 #include "ui/AlertAsker.h"
 #include "ui/Icons.h"
 #include "ui/LibraryTab.h"
@@ -29,6 +30,7 @@ namespace {
 
 constexpr QSize kSmallest(560, 420), kFirst(820, 600);
 constexpr int kAboutIcon = 96;
+const QString kGeometry = QStringLiteral("mainWindowGeometry"); // where it was left
 
 } // namespace
 
@@ -43,6 +45,7 @@ MainWindow::MainWindow(const Parts &parts)
                 [this](const QString &title, const QString &text) { statusItem().notify(title, text); }}) {
     setMinimumSize(kSmallest);
     resize(kFirst);
+    restoreGeometry(ZQUserDefaultGetDataValue(kGeometry, {})); // refuses what is none
     mTabs->setDocumentMode(true);
     mTabs->setIconSize(textIconSize(*this));
     mTabs->setObjectName(QStringLiteral("tabs"));
@@ -431,6 +434,8 @@ void MainWindow::stopAndQuit() {
 }
 
 void MainWindow::endOnceSettled() {
+    if (isVisible())
+        (void)ZQUserDefaultSetValue_Object(saveGeometry(), kGeometry); // a failure is logged by the store
     hide();
     if (mParts.session.isSettled() && quit)
         quit();
