@@ -30,7 +30,7 @@ QVariant archivedItem(const RecordedAudioFields &fields) {
     object.values.reserve(std::size(kStoredFields));
     for (const StoredField &field : kStoredFields)
         object.values[field.key] = fields.*field.member;
-    return QVariant::fromValue(std::move(object));
+    return QVariant::fromValue(object);
 }
 
 std::optional<RecordedAudioFields> recordedAudioFields(const QVariant &archivedItem) {
