@@ -5,9 +5,11 @@
 #include <QDeadlineTimer>
 #include <QProcess>
 
+#include <sys/prctl.h>
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <thread>
@@ -19,6 +21,7 @@ class PrivateDisplay {
 public:
     // geometry: of the screen, as Xvfb takes it.
     explicit PrivateDisplay(const QString &geometry = QStringLiteral("64x64x8")) {
+        mServer.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }); // a test that aborts leaves none
         mServer.start(QStringLiteral("Xvfb"),
                       {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
                        QStringLiteral("0"), geometry, QStringLiteral("-nolisten"), QStringLiteral("tcp"),
