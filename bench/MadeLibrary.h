@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recording/RecordedAudioInfo.h"
+#include "recording/library/RecordedAudioInfo.h"
 #include "settings/AppSettings.h"
 
 #include <QFile>

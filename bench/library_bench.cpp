@@ -6,7 +6,7 @@
 
 #include "bench/MadeLibrary.h"
 #include "platform/hal/embedded/DeviceClock.h"
-#include "recording/RecordedList.h"
+#include "recording/library/RecordedList.h"
 #include "tests/support/PrivateDisplay.h"
 #include "tests/support/TestHome.h"
 #include "ui/LibraryTab.h"

@@ -5,7 +5,7 @@
 #include "bench/MadeLibrary.h"
 #include "platform/foundation/KeyedArchiver.h"
 #include "platform/hal/embedded/DeviceClock.h"
-#include "recording/RecordedList.h"
+#include "recording/library/RecordedList.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 

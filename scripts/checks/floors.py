@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Checks the direction of every include below src/: floors, cycles, and where foreign headers may stand."""
+"""Checks the direction of every include below src/: floors, circles of files and of folders, and where foreign headers
+may stand."""
 import re
 import sys
 from pathlib import Path
@@ -11,7 +12,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s+([<"])([^>"]+)[>"]', re.M)
 # Headers of C libraries stay in the folders that wrap them; nobody above meets their types.
 FOREIGN = {
     r"^libav|^libsw": ["platform/media/ffmpeg"],
-    r"^pipewire/|^spa/": ["platform/hal/pipewire"],
+    r"^pipewire/|^spa/": ["platform/pipewire", "platform/hal/pipewire"],
     r"^plist/": ["platform/foundation"],
     r"^libxml/": ["platform/foundation"],
     r"^unicode/": ["util"],
@@ -40,12 +41,8 @@ def read_table(text):
     return floors, exceptions
 
 
-def folder_of(path, floors):
-    parts = path.split("/")[:-1]
-    for length in range(len(parts), 0, -1):
-        if "/".join(parts[:length]) in floors:
-            return "/".join(parts[:length])
-    return None
+def folder_of(path):
+    return path.rpartition("/")[0]
 
 
 def inside(path, folders):
@@ -58,7 +55,7 @@ def find_cycle(graph):
     def visit(node):
         state[node] = 1
         stack.append(node)
-        for following in graph.get(node, ()):
+        for following in sorted(graph.get(node, ())):
             if state.get(following) == 1:
                 return stack[stack.index(following):] + [following]
             if following not in state:
@@ -79,12 +76,12 @@ def find_cycle(graph):
 
 def main():
     floors, exceptions = read_table((ROOT / "scripts/checks/floors.txt").read_text())
-    faults, graph = [], {}
+    faults, graph, folders = [], {}, {}
     files = sorted(p for p in SRC.rglob("*") if p.suffix in (".h", ".cpp"))
     for file in files:
         path = file.relative_to(SRC).as_posix()
-        folder = folder_of(path, floors)
-        if folder is None:
+        folder = folder_of(path)
+        if folder not in floors:
             faults.append(f"{path}: its folder has no floor in scripts/checks/floors.txt")
             continue
         graph[path] = []
@@ -98,8 +95,12 @@ def main():
                 faults.append(f"{path}: \"{name}\" is not a path below src/")
                 continue
             graph[path].append(name)
-            target = folder_of(name, floors)
-            if target is not None and floors[target] > floors[folder]:
+            target = folder_of(name)
+            if target not in floors:
+                continue  # told where its own includes are read
+            if target != folder:
+                folders.setdefault(folder, set()).add(target)
+            if floors[target] > floors[folder]:
                 if (folder, target) in exceptions:
                     exceptions[(folder, target)] = True
                 else:
@@ -109,9 +110,10 @@ def main():
                     faults.append(f"{path}: only app/ and cli/ may name {concrete}")
     faults += [f"floors.txt: the exception {a} -> {b} is not used any more; remove it"
                for (a, b), used in exceptions.items() if not used]
-    cycle = find_cycle(graph)
-    if cycle:
-        faults.append("include cycle: " + " -> ".join(cycle))
+    for kind, arrows in (("files", graph), ("folders", folders)):
+        if cycle := find_cycle(arrows):
+            faults.append(f"{kind} include each other in a circle: " + " -> ".join(cycle))
+    faults += [f"floors.txt: there is no folder {folder}" for folder in floors if not (SRC / folder).is_dir()]
     print("\n".join(faults) if faults else f"{len(files)} files keep to their floors")
     return 1 if faults else 0
 

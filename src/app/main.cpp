@@ -1,23 +1,23 @@
 // The window program's entry point and composition root.
 
-#include "app/AppDelegate.h"
-#include "app/CommonUtils.h"
-#include "app/DesktopServices.h"
-#include "app/EntryPoint.h"
-#include "app/Hardware.h"
-#include "app/SignalWatch.h"
+#include "app/start/AppDelegate.h"
+#include "app/start/CommonUtils.h"
+#include "app/start/DesktopServices.h"
+#include "app/start/EntryPoint.h"
+#include "app/start/Hardware.h"
+#include "app/start/SignalWatch.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
-#include "recording/RecordingControl.h"
-#include "recording/RecordingHotkeys.h"
-#include "recording/ScheduledSession.h"
+#include "recording/control/RecordingControl.h"
+#include "recording/control/RecordingHotkeys.h"
+#include "recording/control/ScheduledSession.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 #include "ui/Accessibility.h"
 #include "ui/Icons.h"
 #include "ui/MainWindow.h"
 #include "ui/WindowFace.h"
-#include "util/ToolSystem.h"
+#include "util/tools/ToolSystem.h"
 
 #include <QApplication>
 #include <QDeadlineTimer>

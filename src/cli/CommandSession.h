@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/Hardware.h"
+#include "app/start/Hardware.h"
 
 #include <QJsonObject>
 #include <QString>

@@ -1,8 +1,8 @@
 #include "cli/ControlCommand.h"
 
 #include "cli/RunningInstance.h"
-#include "recording/RecordingControl.h"
-#include "recording/RecordingSpace.h"
+#include "recording/control/RecordingControl.h"
+#include "recording/session/RecordingSpace.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
 

@@ -1,6 +1,6 @@
 #include "cli/DevicesCommand.h"
 
-#include "app/Hardware.h"
+#include "app/start/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
 
 #include <QJsonArray>

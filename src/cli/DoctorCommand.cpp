@@ -1,6 +1,6 @@
 #include "cli/DoctorCommand.h"
 
-#include "app/Hardware.h"
+#include "app/start/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/media/Codecs.h"

@@ -1,9 +1,9 @@
 #include "cli/DriverCommand.h"
 
-#include "app/Hardware.h"
+#include "app/start/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "platform/foundation/Clock.h"
-#include "recording/RecordingJournal.h"
+#include "recording/session/RecordingJournal.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "cli/HotkeysCommand.h"
 
-#include "recording/HotkeyManager.h"
+#include "recording/hotkeys/HotkeyManager.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

@@ -1,10 +1,10 @@
 #include "cli/LibraryCommand.h"
 
-#include "app/Hardware.h"
+#include "app/start/Hardware.h"
 #include "cli/RunningInstance.h"
 #include "platform/foundation/Clock.h"
-#include "recording/ListRequests.h"
-#include "recording/RecordingControl.h"
+#include "recording/control/ListRequests.h"
+#include "recording/control/RecordingControl.h"
 #include "util/ToolFile.h"
 
 #include <QFileInfo>

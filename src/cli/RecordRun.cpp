@@ -7,7 +7,7 @@
 #include "settings/UserDefaultFunctions.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
-#include "util/ToolSystem.h"
+#include "util/tools/ToolSystem.h"
 
 #include <unistd.h>
 

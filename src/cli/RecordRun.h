@@ -1,12 +1,12 @@
 #pragma once
 
-#include "app/Hardware.h"
-#include "app/SignalWatch.h"
+#include "app/start/Hardware.h"
+#include "app/start/SignalWatch.h"
 #include "capture/ZQAVAudioPlayer.h"
 #include "cli/CommandSession.h"
 #include "cli/RecordingEvents.h"
 #include "cli/TerminalAsker.h"
-#include "recording/RecordingControl.h"
+#include "recording/control/RecordingControl.h"
 
 #include <QEventLoop>
 #include <QTimer>

@@ -1,6 +1,6 @@
 #include "cli/RecordingEvents.h"
 
-#include "recording/RecordingSpace.h"
+#include "recording/session/RecordingSpace.h"
 #include "settings/AppSettings.h"
 
 #include <unistd.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/CommandSession.h"
-#include "recording/RecordingSession.h"
+#include "recording/session/RecordingSession.h"
 
 namespace cantorel {
 

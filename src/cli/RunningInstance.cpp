@@ -1,8 +1,8 @@
 #include "cli/RunningInstance.h"
 
-#include "app/Hardware.h"
+#include "app/start/Hardware.h"
 #include "platform/desktop/Services.h"
-#include "recording/RecordingJournal.h"
+#include "recording/session/RecordingJournal.h"
 
 namespace cantorel {
 

@@ -2,10 +2,10 @@
 
 #include "cli/RunningInstance.h"
 #include "cli/TasksRun.h"
-#include "recording/ListRequests.h"
-#include "recording/RecordingControl.h"
-#include "recording/ScheduleCheck.h"
-#include "recording/ScheduleTaskText.h"
+#include "recording/control/ListRequests.h"
+#include "recording/control/RecordingControl.h"
+#include "recording/schedule/ScheduleCheck.h"
+#include "recording/schedule/ScheduleTaskText.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

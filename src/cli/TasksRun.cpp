@@ -1,8 +1,8 @@
 #include "cli/TasksRun.h"
 
-#include "app/DesktopServices.h"
+#include "app/start/DesktopServices.h"
 #include "audio_device/ZQAudioKextKit.h"
-#include "util/ToolSystem.h"
+#include "util/tools/ToolSystem.h"
 
 #include <unistd.h>
 

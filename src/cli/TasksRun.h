@@ -1,10 +1,10 @@
 #pragma once
 
-#include "app/Hardware.h"
-#include "app/SignalWatch.h"
+#include "app/start/Hardware.h"
+#include "app/start/SignalWatch.h"
 #include "cli/RecordingEvents.h"
-#include "recording/RecordingControl.h"
-#include "recording/ScheduledSession.h"
+#include "recording/control/RecordingControl.h"
+#include "recording/control/ScheduledSession.h"
 
 #include <QEventLoop>
 

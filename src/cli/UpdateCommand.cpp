@@ -1,7 +1,7 @@
 #include "cli/UpdateCommand.h"
 
 #include "settings/AppSettings.h"
-#include "util/UpdateCheck.h"
+#include "util/tools/UpdateCheck.h"
 
 #include <QUrl>
 

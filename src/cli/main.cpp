@@ -1,6 +1,6 @@
 // The command line's entry point and composition root.
 
-#include "app/DesktopServices.h"
+#include "app/start/DesktopServices.h"
 #include "cli/CommandTable.h"
 #include "cli/TerminalAsker.h"
 #include "log/Log.h"

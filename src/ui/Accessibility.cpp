@@ -1,6 +1,6 @@
 #include "ui/Accessibility.h"
 
-#include "recording/LevelDisplay.h"
+#include "recording/control/LevelDisplay.h"
 #include "ui/MeterView.h"
 #include "ui/SoundPictureView.h"
 

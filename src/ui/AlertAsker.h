@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/MainWindowFace.h"
+#include "app/start/MainWindowFace.h"
 #include "util/Asker.h"
 
 #include <QPointer>

@@ -1,6 +1,6 @@
 #include "ui/CoverPictures.h"
 
-#include "recording/RecordedAudioInfo.h"
+#include "recording/library/RecordedAudioInfo.h"
 #include "ui/Icons.h"
 
 #include <QBuffer>

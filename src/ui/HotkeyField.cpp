@@ -1,8 +1,8 @@
 #include "ui/HotkeyField.h"
 
 #include "platform/desktop/HotKeyTable.h"
-#include "recording/HotKey.h"
-#include "recording/HotkeyManager.h"
+#include "recording/hotkeys/HotKey.h"
+#include "recording/hotkeys/HotkeyManager.h"
 
 #include <QKeyEvent>
 

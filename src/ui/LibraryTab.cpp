@@ -2,7 +2,7 @@
 
 #include "lang/Lang.h"
 #include "platform/desktop/Services.h"
-#include "recording/RecordedList.h"
+#include "recording/library/RecordedList.h"
 #include "ui/Icons.h"
 #include "ui/RecordingInfo.h"
 #include "util/ToolString.h"

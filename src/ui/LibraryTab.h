@@ -1,9 +1,9 @@
 #pragma once
 
-#include "recording/LibraryMedia.h"
-#include "recording/LibraryPlayer.h"
-#include "recording/RecordingsModel.h"
-#include "recording/RecordingsRemoval.h"
+#include "recording/library/LibraryMedia.h"
+#include "recording/library/LibraryPlayer.h"
+#include "recording/library/RecordingsModel.h"
+#include "recording/library/RecordingsRemoval.h"
 #include "ui/CoverPictures.h"
 
 #include <QWidget>

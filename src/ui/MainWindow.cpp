@@ -1,7 +1,7 @@
 #include "ui/MainWindow.h"
 
 #include "lang/Lang.h"
-#include "recording/ScheduledSession.h"
+#include "recording/control/ScheduledSession.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 #include "ui/AlertAsker.h"
@@ -12,7 +12,7 @@
 #include "ui/StatusItem.h"
 #include "ui/TasksWindow.h"
 #include "ui/UpdateWindow.h"
-#include "util/Tools.h"
+#include "util/tools/Tools.h"
 
 #include <QApplication>
 #include <QBoxLayout>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "recording/RecordedList.h"
-#include "recording/RecorderPanel.h"
-#include "recording/RecordingNotices.h"
+#include "recording/control/RecorderPanel.h"
+#include "recording/control/RecordingNotices.h"
+#include "recording/library/RecordedList.h"
 
 #include <QMainWindow>
 #include <QPointer>

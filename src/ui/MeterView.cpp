@@ -1,6 +1,6 @@
 #include "ui/MeterView.h"
 
-#include "recording/LevelDisplay.h"
+#include "recording/control/LevelDisplay.h"
 #include "ui/Icons.h"
 
 #include <QPainter>

@@ -1,7 +1,7 @@
 #include "ui/RecordingInfo.h"
 
 #include "lang/Lang.h"
-#include "recording/RecordedAudioInfo.h"
+#include "recording/library/RecordedAudioInfo.h"
 
 #include <QDir>
 #include <QFileInfo>

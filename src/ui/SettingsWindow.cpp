@@ -1,7 +1,7 @@
 #include "ui/SettingsWindow.h"
 
 #include "lang/Lang.h"
-#include "recording/HotKey.h"
+#include "recording/hotkeys/HotKey.h"
 #include "settings/AppSettings.h"
 #include "ui/HotkeyField.h"
 #include "ui/Icons.h"

@@ -1,6 +1,6 @@
 #include "ui/SoundPictureView.h"
 
-#include "recording/SoundHistory.h"
+#include "recording/control/SoundHistory.h"
 #include "ui/Icons.h"
 
 #include <QPainter>

@@ -1,7 +1,7 @@
 #include "ui/StatusItem.h"
 
 #include "lang/Lang.h"
-#include "recording/RecorderPanel.h"
+#include "recording/control/RecorderPanel.h"
 #include "settings/AppSettings.h"
 #include "ui/Icons.h"
 

@@ -1,9 +1,9 @@
 #include "ui/TasksWindow.h"
 
 #include "lang/Lang.h"
-#include "recording/ListRequests.h"
-#include "recording/ScheduleTaskRunner.h"
-#include "recording/ScheduleTaskText.h"
+#include "recording/control/ListRequests.h"
+#include "recording/schedule/ScheduleTaskRunner.h"
+#include "recording/schedule/ScheduleTaskText.h"
 
 #include <QBoxLayout>
 #include <QCheckBox>

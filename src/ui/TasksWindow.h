@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recording/ScheduleTaskInfo.h"
+#include "recording/schedule/ScheduleTaskInfo.h"
 
 #include <QDialog>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "util/UpdateCheck.h"
+#include "util/tools/UpdateCheck.h"
 
 #include <QDialog>
 

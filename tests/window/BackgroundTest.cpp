@@ -3,7 +3,7 @@
 #include "platform/desktop/recorded/RecordedMediaControls.h"
 #include "platform/desktop/recorded/RecordedNotifications.h"
 #include "platform/desktop/x11/X11Handles.h"
-#include "recording/ListRequests.h"
+#include "recording/control/ListRequests.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
 

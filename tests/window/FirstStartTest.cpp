@@ -1,7 +1,7 @@
 #include "tests/unit/app/AppFixture.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/WindowFace.h"
-#include "util/Tools.h"
+#include "util/tools/Tools.h"
 
 #include <QLabel>
 

@@ -1,4 +1,4 @@
-#include "recording/RecordingsModel.h"
+#include "recording/library/RecordingsModel.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
 

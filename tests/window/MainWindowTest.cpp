@@ -1,9 +1,9 @@
-#include "recording/RecordingsModel.h"
+#include "recording/library/RecordingsModel.h"
 #include "tests/support/Unfinished.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/Icons.h"
 #include "ui/LibraryTab.h"
-#include "util/UpdateCheck.h"
+#include "util/tools/UpdateCheck.h"
 
 #include <QAbstractButton>
 #include <QLabel>

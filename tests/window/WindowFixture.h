@@ -1,8 +1,8 @@
 #pragma once
 
 #include "lang/Lang.h"
-#include "recording/RecorderPanel.h"
-#include "recording/ScheduledSession.h"
+#include "recording/control/RecorderPanel.h"
+#include "recording/control/ScheduledSession.h"
 #include "tests/unit/recording/RecordingFixture.h"
 #include "ui/MainWindow.h"
 

@@ -1,8 +1,8 @@
 #include "platform/foundation/HttpClient.h"
 
 #include "platform/foundation/ChildProcess.h"
+#include "platform/foundation/HttpExchange.h"
 #include "platform/foundation/LoadedModule.h"
-#include "platform/foundation/http/HttpExchange.h"
 
 #include <QIODevice>
 

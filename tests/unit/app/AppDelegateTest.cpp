@@ -1,10 +1,10 @@
 #include "lang/Lang.h"
 #include "log/Log.h"
-#include "recording/RecordedAudioInfo.h"
+#include "recording/library/RecordedAudioInfo.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"
 #include "tests/unit/app/AppFixture.h"
-#include "util/Tools.h"
+#include "util/tools/Tools.h"
 
 #include <QTemporaryDir>
 

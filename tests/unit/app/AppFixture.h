@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/AppDelegate.h"
+#include "app/start/AppDelegate.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "log/Log.h"
 #include "platform/desktop/Services.h"

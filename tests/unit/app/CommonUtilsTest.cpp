@@ -1,4 +1,4 @@
-#include "app/CommonUtils.h"
+#include "app/start/CommonUtils.h"
 
 #include "settings/AppSettings.h"
 #include "tests/support/LoopbackServer.h"

@@ -1,4 +1,4 @@
-#include "app/EntryPoint.h"
+#include "app/start/EntryPoint.h"
 
 #include "log/Log.h"
 #include "settings/AppSettings.h"

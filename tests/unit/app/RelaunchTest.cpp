@@ -1,5 +1,5 @@
-#include "app/Application.h"
-#include "app/SignalWatch.h"
+#include "app/start/Application.h"
+#include "app/start/SignalWatch.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/Clock.h"
 #include "tests/support/PrivateWorld.h"

@@ -1,7 +1,7 @@
 #include "cli/CommandTable.h"
 #include "cli/TerminalAsker.h"
 #include "platform/media/DiskSpace.h"
-#include "recording/RecordedAudioInfo.h"
+#include "recording/library/RecordedAudioInfo.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"

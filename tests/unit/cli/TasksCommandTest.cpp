@@ -1,9 +1,9 @@
 #include "cli/TasksCommand.h"
 
-#include "app/Hardware.h"
+#include "app/start/Hardware.h"
 #include "cli/CommandTable.h"
 #include "platform/foundation/ChildProcess.h"
-#include "recording/RecordingJournal.h"
+#include "recording/session/RecordingJournal.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 

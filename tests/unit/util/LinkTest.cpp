@@ -1,4 +1,4 @@
-#include "util/Link.h"
+#include "util/tools/Link.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,12 +1,12 @@
-#include "util/Tools.h"
+#include "util/tools/Tools.h"
 
 #include "log/Log.h"
 #include "platform/desktop/recorded/RecordedServices.h"
 #include "platform/foundation/SearchPaths.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
-#include "util/KeepAwake.h"
-#include "util/ToolSystem.h"
+#include "util/tools/KeepAwake.h"
+#include "util/tools/ToolSystem.h"
 
 #include <QDeadlineTimer>
 #include <QDir>

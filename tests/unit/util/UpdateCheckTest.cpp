@@ -1,4 +1,4 @@
-#include "util/UpdateCheck.h"
+#include "util/tools/UpdateCheck.h"
 
 #include "log/Log.h"
 #include "settings/AppSettings.h"

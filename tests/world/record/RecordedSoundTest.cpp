@@ -4,7 +4,7 @@
 #include "capture/ZQAVRecorderKit.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
-#include "recording/RecordingSession.h"
+#include "recording/session/RecordingSession.h"
 #include "settings/AppSettings.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/Sound.h"

@@ -4,7 +4,7 @@
 #include "capture/ZQAVRecorderKit.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
-#include "recording/RecordManager.h"
+#include "recording/session/RecordManager.h"
 #include "settings/AppSettings.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/StampedSound.h"

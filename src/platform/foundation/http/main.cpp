@@ -1,8 +1,8 @@
 // The part of the program that speaks with servers: reads one question, asks it, writes the answer, and ends. A process
 // of its own, so that neither the memory of a dozen network libraries nor a fault in one of them reaches a recording.
 
+#include "platform/foundation/HttpExchange.h"
 #include "platform/foundation/http/CurlHandles.h"
-#include "platform/foundation/http/HttpExchange.h"
 
 #include <QFile>
 #include <QUrl>

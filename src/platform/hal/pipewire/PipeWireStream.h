@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/hal/HardwareBackend.h"
-#include "platform/hal/pipewire/PipeWireHandles.h"
+#include "platform/pipewire/PipeWireHandles.h"
 
 #include <spa/node/io.h>
 

@@ -1,0 +1,56 @@
+#include "app/start/Hardware.h"
+
+#include "audio_device/ZQAudioKextKit.h"
+#include "capture/DeviceSoundPlayer.h"
+#include "capture/ZQAVRecorderKit.h"
+#include "platform/desktop/Services.h"
+#include "platform/foundation/SearchPaths.h"
+#include "platform/hal/embedded/EmbeddedBackend.h"
+#include "platform/hal/pipewire/PipeWireBackend.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QFile>
+
+namespace cantorel {
+
+namespace {
+
+// The software devices have the virtual one wherever the driver's drop-in is installed, as the server does.
+bool isDriverInstalled() {
+    return QFile::exists(foundation::configurationFolder()
+                         + QStringLiteral("/pipewire/pipewire.conf.d/50-Tessolar_AudioDevice.conf"));
+}
+
+} // namespace
+
+Hardware::Hardware(std::unique_ptr<hal::HardwareBackend> backend)
+    : mSystem(std::make_unique<hal::HardwareSystem>(std::move(backend), stateFolder())) {
+    desktop::InstalledServices::current().sounds = std::make_unique<DeviceSoundPlayer>();
+}
+
+Hardware::~Hardware() {
+    desktop::InstalledServices::current().sounds.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    ZQAudioKextKit::end();
+}
+
+QString Hardware::stateFolder() { return foundation::stateFolder() + QStringLiteral("/cantorel"); }
+
+QString Hardware::backendName() const { return hal::HardwareSystem::backend()->name(); }
+
+foundation::Result<std::unique_ptr<Hardware>> Hardware::open(BackendChoice choice,
+                                                             foundation::Clock::Duration patience) {
+    std::unique_ptr<hal::HardwareBackend> backend;
+    if (choice == BackendChoice::Embedded) {
+        backend = std::make_unique<hal::EmbeddedBackend>(hal::makeWallDeviceClock(), isDriverInstalled);
+    } else {
+        auto connected = hal::PipeWireBackend::connect(patience);
+        if (!connected)
+            return connected.failure();
+        backend = std::move(connected).value();
+    }
+    return std::unique_ptr<Hardware>(new Hardware(std::move(backend))); // Its constructor is private.
+}
+
+} // namespace cantorel

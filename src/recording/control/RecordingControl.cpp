@@ -1,0 +1,224 @@
+#include "recording/control/RecordingControl.h"
+
+#include "log/GuardedAction.h"
+#include "platform/desktop/Services.h"
+#include "recording/control/ListRequests.h"
+#include "recording/schedule/ScheduleTaskRunner.h"
+#include "recording/schedule/ScheduleTaskText.h"
+#include "recording/session/RecordingSpace.h"
+#include "settings/AppSettings.h"
+
+#include <QFileInfo>
+#include <QJsonDocument>
+
+#include <algorithm>
+
+namespace cantorel {
+
+using foundation::Failure;
+
+namespace {
+
+const QString kState = QStringLiteral("state");
+const QString kFile = QStringLiteral("file");
+const QString kSeconds = QStringLiteral("seconds");
+const QString kBytes = QStringLiteral("bytes");
+const QString kTimeLeft = QStringLiteral("timeLeftSeconds");
+
+Failure refusal(const QString &sentence) { return {sentence, sentence}; }
+
+void insertTimeLeft(QVariantMap &status, double seconds, qint64 bytes) {
+    if (const auto left =
+            recordingSecondsLeft(AppSettings::outputPath(), AppSettings::getAudioFormat(), seconds, bytes))
+        status.insert(kTimeLeft, *left);
+}
+
+} // namespace
+
+RecordingControl::RecordingControl(RecordingSession &session, RecordedList &list, ScheduleTaskRunner *schedule,
+                                   Begins begins)
+    : mSession(session), mList(list), mSchedule(schedule), mBegins(begins) {}
+
+RecordingControl::~RecordingControl() {
+    if (const auto &remote = desktop::InstalledServices::current().remote; mIsOffered && remote)
+        remote->withdraw();
+}
+
+void RecordingControl::offer() {
+    const auto &remote = desktop::InstalledServices::current().remote;
+    if (!remote)
+        return;
+    const auto offered = remote->offer(*this);
+    mIsOffered = offered.ok();
+    if (!mIsOffered) // The recorder works without.
+        Log(offered.failure().detail);
+}
+
+const std::vector<RecordingControl::Method> &RecordingControl::table() {
+    static const QString file = kFile, name = QStringLiteral("name");
+    static const std::vector<Method> methods{{control::kStart, {}, &RecordingControl::start},
+                                             {control::kStop, {}, &RecordingControl::stop},
+                                             {control::kToggle, {}, &RecordingControl::toggle},
+                                             {control::kPause, {}, &RecordingControl::pause},
+                                             {control::kSplit, {}, &RecordingControl::split},
+                                             {control::kStatus, {}, &RecordingControl::status},
+                                             {control::kShow, {}, &RecordingControl::showWindow},
+                                             {control::kRenameRecording, {file, name}, &RecordingControl::rename},
+                                             {control::kRemoveRecording, {file}, &RecordingControl::removeItem},
+                                             {control::kDeleteRecording, {file}, &RecordingControl::deleteItem},
+                                             {control::kAddTask, {QStringLiteral("task")}, &RecordingControl::addTask},
+                                             {control::kRemoveTasks, {name}, &RecordingControl::removeTasks}};
+    return methods;
+}
+
+std::vector<desktop::RemoteMethod> RecordingControl::methods() const {
+    std::vector<desktop::RemoteMethod> methods;
+    for (const Method &method : table())
+        methods.push_back({QString::fromLatin1(method.name), method.arguments});
+    return methods;
+}
+
+RecordingControl::Answer RecordingControl::call(const QString &method, const QStringList &arguments) {
+    Answer answer = refusal(QStringLiteral("That ended unexpectedly; the log says why."));
+    const auto found = std::find_if(table().begin(), table().end(),
+                                    [&](const Method &one) { return QLatin1String(one.name) == method; });
+    if (found != table().end() && found->arguments.size() == arguments.size())
+        (void)guarded("remoteControl", [&] { answer = (this->*found->answer)(arguments); }); // what is thrown is logged
+    return answer;
+}
+
+// Recording.
+
+RecordingControl::Answer RecordingControl::start(const QStringList &) {
+    if (isActive())
+        return statusNow();
+    if (mBegins == Begins::None)
+        return refusal(QStringLiteral("The recording has ended and is being finished; begin another when that is done: "
+                                      "cantorel-cli record"));
+    if (const auto started = mSession.startRecording(); !started) {
+        if (mSession.isRecording())
+            mSession.stopRecording(); // A failed start leaves a recording shown; nobody would see it here.
+        return refusal(started.failure().sentence.isEmpty() ? QStringLiteral("The recording was not begun.")
+                                                            : started.failure().sentence);
+    }
+    return statusNow();
+}
+
+RecordingControl::Answer RecordingControl::stop(const QStringList &) {
+    if (isActive())
+        mSession.stopByHand();
+    return statusNow();
+}
+
+RecordingControl::Answer RecordingControl::toggle(const QStringList &) { return isActive() ? stop({}) : start({}); }
+
+RecordingControl::Answer RecordingControl::pause(const QStringList &) {
+    if (!isActive())
+        return refusal(QStringLiteral("Nothing is being recorded, so there is nothing to pause."));
+    mSession.onPauseRecording();
+    return statusNow();
+}
+
+RecordingControl::Answer RecordingControl::split(const QStringList &) {
+    if (!isActive())
+        return refusal(QStringLiteral("Nothing is being recorded, so there is nothing to split."));
+    mSession.splitRecording();
+    return statusNow();
+}
+
+RecordingControl::Answer RecordingControl::status(const QStringList &) { return statusNow(); }
+
+RecordingControl::Answer RecordingControl::showWindow(const QStringList &) {
+    if (!show)
+        return foundation::Failure{QStringLiteral("The Cantorel that runs has no window."), {}};
+    show();
+    return statusNow();
+}
+
+const char *RecordingControl::state() const {
+    if (mSession.isRecording()) {
+        if (mSession.file().isEmpty() || !mSession.isWriting())
+            return "starting";
+        return mSession.isPausedBySilence() ? "waiting" : mSession.isPaused() ? "paused" : "recording";
+    }
+    if (mSession.isFollowed())
+        return "recording"; // between two files
+    return "finishing";
+}
+
+QVariantMap RecordingControl::statusNow() const {
+    if (mSession.isSettled())
+        return stoppedStatus();
+    QVariantMap status{{kState, QString::fromLatin1(state())}};
+    double seconds = mSession.recordedSeconds();
+    qint64 bytes = mSession.recordedBytes();
+    if (const QString file = mSession.file(); !file.isEmpty()) {
+        status.insert(kFile, file);
+        if (const RecordedAudioInfo *item = mList.itemWithFile(file); item && !mSession.isWriting()) {
+            seconds = item->Seconds; // once the file is whole
+            bytes = QFileInfo(file).size();
+        }
+    }
+    status.insert(kSeconds, seconds);
+    status.insert(kBytes, bytes);
+    insertTimeLeft(status, seconds, bytes);
+    return status;
+}
+
+QVariantMap RecordingControl::stoppedStatus() {
+    QVariantMap status{{kState, QStringLiteral("stopped")}, {kSeconds, 0.0}, {kBytes, qint64{0}}};
+    insertTimeLeft(status, 0, 0);
+    return status;
+}
+
+// Lists.
+
+RecordingControl::Answer RecordingControl::rename(const QStringList &arguments) {
+    const auto renamed = renameRecording(mList, arguments[0], arguments[1]);
+    if (!renamed)
+        return renamed.failure();
+    return QVariantMap{{kFile, renamed.value()}};
+}
+
+RecordingControl::Answer RecordingControl::removeItem(const QStringList &arguments) {
+    if (const auto removed = removeRecording(mList, arguments[0], false); !removed)
+        return removed.failure();
+    return QVariantMap{};
+}
+
+RecordingControl::Answer RecordingControl::deleteItem(const QStringList &arguments) {
+    if (const auto removed = removeRecording(mList, arguments[0], true); !removed)
+        return removed.failure();
+    return QVariantMap{};
+}
+
+// Who keeps no schedule has not read the tasks.
+void RecordingControl::readTasks() const {
+    if (!mSchedule)
+        ScheduleTaskInfo::LoadTasks();
+}
+
+RecordingControl::Answer RecordingControl::addTask(const QStringList &arguments) {
+    const auto task = taskFromJson(QJsonDocument::fromJson(arguments[0].toUtf8()).object());
+    if (!task)
+        return task.failure();
+    readTasks();
+    if (const auto added = cantorel::addTask(task.value()); !added)
+        return added.failure();
+    if (tasksDidChange)
+        tasksDidChange();
+    return QVariantMap{};
+}
+
+RecordingControl::Answer RecordingControl::removeTasks(const QStringList &arguments) {
+    readTasks();
+    const auto removed =
+        cantorel::removeTasks(arguments[0], mSchedule ? mSchedule->currentScheduleTask().get() : nullptr);
+    if (!removed)
+        return removed.failure();
+    if (tasksDidChange)
+        tasksDidChange();
+    return QVariantMap{{QStringLiteral("removed"), static_cast<qint64>(removed.value().size())}};
+}
+
+} // namespace cantorel

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "platform/desktop/RemoteControl.h"
+#include "recording/session/RecordingSession.h"
+
+#include <functional>
+
+namespace cantorel {
+
+class ScheduleTaskRunner;
+
+// What the other programs of the person's session may ask of a recorder.
+namespace control {
+
+inline constexpr const char *kStart = "Start";   // records, if nothing is recorded yet
+inline constexpr const char *kStop = "Stop";     // ends what is recorded, if anything is
+inline constexpr const char *kToggle = "Toggle"; // the one or the other
+inline constexpr const char *kPause = "Pause";   // pauses or resumes
+inline constexpr const char *kSplit = "Split";   // goes on in another file
+inline constexpr const char *kStatus = "Status";
+inline constexpr const char *kShow = "Show";                       // shows the window, if there is one
+inline constexpr const char *kRenameRecording = "RenameRecording"; // file, name
+inline constexpr const char *kRemoveRecording = "RemoveRecording"; // file
+inline constexpr const char *kDeleteRecording = "DeleteRecording"; // file, which goes as well
+inline constexpr const char *kAddTask = "AddTask";                 // a task as JSON
+inline constexpr const char *kRemoveTasks = "RemoveTasks";         // name
+
+} // namespace control
+
+// Answers them. The first seven answer the status: "state", the "file" that is written or converted, "seconds",
+// "bytes", and "timeLeftSeconds" until the disk is full, where it tells. Owned by the application or a command; main
+// thread.
+class RecordingControl : public desktop::RemoteCommands {
+public:
+    // Whether it may begin recordings beside the one that runs.
+    enum class Begins { Any, None };
+
+    // schedule: null where the tasks are not kept by this program. All outlive the control.
+    RecordingControl(RecordingSession &session, RecordedList &list, ScheduleTaskRunner *schedule, Begins begins);
+    ~RecordingControl() override;
+
+    // Makes it reachable, if the desktop has a way; a failure is a line of the log.
+    void offer();
+
+    // Brings the window to the front; empty where there is none.
+    std::function<void()> show;
+
+    // Told when tasks were added or removed. May be empty.
+    std::function<void()> tasksDidChange;
+
+    std::vector<desktop::RemoteMethod> methods() const override;
+    foundation::Result<QVariantMap> call(const QString &method, const QStringList &arguments) override;
+
+    // The status where nothing is recorded, whoever asks.
+    static QVariantMap stoppedStatus();
+
+private:
+    using Answer = foundation::Result<QVariantMap>;
+    struct Method {
+        const char *name;
+        QStringList arguments;
+        Answer (RecordingControl::*answer)(const QStringList &);
+    };
+    static const std::vector<Method> &table();
+
+    Answer start(const QStringList &);
+    Answer stop(const QStringList &);
+    Answer toggle(const QStringList &);
+    Answer pause(const QStringList &);
+    Answer split(const QStringList &);
+    Answer status(const QStringList &);
+    Answer showWindow(const QStringList &);
+    Answer rename(const QStringList &arguments);
+    Answer removeItem(const QStringList &arguments);
+    Answer deleteItem(const QStringList &arguments);
+    Answer addTask(const QStringList &arguments);
+    Answer removeTasks(const QStringList &arguments);
+
+    bool isActive() const { return mSession.isRecording() || mSession.isFollowed(); }
+    const char *state() const; // while anything is going on
+    QVariantMap statusNow() const;
+    void readTasks() const;
+
+    RecordingSession &mSession;
+    RecordedList &mList;
+    ScheduleTaskRunner *const mSchedule;
+    const Begins mBegins;
+    bool mIsOffered = false;
+};
+
+} // namespace cantorel

@@ -1,0 +1,82 @@
+#include "recording/library/LibraryPlayer.h"
+
+namespace cantorel {
+
+namespace {
+
+constexpr std::chrono::milliseconds kTellInterval(250);
+
+} // namespace
+
+LibraryPlayer::LibraryPlayer() {
+    mTimer.setInterval(kTellInterval);
+    connect(&mTimer, &QTimer::timeout, this, [this] { tell(); });
+}
+
+void LibraryPlayer::tell() const {
+    if (changed)
+        changed();
+}
+
+foundation::Result<void> LibraryPlayer::play(const QString &file) {
+    if (!mPlayer || file != mFile) {
+        stop();
+        foundation::Failure why;
+        mPlayer = ZQAVAudioPlayer::initWithFilePath(file, &why);
+        if (!mPlayer)
+            return why;
+        mPlayer->delegate = this;
+        mFile = file;
+    }
+    if (!mPlayer->play()) {
+        stop();
+        return foundation::Failure{QStringLiteral("There is no output to play to; choose one in the sound settings."),
+                                   {}};
+    }
+    mIsPlaying = true;
+    mTimer.start();
+    tell();
+    return {};
+}
+
+void LibraryPlayer::pause() {
+    if (!mIsPlaying)
+        return;
+    mPlayer->pause();
+    mIsPlaying = false;
+    mTimer.stop();
+    tell();
+}
+
+void LibraryPlayer::stop() {
+    if (!mPlayer)
+        return;
+    mPlayer->stop();
+    mPlayer.reset();
+    mTimer.stop();
+    mIsPlaying = false;
+    mFile.clear();
+    tell();
+}
+
+void LibraryPlayer::seek(double seconds) {
+    if (!mPlayer)
+        return;
+    mIsPlaying = mPlayer->playAtTime(seconds); // goes on from there, also where it was paused
+    mTimer.start();
+    tell();
+    if (jumped)
+        jumped();
+}
+
+double LibraryPlayer::position() const { return mPlayer ? mPlayer->currentPlayTime() : 0; }
+
+double LibraryPlayer::length() const { return mPlayer ? mPlayer->totalTime() : 0; }
+
+void LibraryPlayer::AVAudioPlayerDidFinishPlayingSuccessfully(ZQAVAudioPlayer &, bool) {
+    // Not from within the player, which is destroyed.
+    QMetaObject::invokeMethod(
+        this, [this] { stop(); }, Qt::QueuedConnection);
+}
+
+} // namespace cantorel

@@ -1,0 +1,85 @@
+#include "recording/library/RecordedConversions.h"
+
+#include "convert/AudioConverter.h"
+#include "lang/Lang.h"
+#include "log/GuardedAction.h"
+#include "recording/library/RecordedList.h"
+#include "settings/AppSettings.h"
+#include "util/ToolFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace cantorel {
+
+using foundation::Failure;
+using foundation::Result;
+
+RecordedConversions::RecordedConversions(RecordedList &list) : mList(list) {}
+
+RecordedConversions::~RecordedConversions() = default; // The worker is asked to stop, and waited for.
+
+void RecordedConversions::run(const std::stop_token &stop) {
+    std::unique_lock lock(mMutex);
+    while (mWake.wait(lock, stop, [this] { return !mJobs.empty(); }) && !stop.stop_requested()) {
+        const auto job = std::move(mJobs.front());
+        mJobs.pop_front();
+        lock.unlock();
+        job(stop);
+        lock.lock();
+    }
+}
+
+void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Completion completion) {
+    ++mPending;
+    item.isProcessing = true;
+    item.setStatus(Lang::commProcessing() + QStringLiteral("..."));
+    const QString file = item.getFileName();
+    const int format = AppSettings::getAudioFormat();
+    const QString converter = AppSettings::TessolarConverterPath();
+    auto job = [this, file, format, converter, item = QPointer(&item),
+                completion = std::move(completion)](const std::stop_token &stop) {
+        Result<QString> result = Failure{
+            QStringLiteral("The conversion ended unexpectedly; the recording stays as it is, and the log says why."),
+            QString()};
+        (void)guarded("convert", [&] {
+            foundation::WallClock clock;
+            result = AudioConverter::convertRecording(format, file, {converter, clock, {}, stop});
+        });
+        // Waits for the worker when it goes, so this is there; the call is not made then.
+        QMetaObject::invokeMethod(this, [this, item, file, result, completion] {
+            (void)guarded("converted", [&] { finish(item, file, result, completion); });
+        });
+    };
+    {
+        const std::lock_guard lock(mMutex);
+        mJobs.push_back(std::move(job));
+    }
+    mWake.notify_one();
+    if (!mWorker.joinable())
+        mWorker = std::jthread([this](const std::stop_token &stop) { run(stop); });
+}
+
+void RecordedConversions::finish(const QPointer<RecordedAudioInfo> &item, const QString &file, Result<QString> result,
+                                 const Completion &completion) {
+    --mPending;
+    if (result && QFileInfo(result.value()).size() == 0)
+        result = Failure{QStringLiteral("The converted file is empty; the recording stays as it is."), QString()};
+    // The recording goes only now that its successor is whole.
+    if (result && QFileInfo(file).absoluteFilePath() != QFileInfo(result.value()).absoluteFilePath())
+        QFile::remove(file);
+    if (item) { // It may have been removed from the list meanwhile.
+        item->isProcessing = false;
+        if (result) {
+            item->setFileName(result.value());
+            item->setSize(ToolFile::fileSizeFormatterToString(QFileInfo(result.value()).size()));
+            item->setStatus({});
+            mList.save(*item);
+        } else {
+            item->setStatus(QStringLiteral("Error"));
+        }
+    }
+    completion(result);
+}
+
+} // namespace cantorel

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/Result.h"
+#include "recording/library/ListJournal.h"
+#include "recording/library/RecordedAudioInfo.h"
+
+#include <QObject>
+#include <QSet>
+#include <QString>
+
+#include <functional>
+#include <future>
+#include <memory>
+#include <vector>
+
+namespace cantorel {
+
+// Shows the list. All optional.
+class RecordedListView {
+public:
+    virtual ~RecordedListView() = default;
+
+    // Items have come, gone or changed places.
+    virtual void recordedListDidChange() {}
+    virtual void updatePlayButton() {}
+};
+
+// The library: the recordings in the order in which they are shown, stored under "recordedList". Every change is on
+// the disk before the call that makes it returns. Also deletes, one file a second, what could not be deleted at once.
+// Owned by the application or a command; main thread.
+class RecordedList {
+public:
+    // stateFolder: for the journal of changes and for copies of damaged lists.
+    RecordedList(const QString &stateFolder, foundation::Clock &clock);
+    ~RecordedList();
+
+    RecordedListView *view = nullptr; // outlives the list, or is taken away before
+
+    // Reads the stored list, leaving out what is no longer on disk, and starts the sweeper.
+    void initRecordedList();
+    // The same on a thread of its own, and tells from the event loop when the items are there. Until then there are
+    // none; a change to the list waits for them.
+    void initRecordedListBehind(std::function<void()> loaded);
+    bool isLoading() const { return mLoading.valid(); }
+    // Stores the whole list anew.
+    void saveRecordedList();
+
+    using Items = std::vector<std::unique_ptr<RecordedAudioInfo>>;
+    const Items &items() const { return mItems; }
+    // Null when there is none.
+    RecordedAudioInfo *itemWithFile(const QString &path) const;
+    // items().size() for one that is not in the list.
+    std::size_t indexOf(const RecordedAudioInfo &item) const;
+
+    RecordedAudioInfo &addRecordedFile(const QString &path, const QString &recordDuration,
+                                       const QString &recordFileSize);
+    // A recording that was in the list before, back at its place, or at the end where the list is shorter now.
+    void insert(std::size_t at, RecordedAudioFields fields);
+    // The item is destroyed; its file stays.
+    void remove(RecordedAudioInfo &item);
+    // Stores what has changed in the item.
+    void save(const RecordedAudioInfo &item);
+    // Renames the file beside itself, keeping its extension; nothing is overwritten.
+    foundation::Result<void> rename(RecordedAudioInfo &item, const QString &name);
+    void move(std::size_t from, std::size_t to);
+
+    // The sweeper's set: a file that shall go as soon as it exists, and one that shall not after all.
+    void addInvalidFile(const QString &path) { mInvalidFiles.insert(path); }
+    void removeInvalidFile(const QString &path) { mInvalidFiles.remove(path); }
+
+private:
+    // What the store holds, items of the main thread.
+    Items load();
+    void applyJournal(const QByteArray &archive, Items &items);
+    void take(Items items);
+    void finishLoading();
+    void _deleteInvalidRecordedFiles();
+    // Stores one change: in the journal, or with the whole list where that is as quick or must be.
+    void store(const char *operation, std::size_t at);
+    void changed();
+
+    const QString mStateFolder;
+    foundation::Clock &mClock;
+    ListJournal mJournal;
+    qint64 mArchiveSize = 0;
+    bool mJournalFits = false; // the archive and the journal give the list as it is
+    Items mItems;
+    QSet<QString> mInvalidFiles;
+    std::unique_ptr<foundation::Timer> mTimerInvalid;
+    QObject mTold;
+    std::future<Items> mLoading; // while it runs, the journal and what belongs to it are its own
+};
+
+} // namespace cantorel

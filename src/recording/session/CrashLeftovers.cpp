@@ -1,0 +1,139 @@
+#include "recording/session/CrashLeftovers.h"
+
+#include "lang/Lang.h"
+#include "log/GuardedAction.h"
+#include "recording/library/RecordedList.h"
+#include "recording/session/RecordingSessionView.h"
+#include "util/ToolFile.h"
+#include "util/ToolString.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace cantorel {
+
+namespace {
+
+constexpr std::size_t kMostNamed = 5; // a sheet stays small
+
+QString describe(const RecordingJournal::Leftover &leftover) {
+    const QFileInfo file(leftover.file);
+    return QStringLiteral("%1\n%2   \u2248 %3   %4\n%5")
+        .arg(file.fileName(), leftover.written.toString(QStringLiteral("yyyy-MM-dd HH:mm")),
+             ToolString::stringFromDuration(leftover.seconds), ToolFile::fileSizeFormatterToString(leftover.bytes),
+             QDir::toNativeSeparators(file.path()));
+}
+
+} // namespace
+
+CrashLeftovers::CrashLeftovers(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal)
+    : mView(view), mList(list), mJournal(journal) {}
+
+CrashLeftovers::~CrashLeftovers() = default;
+
+std::vector<RecordingJournal::Leftover> CrashLeftovers::pending() {
+    if (mIsRecovering)
+        return {};
+    auto leftovers = mJournal.leftovers();
+    for (const auto &leftover : leftovers)
+        if (RecordedAudioInfo *item = mList.itemWithFile(leftover.file))
+            item->isInterrupted = true;
+    return leftovers;
+}
+
+void CrashLeftovers::take(const RecordingJournal::Recovered &recovered) {
+    RecordedAudioInfo *item = mList.itemWithFile(recovered.original);
+    if (recovered.failure.isEmpty()) {
+        if (!item)
+            item = &mList.addRecordedFile(recovered.file, ToolString::stringFromDuration(0), {});
+        item->isInterrupted = false;
+        item->Seconds = recovered.durationSeconds;
+        item->setDuration(ToolString::stringFromDuration(recovered.durationSeconds));
+        item->setSize(ToolFile::fileSizeFormatterToString(QFileInfo(recovered.file).size()));
+        item->setStatus({});
+        mList.save(*item);
+    } else if (item) {
+        mList.remove(*item);
+    }
+    mView.recordingRecovered(recovered);
+}
+
+void CrashLeftovers::recover() {
+    if (mIsRecovering)
+        return;
+    for (const auto &recovered : mJournal.recover())
+        take(recovered);
+}
+
+void CrashLeftovers::recoverBehind(std::function<void(const Recovered &)> done) {
+    const QStringList files = mJournal.abandoned();
+    if (files.isEmpty() || std::exchange(mIsRecovering, true))
+        return;
+    mWorker = std::jthread([this, files, done = std::move(done)] {
+        std::vector<std::optional<RecordingJournal::Recovered>> repaired;
+        (void)guarded("recover", [&] { // logged there
+            for (const QString &file : files)
+                repaired.push_back(RecordingJournal::repair(file));
+        });
+        // Waits for the worker when it goes, so this is there; the call is not made then.
+        QMetaObject::invokeMethod(this, [this, files, repaired = std::move(repaired), done] {
+            mIsRecovering = false;
+            Recovered all;
+            // What an exception has left out is offered again by the next start.
+            for (std::size_t i = 0; i < repaired.size(); ++i) {
+                mJournal.end(files[static_cast<qsizetype>(i)]);
+                if (repaired[i]) {
+                    take(*repaired[i]);
+                    all.push_back(*repaired[i]);
+                }
+            }
+            if (done)
+                done(all);
+        });
+    });
+}
+
+foundation::Result<void> CrashLeftovers::discard() {
+    QString failed;
+    for (const auto &leftover : pending()) {
+        if (!QFile::moveToTrash(leftover.file)) {
+            failed = failed.isEmpty() ? leftover.file : failed;
+            continue;
+        }
+        mJournal.end(leftover.file);
+        if (RecordedAudioInfo *item = mList.itemWithFile(leftover.file))
+            mList.remove(*item);
+        Log(QStringLiteral("discarded an unfinished recording : %1").arg(leftover.file));
+    }
+    if (failed.isEmpty())
+        return {};
+    return foundation::Failure{
+        QStringLiteral("\"%1\" can't be moved to the wastebasket; check the rights of its folder.").arg(failed), {}};
+}
+
+QString leftoversText(const std::vector<RecordingJournal::Leftover> &leftovers) {
+    QStringList parts{Lang::windowRecoveredTitle()};
+    for (std::size_t i = 0; i < std::min(leftovers.size(), kMostNamed); ++i)
+        parts << describe(leftovers[i]);
+    if (leftovers.size() > kMostNamed)
+        parts << QStringLiteral("(+%1)").arg(leftovers.size() - kMostNamed);
+    return parts.join(QStringLiteral("\n\n"));
+}
+
+QString recoveredText(const CrashLeftovers::Recovered &recovered) {
+    if (recovered.empty())
+        return {};
+    const auto failed = std::find_if(recovered.begin(), recovered.end(),
+                                     [](const auto &recording) { return !recording.failure.isEmpty(); });
+    const auto &told = failed == recovered.end() ? recovered.front() : *failed;
+    QString text = failed != recovered.end() ? Lang::windowNotRecovered()
+                   : recovered.size() == 1   ? Lang::windowRecovered()
+                                             : Lang::windowSeveralRecovered();
+    return text.replace(QLatin1String("[#Count#]"), QString::number(recovered.size()))
+        .replace(QLatin1String("[#Time#]"), ToolString::stringFromDuration(told.durationSeconds))
+        .replace(QLatin1String("[#FileName#]"), QFileInfo(told.file).fileName());
+}
+
+} // namespace cantorel

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "recording/session/RecordingJournal.h"
+
+#include <QObject>
+
+#include <functional>
+#include <thread>
+
+namespace cantorel {
+
+class RecordedList;
+class RecordingSessionView;
+
+// What a crash left of recordings: tells of it, and repairs it or throws it away. Until one of the two is asked for,
+// nothing is touched, whatever is recorded meanwhile. Owned by RecordingSession; main thread.
+class CrashLeftovers : public QObject {
+public:
+    using Recovered = std::vector<RecordingJournal::Recovered>;
+
+    // All outlive it.
+    CrashLeftovers(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal);
+    // Waits for a repair under way.
+    ~CrashLeftovers() override;
+
+    // What somebody has to decide about; nearly always nothing. Its items in the list are left alone until then.
+    std::vector<RecordingJournal::Leftover> pending();
+
+    // Repairs all of it and has it in the list; the view is told of each.
+    void recover();
+    // The same on a worker, while the event loop goes on. done: called at its end with what has become of it; not
+    // called where there is nothing to repair.
+    void recoverBehind(std::function<void(const Recovered &)> done);
+    bool isRecovering() const { return mIsRecovering; }
+    // Takes the pending ones out of the list and moves their files into the wastebasket. Fails with the first one that
+    // can't be moved; it stays pending.
+    foundation::Result<void> discard();
+
+private:
+    void take(const RecordingJournal::Recovered &recovered);
+
+    RecordingSessionView &mView;
+    RecordedList &mList;
+    RecordingJournal &mJournal;
+    bool mIsRecovering = false;
+    std::jthread mWorker; // last: it uses the above
+};
+
+// What a person is asked about leftovers: each one's name, time, length, size and folder.
+QString leftoversText(const std::vector<RecordingJournal::Leftover> &leftovers);
+// One sentence on what has become of them; empty when there were none.
+QString recoveredText(const CrashLeftovers::Recovered &recovered);
+
+} // namespace cantorel

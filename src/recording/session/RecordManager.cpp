@@ -1,0 +1,209 @@
+#include "recording/session/RecordManager.h"
+
+#include "audio_device/ZQAudioKextKit.h"
+#include "capture/ZQAVRecorderKit.h"
+#include "log/Log.h"
+#include "platform/hal/HardwareSystem.h"
+#include "recording/session/RecordingNames.h"
+#include "settings/AppSettings.h"
+
+#include <QFile>
+#include <QScopeGuard>
+
+#include <utility>
+
+namespace cantorel {
+
+namespace {
+
+constexpr std::chrono::seconds kJoinPatience(10); // as long as what is kept has room
+
+enum Source { SystemSound = 0, Microphone = 1, Both = 2 };
+
+bool includesSystemSound(int source) { return source == SystemSound || source == Both; }
+
+void logFailure(const foundation::Failure &failure) {
+    ErrorDescription error;
+    error.domain = QStringLiteral("RecordManager");
+    error.localizedDescription = failure.sentence;
+    error.localizedFailureReason = failure.detail;
+    LogError(error);
+}
+
+} // namespace
+
+QString RecordManager::getAudioDeviceNameWithAudioDeviceType(int type) {
+    switch (type) {
+    case SystemSound:
+        return ZQAudioKextKit::getSystemSoundDeviceName();
+    case Microphone:
+        return ZQAudioKextKit::getDefaultAudioInputName();
+    case Both:
+        return QString::fromLatin1(kTessolarAggregateDeviceName);
+    }
+    return {};
+}
+
+RecordManager::~RecordManager() { endJoin(); }
+
+bool RecordManager::startRecord(const QUrl &file) {
+    mIsPrepareRecording = true;
+    const auto joined = qScopeGuard([this] { endJoin(); });
+    try {
+        const bool started = start(file);
+        mIsPrepareRecording = false;
+        return started;
+    } catch (const std::exception &exception) {
+        LogException(exception);
+    } catch (...) {
+        LogException(QStringLiteral("RecordManager"), QStringLiteral("unknown exception"));
+    }
+    return false;
+}
+
+bool RecordManager::start(const QUrl &file) {
+    mAudioRecorder = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
+    if (!mAudioRecorder)
+        return false;
+    mAudioRecorder->delegate = this;
+    mAudioRecorder->setIsShowAudioLevel(true);
+    mAudioRecorder->setRescue(rescuePath);
+    mAudioRecorder->takeOver(std::exchange(mContinuation, {}));
+
+    mSource = AppSettings::getAudioType();
+    mAudioRecorder->setAudioDevice(
+        ZQAudioKextKit::getTheCaptureDeviceWithName(getAudioDeviceNameWithAudioDeviceType(mSource)));
+    mDuration = 0;
+    mFileSize = 0;
+    mDroppedFrames = 0;
+    mFilledFrames = 0;
+
+    const QString output = ZQAudioKextKit::getDefaultAudioOutputName();
+    AppSettings::setAudioOutputDeviceNameBeforeRecording(output);
+    AppSettings::setAudioInputDeviceNameBeforeRecording(ZQAudioKextKit::getDefaultAudioInputName());
+    AppSettings::setRecordingOutputDeviceName(output);
+    if (includesSystemSound(mSource))
+        routeSystemSound();
+
+    QString error;
+    const bool started = mAudioRecorder->startRecording(file, &error);
+    if (started) {
+        mRecordState = State::StartRequested;
+        postRecordingNotification();
+    } else {
+        logFailure({error, QString()});
+    }
+    return started;
+}
+
+void RecordManager::routeSystemSound() {
+    const bool stays = ZQAudioKextKit::isRoutingKept();
+    (void)ZQAudioKextKit::setSVAD(); // Without a virtual device the recording starts unrouted.
+    // Where the routing goes on, so does the volume that the person has chosen meanwhile.
+    if (!stays)
+        (void)ZQAudioKextKit::setVolume(1.0f, ZQAudioKextKit::getDefaultAudioOutputName());
+}
+
+void RecordManager::stopRecord() {
+    if (isRecording()) {
+        takeMeasures();
+        mAudioRecorder->stopRecording();
+    } else {
+        endJoin();
+    }
+    if (includesSystemSound(mSource))
+        ZQAudioKextKit::unsetSVAD();
+}
+
+void RecordManager::joinNextRecording() {
+    if (!isRecording())
+        return;
+    mAudioRecorder->joinNextRecording();
+    ZQAudioKextKit::keepRouting(true);
+    mJoin = hal::HardwareSystem::clock().after(kJoinPatience, [this] { endJoin(); });
+}
+
+void RecordManager::endJoin() {
+    if (!mJoin)
+        return;
+    mJoin.reset();
+    mContinuation = {};
+    if (mAudioRecorder)
+        mAudioRecorder->forgetNextRecording();
+    ZQAudioKextKit::keepRouting(false);
+}
+
+void RecordManager::pauseRecording(Pause pause) {
+    if (mAudioRecorder)
+        mAudioRecorder->pauseRecording(pause);
+}
+
+void RecordManager::resumeRecording() {
+    if (mAudioRecorder)
+        mAudioRecorder->resumeRecording();
+}
+
+void RecordManager::clear() {
+    if (!mAudioRecorder)
+        return;
+    mAudioRecorder->delegate = nullptr;
+    if (mJoin)
+        mContinuation = mAudioRecorder->letGo();
+    RecorderRelease(mAudioRecorder);
+    mAudioRecorder = nullptr;
+    mRecordState = State::Idle;
+}
+
+bool RecordManager::isRecording() const { return mAudioRecorder && mAudioRecorder->isRecording(); }
+
+bool RecordManager::isPaused() const { return mAudioRecorder && mAudioRecorder->isPaused(); }
+
+double RecordManager::recordingDuration() const { return mAudioRecorder ? mAudioRecorder->recordingDuration() : 0; }
+
+qint64 RecordManager::recordedFileSize() const {
+    return mAudioRecorder ? mAudioRecorder->recordedFileSize() : mFileSize;
+}
+
+void RecordManager::postRecordingNotification() {
+    foundation::NotificationCenter::defaultCenter().post(
+        kNotificationUpdateRecordingState, RecordingStateUpdate{this, mDuration, static_cast<int>(mRecordState)});
+}
+
+// The recorder knows how long its file has become only while it is still held.
+void RecordManager::takeMeasures() {
+    if (!mAudioRecorder)
+        return;
+    mDuration = mAudioRecorder->recordedSeconds();
+    mFileSize = mAudioRecorder->recordedFileSize();
+    mDroppedFrames = mAudioRecorder->droppedFrames();
+    mFilledFrames = mAudioRecorder->filledFrames();
+}
+
+void RecordManager::captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url) {
+    mRecordState = State::Writing;
+    postRecordingNotification();
+    delegate->RecordManagerDidStartRecordingToOutputAtURL(*this, url);
+}
+
+void RecordManager::captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url,
+                                                           const std::optional<foundation::Failure> &failure) {
+    takeMeasures();
+    if (failure) {
+        logFailure(*failure);
+        clear();
+        delegate->RecordManagerDidFinishRecordingToOutputAtURL(*this, url, mDuration, failure);
+        return;
+    }
+    if (!delegate->RecordManagerRecordFileIsNeedSave()) {
+        QFile::remove(url.toLocalFile());
+        mDuration = 0;
+        return;
+    }
+    delegate->RecordManagerDidFinishRecordingToOutputAtURL(*this, url, mDuration, std::nullopt);
+}
+
+void RecordManager::captureUpdateAudioLevel(ZQAVRecorder &, float level) {
+    delegate->RecordManagerUpdateAudioLevel(*this, level);
+}
+
+} // namespace cantorel

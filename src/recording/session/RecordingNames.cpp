@@ -1,0 +1,31 @@
+#include "recording/session/RecordingNames.h"
+
+#include "convert/AudioConverter.h"
+#include "settings/AppSettings.h"
+#include "util/ToolFile.h"
+#include "util/ToolString.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace cantorel {
+
+QString freeRecordingPath(const QString &chosen) {
+    const QString extension = AudioConverter::extensionOf(AppSettings::getAudioFormat());
+    const auto isFree = [&](const QString &path) {
+        return !QFileInfo::exists(path) && !QFileInfo::exists(ToolFile::pathWithExtension(path, extension));
+    };
+    QString path = ToolString::renameFromFilePath(chosen, 0);
+    const QString base = ToolFile::pathWithExtension(chosen, {});
+    for (qint64 n = 1; !isFree(path); ++n)
+        path = QStringLiteral("%1(%2).m4a").arg(base).arg(n);
+    return path;
+}
+
+QString rescuePath(const QString &lost) {
+    const QString folder = AppSettings::outputPath(); // the music folder, where the chosen one is gone
+    QDir().mkpath(folder);
+    return freeRecordingPath(folder + QLatin1Char('/') + QFileInfo(lost).fileName());
+}
+
+} // namespace cantorel

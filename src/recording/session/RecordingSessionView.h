@@ -1,0 +1,84 @@
+#pragma once
+
+#include "recording/session/RecordingJournal.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace cantorel {
+
+// What a recording has become.
+struct FinishedRecording {
+    QString file;       // the final one
+    double seconds = 0; // exact length of what was captured
+    qint64 bytes = 0;   // of the final file
+    qint64 droppedFrames = 0;
+    qint64 lostFrames = 0; // these, and what was filled with silence though the device was there
+};
+
+// What the controls of a recording show.
+struct RecordingControls {
+    bool startShowsStop = false;
+    bool pauseEnabled = false;
+    bool pauseShowsResume = false;
+    QString pauseToolTip;
+};
+
+// What is shown of a running recording, twice a second.
+struct RecordingDisplay {
+    QString duration = QStringLiteral("00:00:00");
+    QString size;
+    QString badge;                       // beside the program's icon; blinks while paused
+    bool durationVisible = true;         // likewise
+    bool silenceVisible = false;         // the sign that it waits for sound
+    double seconds = 0;                  // whole seconds recorded
+    qint64 bytes = 0;                    // of the file
+    std::optional<qint64> secondsLeft{}; // until the disk is full, the converted copy included
+    qint64 lostFrames = 0;               // dropped, or filled with silence though the device was there
+};
+
+// Why a recording has ended or goes on with another file.
+struct RecordingTrouble {
+    QString sentence;
+    QString kept; // where the M4A lies; empty when there is none
+};
+
+// What a session shows; implemented by each face. Main thread. All optional.
+class RecordingSessionView {
+public:
+    virtual ~RecordingSessionView() = default;
+
+    virtual void recordingRecovered(const RecordingJournal::Recovered &) {}
+    // file: the M4A being written.
+    virtual void recordingStarted(const QString & /*file*/, const QString & /*device*/) {}
+    virtual void recordingControlsDidChange(const RecordingControls &) {}
+    virtual void recordingDisplay(const RecordingDisplay &) {}
+    virtual void recordingLevel(float) {} // every 0.1 s; a linear amplitude times 20
+    // Just now, before the level that was told last.
+    virtual void recordingFramesLost(qint64 /*frames*/) {}
+    virtual void recordingNote(int) {} // every 0.2 s: 1 to 7 while there is sound, 0 for none
+    virtual void recordingPaused(bool /*bySilence*/) {}
+    virtual void recordingResumed() {}
+    virtual void recordingSilent(const QString & /*sentence*/) {}
+    virtual void recordingDeviceLost(const QString & /*device*/) {}
+    virtual void recordingDeviceBack(const QString & /*device*/) {}
+    virtual void recordingConverting(const QString & /*file*/) {}
+    virtual void recordingFinished(const FinishedRecording &) {}
+    // Shorter than what is kept, and deleted.
+    virtual void recordingFiltered(const QString & /*file*/, double /*seconds*/) {}
+    // The recording was interrupted and is started again.
+    virtual void recordingInterrupted(const RecordingTrouble &) {}
+    // A recording, its start, or a conversion has failed for good.
+    virtual void recordingFailed(const RecordingTrouble &) {}
+    // The recording ends cleanly before its time; it is finished and converted as any.
+    virtual void recordingEndsEarly(const QString & /*sentence*/) {}
+    // Nothing is recorded, started again or converted any more.
+    virtual void recordingSettled() {}
+
+    // A listed file that is played falls silent, so that it is not recorded.
+    virtual void stopPlayback() {}
+    virtual void setSystemVolumeSlider(double /*percent*/) {}
+};
+
+} // namespace cantorel

@@ -1,0 +1,116 @@
+#include "recording/control/RecordingControl.h"
+
+#include "recording/schedule/ScheduleTaskInfo.h"
+#include "recording/schedule/ScheduleTaskText.h"
+#include "tests/unit/recording/RecordingFixture.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace cantorel {
+namespace {
+
+class RecordingControlTest : public test::RecordingFixture, public RecordingSessionView {
+public:
+    using RecordingFixture::RecordingFixture;
+
+    void recordingStarted(const QString &file, const QString &) override { started << file; }
+    void SetUp() override {
+        AppSettings::setAudioFormat(4);
+        AppSettings::setAudioType(1);
+        AppSettings::setAutoSkipSilence(false);
+        ASSERT_TRUE(session.claim());
+        list.initRecordedList();
+    }
+    QString state() { return ask(control::kStatus).value(QStringLiteral("state")).toString(); }
+    QVariantMap ask(const char *method) {
+        const auto answer = control.call(QString::fromLatin1(method), {});
+        return answer ? answer.value() : QVariantMap{{QStringLiteral("refused"), answer.failure().sentence}};
+    }
+    bool refuses(const char *method) { return ask(method).contains(QStringLiteral("refused")); }
+
+    QStringList started;
+    RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
+    RecordingSession session{*this, list, QDir::homePath() + QStringLiteral("/state")};
+    RecordingControl control{session, list, nullptr, RecordingControl::Begins::Any};
+};
+
+struct ControlWithoutVirtualDevice : RecordingControlTest {
+    ControlWithoutVirtualDevice() : RecordingControlTest(test::EmbeddedWorld::Virtual::Missing) {}
+};
+
+} // namespace
+
+TEST_F(RecordingControlTest, EachStateIsNamedFromTheFirstFramesToTheConvertedFile) {
+    EXPECT_EQ(state(), QStringLiteral("stopped"));
+    EXPECT_EQ(ask(control::kStart).value(QStringLiteral("state")), QStringLiteral("starting"));
+    ASSERT_TRUE(stepUntil([&] { return state() == QStringLiteral("recording"); }));
+    EXPECT_EQ(ask(control::kPause).value(QStringLiteral("state")), QStringLiteral("paused"));
+    EXPECT_EQ(ask(control::kPause).value(QStringLiteral("state")), QStringLiteral("recording"));
+    world.advance(2'000);
+    EXPECT_GE(ask(control::kStatus).value(QStringLiteral("seconds")).toDouble(), 1);
+    const QVariantMap stopped = ask(control::kStop);
+    EXPECT_EQ(stopped.value(QStringLiteral("state")), QStringLiteral("finishing"));
+    EXPECT_EQ(stopped.value(QStringLiteral("file")), started.value(0));
+    ASSERT_TRUE(stepUntil([&] { return state() == QStringLiteral("stopped"); }));
+    EXPECT_FALSE(ask(control::kStatus).contains(QStringLiteral("file")));
+}
+
+TEST_F(RecordingControlTest, StartAndStopAskForAStateAndToggleForTheOther) {
+    EXPECT_FALSE(refuses(control::kStop));
+    EXPECT_TRUE(refuses(control::kPause));
+    EXPECT_TRUE(refuses(control::kSplit));
+    EXPECT_FALSE(refuses(control::kStart));
+    ASSERT_TRUE(stepUntil([&] { return state() == QStringLiteral("recording"); }));
+    EXPECT_EQ(ask(control::kStart).value(QStringLiteral("state")), QStringLiteral("recording"));
+    world.advance(1'000);
+    // Between two files a toggle ends what is recorded, as a person sees it.
+    ask(control::kSplit);
+    EXPECT_EQ(state(), QStringLiteral("recording"));
+    EXPECT_EQ(ask(control::kToggle).value(QStringLiteral("state")), QStringLiteral("finishing"));
+    ASSERT_TRUE(stepUntil([&] { return state() == QStringLiteral("stopped"); }));
+    EXPECT_EQ(started.size(), 1);
+}
+
+TEST_F(ControlWithoutVirtualDevice, AStartThatFailsIsRefusedWithItsReasonAndLeavesNothingShown) {
+    AppSettings::setAudioType(0);
+    const QString refusal = ask(control::kStart).value(QStringLiteral("refused")).toString();
+    EXPECT_TRUE(refusal.contains(QStringLiteral("driver install"))) << refusal.toStdString();
+    EXPECT_EQ(state(), QStringLiteral("stopped"));
+}
+
+TEST_F(RecordingControlTest, TasksThatCannotBeAreRefusedAndStoreNothing) {
+    ScheduleTaskInfo good(QStringLiteral("News"), QDateTime(QDate(2099, 7, 1), QTime(8, 0)),
+                          QDateTime(QDate(2099, 7, 1), QTime(8, 1)), 2, true);
+    good._repeatEnabled = good._repeatStopByManually = true;
+    const QJsonObject json = jsonOfTask(good);
+    const auto add = [&](const QJsonObject &task) {
+        return control
+            .call(QString::fromLatin1(control::kAddTask),
+                  {QString::fromUtf8(QJsonDocument(task).toJson(QJsonDocument::Compact))})
+            .ok();
+    };
+    const std::pair<const char *, QJsonValue> wrong[] = {{"name", QStringLiteral("/")},
+                                                         {"from", QStringLiteral("2099-02-30 08:00:00")},
+                                                         {"seconds", 0},
+                                                         {"seconds", 1e12},
+                                                         {"source", 1},
+                                                         {"weeks", QJsonArray{7}},
+                                                         {"repeat", -1},
+                                                         {"repeat", QStringLiteral("often")},
+                                                         {"daily", true}};
+    for (const auto &[key, value] : wrong) {
+        QJsonObject task = json;
+        task.insert(QLatin1String(key), value);
+        EXPECT_FALSE(add(task)) << key;
+    }
+    EXPECT_FALSE(add({}));
+    EXPECT_TRUE(AppSettings::scheduleTaskList().isEmpty());
+    EXPECT_TRUE(add(json));
+    ScheduleTaskInfo::LoadTasks();
+    ASSERT_EQ(ScheduleTaskInfo::tasks().size(), 1u);
+    EXPECT_EQ(jsonOfTask(*ScheduleTaskInfo::tasks()[0]), json);
+}
+
+} // namespace cantorel

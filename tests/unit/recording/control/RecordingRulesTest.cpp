@@ -1,0 +1,411 @@
+#include "lang/Lang.h"
+#include "recording/control/RecorderPanel.h"
+#include "recording/session/RecordingSession.h"
+#include "tests/unit/recording/RecordingFixture.h"
+
+#include <QDir>
+
+#include <atomic>
+#include <mutex>
+
+namespace cantorel {
+namespace {
+
+// Counts what a view is told.
+class View : public RecordingSessionView {
+public:
+    void recordingStarted(const QString &file, const QString &) override { started.append(file); }
+    void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
+    void recordingFailed(const RecordingTrouble &trouble) override { failed.append(trouble.sentence); }
+    void recordingFiltered(const QString &file, double) override { filtered.append(file); }
+    void recordingPaused(bool bySilence) override { pauses += bySilence ? 's' : 'p'; }
+    void recordingResumed() override { pauses += 'r'; }
+    void recordingDisplay(const RecordingDisplay &shown) override { display = shown; }
+    void recordingControlsDidChange(const RecordingControls &shown) override { controls = shown; }
+    void recordingSettled() override { ++settled; }
+    void recordingFramesLost(qint64 frames) override { lost += frames; }
+    void recordingDeviceLost(const QString &) override { devices += 'l'; }
+    void recordingDeviceBack(const QString &) override { devices += 'b'; }
+
+    QStringList started, failed, filtered;
+    std::vector<FinishedRecording> finished;
+    QByteArray pauses, devices;
+    RecordingDisplay display;
+    RecordingControls controls;
+    int settled = 0;
+    qint64 lost = 0;
+};
+
+class Tasks : public QObject, public RecordingSessionTasks {
+public:
+    void taskWasStoppedByHand() override { told += 'h'; }
+    void taskRecordingDidEnd() override { told += 'e'; }
+    QByteArray told;
+};
+
+class RecordingRulesTest : public test::RecordingFixture {
+public:
+    RecordingRulesTest() {
+        AppSettings::setAudioFormat(4);
+        AppSettings::setAutoSkipSilence(false);
+        list.initRecordedList();
+        silencePlayer();
+        mNoise = world.backend->play([this](std::span<float> samples, int, std::int64_t) {
+            std::fill(samples.begin(), samples.end(), loud ? 0.3f : 0.0f);
+        });
+    }
+
+    void start() {
+        ASSERT_TRUE(session.startRecording());
+        const auto before = view.started.size();
+        // Little time shall pass until a thread that has no time has told its first frames.
+        ASSERT_TRUE(test::eventually([&] {
+            world.advance(1);
+            return view.started.size() > before;
+        }));
+    }
+    // Lets time pass in small steps, as an event loop would; it stands still while a file's thread is to finish it or
+    // to tell its first frames.
+    void pass(double seconds) {
+        for (int step = 0; step < static_cast<int>(seconds * 20 + 0.5); ++step) {
+            world.advance(50);
+            (void)test::eventually([] { return false; }, 8); // The threads keep pace with five times the time.
+            if (step > 2) {
+                EXPECT_TRUE(test::eventually([&] {
+                    if (session.isRecording() && session.file().isEmpty())
+                        world.advance(1);
+                    return session.isRecording() ? !session.file().isEmpty() : session.isSettled();
+                }));
+            }
+        }
+    }
+    void unplug() {
+        world.backend->unplug(QStringLiteral("builtin_microphone"));
+        world.system->deliverChanges();
+    }
+    void plug() {
+        world.backend->plug(hal::EmbeddedBackend::plainDevice(QStringLiteral("builtin_microphone"),
+                                                              QStringLiteral("Built-in Microphone"), 2, 0));
+        world.system->deliverChanges();
+    }
+    bool settles() {
+        return stepUntil([&] { return session.isSettled(); });
+    }
+    QStringList names() const {
+        QStringList names;
+        for (const auto &item : list.items())
+            names.append(QFileInfo(item->getFileName()).fileName());
+        return names;
+    }
+    double totalSeconds() const {
+        double seconds = 0;
+        for (const FinishedRecording &recording : view.finished)
+            seconds += recording.seconds;
+        return seconds;
+    }
+
+    std::atomic<bool> loud = true;
+    View view;
+    RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
+    RecordingSession session{view, list, QDir::homePath() + QStringLiteral("/state")};
+
+private:
+    std::shared_ptr<void> mNoise;
+};
+
+} // namespace
+
+TEST_F(RecordingRulesTest, APeriodSplitsAtItsWholeSecondAndLosesNoFrame) {
+    AppSettings::setIsAutoSplitEverySeconds(true);
+    AppSettings::setAutoSplitEverySeconds(3);
+    const auto began = world.clock->now();
+    start();
+    pass(2.9);
+    EXPECT_EQ(view.started.size(), 1);
+    pass(8);
+    const double passed = static_cast<double>((world.clock->now() - began).count()) / 1e9;
+    session.stopRecording();
+    ASSERT_TRUE(settles());
+    EXPECT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
+    ASSERT_EQ(view.finished.size(), 4u);
+    for (std::size_t i = 0; i + 1 < view.finished.size(); ++i)
+        EXPECT_NEAR(view.finished[i].seconds, 3.0, 0.55) << i; // It is looked at twice a second.
+    // A block of the coder at the end is all that may be more.
+    EXPECT_NEAR(totalSeconds(), passed, 0.15);
+    EXPECT_EQ(names(), (QStringList{"Track1.wav", "Track2.wav", "Track3.wav", "Track4.wav"}));
+    EXPECT_EQ(output(), "Built-in Output");
+    EXPECT_EQ(chosenOutput(), std::nullopt);
+    EXPECT_EQ(view.settled, 1);
+}
+
+TEST_F(RecordingRulesTest, AStopBetweenTwoFilesOfASplitEndsItAll) {
+    start();
+    pass(1);
+    session.splitRecording();
+    session.stopRecording();
+    ASSERT_TRUE(settles());
+    pass(1);
+    EXPECT_EQ(view.finished.size(), 1u);
+    EXPECT_EQ(view.started.size(), 1);
+    EXPECT_EQ(output(), "Built-in Output");
+}
+
+// The next file could not begin: whatever wants to split waits for the device as the recording does.
+TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
+    AppSettings::setAudioType(1);
+    for (const bool byHand : {false, true}) {
+        SCOPED_TRACE(byHand);
+        view = {};
+        AppSettings::setIsAutoSplitEverySeconds(!byHand);
+        AppSettings::setAutoSplitEverySeconds(60);
+        const auto began = world.clock->now();
+        start();
+        pass(2.8);
+        unplug();
+        AppSettings::setAutoSplitEverySeconds(2); // due at once
+        if (byHand)
+            session.splitRecording();
+        pass(3);
+        EXPECT_TRUE(session.isRecording());
+        EXPECT_EQ(view.started.size(), 1);
+        EXPECT_EQ(view.devices, "l");
+        plug();
+        pass(1.5);
+        EXPECT_EQ(view.devices, "lb");
+        EXPECT_EQ(view.started.size(), 2) << "made up for";
+        const double passed = static_cast<double>((world.clock->now() - began).count()) / 1e9;
+        session.stopRecording();
+        ASSERT_TRUE(settles());
+        EXPECT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
+        ASSERT_EQ(view.finished.size(), 2u);
+        EXPECT_NEAR(totalSeconds(), passed, 0.2) << "and what is missing is silence";
+        EXPECT_EQ(view.lost, 0) << "which is told as an absence, and not as lost frames";
+    }
+}
+
+TEST_F(RecordingRulesTest, WhatGoesWrongIsSaidInTheLanguageInForce) {
+    AppSettings::setAudioType(1);
+    RecorderPanel panel;
+    RecordingSession watched(panel, list, QDir::homePath() + QStringLiteral("/watched"));
+    unplug();
+    const auto refused = watched.startRecording();
+    ASSERT_FALSE(refused);
+    panel.setSentence(refused.failure().sentence);
+    const QString english = panel.sentence();
+    EXPECT_EQ(english, refused.failure().sentence);
+    Lang::ChangeLanguage(QStringLiteral("German"));
+    EXPECT_EQ(panel.sentence(), Lang::text(QStringLiteral("sentenceNoMicrophone"))) << "live";
+    panel.recordingFailed({english, QStringLiteral("/music/a.m4a")});
+    EXPECT_EQ(panel.sentence(), Lang::text(QStringLiteral("sentenceNoMicrophone")) + QStringLiteral(" (/music/a.m4a)"));
+}
+
+// The clock runs away from the coder: more than the queue holds is lost, and told where it happens.
+TEST_F(RecordingRulesTest, LostFramesAreToldWithTheLevelsAndInAll) {
+    AppSettings::setAudioType(1);
+    RecorderPanel panel;
+    const auto marks = [&] {
+        std::size_t marks = 0;
+        for (std::size_t i = 0; i < panel.history().size(); ++i)
+            marks += panel.history().column(i).mark == SoundHistory::Mark::LostFrames;
+        return marks;
+    };
+    RecordingSession watched(panel, list, QDir::homePath() + QStringLiteral("/watched"));
+    ASSERT_TRUE(watched.startRecording());
+    ASSERT_TRUE(stepUntil([&] { return panel.display().seconds >= 2; }));
+    EXPECT_EQ(marks(), 0u);
+    EXPECT_EQ(panel.display().lostFrames, 0);
+    world.advance(40'000);
+    EXPECT_GT(marks(), 0u);
+    EXPECT_EQ(panel.history().column(panel.history().size() - 1).mark, SoundHistory::Mark::LostFrames);
+    const qint64 shown = panel.display().lostFrames;
+    EXPECT_GT(shown, 48000);
+    EXPECT_GE(static_cast<qint64>(marks() + 2) * 4800, shown) << "everywhere where it was";
+    EXPECT_LT(marks() + 60, panel.history().size()) << "and not before";
+    EXPECT_TRUE(panel.sentence().contains(QStringLiteral("frames"))) << panel.sentence().toStdString();
+    std::optional<FinishedRecording> finished;
+    panel.finished = [&](const FinishedRecording &recording) { finished = recording; };
+    watched.stopRecording();
+    ASSERT_TRUE(stepUntil([&] { return watched.isSettled(); }));
+    ASSERT_TRUE(finished);
+    EXPECT_EQ(finished->lostFrames, finished->droppedFrames);
+    EXPECT_GE(finished->lostFrames, shown);
+    EXPECT_TRUE(panel.sentence().contains(QString::number(finished->lostFrames)));
+    ASSERT_TRUE(watched.startRecording());
+    EXPECT_EQ(panel.sentence(), QString());
+    ASSERT_TRUE(stepUntil([&] { return panel.display().seconds >= 1; }));
+    EXPECT_EQ(panel.display().lostFrames, 0) << "each file has its own";
+    watched.stopRecording();
+    ASSERT_TRUE(stepUntil([&] { return watched.isSettled(); }));
+}
+
+TEST_F(RecordingRulesTest, ADeviceThatGoesBetweenTwoFilesIsWaitedFor) {
+    AppSettings::setAudioType(1);
+    for (const bool comesBack : {true, false}) {
+        SCOPED_TRACE(comesBack);
+        view = {};
+        start();
+        pass(1);
+        session.splitRecording();
+        unplug();
+        ASSERT_TRUE(stepUntil([&] { return view.devices == "l"; }));
+        world.advance(3000);
+        EXPECT_TRUE(session.isRecording() && !session.isSettled());
+        EXPECT_TRUE(view.controls.startShowsStop);
+        EXPECT_TRUE(view.failed.isEmpty());
+        plug();
+        if (comesBack) {
+            ASSERT_TRUE(stepUntil([&] { return view.started.size() == 2; }));
+            EXPECT_EQ(view.devices, "lb");
+            pass(1);
+        }
+        session.stopRecording();
+        ASSERT_TRUE(settles());
+        world.advance(3000);
+        EXPECT_FALSE(session.isRecording()) << "who has stopped it does not wait";
+        EXPECT_TRUE(view.failed.isEmpty());
+        EXPECT_EQ(view.finished.size(), comesBack ? 2u : 1u);
+    }
+}
+
+// The counter adds up all silence: 1 s, then sound, then 2 s.
+TEST_F(RecordingRulesTest, SilenceSplitsAfterSoMuchInAllNotInOne) {
+    AppSettings::setAutoSkipSilence(true);
+    AppSettings::setAutoSplitAudioFile(true);
+    AppSettings::setAutoSplitSeconds(3000);
+    start();
+    pass(2);
+    loud = false;
+    pass(1);
+    loud = true;
+    pass(2);
+    loud = false;
+    pass(1.5);
+    EXPECT_EQ(view.finished.size() + static_cast<std::size_t>(session.pendingConversions()), 0u) << "2.5 s of 3";
+    pass(1.5);
+    loud = true;
+    pass(1);
+    EXPECT_EQ(view.started.size(), 2);
+    session.stopRecording();
+    ASSERT_TRUE(settles());
+    EXPECT_EQ(view.finished.size(), 2u);
+}
+
+TEST_F(RecordingRulesTest, SilenceIsSkippedAndWhatComesBeforeASoundIsKept) {
+    AppSettings::setAutoSkipSilence(true);
+    std::mutex mutex;
+    std::vector<float> heard;
+    ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap([&](std::span<const float> samples) {
+        const std::lock_guard lock(mutex);
+        for (std::size_t i = 0; i < samples.size(); i += 2)
+            heard.push_back(samples[i]);
+    });
+    start();
+    pass(2);
+    loud = false;
+    pass(4); // No more than the queue holds, for time flies here.
+    EXPECT_EQ(view.pauses, "s");
+    EXPECT_TRUE(session.isPausedBySilence());
+    loud = true;
+    pass(2);
+    EXPECT_EQ(view.pauses, "sr");
+    session.stopRecording();
+    ASSERT_TRUE(settles());
+    EXPECT_NEAR(totalSeconds(), 5, 0.8) << "of 8 s, 4 of them loud";
+    // The silence right before the sound that ended the pause is in the file, the first loud frame follows it.
+    const auto isLoud = [](float sample) { return sample != 0; };
+    const auto last = std::find_if(heard.rbegin(), heard.rend(), isLoud);
+    const auto first = std::find_if_not(last, heard.rend(), isLoud);
+    EXPECT_NEAR(static_cast<double>(first - last) / 48000, 2, 0.06) << "not one loud frame is missing";
+    const auto silence = std::find_if(first, heard.rend(), isLoud);
+    EXPECT_GE(static_cast<double>(silence - first) / 48000, 0.5) << "and the half second before them";
+}
+
+TEST_F(RecordingRulesTest, PauseWhilePausedBySilenceIsThePersons) {
+    AppSettings::setAutoSkipSilence(true);
+    start();
+    pass(1);
+    loud = false;
+    pass(2);
+    ASSERT_TRUE(session.isPausedBySilence());
+    session.onPauseRecording();
+    EXPECT_TRUE(session.isPaused());
+    EXPECT_FALSE(session.isPausedBySilence());
+    EXPECT_TRUE(view.controls.pauseShowsResume);
+    loud = true;
+    pass(2);
+    EXPECT_TRUE(session.isPaused()) << "sound alone does not resume it";
+    session.onPauseRecording();
+    EXPECT_FALSE(session.isPaused());
+    EXPECT_EQ(view.pauses, "spr");
+    session.stopRecording();
+    ASSERT_TRUE(settles());
+}
+
+TEST_F(RecordingRulesTest, WhatIsTooShortIsFilteredWithItsItem) {
+    const struct {
+        bool on;
+        int shortest;
+        double seconds;
+        bool kept;
+    } cases[] = {{true, 3, 1, false}, {true, 1, 1.5, true}, {true, 0, 0.5, true}, {false, 60, 0.5, true}};
+    qsizetype kept = 0, filtered = 0;
+    for (const auto &[on, shortest, seconds, isKept] : cases) {
+        SCOPED_TRACE(shortest);
+        AppSettings::setAutoFilterAudioFile(on);
+        AppSettings::setAutoFilterSeconds(shortest);
+        start();
+        pass(seconds);
+        session.stopRecording();
+        ASSERT_TRUE(settles());
+        (isKept ? kept : filtered) += 1;
+        EXPECT_EQ(static_cast<qsizetype>(view.finished.size()), kept);
+        EXPECT_EQ(view.filtered.size(), filtered);
+        EXPECT_EQ(static_cast<qsizetype>(list.items().size()), kept);
+    }
+    EXPECT_FALSE(QFile::exists(view.filtered.first()));
+    EXPECT_EQ(AppSettings::recordNameBaseOn(), 5) << "each had a number";
+}
+
+TEST_F(RecordingRulesTest, ATaskIsNamedCountedAndEndedAtItsLengthOverItsFiles) {
+    Tasks tasks;
+    session.tasks = &tasks;
+    AppSettings::setIsAutoSplitEverySeconds(true);
+    AppSettings::setAutoSplitEverySeconds(2);
+    session.setExecutedTask(ExecutedTask{"../News", true, 2, 5});
+    start();
+    pass(9);
+    ASSERT_TRUE(settles());
+    EXPECT_EQ(tasks.told, "e") << "once, for all its files";
+    EXPECT_GE(totalSeconds(), 5);
+    EXPECT_LE(totalSeconds(), 6.6) << "whole seconds of the last file, looked at twice a second";
+    EXPECT_EQ(names(), (QStringList{"..News(2).wav", "..News(2)(1).wav", "..News(2)(2).wav"}).mid(0, names().size()))
+        << "each is free for the recording and for what becomes of it";
+    EXPECT_GE(names().size(), 2);
+    // By hand.
+    start();
+    ASSERT_TRUE(session.onStartRecording());
+    ASSERT_TRUE(settles());
+    EXPECT_EQ(tasks.told, "ehe");
+}
+
+TEST_F(RecordingRulesTest, AListSurvivesAndKeepsItsOrder) {
+    start();
+    pass(1);
+    session.stopRecording();
+    ASSERT_TRUE(settles());
+    start();
+    pass(2.4);
+    session.stopRecording();
+    ASSERT_TRUE(settles());
+    list.move(1, 0);
+    RecordedList again(QDir::homePath() + QStringLiteral("/state"), *world.clock);
+    again.initRecordedList();
+    ASSERT_EQ(again.items().size(), 2u);
+    EXPECT_EQ(QFileInfo(again.items()[0]->getFileName()).fileName(), "Track2.wav");
+    EXPECT_EQ(again.items()[0]->duration(), list.items()[0]->duration());
+    EXPECT_GE(again.items()[0]->duration(), QStringLiteral("00:00:02"));
+    EXPECT_EQ(again.items()[0]->status(), QString());
+    EXPECT_FALSE(again.items()[0]->isProcessing);
+}
+
+} // namespace cantorel

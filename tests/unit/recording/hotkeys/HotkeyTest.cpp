@@ -1,0 +1,215 @@
+#include "recording/hotkeys/HotKey.h"
+
+#include "platform/desktop/HotKeyTable.h"
+#include "platform/desktop/recorded/RecordedHotKeys.h"
+#include "recording/control/RecordingHotkeys.h"
+#include "recording/hotkeys/HotkeyManager.h"
+#include "settings/AppSettings.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace cantorel {
+namespace {
+
+TEST(HotkeyText, GivesTheCodeOfItsLastKeyAndTheSumOfItsModifiers) {
+    const struct {
+        const char *text;
+        quint32 keyCode, modifiers;
+    } cases[] = {
+        {"ctrl cmd s", 1, 4352},
+        {"CMD Shift F2", 121, 768},
+        {"ctrl cmd c", 9, 4352}, // deliberately the code of "v"
+        {"ctrl cmd v", 9, 4352},
+        {"cmd k", 41, 256},
+        {"alt a", 0, 2048},
+        {"opt a", 0, 2048},
+        {"option a", 0, 2048},
+        {"ctrl ctl", 0, 8192}, // added up
+        {"apple command control esc", 53, 4608},
+        {"s t p", 35, 0},
+        {"", 0, 0},
+        {"  ctrl   hyper  f15 ", 113, 4096},
+        {"ctrl+s", 0, 0},
+    };
+    for (const auto &c : cases) {
+        const auto combination = HotkeyManager::combinationOf(QString::fromLatin1(c.text));
+        EXPECT_EQ(combination.keyCode, c.keyCode) << c.text;
+        EXPECT_EQ(combination.modifiers, c.modifiers) << c.text;
+    }
+}
+
+TEST(HotkeyText, EveryKeyOfTheTableIsAKeyOfThisPlatform) {
+    QStringList words = HotKey::getAllValidKeys();
+    words << QStringLiteral(
+                 "0 1 2 3 4 5 6 7 8 9 , . / f1 f2 f3 f4 f5 f6 f7 f8 f9 f10 f11 f12 f13 f14 f15 space enter tab "
+                 "escape esc backspace bkspc left right down up")
+                 .split(QLatin1Char(' '));
+    for (const QString &word : words) {
+        const auto combination = HotkeyManager::combinationOf(QStringLiteral("ctrl ") + word);
+        EXPECT_NE(desktop::platformKey(combination.keyCode), nullptr) << word.toStdString();
+        const QString shown = desktop::shownCombination(combination);
+        const bool isShownAsTyped = word[0].isLetterOrNumber() && (word.size() == 1 || word[0] == QLatin1Char('f'));
+        if (isShownAsTyped && word != QStringLiteral("C")) { // deliberately the key "v"
+            EXPECT_EQ(shown, QStringLiteral("Ctrl+") + word.toUpper());
+        }
+    }
+}
+
+TEST(HotKey, ATextIsShownByBoxesAndAChooserAndComesBackInTheirOrder) {
+    const struct {
+        const char *text, *title, *back;
+    } cases[] = {{"ctrl cmd s", "S", "ctrl cmd s"},
+                 {"cmd opt ctrl shift x", "X", "shift ctrl opt cmd x"},
+                 {"cmd f2", "F2", "cmd f2"},
+                 {"alt s", "S", "s"}}; // only the chooser's own words are ticked
+    for (const auto &c : cases) {
+        HotkeyCheckBoxes boxes{true, true, true, true};
+        HotkeyComboBox chooser;
+        HotKey::initHotkeyFromString(QString::fromLatin1(c.text), boxes, chooser);
+        EXPECT_EQ(chooser.titles.size(), 26);
+        EXPECT_EQ(chooser.title, QString::fromLatin1(c.title));
+        EXPECT_EQ(HotKey::getHotkeyFromCombox(chooser, boxes), QString::fromLatin1(c.back));
+    }
+    HotKey::setHotkeyChanged(true);
+    EXPECT_TRUE(HotKey::isChanged());
+}
+
+// A recording that notes what is done to it.
+class HotkeyTest : public ::testing::Test, public RecordingHotkeyActions {
+protected:
+    HotkeyTest() {
+        desktop::Services made = desktop::recordedServices(calls);
+        made.hotKeys = hotKeys;
+        services = std::make_unique<desktop::InstalledServices>(std::move(made));
+    }
+    bool isRecording() const override { return recording; }
+    void onStartRecording() override {
+        done << QStringLiteral("start");
+        if (fails)
+            throw std::runtime_error("planted");
+    }
+    void stopRecording() override { done << QStringLiteral("stop"); }
+    void onPauseRecording() override { done << QStringLiteral("pause"); }
+
+    void press(const char *text) const { hotKeys->press(HotkeyManager::combinationOf(QString::fromLatin1(text))); }
+    std::string told() { return std::exchange(done, {}).join(QLatin1Char(' ')).toStdString(); }
+
+    std::shared_ptr<desktop::CallRecord> calls = std::make_shared<desktop::CallRecord>();
+    std::shared_ptr<desktop::RecordedHotKeys> hotKeys = std::make_shared<desktop::RecordedHotKeys>(calls);
+    std::unique_ptr<desktop::InstalledServices> services;
+    QStringList done;
+    bool recording = false, fails = false;
+};
+
+TEST_F(HotkeyTest, TheThreeKeysDoWhatTheSettingsSay) {
+    AppSettings::setHotkeyStopRecording(QStringLiteral("Ctrl OPT X"));
+    RecordingHotkeys keys(*this);
+    testing::internal::CaptureStderr();
+    keys.registerEnabled();
+    const QString log = QString::fromStdString(testing::internal::GetCapturedStderr());
+    for (const char *line :
+         {"RegisterHotkey -> hotkeyStartRecording: ctrl cmd s\n", "RegisterHotkey -> hotkeyStopRecording: ctrl opt x\n",
+          "RegisterHotkey -> hotkeyPauseRecording: ctrl cmd p\n"})
+        EXPECT_TRUE(log.contains(QString::fromLatin1(line))) << line;
+    EXPECT_EQ(calls->calls(), (QStringList{QStringLiteral("register 1 4352"), QStringLiteral("register 7 6144"),
+                                           QStringLiteral("register 35 4352")}));
+    press("ctrl cmd s");
+    press("ctrl opt x");
+    press("ctrl cmd p");
+    EXPECT_EQ(told(), "start stop") << "nothing runs that could be paused";
+    recording = true;
+    press("ctrl cmd p");
+    EXPECT_EQ(told(), "pause");
+}
+
+TEST_F(HotkeyTest, UnregisteringDeliberatelyLeavesAllKeysInForce) {
+    RecordingHotkeys keys(*this);
+    keys.RegisteHotkey();
+    testing::internal::CaptureStderr();
+    keys.UnregisterHotkey();
+    EXPECT_TRUE(
+        QString::fromStdString(testing::internal::GetCapturedStderr()).contains(QStringLiteral("UnregisterHotkey")));
+    press("ctrl cmd s");
+    EXPECT_EQ(told(), "start");
+    EXPECT_TRUE(calls->calls().filter(QStringLiteral("unregister")).isEmpty());
+}
+
+TEST_F(HotkeyTest, AfterAnEditOnlyTheNewTextWorksAndOnce) {
+    RecordingHotkeys keys(*this);
+    keys.RegisteHotkey();
+    AppSettings::setHotkeyStartRecording(QStringLiteral("cmd ctrl r"));
+    keys.UnregisterHotkey();
+    keys.RegisteHotkey();
+    press("ctrl cmd s");
+    EXPECT_EQ(told(), "") << "its text is no setting any more, though its number is";
+    press("ctrl cmd r");
+    EXPECT_EQ(told(), "start");
+    AppSettings::setHotkeyStartRecording(QStringLiteral("ctrl cmd r"));
+    keys.RegisteHotkey();
+    press("ctrl cmd r");
+    EXPECT_EQ(told(), "start") << "the same key by another text";
+}
+
+TEST_F(HotkeyTest, DisabledKeysAreNotRegistered) {
+    AppSettings::setEnableHotkeys(false);
+    RecordingHotkeys keys(*this);
+    keys.registerEnabled();
+    EXPECT_TRUE(calls->calls().isEmpty());
+}
+
+TEST_F(HotkeyTest, WhatAnActionThrowsIsLoggedAndKeysGoOnWorking) {
+    RecordingHotkeys keys(*this);
+    keys.RegisteHotkey();
+    fails = true;
+    testing::internal::CaptureStderr();
+    press("ctrl cmd s");
+    EXPECT_TRUE(QString::fromStdString(testing::internal::GetCapturedStderr()).contains(QStringLiteral("planted")));
+    press("ctrl cmd t");
+    EXPECT_EQ(told(), "start stop");
+}
+
+TEST_F(HotkeyTest, AKeyThatTheDesktopRefusesIsToldToThePerson) {
+    calls->failOn(QStringLiteral("register"), QStringLiteral("Held."));
+    QStringList troubles;
+    RecordingHotkeys keys(*this, [&](const QString &sentence) { troubles << sentence; });
+    keys.RegisteHotkey();
+    EXPECT_EQ(troubles.value(0), QStringLiteral("Held."));
+}
+
+class Target : public HotkeyTarget {
+public:
+    QStringList texts;
+    void pressedHotkey(const QString &hotkey) override { texts << hotkey; }
+};
+
+TEST_F(HotkeyTest, AManagerUnbindsItsOwnAndIgnoresOthers) {
+    const auto target = std::make_shared<Target>();
+    HotkeyManager manager, other;
+    EXPECT_EQ(manager.bind(QStringLiteral("ctrl A"), target, &HotkeyTarget::pressedHotkey), 1u);
+    EXPECT_EQ(manager.bind(QStringLiteral("ctrl B"), target, &HotkeyTarget::pressedHotkey), 2u);
+    EXPECT_EQ(other.bind(QStringLiteral("ctrl c"), target, &HotkeyTarget::pressedHotkey), 1u);
+    manager.unbind(77);
+    manager._dispatch(77);
+    other.unbind(1);
+    press("ctrl c");
+    press("ctrl a");
+    EXPECT_EQ(target->texts, QStringList{QStringLiteral("ctrl A")}) << "the text as it was bound";
+    manager.unbind(1);
+    press("ctrl a");
+    EXPECT_EQ(target->texts.size(), 1);
+    EXPECT_EQ(target.use_count(), 2) << "a record keeps its target";
+}
+
+TEST(Hotkeys, WithoutADesktopRecordsExistButNeverFire) {
+    const auto target = std::make_shared<Target>();
+    HotkeyManager manager;
+    EXPECT_EQ(manager.bind(QString(), target, &HotkeyTarget::pressedHotkey), 1u);
+    EXPECT_EQ(manager.trigger(1), QString());
+    manager._dispatch(1);
+    EXPECT_EQ(target->texts, QStringList{QString()});
+}
+
+} // namespace
+} // namespace cantorel

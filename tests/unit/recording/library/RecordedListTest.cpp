@@ -1,0 +1,237 @@
+#include "recording/library/RecordedList.h"
+
+#include "platform/foundation/KeyedArchiver.h"
+#include "platform/hal/embedded/DeviceClock.h"
+#include "settings/AppSettings.h"
+#include "tests/support/PrivateWorld.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace cantorel {
+namespace {
+
+class RecordedListTest : public ::testing::Test {
+public:
+    QString file(int number, bool onDisk = true) const {
+        const QString path = mFolder.filePath(QStringLiteral("r%1.m4a").arg(number));
+        if (onDisk) {
+            QFile made(path);
+            EXPECT_TRUE(made.open(QIODevice::WriteOnly));
+        }
+        return path;
+    }
+    std::unique_ptr<RecordedList> opened() {
+        auto list = std::make_unique<RecordedList>(state(), mClock);
+        list->initRecordedList();
+        return list;
+    }
+    QString state() const { return mFolder.filePath(QStringLiteral("state")); }
+    QString journal() const { return state() + QStringLiteral("/recordedList.journal"); }
+    static QStringList names(const RecordedList &list) {
+        QStringList names;
+        for (const auto &item : list.items())
+            names.append(QFileInfo(item->getFileName()).baseName() + item->artist());
+        return names;
+    }
+    // So many that a change goes into the journal.
+    std::unique_ptr<RecordedList> large() {
+        QVariantList archived;
+        for (int i = 0; i < 600; ++i)
+            archived.append(archivedItem({file(i), "00:00:01", "1.00 KB", "2026-01-01 00:00:00", {}, {}, {}}));
+        AppSettings::setRecordedMovieList(archived);
+        return opened();
+    }
+    static QByteArray stored() { return AppSettings::getFromUserDefaults_Data(QStringLiteral("recordedList")); }
+
+    QTemporaryDir mFolder;
+    hal::ManualClock mClock;
+};
+
+} // namespace
+
+TEST_F(RecordedListTest, ItemsStoreSevenFieldsAndNothingElse) {
+    RecordedAudioFields fields{file(1), "00:01:00", "1.00 MB", "now", "artist", "album", "2026"};
+    const auto archive = foundation::archivedData(QVariantList{archivedItem(fields)});
+    const auto back = foundation::unarchivedObject(archive);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(recordedAudioFields(back->toList().value(0)), fields);
+    // What is none of ours, or damaged, is no recording; fields of another type are empty.
+    using foundation::ArchivedObject;
+    const foundation::ArchivedValues wrong{{"_fileName", 7}};
+    EXPECT_FALSE(recordedAudioFields(QVariant(QStringLiteral("text"))));
+    EXPECT_FALSE(recordedAudioFields(QVariant::fromValue(ArchivedObject{"RecordedAudioInfo", wrong})));
+    EXPECT_FALSE(recordedAudioFields(QVariant::fromValue(ArchivedObject{"Other", {{"_fileName", "a"}}})));
+    const auto half = recordedAudioFields(
+        QVariant::fromValue(ArchivedObject{"RecordedAudioInfo", {{"_fileName", "a"}, {"_size", QVariantList{}}}}));
+    ASSERT_TRUE(half);
+    EXPECT_EQ(half->_size, QString());
+}
+
+TEST_F(RecordedListTest, TitlesFollowTheFileAndTheProcessing) {
+    RecordedAudioInfo item(QStringLiteral("/music/A song.m4a"));
+    EXPECT_EQ(item.getTitle(), "A song.m4a");
+    item.isProcessing = true;
+    EXPECT_EQ(item.getTitle(), "A song");
+    item.setFileName(QStringLiteral("/music/B.mp3"));
+    EXPECT_EQ(item.getTitle(), "B");
+    EXPECT_EQ(item.originalFileName(), "/music/A song.m4a");
+}
+
+TEST_F(RecordedListTest, WhatIsGoneFromTheDiskIsLeftOutAndForgottenAtTheNextSave) {
+    AppSettings::setRecordedMovieList({archivedItem({file(1), {}, {}, {}, {}, {}, {}}),
+                                       archivedItem({file(2, false), {}, {}, {}, {}, {}, {}}),
+                                       QVariant(QStringLiteral("no item"))});
+    const auto list = opened();
+    EXPECT_EQ(names(*list), QStringList{"r1"});
+    EXPECT_EQ(AppSettings::recordedMovieList().size(), 3);
+    list->save(*list->items().front());
+    EXPECT_EQ(AppSettings::recordedMovieList().size(), 1);
+}
+
+TEST_F(RecordedListTest, ADamagedListIsCopiedAsideAndStaysUntilTheNextSave) {
+    const QByteArray damaged = "bplist00 but not really";
+    AppSettings::saveToUserDefaultsForKeyObjectValue(QStringLiteral("recordedList"), damaged);
+    const auto list = opened();
+    EXPECT_TRUE(list->items().empty());
+    EXPECT_EQ(stored(), damaged);
+    QFile copy(state() + QStringLiteral("/recordedList.damaged"));
+    ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
+    EXPECT_EQ(copy.readAll(), damaged);
+    list->addRecordedFile(file(1), {}, {});
+    EXPECT_EQ(names(*opened()), QStringList{"r1"});
+}
+
+// A change is on the disk when its call returns: a process that ends without a word right behind it loses nothing.
+TEST_F(RecordedListTest, EveryChangeSurvivesTheEndOfItsProcess) {
+    for (const bool isLarge : {false, true}) {
+        SCOPED_TRACE(isLarge);
+        if (isLarge)
+            large();
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const auto list = opened();
+            list->addRecordedFile(file(1000), "00:00:09", {});
+            RecordedAudioInfo &second = list->addRecordedFile(file(1001), {}, {});
+            second.setArtist("X");
+            list->save(second);
+            list->remove(*list->items().front());
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        ASSERT_EQ(status, 0);
+        const auto list = opened();
+        const QStringList last = names(*list).mid(static_cast<qsizetype>(list->items().size()) - 2);
+        EXPECT_EQ(QFile::exists(journal()), isLarge);
+        if (isLarge) {
+            EXPECT_EQ(last, (QStringList{"r1000", "r1001X"}));
+            EXPECT_EQ(names(*list).front(), "r1");
+            EXPECT_EQ(list->items().size(), 601u);
+        } else {
+            EXPECT_EQ(names(*list), QStringList{"r1001X"});
+        }
+        // The next change folds the journal into the archive.
+        list->save(*list->items().back());
+        EXPECT_FALSE(QFile::exists(journal()));
+        EXPECT_EQ(names(*opened()), names(*list));
+    }
+}
+
+TEST_F(RecordedListTest, AJournalIsReadUpToWhereACrashCutItAndOnlyForItsArchive) {
+    auto list = large();
+    list->addRecordedFile(file(1000), {}, {});
+    list->addRecordedFile(file(1001), {}, {});
+    list.reset();
+    QFile cut(journal());
+    ASSERT_TRUE(cut.open(QIODevice::ReadWrite));
+    const QByteArray whole = cut.readAll();
+    for (const qsizetype lost : {1, 10, 60}) {
+        ASSERT_TRUE(cut.resize(whole.size() - lost));
+        EXPECT_EQ(names(*opened()).mid(599), (QStringList{"r599", "r1000"})) << lost;
+    }
+    cut.seek(0);
+    cut.write(whole);
+    cut.close();
+    EXPECT_EQ(opened()->items().size(), 602u);
+    // Another archive: a list that was put back from a backup.
+    AppSettings::setRecordedMovieList({archivedItem({file(5), {}, {}, {}, {}, {}, {}})});
+    EXPECT_EQ(names(*opened()), QStringList{"r5"});
+}
+
+// Loading behind the window: the items come with the event loop, and a change before that waits for them.
+TEST_F(RecordedListTest, ALoadingListTellsWhenItIsThereAndLosesNothingToAnEarlyChange) {
+    struct View : RecordedListView {
+        int changes = 0;
+        void recordedListDidChange() override { ++changes; }
+    } view;
+    large();
+    for (const bool changesEarly : {false, true}) {
+        SCOPED_TRACE(changesEarly);
+        RecordedList list(state(), mClock);
+        list.view = &view;
+        view.changes = 0;
+        int told = 0;
+        list.initRecordedListBehind([&] { ++told; });
+        EXPECT_TRUE(list.isLoading());
+        EXPECT_TRUE(list.items().empty());
+        if (changesEarly) {
+            list.addRecordedFile(file(1000), {}, {});
+            EXPECT_EQ(list.items().size(), 601u);
+            EXPECT_EQ(view.changes, 2) << "they are there, and another one";
+        }
+        EXPECT_EQ(told, 0) << "told from the event loop";
+        ASSERT_TRUE(test::eventually([&] {
+            QCoreApplication::processEvents();
+            return told > 0;
+        }));
+        EXPECT_EQ(told, 1);
+        EXPECT_FALSE(list.isLoading());
+        EXPECT_EQ(list.items().front()->thread(), QThread::currentThread());
+        EXPECT_EQ(names(list).front(), "r0");
+        EXPECT_EQ(names(*opened()).size(), changesEarly ? 601 : 600);
+    }
+    // One that goes while it loads is waited for, and nobody is told.
+    RecordedList(state(), mClock).initRecordedListBehind([] { FAIL(); });
+    QCoreApplication::processEvents();
+}
+
+TEST_F(RecordedListTest, WhatIsSearchedForFollowsTheFieldsOfAnItem) {
+    RecordedAudioInfo item(QStringLiteral("/music/Straße.m4a"));
+    EXPECT_EQ(item.searchKey(), "straße.m4a\n\n");
+    item.setArtist(QStringLiteral("ÄB"));
+    EXPECT_EQ(item.searchKey(), "straße.m4a\näb\n");
+    item.setAlbum(QStringLiteral("C"));
+    item.setFileName(QStringLiteral("/music/D.mp3"));
+    EXPECT_EQ(item.searchKey(), "d.mp3\näb\nc");
+}
+
+TEST_F(RecordedListTest, TheSweeperDeletesOneFileASecondOnceItExists) {
+    const auto list = opened();
+    list->addInvalidFile(file(1));
+    list->addInvalidFile(file(2));
+    list->addInvalidFile(file(3, false));
+    const auto left = [&] { return QFile::exists(file(1, false)) + QFile::exists(file(2, false)); };
+    mClock.advance(std::chrono::milliseconds(1000));
+    EXPECT_EQ(left(), 1);
+    mClock.advance(std::chrono::milliseconds(1000));
+    EXPECT_EQ(left(), 0);
+    mClock.advance(std::chrono::milliseconds(3000));
+    (void)file(3);
+    mClock.advance(std::chrono::milliseconds(1000));
+    EXPECT_FALSE(QFile::exists(file(3, false))) << "it is waited for";
+    // A name that is taken by a new recording is no longer swept.
+    list->addInvalidFile(file(4, false));
+    list->removeInvalidFile(file(4));
+    mClock.advance(std::chrono::milliseconds(2000));
+    EXPECT_TRUE(QFile::exists(file(4, false)));
+}
+
+} // namespace cantorel

@@ -1,0 +1,114 @@
+#include "recording/library/RecordingsModel.h"
+
+#include "lang/Lang.h"
+#include "platform/hal/embedded/DeviceClock.h"
+#include "recording/library/RecordedList.h"
+
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+namespace cantorel {
+namespace {
+
+class RecordingsModelTest : public ::testing::Test {
+public:
+    void add(const char *name, const char *size = "1.00 KB", const char *artist = "", const char *album = "") {
+        list.insert(list.items().size(), {QStringLiteral("/music/") + QString::fromUtf8(name),
+                                          "00:00:01",
+                                          QString::fromUtf8(size),
+                                          "2026-11-21 10:04:05",
+                                          QString::fromUtf8(artist),
+                                          QString::fromUtf8(album),
+                                          {}});
+        model.listDidChange();
+    }
+    QStringList shown() const {
+        QStringList titles;
+        for (int row = 0; row < model.rowCount(); ++row)
+            titles << model.index(row, RecordingsModel::Title).data().toString();
+        return titles;
+    }
+
+    hal::ManualClock clock;
+    RecordedList list{QDir::homePath() + QStringLiteral("/state"), clock};
+    RecordingsModel model{list};
+};
+
+} // namespace
+
+// However it is typed: on, back, or over, a search shows what a search for the whole text shows.
+TEST_F(RecordingsModelTest, WhatIsFoundDoesNotDependOnHowTheSearchWasTyped) {
+    for (const char *name : {"abc", "Abd", "xab", "b a", "ÄB"})
+        add(name, "1.00 KB", name[0] == 'x' ? "Quartet" : "", "Live");
+    model.sort(RecordingsModel::Title, Qt::AscendingOrder);
+    const char *const typed[] = {"a",  "ab", "abc", "ab",   "b",          "ba", "b a", "a b", "a",     "",
+                                 "äb", "Ä",  "q",   "qu x", "quartet li", "l",  "  ",  "zzz", "zzz z", "z"};
+    for (const char *text : typed) {
+        model.search(QString::fromUtf8(text));
+        RecordingsModel anew(list);
+        anew.sort(RecordingsModel::Title, Qt::AscendingOrder);
+        anew.search(QString::fromUtf8(text));
+        QStringList expected;
+        for (int row = 0; row < anew.rowCount(); ++row)
+            expected << anew.index(row, RecordingsModel::Title).data().toString();
+        EXPECT_EQ(shown(), expected) << text;
+    }
+    model.search(QStringLiteral("QUART LIVE xa"));
+    EXPECT_EQ(shown(), QStringList{"xab"});
+    add("quart live xaver");
+    EXPECT_EQ(shown(), (QStringList{"quart live xaver", "xab"})) << "what comes is searched, too";
+}
+
+TEST_F(RecordingsModelTest, NumbersAndWordsAreOrderedAsAPersonWould) {
+    for (const char *name : {"Track10.mp3", "track2.mp3", "Zebra.mp3", "Äpfel.mp3", "Track1.mp3"})
+        add(name);
+    model.sort(RecordingsModel::Title, Qt::AscendingOrder);
+    const QStringList ordered{"Äpfel.mp3", "Track1.mp3", "track2.mp3", "Track10.mp3", "Zebra.mp3"};
+    EXPECT_EQ(shown(), ordered);
+    // A change of one item, and of the list, finds its place among those that were ordered before.
+    list.items()[0]->setFileName(QStringLiteral("/music/Aa.mp3"));
+    list.remove(*list.items()[2]);
+    add("Track1.mp3");
+    EXPECT_EQ(shown(), (QStringList{"Aa.mp3", "Äpfel.mp3", "Track1.mp3", "Track1.mp3", "track2.mp3"}));
+    model.sort(RecordingsModel::Title, Qt::DescendingOrder);
+    EXPECT_EQ(shown().first(), "track2.mp3");
+}
+
+TEST_F(RecordingsModelTest, SizesAreOrderedByTheirBytesAndDatesByTheirAge) {
+    const std::pair<const char *, const char *> files[] = {
+        {"b", "1.50 MB"}, {"c", "900 KB"}, {"d", "1.00 GB"}, {"e", ""}, {"f", "12 B"}};
+    for (const auto &[name, size] : files)
+        add(name, size);
+    model.sort(RecordingsModel::Size, Qt::AscendingOrder);
+    EXPECT_EQ(shown(), (QStringList{"e", "f", "c", "b", "d"}));
+    model.sort(RecordingsModel::Date, Qt::DescendingOrder);
+    EXPECT_EQ(shown(), (QStringList{"f", "e", "d", "c", "b"}));
+}
+
+TEST_F(RecordingsModelTest, DatesAreWrittenInTheWindowsLanguage) {
+    add("a");
+    list.items()[0]->setDateAdded(QStringLiteral("2026-03-05 14:07:09"));
+    const std::pair<const char *, const char *> languages[] = {{"German", "05.03.2026 14:07"},
+                                                               {"Japanese", "2026/03/05 14:07"},
+                                                               {"Czech", "05.03.2026 14:07"},
+                                                               {"ChineseTraditional", "2026/3/5 下午2:07"}};
+    for (const auto &[language, expected] : languages) {
+        Lang::ChangeLanguage(QString::fromLatin1(language));
+        model.languageDidChange();
+        EXPECT_EQ(model.index(0, RecordingsModel::Date).data().toString(), QString::fromUtf8(expected)) << language;
+    }
+    list.items()[0]->setDateAdded(QStringLiteral("yesterday"));
+    EXPECT_EQ(model.index(0, RecordingsModel::Date).data().toString(), "yesterday") << "no date: as it is";
+}
+
+TEST_F(RecordingsModelTest, AColumnIsUsedOnceARecordingHasSomethingForIt) {
+    add("a");
+    EXPECT_FALSE(model.isUsed(RecordingsModel::Artist));
+    EXPECT_TRUE(model.isUsed(RecordingsModel::Title));
+    add("b", "1.00 KB", "", "Live");
+    EXPECT_FALSE(model.isUsed(RecordingsModel::Artist));
+    EXPECT_TRUE(model.isUsed(RecordingsModel::Album));
+}
+
+} // namespace cantorel

@@ -1,0 +1,142 @@
+#include "recording/session/CrashLeftovers.h"
+
+#include "lang/Lang.h"
+#include "recording/library/RecordingsModel.h"
+#include "recording/library/RecordingsRemoval.h"
+#include "recording/session/RecordingSession.h"
+#include "tests/support/Unfinished.h"
+#include "tests/unit/recording/RecordingFixture.h"
+
+#include <QDir>
+
+namespace cantorel {
+namespace {
+
+using testing::contents;
+using testing::packetsOf;
+
+struct View : RecordingSessionView {
+    void recordingFinished(const FinishedRecording &recording) override { finished.append(recording.file); }
+    void recordingRecovered(const RecordingJournal::Recovered &recording) override { recovered.append(recording.file); }
+    QStringList finished, recovered;
+};
+
+// A start of the program after a crash that left one recording, which the list has with the length last shown.
+class CrashLeftoversTest : public test::RecordingFixture {
+public:
+    CrashLeftoversTest() {
+        testing::unfinished(left);
+        before = contents(left);
+        EXPECT_TRUE(session.claim());
+        EXPECT_TRUE(RecordingJournal(state).begin(left));
+        list.initRecordedList();
+        list.addRecordedFile(left, QStringLiteral("00:00:00"), {});
+    }
+    // What the next start of the program would find.
+    QStringList abandoned() const { return RecordingJournal(state).abandoned(); }
+    QString item() const { return list.itemWithFile(left) ? list.itemWithFile(left)->duration() : QString(); }
+    // From start to stop; the file that has become of it.
+    QString record() {
+        const auto count = view.finished.size();
+        EXPECT_TRUE(session.startRecording());
+        EXPECT_TRUE(stepUntil([&] { return !session.file().isEmpty(); }));
+        world.advance(1000);
+        session.stopRecording();
+        EXPECT_TRUE(stepUntil([&] { return session.isSettled() && view.finished.size() > count; }));
+        return view.finished.value(count);
+    }
+
+    View view;
+    const QString state = QDir::homePath() + QStringLiteral("/state");
+    const QString left = path("Track1.m4a"); // the very name that the next recording would have
+    QByteArray before;
+    RecordedList list{state, *world.clock};
+    RecordingSession session{view, list, state};
+    CrashLeftovers &leftovers = session.leftovers();
+};
+
+TEST_F(CrashLeftoversTest, LaterLeavesEverythingAndTheNextStartTellsOfItAgain) {
+    ASSERT_EQ(leftovers.pending().size(), 1u);
+    const QString recorded = record();
+    EXPECT_TRUE(QFile::exists(recorded));
+    EXPECT_NE(QFileInfo(recorded).completeBaseName(), QStringLiteral("Track1")) << "nor does its successor";
+    RecordedAudioInfo *item = list.itemWithFile(left);
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(RecordingsModel(list).index(1, RecordingsModel::State).data().toString(), Lang::windowInterrupted());
+    (void)RecordingsRemoval(list).remove({item}, RecordingsRemoval::Files::IntoWastebasket);
+    EXPECT_EQ(contents(left), before) << "removed by the way by nobody";
+    EXPECT_EQ(item->duration(), QStringLiteral("00:00:00"));
+    EXPECT_EQ(abandoned(), QStringList{left});
+    EXPECT_EQ(leftovers.pending().size(), 1u);
+    EXPECT_TRUE(view.recovered.isEmpty());
+}
+
+TEST_F(CrashLeftoversTest, RecoveredBehindWhileAnotherRecordingRuns) {
+    ASSERT_EQ(leftovers.pending().size(), 1u);
+    std::optional<CrashLeftovers::Recovered> recovered;
+    leftovers.recoverBehind([&](const auto &all) { recovered = all; });
+    EXPECT_FALSE(session.isSettled()) << "the program does not end before";
+    EXPECT_TRUE(leftovers.pending().empty()) << "nobody is asked twice";
+    EXPECT_TRUE(session.startRecording());
+    ASSERT_TRUE(stepUntil([&] { return recovered && !session.file().isEmpty(); }));
+    EXPECT_EQ(abandoned(), QStringList{session.file()}) << "the one that runs stays written down";
+    ASSERT_EQ(recovered->size(), 1u);
+    EXPECT_EQ(recovered->front().failure, QString());
+    EXPECT_EQ(view.recovered, QStringList{left});
+    EXPECT_TRUE(packetsOf(contents(left)));
+    EXPECT_NE(item(), QString());
+    EXPECT_FALSE(list.itemWithFile(left)->isInUse());
+    EXPECT_GE(list.itemWithFile(left)->Seconds, 1.0);
+    session.stopRecording();
+    ASSERT_TRUE(stepUntil([&] { return session.isSettled(); }));
+    EXPECT_TRUE(abandoned().isEmpty());
+}
+
+TEST_F(CrashLeftoversTest, TheEndOfTheProgramWaitsForARepair) {
+    {
+        RecordedList another(state + QStringLiteral("2"), *world.clock);
+        RecordingJournal journal(state);
+        CrashLeftovers ended(view, another, journal);
+        ended.recoverBehind([](const auto &) { FAIL() << "there is nobody to be told"; });
+    }
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(packetsOf(contents(left)));
+    EXPECT_EQ(abandoned(), QStringList{left}) << "the next start sees that it is whole";
+    leftovers.recover();
+    EXPECT_EQ(view.recovered, QStringList{left});
+    EXPECT_EQ(item(), QStringLiteral("00:00:01"));
+}
+
+TEST_F(CrashLeftoversTest, DiscardedOnesAreInTheWastebasketAndOutOfTheList) {
+    const QString basket = QDir::homePath() + QStringLiteral("/.local/share/Trash");
+    ASSERT_TRUE(leftovers.discard());
+    EXPECT_FALSE(QFile::exists(left));
+    EXPECT_EQ(contents(basket + QStringLiteral("/files/Track1.m4a")), before);
+    EXPECT_EQ(item(), QString());
+    EXPECT_TRUE(abandoned().isEmpty());
+    EXPECT_TRUE(leftovers.pending().empty());
+    leftovers.recoverBehind([](const auto &) { FAIL() << "nothing is left"; });
+    EXPECT_FALSE(leftovers.isRecovering());
+}
+
+TEST(CrashLeftoversTexts, NameEachLeftoverUpToFive) {
+    const RecordingJournal::Leftover one{QStringLiteral("/music/Rain.m4a"), 12'000'000, 3723, {}};
+    const QString text = leftoversText({one});
+    for (const char *part : {"Rain.m4a", "01:02:03", "/music"})
+        EXPECT_TRUE(text.contains(QLatin1String(part))) << part;
+    EXPECT_EQ(leftoversText(std::vector(5, one)).count(QStringLiteral("Rain")), 5);
+    EXPECT_EQ(leftoversText(std::vector(8, one)).count(QStringLiteral("Rain")), 5);
+    EXPECT_TRUE(leftoversText(std::vector(8, one)).endsWith(QStringLiteral("(+3)")));
+}
+
+TEST(CrashLeftoversTexts, WhatHasBecomeOfThemIsOneSentenceAndAFailureComesFirst) {
+    const RecordingJournal::Recovered whole{{}, QStringLiteral("/music/Rain.m4a"), 61, {}},
+        kept{{}, QStringLiteral("/music/Sun (unfinished).m4a"), 0, QStringLiteral("It holds no sound.")};
+    EXPECT_EQ(recoveredText({}), QString());
+    EXPECT_EQ(recoveredText({whole}), QStringLiteral("'Rain.m4a' was recovered; it is 00:01:01 long."));
+    EXPECT_EQ(recoveredText({whole, whole}), QStringLiteral("2 recordings were recovered."));
+    EXPECT_TRUE(recoveredText({whole, kept}).contains(QStringLiteral("'Sun (unfinished).m4a'")));
+}
+
+} // namespace
+} // namespace cantorel

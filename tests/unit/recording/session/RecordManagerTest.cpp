@@ -1,0 +1,204 @@
+#include "recording/session/RecordManager.h"
+
+#include "tests/unit/recording/RecordingFixture.h"
+
+#include <sys/resource.h>
+
+namespace cantorel {
+namespace {
+
+// Writes down what it is told.
+class Owner : public QObject, public RecordManagerDelegate {
+public:
+    void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &) override { ++started; }
+    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &manager, const QUrl &, double duration,
+                                                      const std::optional<foundation::Failure> &failure) override {
+        ++finished;
+        seconds = duration;
+        bytes = manager.recordedFileSize();
+        sentence = failure ? failure->sentence : QString();
+    }
+    void RecordManagerUpdateAudioLevel(RecordManager &, float) override { ++levels; }
+    bool RecordManagerRecordFileIsNeedSave() override {
+        ++asked;
+        return needsSave;
+    }
+
+    int started = 0, finished = 0, levels = 0, asked = 0;
+    double seconds = -1;
+    qint64 bytes = -1;
+    QString sentence;
+    bool needsSave = true;
+};
+
+class RecordManagerTest : public test::RecordingFixture {
+public:
+    RecordManagerTest() {
+        manager.delegate = &owner;
+        mStates = foundation::NotificationCenter::defaultCenter().subscribe<RecordingStateUpdate>(
+            kNotificationUpdateRecordingState, [this](const RecordingStateUpdate &update) {
+                EXPECT_EQ(update.manager, &manager);
+                states.push_back(update.RecordState);
+                preparing.push_back(manager.isPrepareRecording());
+            });
+    }
+    ~RecordManagerTest() override { manager.clear(); }
+
+    bool start(int source, const char *name = "a.m4a") {
+        AppSettings::setAudioType(source);
+        return manager.startRecord(QUrl::fromLocalFile(path(name)));
+    }
+    bool runsFor(double seconds) {
+        return stepUntil([&] {
+            const auto *recorder = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
+            return owner.started && recorder->recordedSeconds() >= seconds;
+        });
+    }
+    bool ends() {
+        return stepUntil([&] { return owner.finished > 0; });
+    }
+
+    Owner owner;
+    RecordManager manager;
+    std::vector<int> states;
+    std::vector<bool> preparing;
+
+private:
+    foundation::NotificationCenter::Subscription mStates;
+};
+
+} // namespace
+
+TEST_F(RecordManagerTest, EachSourceHasItsDevice) {
+    const struct {
+        int source;
+        const char *device;
+    } cases[] = {{0, "Tessolar_AudioDevice"},
+                 {1, "Built-in Microphone"},
+                 {2, "Tessolar_AggregateDevice"},
+                 {3, nullptr},
+                 {-1, nullptr}};
+    for (const auto &[source, device] : cases) {
+        const QString name = RecordManager::getAudioDeviceNameWithAudioDeviceType(source);
+        EXPECT_EQ(name, QString::fromLatin1(device)) << source;
+        EXPECT_EQ(name.isNull(), device == nullptr) << source;
+    }
+}
+
+TEST_F(RecordManagerTest, NothingIsDoneOrAnsweredWithoutARecorder) {
+    manager.pauseRecording();
+    manager.resumeRecording();
+    manager.stopRecord();
+    EXPECT_FALSE(manager.isRecording());
+    EXPECT_FALSE(manager.isPaused());
+    EXPECT_FALSE(manager.isPrepareRecording());
+    EXPECT_EQ(manager.recordingDuration(), 0);
+    EXPECT_EQ(manager.recordedFileSize(), 0);
+    EXPECT_EQ(chosenOutput(), std::nullopt);
+}
+
+TEST_F(RecordManagerTest, SystemSoundIsBorrowedAndGivenBackAtTheStop) {
+    EXPECT_TRUE(ZQAudioKextKit::setVolume(0.25f, QStringLiteral("Tessolar_AudioDevice")));
+    ASSERT_TRUE(start(0));
+    EXPECT_FALSE(manager.isPrepareRecording());
+    EXPECT_EQ(output(), "Tessolar_AudioDevice");
+    EXPECT_EQ(ZQAudioKextKit::getVolumeValueFromDeviceName(output()), 1.0f);
+    EXPECT_EQ(AppSettings::getAudioOutputDeviceNameBeforeRecording(), "Built-in Output");
+    EXPECT_EQ(AppSettings::getAudioInputDeviceNameBeforeRecording(), "Built-in Microphone");
+    EXPECT_EQ(AppSettings::getRecordingOutputDeviceName(), "Built-in Output");
+    ASSERT_TRUE(runsFor(1.5));
+    EXPECT_EQ(states, (std::vector{1, 2}));
+    EXPECT_EQ(preparing, (std::vector{true, false})) << "the first is posted while startRecord runs";
+    EXPECT_EQ(manager.recordingDuration(), 1) << "whole seconds";
+    EXPECT_GT(manager.recordedFileSize(), 0);
+    manager.stopRecord();
+    EXPECT_EQ(output(), "Built-in Output") << "not only when the file is finished";
+    EXPECT_EQ(chosenOutput(), std::nullopt) << "an absent choice stays absent";
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(owner.sentence, QString());
+    EXPECT_GE(owner.seconds, 1.5);
+    EXPECT_NE(owner.seconds, std::floor(owner.seconds)) << "the true length";
+    EXPECT_EQ(owner.bytes, QFileInfo(path("a.m4a")).size());
+    EXPECT_EQ(owner.asked, 1);
+    EXPECT_GT(owner.levels, 0);
+    manager.clear();
+    EXPECT_EQ(manager.recordedFileSize(), owner.bytes) << "known after the recorder has gone";
+}
+
+TEST_F(RecordManagerTest, AMicrophoneRecordingLeavesDefaultsAlone) {
+    ASSERT_TRUE(start(1));
+    EXPECT_EQ(output(), "Built-in Output");
+    ASSERT_TRUE(runsFor(0.5));
+    EXPECT_EQ(chosenOutput(), std::nullopt);
+    world.backend->setConfiguredDefault(hal::Direction::Output, QStringLiteral("Tessolar_AudioDevice"), std::nullopt);
+    manager.stopRecord();
+    EXPECT_EQ(output(), "Tessolar_AudioDevice") << "whatever it is by now";
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(AppSettings::getAudioOutputDeviceNameBeforeRecording(), "Built-in Output");
+}
+
+TEST_F(RecordManagerTest, AnUnknownSourceRecordsNothingAndSaysSo) {
+    ASSERT_TRUE(start(7)) << "the recorder tells by its delegate";
+    ASSERT_TRUE(ends());
+    EXPECT_FALSE(owner.sentence.isEmpty());
+    EXPECT_FALSE(manager.isRecording());
+    EXPECT_EQ(chosenOutput(), std::nullopt);
+}
+
+TEST_F(RecordManagerTest, AFileThatIsNotWantedIsDeletedWithoutAReport) {
+    owner.needsSave = false;
+    ASSERT_TRUE(start(1));
+    ASSERT_TRUE(runsFor(0.5));
+    manager.stopRecord();
+    ASSERT_TRUE(stepUntil([&] { return owner.asked > 0; }));
+    EXPECT_FALSE(QFile::exists(path("a.m4a")));
+    world.advance(500);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(owner.finished, 0);
+    manager.postRecordingNotification();
+    EXPECT_EQ(states.back(), 2) << "the state stays";
+}
+
+TEST_F(RecordManagerTest, AnErrorLetsTheRecorderGoAndIsReportedOnce) {
+    const auto *before = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
+    ASSERT_TRUE(start(0, "missing/a.m4a"));
+    ASSERT_TRUE(ends());
+    EXPECT_FALSE(owner.sentence.isEmpty());
+    EXPECT_EQ(owner.started, 0);
+    EXPECT_EQ(owner.asked, 0) << "whether to keep it is asked of good files only";
+    EXPECT_NE(ZQAVRecorderKit::sharedInstance().getAudioRecorder(), before);
+    manager.stopRecord();
+    EXPECT_EQ(output(), "Built-in Output");
+    EXPECT_EQ(owner.finished, 1);
+}
+
+TEST_F(RecordManagerTest, PausesAndStatesAreThoseOfTheRecorder) {
+    ASSERT_TRUE(start(1));
+    ASSERT_TRUE(runsFor(0.3));
+    manager.pauseRecording();
+    EXPECT_TRUE(manager.isPaused());
+    manager.resumeRecording();
+    EXPECT_FALSE(manager.isPaused());
+    manager.stopRecord();
+    EXPECT_FALSE(manager.isRecording());
+    ASSERT_TRUE(ends());
+    manager.clear();
+    manager.postRecordingNotification();
+    EXPECT_EQ(states.back(), 0);
+}
+
+struct UnroutedRecordManagerTest : RecordManagerTest {
+    UnroutedRecordManagerTest() { world.virtualInstalled = false; }
+};
+
+TEST_F(UnroutedRecordManagerTest, AMissingVirtualDeviceDoesNotRefuseTheStart) {
+    ZQAudioKextKit::end();
+    EXPECT_FALSE(ZQAudioKextKit::activateSVAD());
+    EXPECT_TRUE(start(0));
+    EXPECT_EQ(output(), "Built-in Output");
+    EXPECT_EQ(states, std::vector{1});
+    ASSERT_TRUE(ends());
+    EXPECT_FALSE(owner.sentence.isEmpty()) << "there was no device to record";
+}
+
+} // namespace cantorel

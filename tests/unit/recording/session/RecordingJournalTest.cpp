@@ -1,0 +1,171 @@
+#include "recording/session/RecordingJournal.h"
+
+#include "platform/foundation/ChildProcess.h"
+#include "platform/media/RecordingRepair.h"
+#include "tests/support/OrdinaryFile.h"
+#include "tests/support/Unfinished.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace cantorel {
+namespace {
+
+using testing::contents;
+using testing::packetsOf;
+using testing::store;
+
+class RecordingJournalTest : public ::testing::Test {
+protected:
+    QString path(const QString &name) const { return mFolder.filePath(name); }
+    QString unfinished(const QString &name) const { return testing::unfinished(path(name)); }
+
+    QTemporaryDir mFolder;
+    const QString mState = mFolder.filePath(QStringLiteral("state/deep"));
+    RecordingJournal mJournal{mState};
+};
+
+} // namespace
+
+TEST_F(RecordingJournalTest, OneProcessAtATimeRecords) {
+    ASSERT_TRUE(mJournal.claim());
+    EXPECT_TRUE(mJournal.claim()) << "it is ours already";
+    const auto inAnotherProcess = [&] {
+        const pid_t child = ::fork();
+        if (child == 0)
+            ::_exit(RecordingJournal(mState).claim() ? 1 : 0);
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        return WEXITSTATUS(status) == 1;
+    };
+    EXPECT_FALSE(inAnotherProcess());
+    mJournal = RecordingJournal(mState);
+    EXPECT_TRUE(inAnotherProcess()) << "it was given up, and the other one ended without giving it up";
+    EXPECT_TRUE(mJournal.claim()) << "a lock ends with its process";
+}
+
+TEST_F(RecordingJournalTest, WhatIsEndedIsForgotten) {
+    const QString file = unfinished(QStringLiteral("a.m4a"));
+    const QByteArray before = contents(file);
+    ASSERT_TRUE(mJournal.claim());
+    ASSERT_TRUE(mJournal.begin(file));
+    mJournal.end(file);
+    EXPECT_TRUE(RecordingJournal(mState).recover().empty());
+    EXPECT_EQ(contents(file), before) << "not looked at";
+}
+
+TEST_F(RecordingJournalTest, UnfinishedRecordingsAreWholeAgainUnderTheirNames) {
+    const QStringList names{QStringLiteral("a.m4a"), QStringLiteral("two\nlines \"and\" %1.m4a"),
+                            QStringLiteral("Größe 録音.m4a"), QStringLiteral("-x.m4a")};
+    ASSERT_TRUE(mJournal.claim());
+    for (const QString &name : names)
+        ASSERT_TRUE(mJournal.begin(unfinished(name)));
+    ASSERT_TRUE(mJournal.begin(path(QStringLiteral("never made.m4a"))));
+    RecordingJournal next(mState);
+    const auto recovered = next.recover();
+    ASSERT_EQ(recovered.size(), static_cast<std::size_t>(names.size()));
+    for (std::size_t i = 0; i < recovered.size(); ++i) {
+        EXPECT_EQ(recovered[i].file, path(names[static_cast<qsizetype>(i)]));
+        EXPECT_EQ(recovered[i].failure, QString());
+        EXPECT_GE(recovered[i].durationSeconds, 1.0) << "at most the last second is missing";
+        EXPECT_TRUE(packetsOf(contents(recovered[i].file)));
+    }
+    EXPECT_TRUE(next.recover().empty());
+    EXPECT_EQ(QDir(mFolder.path()).entryList(QDir::Files | QDir::Hidden).size(), names.size()) << "no copy is left";
+}
+
+TEST_F(RecordingJournalTest, WhatCannotBeRepairedIsKeptUnderAClearNameAndNotTriedAgain) {
+    const QString file = unfinished(QStringLiteral("a.m4a"));
+    const QByteArray before = contents(file);
+    ASSERT_TRUE(QDir().mkpath(path(QStringLiteral(".a.m4a.repaired.m4a/in the way"))));
+    ASSERT_TRUE(mJournal.claim());
+    ASSERT_TRUE(mJournal.begin(file));
+    RecordingJournal next(mState);
+    const auto recovered = next.recover();
+    ASSERT_EQ(recovered.size(), 1u);
+    EXPECT_TRUE(recovered[0].failure.endsWith(QLatin1Char('.'))) << recovered[0].failure.toStdString();
+    EXPECT_EQ(recovered[0].file, path(QStringLiteral("a (unfinished).m4a")));
+    EXPECT_EQ(contents(recovered[0].file), before);
+    EXPECT_FALSE(QFile::exists(file));
+    EXPECT_TRUE(next.recover().empty());
+}
+
+TEST_F(RecordingJournalTest, ARecoveryThatWasInterruptedIsDoneAgain) {
+    const QString file = unfinished(QStringLiteral("a.m4a"));
+    ASSERT_TRUE(mJournal.claim());
+    ASSERT_TRUE(mJournal.begin(file));
+    // The copy that the interrupted one had begun.
+    store(path(QStringLiteral(".a.m4a.repaired.m4a")), "half");
+    const auto recovered = RecordingJournal(mState).recover();
+    ASSERT_EQ(recovered.size(), 1u);
+    EXPECT_EQ(recovered[0].failure, QString());
+    EXPECT_TRUE(packetsOf(contents(file)));
+    // Interrupted once the copy had taken its place: the file is whole and stays as it is.
+    const QByteArray whole = contents(file);
+    ASSERT_TRUE(mJournal.begin(file));
+    const auto again = RecordingJournal(mState).recover();
+    ASSERT_EQ(again.size(), 1u) << "the list may not have it yet";
+    EXPECT_NEAR(again[0].durationSeconds, recovered[0].durationSeconds, 0.05);
+    EXPECT_EQ(contents(file), whole);
+}
+
+TEST_F(RecordingJournalTest, LeftoversAreToldAndNotTouched) {
+    const QString file = unfinished(QStringLiteral("a.m4a")), whole = path(QStringLiteral("b.m4a"));
+    const QByteArray before = contents(file);
+    ASSERT_TRUE(media::repairUnfinished(file, whole));
+    ASSERT_TRUE(mJournal.claim());
+    for (const QString &begun : {file, whole, file, path(QStringLiteral("never made.m4a"))})
+        ASSERT_TRUE(mJournal.begin(begun));
+    EXPECT_TRUE(mJournal.leftovers().empty()) << "what is written here is none";
+    EXPECT_TRUE(mJournal.recover().empty()) << "and nobody repairs it under the writer's hands";
+    for (int start = 0; start < 2; ++start) {
+        const auto left = RecordingJournal(mState).leftovers();
+        ASSERT_EQ(left.size(), 1u) << "each once, and only unfinished ones";
+        EXPECT_EQ(left[0].file, file);
+        EXPECT_EQ(left[0].bytes, before.size());
+        EXPECT_EQ(left[0].written, QFileInfo(file).lastModified());
+        EXPECT_GT(left[0].seconds, 0.2);
+        EXPECT_LT(left[0].seconds, 5);
+    }
+    EXPECT_EQ(contents(file), before);
+    mJournal.giveUp(file);
+    EXPECT_EQ(mJournal.leftovers().size(), 1u) << "what could not be closed is one";
+}
+
+TEST_F(RecordingJournalTest, WhatIsRecordedBesideLeftoversLosesNone) {
+    const QString left = unfinished(QStringLiteral("left.m4a")), other = unfinished(QStringLiteral("other.m4a"));
+    ASSERT_TRUE(mJournal.claim());
+    ASSERT_TRUE(mJournal.begin(left));
+    RecordingJournal next(mState);
+    ASSERT_TRUE(next.begin(other));
+    EXPECT_EQ(next.abandoned(), QStringList{left});
+    EXPECT_EQ(RecordingJournal(mState).leftovers().size(), 2u) << "a second crash";
+    next.end(other);
+    EXPECT_EQ(RecordingJournal(mState).abandoned(), QStringList{left});
+}
+
+TEST_F(RecordingJournalTest, ForeignAndEmptyFilesAreLeftAlone) {
+    const QString foreign = path(QStringLiteral("a.m4a")), empty = path(QStringLiteral("b.m4a"));
+    store(foreign, "somebody else's");
+    store(empty, {});
+    ASSERT_TRUE(mJournal.claim());
+    ASSERT_TRUE(mJournal.begin(foreign));
+    ASSERT_TRUE(mJournal.begin(empty));
+    EXPECT_TRUE(RecordingJournal(mState).recover().empty());
+    EXPECT_EQ(contents(foreign), "somebody else's");
+    EXPECT_TRUE(QFile::exists(empty));
+}
+
+TEST_F(RecordingJournalTest, AFolderThatCannotBeWrittenIsTold) {
+    store(path(QStringLiteral("file")), "x");
+    RecordingJournal journal(path(QStringLiteral("file/state")));
+    EXPECT_FALSE(journal.begin(path(QStringLiteral("a.m4a"))));
+    EXPECT_TRUE(journal.recover().empty());
+}
+
+} // namespace cantorel

@@ -1,0 +1,319 @@
+#include "recording/session/RecordingSession.h"
+
+#include "platform/media/RecordingRepair.h"
+#include "tests/unit/recording/RecordingFixture.h"
+
+#include <QDir>
+
+#include <sys/resource.h>
+
+#include <atomic>
+#include <random>
+
+namespace cantorel {
+namespace {
+
+class View : public RecordingSessionView {
+public:
+    void recordingStarted(const QString &name, const QString &recorded) override {
+        file = name;
+        device = recorded;
+    }
+    void recordingSilent(const QString &sentence) override { silent.append(sentence); }
+    void recordingDeviceLost(const QString &gone) override { lost.append(gone); }
+    void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
+    void recordingFailed(const RecordingTrouble &trouble) override {
+        failed.append(trouble.sentence);
+        kept = trouble.kept;
+    }
+    void recordingInterrupted(const RecordingTrouble &trouble) override { interrupted.append(trouble.sentence); }
+    void recordingFiltered(const QString &name, double) override { filtered.append(name); }
+    void recordingPaused(bool bySilence) override { pauses.append(bySilence ? "silence" : "person"); }
+    void recordingResumed() override { pauses.append("resumed"); }
+    void recordingControlsDidChange(const RecordingControls &shown) override { controls = shown; }
+    void recordingSettled() override { ++settled; }
+    void recordingEndsEarly(const QString &sentence) override { early.append(sentence); }
+    void recordingRecovered(const RecordingJournal::Recovered &recording) override { recovered.append(recording.file); }
+
+    QString file, device, kept;
+    QStringList silent, lost, failed, interrupted, filtered, recovered, pauses, early;
+    RecordingControls controls;
+    int settled = 0;
+    std::vector<FinishedRecording> finished;
+};
+
+class RecordingSessionTest : public test::RecordingFixture {
+public:
+    using RecordingFixture::RecordingFixture;
+
+    // The sentence of a start that is refused.
+    QString refusal(int source) {
+        AppSettings::setAudioType(source);
+        const auto started = session.startRecording();
+        return started ? QString() : started.failure().sentence;
+    }
+    // A recording of at least half a second, up to its stop.
+    void record(int source) {
+        ASSERT_EQ(refusal(source), QString());
+        ASSERT_TRUE(stepUntil([&] { return !view.file.isEmpty(); }));
+        world.advance(500);
+        session.stopRecording();
+    }
+    bool ends(std::size_t count = 1) {
+        return stepUntil([&] { return view.finished.size() + static_cast<std::size_t>(view.failed.size()) >= count; });
+    }
+    bool isUnchanged() const {
+        return output() == "Built-in Output" && !chosenOutput() && QDir(folder.path()).isEmpty();
+    }
+
+    View view;
+    RecordedList list{QDir::homePath() + QStringLiteral("/journal"), *world.clock};
+    RecordingSession session{view, list, QDir::homePath() + QStringLiteral("/journal")};
+};
+
+struct WithoutVirtualDevice : RecordingSessionTest {
+    WithoutVirtualDevice() : RecordingSessionTest(test::EmbeddedWorld::Virtual::Missing) {}
+};
+
+bool isOneSentence(const QString &text) { return text.endsWith(QLatin1Char('.')) && !text.contains(QLatin1Char('\n')); }
+
+} // namespace
+
+TEST_F(RecordingSessionTest, SourcesHaveNames) {
+    EXPECT_EQ(RecordingSession::sourceNamed(QStringLiteral("system")), 0);
+    EXPECT_EQ(RecordingSession::sourceNamed(QStringLiteral("mic")), 1);
+    EXPECT_EQ(RecordingSession::sourceNamed(QStringLiteral("both")), 2);
+    EXPECT_EQ(RecordingSession::sourceNamed(QStringLiteral("Mic")), -1);
+}
+
+TEST_F(RecordingSessionTest, EverySourceIsRecordedConvertedAndGivesTheDevicesBack) {
+    AppSettings::setAudioFormat(4);
+    const char *const devices[] = {"Tessolar_AudioDevice", "Built-in Microphone", "Tessolar_AggregateDevice"};
+    for (int source = 0; source < 3; ++source) {
+        SCOPED_TRACE(source);
+        view.file.clear();
+        record(source);
+        EXPECT_EQ(output(), "Built-in Output");
+        EXPECT_EQ(chosenOutput(), std::nullopt);
+        ASSERT_TRUE(ends(static_cast<std::size_t>(source) + 1));
+        ASSERT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
+        EXPECT_EQ(view.device, devices[source]);
+        const FinishedRecording &finished = view.finished.back();
+        EXPECT_EQ(finished.file, QString(view.file).replace(QStringLiteral(".m4a"), QStringLiteral(".wav")));
+        EXPECT_EQ(finished.bytes, QFileInfo(finished.file).size());
+        // 16 bits, stereo, 44100 frames a second: the length is the one that was captured.
+        EXPECT_NEAR(static_cast<double>(finished.bytes) / 4 / 44100, finished.seconds, 0.005);
+        EXPECT_EQ(finished.droppedFrames, 0);
+        EXPECT_FALSE(QFile::exists(view.file)) << "its successor is whole";
+    }
+    EXPECT_EQ(AppSettings::recordNameBaseOn(), 4) << "each has a number of its own";
+}
+
+TEST_F(RecordingSessionTest, SourceBothStartedTwiceMakesItsDeviceOnce) {
+    record(2);
+    ASSERT_TRUE(ends(1));
+    const AudioDeviceID made = test::EmbeddedWorld::deviceNamed(QStringLiteral("Tessolar_AggregateDevice"));
+    view.file.clear();
+    record(2);
+    ASSERT_TRUE(ends(2));
+    EXPECT_TRUE(view.failed.isEmpty());
+    EXPECT_EQ(test::EmbeddedWorld::deviceNamed(QStringLiteral("Tessolar_AggregateDevice")), made);
+    EXPECT_EQ(test::EmbeddedWorld::names().count(QStringLiteral("Tessolar_AggregateDevice")), 1);
+}
+
+TEST_F(RecordingSessionTest, AMicrophoneIsAskedForWhereOneIsRecorded) {
+    world.backend->unplug(QStringLiteral("builtin_microphone"));
+    for (const int source : {1, 2}) {
+        EXPECT_TRUE(isOneSentence(refusal(source)));
+        EXPECT_TRUE(refusal(source).contains(QStringLiteral("microphone")));
+        EXPECT_TRUE(isUnchanged());
+    }
+    record(0);
+    ASSERT_TRUE(ends());
+    EXPECT_TRUE(view.failed.isEmpty()) << "system sound needs none";
+}
+
+TEST_F(WithoutVirtualDevice, SystemSoundNamesTheCommandThatMendsIt) {
+    for (const int source : {0, 2}) {
+        EXPECT_TRUE(refusal(source).endsWith(QStringLiteral("cantorel-cli driver install"))) << source;
+        EXPECT_TRUE(isUnchanged());
+    }
+    record(1);
+    ASSERT_TRUE(ends());
+    EXPECT_TRUE(view.failed.isEmpty());
+}
+
+// No user, however mighty, can write there.
+TEST_F(RecordingSessionTest, AFolderThatCannotBeWrittenIsNamed) {
+    const QString unwritable = QStringLiteral("/proc");
+    standardUserDefaults().setArgument(QString::fromLatin1(setting::kOutputFolderPath.key), unwritable);
+    for (const int source : {0, 1, 2}) {
+        const QString sentence = refusal(source);
+        EXPECT_TRUE(isOneSentence(sentence) && sentence.contains(unwritable)) << sentence.toStdString();
+        EXPECT_TRUE(isUnchanged());
+    }
+}
+
+TEST_F(RecordingSessionTest, AStartWhileTheFileBeforeIsFinishedFollowsIt) {
+    ASSERT_EQ(refusal(0), QString());
+    ASSERT_TRUE(stepUntil([&] { return !view.file.isEmpty(); }));
+    world.advance(500);
+    const QString first = view.file;
+    session.stopRecording();
+    EXPECT_EQ(refusal(0), QString());
+    ASSERT_TRUE(stepUntil([&] { return view.file != first; }));
+    EXPECT_TRUE(view.recovered.isEmpty()) << "the file under the writer's hands is no leftover";
+    session.stopRecording();
+    ASSERT_TRUE(ends(2));
+    EXPECT_TRUE(view.failed.isEmpty());
+}
+
+TEST_F(RecordingSessionTest, AnotherRecorderIsRefused) {
+    View other;
+    RecordingSession second(other, list, QDir::homePath() + QStringLiteral("/journal"));
+    ASSERT_EQ(refusal(1), QString());
+    const auto started = second.startRecording();
+    ASSERT_FALSE(started);
+    EXPECT_TRUE(isOneSentence(started.failure().sentence));
+    session.stopRecording();
+}
+
+// What is written until the room ends is less than a second.
+TEST_F(RecordingSessionTest, ErrorsStartTheRecordingAgainUntilThreeHaveBroughtNothing) {
+    silencePlayer();
+    std::minstd_rand random;
+    const auto noise = world.backend->play([&](std::span<float> samples, int, std::int64_t) {
+        for (float &sample : samples)
+            sample = std::uniform_real_distribution<float>(-0.5f, 0.5f)(random);
+    });
+    const rlimit limit{12000, RLIM_INFINITY}; // less than a second
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    ASSERT_EQ(refusal(0), QString());
+    ASSERT_TRUE(ends());
+    const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    EXPECT_EQ(view.interrupted.size(), 2);
+    ASSERT_EQ(view.failed.size(), 1);
+    EXPECT_TRUE(isOneSentence(view.failed[0])) << view.failed[0].toStdString();
+    EXPECT_EQ(view.kept, view.file);
+    EXPECT_EQ(output(), "Built-in Output");
+    EXPECT_FALSE(session.isRecording());
+    EXPECT_EQ(view.settled, 1);
+    // Whole at the latest when the program starts the next time.
+    session.leftovers().recover();
+    EXPECT_FALSE(media::isUnfinished(view.kept));
+    EXPECT_TRUE(testing::packetsOf(testing::contents(view.kept)));
+}
+
+TEST_F(RecordingSessionTest, SilenceIsToldOnceWithItsDeviceAndCause) {
+    silencePlayer();
+    ASSERT_EQ(refusal(0), QString());
+    ASSERT_TRUE(stepUntil([&] { return !view.silent.isEmpty(); }));
+    EXPECT_TRUE(isOneSentence(view.silent[0]));
+    EXPECT_TRUE(view.silent[0].contains(QStringLiteral("Tessolar_AudioDevice"))) << view.silent[0].toStdString();
+    world.advance(5000);
+    const auto told = [&] { return view.silent.size() > 1; };
+    EXPECT_FALSE(test::eventually(told, 700)) << "once";
+    session.stopRecording();
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(view.finished.size(), 1u) << "silence is recorded as well";
+}
+
+TEST_F(RecordingSessionTest, SoundIsNoSilence) {
+    ASSERT_EQ(refusal(0), QString());
+    const auto *recorder = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
+    ASSERT_TRUE(stepUntil([&] { return recorder->recordedSeconds() > 6; }));
+    EXPECT_TRUE(view.silent.isEmpty());
+    session.stopRecording();
+    ASSERT_TRUE(ends());
+}
+
+TEST_F(RecordingSessionTest, AMicrophoneThatIsPulledOutIsToldAndNoOtherIsRecorded) {
+    world.backend->plug(hal::EmbeddedBackend::plainDevice(QStringLiteral("usb"), QStringLiteral("USB"), 1, 0));
+    world.backend->setSource(QStringLiteral("usb"), [](std::span<float> samples, int, std::int64_t) {
+        std::fill(samples.begin(), samples.end(), 0.5f);
+    });
+    std::atomic<bool> taken = false;
+    ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap([&](std::span<const float> samples) {
+        taken = taken || std::find(samples.begin(), samples.end(), 0.5f) != samples.end();
+    });
+    ASSERT_EQ(refusal(1), QString());
+    ASSERT_TRUE(stepUntil([&] { return !view.file.isEmpty(); }));
+    world.backend->unplug(QStringLiteral("builtin_microphone"));
+    ASSERT_TRUE(stepUntil([&] { return !view.lost.isEmpty(); }));
+    EXPECT_EQ(view.lost, QStringList{QStringLiteral("Built-in Microphone")});
+    world.advance(500);
+    EXPECT_TRUE(session.isRecording());
+    session.stopRecording();
+    ASSERT_TRUE(ends());
+    EXPECT_FALSE(taken);
+    EXPECT_TRUE(view.failed.isEmpty());
+}
+
+TEST_F(RecordingSessionTest, ASessionThatGoesAwayGivesTheDevicesBack) {
+    {
+        View other;
+        RecordingSession second(other, list, QDir::homePath() + QStringLiteral("/other"));
+        AppSettings::setAudioType(0);
+        ASSERT_TRUE(second.startRecording());
+        EXPECT_EQ(output(), "Tessolar_AudioDevice");
+    }
+    EXPECT_EQ(output(), "Built-in Output");
+}
+
+TEST_F(RecordingSessionTest, FileThatIsRemovedMeanwhileEndsTheRecordingAtOnce) {
+    ASSERT_EQ(refusal(0), QString());
+    ASSERT_TRUE(stepUntil([&] { return !view.file.isEmpty(); }));
+    ASSERT_TRUE(QFile::remove(view.file));
+    ASSERT_TRUE(ends()) << "nobody has to stop it";
+    ASSERT_EQ(view.failed.size(), 1);
+    EXPECT_TRUE(view.failed.first().contains("was removed while it was being recorded"));
+    EXPECT_EQ(view.kept, QString());
+    EXPECT_EQ(output(), "Built-in Output");
+    EXPECT_FALSE(session.isRecording());
+}
+
+TEST_F(RecordingSessionTest, AFolderThatIsRemovedMeanwhileCostsNothingThatWasRecorded) {
+    const QString music = AppSettings::defaultMusicDirectoryPath();
+    AppSettings::setAudioFormat(4);
+    for (const char *when : {"recording", "paused", "splitting"}) {
+        SCOPED_TRACE(when);
+        const QString chosen = folder.path() + "/tree/folder";
+        ASSERT_TRUE(QDir().mkpath(chosen));
+        standardUserDefaults().setArgument(QString::fromLatin1(setting::kOutputFolderPath.key), chosen);
+        view = {};
+        ASSERT_EQ(refusal(0), QString());
+        ASSERT_TRUE(stepUntil([&] { return !view.file.isEmpty(); }));
+        world.advance(1000);
+        const QString lost = view.file;
+        ASSERT_TRUE(lost.startsWith(chosen));
+        // Neither the name nor that of its conversion is free there.
+        const QString name = QFileInfo(lost).completeBaseName();
+        ASSERT_TRUE(QDir().mkpath(music));
+        testing::store(music + '/' + name + ".m4a", "other");
+        testing::store(music + '/' + name + "(1).wav", "other");
+        if (QByteArray(when) == "paused")
+            session.pauseRecording();
+        if (QByteArray(when) == "splitting")
+            session.splitRecording();
+        ASSERT_TRUE(QDir(folder.path() + "/tree").removeRecursively());
+        ASSERT_TRUE(stepUntil([&] { return session.isSettled(); })) << "nobody has to stop it";
+        EXPECT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
+        ASSERT_EQ(view.early.size(), 1);
+        EXPECT_TRUE(view.early.first().contains(lost) && view.early.first().contains(music));
+        ASSERT_EQ(view.finished.size(), 1u);
+        EXPECT_EQ(view.finished[0].file, music + '/' + name + "(2).wav");
+        EXPECT_GE(view.finished[0].seconds, 1.0);
+        EXPECT_GT(QFileInfo(view.finished[0].file).size(), 48000 * 4);
+        ASSERT_NE(list.itemWithFile(view.finished[0].file), nullptr);
+        EXPECT_EQ(list.itemWithFile(lost), nullptr);
+        EXPECT_EQ(output(), "Built-in Output");
+        world.advance(3000);
+        EXPECT_FALSE(session.isRecording());
+        EXPECT_FALSE(QFile::exists(chosen)) << "nothing is made where somebody has removed it";
+    }
+    EXPECT_TRUE(RecordingJournal(QDir::homePath() + QStringLiteral("/journal")).abandoned().isEmpty())
+        << "nothing is left to be looked at";
+}
+
+} // namespace cantorel
