@@ -43,8 +43,10 @@ public:
     explicit WindowProgram(std::unique_ptr<Hardware> hardware)
         : mHardware(std::move(hardware)),
           mList(Hardware::stateFolder(), hal::HardwareSystem::clock()),
-          mSession(mPanel, mList, Hardware::stateFolder()),
-          mRecorder(mSession, mPanel, hal::HardwareSystem::clock()) {}
+          mSession(mPanel, mList,
+                   {hal::HardwareSystem::clock(), desktop::InstalledServices::current().sleep.get(),
+                    Hardware::stateFolder()}),
+          mRecorder(mSession, mTasks, mPanel, hal::HardwareSystem::clock()) {}
 
     ~WindowProgram() {
         mHotkeys.reset();
@@ -55,7 +57,7 @@ public:
     bool claim() { return mSession.claim(); }
 
     int run() {
-        mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList});
+        mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks});
         const InstalledAsker asker(mWindow->alerts());
         ui::WindowFace face(*mWindow, mWindow->alerts());
         face.checkUpdates = [this](bool byHand) { byHand ? mCommonUtils.checkByHand() : mCommonUtils.checkSilent(); };
@@ -94,7 +96,7 @@ private:
     void takeUpControl() {
         mWindow->offerLeftovers();
         mRecorder.schedule().initScheduleTaskList();
-        mControl.emplace(mSession, mList, &mRecorder.schedule(), RecordingControl::Begins::Any);
+        mControl.emplace(mSession, mList, mTasks, RecordingControl::Begins::Any);
         mControl->show = [this] { mWindow->showAgain(); };
         mControl->offer();
         if (auto hotKeys = desktopHotKeys(); hotKeys)
@@ -126,6 +128,7 @@ private:
     Application mApplication;
     RecorderPanel mPanel;
     RecordedList mList;
+    TaskList mTasks;
     RecordingSession mSession;
     ScheduledSession mRecorder;
     std::optional<ui::MainWindow> mWindow;

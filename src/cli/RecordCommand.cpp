@@ -57,7 +57,7 @@ void addRecordCommand(CLI::App &root, CommandSession &session) {
         session.action = [&session, arguments, seconds, format] {
             RecordOptions options;
             if (!arguments->source.empty())
-                options.source = RecordingSession::sourceNamed(QString::fromStdString(arguments->source));
+                options.source = recordingSourceNamed(QString::fromStdString(arguments->source));
             if (format->count() > 0)
                 options.format = arguments->format;
             if (seconds->count() > 0)

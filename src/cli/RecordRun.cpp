@@ -1,6 +1,7 @@
 #include "cli/RecordRun.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "platform/desktop/Services.h"
 #include "platform/hal/HardwareSystem.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
@@ -40,7 +41,7 @@ RecordRun::RecordRun(const CommandSession &command, RecordOptions options)
 Outcome RecordRun::run() {
     // The options hold for this run only.
     if (mOptions.source)
-        setArgument(setting::kAudioInputType.key, *mOptions.source);
+        setArgument(setting::kAudioInputType.key, static_cast<int>(*mOptions.source));
     if (mOptions.format)
         setArgument(setting::kAudioFormat.key, *mOptions.format);
     if (!mOptions.folder.isEmpty())
@@ -90,11 +91,14 @@ Outcome RecordRun::run() {
 
 Outcome RecordRun::start() {
     mList = std::make_unique<RecordedList>(Hardware::stateFolder(), hal::HardwareSystem::clock());
-    mSession = std::make_unique<RecordingSession>(*this, *mList, Hardware::stateFolder());
+    mSession = std::make_unique<RecordingSession>(
+        *this, *mList,
+        RecordingSession::Surroundings{hal::HardwareSystem::clock(), desktop::InstalledServices::current().sleep.get(),
+                                       Hardware::stateFolder()});
     if (mSession->claim()) {
         mList->initRecordedList();
         mSession->leftovers().recover();
-        mControl = std::make_unique<RecordingControl>(*mSession, *mList, nullptr, RecordingControl::Begins::None);
+        mControl = std::make_unique<RecordingControl>(*mSession, *mList, mTasks, RecordingControl::Begins::None);
         mControl->offer();
     }
     if (const auto started = mSession->startRecording(); !started) {
@@ -152,7 +156,7 @@ void RecordRun::recordingSettled() { mLoop.quit(); }
 
 void RecordRun::signalled() {
     ++mSignalCount;
-    if (mSignalCount > 1 && mSession && !mSession->isRecording()) {
+    if (mSignalCount > 1 && mSession && !mSession->isBusy()) {
         // The person does not want to wait for the conversion: its child ends with us, the M4A stays.
         clearProgressLine();
         const QByteArray sentence =

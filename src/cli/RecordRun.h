@@ -7,6 +7,8 @@
 #include "cli/RecordingEvents.h"
 #include "cli/TerminalAsker.h"
 #include "recording/control/RecordingControl.h"
+#include "recording/library/RecordedList.h"
+#include "recording/schedule/TaskList.h"
 
 #include <QEventLoop>
 #include <QTimer>
@@ -18,7 +20,8 @@ namespace cantorel {
 
 // What the options of "record" ask for.
 struct RecordOptions {
-    std::optional<int> source, format;
+    std::optional<RecordingSource> source;
+    std::optional<int> format;
     QString microphone; // empty: the default one
     QString folder;     // empty: that of the settings
     std::optional<double> seconds;
@@ -65,6 +68,7 @@ private:
     std::optional<NameAsker> mNameAsker;
     std::optional<InstalledAsker> mInstalledAsker;
     std::unique_ptr<RecordedList> mList;
+    TaskList mTasks;
     std::unique_ptr<RecordingSession> mSession;
     std::unique_ptr<RecordingControl> mControl;
     std::unique_ptr<ZQAVAudioPlayer> mPlayer;

@@ -2,6 +2,7 @@
 
 #include "recording/session/RecordingSpace.h"
 #include "settings/AppSettings.h"
+#include "settings/RecordingSource.h"
 
 #include <unistd.h>
 
@@ -40,8 +41,7 @@ void RecordingEvents::recordingRecovered(const RecordingJournal::Recovered &reco
 
 void RecordingEvents::recordingStarted(const QString &file, const QString &device) {
     mFile = file;
-    static const char *const kSources[] = {"system", "mic", "both"};
-    const QString source = QString::fromLatin1(kSources[std::clamp(AppSettings::getAudioType(), 0, 2)]);
+    const QString source = nameOf(recordingSource(AppSettings::getAudioType()).value_or(RecordingSource::SystemSound));
     tellEvent("started",
               {{QStringLiteral("file"), file},
                {QStringLiteral("source"), source},

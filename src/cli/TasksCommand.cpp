@@ -2,10 +2,10 @@
 
 #include "cli/RunningInstance.h"
 #include "cli/TasksRun.h"
-#include "recording/control/ListRequests.h"
 #include "recording/control/RecordingControl.h"
 #include "recording/schedule/ScheduleCheck.h"
 #include "recording/schedule/ScheduleTaskText.h"
+#include "recording/schedule/TaskList.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -89,8 +89,7 @@ Outcome add(const CommandSession &session, const AddArguments &arguments) {
     return changeOwnedList(
         kTheTasks,
         [&] {
-            ScheduleTaskInfo::LoadTasks();
-            if (const auto added = addTask(task.value()); !added)
+            if (const auto added = TaskList().add(task.value()); !added)
                 return Outcome::failed(added.failure().sentence);
             show(session, task.value());
             return Outcome::done();
@@ -99,20 +98,19 @@ Outcome add(const CommandSession &session, const AddArguments &arguments) {
 }
 
 Outcome list(const CommandSession &session) {
-    ScheduleTaskInfo::LoadTasks();
-    for (const TaskPtr &task : ScheduleTaskInfo::tasks())
+    TaskList tasks;
+    for (const TaskPtr &task : tasks.tasks())
         show(session, *task);
     return Outcome::done();
 }
 
 Outcome removeNamed(const CommandSession &session, const QString &name) {
-    ScheduleTaskInfo::LoadTasks();
-    const auto stored = ScheduleTaskInfo::tasks(); // shown as they were
+    TaskList before;
+    const auto stored = before.tasks(); // shown as they were
     return changeOwnedList(
         kTheTasks,
         [&] {
-            ScheduleTaskInfo::LoadTasks();
-            const auto removed = removeTasks(name, nullptr);
+            const auto removed = TaskList().removeNamed(name);
             if (!removed)
                 return Outcome::failed(removed.failure().sentence);
             for (const TaskPtr &task : removed.value())
@@ -130,8 +128,8 @@ Outcome removeNamed(const CommandSession &session, const QString &name) {
 
 // One check on what has just been read, so nothing stored changes.
 Outcome next(const CommandSession &session, const QDateTime &now) {
-    ScheduleTaskInfo::LoadTasks();
-    const ScheduleCheck found = checkTasks(ScheduleTaskInfo::tasks(), nullptr, now);
+    TaskList tasks;
+    const ScheduleCheck found = checkTasks(tasks.tasks(), nullptr, now);
     QStringList expired;
     for (const TaskPtr &task : found.expired)
         expired << task->_taskName;

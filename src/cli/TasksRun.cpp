@@ -2,6 +2,7 @@
 
 #include "app/start/DesktopServices.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "platform/desktop/Services.h"
 #include "util/tools/ToolSystem.h"
 
 #include <unistd.h>
@@ -39,24 +40,26 @@ Outcome TasksRun::run() {
 Outcome TasksRun::start() {
     foundation::Clock &clock = hal::HardwareSystem::clock();
     mList = std::make_unique<RecordedList>(Hardware::stateFolder(), clock);
-    mSession = std::make_unique<RecordingSession>(*this, *mList, Hardware::stateFolder());
+    mSession = std::make_unique<RecordingSession>(
+        *this, *mList,
+        RecordingSession::Surroundings{clock, desktop::InstalledServices::current().sleep.get(),
+                                       Hardware::stateFolder()});
     if (!mSession->claim())
         return Outcome::failed(
             QStringLiteral("Another Cantorel is running and keeps the schedule; stop that one first."));
     mList->initRecordedList();
     mSession->leftovers().recover();
-    mScheduled = std::make_unique<ScheduledSession>(*mSession, *this, clock);
+    mScheduled = std::make_unique<ScheduledSession>(*mSession, mTasks, *this, clock);
 
     const auto tell = [this](const QString &sentence) { command().note(sentence); };
-    mScheduled->trouble = tell;
+    connect(mScheduled.get(), &ScheduledSession::startRefused, this, tell);
     if (auto hotKeys = desktopHotKeys(); hotKeys)
         desktop::InstalledServices::current().hotKeys = std::move(hotKeys.value());
     mHotkeys = std::make_unique<RecordingHotkeys>(*mScheduled, tell);
     mHotkeys->registerEnabled();
 
     mScheduled->schedule().initScheduleTaskList();
-    mControl =
-        std::make_unique<RecordingControl>(*mSession, *mList, &mScheduled->schedule(), RecordingControl::Begins::Any);
+    mControl = std::make_unique<RecordingControl>(*mSession, *mList, mTasks, RecordingControl::Begins::Any);
     mControl->offer();
     command().note(QStringLiteral("Waiting for scheduled tasks until Ctrl-C."));
     ToolSystem::setAllowKeepSystemWakeEnable(true);
@@ -69,7 +72,7 @@ void TasksRun::signalled() {
     ++mSignalCount;
     if (!mSession)
         return;
-    if (mSignalCount > 1 && !mSession->isRecording()) {
+    if (mSignalCount > 1 && !mSession->isBusy()) {
         // The person does not want to wait for the conversion: its child ends with us, the M4A stays.
         clearProgressLine();
         const QByteArray sentence =
@@ -77,7 +80,7 @@ void TasksRun::signalled() {
         (void)!::write(STDERR_FILENO, sentence.constData(), static_cast<std::size_t>(sentence.size()));
         ::_exit(kStoppedBySignal);
     }
-    if (mSession->isRecording() && mScheduled)
+    if (mSession->isBusy() && mScheduled)
         mScheduled->stopByHand();
     if (mSession->isSettled())
         mLoop.quit();

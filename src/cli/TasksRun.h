@@ -5,6 +5,7 @@
 #include "cli/RecordingEvents.h"
 #include "recording/control/RecordingControl.h"
 #include "recording/control/ScheduledSession.h"
+#include "recording/library/RecordedList.h"
 
 #include <QEventLoop>
 
@@ -14,7 +15,7 @@ namespace cantorel {
 
 // One run of "tasks run": keeps the schedule, answers the hot keys, and ends by a signal once what was recorded is
 // whole. Main thread.
-class TasksRun : public RecordingEvents, public ScheduleTaskView {
+class TasksRun : public QObject, public RecordingEvents, public ScheduleTaskView {
 public:
     explicit TasksRun(const CommandSession &command);
 
@@ -33,6 +34,7 @@ private:
     SignalWatch mSignals;
     std::unique_ptr<Hardware> mHardware;
     std::unique_ptr<RecordedList> mList;
+    TaskList mTasks;
     std::unique_ptr<RecordingSession> mSession;
     std::unique_ptr<ScheduledSession> mScheduled;
     std::unique_ptr<RecordingHotkeys> mHotkeys;

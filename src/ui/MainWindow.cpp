@@ -61,8 +61,7 @@ MainWindow::MainWindow(const Parts &parts)
 
 MainWindow::~MainWindow() {
     mParts.list.view = nullptr;
-    mParts.panel.forget();
-    mParts.recorder.trouble = {};
+    mParts.panel.disconnect(this); // before the widgets go in which it would be shown
 }
 
 // What the first picture does without.
@@ -143,29 +142,28 @@ void MainWindow::makeMenu() {
 
 void MainWindow::listen() {
     RecorderPanel &panel = mParts.panel;
-    panel.changed = [this] { showPanel(); };
-    panel.levelCame = [this] { mRecordingTab->levelCame(); };
-    panel.countdownDidChange = [this](const TaskCountdown &) { mRecordingTab->showPanel(); };
-    panel.tasksChanged = [this] {
-        if (mTasks)
-            mTasks->showTasks();
-    };
-    panel.playbackShallStop = [this] { library().stopPlayback(); };
-    panel.finished = [this](const FinishedRecording &recording) {
+    connect(&panel, &RecorderPanel::changed, this, [this] { showPanel(); });
+    connect(&panel, &RecorderPanel::begun, mRecordingTab, [this] { mRecordingTab->setAudioInputSelectedStatus(); });
+    connect(&panel, &RecorderPanel::levelCame, mRecordingTab, [this] { mRecordingTab->levelCame(); });
+    connect(&panel, &RecorderPanel::countdownDidChange, mRecordingTab, [this] { mRecordingTab->showPanel(); });
+    connect(&panel, &RecorderPanel::playbackShallStop, this, [this] { library().stopPlayback(); });
+    connect(&panel, &RecorderPanel::finished, this, [this](const FinishedRecording &recording) {
         if (!isActiveWindow())
             mNotices.ready(recording.file);
-    };
-    panel.failed = [this](const QString &sentence) {
+    });
+    connect(&panel, &RecorderPanel::failed, this, [this](const QString &sentence) {
         if (!isActiveWindow())
             mNotices.tell(Lang::windowRecordingFailed(), sentence);
-    };
-    panel.missed = [this](const QString &sentence) { mNotices.tell(Lang::windowTaskMissed(), sentence); };
-    panel.shutdownIn = [this](int seconds) { showShutdown(seconds); };
-    panel.settled = [this] {
+    });
+    connect(&panel, &RecorderPanel::missed, this,
+            [this](const QString &sentence) { mNotices.tell(Lang::windowTaskMissed(), sentence); });
+    connect(&panel, &RecorderPanel::shutdownIn, this, [this](int seconds) { showShutdown(seconds); });
+    connect(&panel, &RecorderPanel::settled, this, [this] {
         if (mIsLeaving)
             endOnceSettled();
-    };
-    mParts.recorder.trouble = [this](const QString &sentence) { mParts.panel.setSentence(sentence); };
+    });
+    connect(&mParts.recorder, &ScheduledSession::startRefused, this,
+            [this](const QString &sentence) { mParts.panel.setSentence(sentence); });
     mParts.list.view = this;
 }
 
@@ -187,7 +185,7 @@ SettingsWindow &MainWindow::settings() {
 
 TasksWindow &MainWindow::tasks() {
     if (!mTasks)
-        mTasks = new TasksWindow(mParts.recorder.schedule(), this);
+        mTasks = new TasksWindow(mParts.tasks, this);
     return *mTasks;
 }
 
@@ -323,7 +321,7 @@ void MainWindow::showTriggers(const std::array<QString, 3> &triggers) {
         mSettings->setTriggers(triggers);
 }
 
-bool MainWindow::isRecording() const { return mParts.session.isRecording(); }
+bool MainWindow::isRecording() const { return mParts.session.isBusy(); }
 
 bool MainWindow::isPrepareStartRecording() const { return mParts.session.isPrepareStartRecording(); }
 
@@ -344,11 +342,11 @@ void MainWindow::showPanel() {
         return;
     mStatusItem->showPanel();
     mLibraryTab->media().setRecording(isRecording());
-    if (mHasSign && !mParts.session.isRecording() && !mParts.session.isFollowed()) {
+    if (mHasSign && !isRecording()) {
         mNotices.endSign();
         signDidChange(false);
     }
-    if (const RecordedAudioInfo *item = mParts.session.currentItem())
+    if (const RecordedAudioInfo *item = mParts.session.currentFile().item)
         mLibraryTab->itemDidChange(*item);
 }
 
@@ -428,8 +426,7 @@ void MainWindow::signDidChange(bool isThere) {
 
 void MainWindow::stopAndQuit() {
     mIsLeaving = true;
-    if (isRecording())
-        mParts.recorder.stopByHand();
+    mParts.recorder.stopByHand();
     endOnceSettled();
 }
 

@@ -35,6 +35,7 @@ public:
         ScheduledSession &recorder;
         RecordingSession &session;
         RecordedList &list;
+        TaskList &tasks;
     };
     explicit MainWindow(const Parts &parts);
     ~MainWindow() override;

@@ -1,9 +1,9 @@
 #include "ui/TasksWindow.h"
 
 #include "lang/Lang.h"
-#include "recording/control/ListRequests.h"
-#include "recording/schedule/ScheduleTaskRunner.h"
+#include "recording/schedule/ScheduleCheck.h"
 #include "recording/schedule/ScheduleTaskText.h"
+#include "recording/schedule/TaskList.h"
 
 #include <QBoxLayout>
 #include <QCheckBox>
@@ -17,6 +17,8 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QSpinBox>
+
+#include <algorithm>
 
 namespace cantorel::ui {
 
@@ -52,9 +54,9 @@ QSpinBox *spin(QWidget *parent, int least, int most, const char *name) {
 
 } // namespace
 
-TasksWindow::TasksWindow(ScheduleTaskRunner &schedule, QWidget *parent)
+TasksWindow::TasksWindow(TaskList &tasks, QWidget *parent)
     : QDialog(parent),
-      mSchedule(schedule),
+      mList(tasks),
       mTasks(new QListWidget(this)),
       mEmpty(new QLabel(this)),
       mNameLabel(new QLabel(this)),
@@ -87,6 +89,7 @@ TasksWindow::TasksWindow(ScheduleTaskRunner &schedule, QWidget *parent)
     changeLanguageText();
     beginAnew();
     showTasks();
+    connect(&mList, &TaskList::changed, this, [this] { showTasks(); });
 }
 
 QWidget *TasksWindow::makeList() {
@@ -118,6 +121,7 @@ QWidget *TasksWindow::makeEditor() {
         return layout;
     };
     mName->setObjectName(QStringLiteral("taskName"));
+    mSource->setObjectName(QStringLiteral("taskSource"));
     mStart->setObjectName(QStringLiteral("taskStart"));
     mDaily->setObjectName(QStringLiteral("daily"));
     mRepeat->setObjectName(QStringLiteral("repeat"));
@@ -218,33 +222,32 @@ void TasksWindow::add() {
     // The rules that programs and scripts keep hold here as well.
     else if (const auto checked = taskFromJson(jsonOfTask(task)); !checked)
         trouble = Lang::sentence(checked.failure().sentence);
-    else if (const auto added = addTask(task); !added)
+    else if (const auto added = mList.add(task); !added)
         trouble = Lang::sentence(added.failure().sentence);
-    if (trouble.isEmpty()) {
+    if (trouble.isEmpty())
         beginAnew();
-        showTasks();
-    }
     mTrouble->setText(trouble);
     mTrouble->setVisible(!trouble.isEmpty());
 }
 
 void TasksWindow::remove() {
-    const auto &tasks = ScheduleTaskInfo::tasks();
     const auto row = static_cast<std::size_t>(mTasks->currentRow());
-    if (row >= tasks.size())
+    if (row >= mShown.size())
         return;
-    const auto removed = removeTasks(tasks[row]->_taskName, mSchedule.currentScheduleTask().get());
+    const auto removed = mList.remove(mShown[row]);
     mTrouble->setText(removed ? QString() : Lang::sentence(removed.failure().sentence));
     mTrouble->setVisible(!removed);
-    showTasks();
 }
 
 void TasksWindow::showTasks() {
-    const int row = mTasks->currentRow();
+    const auto row = static_cast<std::size_t>(mTasks->currentRow());
+    const auto chosen = row < mShown.size() ? mShown[row] : nullptr;
     mTasks->clear();
-    for (const auto &task : ScheduleTaskInfo::tasks())
+    mShown = mList.tasks();
+    for (const auto &task : mShown)
         mTasks->addItem(summaryOf(*task));
-    mTasks->setCurrentRow(qMin(row, mTasks->count() - 1));
+    const auto found = std::find(mShown.begin(), mShown.end(), chosen);
+    mTasks->setCurrentRow(found == mShown.end() ? -1 : static_cast<int>(found - mShown.begin()));
     mRemove->setEnabled(mTasks->currentRow() >= 0);
     mEmpty->setText(mTasks->count() == 0 ? Lang::toolsScheduleTaskNoScheduleTask() : QString());
 }

@@ -17,7 +17,7 @@ class QPushButton;
 class QSpinBox;
 
 namespace cantorel {
-class ScheduleTaskRunner;
+class TaskList;
 }
 
 namespace cantorel::ui {
@@ -26,11 +26,10 @@ namespace cantorel::ui {
 // window.
 class TasksWindow : public QDialog {
 public:
-    // The schedule outlives the window.
-    explicit TasksWindow(ScheduleTaskRunner &schedule, QWidget *parent = nullptr);
+    // The list outlives the window.
+    explicit TasksWindow(TaskList &tasks, QWidget *parent = nullptr);
 
     void changeLanguageText();
-    // The list of tasks has changed.
     void showTasks();
 
 private:
@@ -43,7 +42,8 @@ private:
     void showEdited();
     void beginAnew();
 
-    ScheduleTaskRunner &mSchedule;
+    TaskList &mList;
+    ScheduleTaskInfo::Tasks mShown; // in the order of the rows
     QListWidget *mTasks;
     QLabel *mEmpty, *mNameLabel, *mSourceLabel, *mStartLabel, *mLengthLabel, *mNextStart, *mTrouble;
     QLineEdit *mName;

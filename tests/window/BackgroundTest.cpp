@@ -41,7 +41,7 @@ public:
     // A task of tomorrow.
     void addTask(const char *name) {
         const QDateTime start = QDateTime::currentDateTime().addDays(1);
-        ASSERT_TRUE(cantorel::addTask({QString::fromUtf8(name), start, start.addSecs(60), 1, false}));
+        ASSERT_TRUE(taskList.add({QString::fromUtf8(name), start, start.addSecs(60), 1, false}));
         pass(1100);
     }
     int sheets() const { return static_cast<int>(window.findChildren<QMessageBox *>(QStringLiteral("sheet")).size()); }
@@ -154,7 +154,7 @@ TEST_F(Background, ATaskAheadIsNamedBeforeTheProgramEnds) {
 TEST_F(Background, ATaskThatIsOverKeepsNothingOpen) {
     recorder.schedule().initScheduleTaskList();
     addTask("News");
-    ASSERT_TRUE(removeTasks(QStringLiteral("News"), nullptr));
+    ASSERT_TRUE(taskList.removeNamed(QStringLiteral("News")));
     pass(1100);
     window.close();
     EXPECT_EQ(quits, 1);

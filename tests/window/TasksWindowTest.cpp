@@ -2,11 +2,13 @@
 
 #include "tests/window/WindowFixture.h"
 
+#include <QComboBox>
 #include <QDateTimeEdit>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QSpinBox>
+#include <QToolButton>
 
 namespace cantorel {
 namespace {
@@ -44,15 +46,16 @@ TEST_F(Tasks, WhatCouldNeverRecordIsRefusedWithASentence) {
     EXPECT_EQ(add(), Lang::toolsScheduleTaskErrorStarTime());
     click("daily");
     EXPECT_EQ(add(), Lang::windowNoNextStart()) << "no day is chosen";
-    EXPECT_TRUE(ScheduleTaskInfo::tasks().empty());
+    EXPECT_TRUE(taskList.tasks().empty());
     find<QCheckBox>("day3")->setChecked(true);
     EXPECT_EQ(add(), QString());
-    ASSERT_EQ(ScheduleTaskInfo::tasks().size(), 1u);
-    EXPECT_EQ(ScheduleTaskInfo::tasks()[0]->WeeksOn_, QList<int>{3});
+    ASSERT_EQ(taskList.tasks().size(), 1u);
+    EXPECT_EQ(taskList.tasks()[0]->WeeksOn_, QList<int>{3});
 }
 
 TEST_F(Tasks, ATaskIsStoredStartsByItselfAndIsRemoved) {
     name("Concert");
+    find<QComboBox>("taskSource")->setCurrentIndex(1);
     length(5);
     start(now.addSecs(2));
     ASSERT_EQ(add(), QString());
@@ -64,6 +67,7 @@ TEST_F(Tasks, ATaskIsStoredStartsByItselfAndIsRemoved) {
     EXPECT_EQ(tasks->count(), 2);
     photograph(window.tasks(), QStringLiteral("tasks-two"));
     ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; })) << "by the clock of the wall";
+    EXPECT_TRUE(find<QToolButton>("source1")->isChecked()) << "what is recorded is what is shown";
     tasks->setCurrentRow(0);
     click("removeTask");
     EXPECT_FALSE(find<QLabel>("taskTrouble")->text().isEmpty()) << "it is recorded now";
@@ -71,9 +75,28 @@ TEST_F(Tasks, ATaskIsStoredStartsByItselfAndIsRemoved) {
     EXPECT_EQ(QFileInfo(list.items().back()->getFileName()).completeBaseName(), QStringLiteral("Concert"));
     tasks->setCurrentRow(tasks->count() - 1);
     click("removeTask");
-    ScheduleTaskInfo::LoadTasks();
-    for (const auto &task : ScheduleTaskInfo::tasks())
+    taskList.LoadTasks();
+    for (const auto &task : taskList.tasks())
         EXPECT_NE(task->_taskName, QStringLiteral("Later"));
+}
+
+// Of two tasks of one name the row that is chosen goes, also when others have gone elsewhere meanwhile.
+TEST_F(Tasks, TheRowThatIsChosenIsRemovedWhateverTheListIsByThen) {
+    for (const char *title : {"News", "News", "Concert"}) {
+        name(title);
+        length(60);
+        start(now.addDays(2));
+        ASSERT_EQ(add(), QString());
+    }
+    auto *rows = find<QListWidget>("tasks");
+    const auto kept = taskList.tasks()[0], chosen = taskList.tasks()[1], elsewhere = taskList.tasks()[2];
+    rows->setCurrentRow(1);
+    ASSERT_TRUE(taskList.remove(elsewhere));
+    ASSERT_EQ(rows->count(), 2) << "shown at once";
+    click("removeTask");
+    EXPECT_EQ(taskList.tasks(), TaskList::Tasks{kept});
+    EXPECT_EQ(rows->count(), 1);
+    EXPECT_NE(chosen, kept);
 }
 
 } // namespace

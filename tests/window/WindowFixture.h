@@ -77,9 +77,10 @@ public:
 
     RecorderPanel panel;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
-    RecordingSession session{panel, list, QDir::homePath() + QStringLiteral("/state")};
-    ScheduledSession recorder{session, panel, *world.clock};
-    ui::MainWindow window{{panel, recorder, session, list}};
+    RecordingSession session{panel, list, surroundings("state")};
+    TaskList taskList;
+    ScheduledSession recorder{session, taskList, panel, *world.clock};
+    ui::MainWindow window{{panel, recorder, session, list, taskList}};
 };
 
 } // namespace cantorel::test

@@ -17,34 +17,7 @@ QString hoursAndMinutes(qint64 seconds) {
     return hours > 0 ? QStringLiteral("%1 h %2 min").arg(hours).arg(minutes) : QStringLiteral("%1 min").arg(minutes);
 }
 
-template <class Function, class... Arguments> void call(const Function &function, const Arguments &...arguments) {
-    if (function)
-        function(arguments...);
-}
-
 } // namespace
-
-void RecorderPanel::tell() const { call(changed); }
-
-void RecorderPanel::forget() {
-    changed = levelCame = settled = playbackShallStop = tasksChanged = {};
-    finished = {};
-    failed = missed = {};
-    countdownDidChange = {};
-    shutdownIn = {};
-}
-
-RecorderState RecorderPanel::state() const {
-    if (!isRunning())
-        return mIsConverting ? RecorderState::Finishing : RecorderState::Idle;
-    if (mIsDeviceLost)
-        return RecorderState::DeviceLost;
-    if (!mHasFrames)
-        return RecorderState::Preparing;
-    if (mIsPaused)
-        return mIsPausedBySilence ? RecorderState::WaitingForSound : RecorderState::Paused;
-    return RecorderState::Recording;
-}
 
 QString RecorderPanel::stateText() const {
     switch (state()) {
@@ -89,29 +62,24 @@ QString RecorderPanel::sentence() const {
 void RecorderPanel::setSentence(const QString &sentence, const QString &kept) {
     mSentence = sentence;
     mKept = kept;
-    tell();
+    mSaysSilence = false;
+    Q_EMIT changed();
 }
 
 void RecorderPanel::recordingStarted(const QString &file, const QString &device) {
     mHistory.mark(mIsSettled ? SoundHistory::Mark::Start : SoundHistory::Mark::Split);
     mIsSettled = false;
-    mHasFrames = true;
-    mIsDeviceLost = mIsPaused = false;
     mLostFrames = 0;
     mFile = file;
     mDevice = device;
-    mSentence.clear();
-    mKept.clear();
-    tell();
+    setSentence({});
 }
 
 void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls) {
     const bool begins = controls.startShowsStop && !isRunning();
     mControls = controls;
     if (begins) {
-        mHasFrames = mIsPaused = mIsDeviceLost = false;
-        mSentence.clear();
-        mKept.clear();
+        setSentence({});
         mDisplay = {};
         if (mIsSettled)
             mHistory.clear();
@@ -120,20 +88,23 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
         mLevel.setLevel(0);
         mFile.clear();
         mDevice.clear();
+        recordingHeard();
     }
-    tell();
+    Q_EMIT changed();
+    if (begins)
+        Q_EMIT begun();
 }
 
 void RecorderPanel::recordingDisplay(const RecordingDisplay &display) {
     mDisplay = display;
-    tell();
+    Q_EMIT changed();
 }
 
 void RecorderPanel::recordingLevel(float level) {
     const float height = shownLevel(level);
     mLevel.setLevel(height);
     mHistory.add(height, state() == RecorderState::Recording);
-    call(levelCame);
+    Q_EMIT levelCame();
 }
 
 void RecorderPanel::recordingFramesLost(qint64 frames) {
@@ -146,42 +117,28 @@ void RecorderPanel::tellLostFrames(qint64 frames) {
     setSentence(Lang::windowLostFrames().replace(QLatin1String("[#Count#]"), QString::number(frames)));
 }
 
-void RecorderPanel::recordingPaused(bool bySilence) {
-    mIsPaused = true;
-    mIsPausedBySilence = bySilence;
-    tell();
+void RecorderPanel::recordingSilent(const QString &sentence) {
+    setSentence(sentence);
+    mSaysSilence = true;
 }
 
-void RecorderPanel::recordingResumed() {
-    mIsPaused = false;
-    tell();
+void RecorderPanel::recordingHeard() {
+    if (mSaysSilence)
+        setSentence({});
 }
-
-void RecorderPanel::recordingSilent(const QString &sentence) { setSentence(sentence); }
 
 void RecorderPanel::recordingDeviceLost(const QString &) {
-    mIsDeviceLost = true;
     mHistory.mark(SoundHistory::Mark::DeviceLost);
-    tell();
-}
-
-void RecorderPanel::recordingDeviceBack(const QString &) {
-    mIsDeviceLost = false;
-    tell();
-}
-
-void RecorderPanel::recordingConverting(const QString &) {
-    mIsConverting = true;
-    tell();
+    Q_EMIT changed();
 }
 
 void RecorderPanel::recordingFinished(const FinishedRecording &recording) {
     if (recording.lostFrames > 0)
         tellLostFrames(recording.lostFrames);
-    call(finished, recording);
+    Q_EMIT finished(recording);
 }
 
-void RecorderPanel::recordingFiltered(const QString &, double) { tell(); }
+void RecorderPanel::recordingFiltered(const QString &, double) { Q_EMIT changed(); }
 
 void RecorderPanel::recordingInterrupted(const RecordingTrouble &trouble) {
     setSentence(trouble.sentence, trouble.kept);
@@ -189,37 +146,34 @@ void RecorderPanel::recordingInterrupted(const RecordingTrouble &trouble) {
 
 void RecorderPanel::recordingFailed(const RecordingTrouble &trouble) {
     setSentence(trouble.sentence, trouble.kept);
-    call(failed, sentence());
+    Q_EMIT failed(sentence());
 }
 
 void RecorderPanel::recordingEndsEarly(const QString &english) {
     setSentence(english);
-    call(failed, sentence());
+    Q_EMIT failed(sentence());
 }
 
 void RecorderPanel::recordingSettled() {
-    mIsConverting = false;
     mIsSettled = true;
-    tell();
-    call(settled);
+    Q_EMIT changed();
+    Q_EMIT settled();
 }
 
-void RecorderPanel::stopPlayback() { call(playbackShallStop); }
+void RecorderPanel::stopPlayback() { Q_EMIT playbackShallStop(); }
 
 void RecorderPanel::taskCountdown(const TaskCountdown &countdown) {
     mCountdown = countdown;
-    call(countdownDidChange, countdown);
+    Q_EMIT countdownDidChange();
 }
-
-void RecorderPanel::tasksDidChange() { call(tasksChanged); }
 
 void RecorderPanel::taskMissed(const ScheduleTaskInfo &, const QDateTime &, const QString &english) {
     setSentence(english);
-    call(missed, sentence());
+    Q_EMIT missed(sentence());
 }
 
-void RecorderPanel::shutdownCountdown(int secondsLeft) { call(shutdownIn, secondsLeft); }
+void RecorderPanel::shutdownCountdown(int secondsLeft) { Q_EMIT shutdownIn(secondsLeft); }
 
-void RecorderPanel::shutdownCancelled() { call(shutdownIn, -1); }
+void RecorderPanel::shutdownCancelled() { Q_EMIT shutdownIn(-1); }
 
 } // namespace cantorel

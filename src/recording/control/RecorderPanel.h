@@ -5,36 +5,17 @@
 #include "recording/schedule/ScheduleTaskRunner.h"
 #include "recording/session/RecordingSessionView.h"
 
-#include <functional>
+#include <QObject>
 
 namespace cantorel {
 
-// What the recorder is doing, as a person sees it at a glance.
-enum class RecorderState { Idle, Preparing, Recording, Paused, WaitingForSound, DeviceLost, Finishing };
-
 // What a window shows of a recording: gathers what a session tells into one state with its texts, for all that show it
 // (the tab, the status item). Holds no widgets. Owned by the window; main thread.
-class RecorderPanel : public RecordingSessionView, public ScheduleTaskView {
+class RecorderPanel : public QObject, public RecordingSessionView, public ScheduleTaskView {
+    Q_OBJECT
+
 public:
-    // State, texts or controls have changed.
-    std::function<void()> changed;
-    // A level has come: the meter and the picture go on.
-    std::function<void()> levelCame;
-    // A recording is ready; one has failed, is kept or starts again.
-    std::function<void(const FinishedRecording &)> finished;
-    std::function<void(const QString &sentence)> failed;
-    std::function<void()> settled;
-    std::function<void()> playbackShallStop;
-    std::function<void(const TaskCountdown &)> countdownDidChange;
-    std::function<void()> tasksChanged;
-    std::function<void(const QString &sentence)> missed;
-    // Seconds until the computer is shut down; less than 0: it is not after all.
-    std::function<void(int seconds)> shutdownIn;
-
-    // Tells nobody any more.
-    void forget();
-
-    RecorderState state() const;
+    RecorderState state() const { return mControls.state; }
     const RecordingControls &controls() const { return mControls; }
     const RecordingDisplay &display() const { return mDisplay; }
     const SoundHistory &history() const { return mHistory; }
@@ -59,12 +40,9 @@ public:
     void recordingDisplay(const RecordingDisplay &display) override;
     void recordingLevel(float level) override;
     void recordingFramesLost(qint64 frames) override;
-    void recordingPaused(bool bySilence) override;
-    void recordingResumed() override;
     void recordingSilent(const QString &sentence) override;
+    void recordingHeard() override;
     void recordingDeviceLost(const QString &device) override;
-    void recordingDeviceBack(const QString &device) override;
-    void recordingConverting(const QString &file) override;
     void recordingFinished(const FinishedRecording &recording) override;
     void recordingFiltered(const QString &file, double seconds) override;
     void recordingInterrupted(const RecordingTrouble &trouble) override;
@@ -74,13 +52,28 @@ public:
     void stopPlayback() override;
 
     void taskCountdown(const TaskCountdown &countdown) override;
-    void tasksDidChange() override;
     void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &english) override;
     void shutdownCountdown(int secondsLeft) override;
     void shutdownCancelled() override;
 
+Q_SIGNALS:
+    // State, texts or controls have changed.
+    void changed();
+    // A recording begins: the settings may be those of a task now.
+    void begun();
+    // A level has come: the meter and the picture go on.
+    void levelCame();
+    // A recording is ready; one has failed, is kept or starts again.
+    void finished(const FinishedRecording &recording);
+    void failed(const QString &sentence);
+    void settled();
+    void playbackShallStop();
+    void countdownDidChange();
+    void missed(const QString &sentence);
+    // Seconds until the computer is shut down; less than 0: it is not after all.
+    void shutdownIn(int seconds);
+
 private:
-    void tell() const;
     void tellLostFrames(qint64 frames);
     bool isRunning() const { return mControls.startShowsStop; }
 
@@ -91,9 +84,8 @@ private:
     TaskCountdown mCountdown;
     qint64 mLostFrames = 0; // of the file
     QString mFile, mDevice, mSentence, mKept;
-    bool mHasFrames = false;
-    bool mIsPaused = false, mIsPausedBySilence = false, mIsDeviceLost = false, mIsConverting = false;
-    bool mIsSettled = true; // since the last recording; between the files of a split it is not
+    bool mSaysSilence = false; // The sentence ends with the next sound.
+    bool mIsSettled = true;    // since the last recording; between the files of a split it is not
 };
 
 } // namespace cantorel

@@ -3,8 +3,8 @@
 #include "log/GuardedAction.h"
 #include "platform/desktop/Services.h"
 #include "recording/control/ListRequests.h"
-#include "recording/schedule/ScheduleTaskRunner.h"
 #include "recording/schedule/ScheduleTaskText.h"
+#include "recording/schedule/TaskList.h"
 #include "recording/session/RecordingSpace.h"
 #include "settings/AppSettings.h"
 
@@ -35,9 +35,8 @@ void insertTimeLeft(QVariantMap &status, double seconds, qint64 bytes) {
 
 } // namespace
 
-RecordingControl::RecordingControl(RecordingSession &session, RecordedList &list, ScheduleTaskRunner *schedule,
-                                   Begins begins)
-    : mSession(session), mList(list), mSchedule(schedule), mBegins(begins) {}
+RecordingControl::RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins)
+    : mSession(session), mList(list), mTasks(tasks), mBegins(begins) {}
 
 RecordingControl::~RecordingControl() {
     if (const auto &remote = desktop::InstalledServices::current().remote; mIsOffered && remote)
@@ -90,13 +89,13 @@ RecordingControl::Answer RecordingControl::call(const QString &method, const QSt
 // Recording.
 
 RecordingControl::Answer RecordingControl::start(const QStringList &) {
-    if (isActive())
+    if (mSession.isBusy())
         return statusNow();
     if (mBegins == Begins::None)
         return refusal(QStringLiteral("The recording has ended and is being finished; begin another when that is done: "
                                       "cantorel-cli record"));
     if (const auto started = mSession.startRecording(); !started) {
-        if (mSession.isRecording())
+        if (mSession.phase() == SessionPhase::Refused)
             mSession.stopRecording(); // A failed start leaves a recording shown; nobody would see it here.
         return refusal(started.failure().sentence.isEmpty() ? QStringLiteral("The recording was not begun.")
                                                             : started.failure().sentence);
@@ -105,22 +104,24 @@ RecordingControl::Answer RecordingControl::start(const QStringList &) {
 }
 
 RecordingControl::Answer RecordingControl::stop(const QStringList &) {
-    if (isActive())
+    if (mSession.isBusy())
         mSession.stopByHand();
     return statusNow();
 }
 
-RecordingControl::Answer RecordingControl::toggle(const QStringList &) { return isActive() ? stop({}) : start({}); }
+RecordingControl::Answer RecordingControl::toggle(const QStringList &) {
+    return mSession.isBusy() ? stop({}) : start({});
+}
 
 RecordingControl::Answer RecordingControl::pause(const QStringList &) {
-    if (!isActive())
+    if (!mSession.isBusy())
         return refusal(QStringLiteral("Nothing is being recorded, so there is nothing to pause."));
     mSession.onPauseRecording();
     return statusNow();
 }
 
 RecordingControl::Answer RecordingControl::split(const QStringList &) {
-    if (!isActive())
+    if (!mSession.isBusy())
         return refusal(QStringLiteral("Nothing is being recorded, so there is nothing to split."));
     mSession.splitRecording();
     return statusNow();
@@ -136,14 +137,21 @@ RecordingControl::Answer RecordingControl::showWindow(const QStringList &) {
 }
 
 const char *RecordingControl::state() const {
-    if (mSession.isRecording()) {
-        if (mSession.file().isEmpty() || !mSession.isWriting())
-            return "starting";
-        return mSession.isPausedBySilence() ? "waiting" : mSession.isPaused() ? "paused" : "recording";
+    switch (mSession.state()) {
+    case RecorderState::Preparing:
+        return "starting";
+    case RecorderState::Paused:
+        return "paused";
+    case RecorderState::WaitingForSound:
+        return "waiting";
+    case RecorderState::Recording:
+    case RecorderState::DeviceLost:
+        return "recording";
+    case RecorderState::Idle: // What a crash left is repaired.
+    case RecorderState::Finishing:
+        return "finishing";
     }
-    if (mSession.isFollowed())
-        return "recording"; // between two files
-    return "finishing";
+    return "";
 }
 
 QVariantMap RecordingControl::statusNow() const {
@@ -152,7 +160,7 @@ QVariantMap RecordingControl::statusNow() const {
     QVariantMap status{{kState, QString::fromLatin1(state())}};
     double seconds = mSession.recordedSeconds();
     qint64 bytes = mSession.recordedBytes();
-    if (const QString file = mSession.file(); !file.isEmpty()) {
+    if (const QString file = mSession.currentFile().path; !file.isEmpty()) {
         status.insert(kFile, file);
         if (const RecordedAudioInfo *item = mList.itemWithFile(file); item && !mSession.isWriting()) {
             seconds = item->Seconds; // once the file is whole
@@ -192,32 +200,19 @@ RecordingControl::Answer RecordingControl::deleteItem(const QStringList &argumen
     return QVariantMap{};
 }
 
-// Who keeps no schedule has not read the tasks.
-void RecordingControl::readTasks() const {
-    if (!mSchedule)
-        ScheduleTaskInfo::LoadTasks();
-}
-
 RecordingControl::Answer RecordingControl::addTask(const QStringList &arguments) {
     const auto task = taskFromJson(QJsonDocument::fromJson(arguments[0].toUtf8()).object());
     if (!task)
         return task.failure();
-    readTasks();
-    if (const auto added = cantorel::addTask(task.value()); !added)
+    if (const auto added = mTasks.add(task.value()); !added)
         return added.failure();
-    if (tasksDidChange)
-        tasksDidChange();
     return QVariantMap{};
 }
 
 RecordingControl::Answer RecordingControl::removeTasks(const QStringList &arguments) {
-    readTasks();
-    const auto removed =
-        cantorel::removeTasks(arguments[0], mSchedule ? mSchedule->currentScheduleTask().get() : nullptr);
+    const auto removed = mTasks.removeNamed(arguments[0]);
     if (!removed)
         return removed.failure();
-    if (tasksDidChange)
-        tasksDidChange();
     return QVariantMap{{QStringLiteral("removed"), static_cast<qint64>(removed.value().size())}};
 }
 

@@ -7,7 +7,7 @@
 
 namespace cantorel {
 
-class ScheduleTaskRunner;
+class TaskList;
 
 // What the other programs of the person's session may ask of a recorder.
 namespace control {
@@ -35,8 +35,8 @@ public:
     // Whether it may begin recordings beside the one that runs.
     enum class Begins { Any, None };
 
-    // schedule: null where the tasks are not kept by this program. All outlive the control.
-    RecordingControl(RecordingSession &session, RecordedList &list, ScheduleTaskRunner *schedule, Begins begins);
+    // All outlive the control.
+    RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins);
     ~RecordingControl() override;
 
     // Makes it reachable, if the desktop has a way; a failure is a line of the log.
@@ -44,9 +44,6 @@ public:
 
     // Brings the window to the front; empty where there is none.
     std::function<void()> show;
-
-    // Told when tasks were added or removed. May be empty.
-    std::function<void()> tasksDidChange;
 
     std::vector<desktop::RemoteMethod> methods() const override;
     foundation::Result<QVariantMap> call(const QString &method, const QStringList &arguments) override;
@@ -76,14 +73,12 @@ private:
     Answer addTask(const QStringList &arguments);
     Answer removeTasks(const QStringList &arguments);
 
-    bool isActive() const { return mSession.isRecording() || mSession.isFollowed(); }
     const char *state() const; // while anything is going on
     QVariantMap statusNow() const;
-    void readTasks() const;
 
     RecordingSession &mSession;
     RecordedList &mList;
-    ScheduleTaskRunner *const mSchedule;
+    TaskList &mTasks;
     const Begins mBegins;
     bool mIsOffered = false;
 };

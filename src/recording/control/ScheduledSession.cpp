@@ -2,28 +2,21 @@
 
 namespace cantorel {
 
-ScheduledSession::ScheduledSession(RecordingSession &session, ScheduleTaskView &view, foundation::Clock &clock,
-                                   ScheduleTaskRunner::LocalTime localTime)
-    : mSession(session), mSchedule(*this, view, clock, std::move(localTime)) {
+ScheduledSession::ScheduledSession(RecordingSession &session, TaskList &tasks, ScheduleTaskView &view,
+                                   foundation::Clock &clock, ScheduleTaskRunner::LocalTime localTime)
+    : mSession(session), mSchedule(tasks, *this, view, clock, std::move(localTime)) {
     mSession.tasks = this;
 }
 
 void ScheduledSession::onStartRecording() {
     const auto started = mSession.onStartRecording();
-    if (!started && trouble && !started.failure().sentence.isEmpty()) // Empty when the person has changed their mind.
-        trouble(started.failure().sentence);
+    if (!started && !started.failure().sentence.isEmpty()) // Empty when the person has changed their mind.
+        Q_EMIT startRefused(started.failure().sentence);
 }
 
 foundation::Result<void> ScheduledSession::startTaskRecording(const ScheduleTaskInfo &task) {
-    mSession.setExecutedTask(ExecutedTask{task._taskName, task._repeatEnabled, task._repeatLoopedCount,
-                                          static_cast<double>(task._duration)});
-    return mSession.startRecording();
-}
-
-void ScheduledSession::taskRecordingDidEnd() {
-    // What the person records before the task's next recording is the person's own.
-    releaseTask();
-    mSchedule.taskRecordingDidEnd();
+    return mSession.startRecording(ExecutedTask{task._taskName, task._repeatEnabled, task._repeatLoopedCount,
+                                                static_cast<double>(task._duration)});
 }
 
 } // namespace cantorel

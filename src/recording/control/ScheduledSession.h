@@ -14,32 +14,35 @@ class ScheduledSession : public QObject,
                          public ScheduledRecorder,
                          public RecordingSessionTasks,
                          public RecordingHotkeyActions {
+    Q_OBJECT
+
 public:
     // All outlive it.
     ScheduledSession(
-        RecordingSession &session, ScheduleTaskView &view, foundation::Clock &clock,
+        RecordingSession &session, TaskList &tasks, ScheduleTaskView &view, foundation::Clock &clock,
         ScheduleTaskRunner::LocalTime localTime = [] { return QDateTime::currentDateTime(); });
 
     ScheduleTaskRunner &schedule() { return mSchedule; }
-
-    // Told one sentence why a hot key could not begin a recording. May be empty.
-    std::function<void(const QString &)> trouble;
 
     // The start control and its hot key.
     void onStartRecording() override;
     // Ends what is recorded for good: a task's recording counts as stopped by hand.
     void stopByHand() { mSession.stopByHand(); }
 
+Q_SIGNALS:
+    // The start control, or its hot key, could not begin a recording, and one sentence why.
+    void startRefused(const QString &sentence);
+
 private:
     bool isRecording() const override { return mSession.isRecording(); }
+    bool isBusy() const override { return mSession.isBusy(); }
     foundation::Result<void> startTaskRecording(const ScheduleTaskInfo &task) override;
     void stopRecording() override { mSession.stopRecording(); }
     void onPauseRecording() override { mSession.onPauseRecording(); }
-    void releaseTask() override { mSession.setExecutedTask(std::nullopt); }
     bool isSettled() const override { return mSession.isSettled(); }
 
     void taskWasStoppedByHand() override { mSchedule.taskWasStoppedByHand(); }
-    void taskRecordingDidEnd() override;
+    void taskRecordingDidEnd() override { mSchedule.taskRecordingDidEnd(); }
 
     RecordingSession &mSession;
     ScheduleTaskRunner mSchedule;

@@ -1,11 +1,7 @@
 #include "recording/schedule/ScheduleTaskInfo.h"
 
 #include "lang/Lang.h"
-#include "platform/foundation/SearchPaths.h"
-#include "settings/AppSettings.h"
-#include "settings/SettingsTable.h"
-#include "settings/StoredList.h"
-#include "settings/UserDefaultFunctions.h"
+#include "settings/RecordingSource.h"
 #include "util/ToolString.h"
 #include "util/tools/Tools.h"
 
@@ -18,16 +14,6 @@ namespace {
 constexpr int kDaysOfWeek = 7;
 constexpr int kWeekdayAfterSaturday = 7;
 constexpr qint64 kSecondsOfDay = 86'400;
-
-struct Schedule {
-    ScheduleTaskInfo::Tasks tasks;
-    std::shared_ptr<ScheduleTaskInfo> running;
-};
-
-Schedule &schedule() {
-    static Schedule schedule;
-    return schedule;
-}
 
 // The moment at which local clocks show the time on the date: the first where they show it twice. On a date whose
 // clocks leap over the time it is as much later as they leap.
@@ -72,16 +58,12 @@ QString ScheduleTaskInfo::getShutdownNSString() const {
 }
 
 QString ScheduleTaskInfo::getRecordFromNSString() const {
-    switch (_recordFrom) {
-    case 0:
+    const auto source = recordingSource(_recordFrom);
+    if (source == RecordingSource::SystemSound)
         return Lang::settingsRecordSystemSound();
-    case 1:
+    if (source == RecordingSource::Microphone)
         return Lang::settingsRecordMicrophone();
-    case 2:
-        return Lang::settingsRecordBoth();
-    default:
-        return {};
-    }
+    return source ? Lang::settingsRecordBoth() : QString();
 }
 
 QString ScheduleTaskInfo::getDailyFromNSString() const {
@@ -107,33 +89,6 @@ QStringList ScheduleTaskInfo::getAllWeeks() {
             QStringLiteral("Wednesday"), QStringLiteral("Thursday"), QStringLiteral("Friday"),
             QStringLiteral("Saturday")};
 }
-
-void ScheduleTaskInfo::LoadTasks() {
-    Tasks loaded;
-    const StoredList stored = loadStoredList(QString::fromLatin1(setting::kScheduleTaskList),
-                                             foundation::stateFolder() + QStringLiteral("/cantorel"));
-    for (const QVariant &item : stored.items) {
-        if (const auto task = taskFromArchive(item))
-            loaded.push_back(std::make_shared<ScheduleTaskInfo>(*task));
-    }
-    tasks() = std::move(loaded);
-}
-
-bool ScheduleTaskInfo::SaveTasks() {
-    QVariantList list;
-    for (const auto &task : tasks())
-        list << archivedTask(*task);
-    AppSettings::setScheduleTaskList(list);
-    return standardUserDefaults().synchronize(); // Nothing is left to be written unless that failed.
-}
-
-ScheduleTaskInfo::Tasks &ScheduleTaskInfo::tasks() { return schedule().tasks; }
-
-void ScheduleTaskInfo::setCurrentRuningTask(std::shared_ptr<ScheduleTaskInfo> task) {
-    schedule().running = std::move(task);
-}
-
-std::shared_ptr<ScheduleTaskInfo> ScheduleTaskInfo::currentRuningTask() { return schedule().running; }
 
 int ScheduleTaskInfo::getCurrentWeekday(const QDateTime &now) { return weekdayOf(now.toLocalTime().date()); }
 

@@ -13,12 +13,12 @@
 namespace cantorel {
 
 // One scheduled recording. Plain data; shared by the list and by whoever executes it, since an executed task may have
-// left the list. The class operations hold the list of the process; main thread.
+// left the list. Main thread.
 struct ScheduleTaskInfo {
     QString _taskName;
     QDateTime _fromTime; // of a daily task the next start, of which only the time of day counts
     QDateTime _toTime;
-    int _recordFrom = 0; // 0 system sound, 1 microphone, 2 both
+    int _recordFrom = 0; // the number of a RecordingSource
     bool _shutdownAfterRecording = false;
     qint64 _duration = 0; // seconds
     bool _daily = false;
@@ -51,11 +51,10 @@ struct ScheduleTaskInfo {
     static QStringList getAllWeeks();
 
     using Tasks = std::vector<std::shared_ptr<ScheduleTaskInfo>>;
-    // Reads the stored list; a damaged one is copied aside, and the list starts empty.
+    // Those of the TaskList that lives; nothing happens where there is none.
     static void LoadTasks();
-    // Stores the whole list; it is on the disk when this returns. False when that failed; the log says why.
     static bool SaveTasks();
-    static Tasks &tasks();
+    static Tasks tasks();
     static void setCurrentRuningTask(std::shared_ptr<ScheduleTaskInfo> task); // Spelling is fixed.
     static std::shared_ptr<ScheduleTaskInfo> currentRuningTask();             // Spelling is fixed.
 

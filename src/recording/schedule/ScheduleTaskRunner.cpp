@@ -43,17 +43,17 @@ std::vector<ScheduleTaskInfo> valuesOf(const ScheduleTaskInfo::Tasks &tasks) {
 
 } // namespace
 
-ScheduleTaskRunner::ScheduleTaskRunner(ScheduledRecorder &recorder, ScheduleTaskView &view, foundation::Clock &clock,
-                                       LocalTime localTime)
-    : mRecorder(recorder), mView(view), mClock(clock), mLocalTime(std::move(localTime)) {}
+ScheduleTaskRunner::ScheduleTaskRunner(TaskList &tasks, ScheduledRecorder &recorder, ScheduleTaskView &view,
+                                       foundation::Clock &clock, LocalTime localTime)
+    : mTasks(tasks), mRecorder(recorder), mView(view), mClock(clock), mLocalTime(std::move(localTime)) {}
 
 void ScheduleTaskRunner::initScheduleTaskList() {
     Log(QStringLiteral("initScheduleTaskList start"));
-    const auto before = ScheduleTaskInfo::tasks();
-    ScheduleTaskInfo::LoadTasks();
+    const auto before = mTasks.tasks();
+    mTasks.LoadTasks();
     keepWhatIsKnown(before);
     mQuietUntil = {};
-    Log(QStringLiteral("initScheduleTaskList task count: %1").arg(ScheduleTaskInfo::tasks().size()));
+    Log(QStringLiteral("initScheduleTaskList task count: %1").arg(mTasks.tasks().size()));
     if (!mTimer) {
         mLastCheck = mLocalTime().addMSecs(-kReplayStep); // so that the first tick looks at this moment, too
         mTimer = mClock.every(kInterval, [this] { (void)guarded("checkScheduleTask", [this] { tick(); }); });
@@ -63,7 +63,7 @@ void ScheduleTaskRunner::initScheduleTaskList() {
 
 // Reading the list anew is no reason to start a task twice, or to lose sight of the executed one.
 void ScheduleTaskRunner::keepWhatIsKnown(const ScheduleTaskInfo::Tasks &before) const {
-    for (TaskPtr &task : ScheduleTaskInfo::tasks()) {
+    for (const TaskPtr &task : mTasks.tasks()) {
         const auto same = std::find_if(before.begin(), before.end(), [&](const TaskPtr &other) {
             return other->_taskName == task->_taskName && other->_daily == task->_daily
                    && (task->_daily || other->_fromTime == task->_fromTime);
@@ -71,7 +71,7 @@ void ScheduleTaskRunner::keepWhatIsKnown(const ScheduleTaskInfo::Tasks &before) 
         if (same == before.end())
             continue;
         if (*same == m_currentScheduleTaskInfo) {
-            task = *same;
+            mTasks.replace(task, *same);
             continue;
         }
         task->_completed = (*same)->_completed;
@@ -99,7 +99,7 @@ void ScheduleTaskRunner::tick() {
 
 // Whether a look at the list would find the same as the last one.
 bool ScheduleTaskRunner::isQuiet(const QDateTime &now) const {
-    const auto &tasks = ScheduleTaskInfo::tasks();
+    const auto &tasks = mTasks.tasks();
     return !m_currentScheduleTaskInfo && mQuietUntil.isValid() && now < mQuietUntil
            && std::equal(tasks.begin(), tasks.end(), mFoundIn.begin(), mFoundIn.end(),
                          [](const TaskPtr &task, const ScheduleTaskInfo &found) { return *task == found; });
@@ -114,7 +114,7 @@ void ScheduleTaskRunner::checkScheduleTask(const QDateTime &now) {
         _execScheduleTask_();
         return;
     }
-    auto &tasks = ScheduleTaskInfo::tasks();
+    const auto &tasks = mTasks.tasks();
     if (tasks.empty())
         return;
     reportMissed(now);
@@ -124,16 +124,16 @@ void ScheduleTaskRunner::checkScheduleTask(const QDateTime &now) {
         const TaskPtr task = mFound.closest;
         task->dealtWithStart = mFound.start;
         // Before it begins: a program that ends meanwhile does not make the same start again, nor call it missed.
-        (void)ScheduleTaskInfo::SaveTasks(); // A failure is logged, and the next save tries again.
+        (void)mTasks.SaveTasks(); // A failure is logged, and the next save tries again.
         // Deliberately not queued. The task is not even executed, lest the other recording end at its length.
-        if (mRecorder.isRecording() || m_currentScheduleTaskInfo) {
+        if (mRecorder.isBusy() || m_currentScheduleTaskInfo) {
             refuse(task, mFound.start,
                    QStringLiteral("The task \"%1\" was not recorded, since another recording was running.")
                        .arg(task->_taskName));
             return;
         }
         m_currentScheduleTaskInfo = task;
-        ScheduleTaskInfo::setCurrentRuningTask(task);
+        mTasks.setCurrentRuningTask(task);
         mStoppedByHand = false;
         task->_completed = false;
         task->_repeatLoopedCount = 0; // A program that ended within the repetitions has stored what it had made.
@@ -150,7 +150,7 @@ void ScheduleTaskRunner::checkScheduleTask(const QDateTime &now) {
 
 void ScheduleTaskRunner::_execScheduleTask_() {
     const TaskPtr task = m_currentScheduleTaskInfo;
-    if (mRecorder.isRecording() || mAwaitsEnd)
+    if (mRecorder.isBusy() || mAwaitsEnd)
         return;
     AppSettings::setAudioType(task->_recordFrom);
     const auto started = mRecorder.startTaskRecording(*task);
@@ -163,7 +163,7 @@ void ScheduleTaskRunner::_execScheduleTask_() {
     task->_repeatLoopedCount = 0;
     release();
     // A failed start leaves a recording shown, which would refuse all later tasks.
-    if (mRecorder.isRecording())
+    if (mRecorder.isBusy())
         mRecorder.stopRecording();
     refuse(task, task->dealtWithStart,
            QStringLiteral("The task \"%1\" was not recorded. %2").arg(task->_taskName, started.failure().sentence));
@@ -176,7 +176,7 @@ void ScheduleTaskRunner::refuse(const TaskPtr &task, const QDateTime &start, con
 
 // Starts that were ahead at an earlier look and are past now.
 void ScheduleTaskRunner::reportMissed(const QDateTime &now) {
-    for (const TaskPtr &task : ScheduleTaskInfo::tasks()) {
+    for (const TaskPtr &task : mTasks.tasks()) {
         const QDateTime start = task->awaitedStart;
         if (!start.isValid() || start > now || start == task->dealtWithStart)
             continue;
@@ -193,7 +193,6 @@ void ScheduleTaskRunner::reportMissed(const QDateTime &now) {
 void ScheduleTaskRunner::removeExpired(const ScheduleTaskInfo::Tasks &expired) {
     if (expired.empty())
         return;
-    auto &tasks = ScheduleTaskInfo::tasks();
     for (const TaskPtr &task : expired) {
         const bool wasDealtWith =
             task->_completed || (task->_fromTime.isValid() && task->_fromTime == task->dealtWithStart);
@@ -201,9 +200,8 @@ void ScheduleTaskRunner::removeExpired(const ScheduleTaskInfo::Tasks &expired) {
             refuse(task, task->_fromTime,
                    QStringLiteral("The task \"%1\" was missed, since Cantorel was not running at its start.")
                        .arg(task->_taskName));
-        std::erase(tasks, task);
     }
-    removeFromList(nullptr);
+    mTasks.drop(expired);
 }
 
 void ScheduleTaskRunner::taskWasStoppedByHand() { mStoppedByHand = true; }
@@ -218,7 +216,7 @@ void ScheduleTaskRunner::taskRecordingDidEnd() {
             requestShutdown();
         // The next check would drop it as expired; if the program ended before, the next start took it for missed.
         if (!task->_daily)
-            removeFromList(task);
+            mTasks.drop({task});
         complete();
         return;
     }
@@ -228,22 +226,15 @@ void ScheduleTaskRunner::taskRecordingDidEnd() {
     const bool isEndless = task->_repeatTotalCount < 1;
     if (!mStoppedByHand && (isEndless || task->_repeatLoopedCount < task->_repeatTotalCount)) {
         task->_completed = false; // The next check executes it again.
-        (void)ScheduleTaskInfo::SaveTasks();
+        (void)mTasks.SaveTasks(); // A failure is logged, and the next save tries again.
         return;
     }
     task->_completed = true;
     if (!mStoppedByHand && task->_shutdownAfterRecording)
         requestShutdown();
     task->_repeatLoopedCount = 0;
-    removeFromList(task->_daily ? nullptr : task);
+    mTasks.drop(task->_daily ? TaskList::Tasks() : TaskList::Tasks{task});
     complete();
-}
-
-// Null: only stores what has changed.
-void ScheduleTaskRunner::removeFromList(const TaskPtr &task) {
-    std::erase(ScheduleTaskInfo::tasks(), task);
-    (void)ScheduleTaskInfo::SaveTasks(); // A failure is logged, and the next save tries again.
-    mView.tasksDidChange();
 }
 
 void ScheduleTaskRunner::complete() {
@@ -254,10 +245,9 @@ void ScheduleTaskRunner::complete() {
 
 void ScheduleTaskRunner::release() {
     m_currentScheduleTaskInfo.reset();
-    ScheduleTaskInfo::setCurrentRuningTask(nullptr);
+    mTasks.setCurrentRuningTask(nullptr);
     mStoppedByHand = false;
     mAwaitsEnd = false;
-    mRecorder.releaseTask();
 }
 
 void ScheduleTaskRunner::showCountdown(const QDateTime &now) const {

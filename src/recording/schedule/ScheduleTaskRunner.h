@@ -3,7 +3,7 @@
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/Result.h"
 #include "recording/schedule/ScheduleCheck.h"
-#include "recording/schedule/ScheduleTaskInfo.h"
+#include "recording/schedule/TaskList.h"
 
 #include <functional>
 #include <memory>
@@ -15,13 +15,12 @@ class ScheduledRecorder {
 public:
     virtual ~ScheduledRecorder() = default;
 
-    // As shown to the person, whoever has started it.
-    virtual bool isRecording() const = 0;
+    // Something is recorded or goes on being recorded in a moment, whoever has started it.
+    virtual bool isBusy() const = 0;
     // Begins a recording that belongs to the task, with the source of the settings, and ends it at the task's length.
+    // Where a file is still being finished, begins after that.
     virtual foundation::Result<void> startTaskRecording(const ScheduleTaskInfo &task) = 0;
     virtual void stopRecording() = 0;
-    // Recordings from now on belong to no task.
-    virtual void releaseTask() = 0;
     // Nothing is recorded, written or converted.
     virtual bool isSettled() const = 0;
 };
@@ -41,8 +40,6 @@ public:
     virtual ~ScheduleTaskView() = default;
 
     virtual void taskCountdown(const TaskCountdown &) {}
-    // The list has changed otherwise than by the person.
-    virtual void tasksDidChange() {}
     virtual void taskStarted(const ScheduleTaskInfo &) {}
     // The task has made all its recordings, or was stopped by hand.
     virtual void taskEnded(const ScheduleTaskInfo &) {}
@@ -61,7 +58,7 @@ public:
     using LocalTime = std::function<QDateTime()>;
     // All outlive the runner.
     ScheduleTaskRunner(
-        ScheduledRecorder &recorder, ScheduleTaskView &view, foundation::Clock &clock,
+        TaskList &tasks, ScheduledRecorder &recorder, ScheduleTaskView &view, foundation::Clock &clock,
         LocalTime localTime = [] { return QDateTime::currentDateTime(); });
 
     // Reads the stored list and begins to look at it; called again, only the list is read anew.
@@ -91,12 +88,12 @@ private:
     void refuse(const std::shared_ptr<ScheduleTaskInfo> &task, const QDateTime &start, const QString &sentence);
     void reportMissed(const QDateTime &now);
     void removeExpired(const ScheduleTaskInfo::Tasks &expired);
-    void removeFromList(const std::shared_ptr<ScheduleTaskInfo> &task);
     void complete();
     void release();
     void showCountdown(const QDateTime &now) const;
     void tickShutdown();
 
+    TaskList &mTasks;
     ScheduledRecorder &mRecorder;
     ScheduleTaskView &mView;
     foundation::Clock &mClock;

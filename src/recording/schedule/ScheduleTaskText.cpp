@@ -1,5 +1,6 @@
 #include "recording/schedule/ScheduleTaskText.h"
 
+#include "settings/RecordingSource.h"
 #include "util/ToolFile.h"
 
 #include <QJsonArray>
@@ -16,7 +17,6 @@ namespace {
 
 const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 const QString kManual = QStringLiteral("manual");
-constexpr const char *kSources[] = {"system", "mic", "both"};
 constexpr int kSaturday = 6;
 
 QJsonValue textOrNull(const QDateTime &moment) {
@@ -60,16 +60,17 @@ QJsonObject jsonOfTask(const ScheduleTaskInfo &task) {
     const QJsonValue repeat = !task._repeatEnabled         ? QJsonValue()
                               : task._repeatStopByManually ? QJsonValue(kManual)
                                                            : QJsonValue(task._repeatTotalCount);
-    return {{QStringLiteral("name"), task._taskName},
-            {QStringLiteral("from"), textOrNull(task._fromTime)},
-            {QStringLiteral("to"), textOrNull(task._toTime)},
-            {QStringLiteral("seconds"), task._duration},
-            {QStringLiteral("source"), QString::fromLatin1(kSources[std::clamp(task._recordFrom, 0, 2)])},
-            {QStringLiteral("daily"), task._daily},
-            {QStringLiteral("weeks"), weeks},
-            {QStringLiteral("repeat"), repeat},
-            {QStringLiteral("looped"), task._repeatLoopedCount},
-            {QStringLiteral("shutdown"), task._shutdownAfterRecording}};
+    return {
+        {QStringLiteral("name"), task._taskName},
+        {QStringLiteral("from"), textOrNull(task._fromTime)},
+        {QStringLiteral("to"), textOrNull(task._toTime)},
+        {QStringLiteral("seconds"), task._duration},
+        {QStringLiteral("source"), nameOf(recordingSource(task._recordFrom).value_or(RecordingSource::SystemSound))},
+        {QStringLiteral("daily"), task._daily},
+        {QStringLiteral("weeks"), weeks},
+        {QStringLiteral("repeat"), repeat},
+        {QStringLiteral("looped"), task._repeatLoopedCount},
+        {QStringLiteral("shutdown"), task._shutdownAfterRecording}};
 }
 
 Result<ScheduleTaskInfo> taskFromJson(const QJsonObject &json) {
@@ -87,11 +88,10 @@ Result<ScheduleTaskInfo> taskFromJson(const QJsonObject &json) {
         return wrong(
             QStringLiteral("A task records for a whole number of seconds, from 1 to %1.").arg(kLongestTaskSeconds));
     task._toTime = from->addSecs(task._duration);
-    const auto *source = std::find_if(std::begin(kSources), std::end(kSources),
-                                      [&](const char *name) { return text("source") == QLatin1String(name); });
-    if (source == std::end(kSources))
+    const auto source = recordingSourceNamed(text("source"));
+    if (!source)
         return wrong(QStringLiteral("\"%1\" is no source; it is system, mic or both.").arg(text("source")));
-    task._recordFrom = static_cast<int>(source - std::begin(kSources));
+    task._recordFrom = static_cast<int>(*source);
     task._daily = json.value(QLatin1String("daily")).toBool();
     const auto weeks = weeksFrom(json.value(QLatin1String("weeks")).toArray());
     if (!weeks)

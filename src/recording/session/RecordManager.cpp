@@ -18,10 +18,6 @@ namespace {
 
 constexpr std::chrono::seconds kJoinPatience(10); // as long as what is kept has room
 
-enum Source { SystemSound = 0, Microphone = 1, Both = 2 };
-
-bool includesSystemSound(int source) { return source == SystemSound || source == Both; }
-
 void logFailure(const foundation::Failure &failure) {
     ErrorDescription error;
     error.domain = QStringLiteral("RecordManager");
@@ -33,15 +29,12 @@ void logFailure(const foundation::Failure &failure) {
 } // namespace
 
 QString RecordManager::getAudioDeviceNameWithAudioDeviceType(int type) {
-    switch (type) {
-    case SystemSound:
+    const auto source = recordingSource(type);
+    if (source == RecordingSource::SystemSound)
         return ZQAudioKextKit::getSystemSoundDeviceName();
-    case Microphone:
+    if (source == RecordingSource::Microphone)
         return ZQAudioKextKit::getDefaultAudioInputName();
-    case Both:
-        return QString::fromLatin1(kTessolarAggregateDeviceName);
-    }
-    return {};
+    return source ? QString::fromLatin1(kTessolarAggregateDeviceName) : QString();
 }
 
 RecordManager::~RecordManager() { endJoin(); }
@@ -70,9 +63,9 @@ bool RecordManager::start(const QUrl &file) {
     mAudioRecorder->setRescue(rescuePath);
     mAudioRecorder->takeOver(std::exchange(mContinuation, {}));
 
-    mSource = AppSettings::getAudioType();
-    mAudioRecorder->setAudioDevice(
-        ZQAudioKextKit::getTheCaptureDeviceWithName(getAudioDeviceNameWithAudioDeviceType(mSource)));
+    mSource = recordingSource(AppSettings::getAudioType());
+    mAudioRecorder->setAudioDevice(ZQAudioKextKit::getTheCaptureDeviceWithName(
+        getAudioDeviceNameWithAudioDeviceType(AppSettings::getAudioType())));
     mDuration = 0;
     mFileSize = 0;
     mDroppedFrames = 0;
@@ -82,7 +75,7 @@ bool RecordManager::start(const QUrl &file) {
     AppSettings::setAudioOutputDeviceNameBeforeRecording(output);
     AppSettings::setAudioInputDeviceNameBeforeRecording(ZQAudioKextKit::getDefaultAudioInputName());
     AppSettings::setRecordingOutputDeviceName(output);
-    if (includesSystemSound(mSource))
+    if (mSource && includesSystemSound(*mSource))
         routeSystemSound();
 
     QString error;
@@ -111,7 +104,7 @@ void RecordManager::stopRecord() {
     } else {
         endJoin();
     }
-    if (includesSystemSound(mSource))
+    if (mSource && includesSystemSound(*mSource))
         ZQAudioKextKit::unsetSVAD();
 }
 

@@ -2,6 +2,7 @@
 
 #include "capture/ZQAudioRecorder.h"
 #include "platform/foundation/NotificationCenter.h"
+#include "settings/RecordingSource.h"
 
 #include <QObject>
 #include <QUrl>
@@ -59,6 +60,7 @@ public:
     // behind the last of this file, and system sound is not interrupted meanwhile. A second stop, a start that fails,
     // and the end of the manager give the devices back.
     void joinNextRecording();
+    void forgetNextRecording() { endJoin(); }
     // For silence: the frames of the last 0.9 s of the pause are in the file when it is resumed, unless the person has
     // paused as well.
     void pauseRecording(Pause pause = Pause::ByPerson);
@@ -102,7 +104,7 @@ private:
     qint64 mDroppedFrames = 0;
     qint64 mFilledFrames = 0;
     State mRecordState = State::Idle;
-    int mSource = 0; // of the recording under way
+    std::optional<RecordingSource> mSource; // of the recording under way; nothing for a number that none has
     bool mIsPrepareRecording = false;
 };
 

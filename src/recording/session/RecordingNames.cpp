@@ -4,11 +4,29 @@
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
+#include "util/tools/Tools.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 namespace cantorel {
+
+bool recordingIsNamedByHand() { return !AppSettings::isAutoGenFileName() && AppSettings::outputFileName().isEmpty(); }
+
+QString chosenRecordingPath(const std::optional<ExecutedTask> &task) {
+    if (task) {
+        const QString count =
+            task->repeats && task->loopedCount > 0 ? QStringLiteral("(%1)").arg(task->loopedCount) : QString();
+        const QString name = ToolFile::cleanFileName(task->name);
+        return QStringLiteral("%1/%2%3.m4a")
+            .arg(AppSettings::outputPath(), name.isEmpty() ? QStringLiteral("Track") : name, count);
+    }
+    if (AppSettings::isAutoGenFileName())
+        return Tools::getAudioNameFromTrack();
+    if (recordingIsNamedByHand())
+        AppSettings::setOutputFileName(Tools::getAudioNameFromDialog());
+    return AppSettings::outputFileName();
+}
 
 QString freeRecordingPath(const QString &chosen) {
     const QString extension = AudioConverter::extensionOf(AppSettings::getAudioFormat());

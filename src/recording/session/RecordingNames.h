@@ -1,8 +1,17 @@
 #pragma once
 
+#include "recording/session/FileUnderWay.h"
+
 #include <QString>
 
 namespace cantorel {
+
+// Whether the person is asked for the name of the next recording that no task makes.
+bool recordingIsNamedByHand();
+
+// The path that a recording shall have, for a task or by the settings; empty when the person has been asked and does
+// not want to. Main thread.
+QString chosenRecordingPath(const std::optional<ExecutedTask> &task);
 
 // A name beside the chosen one that neither a recording has nor what it will be converted to: it must still be free
 // when that has ended. Any thread.

@@ -1,227 +1,105 @@
 #include "recording/session/RecordingSession.h"
 
-#include "audio_device/ZQAudioKextKit.h"
-#include "lang/Lang.h"
 #include "log/GuardedAction.h"
-#include "platform/desktop/Services.h"
-#include "platform/hal/HardwareSystem.h"
-#include "recording/session/RecordingNames.h"
-#include "recording/session/RecordingSpace.h"
-#include "settings/AppSettings.h"
-#include "util/ToolFile.h"
-#include "util/ToolString.h"
-#include "util/tools/Tools.h"
+#include "recording/library/RecordedList.h"
 
-#include <QDir>
-#include <QFileInfo>
-#include <QTemporaryFile>
-
-#include <algorithm>
 #include <utility>
 
 namespace cantorel {
 
 using foundation::Failure;
 using foundation::Result;
-using namespace std::chrono_literals;
+using Phase = SessionPhase;
 
-namespace {
-
-constexpr auto kDisplayInterval = 500ms;
-constexpr auto kSoundSymbolInterval = 200ms;
-constexpr auto kLevelInterval = 100ms;
-constexpr double kLevelMilliseconds = 100;
-constexpr float kSoundLevel = 0.005f;
-constexpr int kNotes = 7;
-const QString kNoDuration = QStringLiteral("00:00:00");
-const QString kOldAggregateKey =
-    QStringLiteral("OldAggregateSubDeivceUIDs"); // Spelling is fixed: stored settings use it.
-
-// Why nothing can be written to the folder; empty when something can.
-QString folderTrouble(const QString &folder) {
-    QTemporaryFile probe(folder + QStringLiteral("/.cantorel-XXXXXX")); // Rights alone do not tell.
-    if (!QDir().mkpath(folder) || !probe.open())
-        return QStringLiteral("Recordings can't be written to \"%1\"; choose a folder that you may write to.")
-            .arg(folder);
-    if (recordingSecondsLeft(folder, AppSettings::getAudioFormat(), 0, 0) == 0)
-        return QStringLiteral("The disk that holds \"%1\" is full; make room or choose another folder.").arg(folder);
-    return {};
-}
-
-// Why the devices of a source can't be recorded; joins microphone and system sound where both are.
-Result<void> prepareDevices(int source) {
-    // What is remembered of the real devices follows the person's choice up to now.
-    const bool hasVirtual = ZQAudioKextKit::activateSVAD();
-    if (source != 1 && !hasVirtual)
-        return Failure{QStringLiteral("There is no virtual device to record system sound from; start the window anew "
-                                      "and have it installed, or run: cantorel-cli driver install"),
-                       QStringLiteral("no virtual device")};
-    if (source != 0 && ZQAudioKextKit::getDefaultAudioInputName().isEmpty())
-        return Failure{QStringLiteral("There is no microphone; connect one, or record system sound alone."),
-                       QStringLiteral("no default input")};
-    if (source != 2)
-        return {};
-    const QVariantMap saved = AppSettings::getFromUserDefaults_Object(kOldAggregateKey).toMap();
-    if (!ZQAudioKextKit::isAggregateDeviceChanged(saved))
-        return {};
-    ZQAudioKextKit::destroyAggregateDevice();
-    const QVariantMap made = ZQAudioKextKit::createAggregateDevice();
-    if (made.isEmpty())
-        return Failure{
-            QStringLiteral("Microphone and system sound could not be joined to one device; try again, or record "
-                           "one of them alone."),
-            QStringLiteral("createAggregateDevice failed")};
-    AppSettings::saveToUserDefaultsForKeyObjectValue(kOldAggregateKey, made);
-    return {};
-}
-
-} // namespace
-
-RecordingSession::RecordingSession(RecordingSessionView &view, RecordedList &list, const QString &stateFolder)
+RecordingSession::RecordingSession(RecordingSessionView &view, RecordedList &list, const Surroundings &surroundings)
     : mView(view),
       mList(list),
-      mJournal(stateFolder),
+      mClock(surroundings.clock),
+      mJournal(surroundings.stateFolder),
       mLeftovers(view, list, mJournal),
-      mClock(hal::HardwareSystem::clock()),
-      mConversions(list) {
-    if (const auto &sleep = desktop::InstalledServices::current().sleep) {
-        sleep->willSleep = [this](bool shutsDown) {
-            (void)guarded("machineWillSleep", [this, shutsDown] { machineWillSleep(shutsDown); });
-        };
-        sleep->didWake = [this] { (void)guarded("machineDidWake", [this] { machineDidWake(); }); };
-    }
-}
+      mConditions(mJournal, view),
+      mFiles(view, list, mJournal, [this] { settle(); }),
+      mSleep(
+          surroundings.sleep, [this](bool shutsDown) { machineWillSleep(shutsDown); }, [this] { machineDidWake(); }) {}
 
 RecordingSession::~RecordingSession() {
-    if (const auto &sleep = desktop::InstalledServices::current().sleep) {
-        sleep->willSleep = {};
-        sleep->didWake = {};
-        sleep->release();
-    }
     if (mRecordManager) {
         mRecordManager->stopRecord();
         mRecordManager->clear();
     }
 }
 
-int RecordingSession::sourceNamed(const QString &name) {
-    return static_cast<int>(
-        QStringList{QStringLiteral("system"), QStringLiteral("mic"), QStringLiteral("both")}.indexOf(name));
-}
-
 bool RecordingSession::isSettled() const {
-    return !mIsRecording && !mIsWriting && !isFollowed() && mConversions.pending() == 0 && !mLeftovers.isRecovering();
+    return (mPhase == Phase::Idle || mPhase == Phase::Naming) && pendingConversions() == 0
+           && !mLeftovers.isRecovering();
 }
 
 void RecordingSession::settle() {
-    releaseMachine();
-    if (isSettled())
-        mView.recordingSettled();
+    if (!isSettled())
+        return;
+    recordingControlsDidChange();
+    mView.recordingSettled();
 }
 
-void RecordingSession::setExecutedTask(const std::optional<ExecutedTask> &task) {
-    mTask = task;
-    mTaskSecondsBefore = 0;
-}
-
-// Starting and stopping.
+// Starting.
 
 Result<void> RecordingSession::onStartRecording() {
-    if (!mIsRecording)
+    if (!isBusy())
         return startRecording();
     stopByHand();
     return {};
 }
 
-void RecordingSession::stopByHand() {
-    tasks->taskWasStoppedByHand();
-    stopRecording();
-}
-
-Result<void> RecordingSession::prepare() {
-    if (!mJournal.claim())
-        return Failure{QStringLiteral("Another Cantorel is recording already; stop that one first."),
-                       QStringLiteral("the recorder lock is held")};
-    if (const QString trouble = folderTrouble(AppSettings::outputPath()); !trouble.isEmpty())
-        return Failure{trouble, trouble};
-    mSource = AppSettings::getAudioType();
-    const auto prepared = prepareDevices(mSource);
-    mLacksDevice = !prepared;
-    return prepared;
-}
-
-// Empty when the person has been asked and does not want to.
-QString RecordingSession::chooseFile() const {
-    if (mTask) {
-        const QString count =
-            mTask->repeats && mTask->loopedCount > 0 ? QStringLiteral("(%1)").arg(mTask->loopedCount) : QString();
-        const QString name = ToolFile::cleanFileName(mTask->name);
-        return QStringLiteral("%1/%2%3.m4a")
-            .arg(AppSettings::outputPath(), name.isEmpty() ? QStringLiteral("Track") : name, count);
-    }
-    if (AppSettings::isAutoGenFileName())
-        return Tools::getAudioNameFromTrack();
-    if (AppSettings::outputFileName().isEmpty())
-        AppSettings::setOutputFileName(Tools::getAudioNameFromDialog());
-    return AppSettings::outputFileName();
-}
-
-Result<void> RecordingSession::startRecording() {
+Result<void> RecordingSession::startRecording(const std::optional<ExecutedTask> &task) {
     if (mRecordManager && mRecordManager->isRecording()) {
         stopRecording(); // The control toggles.
         return {};
     }
-    if (mIsWriting) {
-        mStartsAfterFile = true;
+    if (mPhase == Phase::Closing || mPhase == Phase::Following) {
+        if (mNext == AfterFile::Nothing) {
+            mNext = AfterFile::Start;
+            mNextTask = task;
+        }
         return {};
     }
-    mTimerRestart.reset();
-    mLacksDevice = false;
-    if (const auto prepared = prepare(); !prepared)
-        return prepared;
-    mView.stopPlayback();
-    const QString chosen = chooseFile();
-    if (chosen.isEmpty())
-        return Failure{{}, QStringLiteral("no name was chosen")};
-    return begin(freeRecordingPath(chosen));
+    FileUnderWay file;
+    file.task = task;
+    return start(std::move(file));
 }
 
-Result<void> RecordingSession::begin(const QString &file) {
-    if (!mJournal.begin(file))
+Result<void> RecordingSession::start(FileUnderWay file) {
+    const auto path = mConditions.meet(file, mPhase);
+    if (!path)
+        return path.failure();
+    if (!mJournal.begin(path.value()))
         return Failure{QStringLiteral("The state folder can't be written to; check its rights and the free space."),
                        QStringLiteral("the journal could not be written")};
     // A filtered recording of this name may still wait to be deleted.
-    mList.removeInvalidFile(file);
-    mDevice = RecordManager::getAudioDeviceNameWithAudioDeviceType(mSource);
+    mList.removeInvalidFile(path.value());
     if (!mRecordManager) {
         mRecordManager = std::make_unique<RecordManager>();
         mRecordManager->delegate = this;
     }
-    mFile.clear();
-    mDisplay = {};
-    mSplitsOnceBack = mFillsAbsence = false;
-    mDroppedFrames = mFilledFrames = mLostFrames = 0;
-    mLastStart = mClock.now();
-    if (mIsDeviceAway)
-        deviceIsAway(false);
-    const bool started = mRecordManager->startRecord(QUrl::fromLocalFile(file));
+    mTimerRestart.reset();
+    const bool wasAwaited = mFile.deviceIsAway;
+    mFile = std::move(file);
+    mFile.device = RecordManager::getAudioDeviceNameWithAudioDeviceType(static_cast<int>(mFile.source));
+    if (wasAwaited)
+        mView.recordingDeviceBack(mFile.device);
+    mRestarts.began(mClock.now());
+    const bool started = mRecordManager->startRecord(QUrl::fromLocalFile(path.value()));
+    mPhase = started ? Phase::Starting : Phase::Refused;
+    mRunning.reset();
     if (started) {
         Log(QStringLiteral("will start record succ"));
-        mIsWriting = true;
-        holdMachine();
-        mSilence.begin(mClock.now());
-        _timerRecording = mClock.every(kDisplayInterval, [this] {
-            (void)guarded("displayRecordingDuration", [this] { _displayRecordingDuration(); });
-        });
+        mSleep.hold();
+        mRunning.reset(new RunningRecording({*this, mView, *mRecordManager, mClock, mSilence, mFile}));
     } else {
         mRecordManager->stopRecord();
         mRecordManager->clear();
-        mJournal.end(file);
+        mJournal.end(path.value());
     }
-    // Deliberate: shown as a recording whether or not it has started; the next press of the control stops it.
-    isPausedByUser = false;
-    mIsRecording = true;
-    showControls();
+    recordingControlsDidChange();
     if (!started)
         return Failure{
             QStringLiteral("The recording could not be started; try again, or look into the log, which says why."),
@@ -229,251 +107,189 @@ Result<void> RecordingSession::begin(const QString &file) {
     return {};
 }
 
-void RecordingSession::showControls() {
-    const bool resumes = mIsRecording && isPausedByUser;
-    mView.recordingControlsDidChange(
-        {mIsRecording, mIsRecording, resumes, resumes ? Lang::btnResume() : Lang::btnPause()});
+// What follows a file that was split, slept over or interrupted belongs to its task.
+void RecordingSession::startNext() {
+    FileUnderWay file;
+    if (std::exchange(mNext, AfterFile::Nothing) == AfterFile::Start) {
+        endTask();
+        mFile.task = std::exchange(mNextTask, {});
+    }
+    file.task = mFile.task;
+    file.taskSecondsBefore = mFile.taskSecondsBefore;
+    const auto started = start(std::move(file));
+    if (started || isWriting()) // Another one was begun while a name was chosen.
+        return;
+    if (!mConditions.lackedDevice()) {
+        end({started.failure().sentence, mRestarts.kept()});
+        return;
+    }
+    // A device that has gone between two files is waited for as within one.
+    if (!mFile.deviceIsAway)
+        deviceIsAway(true);
+    restartAfter(Restarts::interval());
 }
 
-void RecordingSession::stopTimers() {
-    _timerRecording.reset();
-    _timerUpdateAudioLevel.reset();
-    mTimerSoundSymbol.reset();
+void RecordingSession::restartAfter(foundation::Clock::Duration wait) {
+    mPhase = Phase::WaitingToRestart;
+    recordingControlsDidChange();
+    mTimerRestart = mClock.after(wait, [this] { (void)guarded("startAgain", [this] { startNext(); }); });
 }
 
-void RecordingSession::showStopped() {
-    mIsRecording = false;
-    mTimerRestart.reset();
-    stopTimers();
-    isPausedByUser = false;
-    ispausedBySilence = false;
-    mIsDeviceAway = false; // Nobody waits for it any more.
-    showControls();
-    mDisplay = {};
-    mDisplay.size = ToolFile::fileSizeFormatterToString(0);
-    mView.recordingDisplay(mDisplay);
+// Ending.
+
+void RecordingSession::stopByHand() {
+    if (mFile.task || mNextTask)
+        tasks->taskWasStoppedByHand();
+    stopRecording();
 }
 
 void RecordingSession::stopRecording() {
-    if (!mIsRecording) {
-        // Between two files of a split, or before one that waits: there is none then.
-        isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
-        if (mRecordManager)
-            mRecordManager->stopRecord();
-        if (std::exchange(mGoesOnAfterSleep, false) && !mIsWriting)
-            end({});
+    switch (mPhase) {
+    case Phase::Idle:
+        return;
+    case Phase::Naming:
+        mPhase = Phase::Idle; // Whoever asks for the name finds that nothing shall begin.
+        return;
+    case Phase::Starting:
+    case Phase::Writing:
+        close(AfterFile::Nothing);
+        return;
+    case Phase::Closing:
+    case Phase::Following:
+        forgetNext();
+        mRecordManager->stopRecord(); // It may wait for the next file of a split.
+        return;
+    case Phase::Refused:
+    case Phase::WaitingToRestart:
+    case Phase::Asleep:
+        end();
         return;
     }
+}
+
+void RecordingSession::close(AfterFile next) {
+    mNext = next;
+    mPhase = Phase::Closing;
     showStopped();
-    if (mRecordManager) {
-        if (isSplitting())
-            mRecordManager->joinNextRecording();
+    if (next == AfterFile::Split || next == AfterFile::SplitBySilence)
+        mRecordManager->joinNextRecording();
+    mRecordManager->stopRecord();
+}
+
+void RecordingSession::showStopped() {
+    mTimerRestart.reset();
+    mFile.deviceIsAway = false; // Nobody waits for it any more.
+    if (mRunning)
+        mRunning->end();
+    recordingControlsDidChange();
+}
+
+void RecordingSession::recordedFileIsGone() {
+    stopRecordingByRemoveFile = true;
+    stopRecording();
+}
+
+void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
+                                                                    const std::optional<Failure> &failure) {
+    const qint64 dropped = mRecordManager->droppedFrames(); // The last ones came behind the last level.
+    const FinishedRecording recording{url.toLocalFile(), duration, mRecordManager->recordedFileSize(), dropped,
+                                      mFile.lostFrames + dropped - mFile.droppedFrames};
+    if (isRecording() && !failure) // It has ended by itself.
+        close(AfterFile::Nothing);
+    if (failure)
         mRecordManager->stopRecord();
+    mRecordManager->clear();
+    mFile.taskSecondsBefore += duration;
+    const EndedFile ended = mFiles.take(mFile, recording, failure, std::exchange(stopRecordingByRemoveFile, false));
+    if (ended.isElsewhere) // Its folder was removed.
+        forgetNext();
+    if (ended.became == EndedFile::Became::Interrupted) {
+        interrupted(ended);
+        return;
     }
-    if (!mIsWriting) { // Its start had failed, or an error came before.
-        endTask();
-        settle();
-    }
-}
-
-void RecordingSession::splitRecording() {
-    if (!mIsRecording || !mIsWriting)
-        return;
-    mSplitsOnceBack = mIsDeviceAway; // The next file could not begin.
-    if (mIsDeviceAway)
-        return;
-    isAutoSplitEverySeconds = true;
-    stopRecording();
-}
-
-void RecordingSession::onPauseRecording() {
-    if (!mRecordManager || !mIsWriting || !mIsRecording)
-        return;
-    if (mRecordManager->isPaused() && !ispausedBySilence)
-        resumeRecording();
+    if (ended.became == EndedFile::Became::Whole)
+        mRestarts.fileIsWhole();
+    mPhase = Phase::Following;
+    // A start that was asked for meanwhile is made in any case.
+    const bool isLost = ended.became == EndedFile::Became::Lost && mNext != AfterFile::Start;
+    if (isLost || (ended.became == EndedFile::Became::Empty && mNext == AfterFile::Nothing))
+        end(ended.trouble);
     else
-        pauseRecording();
+        follow();
 }
 
-void RecordingSession::pauseRecording() {
-    if (!mRecordManager || isPausedByUser)
-        return;
-    isPausedByUser = true;
-    ispausedBySilence = false;
-    mRecordManager->pauseRecording();
-    showControls();
-    mView.recordingPaused(false);
+// After an error the recording is started again, unless nobody wants that any more.
+void RecordingSession::interrupted(const EndedFile &ended) {
+    const bool goesOn = isRecording() || isStoppedBySilence() || isAutoSplitEverySeconds();
+    mRunning->end();
+    const bool mayFollow = mRestarts.mayFollow(ended.playableSeconds, ended.trouble.kept);
+    const RecordingTrouble trouble{ended.trouble.sentence, mRestarts.kept()};
+    if (mNext == AfterFile::AfterSleep || mNext == AfterFile::Start) {
+        if (mNext == AfterFile::Start)
+            mView.recordingFailed(trouble);
+        mPhase = Phase::Following;
+        follow();
+    } else if (goesOn && mayFollow) {
+        mNext = AfterFile::Nothing;
+        restartAfter(mRestarts.wait(mClock.now()));
+        mView.recordingInterrupted(trouble);
+    } else {
+        end(trouble);
+    }
 }
 
-void RecordingSession::resumeRecording() {
-    if (!mRecordManager || !mRecordManager->isPaused())
-        return;
-    isPausedByUser = false;
-    ispausedBySilence = false;
-    mRecordManager->resumeRecording();
-    mSilence.resumed(mClock.now());
-    showControls();
-    mView.recordingResumed();
-}
-
-// While a recording runs.
-
-void RecordingSession::RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) {
-    mFile = url.toLocalFile();
-    Log(QStringLiteral("did start record succ : %1").arg(mFile));
-    mCurRecordAudioInfo =
-        &mList.addRecordedFile(mFile, ToolString::stringFromDuration(0), ToolFile::fileSizeFormatterToString(0));
-    mCurRecordAudioInfo->isRecording = true;
-    if (mIsRecording) // It may have been stopped with its first frames.
-        watch();
-    mView.recordingStarted(mFile, mDevice);
-}
-
-void RecordingSession::watch() {
-    stopRecordingByRemoveFile = false;
-    _timerUpdateAudioLevel = mClock.every(kLevelInterval, [this] {
-        try {
-            updateAudioLevels();
-        } catch (const std::exception &exception) {
-            Tools::logException(exception);
-        }
-    });
-    hasSound = true;
-    mTimerSoundSymbol = mClock.every(
-        kSoundSymbolInterval, [this] { (void)guarded("displaySoundSymbol", [this] { _displaySoundSymbol(); }); });
-    mView.setSystemVolumeSlider(
-        100 * ZQAudioKextKit::getVolumeValueFromDeviceName(ZQAudioKextKit::getSystemSoundDeviceName()));
-    mSilence.begin(mClock.now());
-}
-
-void RecordingSession::RecordManagerUpdateAudioLevel(RecordManager &, float level) {
-    hasSound = level >= kSoundLevel;
-    mSilence.level(level);
-    mView.recordingLevel(level);
-    countLostFrames();
-}
-
-void RecordingSession::countLostFrames() {
-    const qint64 dropped = mRecordManager->droppedFrames(), filled = mRecordManager->filledFrames();
-    qint64 lost = dropped - std::exchange(mDroppedFrames, dropped);
-    if (const qint64 silence = filled - std::exchange(mFilledFrames, filled); silence > 0)
-        lost += std::exchange(mFillsAbsence, false) ? 0 : silence;
-    if (lost <= 0)
-        return;
-    mLostFrames += lost;
-    mView.recordingFramesLost(lost);
-}
-
-void RecordingSession::_displayRecordingDuration() {
-    if (!mFile.isEmpty() && !QFileInfo::exists(mFile)) {
-        stopRecordingByRemoveFile = true;
-        stopRecording();
+// What follows a file that is whole: the next one, or the end.
+void RecordingSession::follow() {
+    mFile.item.clear();
+    if (mNext == AfterFile::Nothing) {
+        end();
         return;
     }
-    if (!isPausedByUser && mSilence.isDue(mClock.now()))
-        mView.recordingSilent(likelyCauseOfSilence(mSource, mDevice));
-    if (mRecordManager->isPaused())
-        showPaused();
-    else
-        showRunning();
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (mPhase != Phase::Following)
+                return;
+            if (mNext == AfterFile::Nothing) { // Stopped meanwhile.
+                end();
+            } else if (mSleep.isAsleep()) {
+                mPhase = Phase::Asleep;
+                mSleep.release();
+            } else {
+                (void)guarded("startAgain", [this] { startNext(); });
+            }
+        },
+        Qt::QueuedConnection);
 }
 
-void RecordingSession::showPaused() {
-    const QString paused = Lang::tabRecordStatusPaused();
-    if (mCurRecordAudioInfo && mCurRecordAudioInfo->status() != paused)
-        mCurRecordAudioInfo->setStatus(paused);
-    mDisplay.badge = mDisplay.badge.isEmpty() ? mDisplay.duration : QString();
-    mDisplay.durationVisible = !mDisplay.durationVisible;
-    mDisplay.silenceVisible = ispausedBySilence && mDisplay.durationVisible;
-    mView.recordingDisplay(mDisplay);
+// Nothing follows.
+void RecordingSession::end(const RecordingTrouble &trouble) {
+    const bool wasShown = isRecording();
+    mPhase = Phase::Idle;
+    forgetNext();
+    mRestarts.reset();
+    mFile.item.clear();
+    if (mRecordManager)
+        mRecordManager->forgetNextRecording();
+    if (wasShown)
+        showStopped();
+    endTask();
+    mSleep.release();
+    if (!trouble.sentence.isEmpty())
+        mView.recordingFailed(trouble);
+    settle();
 }
 
-void RecordingSession::showRunning() {
-    mDisplay.seconds = mRecordManager->recordingDuration();
-    mDisplay.bytes = mRecordManager->recordedFileSize();
-    mDisplay.duration = ToolString::stringFromDuration(mDisplay.seconds);
-    mDisplay.size = ToolFile::fileSizeFormatterToString(mDisplay.bytes);
-    mDisplay.lostFrames = mLostFrames;
-    mDisplay.badge = mDisplay.duration;
-    mDisplay.durationVisible = true;
-    mDisplay.silenceVisible = false;
-    mDisplay.secondsLeft = recordingSecondsLeft(AppSettings::outputPath(), AppSettings::getAudioFormat(),
-                                                mDisplay.seconds, mDisplay.bytes);
-    if (mCurRecordAudioInfo) {
-        mCurRecordAudioInfo->setDuration(mDisplay.duration);
-        mCurRecordAudioInfo->setSize(mDisplay.size);
-        mCurRecordAudioInfo->setStatus(Lang::tabRecordStatusRecording() + QStringLiteral("..."));
-    }
-    mView.recordingDisplay(mDisplay);
-    if (mTask && mTaskSecondsBefore + mDisplay.seconds >= mTask->seconds) {
-        stopRecording();
-        return;
-    }
-    if (mDisplay.secondsLeft == 0) {
-        mView.recordingEndsEarly(
-            QStringLiteral("The disk that holds \"%1\" is full, so the recording was ended; make room or choose "
-                           "another folder.")
-                .arg(AppSettings::outputPath()));
-        stopRecording();
-        return;
-    }
-    // Without a period every refresh would split.
-    const int period = AppSettings::autoSplitEverySeconds();
-    if (mSplitsOnceBack || (AppSettings::isAutoSplitEverySeconds() && period >= 1 && mDisplay.seconds >= period))
-        splitRecording();
+void RecordingSession::endTask() {
+    mFile.taskSecondsBefore = 0;
+    if (std::exchange(mFile.task, {}))
+        tasks->taskRecordingDidEnd();
 }
 
-void RecordingSession::deviceIsAway(bool away) {
-    mIsDeviceAway = away;
-    mFillsAbsence |= away;
-    if (away)
-        mView.recordingDeviceLost(mDevice);
-    else
-        mView.recordingDeviceBack(mDevice);
-}
-
-void RecordingSession::_displaySoundSymbol() {
-    if (!mIsRecording || !mRecordManager)
-        return;
-    const bool skips = AppSettings::isAutoSkipSilence();
-    if (skips && !hasSound && !isPausedByUser && !mRecordManager->isPaused()) {
-        ispausedBySilence = true;
-        mRecordManager->pauseRecording(RecordManager::Pause::ForSilence);
-        Log(QStringLiteral("No audio input current..."));
-        mView.recordingPaused(true);
-    } else if (ispausedBySilence && (hasSound || !skips)) { // Who switches skipping off does not mean to stay paused.
-        resumeRecording();
-    }
-    mNote = hasSound && !mRecordManager->isPaused() ? mNote % kNotes + 1 : 0;
-    mView.recordingNote(mNote);
-}
-
-// Deliberate: the counter is not reset when sound comes back, so a file ends after that much silence in all.
-void RecordingSession::updateAudioLevels() {
-    if (!mIsRecording || hasSound)
-        return;
-    if (silenceDuration <= 0) {
-        plusSilenceDuration();
-        return;
-    }
-    if (!AppSettings::isAutoSkipSilence() || !AppSettings::isAutoSplitAudioFile())
-        return;
-    if (silenceDuration < AppSettings::autoSplitSeconds() || mIsDeviceAway) {
-        plusSilenceDuration();
-        return;
-    }
-    silenceDuration = 0;
-    if (mDisplay.duration == kNoDuration)
-        return;
-    isStoppedBySilence = true;
-    stopRecording();
-}
-
-void RecordingSession::plusSilenceDuration() {
-    if (!AppSettings::isAutoSkipSilence() || !AppSettings::isAutoSplitAudioFile() || mDisplay.duration == kNoDuration)
-        return;
-    silenceDuration += kLevelMilliseconds;
-    Log(QStringLiteral("silenceDuration :%1").arg(silenceDuration, 0, 'f', 6));
+void RecordingSession::forgetNext() {
+    mNext = AfterFile::Nothing;
+    if (std::exchange(mNextTask, {}))
+        tasks->taskRecordingDidEnd();
 }
 
 } // namespace cantorel

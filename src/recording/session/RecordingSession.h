@@ -1,57 +1,38 @@
 #pragma once
 
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/Result.h"
-#include "recording/library/RecordedConversions.h"
-#include "recording/library/RecordedList.h"
 #include "recording/session/CrashLeftovers.h"
+#include "recording/session/FinishedFiles.h"
 #include "recording/session/RecordManager.h"
-#include "recording/session/RecordingSessionView.h"
-#include "recording/session/SilenceWatch.h"
-
-#include <QObject>
-#include <QPointer>
-
-#include <memory>
+#include "recording/session/Restarts.h"
+#include "recording/session/RunningRecording.h"
+#include "recording/session/SleepGuard.h"
+#include "recording/session/StartConditions.h"
 
 namespace cantorel {
 
-// The scheduled task that a recording is made for.
-struct ExecutedTask {
-    QString name;
-    bool repeats = false;
-    int loopedCount = 0;
-    double seconds = 0; // how long it records
-};
-
-// Is told what becomes of the recordings of a task. All optional.
-class RecordingSessionTasks {
-public:
-    virtual ~RecordingSessionTasks() = default;
-
-    // The person has ended the task's recording.
-    virtual void taskWasStoppedByHand() {}
-    // The task's recording is over, with all its files.
-    virtual void taskRecordingDidEnd() {}
-};
-
 // Everything between the button and the finished file: starts, pauses and ends recordings through the RecordManager,
-// names the files, splits and skips by silence, splits by period, starts again after errors, and hands what is finished
-// to the list and the conversions. Owned by the application or a command; main thread.
-class RecordingSession : public QObject, public RecordManagerDelegate {
+// has them split and started again, and hands what is finished to the list and the conversions. Owned by the
+// application or a command; main thread.
+class RecordingSession : public QObject, public RecordManagerDelegate, private RunningRecordingOwner {
 public:
-    // stateFolder: holds the journal. All outlive the session.
-    RecordingSession(RecordingSessionView &view, RecordedList &list, const QString &stateFolder);
+    struct Surroundings {
+        foundation::Clock &clock;
+        desktop::SleepDelay *sleep; // null where the desktop has none
+        QString stateFolder;        // holds the journal
+    };
+    // All outlive the session.
+    RecordingSession(RecordingSessionView &view, RecordedList &list, const Surroundings &surroundings);
     ~RecordingSession() override;
 
     foundation::WeakDelegate<RecordingSessionTasks> tasks;
 
-    // The start control and its hot key: ends a recording, or begins one.
+    // The start control and its hot key: ends what is recorded, or begins a recording.
     foundation::Result<void> onStartRecording();
-    // Begins with the source, folder and format of the settings; ends one that runs. Where the file before is still
-    // being finished, begins after that. A failure is one sentence. One before the devices are touched changes nothing;
-    // a later one deliberately leaves the recording shown, until it is stopped.
-    foundation::Result<void> startRecording();
+    // Begins with the source, folder and format of the settings, for a task or for nobody; ends one that runs. Where
+    // the file before is still being finished, begins after that. A failure is one sentence, empty where the person has
+    // changed their mind. One before the devices are touched changes nothing; a later one deliberately leaves the
+    // recording shown, until it is stopped.
+    foundation::Result<void> startRecording(const std::optional<ExecutedTask> &task = {});
     void stopRecording();
     // The same, and a task whose recording it is ends with it.
     void stopByHand();
@@ -59,37 +40,34 @@ public:
     void onPauseRecording();
     void pauseRecording();
     void resumeRecording();
-    // Ends the file under way and goes on in another.
+    // Ends the file under way and goes on in another, once it is resumed or its device is back.
     void splitRecording();
 
-    bool isRecording() const { return mIsRecording; }
-    bool isPaused() const { return mRecordManager && mRecordManager->isPaused(); }
-    // A file is written or closed.
-    bool isWriting() const { return mIsWriting; }
-    // Another file follows the one that is being finished.
-    bool isFollowed() const { return isSplitting() || mStartsAfterFile || mGoesOnAfterSleep; }
-    bool isPausedBySilence() const { return ispausedBySilence; }
-    bool isPrepareStartRecording() const { return mRecordManager && mRecordManager->isPrepareRecording(); }
+    SessionPhase phase() const { return mPhase; }
+    RecorderState state() const;
+    bool isRecording() const { return isShownAsRecording(mPhase); }
+    // Something is recorded or goes on in a moment: the start control ends it, and no other recording begins beside it.
+    bool isBusy() const { return isRecording() || mNext != AfterFile::Nothing; }
+    bool isWriting() const { return hasOpenFile(mPhase) || mPhase == SessionPhase::Closing; }
     // Nothing is recorded, finished, started again, converted or repaired.
     bool isSettled() const;
-    const RecordingDisplay &display() const { return mDisplay; }
-    QString file() const { return mFile; }
+    bool isPaused() const { return mRecordManager && mRecordManager->isPaused(); }
+    bool isPausedByUser() const { return mRunning && mRunning->pausedBy() == PausedBy::Person; }
+    bool ispausedBySilence() const { return mRunning && mRunning->pausedBy() == PausedBy::Silence; }
+    bool isStoppedBySilence() const { return mNext == AfterFile::SplitBySilence; }
+    bool isAutoSplitEverySeconds() const { return mNext == AfterFile::Split; }
+    bool isPrepareStartRecording() const { return mRecordManager && mRecordManager->isPrepareRecording(); }
+    // Kept after its end, until the next begins.
+    const FileUnderWay &currentFile() const { return mFile; }
     // What the file that is written holds, until it is whole.
-    double recordedSeconds() const { return mIsWriting && mRecordManager ? mRecordManager->recordingDuration() : 0; }
-    qint64 recordedBytes() const { return mIsWriting && mRecordManager ? mRecordManager->recordedFileSize() : 0; }
-    RecordedAudioInfo *currentItem() const { return mCurRecordAudioInfo; }
-    int pendingConversions() const { return mConversions.pending(); }
+    double recordedSeconds() const { return isWriting() ? mRecordManager->recordingDuration() : 0; }
+    qint64 recordedBytes() const { return isWriting() ? mRecordManager->recordedFileSize() : 0; }
+    int pendingConversions() const { return mFiles.pendingConversions(); }
 
     // Makes this process the owner of recordings, list and tasks; false when another one is.
     bool claim() { return mJournal.claim(); }
     // What a crash has left behind. After claim().
     CrashLeftovers &leftovers() { return mLeftovers; }
-
-    // The recordings from now on belong to this task, or to none.
-    void setExecutedTask(const std::optional<ExecutedTask> &task);
-
-    // The sources by the names that a person uses: "system", "mic", "both"; -1 for others.
-    static int sourceNamed(const QString &name);
 
 private:
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) override;
@@ -98,83 +76,44 @@ private:
     void RecordManagerUpdateAudioLevel(RecordManager &, float level) override;
     void RecordManagerDeviceLost(RecordManager &) override { deviceIsAway(true); }
     void RecordManagerDeviceBack(RecordManager &) override { deviceIsAway(false); }
+    void recordingShallStop() override { stopRecording(); }
+    void recordingShallSplit(AfterFile split) override { close(split); }
+    void recordedFileIsGone() override;
+    void recordingControlsDidChange() override;
 
+    foundation::Result<void> start(FileUnderWay file);
+    void startNext();
+    void restartAfter(foundation::Clock::Duration wait);
     void deviceIsAway(bool away);
-    void countLostFrames();
-    QString chooseFile() const;
-    foundation::Result<void> prepare();
-    foundation::Result<void> begin(const QString &file);
-    void showControls();
+    void close(AfterFile next);
     void showStopped();
-    void watch();
-    void stopTimers();
-    bool isSplitting() const { return isStoppedBySilence || isAutoSplitEverySeconds; }
-
-    void _displayRecordingDuration();
-    void showPaused();
-    void showRunning();
-    void _displaySoundSymbol();
-    void updateAudioLevels();
-    void plusSilenceDuration();
-
-    void interrupted(const FinishedRecording &recording, const foundation::Failure &failure);
-    void startAgain();
-    void endOrGiveUp(const QString &file);
-    void rescued(const QString &file);
-    void filter(const FinishedRecording &recording);
-    void complete(const FinishedRecording &recording);
-    void convert(FinishedRecording recording);
-    void goOn();
+    void interrupted(const EndedFile &ended);
+    void follow();
+    void forgetNext();
     void endTask();
-    void end(const RecordingTrouble &trouble);
+    void end(const RecordingTrouble &trouble = {});
     void settle();
-
     void machineWillSleep(bool shutsDown);
     void machineDidWake();
-    void holdMachine() const;
-    void releaseMachine() const;
 
     RecordingSessionView &mView;
     RecordedList &mList;
+    foundation::Clock &mClock;
     RecordingJournal mJournal;
     CrashLeftovers mLeftovers;
-    foundation::Clock &mClock;
-    RecordedConversions mConversions;
+    StartConditions mConditions;
+    FinishedFiles mFiles;
+    SleepGuard mSleep;
     std::unique_ptr<RecordManager> mRecordManager;
-    std::unique_ptr<foundation::Timer> _timerRecording;        // 0.5 s
-    std::unique_ptr<foundation::Timer> _timerUpdateAudioLevel; // 0.1 s
-    std::unique_ptr<foundation::Timer> mTimerSoundSymbol;      // 0.2 s
-    std::unique_ptr<foundation::Timer> mTimerRestart;          // after an error
-    QPointer<RecordedAudioInfo> mCurRecordAudioInfo;
-    std::optional<ExecutedTask> mTask;
-    double mTaskSecondsBefore = 0; // in the task's files before this one
-    SilenceWatch mSilence;
-    RecordingDisplay mDisplay;
-    int mSource = 0;
-    QString mDevice;            // the one that is recorded
-    QString mFile;              // the one that is written; empty before the first frames
-    double silenceDuration = 0; // milliseconds
-    bool hasSound = true;
-    int mNote = 0;
-    bool mIsRecording = false; // as shown
-    bool mIsWriting = false;   // until the file is closed, longer than it is recorded
-    bool mStartsAfterFile = false;
-    bool mMachineSleeps = false;    // or is about to, or to shut down
-    bool mGoesOnAfterSleep = false; // a recording was ended for that
-    bool isPausedByUser = false;
-    bool ispausedBySilence = false;
-    bool isStoppedBySilence = false;      // the last stop was a split by silence; a recording follows
-    bool isAutoSplitEverySeconds = false; // the same of a split by period, or by hand
-    bool stopRecordingByRemoveFile = false;
-    qint64 mDroppedFrames = 0, mFilledFrames = 0; // of the running recording, as counted last
-    qint64 mLostFrames = 0;                       // in it
-    bool mFillsAbsence = false;                   // the next silence that is filled in is the device's absence
-    bool mIsDeviceAway = false;                   // of the running recording, or before one that is waited for
-    bool mSplitsOnceBack = false;
-    bool mLacksDevice = false; // why the last start was refused
-    int mFailuresInARow = 0;
-    foundation::Clock::Duration mLastStart{};
-    QString mKept; // by the last error
+    std::unique_ptr<foundation::Timer> mTimerRestart;
+    SessionPhase mPhase = SessionPhase::Idle;
+    AfterFile mNext = AfterFile::Nothing;
+    std::optional<ExecutedTask> mNextTask; // of AfterFile::Start
+    FileUnderWay mFile;
+    std::unique_ptr<RunningRecording> mRunning; // the last one, until the next begins
+    SilenceRules mSilence;
+    Restarts mRestarts;
+    bool stopRecordingByRemoveFile = false; // the stop came from that; an error is no reason to start again then
 };
 
 } // namespace cantorel

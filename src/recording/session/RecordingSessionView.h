@@ -1,6 +1,7 @@
 #pragma once
 
 #include "recording/session/RecordingJournal.h"
+#include "recording/session/SessionPhase.h"
 
 #include <QString>
 
@@ -23,6 +24,7 @@ struct RecordingControls {
     bool pauseEnabled = false;
     bool pauseShowsResume = false;
     QString pauseToolTip;
+    RecorderState state = RecorderState::Idle;
 };
 
 // What is shown of a running recording, twice a second.
@@ -44,6 +46,17 @@ struct RecordingTrouble {
     QString kept; // where the M4A lies; empty when there is none
 };
 
+// Is told what becomes of the recordings of a task. All optional.
+class RecordingSessionTasks {
+public:
+    virtual ~RecordingSessionTasks() = default;
+
+    // The person has ended the task's recording.
+    virtual void taskWasStoppedByHand() {}
+    // The task's recording is over, with all its files.
+    virtual void taskRecordingDidEnd() {}
+};
+
 // What a session shows; implemented by each face. Main thread. All optional.
 class RecordingSessionView {
 public:
@@ -52,6 +65,7 @@ public:
     virtual void recordingRecovered(const RecordingJournal::Recovered &) {}
     // file: the M4A being written.
     virtual void recordingStarted(const QString & /*file*/, const QString & /*device*/) {}
+    // The controls, or the state beside them.
     virtual void recordingControlsDidChange(const RecordingControls &) {}
     virtual void recordingDisplay(const RecordingDisplay &) {}
     virtual void recordingLevel(float) {} // every 0.1 s; a linear amplitude times 20
@@ -61,6 +75,7 @@ public:
     virtual void recordingPaused(bool /*bySilence*/) {}
     virtual void recordingResumed() {}
     virtual void recordingSilent(const QString & /*sentence*/) {}
+    virtual void recordingHeard() {} // after that: a sound has come
     virtual void recordingDeviceLost(const QString & /*device*/) {}
     virtual void recordingDeviceBack(const QString & /*device*/) {}
     virtual void recordingConverting(const QString & /*file*/) {}

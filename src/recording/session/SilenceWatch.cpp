@@ -1,6 +1,9 @@
 #include "recording/session/SilenceWatch.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "settings/AppSettings.h"
+
+#include <utility>
 
 namespace cantorel {
 
@@ -12,27 +15,33 @@ constexpr float kFloorLevel = 0.002001f;
 
 } // namespace
 
-void SilenceWatch::begin(Duration now) { mBegan = now; }
+void SilenceWatch::begin(Duration now) {
+    mBegan = now;
+    mWasDue = false;
+}
 
 void SilenceWatch::resumed(Duration now) {
     if (mBegan)
         mBegan = now;
 }
 
-void SilenceWatch::level(float level) {
-    if (level > kFloorLevel)
-        mBegan.reset();
+bool SilenceWatch::level(float level) {
+    if (!(level > kFloorLevel))
+        return false;
+    mBegan.reset();
+    return std::exchange(mWasDue, false);
 }
 
 bool SilenceWatch::isDue(Duration now) {
     if (!mBegan || now - *mBegan < kPatience)
         return false;
     mBegan.reset();
+    mWasDue = true;
     return true;
 }
 
-QString likelyCauseOfSilence(int source, const QString &device) {
-    if (source == 1) {
+QString likelyCauseOfSilence(RecordingSource source, const QString &device) {
+    if (source == RecordingSource::Microphone) {
         const QString microphone = ZQAudioKextKit::getDefaultAudioInputName();
         if (ZQAudioKextKit::getVolumeValueFromDeviceName(microphone) == 0)
             return QStringLiteral("\"%1\" gives only silence; its volume is 0, turn it up.").arg(device);
@@ -42,9 +51,11 @@ QString likelyCauseOfSilence(int source, const QString &device) {
     if (output != ZQAudioKextKit::getSystemSoundDeviceName())
         return QStringLiteral("\"%1\" hears only silence because programs play to \"%2\"; choose \"%1\" as the output.")
             .arg(ZQAudioKextKit::getSystemSoundDeviceName(), output);
+    // The person knows the output that is heard, not the device that stands in for it.
+    const QString heard = AppSettings::getRecordingOutputDeviceName();
     return QStringLiteral(
                "\"%1\" hears only silence; nothing plays, the player is muted, or it plays to another device.")
-        .arg(device);
+        .arg(heard.isEmpty() ? device : heard);
 }
 
 } // namespace cantorel

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/RecordingSource.h"
+
 #include <QString>
 
 #include <chrono>
@@ -16,16 +18,18 @@ public:
     void begin(Duration now);
     // After a pause: what is left to wait for begins again, a sound that was heard stays heard.
     void resumed(Duration now);
-    // A level as the recorder tells it; not a number when there are no channels.
-    void level(float level);
+    // A level as the recorder tells it; not a number when there are no channels. True for the first sound after
+    // isDue().
+    bool level(float level);
     // True once, when the time is over and no sound has been heard.
     bool isDue(Duration now);
 
 private:
     std::optional<Duration> mBegan;
+    bool mWasDue = false;
 };
 
-// One sentence on why the device may be silent. source: as in the settings.
-QString likelyCauseOfSilence(int source, const QString &device);
+// One sentence on why the device may be silent.
+QString likelyCauseOfSilence(RecordingSource source, const QString &device);
 
 } // namespace cantorel

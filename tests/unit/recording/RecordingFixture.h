@@ -2,6 +2,9 @@
 
 #include "audio_device/ZQAudioKextKit.h"
 #include "capture/ZQAVRecorderKit.h"
+#include "platform/desktop/Services.h"
+#include "recording/library/RecordedList.h"
+#include "recording/session/RecordingSession.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"
@@ -10,6 +13,7 @@
 #include "tests/support/PrivateWorld.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -45,6 +49,10 @@ public:
     }
     static QString output() { return ZQAudioKextKit::getDefaultAudioOutputName(); }
     std::optional<QString> chosenOutput() const { return world.backend->configuredDefault(hal::Direction::Output); }
+    RecordingSession::Surroundings surroundings(const char *stateFolder) const {
+        return {*world.clock, desktop::InstalledServices::current().sleep.get(),
+                QDir::homePath() + QLatin1Char('/') + QLatin1String(stateFolder)};
+    }
     QString path(const char *name) const { return folder.filePath(QString::fromUtf8(name)); }
 
     EmbeddedWorld world;

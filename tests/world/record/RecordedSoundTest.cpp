@@ -4,6 +4,7 @@
 #include "capture/ZQAVRecorderKit.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
+#include "recording/library/RecordedList.h"
 #include "recording/session/RecordingSession.h"
 #include "settings/AppSettings.h"
 #include "tests/support/PrivateWorld.h"
@@ -98,7 +99,7 @@ TEST_P(RecordedSound, ReachesTheCoderAndTheEarWholeAndToTheBit) {
         AppSettings::setAudioType(GetParam().source);
         AppSettings::setAutoSkipSilence(false); // Every frame is looked for.
         RecordedList list(QDir::homePath() + QStringLiteral("/library"), hal::HardwareSystem::clock());
-        RecordingSession session(view, list, QDir::homePath() + "/journal");
+        RecordingSession session(view, list, {hal::HardwareSystem::clock(), nullptr, QDir::homePath() + "/journal"});
         ASSERT_TRUE(session.startRecording().ok());
         ASSERT_TRUE(eventually([&] { return view.started; }));
         const auto listener = world.listen("builtin_output", heard);
@@ -140,7 +141,7 @@ TEST(RecordingDevice, ThatVanishesIsWaitedForAndTakenUpAgain) {
     AppSettings::setAudioType(1);
     AppSettings::setAutoSkipSilence(false); // Every frame is looked for.
     RecordedList list(QDir::homePath() + QStringLiteral("/library"), hal::HardwareSystem::clock());
-    RecordingSession session(view, list, QDir::homePath() + "/journal");
+    RecordingSession session(view, list, {hal::HardwareSystem::clock(), nullptr, QDir::homePath() + "/journal"});
     ASSERT_TRUE(session.startRecording().ok());
     ASSERT_TRUE(eventually([&] { return view.started && bench.frames() > 4800; }));
 
@@ -169,7 +170,7 @@ TEST(RecordingDevice, ComesBackWithItsServer) {
     AppSettings::setAudioType(1);
     AppSettings::setAutoSkipSilence(false); // Every frame is looked for.
     RecordedList list(QDir::homePath() + QStringLiteral("/library"), hal::HardwareSystem::clock());
-    RecordingSession session(view, list, QDir::homePath() + "/journal");
+    RecordingSession session(view, list, {hal::HardwareSystem::clock(), nullptr, QDir::homePath() + "/journal"});
     ASSERT_TRUE(session.startRecording().ok());
     ASSERT_TRUE(eventually([&] { return view.started && bench.frames() > 4800; }));
     world.killServer();
@@ -195,7 +196,7 @@ TEST(RecordedBoth, AreMixedAtUnity) {
     AppSettings::setAudioType(2);
     AppSettings::setAutoSkipSilence(false); // Every frame is looked for.
     RecordedList list(QDir::homePath() + QStringLiteral("/library"), hal::HardwareSystem::clock());
-    RecordingSession session(view, list, QDir::homePath() + "/journal");
+    RecordingSession session(view, list, {hal::HardwareSystem::clock(), nullptr, QDir::homePath() + "/journal"});
     ASSERT_TRUE(session.startRecording().ok());
     ASSERT_TRUE(eventually([&] { return view.started; }));
     const auto speaker = world.feed(quiet, "builtin_microphone");

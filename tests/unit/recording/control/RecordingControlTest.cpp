@@ -1,7 +1,7 @@
 #include "recording/control/RecordingControl.h"
 
-#include "recording/schedule/ScheduleTaskInfo.h"
 #include "recording/schedule/ScheduleTaskText.h"
+#include "recording/schedule/TaskList.h"
 #include "tests/unit/recording/RecordingFixture.h"
 
 #include <QDir>
@@ -32,8 +32,9 @@ public:
 
     QStringList started;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
-    RecordingSession session{*this, list, QDir::homePath() + QStringLiteral("/state")};
-    RecordingControl control{session, list, nullptr, RecordingControl::Begins::Any};
+    RecordingSession session{*this, list, surroundings("state")};
+    TaskList tasks;
+    RecordingControl control{session, list, tasks, RecordingControl::Begins::Any};
 };
 
 struct ControlWithoutVirtualDevice : RecordingControlTest {
@@ -108,9 +109,9 @@ TEST_F(RecordingControlTest, TasksThatCannotBeAreRefusedAndStoreNothing) {
     EXPECT_FALSE(add({}));
     EXPECT_TRUE(AppSettings::scheduleTaskList().isEmpty());
     EXPECT_TRUE(add(json));
-    ScheduleTaskInfo::LoadTasks();
-    ASSERT_EQ(ScheduleTaskInfo::tasks().size(), 1u);
-    EXPECT_EQ(jsonOfTask(*ScheduleTaskInfo::tasks()[0]), json);
+    tasks.LoadTasks();
+    ASSERT_EQ(tasks.tasks().size(), 1u);
+    EXPECT_EQ(jsonOfTask(*tasks.tasks()[0]), json);
 }
 
 } // namespace cantorel

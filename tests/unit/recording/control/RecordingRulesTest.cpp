@@ -55,8 +55,8 @@ public:
         });
     }
 
-    void start() {
-        ASSERT_TRUE(session.startRecording());
+    void start(const std::optional<ExecutedTask> &task = {}) {
+        ASSERT_TRUE(session.startRecording(task));
         const auto before = view.started.size();
         // Little time shall pass until a thread that has no time has told its first frames.
         ASSERT_TRUE(test::eventually([&] {
@@ -72,9 +72,9 @@ public:
             (void)test::eventually([] { return false; }, 8); // The threads keep pace with five times the time.
             if (step > 2) {
                 EXPECT_TRUE(test::eventually([&] {
-                    if (session.isRecording() && session.file().isEmpty())
+                    if (session.isRecording() && session.currentFile().path.isEmpty())
                         world.advance(1);
-                    return session.isRecording() ? !session.file().isEmpty() : session.isSettled();
+                    return session.isRecording() ? !session.currentFile().path.isEmpty() : session.isSettled();
                 }));
             }
         }
@@ -107,7 +107,7 @@ public:
     std::atomic<bool> loud = true;
     View view;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
-    RecordingSession session{view, list, QDir::homePath() + QStringLiteral("/state")};
+    RecordingSession session{view, list, surroundings("state")};
 
 private:
     std::shared_ptr<void> mNoise;
@@ -186,7 +186,7 @@ TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
 TEST_F(RecordingRulesTest, WhatGoesWrongIsSaidInTheLanguageInForce) {
     AppSettings::setAudioType(1);
     RecorderPanel panel;
-    RecordingSession watched(panel, list, QDir::homePath() + QStringLiteral("/watched"));
+    RecordingSession watched(panel, list, surroundings("watched"));
     unplug();
     const auto refused = watched.startRecording();
     ASSERT_FALSE(refused);
@@ -209,7 +209,7 @@ TEST_F(RecordingRulesTest, LostFramesAreToldWithTheLevelsAndInAll) {
             marks += panel.history().column(i).mark == SoundHistory::Mark::LostFrames;
         return marks;
     };
-    RecordingSession watched(panel, list, QDir::homePath() + QStringLiteral("/watched"));
+    RecordingSession watched(panel, list, surroundings("watched"));
     ASSERT_TRUE(watched.startRecording());
     ASSERT_TRUE(stepUntil([&] { return panel.display().seconds >= 2; }));
     EXPECT_EQ(marks(), 0u);
@@ -223,7 +223,8 @@ TEST_F(RecordingRulesTest, LostFramesAreToldWithTheLevelsAndInAll) {
     EXPECT_LT(marks() + 60, panel.history().size()) << "and not before";
     EXPECT_TRUE(panel.sentence().contains(QStringLiteral("frames"))) << panel.sentence().toStdString();
     std::optional<FinishedRecording> finished;
-    panel.finished = [&](const FinishedRecording &recording) { finished = recording; };
+    QObject::connect(&panel, &RecorderPanel::finished, &panel,
+                     [&](const FinishedRecording &recording) { finished = recording; });
     watched.stopRecording();
     ASSERT_TRUE(stepUntil([&] { return watched.isSettled(); }));
     ASSERT_TRUE(finished);
@@ -304,7 +305,7 @@ TEST_F(RecordingRulesTest, SilenceIsSkippedAndWhatComesBeforeASoundIsKept) {
     loud = false;
     pass(4); // No more than the queue holds, for time flies here.
     EXPECT_EQ(view.pauses, "s");
-    EXPECT_TRUE(session.isPausedBySilence());
+    EXPECT_TRUE(session.ispausedBySilence());
     loud = true;
     pass(2);
     EXPECT_EQ(view.pauses, "sr");
@@ -326,10 +327,10 @@ TEST_F(RecordingRulesTest, PauseWhilePausedBySilenceIsThePersons) {
     pass(1);
     loud = false;
     pass(2);
-    ASSERT_TRUE(session.isPausedBySilence());
+    ASSERT_TRUE(session.ispausedBySilence());
     session.onPauseRecording();
     EXPECT_TRUE(session.isPaused());
-    EXPECT_FALSE(session.isPausedBySilence());
+    EXPECT_FALSE(session.ispausedBySilence());
     EXPECT_TRUE(view.controls.pauseShowsResume);
     loud = true;
     pass(2);
@@ -339,6 +340,67 @@ TEST_F(RecordingRulesTest, PauseWhilePausedBySilenceIsThePersons) {
     EXPECT_EQ(view.pauses, "spr");
     session.stopRecording();
     ASSERT_TRUE(settles());
+}
+
+// Neither silence nor the split button makes a file that nobody has resumed.
+TEST_F(RecordingRulesTest, WhatThePersonHasPausedIsSplitOnceItIsResumed) {
+    AppSettings::setAutoSkipSilence(true);
+    AppSettings::setAutoSplitAudioFile(true);
+    AppSettings::setAutoSplitSeconds(1000);
+    start();
+    pass(2);
+    session.pauseRecording();
+    loud = false;
+    pass(3);
+    session.splitRecording();
+    loud = true;
+    pass(1);
+    EXPECT_TRUE(session.isPausedByUser() && session.isPaused());
+    EXPECT_EQ(view.started.size(), 1);
+    session.resumeRecording();
+    pass(1.5);
+    EXPECT_EQ(view.started.size(), 2) << "the button is made up for";
+    session.stopRecording();
+    ASSERT_TRUE(settles());
+    EXPECT_NEAR(totalSeconds(), 3.5, 0.4);
+}
+
+// A press of the control ends what is shown to go on, and begins after what is ending, be it empty.
+TEST_F(RecordingRulesTest, APressWhileAFileClosesIsNotLost) {
+    start();
+    pass(1);
+    session.splitRecording();
+    EXPECT_FALSE(session.isRecording());
+    EXPECT_TRUE(session.isBusy());
+    ASSERT_TRUE(session.onStartRecording());
+    ASSERT_TRUE(settles());
+    EXPECT_EQ(view.started.size(), 1) << "between two files it is a stop";
+    ASSERT_TRUE(session.startRecording());
+    session.stopRecording(); // before the first frames
+    EXPECT_FALSE(session.isBusy());
+    ASSERT_TRUE(session.onStartRecording());
+    EXPECT_TRUE(session.isBusy());
+    ASSERT_TRUE(stepUntil([&] { return view.started.size() == 2; })) << view.failed.join(' ').toStdString();
+    session.stopRecording();
+    ASSERT_TRUE(settles());
+}
+
+TEST_F(RecordingRulesTest, TheWordOfSilenceEndsWithTheFirstSoundAndWithTheRecording) {
+    RecorderPanel panel;
+    RecordingSession watched(panel, list, surroundings("watched"));
+    for (const bool isHeard : {true, false}) {
+        loud = false;
+        ASSERT_TRUE(watched.startRecording());
+        ASSERT_TRUE(stepUntil([&] { return !panel.sentence().isEmpty(); }));
+        EXPECT_TRUE(panel.sentence().contains("Built-in Output")) << "as the window calls it";
+        loud = isHeard;
+        if (isHeard) {
+            EXPECT_TRUE(stepUntil([&] { return panel.sentence().isEmpty(); }));
+        }
+        watched.stopRecording();
+        EXPECT_EQ(panel.sentence(), QString());
+        ASSERT_TRUE(stepUntil([&] { return watched.isSettled(); }));
+    }
 }
 
 TEST_F(RecordingRulesTest, WhatIsTooShortIsFilteredWithItsItem) {
@@ -371,8 +433,8 @@ TEST_F(RecordingRulesTest, ATaskIsNamedCountedAndEndedAtItsLengthOverItsFiles) {
     session.tasks = &tasks;
     AppSettings::setIsAutoSplitEverySeconds(true);
     AppSettings::setAutoSplitEverySeconds(2);
-    session.setExecutedTask(ExecutedTask{"../News", true, 2, 5});
-    start();
+    const ExecutedTask news{"../News", true, 2, 5};
+    start(news);
     pass(9);
     ASSERT_TRUE(settles());
     EXPECT_EQ(tasks.told, "e") << "once, for all its files";
@@ -382,7 +444,7 @@ TEST_F(RecordingRulesTest, ATaskIsNamedCountedAndEndedAtItsLengthOverItsFiles) {
         << "each is free for the recording and for what becomes of it";
     EXPECT_GE(names().size(), 2);
     // By hand.
-    start();
+    start(news);
     ASSERT_TRUE(session.onStartRecording());
     ASSERT_TRUE(settles());
     EXPECT_EQ(tasks.told, "ehe");

@@ -2,6 +2,7 @@
 
 #include "platform/desktop/recorded/RecordedServices.h"
 #include "tests/unit/recording/RecordingFixture.h"
+#include "util/Asker.h"
 
 #include <QDir>
 
@@ -15,6 +16,10 @@ public:
     using RecordingFixture::RecordingFixture;
 
     void recordingStarted(const QString &file, const QString &) override { started << QFileInfo(file).fileName(); }
+    void recordingConverting(const QString &) override {
+        if (onConverting)
+            std::exchange(onConverting, {})();
+    }
     void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
     void taskEnded(const ScheduleTaskInfo &task) override { ended << task._taskName; }
     void taskMissed(const ScheduleTaskInfo &, const QDateTime &, const QString &sentence) override {
@@ -27,9 +32,7 @@ public:
     }
     std::shared_ptr<ScheduleTaskInfo> add(const char *name, int inSeconds, int seconds) {
         const QDateTime from = now().addSecs(inSeconds);
-        ScheduleTaskInfo::tasks().push_back(
-            std::make_shared<ScheduleTaskInfo>(QString::fromUtf8(name), from, from.addSecs(seconds), 1, false));
-        return ScheduleTaskInfo::tasks().back();
+        return tasks.add(ScheduleTaskInfo(QString::fromUtf8(name), from, from.addSecs(seconds), 1, false)).value();
     }
     void SetUp() override {
         AppSettings::setAudioFormat(4);
@@ -41,10 +44,12 @@ public:
     std::shared_ptr<desktop::CallRecord> calls = std::make_shared<desktop::CallRecord>();
     desktop::InstalledServices services{desktop::recordedServices(calls)};
     QStringList started, ended, missed;
+    std::function<void()> onConverting; // once
     std::vector<FinishedRecording> finished;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
-    RecordingSession session{*this, list, QDir::homePath() + QStringLiteral("/state")};
-    ScheduledSession scheduled{session, *this, *world.clock, [this] { return now(); }};
+    RecordingSession session{*this, list, surroundings("state")};
+    TaskList tasks;
+    ScheduledSession scheduled{session, tasks, *this, *world.clock, [this] { return now(); }};
 };
 
 struct ScheduledWithoutVirtualDevice : ScheduledSessionTest {
@@ -66,7 +71,7 @@ TEST_F(ScheduledSessionTest, ATaskRecordsItsLengthUnderItsNameAsOftenAsItShall) 
     }
     EXPECT_EQ(list.items().size(), 2u);
     EXPECT_EQ(ended, QStringList{QStringLiteral("News")});
-    EXPECT_TRUE(ScheduleTaskInfo::tasks().empty());
+    EXPECT_TRUE(tasks.tasks().empty());
     EXPECT_EQ(AppSettings::getAudioType(), 1);
     EXPECT_TRUE(stepUntil([&] { return calls->calls().filter(QStringLiteral("shut down")).size() == 1; }));
 }
@@ -94,6 +99,70 @@ TEST_F(ScheduledSessionTest, StoppedByHandARepeatedTaskEnds) {
     EXPECT_EQ(ended, QStringList{QStringLiteral("News")});
     world.advance(5'000);
     EXPECT_EQ(started.size(), 1);
+}
+
+// The person's own recording between two repetitions is the person's own.
+TEST_F(ScheduledSessionTest, StoppingAnotherRecordingBetweenTwoRepetitionsEndsNoTask) {
+    const auto task = add("News", 2, 3);
+    task->_repeatEnabled = true;
+    task->_repeatTotalCount = 2;
+    onConverting = [&] { // The task's next one is not begun yet.
+        scheduled.onStartRecording();
+    };
+    ASSERT_TRUE(stepUntil([&] { return started.size() == 2; }));
+    world.advance(2'000);
+    scheduled.onStartRecording();
+    ASSERT_TRUE(stepUntil([&] { return !ended.isEmpty(); }));
+    EXPECT_EQ(started, (QStringList{"News.m4a", "Track2.m4a", "News(1).m4a"}));
+}
+
+TEST_F(ScheduledSessionTest, ATaskThatFallsDueWhileAFileClosesRecordsItsWholeLengthAfterIt) {
+    AppSettings::setAudioType(1);
+    scheduled.onStartRecording();
+    ASSERT_TRUE(stepUntil([&] { return started.size() == 1; }));
+    world.advance(4'000);
+    add("News", 2, 3);
+    world.advance(400); // The next look but one finds it.
+    scheduled.onStartRecording();
+    for (int look = 0; look < 20 && session.phase() == SessionPhase::Closing; ++look)
+        world.clock->advance(100ms); // without the event loop that tells of the closed file
+    ASSERT_TRUE(stepUntil([&] { return finished.size() == 2; })) << missed.join(' ').toStdString();
+    EXPECT_EQ(started.value(1), "News.m4a");
+    EXPECT_GE(finished[1].seconds, 3.0);
+    EXPECT_EQ(ended, QStringList{"News"});
+}
+
+// Names every file by hand, and lets happen what happens while the question stands there.
+TEST_F(ScheduledSessionTest, ATaskThatFallsDueWhileANameIsChosenIsRecorded) {
+    struct : Asker {
+        void tell(const QString &, const QString &, AlertStyle, QObject *) override {}
+        int ask(const QString &, const QString &, const QStringList &choices, QObject *) override {
+            return static_cast<int>(choices.size()) - 1;
+        }
+        QString askForNewFile(const QString &name, const QString &) override {
+            meanwhile();
+            return name + "/Mine.m4a";
+        }
+        std::function<void()> meanwhile;
+    } asker;
+    const InstalledAsker installed(asker);
+    AppSettings::setIsAutoGenFileName(false);
+    AppSettings::setAudioType(1);
+    asker.meanwhile = [&] {
+        EXPECT_FALSE(session.startRecording()) << "one question at a time";
+        session.stopRecording();
+    };
+    EXPECT_FALSE(session.startRecording());
+    EXPECT_TRUE(session.isSettled()) << "called off";
+    add("News", 2, 3);
+    asker.meanwhile = [&] { ASSERT_TRUE(stepUntil([&] { return started.size() == 1; })); };
+    const auto overtaken = session.startRecording();
+    ASSERT_FALSE(overtaken);
+    EXPECT_FALSE(overtaken.failure().sentence.isEmpty());
+    ASSERT_TRUE(stepUntil([&] { return finished.size() == 1; }));
+    EXPECT_GE(finished[0].seconds, 3.0);
+    EXPECT_EQ(started, QStringList{"News.m4a"});
+    EXPECT_EQ(ended, QStringList{"News"});
 }
 
 TEST_F(ScheduledWithoutVirtualDevice, ATaskThatCannotBeginIsReportedAndTheNextOneRuns) {

@@ -1,8 +1,7 @@
-#include "recording/schedule/ScheduleTaskInfo.h"
-
 #include "lang/Lang.h"
 #include "platform/foundation/KeyedArchiver.h"
 #include "platform/foundation/SearchPaths.h"
+#include "recording/schedule/TaskList.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"
@@ -177,8 +176,8 @@ TEST(ScheduleTaskInfo, IsStoredUnderItsFixedKeysAndReadAgain) {
                              "_repeatStopByManually _repeatTotalCount _shutdown _taskName _toTime _weeksOn"));
     task._completed = true;
     task.dealtWithStart = task.awaitedStart = task._fromTime;
-    ScheduleTaskInfo::tasks() = {std::make_shared<ScheduleTaskInfo>(task), std::make_shared<ScheduleTaskInfo>()};
-    EXPECT_TRUE(ScheduleTaskInfo::SaveTasks());
+    TaskList list;
+    ASSERT_TRUE(list.add(task).ok() && list.add({}).ok());
     ScheduleTaskInfo::LoadTasks();
     ASSERT_EQ(ScheduleTaskInfo::tasks().size(), 2u);
     ScheduleTaskInfo stored = fullTask();
@@ -226,7 +225,8 @@ TEST(ScheduleTaskInfo, ADamagedArchiveIsCopiedAsideAndStaysUntilTheNextSave) {
     const QByteArray damaged = foundation::archivedData(QVariantList{archivedTask(fullTask())}).left(200);
     ASSERT_TRUE(ZQUserDefaultSetValue_Object(damaged, key));
     testing::internal::CaptureStderr();
-    ScheduleTaskInfo::LoadTasks();
+    TaskList list;
+    list.LoadTasks();
     const QString told = QString::fromStdString(testing::internal::GetCapturedStderr());
     EXPECT_TRUE(ScheduleTaskInfo::tasks().empty());
     EXPECT_EQ(told.count(QLatin1Char('\n')), 1) << told.toStdString();
@@ -234,8 +234,7 @@ TEST(ScheduleTaskInfo, ADamagedArchiveIsCopiedAsideAndStaysUntilTheNextSave) {
     QFile copy(foundation::stateFolder() + QStringLiteral("/cantorel/scheduleTaskList.damaged"));
     ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
     EXPECT_EQ(copy.readAll(), damaged);
-    ScheduleTaskInfo::tasks() = {std::make_shared<ScheduleTaskInfo>(fullTask())};
-    EXPECT_TRUE(ScheduleTaskInfo::SaveTasks());
+    EXPECT_TRUE(list.add(fullTask()).ok());
     EXPECT_EQ(AppSettings::scheduleTaskList().size(), 1);
     EXPECT_TRUE(copy.exists());
 }

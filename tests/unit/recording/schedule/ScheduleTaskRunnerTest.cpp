@@ -24,7 +24,7 @@ protected:
         services = std::make_unique<desktop::InstalledServices>(desktop::recordedServices(calls));
     }
 
-    bool isRecording() const override { return recording; }
+    bool isBusy() const override { return recording; }
     foundation::Result<void> startTaskRecording(const ScheduleTaskInfo &task) override {
         if (!startFailure.isEmpty()) {
             recording = failureLeavesRecordingShown;
@@ -43,7 +43,6 @@ protected:
         recording = false;
         events << QStringLiteral("stop");
     }
-    void releaseTask() override { ++releases; }
     bool isSettled() const override { return !recording && settled; }
 
     void taskCountdown(const TaskCountdown &shown) override { countdown = shown; }
@@ -85,21 +84,17 @@ protected:
     }
     std::shared_ptr<ScheduleTaskInfo> add(const char *name, const char *from, qint64 seconds, QList<int> weeks = {}) {
         const QDateTime start = QDateTime::fromString(QString::fromLatin1(from), QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-        auto task =
-            std::make_shared<ScheduleTaskInfo>(QString::fromLatin1(name), start, start.addSecs(seconds), 1, false);
-        task->_daily = !weeks.isEmpty();
-        task->WeeksOn_ = std::move(weeks);
-        ScheduleTaskInfo::tasks().push_back(task);
-        return task;
+        ScheduleTaskInfo task(QString::fromLatin1(name), start, start.addSecs(seconds), 1, false);
+        task._daily = !weeks.isEmpty();
+        task.WeeksOn_ = std::move(weeks);
+        return tasks.add(task).value();
     }
     std::string told() { return std::exchange(events, {}).join(QStringLiteral("; ")).toStdString(); }
     static QStringList storedNames() {
-        ScheduleTaskInfo::Tasks kept = ScheduleTaskInfo::tasks();
-        ScheduleTaskInfo::LoadTasks();
+        TaskList stored;
         QStringList names;
-        for (const auto &task : ScheduleTaskInfo::tasks())
+        for (const auto &task : stored.tasks())
             names << task->_taskName;
-        ScheduleTaskInfo::tasks() = kept;
         return names;
     }
 
@@ -114,9 +109,9 @@ protected:
     QString startFailure;
     bool failureLeavesRecordingShown = false;
     bool recording = false, settled = true;
-    int releases = 0;
     QDateTime ends;
-    ScheduleTaskRunner runner{*this, *this, clock, [this] { return now(); }};
+    TaskList tasks;
+    ScheduleTaskRunner runner{tasks, *this, *this, clock, [this] { return now(); }};
 };
 
 TEST_F(ScheduleTaskRunnerTest, AOneTimeTaskRunsOnceAndLeavesTheStoredList) {
@@ -133,7 +128,6 @@ TEST_F(ScheduleTaskRunnerTest, AOneTimeTaskRunsOnceAndLeavesTheStoredList) {
     EXPECT_TRUE(countdown.isExecuted);
     pass(70);
     EXPECT_EQ(told(), "end a");
-    EXPECT_EQ(releases, 1);
     EXPECT_FALSE(runner.currentScheduleTask());
     EXPECT_TRUE(storedNames().isEmpty());
     pass(86'400);
@@ -144,8 +138,7 @@ TEST_F(ScheduleTaskRunnerTest, AOneTimeTaskRunsOnceAndLeavesTheStoredList) {
 TEST_F(ScheduleTaskRunnerTest, AStartIsFoundWhereverTheTicksFallBetweenTheSeconds) {
     for (const int fraction : {0, 1, 499, 500, 999}) {
         handsMoved = fraction;
-        ScheduleTaskInfo::tasks().clear();
-        ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+        tasks.drop(tasks.tasks());
         begin("2026-07-12 07:59:55");
         startOfTime = startOfTime.addMSecs(-std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count());
         add("a", "2026-07-12 08:00:00", 1);
@@ -162,7 +155,7 @@ TEST_F(ScheduleTaskRunnerTest, OfTwoTasksOfOneSecondTheFirstInTheListWinsAndTheO
     pass(20);
     EXPECT_EQ(told(), "07-12 08:00 start first 1; 07-12 08:00 missed second: another; "
                       "07-12 08:00 missed daily: another; end first");
-    EXPECT_EQ(ScheduleTaskInfo::tasks().size(), 1u);
+    EXPECT_EQ(tasks.tasks().size(), 1u);
 }
 
 TEST_F(ScheduleTaskRunnerTest, ATaskDueDuringAManualRecordingIsRefusedAndLetGo) {
@@ -175,7 +168,7 @@ TEST_F(ScheduleTaskRunnerTest, ATaskDueDuringAManualRecordingIsRefusedAndLetGo) 
     EXPECT_TRUE(recording);
     runner.taskRecordingDidEnd(); // of the manual one
     EXPECT_EQ(told(), "");
-    EXPECT_TRUE(ScheduleTaskInfo::tasks().empty());
+    EXPECT_TRUE(tasks.tasks().empty());
 }
 
 TEST_F(ScheduleTaskRunnerTest, RepetitionsCountAsTheyShould) {
@@ -193,8 +186,7 @@ TEST_F(ScheduleTaskRunnerTest, RepetitionsCountAsTheyShould) {
         {5, 2, true, "08:00 start a 1; start a(1) 1; end a"},
     };
     for (const auto &c : cases) {
-        ScheduleTaskInfo::tasks().clear();
-        ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+        tasks.drop(tasks.tasks());
         handsMoved = -std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count();
         begin("2026-07-12 07:59:58");
         const auto task = add("a", "2026-07-12 08:00:00", 10, c.daily ? QList<int>{0} : QList<int>{});
@@ -213,7 +205,7 @@ TEST_F(ScheduleTaskRunnerTest, RepetitionsCountAsTheyShould) {
         events.remove(QStringLiteral("07-12 ")).replace(QStringLiteral("; 08:00 start"), QStringLiteral("; start"));
         EXPECT_EQ(events.toStdString(), c.told) << c.total;
         EXPECT_EQ(task->_repeatLoopedCount, 0);
-        EXPECT_EQ(ScheduleTaskInfo::tasks().size(), c.daily ? 1u : 0u);
+        EXPECT_EQ(tasks.tasks().size(), c.daily ? 1u : 0u);
         EXPECT_EQ(storedNames().size(), c.daily ? 1 : 0);
     }
 }
@@ -242,9 +234,9 @@ TEST_F(ScheduleTaskRunnerTest, TheLoopedCountIsStoredAtEveryEnd) {
     task->_repeatEnabled = true;
     task->_repeatTotalCount = 3;
     pass(10);
-    ScheduleTaskInfo::LoadTasks();
-    ASSERT_EQ(ScheduleTaskInfo::tasks().size(), 1u);
-    EXPECT_EQ(ScheduleTaskInfo::tasks()[0]->_repeatLoopedCount, 1);
+    tasks.LoadTasks();
+    ASSERT_EQ(tasks.tasks().size(), 1u);
+    EXPECT_EQ(tasks.tasks()[0]->_repeatLoopedCount, 1);
 }
 
 TEST_F(ScheduleTaskRunnerTest, ADailyTaskThatACrashCutShortMakesAllItsRecordingsTheNextDay) {
@@ -252,7 +244,7 @@ TEST_F(ScheduleTaskRunnerTest, ADailyTaskThatACrashCutShortMakesAllItsRecordings
     task->_repeatEnabled = true;
     task->_repeatTotalCount = 3;
     task->_repeatLoopedCount = 2; // as a killed program has stored it
-    ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+    ASSERT_TRUE(tasks.SaveTasks());
     begin("2026-07-13 07:59:50");
     pass(60);
     EXPECT_EQ(told(), "07-13 08:00 start a 1; 07-13 08:00 start a(1) 1; 07-13 08:00 start a(2) 1; end a");
@@ -271,12 +263,12 @@ TEST_F(ScheduleTaskRunnerTest, EveryRepetitionCountsDownToItsOwnEnd) {
 
 TEST_F(ScheduleTaskRunnerTest, AStartInTheProgramsFirstSecondIsKept) {
     for (const int milliseconds : {1, 400, 999}) {
-        ScheduleTaskInfo::tasks().clear();
+        tasks.drop(tasks.tasks());
         add("a", "2026-07-12 08:00:00", 5);
-        ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+        ASSERT_TRUE(tasks.SaveTasks());
         startOfTime = QDateTime(QDate(2026, 7, 12), QTime(8, 0)).addMSecs(-milliseconds).toUTC();
         startOfTime = startOfTime.addMSecs(-std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count());
-        ScheduleTaskRunner fresh(*this, *this, clock, [this] { return now(); });
+        ScheduleTaskRunner fresh(tasks, *this, *this, clock, [this] { return now(); });
         fresh.initScheduleTaskList();
         clock.advance(1s);
         EXPECT_EQ(events.filter(QStringLiteral("start a")).size(), 1) << milliseconds << told();
@@ -349,7 +341,7 @@ TEST_F(ScheduleTaskRunnerTest, WhatWasDueWhileNothingRanIsReportedAndForgotten) 
     add("old", "2026-07-11 08:00:00", 5);
     add("daily", "2026-07-11 08:00:00", 5, {6});
     add("never", "not a time", 5);
-    ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+    ASSERT_TRUE(tasks.SaveTasks());
     begin("2026-07-12 07:00:00");
     pass(1);
     EXPECT_EQ(told(), "07-11 08:00 missed old: not running; missed never: not running");
@@ -359,12 +351,13 @@ TEST_F(ScheduleTaskRunnerTest, WhatWasDueWhileNothingRanIsReportedAndForgotten) 
 TEST_F(ScheduleTaskRunnerTest, AProgramThatEndsWithinAStartNeitherMakesItAgainNorCallsItMissed) {
     add("Daily", "2026-07-06 08:00:00", 600, {0, 1, 2, 3, 4, 5, 6});
     add("Once", "2026-07-06 09:00:00", 600);
-    ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+    ASSERT_TRUE(tasks.SaveTasks());
+    std::optional<TaskList> read;
     const auto restart = [&](const char *moment) {
         recording = false;
         ends = {};
-        ScheduleTaskInfo::tasks().clear();
-        auto again = std::make_unique<ScheduleTaskRunner>(*this, *this, clock, [this] { return now(); });
+        auto again =
+            std::make_unique<ScheduleTaskRunner>(read.emplace(), *this, *this, clock, [this] { return now(); });
         startOfTime = QDateTime::fromString(QString::fromLatin1(moment), QStringLiteral("yyyy-MM-dd HH:mm:ss")).toUTC();
         handsMoved = -std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count();
         again->initScheduleTaskList();
@@ -412,7 +405,7 @@ TEST_F(ScheduleTaskRunnerTest, ReadingTheListAnewKeepsTheExecutedTaskAndTheTimer
     const auto task = add("a", "2026-07-12 08:00:00", 60);
     task->_repeatEnabled = true;
     task->_repeatTotalCount = 2;
-    ASSERT_TRUE(ScheduleTaskInfo::SaveTasks());
+    ASSERT_TRUE(tasks.SaveTasks());
     pass(10);
     testing::internal::CaptureStderr();
     runner.initScheduleTaskList();

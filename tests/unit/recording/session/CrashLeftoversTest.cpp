@@ -39,7 +39,7 @@ public:
     QString record() {
         const auto count = view.finished.size();
         EXPECT_TRUE(session.startRecording());
-        EXPECT_TRUE(stepUntil([&] { return !session.file().isEmpty(); }));
+        EXPECT_TRUE(stepUntil([&] { return !session.currentFile().path.isEmpty(); }));
         world.advance(1000);
         session.stopRecording();
         EXPECT_TRUE(stepUntil([&] { return session.isSettled() && view.finished.size() > count; }));
@@ -51,7 +51,7 @@ public:
     const QString left = path("Track1.m4a"); // the very name that the next recording would have
     QByteArray before;
     RecordedList list{state, *world.clock};
-    RecordingSession session{view, list, state};
+    RecordingSession session{view, list, {*world.clock, nullptr, state}};
     CrashLeftovers &leftovers = session.leftovers();
 };
 
@@ -78,8 +78,8 @@ TEST_F(CrashLeftoversTest, RecoveredBehindWhileAnotherRecordingRuns) {
     EXPECT_FALSE(session.isSettled()) << "the program does not end before";
     EXPECT_TRUE(leftovers.pending().empty()) << "nobody is asked twice";
     EXPECT_TRUE(session.startRecording());
-    ASSERT_TRUE(stepUntil([&] { return recovered && !session.file().isEmpty(); }));
-    EXPECT_EQ(abandoned(), QStringList{session.file()}) << "the one that runs stays written down";
+    ASSERT_TRUE(stepUntil([&] { return recovered && !session.currentFile().path.isEmpty(); }));
+    EXPECT_EQ(abandoned(), QStringList{session.currentFile().path}) << "the one that runs stays written down";
     ASSERT_EQ(recovered->size(), 1u);
     EXPECT_EQ(recovered->front().failure, QString());
     EXPECT_EQ(view.recovered, QStringList{left});

@@ -36,7 +36,7 @@ public:
     std::vector<FinishedRecording> finished;
     int settled = 0;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
-    RecordingSession session{*this, list, QDir::homePath() + QStringLiteral("/state")};
+    RecordingSession session{*this, list, surroundings("state")};
 };
 
 } // namespace

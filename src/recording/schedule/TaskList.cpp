@@ -1,0 +1,143 @@
+#include "recording/schedule/TaskList.h"
+
+#include "platform/foundation/SearchPaths.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsTable.h"
+#include "settings/StoredList.h"
+#include "settings/UserDefaultFunctions.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace cantorel {
+
+using foundation::Failure;
+using foundation::Result;
+
+namespace {
+
+TaskList *living = nullptr;
+
+Failure refusal(const QString &sentence) { return {sentence, sentence}; }
+
+} // namespace
+
+TaskList::TaskList() {
+    if (!living)
+        living = this;
+}
+
+TaskList::~TaskList() {
+    if (living == this)
+        living = nullptr;
+}
+
+TaskList *TaskList::current() { return living; }
+
+void TaskList::LoadTasks() {
+    const StoredList stored = loadStoredList(QString::fromLatin1(setting::kScheduleTaskList),
+                                             foundation::stateFolder() + QStringLiteral("/cantorel"));
+    mTasks.clear();
+    for (const QVariant &item : stored.items) {
+        if (const auto task = taskFromArchive(item))
+            mTasks.push_back(std::make_shared<ScheduleTaskInfo>(*task));
+    }
+    mIsLoaded = true;
+}
+
+bool TaskList::SaveTasks() {
+    QVariantList list;
+    for (const Task &task : tasks())
+        list << archivedTask(*task);
+    AppSettings::setScheduleTaskList(list);
+    return standardUserDefaults().synchronize(); // Nothing is left to be written unless that failed.
+}
+
+const TaskList::Tasks &TaskList::tasks() & {
+    if (!mIsLoaded)
+        LoadTasks();
+    return mTasks;
+}
+
+// Keeps the list as it was where the new one can't be stored.
+Result<void> TaskList::take(Tasks tasks) {
+    std::swap(mTasks, tasks);
+    if (!SaveTasks()) {
+        std::swap(mTasks, tasks);
+        return refusal(
+            QStringLiteral("The tasks were not saved: \"%1\" cannot be read or written; check its rights, its "
+                           "folder and the free space.")
+                .arg(standardUserDefaults().filePath()));
+    }
+    Q_EMIT changed();
+    return {};
+}
+
+Result<TaskList::Task> TaskList::add(const ScheduleTaskInfo &task) {
+    Tasks all = tasks();
+    all.push_back(std::make_shared<ScheduleTaskInfo>(task));
+    const Task added = all.back();
+    if (const auto taken = take(std::move(all)); !taken)
+        return taken.failure();
+    return added;
+}
+
+Result<void> TaskList::remove(const Task &task) {
+    if (task == mRunning)
+        return refusal(
+            QStringLiteral("The task \"%1\" is being recorded; end it first: cantorel-cli stop").arg(task->_taskName));
+    Tasks kept = tasks();
+    std::erase(kept, task);
+    return take(std::move(kept));
+}
+
+Result<TaskList::Tasks> TaskList::removeNamed(const QString &name) {
+    Tasks kept, removed;
+    for (const Task &task : tasks())
+        (task->_taskName == name ? removed : kept).push_back(task);
+    if (removed.empty())
+        return refusal(
+            QStringLiteral("There is no task \"%1\"; \"cantorel-cli tasks list\" shows all of them.").arg(name));
+    if (std::find(removed.begin(), removed.end(), mRunning) != removed.end())
+        return refusal(QStringLiteral("The task \"%1\" is being recorded; end it first: cantorel-cli stop").arg(name));
+    if (const auto taken = take(std::move(kept)); !taken)
+        return taken.failure();
+    return removed;
+}
+
+void TaskList::replace(const Task &task, const Task &by) { std::replace(mTasks.begin(), mTasks.end(), Task(task), by); }
+
+void TaskList::drop(const Tasks &over) {
+    std::erase_if(mTasks, [&](const Task &task) { return std::find(over.begin(), over.end(), task) != over.end(); });
+    (void)SaveTasks(); // A failure is logged, and the next save tries again.
+    Q_EMIT changed();
+}
+
+// The static operations.
+
+void ScheduleTaskInfo::LoadTasks() {
+    if (TaskList *list = TaskList::current())
+        list->LoadTasks();
+}
+
+bool ScheduleTaskInfo::SaveTasks() {
+    TaskList *list = TaskList::current();
+    return list && list->SaveTasks();
+}
+
+ScheduleTaskInfo::Tasks ScheduleTaskInfo::tasks() {
+    TaskList *list = TaskList::current();
+    return list ? list->tasks() : Tasks();
+}
+
+void ScheduleTaskInfo::setCurrentRuningTask(std::shared_ptr<ScheduleTaskInfo> task) {
+    if (TaskList *list = TaskList::current())
+        list->setCurrentRuningTask(std::move(task));
+}
+
+std::shared_ptr<ScheduleTaskInfo> ScheduleTaskInfo::currentRuningTask() {
+    TaskList *list = TaskList::current();
+    return list ? list->currentRuningTask() : nullptr;
+}
+
+} // namespace cantorel

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "recording/library/RecordedAudioInfo.h"
+#include "settings/RecordingSource.h"
+
+#include <QPointer>
+#include <QString>
+
+#include <optional>
+#include <utility>
+
+namespace cantorel {
+
+// The scheduled task that a recording is made for.
+struct ExecutedTask {
+    QString name;
+    bool repeats = false;
+    int loopedCount = 0;
+    double seconds = 0; // how long it records
+};
+
+// The file that is written, from its start until it is settled: what it records, what it has lost, and whom it belongs
+// to. A value of RecordingSession.
+struct FileUnderWay {
+    QString path;   // empty before the first frames
+    QString device; // the one that is recorded
+    RecordingSource source = RecordingSource::SystemSound;
+    QPointer<RecordedAudioInfo> item; // from the first frames on, while it is listed
+    std::optional<ExecutedTask> task;
+    double taskSecondsBefore = 0; // in the task's files before this one
+
+    qint64 droppedFrames = 0, filledFrames = 0; // as counted last
+    qint64 lostFrames = 0;                      // dropped, or filled with silence though the device was there
+    bool fillsAbsence = false;                  // the next silence that is filled in is the device's absence
+    bool deviceIsAway = false;
+
+    // Frames lost since the last count.
+    qint64 countLost(qint64 dropped, qint64 filled) {
+        qint64 lost = dropped - std::exchange(droppedFrames, dropped);
+        if (const qint64 silence = filled - std::exchange(filledFrames, filled); silence > 0)
+            lost += std::exchange(fillsAbsence, false) ? 0 : silence;
+        lostFrames += lost;
+        return lost;
+    }
+};
+
+} // namespace cantorel

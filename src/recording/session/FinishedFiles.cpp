@@ -1,0 +1,155 @@
+#include "recording/session/FinishedFiles.h"
+
+#include "log/Log.h"
+#include "platform/media/RecordingRepair.h"
+#include "platform/media/SoundReader.h"
+#include "recording/library/RecordedList.h"
+#include "recording/session/RecordingJournal.h"
+#include "settings/AppSettings.h"
+#include "util/ToolFile.h"
+#include "util/ToolString.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace cantorel {
+
+using foundation::Failure;
+
+FinishedFiles::FinishedFiles(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal,
+                             std::function<void()> settled)
+    : mView(view), mList(list), mJournal(journal), mSettled(std::move(settled)), mConversions(list) {}
+
+EndedFile FinishedFiles::take(FileUnderWay &file, const FinishedRecording &recording,
+                              const std::optional<Failure> &failure, bool isGone) {
+    EndedFile ended;
+    ended.isElsewhere = !file.path.isEmpty() && recording.file != file.path;
+    if (ended.isElsewhere)
+        moved(file, recording.file);
+    const bool isRemoved = (isGone && !ended.isElsewhere) || !QFileInfo::exists(recording.file);
+    if (failure && (!isGone || ended.isElsewhere)) {
+        ended.became = EndedFile::Became::Interrupted;
+        ended.playableSeconds = keep(file, recording.file);
+        ended.trouble = {failure->sentence, recording.file};
+        return ended;
+    }
+    AppSettings::setOutputFileName({});
+    if (isRemoved || recording.seconds <= 0)
+        return drop(file, recording, failure, isRemoved);
+    if (!filter(file, recording) && file.item)
+        complete(*file.item, recording);
+    constexpr int kLast = std::numeric_limits<int>::max();
+    AppSettings::setrecordNameBaseOn(std::min(AppSettings::recordNameBaseOn(), kLast - 1) + 1);
+    return ended;
+}
+
+void FinishedFiles::complete(RecordedAudioInfo &item, const FinishedRecording &recording) {
+    const QString size = ToolFile::fileSizeFormatterToString(recording.bytes);
+    item.isRecording = false;
+    item.setStatus({});
+    item.Seconds = recording.seconds;
+    item.setDuration(ToolString::stringFromDuration(recording.seconds));
+    item.setSize(size);
+    mList.save(item);
+    endInJournal(recording.file);
+    convert(item, recording);
+    Log(QStringLiteral("did stop record succ :\n{\n    Path = %1\n    Duration = %2 s\n    FileSize = %3\n}")
+            .arg(recording.file, QString::number(recording.seconds, 'f', 2), size));
+}
+
+bool FinishedFiles::filter(const FileUnderWay &file, const FinishedRecording &recording) {
+    const int shortest = AppSettings::autoFilterSeconds();
+    if (!AppSettings::isAutoFilterAudioFile() || shortest < 1 || shortest <= recording.seconds)
+        return false;
+    if (!QFile::remove(recording.file)) {
+        mList.addInvalidFile(recording.file);
+        return false;
+    }
+    mJournal.end(recording.file);
+    if (file.item) {
+        if (file.item->shutdownEnable)
+            file.item->ShutdownMonitorDelegate->shutdownRequestedBy(*file.item);
+        mList.remove(*file.item);
+    }
+    mView.recordingFiltered(recording.file, recording.seconds);
+    return true;
+}
+
+void FinishedFiles::convert(RecordedAudioInfo &item, const FinishedRecording &recording) {
+    mView.recordingConverting(recording.file);
+    mConversions.convertRecordedfileFormat(item, [this, recording](const foundation::Result<QString> &result) {
+        FinishedRecording finished = recording;
+        if (result) {
+            finished.file = result.value();
+            finished.bytes = QFileInfo(finished.file).size();
+            mView.recordingFinished(finished);
+        } else {
+            mView.recordingFailed(
+                {result.failure().sentence, QFile::exists(recording.file) ? recording.file : QString()});
+        }
+        mSettled();
+    });
+}
+
+EndedFile FinishedFiles::drop(const FileUnderWay &file, const FinishedRecording &recording,
+                              const std::optional<Failure> &failure, bool isRemoved) {
+    if (file.item)
+        mList.remove(*file.item);
+    mJournal.end(recording.file);
+    EndedFile ended;
+    ended.became = EndedFile::Became::Lost;
+    if (failure) {
+        ended.trouble.sentence = failure->sentence;
+    } else if (isRemoved) {
+        ended.trouble.sentence =
+            QStringLiteral("\"%1\" was removed while it was being recorded; choose a folder that stays.")
+                .arg(recording.file);
+    } else {
+        QFile::remove(recording.file);
+        ended.became = EndedFile::Became::Empty;
+        ended.trouble.sentence = QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time; check "
+                                                "that it is connected, and try again.")
+                                     .arg(file.device);
+    }
+    return ended;
+}
+
+double FinishedFiles::keep(const FileUnderWay &file, const QString &path) {
+    // What was captured is more than what is in the file.
+    const auto written = media::openSound(path, 44100, 2);
+    const double seconds = written ? written.value()->durationSeconds() : 0;
+    if (file.item) {
+        file.item->isRecording = false;
+        file.item->setStatus({});
+        file.item->setDuration(ToolString::stringFromDuration(seconds));
+        mList.save(*file.item);
+    }
+    endInJournal(path);
+    return seconds;
+}
+
+void FinishedFiles::moved(FileUnderWay &file, const QString &path) {
+    mJournal.end(file.path);
+    (void)mJournal.begin(path); // ended like that of any file
+    if (file.item)
+        file.item->setFileName(path);
+    mView.recordingEndsEarly(
+        QStringLiteral("The folder of \"%1\" was removed while it was recorded to, so the recording "
+                       "was ended; what was recorded is kept in \"%2\".")
+            .arg(file.path, QFileInfo(path).path()));
+    file.path = path;
+}
+
+// What could not be closed, on a full disk for one, is a leftover for the next start of the program.
+void FinishedFiles::endInJournal(const QString &path) {
+    if (media::isUnfinished(path))
+        mJournal.giveUp(path);
+    else
+        mJournal.end(path);
+}
+
+} // namespace cantorel

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "recording/session/FileUnderWay.h"
+#include "recording/session/SessionPhase.h"
+
+namespace cantorel {
+
+class RecordingJournal;
+class RecordingSessionView;
+
+// What must hold before a recording begins: this process is the recorder, the output folder has room, the source's
+// devices are there, and the file has a name. Owned by RecordingSession; main thread.
+class StartConditions {
+public:
+    // Both outlive it.
+    StartConditions(RecordingJournal &journal, RecordingSessionView &view) : mJournal(journal), mView(view) {}
+
+    // Fills in the source and answers the free path of the file. Where the person is asked for a name, phase is Naming
+    // meanwhile; whoever changes it has begun something else, or calls this start off. The sentence of a failure is
+    // empty where the person has changed their mind.
+    foundation::Result<QString> meet(FileUnderWay &file, SessionPhase &phase);
+
+    // The last failure was for a device, which may come back.
+    bool lackedDevice() const { return mLackedDevice; }
+
+private:
+    foundation::Result<void> check(RecordingSource source);
+
+    RecordingJournal &mJournal;
+    RecordingSessionView &mView;
+    bool mLackedDevice = false;
+};
+
+} // namespace cantorel
