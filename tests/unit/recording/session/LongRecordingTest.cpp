@@ -13,11 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr std::int64_t kSeconds = 20 * 60;
-#else
-constexpr std::int64_t kSeconds = 20 * 60;
-#endif
 constexpr std::int64_t kRate = 48000;
 constexpr int kPeriod = 20; // seconds
 constexpr std::uint32_t kStamps = 8192;
