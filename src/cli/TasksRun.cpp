@@ -2,6 +2,7 @@
 
 #include "app/start/DesktopServices.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "lang/Lang.h"
 #include "util/tools/ToolSystem.h"
 
 #include <unistd.h>
@@ -47,7 +48,7 @@ Outcome TasksRun::start() {
     mSession->leftovers().recover();
     mScheduled = std::make_unique<ScheduledSession>(*mSession, *this, clock);
 
-    const auto tell = [this](const QString &sentence) { command().note(sentence); };
+    const auto tell = [this](const foundation::Sentence &sentence) { command().note(Lang::english(sentence)); };
     mScheduled->trouble = tell;
     if (auto hotKeys = desktopHotKeys(); hotKeys)
         desktop::InstalledServices::current().hotKeys = std::move(hotKeys.value());
@@ -96,11 +97,12 @@ void TasksRun::taskEnded(const ScheduleTaskInfo &task) {
     tellEvent("taskEnded", detailsOf(task), QStringLiteral("The task \"%1\" has ended.").arg(task._taskName));
 }
 
-void TasksRun::taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &sentence) {
+void TasksRun::taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const foundation::Sentence &sentence) {
     QJsonObject details = detailsOf(task);
     details.insert(QStringLiteral("start"), start.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
-    details.insert(QStringLiteral("reason"), sentence);
-    tellEvent("missed", details, sentence);
+    const QString reason = Lang::english(sentence);
+    details.insert(QStringLiteral("reason"), reason);
+    tellEvent("missed", details, reason);
 }
 
 void TasksRun::shutdownCountdown(int secondsLeft) {

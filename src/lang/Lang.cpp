@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QHash>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
@@ -17,17 +18,42 @@ namespace {
 
 using Texts = QHash<QString, QString>; // a null string where a loaded file has no text
 
-Texts builtInTexts() {
-    Texts texts;
-    for (const TextGroup *group : textGroups())
-        for (const TextRow &row : group->rows)
-            texts.insert(QString::fromLatin1(row.key), QString::fromUtf8(row.builtIn));
+const Texts &builtInTexts() {
+    static const Texts texts = [] {
+        Texts all;
+        for (const TextGroup *group : textGroups())
+            for (const TextRow &row : group->rows)
+                all.insert(QString::fromLatin1(row.key), QString::fromUtf8(row.builtIn));
+        return all;
+    }();
     return texts;
 }
 
 Texts &currentTexts() {
     static Texts texts = builtInTexts();
     return texts;
+}
+
+// The sentence in the language of the texts.
+QString said(const foundation::Sentence &sentence, const Texts &texts) {
+    if (sentence.key().empty())
+        return sentence.plainEnglish();
+    const QString key = QStringLiteral("sentence") + QString::fromUtf8(sentence.key().data(), sentence.key().size());
+    QString text = texts.value(key);
+    if (text.isEmpty())
+        text = builtInTexts().value(key);
+    static const QRegularExpression marker(QStringLiteral("\\[#(\\w+)#\\]"));
+    QString whole;
+    qsizetype done = 0;
+    // In one go: what is filled in may look like a marker.
+    for (const auto &found : marker.globalMatch(text)) {
+        whole += text.mid(done, found.capturedStart() - done);
+        for (const auto &argument : sentence.arguments())
+            if (found.captured(1) == QLatin1String(argument.name.data(), argument.name.size()))
+                whole += said(argument.value, texts);
+        done = found.capturedEnd();
+    }
+    return whole + text.mid(done);
 }
 
 QString &currentLanguage() {
@@ -144,6 +170,10 @@ QLocale Lang::locale() {
 bool Lang::isKey(const QString &key) { return currentTexts().contains(key); }
 
 QString Lang::text(const QString &key) { return currentTexts().value(key); }
+
+QString Lang::sentence(const foundation::Sentence &sentence) { return said(sentence, currentTexts()); }
+
+QString Lang::english(const foundation::Sentence &sentence) { return said(sentence, builtInTexts()); }
 
 QString Lang::builtInOrLoaded(const char *key) { return text(QString::fromLatin1(key)); }
 

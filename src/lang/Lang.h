@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
+
 #include <QLocale>
 #include <QString>
 #include <QStringList>
@@ -41,9 +43,10 @@ public:
     static bool isKey(const QString &key);
     static QString text(const QString &key);
 
-    // What the core says to a person, in the language in force. The core, its log and the command line say it in
-    // English; who shows it in a window asks here. A sentence that the table does not have is answered as it is.
-    static QString sentence(const QString &english);
+    // What is said to a person: in the language in force for windows, and in English for the command line, the log and
+    // other programs. The English is the built-in one, and may be asked for on any thread.
+    static QString sentence(const foundation::Sentence &sentence);
+    static QString english(const foundation::Sentence &sentence);
 
     // Common.
     static QString commFileName() { return builtInOrLoaded("commFileName"); }

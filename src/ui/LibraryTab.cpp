@@ -59,7 +59,7 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
         mModel.search(text);
         showEmptiness();
     });
-    mModel.trouble = [this](const QString &sentence) { notice(sentence, false); };
+    mModel.trouble = [this](const foundation::Sentence &sentence) { notice(sentence, false); };
     mModel.picture = [this](const RecordedAudioInfo &item) {
         return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF(),
                                  palette().color(QPalette::HighlightedText));
@@ -271,10 +271,10 @@ void LibraryTab::remove(RecordingsRemoval::Files files) {
 
 void LibraryTab::undo() {
     const auto undone = mRemoval.undo();
-    notice(undone ? QString() : undone.failure().sentence, false);
+    notice(undone ? foundation::Sentence() : undone.failure().sentence, false);
 }
 
-void LibraryTab::notice(const QString &text, bool withUndo) {
+void LibraryTab::notice(const foundation::Sentence &text, bool withUndo) {
     mNoticeText->setText(Lang::sentence(text));
     mUndo->setVisible(withUndo);
     mNotice->setVisible(!text.isEmpty());

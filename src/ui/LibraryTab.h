@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "recording/library/LibraryMedia.h"
 #include "recording/library/LibraryPlayer.h"
 #include "recording/library/RecordingsModel.h"
@@ -51,7 +52,7 @@ private:
     void showInfo();
     void remove(RecordingsRemoval::Files files);
     void undo();
-    void notice(const QString &text, bool withUndo);
+    void notice(const foundation::Sentence &text, bool withUndo);
     void remember();
     void restore();
     void showColumns();

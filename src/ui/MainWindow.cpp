@@ -165,7 +165,7 @@ void MainWindow::listen() {
         if (mIsLeaving)
             endOnceSettled();
     };
-    mParts.recorder.trouble = [this](const QString &sentence) { mParts.panel.setSentence(sentence); };
+    mParts.recorder.trouble = [this](const foundation::Sentence &sentence) { mParts.panel.setSentence(sentence); };
     mParts.list.view = this;
 }
 

@@ -1,5 +1,6 @@
 #include "recording/control/ListRequests.h"
 
+#include "lang/Lang.h"
 #include "settings/UserDefaultFunctions.h"
 
 #include <QFile>
@@ -13,7 +14,9 @@ using foundation::Result;
 
 namespace {
 
-Failure refusal(const QString &sentence) { return {sentence, sentence}; }
+constexpr foundation::SentenceKey kTasksNotSaved("TasksNotSaved", "FileName");
+
+Failure refusal(const foundation::Sentence &sentence) { return {sentence, Lang::english(sentence)}; }
 
 // The item, if it is listed and nothing is being done with its file.
 Result<RecordedAudioInfo *> idleItem(const RecordedList &list, const QString &file) {
@@ -32,9 +35,7 @@ Result<void> saveTasks(ScheduleTaskInfo::Tasks before) {
     if (ScheduleTaskInfo::SaveTasks())
         return {};
     ScheduleTaskInfo::tasks() = std::move(before);
-    return refusal(QStringLiteral("The tasks were not saved: \"%1\" cannot be read or written; check its rights, its "
-                                  "folder and the free space.")
-                       .arg(standardUserDefaults().filePath()));
+    return refusal(kTasksNotSaved(standardUserDefaults().filePath()));
 }
 
 } // namespace

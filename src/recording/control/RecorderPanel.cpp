@@ -86,7 +86,7 @@ QString RecorderPanel::sentence() const {
     return mKept.isEmpty() ? sentence : QStringLiteral("%1 (%2)").arg(sentence, mKept);
 }
 
-void RecorderPanel::setSentence(const QString &sentence, const QString &kept) {
+void RecorderPanel::setSentence(const foundation::Sentence &sentence, const QString &kept) {
     mSentence = sentence;
     mKept = kept;
     tell();
@@ -100,7 +100,7 @@ void RecorderPanel::recordingStarted(const QString &file, const QString &device)
     mLostFrames = 0;
     mFile = file;
     mDevice = device;
-    mSentence.clear();
+    mSentence = {};
     mKept.clear();
     tell();
 }
@@ -110,7 +110,7 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
     mControls = controls;
     if (begins) {
         mHasFrames = mIsPaused = mIsDeviceLost = false;
-        mSentence.clear();
+        mSentence = {};
         mKept.clear();
         mDisplay = {};
         if (mIsSettled)
@@ -157,7 +157,7 @@ void RecorderPanel::recordingResumed() {
     tell();
 }
 
-void RecorderPanel::recordingSilent(const QString &sentence) { setSentence(sentence); }
+void RecorderPanel::recordingSilent(const foundation::Sentence &sentence) { setSentence(sentence); }
 
 void RecorderPanel::recordingDeviceLost(const QString &) {
     mIsDeviceLost = true;
@@ -192,8 +192,8 @@ void RecorderPanel::recordingFailed(const RecordingTrouble &trouble) {
     call(failed, sentence());
 }
 
-void RecorderPanel::recordingEndsEarly(const QString &english) {
-    setSentence(english);
+void RecorderPanel::recordingEndsEarly(const foundation::Sentence &why) {
+    setSentence(why);
     call(failed, sentence());
 }
 
@@ -213,8 +213,8 @@ void RecorderPanel::taskCountdown(const TaskCountdown &countdown) {
 
 void RecorderPanel::tasksDidChange() { call(tasksChanged); }
 
-void RecorderPanel::taskMissed(const ScheduleTaskInfo &, const QDateTime &, const QString &english) {
-    setSentence(english);
+void RecorderPanel::taskMissed(const ScheduleTaskInfo &, const QDateTime &, const foundation::Sentence &why) {
+    setSentence(why);
     call(missed, sentence());
 }
 

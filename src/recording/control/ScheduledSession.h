@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "recording/control/RecordingHotkeys.h"
 #include "recording/schedule/ScheduleTaskRunner.h"
 #include "recording/session/RecordingSession.h"
@@ -23,7 +24,7 @@ public:
     ScheduleTaskRunner &schedule() { return mSchedule; }
 
     // Told one sentence why a hot key could not begin a recording. May be empty.
-    std::function<void(const QString &)> trouble;
+    std::function<void(const foundation::Sentence &)> trouble;
 
     // The start control and its hot key.
     void onStartRecording() override;

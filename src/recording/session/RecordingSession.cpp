@@ -27,6 +27,15 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr foundation::SentenceKey kCannotWriteTo("CannotWriteTo", "Folder");
+constexpr foundation::SentenceKey kDiskFull("DiskFull", "Folder");
+constexpr foundation::SentenceKey kNoVirtualDevice("NoVirtualDevice");
+constexpr foundation::SentenceKey kNoMicrophone("NoMicrophone");
+constexpr foundation::SentenceKey kNotJoined("NotJoined");
+constexpr foundation::SentenceKey kStateFolder("StateFolder");
+constexpr foundation::SentenceKey kNotStarted("NotStarted");
+constexpr foundation::SentenceKey kDiskFullEnded("DiskFullEnded", "Folder");
+
 constexpr auto kDisplayInterval = 500ms;
 constexpr auto kSoundSymbolInterval = 200ms;
 constexpr auto kLevelInterval = 100ms;
@@ -38,13 +47,12 @@ const QString kOldAggregateKey =
     QStringLiteral("OldAggregateSubDeivceUIDs"); // Spelling is fixed: stored settings use it.
 
 // Why nothing can be written to the folder; empty when something can.
-QString folderTrouble(const QString &folder) {
+foundation::Sentence folderTrouble(const QString &folder) {
     QTemporaryFile probe(folder + QStringLiteral("/.cantorel-XXXXXX")); // Rights alone do not tell.
     if (!QDir().mkpath(folder) || !probe.open())
-        return QStringLiteral("Recordings can't be written to \"%1\"; choose a folder that you may write to.")
-            .arg(folder);
+        return kCannotWriteTo(folder);
     if (recordingSecondsLeft(folder, AppSettings::getAudioFormat(), 0, 0) == 0)
-        return QStringLiteral("The disk that holds \"%1\" is full; make room or choose another folder.").arg(folder);
+        return kDiskFull(folder);
     return {};
 }
 
@@ -53,12 +61,9 @@ Result<void> prepareDevices(int source) {
     // What is remembered of the real devices follows the person's choice up to now.
     const bool hasVirtual = ZQAudioKextKit::activateSVAD();
     if (source != 1 && !hasVirtual)
-        return Failure{QStringLiteral("There is no virtual device to record system sound from; start the window anew "
-                                      "and have it installed, or run: cantorel-cli driver install"),
-                       QStringLiteral("no virtual device")};
+        return Failure{kNoVirtualDevice(), QStringLiteral("no virtual device")};
     if (source != 0 && ZQAudioKextKit::getDefaultAudioInputName().isEmpty())
-        return Failure{QStringLiteral("There is no microphone; connect one, or record system sound alone."),
-                       QStringLiteral("no default input")};
+        return Failure{kNoMicrophone(), QStringLiteral("no default input")};
     if (source != 2)
         return {};
     const QVariantMap saved = AppSettings::getFromUserDefaults_Object(kOldAggregateKey).toMap();
@@ -67,10 +72,7 @@ Result<void> prepareDevices(int source) {
     ZQAudioKextKit::destroyAggregateDevice();
     const QVariantMap made = ZQAudioKextKit::createAggregateDevice();
     if (made.isEmpty())
-        return Failure{
-            QStringLiteral("Microphone and system sound could not be joined to one device; try again, or record "
-                           "one of them alone."),
-            QStringLiteral("createAggregateDevice failed")};
+        return Failure{kNotJoined(), QStringLiteral("createAggregateDevice failed")};
     AppSettings::saveToUserDefaultsForKeyObjectValue(kOldAggregateKey, made);
     return {};
 }
@@ -140,10 +142,9 @@ void RecordingSession::stopByHand() {
 
 Result<void> RecordingSession::prepare() {
     if (!mJournal.claim())
-        return Failure{QStringLiteral("Another Cantorel is recording already; stop that one first."),
-                       QStringLiteral("the recorder lock is held")};
-    if (const QString trouble = folderTrouble(AppSettings::outputPath()); !trouble.isEmpty())
-        return Failure{trouble, trouble};
+        return Failure{kAnotherRecorder(), QStringLiteral("the recorder lock is held")};
+    if (const auto trouble = folderTrouble(AppSettings::outputPath()); !trouble.isEmpty())
+        return Failure{trouble, Lang::english(trouble)};
     mSource = AppSettings::getAudioType();
     const auto prepared = prepareDevices(mSource);
     mLacksDevice = !prepared;
@@ -188,8 +189,7 @@ Result<void> RecordingSession::startRecording() {
 
 Result<void> RecordingSession::begin(const QString &file) {
     if (!mJournal.begin(file))
-        return Failure{QStringLiteral("The state folder can't be written to; check its rights and the free space."),
-                       QStringLiteral("the journal could not be written")};
+        return Failure{kStateFolder(), QStringLiteral("the journal could not be written")};
     // A filtered recording of this name may still wait to be deleted.
     mList.removeInvalidFile(file);
     mDevice = RecordManager::getAudioDeviceNameWithAudioDeviceType(mSource);
@@ -223,9 +223,7 @@ Result<void> RecordingSession::begin(const QString &file) {
     mIsRecording = true;
     showControls();
     if (!started)
-        return Failure{
-            QStringLiteral("The recording could not be started; try again, or look into the log, which says why."),
-            QStringLiteral("startRecord answered false")};
+        return Failure{kNotStarted(), QStringLiteral("startRecord answered false")};
     return {};
 }
 
@@ -410,10 +408,7 @@ void RecordingSession::showRunning() {
         return;
     }
     if (mDisplay.secondsLeft == 0) {
-        mView.recordingEndsEarly(
-            QStringLiteral("The disk that holds \"%1\" is full, so the recording was ended; make room or choose "
-                           "another folder.")
-                .arg(AppSettings::outputPath()));
+        mView.recordingEndsEarly(kDiskFullEnded(AppSettings::outputPath()));
         stopRecording();
         return;
     }

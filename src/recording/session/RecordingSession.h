@@ -16,6 +16,8 @@
 
 namespace cantorel {
 
+inline constexpr foundation::SentenceKey kAnotherRecorder("AnotherRecorder");
+
 // The scheduled task that a recording is made for.
 struct ExecutedTask {
     QString name;

@@ -22,6 +22,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr foundation::SentenceKey kFileRemoved("FileRemoved", "FileName");
+constexpr foundation::SentenceKey kNoSound("NoSound", "Device");
+constexpr foundation::SentenceKey kFolderRemoved("FolderRemoved", "FileName", "Folder");
+
 constexpr auto kRestartInterval = 1s;
 constexpr int kMostFailuresInARow = 3;
 
@@ -53,13 +57,7 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
             goOn();
             return;
         }
-        end({failure   ? failure->sentence
-             : removed ? QStringLiteral("\"%1\" was removed while it was being recorded; choose a folder that stays.")
-                             .arg(recording.file)
-                       : QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time; check that it "
-                                        "is connected, and try again.")
-                             .arg(mDevice),
-             {}});
+        end({failure ? failure->sentence : removed ? kFileRemoved(recording.file) : kNoSound(mDevice), {}});
         return;
     }
     mFailuresInARow = 0;
@@ -85,10 +83,7 @@ void RecordingSession::rescued(const QString &file) {
     if (mCurRecordAudioInfo)
         mCurRecordAudioInfo->setFileName(file);
     stopRecordingByRemoveFile = isStoppedBySilence = isAutoSplitEverySeconds = mStartsAfterFile = false;
-    mView.recordingEndsEarly(
-        QStringLiteral("The folder of \"%1\" was removed while it was recorded to, so the recording "
-                       "was ended; what was recorded is kept in \"%2\".")
-            .arg(mFile, QFileInfo(file).path()));
+    mView.recordingEndsEarly(kFolderRemoved(mFile, QFileInfo(file).path()));
     mFile = file;
 }
 

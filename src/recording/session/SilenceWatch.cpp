@@ -6,6 +6,11 @@ namespace cantorel {
 
 namespace {
 
+constexpr foundation::SentenceKey kSilentVolume("SilentVolume", "Device");
+constexpr foundation::SentenceKey kSilentMicrophone("SilentMicrophone", "Device");
+constexpr foundation::SentenceKey kSilentRoute("SilentRoute", "Device", "Other");
+constexpr foundation::SentenceKey kSilentPlayer("SilentPlayer", "Device");
+
 constexpr auto kPatience = std::chrono::seconds(3);
 // The recorder's level of a device whose every channel is at the meter's floor of -80 dB.
 constexpr float kFloorLevel = 0.002001f;
@@ -31,20 +36,17 @@ bool SilenceWatch::isDue(Duration now) {
     return true;
 }
 
-QString likelyCauseOfSilence(int source, const QString &device) {
+foundation::Sentence likelyCauseOfSilence(int source, const QString &device) {
     if (source == 1) {
         const QString microphone = ZQAudioKextKit::getDefaultAudioInputName();
         if (ZQAudioKextKit::getVolumeValueFromDeviceName(microphone) == 0)
-            return QStringLiteral("\"%1\" gives only silence; its volume is 0, turn it up.").arg(device);
-        return QStringLiteral("\"%1\" gives only silence; it may be muted or not connected.").arg(device);
+            return kSilentVolume(device);
+        return kSilentMicrophone(device);
     }
     const QString output = ZQAudioKextKit::getDefaultAudioOutputName();
     if (output != ZQAudioKextKit::getSystemSoundDeviceName())
-        return QStringLiteral("\"%1\" hears only silence because programs play to \"%2\"; choose \"%1\" as the output.")
-            .arg(ZQAudioKextKit::getSystemSoundDeviceName(), output);
-    return QStringLiteral(
-               "\"%1\" hears only silence; nothing plays, the player is muted, or it plays to another device.")
-        .arg(device);
+        return kSilentRoute(ZQAudioKextKit::getSystemSoundDeviceName(), output);
+    return kSilentPlayer(device);
 }
 
 } // namespace cantorel

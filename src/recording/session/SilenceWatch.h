@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
+
 #include <QString>
 
 #include <chrono>
@@ -26,6 +28,6 @@ private:
 };
 
 // One sentence on why the device may be silent. source: as in the settings.
-QString likelyCauseOfSilence(int source, const QString &device);
+foundation::Sentence likelyCauseOfSilence(int source, const QString &device);
 
 } // namespace cantorel

@@ -1,5 +1,6 @@
 #include "recording/control/ScheduledSession.h"
 
+#include "lang/Lang.h"
 #include "platform/desktop/recorded/RecordedServices.h"
 #include "tests/unit/recording/RecordingFixture.h"
 
@@ -17,8 +18,8 @@ public:
     void recordingStarted(const QString &file, const QString &) override { started << QFileInfo(file).fileName(); }
     void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
     void taskEnded(const ScheduleTaskInfo &task) override { ended << task._taskName; }
-    void taskMissed(const ScheduleTaskInfo &, const QDateTime &, const QString &sentence) override {
-        missed << sentence;
+    void taskMissed(const ScheduleTaskInfo &, const QDateTime &, const foundation::Sentence &sentence) override {
+        missed << Lang::english(sentence);
     }
 
     QDateTime now() const {
