@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace cantorel {
 
@@ -21,8 +22,8 @@ using Texts = QHash<QString, QString>; // a null string where a loaded file has 
 const Texts &builtInTexts() {
     static const Texts texts = [] {
         Texts all;
-        for (const TextGroup *group : textGroups())
-            for (const TextRow &row : group->rows)
+        for (const TextGroup &group : textGroups())
+            for (const TextRow &row : group.rows)
                 all.insert(QString::fromLatin1(row.key), QString::fromUtf8(row.builtIn));
         return all;
     }();
@@ -134,12 +135,12 @@ void Lang::ChangeLanguage(const QString &name) {
         Log(QStringLiteral("xml document alloc error :%1").arg(document.failure().detail));
         return;
     }
-    for (const TextGroup *group : textGroups()) {
-        const auto element = document.value().first(group->path);
+    for (const TextGroup &group : textGroups()) {
+        const auto element = document.value().first(group.path);
         // Files made elsewhere know nothing of our own windows and sentences.
-        if (!element && (group == &langtexts::kWindow || group == &langtexts::kSentence))
+        if (const std::string_view path = group.path; !element && (path == "//window" || path == "//sentence"))
             continue;
-        for (const TextRow &row : group->rows)
+        for (const TextRow &row : group.rows)
             if (row.attribute)
                 currentTexts().insert(QString::fromLatin1(row.key),
                                       element ? element->attribute(row.attribute) : QString());
@@ -175,6 +176,6 @@ QString Lang::sentence(const foundation::Sentence &sentence) { return said(sente
 
 QString Lang::english(const foundation::Sentence &sentence) { return said(sentence, builtInTexts()); }
 
-QString Lang::builtInOrLoaded(const char *key) { return text(QString::fromLatin1(key)); }
+QString LangTexts::builtInOrLoaded(const char *key) { return Lang::text(QString::fromLatin1(key)); }
 
 } // namespace cantorel
