@@ -84,7 +84,7 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
     column->addWidget(makeNotice());
     column->addWidget(makePlayer());
     showIcons();
-    changeLanguageText();
+    showTexts();
 }
 
 QWidget *LibraryTab::makeTable() {
@@ -372,7 +372,7 @@ void LibraryTab::showPlayer() {
                                                  ToolString::stringFromDuration(mPlayer.length())));
 }
 
-void LibraryTab::changeLanguageText() {
+void LibraryTab::showTexts() {
     mSearch->setPlaceholderText(Lang::windowSearchRecordings());
     mSearch->setAccessibleName(Lang::windowSearchRecordings());
     mTable->setAccessibleName(Lang::tabPlaylistTitle());
@@ -399,6 +399,8 @@ void LibraryTab::changeEvent(QEvent *event) {
         showIcons();
         showPlayer();
     }
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
     QWidget::changeEvent(event);
 }
 

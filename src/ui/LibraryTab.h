@@ -30,7 +30,6 @@ public:
     // The list outlives the tab.
     explicit LibraryTab(RecordedList &list, QWidget *parent = nullptr);
 
-    void changeLanguageText();
     // The items of the list have come or gone; what is shown of all, or of one, has changed.
     void listDidChange();
     void itemsDidChange() { mModel.languageDidChange(); }
@@ -60,6 +59,7 @@ private:
     void showEmptiness();
     void showPlayer();
     void showIcons();
+    void showTexts();
     void changeEvent(QEvent *event) override;
 
     RecordedList &mList;

@@ -56,7 +56,7 @@ MainWindow::MainWindow(const Parts &parts)
     makeMenu();
     listen();
     showIcons();
-    changeLanguageText();
+    showTexts();
 }
 
 MainWindow::~MainWindow() {
@@ -81,7 +81,6 @@ void MainWindow::complete() {
     QApplication::setWindowIcon(applicationIcon());
     mLibraryTab->media().toWindow = [this] { bringToFront(); };
     mLibraryTab->media().toEnd = [this] { leave(); };
-    mLibraryTab->changeLanguageText();
     mLibraryTab->listDidChange();
 }
 
@@ -274,7 +273,13 @@ void MainWindow::askBeforeDiscarding() {
     });
 }
 
+// Qt passes it on to all that stands in the window, and to its dialogs.
 void MainWindow::changeLanguageText() {
+    QEvent change(QEvent::LanguageChange);
+    QCoreApplication::sendEvent(this, &change);
+}
+
+void MainWindow::showTexts() {
     setWindowTitle(AppSettings::appName());
     mTabs->setTabText(mTabs->indexOf(mRecordingTab), Lang::tabRecordTitle());
     mTabs->setTabText(mTabs->indexOf(mLibraryPage), Lang::tabPlaylistTitle());
@@ -285,15 +290,8 @@ void MainWindow::changeLanguageText() {
     mQuitAction->setText(Lang::btnExit());
     mMenuButton->setAccessibleName(Lang::menuTools());
     mMenuButton->setToolTip(Lang::menuTools());
-    mRecordingTab->changeLanguageText();
-    if (mLibraryTab) {
-        mLibraryTab->changeLanguageText();
-        mStatusItem->changeLanguageText();
-    }
-    if (mSettings)
-        mSettings->changeLanguageText();
-    if (mTasks)
-        mTasks->changeLanguageText();
+    if (mStatusItem)
+        mStatusItem->showTexts();
 }
 
 void MainWindow::bringToFront() {
@@ -363,6 +361,8 @@ void MainWindow::showIcons() {
 void MainWindow::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange)
         showIcons();
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
     QMainWindow::changeEvent(event);
 }
 

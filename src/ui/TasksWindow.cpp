@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QDateTimeEdit>
 #include <QDialogButtonBox>
+#include <QEvent>
 #include <QFormLayout>
 #include <QJsonObject>
 #include <QLabel>
@@ -84,7 +85,7 @@ TasksWindow::TasksWindow(ScheduleTaskRunner &schedule, QWidget *parent)
     buttons->addButton(mClose, QDialogButtonBox::RejectRole);
     column->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
-    changeLanguageText();
+    showTexts();
     beginAnew();
     showTasks();
 }
@@ -249,7 +250,7 @@ void TasksWindow::showTasks() {
     mEmpty->setText(mTasks->count() == 0 ? Lang::toolsScheduleTaskNoScheduleTask() : QString());
 }
 
-void TasksWindow::changeLanguageText() {
+void TasksWindow::showTexts() {
     setWindowTitle(Lang::toolsScheduleTaskTitle());
     mTasks->setAccessibleName(Lang::toolsScheduleTaskTaskList());
     mNameLabel->setText(Lang::toolsScheduleTaskTaskName());
@@ -277,6 +278,12 @@ void TasksWindow::changeLanguageText() {
     mClose->setText(Lang::btnClose());
     showEdited();
     showTasks();
+}
+
+void TasksWindow::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
+    QDialog::changeEvent(event);
 }
 
 } // namespace cantorel::ui

@@ -29,11 +29,12 @@ public:
     // The schedule outlives the window.
     explicit TasksWindow(ScheduleTaskRunner &schedule, QWidget *parent = nullptr);
 
-    void changeLanguageText();
     // The list of tasks has changed.
     void showTasks();
 
 private:
+    void showTexts();
+    void changeEvent(QEvent *event) override;
     QWidget *makeList();
     QWidget *makeEditor();
     void add();
