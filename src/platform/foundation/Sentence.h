@@ -11,6 +11,7 @@
 namespace cantorel::foundation {
 
 struct SentenceArgument;
+template <std::size_t Markers> class SentenceKey;
 
 // What is said to a person: a key of the language files with what is filled in, or plain English where no language file
 // has it. Who shows it makes the text. A value; what is empty says nothing.
@@ -18,8 +19,6 @@ class Sentence {
 public:
     Sentence() = default;
     Sentence(QString english) : mEnglish(std::move(english)) {} // deliberately from any text
-    // The key lasts as long as the program. Said through a SentenceKey.
-    Sentence(std::string_view key, std::vector<SentenceArgument> arguments);
 
     bool isEmpty() const { return mKey.empty() && mEnglish.isEmpty(); }
     // Empty where it is plain English.
@@ -31,7 +30,10 @@ public:
     friend bool operator==(const Sentence &one, const Sentence &other);
 
 private:
-    std::string_view mKey;
+    template <std::size_t> friend class SentenceKey;
+    Sentence(std::string_view key, std::vector<SentenceArgument> arguments);
+
+    std::string_view mKey; // lasts as long as the program
     std::vector<SentenceArgument> mArguments;
     QString mEnglish;
 };
