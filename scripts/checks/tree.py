@@ -4,6 +4,7 @@ texts."""
 import re
 import sys
 from pathlib import Path
+from xml.etree import ElementTree
 
 ROOT = Path(__file__).resolve().parents[2]
 
@@ -56,22 +57,30 @@ def handles():
 
 
 def texts():
-    """A text of the windows is shown by one, and a sentence of the table is said by the core in just these words."""
-    literal = r'"((?:[^"\\\n]|\\.)*)"'
-    joined = re.compile(literal + r"(?:\s*" + literal.replace("(", "(?:", 1) + ")*")
-    said, shown = set(), set()
-    for file in sources("src"):
-        if file.parent.name != "lang":
-            shown.update(re.findall(r"Lang::(window\w+)", file.read_text()))
-            for match in joined.finditer(file.read_text()):
-                said.add(re.sub(r"%\d", "*", "".join(re.findall(literal, match[0]))))
-    for key in re.findall(r'"(window\w+)"', (ROOT / "src/lang/LangTextsWindow.cpp").read_text()):
-        if key not in shown:
-            yield f"src/lang/LangTextsWindow.cpp: no window shows {key}"
-    for row in re.findall(r"\{\s*" + literal + r",\s*" + literal + r",\s*((?:" + literal.replace("(", "(?:", 1) + r"\s*)+)\}",
-                          (ROOT / "src/lang/LangTextsSentence.cpp").read_text()):
-        if re.sub(r"\[#\w+#\]", "*", "".join(re.findall(literal, row[2]))) not in said:
-            yield f"src/lang/LangTextsSentence.cpp: nobody says {row[1]} so"
+    """A text of the windows is shown by one; a sentence is said by its key, with what its markers ask for, and each one
+    by somebody; and all language files have the same texts."""
+    english = ElementTree.parse(ROOT / "resources/lang/English.xml").getroot()
+    sentences = {key: set(re.findall(r"\[#(\w+)#\]", text)) for key, text in english.find("sentence").items()}
+    code = {file: file.read_text() for file in sources("src")}
+    shown = {key for text in code.values() for key in re.findall(r"Lang::window(\w+)", text)}
+    for key in set(english.find("window").keys()) - shown:
+        yield f"English.xml: no window shows {key}"
+    said = set()
+    for file, text in code.items():
+        for constant, literals in re.findall(r"SentenceKey\s+(k\w+)\(([^)]*)\);", text):
+            key, *markers = re.findall(r'"(\w+)"', literals)
+            if sentences.get(key) != set(markers):
+                yield f"{file.relative_to(ROOT)}: English.xml has no sentence {key} with {markers}"
+            places = code.values() if file.suffix == ".h" else [text]
+            if any(re.search(rf"(?<!SentenceKey )\b{constant}\(", place) for place in places):
+                said.add(key)
+    for key in sentences.keys() - said:
+        yield f"English.xml: nobody says {key}"
+    names = {(element.tag, name) for element in english.iter() for name in element.keys()}
+    for file in sorted((ROOT / "resources/lang").glob("*.xml")):
+        root = ElementTree.parse(file).getroot()
+        for element, name in names ^ {(element.tag, name) for element in root.iter() for name in element.keys()}:
+            yield f"{file.name}: {element} {name} stands in one of this and English.xml only"
 
 
 CHECKS = {check.__name__: check for check in (test_targets, doc_paths, sizes, no_sleeping, handles, texts)}

@@ -116,7 +116,7 @@ private:
 
     void registerHotkeys() {
         if (!mHotkeys)
-            mHotkeys.emplace(mRecorder, [this](const QString &sentence) { mPanel.setSentence(sentence); });
+            mHotkeys.emplace(mRecorder, [this](const foundation::Sentence &sentence) { mPanel.setSentence(sentence); });
         mHotkeys->registerEnabled();
         mWindow->showTriggers(mHotkeys->triggers());
     }
@@ -137,7 +137,7 @@ private:
     bool mIsTakenUp = false;
 };
 
-void showTrouble(const QString &sentence) {
+void showTrouble(const foundation::Sentence &sentence) {
     QMessageBox box(QMessageBox::Warning, AppSettings::appName(), Lang::sentence(sentence));
     box.setWindowIcon(ui::applicationIcon());
     box.setTextFormat(Qt::PlainText);
@@ -171,7 +171,7 @@ int runWindow(BackendChoice backend) {
         std::this_thread::sleep_for(kBetweenClaims);
     }
     if (!program.claim()) {
-        showTrouble(QStringLiteral("Another Cantorel is recording already; stop that one first."));
+        showTrouble(kAnotherRecorder());
         return 1;
     }
     return program.run();

@@ -56,7 +56,7 @@ bool AudioDeviceLoader::run(const QString &scriptPath) {
     const auto executed = host->execute(script);
     ZQAudioKextLog::I(
         QStringLiteral("executeAndReturnError\n%1").arg(executed ? QString() : executed.failure().detail));
-    mFailure = executed ? QString() : executed.failure().sentence;
+    mFailure = executed ? foundation::Sentence() : executed.failure().sentence;
     return executed.ok();
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
+
 #include <QString>
 
 namespace cantorel {
@@ -15,12 +17,12 @@ public:
     bool unloadAudioDeviceWithSH();
 
     // One sentence on why the last operation failed; empty when it did not.
-    const QString &failure() const { return mFailure; }
+    const foundation::Sentence &failure() const { return mFailure; }
 
 private:
     bool run(const QString &scriptPath);
 
-    QString mFailure;
+    foundation::Sentence mFailure;
 };
 
 } // namespace cantorel

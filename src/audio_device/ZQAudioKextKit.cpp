@@ -111,7 +111,9 @@ void ZQAudioKextKit::removeSystemAudioDeviceChangeListener() {
         gKit->mAudioDeviceEngine.removeSystemAudioDeviceChangeListener();
 }
 
-QString ZQAudioKextKit::loaderFailure() { return gKit ? gKit->mAudioDeviceLoader.failure() : QString(); }
+foundation::Sentence ZQAudioKextKit::loaderFailure() {
+    return gKit ? gKit->mAudioDeviceLoader.failure() : foundation::Sentence();
+}
 
 bool ZQAudioKextKit::isMacVersionGreatThan1010() { return AudioKextTools::isMacVersionGreatThan1010(); }
 

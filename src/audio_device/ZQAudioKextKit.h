@@ -3,6 +3,7 @@
 #include "audio_device/AudioDeviceEngine.h"
 #include "audio_device/AudioDeviceLoader.h"
 #include "audio_device/AudioDevices.h"
+#include "platform/foundation/Sentence.h"
 
 namespace cantorel {
 
@@ -47,7 +48,7 @@ public:
     static void giveBackAudioInputDevice();
     static void removeSystemAudioDeviceChangeListener();
     // Why the last install or removal failed, in one sentence.
-    static QString loaderFailure();
+    static foundation::Sentence loaderFailure();
 
     static bool isMacVersionGreatThan1010();
     static bool isMacVersionGreatThan1008();

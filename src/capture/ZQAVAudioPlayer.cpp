@@ -5,7 +5,7 @@
 namespace cantorel {
 
 std::unique_ptr<ZQAVAudioPlayer> ZQAVAudioPlayer::initWithFilePath(const QString &path, foundation::Failure *failure) {
-    foundation::Failure why{QStringLiteral("There is no file \"%1\" to play.").arg(path), QString()};
+    foundation::Failure why{kFileGone(path), QString()};
     if (!path.isEmpty() && QFileInfo(path).isFile()) {
         auto player = media::Player::open(path);
         if (player)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "platform/foundation/WeakDelegate.h"
 #include "platform/media/Player.h"
 
@@ -8,6 +9,8 @@
 #include <memory>
 
 namespace cantorel {
+
+inline constexpr foundation::SentenceKey kFileGone("FileGone", "FileName");
 
 class ZQAVAudioPlayer;
 

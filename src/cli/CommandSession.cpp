@@ -1,10 +1,16 @@
 #include "cli/CommandSession.h"
 
+#include "lang/Lang.h"
+
 #include <QJsonDocument>
 
 #include <cstdio>
 
 namespace cantorel {
+
+Outcome Outcome::failed(const foundation::Sentence &sentence) { return {1, Lang::english(sentence)}; }
+
+Outcome Outcome::wrongUsage(const foundation::Sentence &sentence) { return {2, Lang::english(sentence)}; }
 
 void CommandSession::answer(const QJsonObject &object, const QString &text) const {
     printLine(json ? QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) : text);

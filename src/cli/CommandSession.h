@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/start/Hardware.h"
+#include "platform/foundation/Sentence.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -15,8 +16,8 @@ struct Outcome {
     QString sentence;
 
     static Outcome done() { return {}; }
-    static Outcome failed(const QString &sentence) { return {1, sentence}; }
-    static Outcome wrongUsage(const QString &sentence) { return {2, sentence}; }
+    static Outcome failed(const foundation::Sentence &sentence);
+    static Outcome wrongUsage(const foundation::Sentence &sentence);
 };
 
 // What all commands of one run share: the common options, standard output, and what is to be done once the command

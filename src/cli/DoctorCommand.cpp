@@ -2,6 +2,7 @@
 
 #include "app/start/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "lang/Lang.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/media/Codecs.h"
 #include "platform/media/DiskSpace.h"
@@ -27,7 +28,7 @@ struct Check {
 
 Check audioServer(const foundation::Result<std::unique_ptr<Hardware>> &hardware) {
     if (!hardware)
-        return {QStringLiteral("audio server"), false, true, hardware.failure().sentence};
+        return {QStringLiteral("audio server"), false, true, Lang::english(hardware.failure().sentence)};
     return {QStringLiteral("audio server"), true, true, hardware.value()->backendName()};
 }
 
@@ -48,7 +49,7 @@ Check microphone(bool hasHardware) {
 Check recorder() {
     const auto codecs = media::loadCodecs();
     return {QStringLiteral("recorder"), codecs.ok(), true,
-            codecs ? QStringLiteral("AAC coder loaded") : codecs.failure().sentence};
+            codecs ? QStringLiteral("AAC coder loaded") : Lang::english(codecs.failure().sentence)};
 }
 
 Check converter() {

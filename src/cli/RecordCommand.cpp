@@ -72,7 +72,7 @@ void addRecordCommand(CLI::App &root, CommandSession &session) {
             }
             options.play = QString::fromStdString(arguments->play);
             if (!options.play.isEmpty() && !QFileInfo(options.play).isFile())
-                return Outcome::wrongUsage(QStringLiteral("There is no file \"%1\" to play.").arg(options.play));
+                return Outcome::wrongUsage(kFileGone(options.play));
             if (!arguments->name.empty()) {
                 options.name = ToolFile::cleanFileName(QString::fromStdString(arguments->name));
                 if (options.name.isEmpty())

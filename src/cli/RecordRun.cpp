@@ -1,6 +1,7 @@
 #include "cli/RecordRun.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "lang/Lang.h"
 #include "platform/desktop/Services.h"
 #include "platform/hal/HardwareSystem.h"
 #include "settings/AppSettings.h"
@@ -102,7 +103,7 @@ Outcome RecordRun::start() {
         mControl->offer();
     }
     if (const auto started = mSession->startRecording(); !started) {
-        tellEvent("failed", {{QStringLiteral("reason"), started.failure().sentence}}, {});
+        tellEvent("failed", {{QStringLiteral("reason"), Lang::english(started.failure().sentence)}}, {});
         return Outcome::failed(started.failure().sentence);
     }
     if (!mOptions.seconds && !mPlayer)
@@ -147,9 +148,9 @@ void RecordRun::recordingFailed(const RecordingTrouble &trouble) {
     mTrouble = sentenceOf(trouble);
 }
 
-void RecordRun::recordingEndsEarly(const QString &sentence) {
-    tellEvent("endsEarly", {{QStringLiteral("reason"), sentence}}, {});
-    mTrouble = sentence;
+void RecordRun::recordingEndsEarly(const foundation::Sentence &sentence) {
+    tellEvent("endsEarly", {{QStringLiteral("reason"), Lang::english(sentence)}}, {});
+    mTrouble = Lang::english(sentence);
 }
 
 void RecordRun::recordingSettled() { mLoop.quit(); }

@@ -6,6 +6,7 @@
 #include "cli/CommandSession.h"
 #include "cli/RecordingEvents.h"
 #include "cli/TerminalAsker.h"
+#include "platform/foundation/Sentence.h"
 #include "recording/control/RecordingControl.h"
 #include "recording/library/RecordedList.h"
 #include "recording/schedule/TaskList.h"
@@ -41,7 +42,7 @@ public:
 private:
     void recordingStarted(const QString &file, const QString &device) override;
     void recordingFailed(const RecordingTrouble &trouble) override;
-    void recordingEndsEarly(const QString &sentence) override;
+    void recordingEndsEarly(const foundation::Sentence &sentence) override;
     void recordingSettled() override;
 
     void AVAudioPlayerDidFinishPlayingSuccessfully(ZQAVAudioPlayer &, bool successfully) override;

@@ -1,5 +1,6 @@
 #include "cli/RecordingEvents.h"
 
+#include "lang/Lang.h"
 #include "recording/session/RecordingSpace.h"
 #include "settings/AppSettings.h"
 #include "settings/RecordingSource.h"
@@ -69,8 +70,8 @@ void RecordingEvents::recordingPaused(bool bySilence) {
 
 void RecordingEvents::recordingResumed() { tellEvent("resumed", {}, QStringLiteral("The recording goes on.")); }
 
-void RecordingEvents::recordingSilent(const QString &sentence) {
-    tellEvent("silent", {{QStringLiteral("cause"), sentence}}, sentence);
+void RecordingEvents::recordingSilent(const foundation::Sentence &sentence) {
+    tellEvent("silent", {{QStringLiteral("cause"), Lang::english(sentence)}}, Lang::english(sentence));
 }
 
 void RecordingEvents::recordingDeviceLost(const QString &device) {
@@ -105,19 +106,21 @@ void RecordingEvents::recordingFiltered(const QString &file, double seconds) {
 }
 
 void RecordingEvents::recordingInterrupted(const RecordingTrouble &trouble) {
-    tellEvent("interrupted", {{QStringLiteral("reason"), trouble.sentence}, {QStringLiteral("kept"), trouble.kept}},
-              QStringLiteral("%1 The recording is started again.").arg(trouble.sentence));
+    const QString reason = Lang::english(trouble.sentence);
+    tellEvent("interrupted", {{QStringLiteral("reason"), reason}, {QStringLiteral("kept"), trouble.kept}},
+              QStringLiteral("%1 The recording is started again.").arg(reason));
 }
 
 QString RecordingEvents::sentenceOf(const RecordingTrouble &trouble) {
     // Some sentences name the file already.
-    return trouble.kept.isEmpty() || trouble.sentence.contains(trouble.kept)
-               ? trouble.sentence
-               : QStringLiteral("%1 What was recorded is kept in \"%2\".").arg(trouble.sentence, trouble.kept);
+    const QString reason = Lang::english(trouble.sentence);
+    return trouble.kept.isEmpty() || reason.contains(trouble.kept)
+               ? reason
+               : QStringLiteral("%1 What was recorded is kept in \"%2\".").arg(reason, trouble.kept);
 }
 
 void RecordingEvents::showFailure(const RecordingTrouble &trouble, const QString &text) {
-    QJsonObject details{{QStringLiteral("reason"), trouble.sentence}};
+    QJsonObject details{{QStringLiteral("reason"), Lang::english(trouble.sentence)}};
     if (!trouble.kept.isEmpty())
         details.insert(QStringLiteral("kept"), trouble.kept);
     tellEvent("failed", details, text);
@@ -125,8 +128,8 @@ void RecordingEvents::showFailure(const RecordingTrouble &trouble, const QString
 
 void RecordingEvents::recordingFailed(const RecordingTrouble &trouble) { showFailure(trouble, sentenceOf(trouble)); }
 
-void RecordingEvents::recordingEndsEarly(const QString &sentence) {
-    tellEvent("endsEarly", {{QStringLiteral("reason"), sentence}}, sentence);
+void RecordingEvents::recordingEndsEarly(const foundation::Sentence &sentence) {
+    tellEvent("endsEarly", {{QStringLiteral("reason"), Lang::english(sentence)}}, Lang::english(sentence));
 }
 
 } // namespace cantorel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/CommandSession.h"
+#include "platform/foundation/Sentence.h"
 #include "recording/session/RecordingSession.h"
 
 namespace cantorel {
@@ -30,7 +31,7 @@ protected:
     void recordingDisplay(const RecordingDisplay &display) override;
     void recordingPaused(bool bySilence) override;
     void recordingResumed() override;
-    void recordingSilent(const QString &sentence) override;
+    void recordingSilent(const foundation::Sentence &sentence) override;
     void recordingDeviceLost(const QString &device) override;
     void recordingDeviceBack(const QString &device) override;
     void recordingConverting(const QString &file) override;
@@ -38,7 +39,7 @@ protected:
     void recordingFiltered(const QString &file, double seconds) override;
     void recordingInterrupted(const RecordingTrouble &trouble) override;
     void recordingFailed(const RecordingTrouble &trouble) override;
-    void recordingEndsEarly(const QString &sentence) override;
+    void recordingEndsEarly(const foundation::Sentence &sentence) override;
 
 private:
     const CommandSession &mCommand;

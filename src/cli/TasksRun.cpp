@@ -2,6 +2,7 @@
 
 #include "app/start/DesktopServices.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "lang/Lang.h"
 #include "platform/desktop/Services.h"
 #include "util/tools/ToolSystem.h"
 
@@ -51,7 +52,7 @@ Outcome TasksRun::start() {
     mSession->leftovers().recover();
     mScheduled = std::make_unique<ScheduledSession>(*mSession, mTasks, *this, clock);
 
-    const auto tell = [this](const QString &sentence) { command().note(sentence); };
+    const auto tell = [this](const foundation::Sentence &sentence) { command().note(Lang::english(sentence)); };
     connect(mScheduled.get(), &ScheduledSession::startRefused, this, tell);
     if (auto hotKeys = desktopHotKeys(); hotKeys)
         desktop::InstalledServices::current().hotKeys = std::move(hotKeys.value());
@@ -99,11 +100,12 @@ void TasksRun::taskEnded(const ScheduleTaskInfo &task) {
     tellEvent("taskEnded", detailsOf(task), QStringLiteral("The task \"%1\" has ended.").arg(task._taskName));
 }
 
-void TasksRun::taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &sentence) {
+void TasksRun::taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const foundation::Sentence &sentence) {
     QJsonObject details = detailsOf(task);
     details.insert(QStringLiteral("start"), start.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
-    details.insert(QStringLiteral("reason"), sentence);
-    tellEvent("missed", details, sentence);
+    const QString reason = Lang::english(sentence);
+    details.insert(QStringLiteral("reason"), reason);
+    tellEvent("missed", details, reason);
 }
 
 void TasksRun::shutdownCountdown(int secondsLeft) {

@@ -3,6 +3,7 @@
 #include "app/start/Hardware.h"
 #include "app/start/SignalWatch.h"
 #include "cli/RecordingEvents.h"
+#include "platform/foundation/Sentence.h"
 #include "recording/control/RecordingControl.h"
 #include "recording/control/ScheduledSession.h"
 #include "recording/library/RecordedList.h"
@@ -28,7 +29,8 @@ private:
     void recordingSettled() override;
     void taskStarted(const ScheduleTaskInfo &task) override;
     void taskEnded(const ScheduleTaskInfo &task) override;
-    void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &sentence) override;
+    void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start,
+                    const foundation::Sentence &sentence) override;
     void shutdownCountdown(int secondsLeft) override;
 
     SignalWatch mSignals;

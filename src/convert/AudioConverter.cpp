@@ -1,5 +1,6 @@
 #include "convert/AudioConverter.h"
 
+#include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/foundation/ChildProcess.h"
 #include "settings/AppSettings.h"
@@ -18,6 +19,12 @@ using foundation::Failure;
 using foundation::Result;
 
 namespace {
+
+constexpr foundation::SentenceKey kRemovedUnconverted("RemovedUnconverted", "FileName");
+constexpr foundation::SentenceKey kNoConverter("NoConverter", "FileName");
+constexpr foundation::SentenceKey kNoRoomToConvert("NoRoomToConvert", "FileName");
+constexpr foundation::SentenceKey kNotConverted("NotConverted", "FileName");
+constexpr foundation::SentenceKey kConverterMissing("ConverterMissing");
 
 using namespace std::chrono_literals;
 
@@ -70,17 +77,11 @@ Failure converterFailed(const QString &inputFile, const ChildProcess::Finished &
     const QString why = ending.timedOut ? QStringLiteral("it took too long")
                         : ending.signal ? QStringLiteral("it was ended by signal %1").arg(ending.signal)
                                         : QStringLiteral("its exit status was %1").arg(ending.exitStatus);
-    const QString sentence =
-        !QFile::exists(inputFile)
-            ? QStringLiteral("The recording \"%1\" was removed before it was converted; choose a folder that stays.")
-        : ending.exitStatus == kProgramMissing
-            ? QStringLiteral("The recording \"%1\" stays as it is because the program ffmpeg is missing; install it "
-                             "with \"apt install ffmpeg\".")
-        : run.output.contains("No space left on device")
-            ? QStringLiteral("The recording \"%1\" stays as it is because the disk is full; make room to have it "
-                             "converted.")
-            : QStringLiteral("The recording \"%1\" could not be converted; it stays as it is.");
-    return {sentence.arg(inputFile), QStringLiteral("%1: %2").arg(why, QString::fromUtf8(run.output.right(2000)))};
+    const foundation::Sentence sentence = !QFile::exists(inputFile)              ? kRemovedUnconverted(inputFile)
+                                          : ending.exitStatus == kProgramMissing ? kNoConverter(inputFile)
+                                          : run.output.contains("No space left on device") ? kNoRoomToConvert(inputFile)
+                                                                                           : kNotConverted(inputFile);
+    return {sentence, QStringLiteral("%1: %2").arg(why, QString::fromUtf8(run.output.right(2000)))};
 }
 
 // Puts the converted file in the recording's place in one step, so that at every moment one of them is there.
@@ -116,8 +117,7 @@ Result<QString> AudioConverter::convertRecording(int index, const QString &input
                                                  const Surroundings &surroundings) {
     index = validIndex(index);
     if (!QFileInfo(surroundings.converter).isExecutable())
-        return Failure{QStringLiteral("The converter is missing; install this program again."),
-                       QStringLiteral("no program at %1").arg(surroundings.converter)};
+        return Failure{kConverterMissing(), QStringLiteral("no program at %1").arg(surroundings.converter)};
     if (!waitForFile(inputFile, surroundings.clock, surroundings.stop))
         return Failure{QStringLiteral("The recording \"%1\" does not exist.").arg(inputFile),
                        QStringLiteral("gave up waiting for %1").arg(inputFile)};
@@ -139,7 +139,7 @@ std::optional<QString> AudioConverter::convert_to_format(int index, const QStrin
     const auto converted = convertRecording(index, inputFile, {AppSettings::TessolarConverterPath(), clock});
     if (converted)
         return converted.value();
-    Log(QStringLiteral("%1 (%2)").arg(converted.failure().sentence, converted.failure().detail));
+    Log(QStringLiteral("%1 (%2)").arg(Lang::english(converted.failure().sentence), converted.failure().detail));
     return {};
 }
 

@@ -7,9 +7,11 @@
 
 #include <QFile>
 #include <QHash>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace cantorel {
 
@@ -17,17 +19,42 @@ namespace {
 
 using Texts = QHash<QString, QString>; // a null string where a loaded file has no text
 
-Texts builtInTexts() {
-    Texts texts;
-    for (const TextGroup *group : textGroups())
-        for (const TextRow &row : group->rows)
-            texts.insert(QString::fromLatin1(row.key), QString::fromUtf8(row.builtIn));
+const Texts &builtInTexts() {
+    static const Texts texts = [] {
+        Texts all;
+        for (const TextGroup &group : textGroups())
+            for (const TextRow &row : group.rows)
+                all.insert(QString::fromLatin1(row.key), QString::fromUtf8(row.builtIn));
+        return all;
+    }();
     return texts;
 }
 
 Texts &currentTexts() {
     static Texts texts = builtInTexts();
     return texts;
+}
+
+// The sentence in the language of the texts.
+QString said(const foundation::Sentence &sentence, const Texts &texts) {
+    if (sentence.key().empty())
+        return sentence.plainEnglish();
+    const QString key = QStringLiteral("sentence") + QString::fromUtf8(sentence.key().data(), sentence.key().size());
+    QString text = texts.value(key);
+    if (text.isEmpty())
+        text = builtInTexts().value(key);
+    static const QRegularExpression marker(QStringLiteral("\\[#(\\w+)#\\]"));
+    QString whole;
+    qsizetype done = 0;
+    // In one go: what is filled in may look like a marker.
+    for (const auto &found : marker.globalMatch(text)) {
+        whole += text.mid(done, found.capturedStart() - done);
+        for (const auto &argument : sentence.arguments())
+            if (found.captured(1) == QLatin1String(argument.name.data(), argument.name.size()))
+                whole += said(argument.value, texts);
+        done = found.capturedEnd();
+    }
+    return whole + text.mid(done);
 }
 
 QString &currentLanguage() {
@@ -108,12 +135,12 @@ void Lang::ChangeLanguage(const QString &name) {
         Log(QStringLiteral("xml document alloc error :%1").arg(document.failure().detail));
         return;
     }
-    for (const TextGroup *group : textGroups()) {
-        const auto element = document.value().first(group->path);
+    for (const TextGroup &group : textGroups()) {
+        const auto element = document.value().first(group.path);
         // Files made elsewhere know nothing of our own windows and sentences.
-        if (!element && (group == &langtexts::kWindow || group == &langtexts::kSentence))
+        if (const std::string_view path = group.path; !element && (path == "//window" || path == "//sentence"))
             continue;
-        for (const TextRow &row : group->rows)
+        for (const TextRow &row : group.rows)
             if (row.attribute)
                 currentTexts().insert(QString::fromLatin1(row.key),
                                       element ? element->attribute(row.attribute) : QString());
@@ -145,6 +172,10 @@ bool Lang::isKey(const QString &key) { return currentTexts().contains(key); }
 
 QString Lang::text(const QString &key) { return currentTexts().value(key); }
 
-QString Lang::builtInOrLoaded(const char *key) { return text(QString::fromLatin1(key)); }
+QString Lang::sentence(const foundation::Sentence &sentence) { return said(sentence, currentTexts()); }
+
+QString Lang::english(const foundation::Sentence &sentence) { return said(sentence, builtInTexts()); }
+
+QString LangTexts::builtInOrLoaded(const char *key) { return Lang::text(QString::fromLatin1(key)); }
 
 } // namespace cantorel

@@ -1,5 +1,6 @@
 #include "settings/UserDefaultFunctions.h"
 
+#include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/foundation/KeyedArchiver.h"
 
@@ -25,8 +26,9 @@ std::optional<QByteArray> storedData(const QString &key) {
 } // namespace
 
 foundation::DefaultsDomain &standardUserDefaults() {
-    static foundation::DefaultsDomain domain(QString::fromLatin1(kBundleIdentifier),
-                                             [](const foundation::Failure &failure) { Log(failure.sentence); });
+    static foundation::DefaultsDomain domain(
+        QString::fromLatin1(kBundleIdentifier),
+        [](const foundation::Failure &failure) { Log(Lang::english(failure.sentence)); });
     return domain;
 }
 

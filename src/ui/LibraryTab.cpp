@@ -59,7 +59,7 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
         mModel.search(text);
         showEmptiness();
     });
-    mModel.trouble = [this](const QString &sentence) { notice(sentence, false); };
+    mModel.trouble = [this](const foundation::Sentence &sentence) { notice(sentence, false); };
     mModel.picture = [this](const RecordedAudioInfo &item) {
         return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF(),
                                  palette().color(QPalette::HighlightedText));
@@ -84,7 +84,7 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
     column->addWidget(makeNotice());
     column->addWidget(makePlayer());
     showIcons();
-    changeLanguageText();
+    showTexts();
 }
 
 QWidget *LibraryTab::makeTable() {
@@ -271,10 +271,10 @@ void LibraryTab::remove(RecordingsRemoval::Files files) {
 
 void LibraryTab::undo() {
     const auto undone = mRemoval.undo();
-    notice(undone ? QString() : undone.failure().sentence, false);
+    notice(undone ? foundation::Sentence() : undone.failure().sentence, false);
 }
 
-void LibraryTab::notice(const QString &text, bool withUndo) {
+void LibraryTab::notice(const foundation::Sentence &text, bool withUndo) {
     mNoticeText->setText(Lang::sentence(text));
     mUndo->setVisible(withUndo);
     mNotice->setVisible(!text.isEmpty());
@@ -372,7 +372,7 @@ void LibraryTab::showPlayer() {
                                                  ToolString::stringFromDuration(mPlayer.length())));
 }
 
-void LibraryTab::changeLanguageText() {
+void LibraryTab::showTexts() {
     mSearch->setPlaceholderText(Lang::windowSearchRecordings());
     mSearch->setAccessibleName(Lang::windowSearchRecordings());
     mTable->setAccessibleName(Lang::tabPlaylistTitle());
@@ -399,6 +399,8 @@ void LibraryTab::changeEvent(QEvent *event) {
         showIcons();
         showPlayer();
     }
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
     QWidget::changeEvent(event);
 }
 

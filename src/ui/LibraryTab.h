@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "recording/library/LibraryMedia.h"
 #include "recording/library/LibraryPlayer.h"
 #include "recording/library/RecordingsModel.h"
@@ -29,7 +30,6 @@ public:
     // The list outlives the tab.
     explicit LibraryTab(RecordedList &list, QWidget *parent = nullptr);
 
-    void changeLanguageText();
     // The items of the list have come or gone; what is shown of all, or of one, has changed.
     void listDidChange();
     void itemsDidChange() { mModel.languageDidChange(); }
@@ -51,7 +51,7 @@ private:
     void showInfo();
     void remove(RecordingsRemoval::Files files);
     void undo();
-    void notice(const QString &text, bool withUndo);
+    void notice(const foundation::Sentence &text, bool withUndo);
     void remember();
     void restore();
     void showColumns();
@@ -59,6 +59,7 @@ private:
     void showEmptiness();
     void showPlayer();
     void showIcons();
+    void showTexts();
     void changeEvent(QEvent *event) override;
 
     RecordedList &mList;

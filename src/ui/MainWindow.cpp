@@ -56,7 +56,7 @@ MainWindow::MainWindow(const Parts &parts)
     makeMenu();
     listen();
     showIcons();
-    changeLanguageText();
+    showTexts();
 }
 
 MainWindow::~MainWindow() {
@@ -80,7 +80,6 @@ void MainWindow::complete() {
     QApplication::setWindowIcon(applicationIcon());
     mLibraryTab->media().toWindow = [this] { bringToFront(); };
     mLibraryTab->media().toEnd = [this] { leave(); };
-    mLibraryTab->changeLanguageText();
     mLibraryTab->listDidChange();
 }
 
@@ -163,7 +162,7 @@ void MainWindow::listen() {
             endOnceSettled();
     });
     connect(&mParts.recorder, &ScheduledSession::startRefused, this,
-            [this](const QString &sentence) { mParts.panel.setSentence(sentence); });
+            [this](const foundation::Sentence &sentence) { mParts.panel.setSentence(sentence); });
     mParts.list.view = this;
 }
 
@@ -272,7 +271,13 @@ void MainWindow::askBeforeDiscarding() {
     });
 }
 
+// Qt passes it on to all that stands in the window, and to its dialogs.
 void MainWindow::changeLanguageText() {
+    QEvent change(QEvent::LanguageChange);
+    QCoreApplication::sendEvent(this, &change);
+}
+
+void MainWindow::showTexts() {
     setWindowTitle(AppSettings::appName());
     mTabs->setTabText(mTabs->indexOf(mRecordingTab), Lang::tabRecordTitle());
     mTabs->setTabText(mTabs->indexOf(mLibraryPage), Lang::tabPlaylistTitle());
@@ -283,15 +288,8 @@ void MainWindow::changeLanguageText() {
     mQuitAction->setText(Lang::btnExit());
     mMenuButton->setAccessibleName(Lang::menuTools());
     mMenuButton->setToolTip(Lang::menuTools());
-    mRecordingTab->changeLanguageText();
-    if (mLibraryTab) {
-        mLibraryTab->changeLanguageText();
-        mStatusItem->changeLanguageText();
-    }
-    if (mSettings)
-        mSettings->changeLanguageText();
-    if (mTasks)
-        mTasks->changeLanguageText();
+    if (mStatusItem)
+        mStatusItem->showTexts();
 }
 
 void MainWindow::bringToFront() {
@@ -361,6 +359,8 @@ void MainWindow::showIcons() {
 void MainWindow::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange)
         showIcons();
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
     QMainWindow::changeEvent(event);
 }
 

@@ -86,6 +86,7 @@ private:
     void recoverLeftovers();
     void askBeforeDiscarding();
     void showIcons();
+    void showTexts();
     void showOrHide();
     // The person wants the program to end.
     void leave();

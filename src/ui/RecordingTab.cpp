@@ -104,7 +104,7 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     column->addWidget(mCountdown);
 
     showIcons();
-    changeLanguageText();
+    showTexts();
     setAudioInputSelectedStatus();
 }
 
@@ -254,7 +254,7 @@ void RecordingTab::showSettings() {
     mFolder->setToolTip(QDir::toNativeSeparators(folder));
 }
 
-void RecordingTab::changeLanguageText() {
+void RecordingTab::showTexts() {
     for (int type = 0; type < static_cast<int>(std::size(kSources)); ++type) {
         mSources->button(type)->setText(kSources[type].text());
         mSources->button(type)->setToolTip(kSources[type].tip());
@@ -320,6 +320,8 @@ void RecordingTab::changeEvent(QEvent *event) {
         showIcons();
         showPanel();
     }
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
     QWidget::changeEvent(event);
 }
 

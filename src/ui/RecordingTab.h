@@ -30,7 +30,6 @@ public:
                  QWidget *parent = nullptr);
 
     // The language, the settings or the devices have changed.
-    void changeLanguageText();
     void setAudioInputSelectedStatus();
     void showSettings();
     // The panel has changed; a level has come.
@@ -46,6 +45,7 @@ private:
     QWidget *makeDestination();
     QWidget *makeControls();
     void showIcons();
+    void showTexts();
     void changeEvent(QEvent *event) override;
     void showEvent(QShowEvent *event) override;
 

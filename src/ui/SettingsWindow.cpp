@@ -70,7 +70,7 @@ SettingsWindow::SettingsWindow(QWidget *parent)
     column->addWidget(mPages);
     column->addWidget(buttons);
     showIcons();
-    changeLanguageText();
+    showTexts();
     showSettings();
 }
 
@@ -198,6 +198,8 @@ void SettingsWindow::told(const std::function<void()> &listener) {
 void SettingsWindow::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange)
         showIcons();
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
     QDialog::changeEvent(event);
 }
 
@@ -277,7 +279,7 @@ void SettingsWindow::showSettings() {
     }
 }
 
-void SettingsWindow::changeLanguageText() {
+void SettingsWindow::showTexts() {
     setWindowTitle(Lang::menuSettings());
     mPages->setTabText(General, Lang::settingsGeneralTitle());
     mPages->setTabText(Recording, Lang::settingsRecordTitle());

@@ -28,7 +28,6 @@ public:
     std::function<void()> recordingChanged;
     std::function<void()> hotkeysChanged;
 
-    void changeLanguageText();
     // Shows what is stored.
     void showSettings();
     void openRecordingPage();
@@ -55,6 +54,7 @@ private:
     void chooseLanguage(const QString &displayName);
     void chooseFolder();
     void showIcons();
+    void showTexts();
     void changeEvent(QEvent *event) override;
     void chooseHotkey(std::size_t index, const QString &text);
     void told(const std::function<void()> &listener);

@@ -55,7 +55,7 @@ StatusItem::StatusItem(RecorderPanel &panel, Actions actions)
         if (reason == QSystemTrayIcon::Trigger)
             mActions.showOrHide();
     });
-    changeLanguageText();
+    showTexts();
     mItem.show();
 }
 
@@ -78,7 +78,7 @@ void StatusItem::showPanel() {
                                : AppSettings::appName());
 }
 
-void StatusItem::changeLanguageText() {
+void StatusItem::showTexts() {
     mShow->setText(Lang::menuShowMainWindow());
     mSplit->setText(Lang::windowSplitNow());
     mQuit->setText(Lang::btnExit());

@@ -25,7 +25,7 @@ public:
     // Whether the desktop shows it.
     bool isThere() const { return QSystemTrayIcon::isSystemTrayAvailable() && mItem.isVisible(); }
     void showPanel();
-    void changeLanguageText();
+    void showTexts();
     void notify(const QString &title, const QString &text);
 
 private:

@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QDateTimeEdit>
 #include <QDialogButtonBox>
+#include <QEvent>
 #include <QFormLayout>
 #include <QJsonObject>
 #include <QLabel>
@@ -86,7 +87,7 @@ TasksWindow::TasksWindow(TaskList &tasks, QWidget *parent)
     buttons->addButton(mClose, QDialogButtonBox::RejectRole);
     column->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
-    changeLanguageText();
+    showTexts();
     beginAnew();
     showTasks();
     connect(&mList, &TaskList::changed, this, [this] { showTasks(); });
@@ -252,7 +253,7 @@ void TasksWindow::showTasks() {
     mEmpty->setText(mTasks->count() == 0 ? Lang::toolsScheduleTaskNoScheduleTask() : QString());
 }
 
-void TasksWindow::changeLanguageText() {
+void TasksWindow::showTexts() {
     setWindowTitle(Lang::toolsScheduleTaskTitle());
     mTasks->setAccessibleName(Lang::toolsScheduleTaskTaskList());
     mNameLabel->setText(Lang::toolsScheduleTaskTaskName());
@@ -280,6 +281,12 @@ void TasksWindow::changeLanguageText() {
     mClose->setText(Lang::btnClose());
     showEdited();
     showTasks();
+}
+
+void TasksWindow::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
+    QDialog::changeEvent(event);
 }
 
 } // namespace cantorel::ui

@@ -33,6 +33,8 @@ public:
     void showTasks();
 
 private:
+    void showTexts();
+    void changeEvent(QEvent *event) override;
     QWidget *makeList();
     QWidget *makeEditor();
     void add();

@@ -29,7 +29,7 @@ void easyHTTP::POST(const QString &url, const QString &postData) {
 
 QString easyHTTP::send(const foundation::HttpRequest &request) {
     const auto response = foundation::sendHttpRequest(request, mLimits, mStop);
-    mFailure = response ? QString() : response.failure().sentence;
+    mFailure = response ? foundation::Sentence() : response.failure().sentence;
     return response ? QString::fromUtf8(response.value().body) : QString();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/HttpClient.h"
+#include "platform/foundation/Sentence.h"
 
 #include <QByteArray>
 #include <QString>
@@ -25,7 +26,7 @@ public:
     void POST(const QString &url, const QString &postData);
 
     // Why the last request brought nothing, in one sentence; empty when it brought something.
-    const QString &failure() const { return mFailure; }
+    const foundation::Sentence &failure() const { return mFailure; }
 
     // For a connection that brings its answer piece by piece; the requests above use none of these.
     void connectionDidReceiveResponse() { mReceivedData.clear(); }
@@ -39,7 +40,7 @@ private:
 
     const foundation::HttpLimits mLimits;
     const std::stop_token mStop;
-    QString mFailure;
+    foundation::Sentence mFailure;
     QByteArray mReceivedData;
 };
 

@@ -2,10 +2,13 @@
 
 #include "tests/window/WindowFixture.h"
 #include "ui/HotkeyField.h"
+#include "ui/LibraryTab.h"
+#include "ui/TasksWindow.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QProcess>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -87,11 +90,17 @@ TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
     page(0);
     auto *language = find<QComboBox>("language");
     ASSERT_EQ(language->count(), 19);
-    const QString english = find<QAbstractButton>("source0")->text();
+    const auto shown = [this] {
+        return QStringList{find<QAbstractButton>("source0")->text(), window.settings().windowTitle(),
+                           window.tasks().windowTitle(), window.library().findChild<QLineEdit *>()->placeholderText(),
+                           find<QTabWidget>("tabs")->tabText(1)};
+    };
+    const QStringList english = shown();
     language->setCurrentText(QStringLiteral("Deutsch"));
     Q_EMIT language->textActivated(language->currentText());
     EXPECT_EQ(AppSettings::appLanguage(), QStringLiteral("German"));
-    EXPECT_NE(find<QAbstractButton>("source0")->text(), english);
+    for (qsizetype i = 0; i < english.size(); ++i)
+        EXPECT_NE(shown()[i], english[i]);
     photograph(window.settings(), QStringLiteral("settings-german"));
 }
 

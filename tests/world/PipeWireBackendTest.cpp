@@ -3,6 +3,7 @@
 
 #include "platform/hal/pipewire/PipeWireBackend.h"
 
+#include "lang/Lang.h"
 #include "tests/support/EmbeddedWorld.h"
 #include "tests/support/PrivateWorld.h"
 
@@ -29,7 +30,7 @@ struct Client : StreamClient {
 
 std::unique_ptr<PipeWireBackend> connected() {
     auto backend = PipeWireBackend::connect(std::chrono::seconds(10));
-    EXPECT_TRUE(backend.ok()) << (backend.ok() ? "" : backend.failure().sentence.toStdString());
+    EXPECT_TRUE(backend.ok()) << (backend.ok() ? "" : Lang::english(backend.failure().sentence).toStdString());
     return backend ? std::move(backend).value() : nullptr;
 }
 
@@ -105,7 +106,7 @@ TEST(PipeWire, ADamagedConfigurationIsNamed) {
     // The library leaks a little on this way, so a process of its own takes it.
     const auto attempt = [&] {
         const auto backend = PipeWireBackend::connect(std::chrono::seconds(1));
-        std::fputs(backend ? "connected" : backend.failure().sentence.toUtf8().constData(), stderr);
+        std::fputs(backend ? "connected" : Lang::english(backend.failure().sentence).toUtf8().constData(), stderr);
         std::fflush(stderr);
         _exit(0);
     };
@@ -246,7 +247,7 @@ TEST(PipeWire, AggregateIsASourceThatOtherProgramsSee) {
 TEST(PipeWire, SaysWhyThereIsNoSound) {
     const auto sentence = [](int milliseconds) {
         const auto backend = PipeWireBackend::connect(std::chrono::milliseconds(milliseconds));
-        return backend ? QString() : backend.failure().sentence;
+        return backend ? QString() : Lang::english(backend.failure().sentence);
     };
     EXPECT_TRUE(sentence(50).contains("No PipeWire sound server is running"));
     const QString run = qEnvironmentVariable("XDG_RUNTIME_DIR");

@@ -9,6 +9,12 @@
 
 namespace cantorel {
 
+namespace {
+
+constexpr foundation::SentenceKey kNotRelaunched("NotRelaunched");
+
+} // namespace
+
 void Application::terminate() {
     if (mIsTerminating || !delegate->applicationShouldTerminate())
         return;
@@ -52,8 +58,7 @@ foundation::Result<void> Application::startShell(const QString &command) {
         sigprocmask(SIG_SETMASK, &none, nullptr);
     });
     if (!shell.startDetached())
-        return foundation::Failure{QStringLiteral("Cantorel could not start itself again; please do it by hand."),
-                                   QStringLiteral("relaunch: %1").arg(shell.errorString())};
+        return foundation::Failure{kNotRelaunched(), QStringLiteral("relaunch: %1").arg(shell.errorString())};
     return {};
 }
 

@@ -9,6 +9,8 @@ namespace cantorel::desktop {
 
 namespace {
 
+constexpr foundation::SentenceKey kKeyForTyping("KeyForTyping", "Keys");
+
 // Codes 41 and 121 are what the words "k" and "f2" deliberately stand for, so here they are just these keys.
 constexpr PlatformKey kKeys[] = {
     {0, 'a', "a"},          {1, 's', "s"},         {2, 'd', "d"},
@@ -78,9 +80,8 @@ QString shownCombination(const HotKeyCombination &combination) {
     return joined(combination, &ModifierName::shown, true);
 }
 
-QString typingKeySentence(const HotKeyCombination &combination) {
-    return QStringLiteral("%1 cannot be a hot key, since it is needed for typing; choose one with Ctrl, Alt or Super.")
-        .arg(shownCombination(combination));
+foundation::Sentence typingKeySentence(const HotKeyCombination &combination) {
+    return kKeyForTyping(shownCombination(combination));
 }
 
 QString portalTrigger(const HotKeyCombination &combination) {

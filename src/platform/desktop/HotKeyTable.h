@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/desktop/HotKeys.h"
+#include "platform/foundation/Sentence.h"
 
 #include <cstdint>
 
@@ -30,6 +31,6 @@ QString shownCombination(const HotKeyCombination &combination);
 QString portalTrigger(const HotKeyCombination &combination);
 
 // Why a combination that is no hot key is refused.
-QString typingKeySentence(const HotKeyCombination &combination);
+foundation::Sentence typingKeySentence(const HotKeyCombination &combination);
 
 } // namespace cantorel::desktop

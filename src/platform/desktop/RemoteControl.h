@@ -24,7 +24,7 @@ public:
 
     virtual std::vector<RemoteMethod> methods() const = 0;
     // Answers texts, numbers and truths by their names. Called for methods that there are, with the arguments that they
-    // have.
+    // have. A refusal is plain English.
     virtual foundation::Result<QVariantMap> call(const QString &method, const QStringList &arguments) = 0;
 };
 

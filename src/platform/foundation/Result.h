@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
+
 #include <QString>
 
 #include <optional>
@@ -10,7 +12,7 @@ namespace cantorel::foundation {
 
 // Why an operation failed: one sentence for a person (what was wrong and what to do), one line for the log.
 struct Failure {
-    QString sentence;
+    Sentence sentence;
     QString detail;
 };
 

@@ -1,5 +1,7 @@
 #include "recording/control/ListRequests.h"
 
+#include "lang/Lang.h"
+
 #include <QFile>
 
 namespace cantorel {
@@ -9,7 +11,7 @@ using foundation::Result;
 
 namespace {
 
-Failure refusal(const QString &sentence) { return {sentence, sentence}; }
+Failure refusal(const foundation::Sentence &sentence) { return {sentence, Lang::english(sentence)}; }
 
 // The item, if it is listed and nothing is being done with its file.
 Result<RecordedAudioInfo *> idleItem(const RecordedList &list, const QString &file) {

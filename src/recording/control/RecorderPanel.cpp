@@ -59,7 +59,7 @@ QString RecorderPanel::sentence() const {
     return mKept.isEmpty() ? sentence : QStringLiteral("%1 (%2)").arg(sentence, mKept);
 }
 
-void RecorderPanel::setSentence(const QString &sentence, const QString &kept) {
+void RecorderPanel::setSentence(const foundation::Sentence &sentence, const QString &kept) {
     mSentence = sentence;
     mKept = kept;
     mSaysSilence = false;
@@ -117,7 +117,7 @@ void RecorderPanel::tellLostFrames(qint64 frames) {
     setSentence(Lang::windowLostFrames().replace(QLatin1String("[#Count#]"), QString::number(frames)));
 }
 
-void RecorderPanel::recordingSilent(const QString &sentence) {
+void RecorderPanel::recordingSilent(const foundation::Sentence &sentence) {
     setSentence(sentence);
     mSaysSilence = true;
 }
@@ -149,8 +149,8 @@ void RecorderPanel::recordingFailed(const RecordingTrouble &trouble) {
     Q_EMIT failed(sentence());
 }
 
-void RecorderPanel::recordingEndsEarly(const QString &english) {
-    setSentence(english);
+void RecorderPanel::recordingEndsEarly(const foundation::Sentence &why) {
+    setSentence(why);
     Q_EMIT failed(sentence());
 }
 
@@ -167,8 +167,8 @@ void RecorderPanel::taskCountdown(const TaskCountdown &countdown) {
     Q_EMIT countdownDidChange();
 }
 
-void RecorderPanel::taskMissed(const ScheduleTaskInfo &, const QDateTime &, const QString &english) {
-    setSentence(english);
+void RecorderPanel::taskMissed(const ScheduleTaskInfo &, const QDateTime &, const foundation::Sentence &why) {
+    setSentence(why);
     Q_EMIT missed(sentence());
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "recording/control/LevelDisplay.h"
 #include "recording/control/SoundHistory.h"
 #include "recording/schedule/ScheduleTaskRunner.h"
@@ -30,7 +31,7 @@ public:
     // What went wrong last, or what the person should know now; empty when all is well.
     QString sentence() const;
     // sentence: of the core, in English, or in the language in force. kept: where the file lies that it is about.
-    void setSentence(const QString &sentence, const QString &kept = {});
+    void setSentence(const foundation::Sentence &sentence, const QString &kept = {});
     const TaskCountdown &countdown() const { return mCountdown; }
     // Which task is made next, and that it needs the program; empty when none lies ahead.
     QString taskAheadText() const;
@@ -40,19 +41,19 @@ public:
     void recordingDisplay(const RecordingDisplay &display) override;
     void recordingLevel(float level) override;
     void recordingFramesLost(qint64 frames) override;
-    void recordingSilent(const QString &sentence) override;
+    void recordingSilent(const foundation::Sentence &sentence) override;
     void recordingHeard() override;
     void recordingDeviceLost(const QString &device) override;
     void recordingFinished(const FinishedRecording &recording) override;
     void recordingFiltered(const QString &file, double seconds) override;
     void recordingInterrupted(const RecordingTrouble &trouble) override;
     void recordingFailed(const RecordingTrouble &trouble) override;
-    void recordingEndsEarly(const QString &english) override;
+    void recordingEndsEarly(const foundation::Sentence &sentence) override;
     void recordingSettled() override;
     void stopPlayback() override;
 
     void taskCountdown(const TaskCountdown &countdown) override;
-    void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &english) override;
+    void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const foundation::Sentence &why) override;
     void shutdownCountdown(int secondsLeft) override;
     void shutdownCancelled() override;
 
@@ -83,7 +84,8 @@ private:
     LevelDisplay mLevel;
     TaskCountdown mCountdown;
     qint64 mLostFrames = 0; // of the file
-    QString mFile, mDevice, mSentence, mKept;
+    foundation::Sentence mSentence;
+    QString mFile, mDevice, mKept;
     bool mSaysSilence = false; // The sentence ends with the next sound.
     bool mIsSettled = true;    // since the last recording; between the files of a split it is not
 };

@@ -1,5 +1,6 @@
 #include "recording/control/RecordingControl.h"
 
+#include "lang/Lang.h"
 #include "log/GuardedAction.h"
 #include "platform/desktop/Services.h"
 #include "recording/control/ListRequests.h"
@@ -25,7 +26,7 @@ const QString kSeconds = QStringLiteral("seconds");
 const QString kBytes = QStringLiteral("bytes");
 const QString kTimeLeft = QStringLiteral("timeLeftSeconds");
 
-Failure refusal(const QString &sentence) { return {sentence, sentence}; }
+Failure refusal(const foundation::Sentence &sentence) { return {sentence, Lang::english(sentence)}; }
 
 void insertTimeLeft(QVariantMap &status, double seconds, qint64 bytes) {
     if (const auto left =
@@ -83,6 +84,8 @@ RecordingControl::Answer RecordingControl::call(const QString &method, const QSt
                                     [&](const Method &one) { return QLatin1String(one.name) == method; });
     if (found != table().end() && found->arguments.size() == arguments.size())
         (void)guarded("remoteControl", [&] { answer = (this->*found->answer)(arguments); }); // what is thrown is logged
+    if (!answer) // Other programs know no keys.
+        return Failure{Lang::english(answer.failure().sentence), answer.failure().detail};
     return answer;
 }
 

@@ -30,7 +30,8 @@ private:
     RecordingHotkeyActions &mActions;
 };
 
-RecordingHotkeys::RecordingHotkeys(RecordingHotkeyActions &actions, std::function<void(const QString &)> trouble)
+RecordingHotkeys::RecordingHotkeys(RecordingHotkeyActions &actions,
+                                   std::function<void(const foundation::Sentence &)> trouble)
     : mDispatch(std::make_shared<Dispatch>(actions)), mHotKeys(desktop::InstalledServices::current().hotKeys) {
     if (!mHotKeys)
         return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "recording/hotkeys/HotkeyManager.h"
 
 #include <array>
@@ -25,7 +26,8 @@ public:
 class RecordingHotkeys {
 public:
     // Outlives the hot keys. trouble: told one sentence why a key does not work, once for each reason; may be empty.
-    explicit RecordingHotkeys(RecordingHotkeyActions &actions, std::function<void(const QString &)> trouble = {});
+    explicit RecordingHotkeys(RecordingHotkeyActions &actions,
+                              std::function<void(const foundation::Sentence &)> trouble = {});
     ~RecordingHotkeys();
 
     // Registers the keys if the settings enable them.

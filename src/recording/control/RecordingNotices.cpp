@@ -96,7 +96,7 @@ void RecordingNotices::reveal(const QString &file) const {
     if (!files || !QFileInfo::exists(file))
         mActions.showWindow();
     else if (const auto revealed = files->reveal({file}); !revealed)
-        mActions.tellOtherwise(QFileInfo(file).fileName(), revealed.failure().sentence);
+        mActions.tellOtherwise(QFileInfo(file).fileName(), Lang::sentence(revealed.failure().sentence));
 }
 
 } // namespace cantorel

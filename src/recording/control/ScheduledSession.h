@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "recording/control/RecordingHotkeys.h"
 #include "recording/schedule/ScheduleTaskRunner.h"
 #include "recording/session/RecordingSession.h"
@@ -31,7 +32,7 @@ public:
 
 Q_SIGNALS:
     // The start control, or its hot key, could not begin a recording, and one sentence why.
-    void startRefused(const QString &sentence);
+    void startRefused(const foundation::Sentence &sentence);
 
 private:
     bool isRecording() const override { return mSession.isRecording(); }

@@ -4,6 +4,8 @@ namespace cantorel {
 
 namespace {
 
+constexpr foundation::SentenceKey kNoOutput("NoOutput");
+
 constexpr std::chrono::milliseconds kTellInterval(250);
 
 } // namespace
@@ -30,8 +32,7 @@ foundation::Result<void> LibraryPlayer::play(const QString &file) {
     }
     if (!mPlayer->play()) {
         stop();
-        return foundation::Failure{QStringLiteral("There is no output to play to; choose one in the sound settings."),
-                                   {}};
+        return foundation::Failure{kNoOutput(), {}};
     }
     mIsPlaying = true;
     mTimer.start();

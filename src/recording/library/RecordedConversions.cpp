@@ -15,6 +15,13 @@ namespace cantorel {
 using foundation::Failure;
 using foundation::Result;
 
+namespace {
+
+constexpr foundation::SentenceKey kConversionEnded("ConversionEnded");
+constexpr foundation::SentenceKey kConvertedEmpty("ConvertedEmpty");
+
+} // namespace
+
 RecordedConversions::RecordedConversions(RecordedList &list) : mList(list) {}
 
 RecordedConversions::~RecordedConversions() = default; // The worker is asked to stop, and waited for.
@@ -39,9 +46,7 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
     const QString converter = AppSettings::TessolarConverterPath();
     auto job = [this, file, format, converter, item = QPointer(&item),
                 completion = std::move(completion)](const std::stop_token &stop) {
-        Result<QString> result = Failure{
-            QStringLiteral("The conversion ended unexpectedly; the recording stays as it is, and the log says why."),
-            QString()};
+        Result<QString> result = Failure{kConversionEnded(), QString()};
         (void)guarded("convert", [&] {
             foundation::WallClock clock;
             result = AudioConverter::convertRecording(format, file, {converter, clock, {}, stop});
@@ -64,7 +69,7 @@ void RecordedConversions::finish(const QPointer<RecordedAudioInfo> &item, const 
                                  const Completion &completion) {
     --mPending;
     if (result && QFileInfo(result.value()).size() == 0)
-        result = Failure{QStringLiteral("The converted file is empty; the recording stays as it is."), QString()};
+        result = Failure{kConvertedEmpty(), QString()};
     // The recording goes only now that its successor is whole.
     if (result && QFileInfo(file).absoluteFilePath() != QFileInfo(result.value()).absoluteFilePath())
         QFile::remove(file);

@@ -19,6 +19,9 @@ namespace cantorel {
 
 namespace {
 
+constexpr foundation::SentenceKey kNameTaken("NameTaken", "Name");
+constexpr foundation::SentenceKey kNotRenamed("NotRenamed", "FileName");
+
 constexpr std::chrono::seconds kSweepInterval(1);
 // A list of a few hundred recordings is stored whole as quickly as a journal is synchronised.
 constexpr qint64 kSmallArchive = 64 * 1024;
@@ -201,11 +204,9 @@ foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QSt
     const QString renamed = file.path() + QLatin1Char('/') + clean + suffix;
     QString why;
     if (clean.isEmpty() || QFileInfo::exists(renamed))
-        return foundation::Failure{
-            QStringLiteral("\"%1\" is no free name for a file here; choose another.").arg(clean + suffix), {}};
+        return foundation::Failure{kNameTaken(clean + suffix), {}};
     if (!ToolFile::moveFileFromPath(file.filePath(), renamed, &why))
-        return foundation::Failure{
-            QStringLiteral("\"%1\" can't be renamed; check the rights of its folder.").arg(file.filePath()), why};
+        return foundation::Failure{kNotRenamed(file.filePath()), why};
     item.setFileName(renamed);
     save(item);
     changed();

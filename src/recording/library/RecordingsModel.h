@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
+
 #include <QAbstractTableModel>
 #include <QCollator>
 #include <QLocale>
@@ -23,7 +25,7 @@ public:
     explicit RecordingsModel(RecordedList &list, QObject *parent = nullptr);
 
     // Told why a renaming failed, in one sentence. May be empty.
-    std::function<void(const QString &sentence)> trouble;
+    std::function<void(const foundation::Sentence &)> trouble;
     // The picture of a recording, for the view to draw. May be empty.
     std::function<QVariant(const RecordedAudioInfo &item)> picture;
 

@@ -9,6 +9,8 @@ namespace cantorel {
 
 namespace {
 
+constexpr foundation::SentenceKey kNotBack("NotBack", "FileName");
+
 // The wastebasket keeps a note beside what is in it.
 void forget(const QString &inWastebasket) {
     const QFileInfo file(inWastebasket);
@@ -35,8 +37,7 @@ foundation::Result<void> RecordingsRemoval::remove(const std::vector<RecordedAud
     }
     if (failed.isEmpty())
         return {};
-    return foundation::Failure{
-        QStringLiteral("\"%1\" can't be moved to the wastebasket; check the rights of its folder.").arg(failed), {}};
+    return foundation::Failure{kNotToWastebasket(failed), {}};
 }
 
 QString RecordingsRemoval::firstName() const {
@@ -60,8 +61,7 @@ foundation::Result<void> RecordingsRemoval::undo() {
     }
     if (failed.isEmpty())
         return {};
-    return foundation::Failure{
-        QStringLiteral("A file can't be brought back from the wastebasket; it still lies in \"%1\".").arg(failed), {}};
+    return foundation::Failure{kNotBack(failed), {}};
 }
 
 } // namespace cantorel

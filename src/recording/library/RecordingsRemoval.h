@@ -7,6 +7,8 @@
 
 namespace cantorel {
 
+inline constexpr foundation::SentenceKey kNotToWastebasket("NotToWastebasket", "FileName");
+
 class RecordedList;
 
 // Takes recordings out of the list, their files too if asked, and gives the last ones back. Files go into the desktop's

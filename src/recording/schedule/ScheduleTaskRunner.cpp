@@ -16,6 +16,11 @@ using TaskPtr = std::shared_ptr<ScheduleTaskInfo>;
 
 namespace {
 
+constexpr foundation::SentenceKey kTaskInTheWay("TaskInTheWay", "Name");
+constexpr foundation::SentenceKey kTaskNotRecorded("TaskNotRecorded", "Name", "Reason");
+constexpr foundation::SentenceKey kTaskSlept("TaskSlept", "Name");
+constexpr foundation::SentenceKey kTaskNotRunning("TaskNotRunning", "Name");
+
 constexpr auto kInterval = 1s;
 constexpr qint64 kLongestReplay = 10'000; // milliseconds
 // A start exactly a second away is not due yet and would be past at the next look, so that one comes a bit sooner.
@@ -127,9 +132,7 @@ void ScheduleTaskRunner::checkScheduleTask(const QDateTime &now) {
         (void)mTasks.SaveTasks(); // A failure is logged, and the next save tries again.
         // Deliberately not queued. The task is not even executed, lest the other recording end at its length.
         if (mRecorder.isBusy() || m_currentScheduleTaskInfo) {
-            refuse(task, mFound.start,
-                   QStringLiteral("The task \"%1\" was not recorded, since another recording was running.")
-                       .arg(task->_taskName));
+            refuse(task, mFound.start, kTaskInTheWay(task->_taskName));
             return;
         }
         m_currentScheduleTaskInfo = task;
@@ -165,12 +168,11 @@ void ScheduleTaskRunner::_execScheduleTask_() {
     // A failed start leaves a recording shown, which would refuse all later tasks.
     if (mRecorder.isBusy())
         mRecorder.stopRecording();
-    refuse(task, task->dealtWithStart,
-           QStringLiteral("The task \"%1\" was not recorded. %2").arg(task->_taskName, started.failure().sentence));
+    refuse(task, task->dealtWithStart, kTaskNotRecorded(task->_taskName, started.failure().sentence));
 }
 
-void ScheduleTaskRunner::refuse(const TaskPtr &task, const QDateTime &start, const QString &sentence) {
-    Log(sentence);
+void ScheduleTaskRunner::refuse(const TaskPtr &task, const QDateTime &start, const foundation::Sentence &sentence) {
+    Log(Lang::english(sentence));
     mView.taskMissed(*task, start, sentence);
 }
 
@@ -182,11 +184,7 @@ void ScheduleTaskRunner::reportMissed(const QDateTime &now) {
             continue;
         task->dealtWithStart = start;
         const bool wasSkipped = mSkippedUntil.isValid() && start <= mSkippedUntil;
-        refuse(task, start,
-               (wasSkipped ? QStringLiteral("The task \"%1\" was missed, since the computer slept at its start or the "
-                                            "clock was set past it.")
-                           : QStringLiteral("The task \"%1\" was not recorded, since another recording was running."))
-                   .arg(task->_taskName));
+        refuse(task, start, wasSkipped ? kTaskSlept(task->_taskName) : kTaskInTheWay(task->_taskName));
     }
 }
 
@@ -197,9 +195,7 @@ void ScheduleTaskRunner::removeExpired(const ScheduleTaskInfo::Tasks &expired) {
         const bool wasDealtWith =
             task->_completed || (task->_fromTime.isValid() && task->_fromTime == task->dealtWithStart);
         if (!wasDealtWith)
-            refuse(task, task->_fromTime,
-                   QStringLiteral("The task \"%1\" was missed, since Cantorel was not running at its start.")
-                       .arg(task->_taskName));
+            refuse(task, task->_fromTime, kTaskNotRunning(task->_taskName));
     }
     mTasks.drop(expired);
 }

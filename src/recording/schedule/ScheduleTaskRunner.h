@@ -44,7 +44,7 @@ public:
     // The task has made all its recordings, or was stopped by hand.
     virtual void taskEnded(const ScheduleTaskInfo &) {}
     // A start that did not become a recording, and one sentence why.
-    virtual void taskMissed(const ScheduleTaskInfo &, const QDateTime & /*start*/, const QString & /*sentence*/) {}
+    virtual void taskMissed(const ScheduleTaskInfo &, const QDateTime & /*start*/, const foundation::Sentence &) {}
     // Every second until the computer is shut down; the person can cancel it.
     virtual void shutdownCountdown(int /*secondsLeft*/) {}
     virtual void shutdownCancelled() {}
@@ -85,7 +85,8 @@ private:
     void checkScheduleTask(const QDateTime &now);
     bool isQuiet(const QDateTime &now) const;
     void _execScheduleTask_();
-    void refuse(const std::shared_ptr<ScheduleTaskInfo> &task, const QDateTime &start, const QString &sentence);
+    void refuse(const std::shared_ptr<ScheduleTaskInfo> &task, const QDateTime &start,
+                const foundation::Sentence &sentence);
     void reportMissed(const QDateTime &now);
     void removeExpired(const ScheduleTaskInfo::Tasks &expired);
     void complete();

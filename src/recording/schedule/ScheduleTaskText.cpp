@@ -1,5 +1,6 @@
 #include "recording/schedule/ScheduleTaskText.h"
 
+#include "lang/Lang.h"
 #include "settings/RecordingSource.h"
 #include "util/ToolFile.h"
 
@@ -15,6 +16,10 @@ using foundation::Result;
 
 namespace {
 
+constexpr foundation::SentenceKey kTaskName("TaskName", "Name");
+constexpr foundation::SentenceKey kTaskLength("TaskLength", "Count");
+constexpr foundation::SentenceKey kTaskWeekday("TaskWeekday");
+
 const QString kTimeFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 const QString kManual = QStringLiteral("manual");
 constexpr int kSaturday = 6;
@@ -23,7 +28,7 @@ QJsonValue textOrNull(const QDateTime &moment) {
     return moment.isValid() ? QJsonValue(scheduleTimeText(moment)) : QJsonValue();
 }
 
-Failure wrong(const QString &sentence) { return {sentence, sentence}; }
+Failure wrong(const foundation::Sentence &sentence) { return {sentence, Lang::english(sentence)}; }
 
 Result<QList<int>> weeksFrom(const QJsonArray &json) {
     QList<int> weeks;
@@ -78,15 +83,14 @@ Result<ScheduleTaskInfo> taskFromJson(const QJsonObject &json) {
     ScheduleTaskInfo task;
     task._taskName = text("name");
     if (ToolFile::cleanFileName(task._taskName).isEmpty())
-        return wrong(QStringLiteral("\"%1\" cannot be the name of a file; choose another name.").arg(task._taskName));
+        return wrong(kTaskName(task._taskName));
     const auto from = scheduleTimeFrom(text("from"));
     if (!from)
         return wrong(QStringLiteral("\"%1\" is no time; write it as \"2026-12-31 20:15:00\".").arg(text("from")));
     task._fromTime = *from;
     task._duration = json.value(QLatin1String("seconds")).toInteger();
     if (task._duration < 1 || task._duration > kLongestTaskSeconds)
-        return wrong(
-            QStringLiteral("A task records for a whole number of seconds, from 1 to %1.").arg(kLongestTaskSeconds));
+        return wrong(kTaskLength(QString::number(kLongestTaskSeconds)));
     task._toTime = from->addSecs(task._duration);
     const auto source = recordingSourceNamed(text("source"));
     if (!source)
@@ -97,7 +101,7 @@ Result<ScheduleTaskInfo> taskFromJson(const QJsonObject &json) {
     if (!weeks)
         return weeks.failure();
     if (task._daily && weeks.value().isEmpty())
-        return wrong(QStringLiteral("A daily task needs a weekday at least."));
+        return wrong(kTaskWeekday());
     task.WeeksOn_ = weeks.value();
     const QJsonValue repeat = json.value(QLatin1String("repeat"));
     task._repeatEnabled = !repeat.isUndefined() && !repeat.isNull();

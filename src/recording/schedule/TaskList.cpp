@@ -16,6 +16,8 @@ using foundation::Result;
 
 namespace {
 
+constexpr foundation::SentenceKey kTasksNotSaved("TasksNotSaved", "FileName");
+
 TaskList *living = nullptr;
 
 Failure refusal(const QString &sentence) { return {sentence, sentence}; }
@@ -64,10 +66,7 @@ Result<void> TaskList::take(Tasks tasks) {
     std::swap(mTasks, tasks);
     if (!SaveTasks()) {
         std::swap(mTasks, tasks);
-        return refusal(
-            QStringLiteral("The tasks were not saved: \"%1\" cannot be read or written; check its rights, its "
-                           "folder and the free space.")
-                .arg(standardUserDefaults().filePath()));
+        return Failure{kTasksNotSaved(standardUserDefaults().filePath()), QStringLiteral("the tasks were not saved")};
     }
     Q_EMIT changed();
     return {};

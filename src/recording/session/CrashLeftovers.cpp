@@ -3,6 +3,7 @@
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
 #include "recording/library/RecordedList.h"
+#include "recording/library/RecordingsRemoval.h"
 #include "recording/session/RecordingSessionView.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
@@ -109,8 +110,7 @@ foundation::Result<void> CrashLeftovers::discard() {
     }
     if (failed.isEmpty())
         return {};
-    return foundation::Failure{
-        QStringLiteral("\"%1\" can't be moved to the wastebasket; check the rights of its folder.").arg(failed), {}};
+    return foundation::Failure{kNotToWastebasket(failed), {}};
 }
 
 QString leftoversText(const std::vector<RecordingJournal::Leftover> &leftovers) {

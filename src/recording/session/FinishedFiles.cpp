@@ -20,6 +20,14 @@ namespace cantorel {
 
 using foundation::Failure;
 
+namespace {
+
+constexpr foundation::SentenceKey kFileRemoved("FileRemoved", "FileName");
+constexpr foundation::SentenceKey kNoSound("NoSound", "Device");
+constexpr foundation::SentenceKey kFolderRemoved("FolderRemoved", "FileName", "Folder");
+
+} // namespace
+
 FinishedFiles::FinishedFiles(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal,
                              std::function<void()> settled)
     : mView(view), mList(list), mJournal(journal), mSettled(std::move(settled)), mConversions(list) {}
@@ -105,15 +113,11 @@ EndedFile FinishedFiles::drop(const FileUnderWay &file, const FinishedRecording 
     if (failure) {
         ended.trouble.sentence = failure->sentence;
     } else if (isRemoved) {
-        ended.trouble.sentence =
-            QStringLiteral("\"%1\" was removed while it was being recorded; choose a folder that stays.")
-                .arg(recording.file);
+        ended.trouble.sentence = kFileRemoved(recording.file);
     } else {
         QFile::remove(recording.file);
         ended.became = EndedFile::Became::Empty;
-        ended.trouble.sentence = QStringLiteral("Nothing was recorded because \"%1\" brought no sound in time; check "
-                                                "that it is connected, and try again.")
-                                     .arg(file.device);
+        ended.trouble.sentence = kNoSound(file.device);
     }
     return ended;
 }
@@ -137,10 +141,7 @@ void FinishedFiles::moved(FileUnderWay &file, const QString &path) {
     (void)mJournal.begin(path); // ended like that of any file
     if (file.item)
         file.item->setFileName(path);
-    mView.recordingEndsEarly(
-        QStringLiteral("The folder of \"%1\" was removed while it was recorded to, so the recording "
-                       "was ended; what was recorded is kept in \"%2\".")
-            .arg(file.path, QFileInfo(path).path()));
+    mView.recordingEndsEarly(kFolderRemoved(file.path, QFileInfo(path).path()));
     file.path = path;
 }
 

@@ -2,6 +2,7 @@
 
 #include "audio_device/ZQAudioKextKit.h"
 #include "capture/ZQAVRecorderKit.h"
+#include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/hal/HardwareSystem.h"
 #include "recording/session/RecordingNames.h"
@@ -21,7 +22,7 @@ constexpr std::chrono::seconds kJoinPatience(10); // as long as what is kept has
 void logFailure(const foundation::Failure &failure) {
     ErrorDescription error;
     error.domain = QStringLiteral("RecordManager");
-    error.localizedDescription = failure.sentence;
+    error.localizedDescription = Lang::english(failure.sentence);
     error.localizedFailureReason = failure.detail;
     LogError(error);
 }

@@ -1,5 +1,6 @@
 #include "recording/session/RecordingJournal.h"
 
+#include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/media/RecordingRepair.h"
 #include "platform/media/SoundReader.h"
@@ -96,9 +97,9 @@ std::optional<RecordingJournal::Recovered> RecordingJournal::repair(const QStrin
     const QString kept = ToolString::renameFromFilePath(
         info.path() + QLatin1Char('/') + info.completeBaseName() + QStringLiteral(" (unfinished).m4a"), 0);
     const bool renamed = QFile::rename(file, kept);
-    const QString why =
+    const foundation::Sentence why =
         repaired ? QStringLiteral("The repaired copy could not take its place.") : repaired.failure().sentence;
-    Log(QStringLiteral("could not recover %1 : %2").arg(file, why));
+    Log(QStringLiteral("could not recover %1 : %2").arg(file, Lang::english(why)));
     return Recovered{file, renamed ? kept : file, 0, why};
 }
 

@@ -45,7 +45,7 @@ public:
         QString original; // as it was named
         QString file;     // as it is named now
         double durationSeconds = 0;
-        QString failure; // one sentence; empty when the file is whole
+        foundation::Sentence failure; // empty when the file is whole
     };
     // Repairs what was left unfinished, each on a copy that takes the file's place once it is whole; a file that was
     // whole already is named as well. What can't be repaired is kept under a name that says so and not tried again.

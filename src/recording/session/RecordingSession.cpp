@@ -11,6 +11,13 @@ using foundation::Failure;
 using foundation::Result;
 using Phase = SessionPhase;
 
+namespace {
+
+constexpr foundation::SentenceKey kStateFolder("StateFolder");
+constexpr foundation::SentenceKey kNotStarted("NotStarted");
+
+} // namespace
+
 RecordingSession::RecordingSession(RecordingSessionView &view, RecordedList &list, const Surroundings &surroundings)
     : mView(view),
       mList(list),
@@ -72,8 +79,7 @@ Result<void> RecordingSession::start(FileUnderWay file) {
     if (!path)
         return path.failure();
     if (!mJournal.begin(path.value()))
-        return Failure{QStringLiteral("The state folder can't be written to; check its rights and the free space."),
-                       QStringLiteral("the journal could not be written")};
+        return Failure{kStateFolder(), QStringLiteral("the journal could not be written")};
     // A filtered recording of this name may still wait to be deleted.
     mList.removeInvalidFile(path.value());
     if (!mRecordManager) {
@@ -101,9 +107,7 @@ Result<void> RecordingSession::start(FileUnderWay file) {
     }
     recordingControlsDidChange();
     if (!started)
-        return Failure{
-            QStringLiteral("The recording could not be started; try again, or look into the log, which says why."),
-            QStringLiteral("startRecord answered false")};
+        return Failure{kNotStarted(), QStringLiteral("startRecord answered false")};
     return {};
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "recording/session/RecordingJournal.h"
 #include "recording/session/SessionPhase.h"
 
@@ -42,7 +43,7 @@ struct RecordingDisplay {
 
 // Why a recording has ended or goes on with another file.
 struct RecordingTrouble {
-    QString sentence;
+    foundation::Sentence sentence;
     QString kept; // where the M4A lies; empty when there is none
 };
 
@@ -74,7 +75,7 @@ public:
     virtual void recordingNote(int) {} // every 0.2 s: 1 to 7 while there is sound, 0 for none
     virtual void recordingPaused(bool /*bySilence*/) {}
     virtual void recordingResumed() {}
-    virtual void recordingSilent(const QString & /*sentence*/) {}
+    virtual void recordingSilent(const foundation::Sentence &) {}
     virtual void recordingHeard() {} // after that: a sound has come
     virtual void recordingDeviceLost(const QString & /*device*/) {}
     virtual void recordingDeviceBack(const QString & /*device*/) {}
@@ -87,7 +88,7 @@ public:
     // A recording, its start, or a conversion has failed for good.
     virtual void recordingFailed(const RecordingTrouble &) {}
     // The recording ends cleanly before its time; it is finished and converted as any.
-    virtual void recordingEndsEarly(const QString & /*sentence*/) {}
+    virtual void recordingEndsEarly(const foundation::Sentence &) {}
     // Nothing is recorded, started again or converted any more.
     virtual void recordingSettled() {}
 

@@ -14,6 +14,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr foundation::SentenceKey kDiskFullEnded("DiskFullEnded", "Folder");
+
 constexpr auto kDisplayInterval = 500ms;
 constexpr auto kSoundSymbolInterval = 200ms;
 constexpr auto kLevelInterval = 100ms;
@@ -113,10 +115,7 @@ void RunningRecording::_displayRecordingDuration() {
     if (mFile.task && mFile.taskSecondsBefore + shown.seconds >= mFile.task->seconds) {
         mParts.owner.recordingShallStop();
     } else if (shown.secondsLeft == 0) {
-        mParts.view.recordingEndsEarly(
-            QStringLiteral("The disk that holds \"%1\" is full, so the recording was ended; make room or choose "
-                           "another folder.")
-                .arg(AppSettings::outputPath()));
+        mParts.view.recordingEndsEarly(kDiskFullEnded(AppSettings::outputPath()));
         mParts.owner.recordingShallStop();
     } else if (mSplitIsDue || (AppSettings::isAutoSplitEverySeconds() && period >= 1 && shown.seconds >= period)) {
         split();

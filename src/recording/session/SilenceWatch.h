@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "settings/RecordingSource.h"
 
 #include <QString>
@@ -30,6 +31,6 @@ private:
 };
 
 // One sentence on why the device may be silent.
-QString likelyCauseOfSilence(RecordingSource source, const QString &device);
+foundation::Sentence likelyCauseOfSilence(RecordingSource source, const QString &device);
 
 } // namespace cantorel

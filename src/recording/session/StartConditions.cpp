@@ -17,19 +17,23 @@ using foundation::Result;
 
 namespace {
 
+constexpr foundation::SentenceKey kCannotWriteTo("CannotWriteTo", "Folder");
+constexpr foundation::SentenceKey kDiskFull("DiskFull", "Folder");
+constexpr foundation::SentenceKey kNoVirtualDevice("NoVirtualDevice");
+constexpr foundation::SentenceKey kNoMicrophone("NoMicrophone");
+constexpr foundation::SentenceKey kNotJoined("NotJoined");
+constexpr foundation::SentenceKey kNameFirst("NameFirst");
+constexpr foundation::SentenceKey kOvertaken("Overtaken");
+
 const QString kOldAggregateKey =
     QStringLiteral("OldAggregateSubDeivceUIDs"); // Spelling is fixed: stored settings use it.
 
 std::optional<Failure> folderTrouble(const QString &folder) {
     QTemporaryFile probe(folder + QStringLiteral("/.cantorel-XXXXXX")); // Rights alone do not tell.
     if (!QDir().mkpath(folder) || !probe.open())
-        return Failure{
-            QStringLiteral("Recordings can't be written to \"%1\"; choose a folder that you may write to.").arg(folder),
-            QStringLiteral("no recording can be written to %1").arg(folder)};
+        return Failure{kCannotWriteTo(folder), QStringLiteral("no recording can be written to %1").arg(folder)};
     if (recordingSecondsLeft(folder, AppSettings::getAudioFormat(), 0, 0) == 0)
-        return Failure{
-            QStringLiteral("The disk that holds \"%1\" is full; make room or choose another folder.").arg(folder),
-            QStringLiteral("the disk of %1 is full").arg(folder)};
+        return Failure{kDiskFull(folder), QStringLiteral("the disk of %1 is full").arg(folder)};
     return {};
 }
 
@@ -37,12 +41,9 @@ std::optional<Failure> deviceTrouble(RecordingSource source) {
     // What is remembered of the real devices follows the person's choice up to now.
     const bool hasVirtual = ZQAudioKextKit::activateSVAD();
     if (includesSystemSound(source) && !hasVirtual)
-        return Failure{QStringLiteral("There is no virtual device to record system sound from; start the window anew "
-                                      "and have it installed, or run: cantorel-cli driver install"),
-                       QStringLiteral("no virtual device")};
+        return Failure{kNoVirtualDevice(), QStringLiteral("no virtual device")};
     if (includesMicrophone(source) && ZQAudioKextKit::getDefaultAudioInputName().isEmpty())
-        return Failure{QStringLiteral("There is no microphone; connect one, or record system sound alone."),
-                       QStringLiteral("no default input")};
+        return Failure{kNoMicrophone(), QStringLiteral("no default input")};
     if (source != RecordingSource::Both)
         return {};
     const QVariantMap saved = AppSettings::getFromUserDefaults_Object(kOldAggregateKey).toMap();
@@ -51,10 +52,7 @@ std::optional<Failure> deviceTrouble(RecordingSource source) {
     ZQAudioKextKit::destroyAggregateDevice();
     const QVariantMap made = ZQAudioKextKit::createAggregateDevice();
     if (made.isEmpty())
-        return Failure{
-            QStringLiteral("Microphone and system sound could not be joined to one device; try again, or record "
-                           "one of them alone."),
-            QStringLiteral("createAggregateDevice failed")};
+        return Failure{kNotJoined(), QStringLiteral("createAggregateDevice failed")};
     AppSettings::saveToUserDefaultsForKeyObjectValue(kOldAggregateKey, made);
     return {};
 }
@@ -64,8 +62,7 @@ std::optional<Failure> deviceTrouble(RecordingSource source) {
 Result<void> StartConditions::check(RecordingSource source) {
     mLackedDevice = false;
     if (!mJournal.claim())
-        return Failure{QStringLiteral("Another Cantorel is recording already; stop that one first."),
-                       QStringLiteral("the recorder lock is held")};
+        return Failure{kAnotherRecorder(), QStringLiteral("the recorder lock is held")};
     if (const auto trouble = folderTrouble(AppSettings::outputPath()))
         return *trouble;
     const auto trouble = deviceTrouble(source);
@@ -76,8 +73,7 @@ Result<void> StartConditions::check(RecordingSource source) {
 Result<QString> StartConditions::meet(FileUnderWay &file, SessionPhase &phase) {
     const bool asksForName = !file.task && recordingIsNamedByHand();
     if (asksForName && phase == SessionPhase::Naming)
-        return Failure{QStringLiteral("The recording waits for its name; choose one first."),
-                       QStringLiteral("a name is being chosen")};
+        return Failure{kNameFirst(), QStringLiteral("a name is being chosen")};
     file.source = recordingSource(AppSettings::getAudioType()).value_or(RecordingSource::SystemSound);
     if (const auto checked = check(file.source); !checked)
         return checked.failure();
@@ -89,9 +85,7 @@ Result<QString> StartConditions::meet(FileUnderWay &file, SessionPhase &phase) {
     if (asksForName) { // Events were handled while the question stood there.
         if (phase != SessionPhase::Naming) {
             AppSettings::setOutputFileName({});
-            return Failure{phase == SessionPhase::Idle
-                               ? QString()
-                               : QStringLiteral("Another recording was begun while the name was chosen."),
+            return Failure{phase == SessionPhase::Idle ? foundation::Sentence() : kOvertaken(),
                            QStringLiteral("the start was overtaken while the name was chosen")};
         }
         phase = before;

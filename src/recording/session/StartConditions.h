@@ -6,6 +6,8 @@
 
 namespace cantorel {
 
+inline constexpr foundation::SentenceKey kAnotherRecorder("AnotherRecorder");
+
 class RecordingJournal;
 class RecordingSessionView;
 

@@ -1,5 +1,6 @@
 #include "util/tools/UpdateCheck.h"
 
+#include "lang/Lang.h"
 #include "log/CommLog.h"
 #include "platform/foundation/XmlDocument.h"
 #include "settings/AppSettings.h"
@@ -72,10 +73,10 @@ foundation::Result<UpdateDescription> UpdateCheck::fetch(const QString &server, 
     const QString answer = client.GET(url, kUserAgent);
     if (!answer.isEmpty())
         return parse(answer);
-    const QString why = client.failure().isEmpty()
-                            ? QStringLiteral("%1 answered with nothing; try again later.").arg(url)
-                            : client.failure();
-    return foundation::Failure{why, QStringLiteral("update check: ") + why};
+    const foundation::Sentence why = client.failure().isEmpty()
+                                         ? QStringLiteral("%1 answered with nothing; try again later.").arg(url)
+                                         : client.failure();
+    return foundation::Failure{why, QStringLiteral("update check: ") + Lang::english(why)};
 }
 
 QString UpdateCheck::address(const QString &server) {

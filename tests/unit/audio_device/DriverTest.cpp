@@ -20,13 +20,14 @@ struct ScriptedHost : desktop::ScriptHost {
     bool compiles = true, runs = true;
     foundation::Result<void> compile(const QString &source) override {
         compiled = source;
-        return compiles ? foundation::Result<void>() : foundation::Failure{"It does not compile.", "line 1"};
+        return compiles ? foundation::Result<void>()
+                        : foundation::Failure{QStringLiteral("It does not compile."), "line 1"};
     }
     foundation::Result<QString> execute(const QString &source) override {
         executed = source;
         if (runs)
             return QString();
-        return foundation::Failure{"It does not run.", "status 1"};
+        return foundation::Failure{QStringLiteral("It does not run."), "status 1"};
     }
 };
 
@@ -89,7 +90,7 @@ TEST_F(DriverTest, LoaderFillsInThePlaceholdersAndReportsWhatHappened) {
 
     host->runs = false;
     EXPECT_FALSE(ZQAudioKextKit::loadAudioKext());
-    EXPECT_EQ(ZQAudioKextKit::loaderFailure(), "It does not run.");
+    EXPECT_EQ(ZQAudioKextKit::loaderFailure(), QStringLiteral("It does not run."));
     host->compiles = false;
     host->executed.clear();
     EXPECT_FALSE(ZQAudioKextKit::loadAudioKext());

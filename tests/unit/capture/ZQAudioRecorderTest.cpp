@@ -1,4 +1,5 @@
 #include "capture/ZQAVRecorderKit.h"
+#include "lang/Lang.h"
 #include "platform/media/RecordingRepair.h"
 #include "tests/support/EmbeddedWorld.h"
 #include "tests/support/OrdinaryFile.h"
@@ -32,7 +33,7 @@ public:
     void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url,
                                                 const std::optional<foundation::Failure> &failure) override {
         finished.push_back(url.toLocalFile());
-        failures.push_back(failure ? failure->sentence : QString());
+        failures.push_back(failure ? Lang::english(failure->sentence) : QString());
     }
     void captureUpdateAudioLevel(ZQAVRecorder &, float value) override { levels.push_back(value); }
     void captureDeviceLost(ZQAVRecorder &) override { ++lost; }

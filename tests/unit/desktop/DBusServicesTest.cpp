@@ -1,3 +1,4 @@
+#include "lang/Lang.h"
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
 #include "platform/desktop/dbus/DBusSleepDelay.h"
@@ -131,7 +132,7 @@ TEST(DBusPowerActivity, ThePowerManagerIsTheNextChoiceAndNoServiceIsASentence) {
     DBusPowerActivity power;
     const auto held = power.hold(QStringLiteral("why"));
     ASSERT_FALSE(held.ok());
-    EXPECT_TRUE(held.failure().sentence.endsWith(QLatin1Char('.')));
+    EXPECT_TRUE(Lang::english(held.failure().sentence).endsWith(QLatin1Char('.')));
     power.reportUserActivity();
 }
 
@@ -257,7 +258,7 @@ TEST(DBusFileManagerReveal, WithoutFileManagerAndOpenerItSaysSo) {
     qputenv("PATH", "/no/such/folder");
     const auto revealed = DBusFileManagerReveal().reveal({QStringLiteral("/tmp/a")});
     ASSERT_FALSE(revealed.ok());
-    EXPECT_TRUE(revealed.failure().sentence.contains(QStringLiteral("xdg-open")));
+    EXPECT_TRUE(Lang::english(revealed.failure().sentence).contains(QStringLiteral("xdg-open")));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/desktop/portal/PortalHotKeys.h"
 
+#include "lang/Lang.h"
 #include "platform/desktop/HotKeyTable.h"
 #include "platform/desktop/portal/PortalShortcut.h"
 #include "tests/support/PrivateBus.h"
@@ -139,7 +140,7 @@ protected:
             QDBusConnection::sessionBus(), QStringLiteral("com.tessolar.Cantorel"),
             std::vector<HotKeyPurpose>{{QStringLiteral("start"), QStringLiteral("Start recording")},
                                        {QStringLiteral("stop"), QStringLiteral("Stop recording")}});
-        made->trouble = [this](const foundation::Failure &failure) { troubles << failure.sentence; };
+        made->trouble = [this](const foundation::Failure &failure) { troubles << Lang::english(failure.sentence); };
         made->triggersDidChange = [this] { ++changes; };
         return made;
     }
@@ -266,7 +267,7 @@ TEST(PortalHotKeys, WithoutAnyPortalThereIsASentence) {
     QStringList troubles;
     PortalHotKeys hotKeys(QDBusConnection::sessionBus(), QStringLiteral("x"),
                           {{QStringLiteral("a"), QStringLiteral("A")}});
-    hotKeys.trouble = [&](const foundation::Failure &failure) { troubles << failure.sentence; };
+    hotKeys.trouble = [&](const foundation::Failure &failure) { troubles << Lang::english(failure.sentence); };
     class : public HotKeyTarget {
         void hotKeyPressed(const EventHotKeyID &) override {}
     } target;

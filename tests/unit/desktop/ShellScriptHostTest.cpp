@@ -1,5 +1,7 @@
 #include "platform/desktop/ShellScriptHost.h"
 
+#include "lang/Lang.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -37,7 +39,7 @@ TEST(ShellScriptHost, ExecutingAnswersTheOutputOrHowItFailed) {
     const auto failed = host.execute(QStringLiteral("echo why; exit 3"));
     ASSERT_FALSE(failed.ok());
     EXPECT_EQ(failed.failure().detail, QStringLiteral("why\n(status 3)"));
-    EXPECT_EQ(failed.failure().sentence, QStringLiteral("why"));
+    EXPECT_EQ(Lang::english(failed.failure().sentence), QStringLiteral("why"));
     EXPECT_EQ(host.execute(QStringLiteral("exit 3")).failure().sentence, QStringLiteral("A script failed: status 3."));
 }
 

@@ -1,5 +1,6 @@
 #include "platform/desktop/x11/X11HotKeys.h"
 
+#include "lang/Lang.h"
 #include "platform/desktop/HotKeyTable.h"
 #include "tests/support/PrivateDisplay.h"
 
@@ -29,7 +30,7 @@ protected:
         ASSERT_TRUE(display.ready());
         hotKeys = open();
         ASSERT_TRUE(hotKeys);
-        hotKeys->trouble = [this](const foundation::Failure &failure) { troubles << failure.sentence; };
+        hotKeys->trouble = [this](const foundation::Failure &failure) { troubles << Lang::english(failure.sentence); };
     }
     std::unique_ptr<X11HotKeys> open() const {
         auto opened = X11HotKeys::open(display.name());
@@ -178,7 +179,7 @@ TEST_F(X11HotKeysTest, AServerThatVanishesIsToldAndNothingElseHappens) {
 TEST(X11HotKeys, WithoutAServerTheReasonIsASentence) {
     const auto opened = X11HotKeys::open(QStringLiteral(":61234"));
     ASSERT_FALSE(opened.ok());
-    EXPECT_TRUE(opened.failure().sentence.endsWith(QLatin1Char('.')));
+    EXPECT_TRUE(Lang::english(opened.failure().sentence).endsWith(QLatin1Char('.')));
 }
 
 } // namespace

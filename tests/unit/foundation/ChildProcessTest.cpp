@@ -1,5 +1,7 @@
 #include "platform/foundation/ChildProcess.h"
 
+#include "lang/Lang.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -84,7 +86,7 @@ TEST(ChildProcess, EndingTellsStatusAndSignalApart) {
 TEST(ChildProcess, AMissingProgramOrFolderIsOneSentence) {
     const auto missing = ChildProcess::start({QStringLiteral("/no/such/program"), {}, {}, {}});
     ASSERT_FALSE(missing.ok());
-    EXPECT_TRUE(missing.failure().sentence.contains(QStringLiteral("/no/such/program")));
+    EXPECT_TRUE(Lang::english(missing.failure().sentence).contains(QStringLiteral("/no/such/program")));
     EXPECT_FALSE(ChildProcess::start({QStringLiteral("no-such-program-in-path"), {}, {}, {}}).ok());
     auto elsewhere = shell(QStringLiteral("true"));
     elsewhere.folder = QStringLiteral("/no/such/folder");

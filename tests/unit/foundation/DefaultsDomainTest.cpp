@@ -1,5 +1,6 @@
 #include "platform/foundation/DefaultsDomain.h"
 
+#include "lang/Lang.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/PropertyList.h"
 #include "platform/foundation/SearchPaths.h"
@@ -160,7 +161,7 @@ TEST(DefaultsDomain, AFileThatCannotBeReadIsNeverOverwritten) {
     int told = 0;
     DefaultsDomain domain(kIdentifier, [&](const Failure &failure) {
         ++told;
-        EXPECT_TRUE(failure.sentence.contains(path()));
+        EXPECT_TRUE(Lang::english(failure.sentence).contains(path()));
     });
     EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
     EXPECT_TRUE(domain.setObject(QStringLiteral("k"), 1));

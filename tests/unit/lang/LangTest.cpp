@@ -40,9 +40,9 @@ std::string prefixOf(const TextGroup &group) {
 
 TEST(LangTable, AKeyIsThePrefixAndTheAttributeButForTheFixedPairings) {
     std::size_t exceptions = 0;
-    for (const TextGroup *group : textGroups())
-        for (const TextRow &row : group->rows) {
-            if (row.attribute == nullptr || row.key == prefixOf(*group) + row.attribute)
+    for (const TextGroup &group : textGroups())
+        for (const TextRow &row : group.rows) {
+            if (row.attribute == nullptr || row.key == prefixOf(group) + row.attribute)
                 continue;
             const auto pairing = kPairings.find(row.attribute);
             ASSERT_NE(pairing, kPairings.end()) << row.key;
@@ -62,8 +62,8 @@ TEST(LangTable, EveryKeyStandsOnceWithATextAndKnownMarkers) {
     const QRegularExpression marker(QStringLiteral("\\[#(.*?)#\\]"));
     QSet<QString> keys, used;
     int neverLoaded = 0;
-    for (const TextGroup *group : textGroups())
-        for (const TextRow &row : group->rows) {
+    for (const TextGroup &group : textGroups())
+        for (const TextRow &row : group.rows) {
             const QString key = QString::fromLatin1(row.key);
             EXPECT_FALSE(keys.contains(key)) << row.key;
             keys.insert(key);
@@ -74,24 +74,6 @@ TEST(LangTable, EveryKeyStandsOnceWithATextAndKnownMarkers) {
         }
     EXPECT_EQ(used, known);
     EXPECT_EQ(neverLoaded, 27); // 25 keys that no file has and the two twins of loaded ones
-}
-
-TEST(LangTable, EveryKeyHasAnOperationOfItsNameAndEveryOperationAKey) {
-    QFile header(QStringLiteral(CANTOREL_SOURCE "/src/lang/Lang.h"));
-    ASSERT_TRUE(header.open(QIODevice::ReadOnly));
-    const QString source = QString::fromUtf8(header.readAll());
-    const QRegularExpression operation(
-        QStringLiteral("static QString (\\w+)\\(\\)\\s*\\{\\s*return builtInOrLoaded\\(\"(\\w+)\"\\);"));
-    QSet<QString> operations, keys;
-    for (const auto &match : operation.globalMatch(source)) {
-        EXPECT_EQ(match.captured(1), match.captured(2));
-        operations.insert(match.captured(1));
-    }
-    for (const TextGroup *group : textGroups())
-        for (const TextRow &row : group->rows)
-            if (group != &langtexts::kSentence) // They are found by their English.
-                keys.insert(QString::fromLatin1(row.key));
-    EXPECT_EQ(operations, keys);
 }
 
 TEST(Lang, BuiltInTextsAreAnsweredBeforeAFileIsLoaded) {
@@ -180,8 +162,8 @@ TEST(LanguageFile, HasEveryTextWithItsMarkers) {
     for (const LanguageInfo &language : Lang::languages()) {
         Lang::ChangeLanguage(language.name);
         QSet<QString> different;
-        for (const TextGroup *group : textGroups())
-            for (const TextRow &row : group->rows) {
+        for (const TextGroup &group : textGroups())
+            for (const TextRow &row : group.rows) {
                 const QString text = Lang::text(QString::fromLatin1(row.key)), english = QString::fromUtf8(row.builtIn);
                 EXPECT_FALSE(text.trimmed().isEmpty()) << language.name.toStdString() << " " << row.key;
                 EXPECT_EQ(markersOf(text), markersOf(english)) << language.name.toStdString() << " " << row.key;
@@ -194,36 +176,40 @@ TEST(LanguageFile, HasEveryTextWithItsMarkers) {
     }
 }
 
-// As the core fills a sentence in, with the worst of names.
-QString filled(const QString &text) {
-    static const QRegularExpression marker(QStringLiteral("\\[#(\\w+)#\\]"));
-    QString whole;
-    qsizetype done = 0;
-    for (const auto &match : marker.globalMatch(text)) {
-        whole += text.mid(done, match.capturedStart() - done)
-                 + QStringLiteral("/a \"%1\"; (.*\n[#Folder#]").arg(match.captured(1));
-        done = match.capturedEnd();
-    }
-    return whole + text.mid(done);
-}
+// The worst of names, which looks like a marker.
+const QString kName = QStringLiteral("/a \"[#Reason#]\" %1 (.*\n[#FileName#]");
+constexpr foundation::SentenceKey kNotRead("NotRead", "FileName", "Reason");
+constexpr foundation::SentenceKey kNoDevice("NoDevice");
+constexpr foundation::SentenceKey kSilentRoute("SilentRoute", "Device", "Other");
 
-TEST(LangSentence, IsFoundByItsEnglishAndKeepsWhatIsFilledIn) {
+TEST(LangSentence, IsSaidInTheLanguageInForceWithWhatIsFilledInAsItIs) {
+    const foundation::Sentence whole = kNotRead(kName, kNoDevice()), twice = kSilentRoute(kName, QStringLiteral("B"));
     for (const LanguageInfo &language : Lang::languages()) {
         Lang::ChangeLanguage(language.name);
-        for (const TextRow &row : langtexts::kSentence.rows) {
-            const QString english = filled(QString::fromUtf8(row.builtIn));
-            const QString said = Lang::sentence(english);
-            EXPECT_EQ(said, filled(Lang::text(QString::fromLatin1(row.key)))) << row.key;
-            EXPECT_EQ(said == english, language.name == QLatin1String("English")) << row.key;
-        }
+        const auto filled = [](const char *key, std::initializer_list<std::pair<const char *, QString>> values) {
+            QString text = Lang::text(QString::fromLatin1(key));
+            for (const auto &[marker, value] : values) // its own name last: it looks like the others
+                text.replace(QLatin1String(marker), value);
+            return text;
+        };
+        const QString reason = Lang::text(QStringLiteral("sentenceNoDevice"));
+        EXPECT_EQ(Lang::sentence(whole), filled("sentenceNotRead", {{"[#Reason#]", reason}, {"[#FileName#]", kName}}))
+            << language.name.toStdString();
+        EXPECT_EQ(Lang::sentence(twice), filled("sentenceSilentRoute", {{"[#Other#]", "B"}, {"[#Device#]", kName}}))
+            << language.name.toStdString();
+        EXPECT_EQ(Lang::sentence(whole) == Lang::english(whole), language.name == QLatin1String("English"));
+        EXPECT_EQ(Lang::english(whole),
+                  QStringLiteral("\"%1\" cannot be read: There is no device to record from; connect one..").arg(kName));
     }
 }
 
-TEST(LangSentence, OneThatTheTableDoesNotHaveIsAnsweredAsItIs) {
+TEST(LangSentence, PlainEnglishStaysAsItIs) {
     Lang::ChangeLanguage(QStringLiteral("German"));
-    for (const char *text :
-         {"", "Something else.", "The recording \"a\" could not be converted; it stays as it is. Or not."})
+    for (const char *text : {"", "Something else.", "There is no device to record from; connect one."})
         EXPECT_EQ(Lang::sentence(QString::fromUtf8(text)), QString::fromUtf8(text));
+    EXPECT_TRUE(foundation::Sentence().isEmpty());
+    EXPECT_FALSE(kNoDevice().isEmpty());
+    EXPECT_NE(kNotRead(kName, kName), kNotRead(kName, kNoDevice()));
 }
 
 TEST(Lang, CodesAreFoundInAnyCaseAndUnknownOnesAreEnglish) {

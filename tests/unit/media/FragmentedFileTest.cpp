@@ -1,5 +1,6 @@
 #include "platform/media/FragmentedFile.h"
 
+#include "lang/Lang.h"
 #include "platform/media/MovieBoxes.h"
 #include "platform/media/RecordingRepair.h"
 #include "tests/support/OrdinaryFile.h"
@@ -81,7 +82,7 @@ TEST_F(FragmentedFileTest, RecordingWithoutAPacketIsStillAWholeFile) {
 TEST_F(FragmentedFileTest, UnwritableFolderIsToldInOneSentence) {
     const auto file = FragmentedFile::create(path("missing/a.m4a"), plainFormat());
     ASSERT_FALSE(file);
-    EXPECT_TRUE(file.failure().sentence.contains(QStringLiteral("cannot be created")));
+    EXPECT_TRUE(Lang::english(file.failure().sentence).contains(QStringLiteral("cannot be created")));
 }
 
 // Who removes a file means it; a folder goes with what is in it by mistake, or with a disk.
@@ -138,7 +139,7 @@ TEST_F(FragmentedFileTest, FullDiskKeepsWholeFragmentsAtEveryLimit) {
             written += done ? 24 : 0;
             if (done)
                 continue;
-            EXPECT_TRUE(done.failure().sentence.contains(QStringLiteral("no room left")));
+            EXPECT_TRUE(Lang::english(done.failure().sentence).contains(QStringLiteral("no room left")));
         }
         const auto form = file.value()->finish(std::int64_t{written} * 1024 - 1024);
         fillDiskAt(RLIM_INFINITY);

@@ -1,5 +1,6 @@
 #include "util/tools/UpdateCheck.h"
 
+#include "lang/Lang.h"
 #include "log/Log.h"
 #include "settings/AppSettings.h"
 #include "tests/support/LoopbackServer.h"
@@ -58,7 +59,7 @@ TEST(UpdateCheck, BrokenDescriptionsAreReadAsFarAsTheyGo) {
         if (parsed)
             EXPECT_EQ(parsed.value().AppVersion, version) << text;
         else
-            EXPECT_TRUE(parsed.failure().sentence.endsWith('.'));
+            EXPECT_TRUE(Lang::english(parsed.failure().sentence).endsWith('.'));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "util/easyHTTP.h"
 
+#include "lang/Lang.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/PrivateWorld.h"
 
@@ -69,7 +70,8 @@ TEST(EasyHTTP, WhatBringsNoBodyBringsNoTextAndOneSentence) {
         LoopbackServer server(c.handler);
         easyHTTP client(kShort);
         EXPECT_EQ(client.GET(server.url()), QString());
-        EXPECT_TRUE(client.failure().contains("127.0.0.1") && client.failure().endsWith('.'));
+        EXPECT_TRUE(Lang::english(client.failure()).contains("127.0.0.1")
+                    && Lang::english(client.failure()).endsWith('.'));
     }
     LoopbackServer fitting([](const QByteArray &) { return Reply::page(QByteArray(10'000, 'x')); });
     EXPECT_EQ(easyHTTP(kShort).GET(fitting.url()).size(), 10'000);

@@ -1,6 +1,7 @@
 // The virtual device is installed and removed by the product's own scripts, on a server that runs without it.
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "lang/Lang.h"
 #include "platform/desktop/Services.h"
 #include "platform/desktop/ShellScriptHost.h"
 #include "platform/hal/HardwareSystem.h"
@@ -62,7 +63,7 @@ TEST_F(DriverInstallTest, DeviceIsThereAtOnceAndAfterTheServersNextStart) {
         return false;
     };
 
-    ASSERT_TRUE(ZQAudioKextKit::loadAudioKext()) << ZQAudioKextKit::loaderFailure().toStdString();
+    ASSERT_TRUE(ZQAudioKextKit::loadAudioKext()) << Lang::english(ZQAudioKextKit::loaderFailure()).toStdString();
     EXPECT_TRUE(ZQAudioKextKit::activateSVAD()) << "without waiting";
     EXPECT_TRUE(isLoopback());
     EXPECT_EQ(world.metadata("default.audio.sink"), R"({"name":"builtin_output"})")
@@ -76,7 +77,7 @@ TEST_F(DriverInstallTest, DeviceIsThereAtOnceAndAfterTheServersNextStart) {
     EXPECT_TRUE(eventually(isLoopback));
     EXPECT_EQ(nodes(), 1);
 
-    ASSERT_TRUE(ZQAudioKextKit::unloadAudioKext()) << ZQAudioKextKit::loaderFailure().toStdString();
+    ASSERT_TRUE(ZQAudioKextKit::unloadAudioKext()) << Lang::english(ZQAudioKextKit::loaderFailure()).toStdString();
     EXPECT_EQ(nodes(), 0);
     EXPECT_FALSE(QFile::exists(description()));
     EXPECT_TRUE(eventually([] { return !ZQAudioKextKit::availableSVAD(); }));
@@ -85,7 +86,7 @@ TEST_F(DriverInstallTest, DeviceIsThereAtOnceAndAfterTheServersNextStart) {
 
 TEST_F(DriverInstallTest, WithoutAServerOnlyTheDescriptionIsInstalled) {
     world.killServer();
-    ASSERT_TRUE(ZQAudioKextKit::loadAudioKext()) << ZQAudioKextKit::loaderFailure().toStdString();
+    ASSERT_TRUE(ZQAudioKextKit::loadAudioKext()) << Lang::english(ZQAudioKextKit::loaderFailure()).toStdString();
     ASSERT_TRUE(QFile::exists(description()));
     ASSERT_TRUE(world.startServer());
     EXPECT_EQ(nodes(), 1);
@@ -105,11 +106,11 @@ TEST_F(DriverInstallTest, ResourcesMayLieUnderAnyName) {
     qputenv("CANTOREL_RESOURCES", odd.toUtf8());
     // The name of a placeholder in a path is filled in as well: that folder is not there.
     EXPECT_FALSE(ZQAudioKextKit::loadAudioKext());
-    EXPECT_TRUE(ZQAudioKextKit::loaderFailure().endsWith("cannot be read; install Cantorel again."));
+    EXPECT_TRUE(Lang::english(ZQAudioKextKit::loaderFailure()).endsWith("cannot be read; install Cantorel again."));
     const QString plain = QString(odd).remove("{driverName}");
     ASSERT_TRUE(QDir().rename(odd, plain));
     qputenv("CANTOREL_RESOURCES", plain.toUtf8());
-    EXPECT_TRUE(ZQAudioKextKit::loadAudioKext()) << ZQAudioKextKit::loaderFailure().toStdString();
+    EXPECT_TRUE(ZQAudioKextKit::loadAudioKext()) << Lang::english(ZQAudioKextKit::loaderFailure()).toStdString();
     EXPECT_EQ(nodes(), 1);
     EXPECT_TRUE(ZQAudioKextKit::unloadAudioKext());
     EXPECT_FALSE(QFile::exists(QDir::homePath() + "/ran"));
@@ -118,7 +119,7 @@ TEST_F(DriverInstallTest, ResourcesMayLieUnderAnyName) {
 TEST_F(DriverInstallTest, AFolderThatCannotBeWrittenIsNamedInOneSentence) {
     const QString folder = QFileInfo(description()).path();
     const auto inOneSentence = [&](bool done) {
-        const QString sentence = ZQAudioKextKit::loaderFailure();
+        const QString sentence = Lang::english(ZQAudioKextKit::loaderFailure());
         EXPECT_TRUE(sentence.startsWith("The virtual device cannot be") && sentence.contains(folder))
             << sentence.toStdString();
         EXPECT_EQ(sentence.count('.'), folder.count('.') + 1);

@@ -1,5 +1,6 @@
 #include "platform/media/AudioFileWriter.h"
 
+#include "lang/Lang.h"
 #include "tests/support/Sound.h"
 
 #include <QTemporaryDir>
@@ -93,7 +94,7 @@ TEST_F(WrittenFile, MissingCodecsAreToldInOneSentence) {
     qputenv("CANTOREL_MODULES", "/nowhere");
     const auto writer = AudioFileWriter::open(mPath, 48000);
     ASSERT_FALSE(writer);
-    EXPECT_TRUE(writer.failure().sentence.contains(QStringLiteral("codecs")));
+    EXPECT_TRUE(Lang::english(writer.failure().sentence).contains(QStringLiteral("codecs")));
 }
 
 } // namespace

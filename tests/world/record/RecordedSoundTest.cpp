@@ -2,6 +2,7 @@
 
 #include "audio_device/ZQAudioKextKit.h"
 #include "capture/ZQAVRecorderKit.h"
+#include "lang/Lang.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
 #include "recording/library/RecordedList.h"
@@ -31,7 +32,7 @@ struct View : RecordingSessionView {
     void recordingFinished(const FinishedRecording &) override { ended = true; }
     void recordingFailed(const RecordingTrouble &trouble) override {
         ended = true;
-        failure = trouble.sentence;
+        failure = Lang::english(trouble.sentence);
         kept = trouble.kept;
     }
     void recordingDeviceLost(const QString &) override { ++lost; }

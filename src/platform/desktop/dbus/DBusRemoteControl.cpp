@@ -53,9 +53,9 @@ public:
         for (const QVariant &argument : message.arguments())
             arguments << argument.toString();
         const auto answer = mCommands.call(method->name, arguments);
-        return bus.send(
-            answer ? message.createReply(QVariant(answer.value()))
-                   : message.createErrorReply(mInterface + QStringLiteral(".Failed"), answer.failure().sentence));
+        return bus.send(answer ? message.createReply(QVariant(answer.value()))
+                               : message.createErrorReply(mInterface + QStringLiteral(".Failed"),
+                                                          answer.failure().sentence.plainEnglish()));
     }
 
 private:

@@ -19,6 +19,8 @@ using foundation::Failure;
 
 namespace {
 
+constexpr foundation::SentenceKey kKeysRefused("KeysRefused");
+
 const QString kService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString kPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString kRegistry = QStringLiteral("org.freedesktop.host.portal.Registry");
@@ -206,10 +208,7 @@ void PortalHotKeys::giveUp(const QString &detail) {
     mAskedFor = wanted(); // Not asked for again until there is something new.
     if (std::exchange(mHasTold, true) || !trouble)
         return;
-    trouble(
-        Failure{QStringLiteral("This desktop grants no hot keys; bind \"cantorel-cli toggle\" and its like to keys in "
-                               "the desktop's own settings."),
-                QStringLiteral("no global shortcuts: %1").arg(detail)});
+    trouble(Failure{kKeysRefused(), QStringLiteral("no global shortcuts: %1").arg(detail)});
 }
 
 // Listening.

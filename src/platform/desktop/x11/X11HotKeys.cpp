@@ -12,6 +12,14 @@ namespace cantorel::desktop {
 using foundation::Failure;
 using foundation::Result;
 
+namespace {
+
+constexpr foundation::SentenceKey kKeysGone("KeysGone");
+constexpr foundation::SentenceKey kKeyTaken("KeyTaken", "Keys");
+constexpr foundation::SentenceKey kKeyMissing("KeyMissing", "Keys");
+
+} // namespace
+
 // The connection, the keyboard and what is grabbed there.
 class X11HotKeys::Server : public QObject {
 public:
@@ -168,10 +176,7 @@ Result<std::unique_ptr<X11HotKeys>> X11HotKeys::open(const QString &displayName)
 X11HotKeys::X11HotKeys(std::unique_ptr<Server> server) : mServer(std::move(server)) {
     mServer->pressed = [this](const HotKeyCombination &combination) { pressed(combination); };
     mServer->keyboardDidChange = [this] { grabAllAnew(); };
-    mServer->vanished = [this] {
-        tell(QStringLiteral("Hot keys don't work any more, since the X server has gone; start Cantorel again."),
-             QStringLiteral("the X connection is broken"));
-    };
+    mServer->vanished = [this] { tell(kKeysGone(), QStringLiteral("the X connection is broken")); };
 }
 
 X11HotKeys::~X11HotKeys() = default;
@@ -218,12 +223,9 @@ void X11HotKeys::grab(const HotKeyCombination &combination) {
         return;
     }
     if (answer == Server::Grab::HeldElsewhere)
-        tell(QStringLiteral("The hot key %1 does not work, since another program holds it; choose another one.")
-                 .arg(shown),
-             QStringLiteral("%1 is grabbed elsewhere").arg(shown));
+        tell(kKeyTaken(shown), QStringLiteral("%1 is grabbed elsewhere").arg(shown));
     else
-        tell(QStringLiteral("The hot key %1 does not work, since this keyboard has no such key; choose another one.")
-                 .arg(shown.isEmpty() ? QStringLiteral("with the code %1").arg(combination.keyCode) : shown),
+        tell(kKeyMissing(shown.isEmpty() ? QStringLiteral("with the code %1").arg(combination.keyCode) : shown),
              QStringLiteral("no key for the code %1").arg(combination.keyCode));
 }
 
@@ -241,7 +243,7 @@ void X11HotKeys::pressed(const HotKeyCombination &combination) {
     mBook.press([&](const HotKeyBook::Registration &other) { return other.combination == combination; });
 }
 
-void X11HotKeys::tell(const QString &sentence, const QString &detail) {
+void X11HotKeys::tell(const foundation::Sentence &sentence, const QString &detail) {
     if (trouble)
         trouble(Failure{sentence, detail});
 }

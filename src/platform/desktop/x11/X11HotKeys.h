@@ -2,6 +2,7 @@
 
 #include "platform/desktop/HotKeyBook.h"
 #include "platform/desktop/HotKeys.h"
+#include "platform/foundation/Sentence.h"
 
 #include <memory>
 
@@ -28,7 +29,7 @@ private:
     void grab(const HotKeyCombination &combination);
     void grabAllAnew();
     void pressed(const HotKeyCombination &combination);
-    void tell(const QString &sentence, const QString &detail);
+    void tell(const foundation::Sentence &sentence, const QString &detail);
 
     HotKeyBook mBook;
     std::unique_ptr<Server> mServer;

@@ -20,6 +20,11 @@ using foundation::Result;
 
 namespace {
 
+constexpr foundation::SentenceKey kNoRuntimeFolder("NoRuntimeFolder");
+constexpr foundation::SentenceKey kNoSoundServer("NoSoundServer");
+constexpr foundation::SentenceKey kSoundElsewhere("SoundElsewhere");
+constexpr foundation::SentenceKey kSoundServerMute("SoundServerMute");
+
 constexpr auto kReconnectPause = std::chrono::milliseconds(100);
 constexpr auto kSettlePatience = std::chrono::seconds(2);
 constexpr auto kNewsPatience = std::chrono::milliseconds(200);
@@ -101,24 +106,13 @@ Failure PipeWireBackend::explain() {
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     const QString ours = qEnvironmentVariable("PIPEWIRE_RUNTIME_DIR", runtime);
     if (ours.isEmpty())
-        return {
-            QStringLiteral("The sound server cannot be found because XDG_RUNTIME_DIR is not set; log in to a desktop "
-                           "session, or set it to /run/user/<your id>."),
-            QStringLiteral("XDG_RUNTIME_DIR is not set")};
+        return {kNoRuntimeFolder(), QStringLiteral("XDG_RUNTIME_DIR is not set")};
     const bool pulse = QFile::exists(runtime + QStringLiteral("/pulse/native"));
     if (!QFile::exists(ours + QStringLiteral("/pipewire-0")) && !pulse)
-        return {
-            QStringLiteral("No PipeWire sound server is running; install the packages pipewire and wireplumber, and "
-                           "start them with: systemctl --user start pipewire wireplumber"),
-            QStringLiteral("no socket in ") + ours};
+        return {kNoSoundServer(), QStringLiteral("no socket in ") + ours};
     if (pulse)
-        return {
-            QStringLiteral("PulseAudio carries the sound here beside a PipeWire without sound; install the packages "
-                           "pipewire-pulse and wireplumber, then log in again."),
-            QStringLiteral("a PulseAudio socket, and no sound devices on PipeWire")};
-    return {QStringLiteral("The PipeWire server carries no sound; install the package wireplumber, and start it with: "
-                           "systemctl --user start wireplumber"),
-            QStringLiteral("no session manager or no device on PipeWire")};
+        return {kSoundElsewhere(), QStringLiteral("a PulseAudio socket, and no sound devices on PipeWire")};
+    return {kSoundServerMute(), QStringLiteral("no session manager or no device on PipeWire")};
 }
 
 bool PipeWireBackend::connectToServer() {

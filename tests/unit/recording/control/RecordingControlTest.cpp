@@ -26,7 +26,8 @@ public:
     QString state() { return ask(control::kStatus).value(QStringLiteral("state")).toString(); }
     QVariantMap ask(const char *method) {
         const auto answer = control.call(QString::fromLatin1(method), {});
-        return answer ? answer.value() : QVariantMap{{QStringLiteral("refused"), answer.failure().sentence}};
+        return answer ? answer.value()
+                      : QVariantMap{{QStringLiteral("refused"), answer.failure().sentence.plainEnglish()}};
     }
     bool refuses(const char *method) { return ask(method).contains(QStringLiteral("refused")); }
 

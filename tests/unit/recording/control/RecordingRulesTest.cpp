@@ -16,7 +16,7 @@ class View : public RecordingSessionView {
 public:
     void recordingStarted(const QString &file, const QString &) override { started.append(file); }
     void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
-    void recordingFailed(const RecordingTrouble &trouble) override { failed.append(trouble.sentence); }
+    void recordingFailed(const RecordingTrouble &trouble) override { failed.append(Lang::english(trouble.sentence)); }
     void recordingFiltered(const QString &file, double) override { filtered.append(file); }
     void recordingPaused(bool bySilence) override { pauses += bySilence ? 's' : 'p'; }
     void recordingResumed() override { pauses += 'r'; }
@@ -191,11 +191,10 @@ TEST_F(RecordingRulesTest, WhatGoesWrongIsSaidInTheLanguageInForce) {
     const auto refused = watched.startRecording();
     ASSERT_FALSE(refused);
     panel.setSentence(refused.failure().sentence);
-    const QString english = panel.sentence();
-    EXPECT_EQ(english, refused.failure().sentence);
+    EXPECT_EQ(panel.sentence(), Lang::english(refused.failure().sentence));
     Lang::ChangeLanguage(QStringLiteral("German"));
     EXPECT_EQ(panel.sentence(), Lang::text(QStringLiteral("sentenceNoMicrophone"))) << "live";
-    panel.recordingFailed({english, QStringLiteral("/music/a.m4a")});
+    panel.recordingFailed({refused.failure().sentence, QStringLiteral("/music/a.m4a")});
     EXPECT_EQ(panel.sentence(), Lang::text(QStringLiteral("sentenceNoMicrophone")) + QStringLiteral(" (/music/a.m4a)"));
 }
 

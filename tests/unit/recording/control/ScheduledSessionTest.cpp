@@ -1,5 +1,6 @@
 #include "recording/control/ScheduledSession.h"
 
+#include "lang/Lang.h"
 #include "platform/desktop/recorded/RecordedServices.h"
 #include "tests/unit/recording/RecordingFixture.h"
 #include "util/Asker.h"
@@ -22,8 +23,8 @@ public:
     }
     void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
     void taskEnded(const ScheduleTaskInfo &task) override { ended << task._taskName; }
-    void taskMissed(const ScheduleTaskInfo &, const QDateTime &, const QString &sentence) override {
-        missed << sentence;
+    void taskMissed(const ScheduleTaskInfo &, const QDateTime &, const foundation::Sentence &sentence) override {
+        missed << Lang::english(sentence);
     }
 
     QDateTime now() const {

@@ -1,5 +1,6 @@
 #include "recording/hotkeys/HotKey.h"
 
+#include "lang/Lang.h"
 #include "platform/desktop/HotKeyTable.h"
 #include "platform/desktop/recorded/RecordedHotKeys.h"
 #include "recording/control/RecordingHotkeys.h"
@@ -173,7 +174,7 @@ TEST_F(HotkeyTest, WhatAnActionThrowsIsLoggedAndKeysGoOnWorking) {
 TEST_F(HotkeyTest, AKeyThatTheDesktopRefusesIsToldToThePerson) {
     calls->failOn(QStringLiteral("register"), QStringLiteral("Held."));
     QStringList troubles;
-    RecordingHotkeys keys(*this, [&](const QString &sentence) { troubles << sentence; });
+    RecordingHotkeys keys(*this, [&](const foundation::Sentence &sentence) { troubles << Lang::english(sentence); });
     keys.RegisteHotkey();
     EXPECT_EQ(troubles.value(0), QStringLiteral("Held."));
 }

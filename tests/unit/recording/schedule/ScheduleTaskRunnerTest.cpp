@@ -47,7 +47,8 @@ protected:
 
     void taskCountdown(const TaskCountdown &shown) override { countdown = shown; }
     void taskEnded(const ScheduleTaskInfo &task) override { events << QStringLiteral("end %1").arg(task._taskName); }
-    void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const QString &sentence) override {
+    void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const foundation::Sentence &why) override {
+        const QString sentence = Lang::english(why);
         EXPECT_TRUE(sentence.endsWith(QLatin1Char('.')));
         const char *reason = sentence.contains(QStringLiteral("slept"))         ? "slept"
                              : sentence.contains(QStringLiteral("not running")) ? "not running"

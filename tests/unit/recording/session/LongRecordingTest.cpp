@@ -1,3 +1,4 @@
+#include "lang/Lang.h"
 #include "recording/session/RecordingSession.h"
 #include "tests/unit/recording/RecordingFixture.h"
 
@@ -49,7 +50,7 @@ public:
     // The file before is closed, the next one has not begun: the recorder is another from here on.
     void recordingConverting(const QString &) override { watchRecorder(); }
     void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
-    void recordingFailed(const RecordingTrouble &trouble) override { failed.append(trouble.sentence); }
+    void recordingFailed(const RecordingTrouble &trouble) override { failed.append(Lang::english(trouble.sentence)); }
     void recordingPaused(bool) override { ++pauses; }
 
     // Time stands still while the thread of a file is behind, and from one file to the next.

@@ -1,5 +1,6 @@
 #include "recording/session/RecordManager.h"
 
+#include "lang/Lang.h"
 #include "tests/unit/recording/RecordingFixture.h"
 
 #include <sys/resource.h>
@@ -16,7 +17,7 @@ public:
         ++finished;
         seconds = duration;
         bytes = manager.recordedFileSize();
-        sentence = failure ? failure->sentence : QString();
+        sentence = failure ? Lang::english(failure->sentence) : QString();
     }
     void RecordManagerUpdateAudioLevel(RecordManager &, float) override { ++levels; }
     bool RecordManagerRecordFileIsNeedSave() override {

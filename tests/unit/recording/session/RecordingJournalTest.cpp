@@ -1,5 +1,6 @@
 #include "recording/session/RecordingJournal.h"
 
+#include "lang/Lang.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/media/RecordingRepair.h"
 #include "tests/support/OrdinaryFile.h"
@@ -88,7 +89,8 @@ TEST_F(RecordingJournalTest, WhatCannotBeRepairedIsKeptUnderAClearNameAndNotTrie
     RecordingJournal next(mState);
     const auto recovered = next.recover();
     ASSERT_EQ(recovered.size(), 1u);
-    EXPECT_TRUE(recovered[0].failure.endsWith(QLatin1Char('.'))) << recovered[0].failure.toStdString();
+    EXPECT_TRUE(Lang::english(recovered[0].failure).endsWith(QLatin1Char('.')))
+        << Lang::english(recovered[0].failure).toStdString();
     EXPECT_EQ(recovered[0].file, path(QStringLiteral("a (unfinished).m4a")));
     EXPECT_EQ(contents(recovered[0].file), before);
     EXPECT_FALSE(QFile::exists(file));

@@ -1,5 +1,6 @@
 #include "recording/session/RecordingSession.h"
 
+#include "lang/Lang.h"
 #include "platform/media/RecordingRepair.h"
 #include "tests/unit/recording/RecordingFixture.h"
 
@@ -19,15 +20,15 @@ public:
         file = name;
         device = recorded;
     }
-    void recordingSilent(const QString &sentence) override { silent.append(sentence); }
+    void recordingSilent(const foundation::Sentence &sentence) override { silent.append(Lang::english(sentence)); }
     void recordingDeviceLost(const QString &gone) override { lost.append(gone); }
     void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
     void recordingFailed(const RecordingTrouble &trouble) override {
-        failed.append(trouble.sentence);
+        failed.append(Lang::english(trouble.sentence));
         kept = trouble.kept;
     }
     void recordingInterrupted(const RecordingTrouble &trouble) override {
-        interrupted.append(trouble.sentence);
+        interrupted.append(Lang::english(trouble.sentence));
         if (onInterrupted)
             onInterrupted();
     }
@@ -36,7 +37,7 @@ public:
     void recordingResumed() override { pauses.append("resumed"); }
     void recordingControlsDidChange(const RecordingControls &shown) override { controls = shown; }
     void recordingSettled() override { ++settled; }
-    void recordingEndsEarly(const QString &sentence) override { early.append(sentence); }
+    void recordingEndsEarly(const foundation::Sentence &sentence) override { early.append(Lang::english(sentence)); }
     void recordingRecovered(const RecordingJournal::Recovered &recording) override { recovered.append(recording.file); }
 
     std::function<void()> onInterrupted;
@@ -55,7 +56,7 @@ public:
     QString refusal(int source) {
         AppSettings::setAudioType(source);
         const auto started = session.startRecording();
-        return started ? QString() : started.failure().sentence;
+        return started ? QString() : Lang::english(started.failure().sentence);
     }
     // A recording of at least half a second, up to its stop.
     void record(int source) {
@@ -172,7 +173,7 @@ TEST_F(RecordingSessionTest, AnotherRecorderIsRefused) {
     ASSERT_EQ(refusal(1), QString());
     const auto started = second.startRecording();
     ASSERT_FALSE(started);
-    EXPECT_TRUE(isOneSentence(started.failure().sentence));
+    EXPECT_TRUE(isOneSentence(Lang::english(started.failure().sentence)));
     session.stopRecording();
 }
 

@@ -1,3 +1,4 @@
+#include "lang/Lang.h"
 #include "platform/desktop/recorded/RecordedServices.h"
 #include "platform/media/RecordingRepair.h"
 #include "recording/session/RecordingSession.h"
@@ -13,7 +14,7 @@ class SleepTest : public test::RecordingFixture, public RecordingSessionView {
 public:
     void recordingStarted(const QString &file, const QString &) override { started << file; }
     void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
-    void recordingFailed(const RecordingTrouble &trouble) override { failed << trouble.sentence; }
+    void recordingFailed(const RecordingTrouble &trouble) override { failed << Lang::english(trouble.sentence); }
     void recordingSettled() override { ++settled; }
     void SetUp() override {
         AppSettings::setAudioFormat(4);

@@ -1,3 +1,4 @@
+#include "lang/Lang.h"
 #include "recording/session/RecordManager.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/unit/recording/RecordingFixture.h"
@@ -17,7 +18,7 @@ public:
                                                       const std::optional<foundation::Failure> &failure) override {
         ++finished;
         seconds = duration;
-        sentence = failure ? failure->sentence : QString();
+        sentence = failure ? Lang::english(failure->sentence) : QString();
     }
     void RecordManagerUpdateAudioLevel(RecordManager &, float) override {}
 
