@@ -24,6 +24,7 @@
 #include <QMessageBox>
 #include <QTimer>
 
+#include <cstdio>
 #include <thread>
 #include <utility>
 
@@ -63,17 +64,17 @@ public:
         face.checkUpdates = [this](bool byHand) { byHand ? mCommonUtils.checkByHand() : mCommonUtils.checkSilent(); };
         AppDelegate delegate({mApplication, face, mCommonUtils, mBackground, hal::HardwareSystem::clock()});
         const SignalWatch signals([this] { mWindow->stopAndQuit(); });
-        mWindow->quit = [this] { mApplication.terminate(); };
+        QObject::connect(&*mWindow, &ui::MainWindow::mayEnd, qApp, [this] { mApplication.terminate(); });
         mApplication.willEnd = [this] { giveNameBack(); };
-        mWindow->checkForUpdates = [this] { mCommonUtils.checkByHand(); };
+        QObject::connect(&*mWindow, &ui::MainWindow::updatesWanted, qApp, [this] { mCommonUtils.checkByHand(); });
         mCommonUtils.updateIsOffered = [this](const UpdateDescription &update) { mWindow->offerUpdate(update); };
         mCommonUtils.nothingIsOffered = [this](const std::optional<UpdateDescription> &update) {
             mWindow->tellNoUpdate(update.has_value());
         };
-        mWindow->hotkeysChanged = [this] { registerHotkeys(); };
+        QObject::connect(&*mWindow, &ui::MainWindow::hotkeysChanged, qApp, [this] { registerHotkeys(); });
 
         // The list loads behind the window; a window that nothing paints keeps nothing waiting either.
-        mWindow->firstShown = [this] { takeUp(); };
+        QObject::connect(&*mWindow, &ui::MainWindow::firstShown, qApp, [this] { takeUp(); });
         QTimer::singleShot(kUnpainted, &delegate, [this] { takeUp(); });
         QTimer::singleShot(0, &delegate, [&] { delegate.applicationDidFinishLaunching(); });
         const int result = QApplication::exec();
@@ -183,6 +184,13 @@ int runWindow(BackendChoice backend) {
 
 int main(int argc, char **argv) {
     using namespace cantorel;
+    QStringList given;
+    for (int i = 1; i < argc; ++i)
+        given << QString::fromLocal8Bit(argv[i]);
+    if (const auto answer = answeredByArguments(given)) {
+        std::fputs(answer->toUtf8().constData(), stdout);
+        return 0;
+    }
     SignalWatch::holdBack(); // before the application object and the sound server begin their threads
     QApplication application(argc, argv);
     ui::installAccessibility();

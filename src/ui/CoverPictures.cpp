@@ -67,8 +67,7 @@ void CoverPictures::decode(const QByteArray &cover, int side, qreal scale) {
             QPixmap picture = QPixmap::fromImage(image);
             picture.setDevicePixelRatio(scale);
             waiting->picture = iconOf(picture, picture);
-            if (changed)
-                changed();
+            Q_EMIT changed();
         });
     });
 }

@@ -15,15 +15,18 @@ namespace cantorel::ui {
 // The small pictures that stand for recordings: a recording's own where it has one, else a drawn one. A recording's own
 // is decoded beside the main thread, and only when it is asked for. Owned by the library tab; main thread.
 class CoverPictures : public QObject {
+    Q_OBJECT
+
 public:
     CoverPictures();
     ~CoverPictures() override { mDecoding.waitForDone(); }
 
-    // A picture that stood for others is there now. May be empty.
-    std::function<void()> changed;
-
     // size: of its sides, in the pixels of a screen without scaling. It stays itself in a selected row.
     QIcon picture(const RecordedAudioInfo &item, int size, qreal scale, const QColor &selectedText);
+
+Q_SIGNALS:
+    // A picture that stood for others is there now.
+    void changed();
 
 private:
     struct Decoded {

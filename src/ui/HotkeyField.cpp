@@ -37,8 +37,7 @@ void HotkeyField::keyPressEvent(QKeyEvent *event) {
     }
     const HotkeyCheckBoxes boxes{bool(modifiers & Qt::ShiftModifier), bool(modifiers & Qt::ControlModifier),
                                  bool(modifiers & Qt::AltModifier), bool(modifiers & Qt::MetaModifier)};
-    if (chosen)
-        chosen(HotKey::getHotkeyFromCombox({HotKey::getAllValidKeys(), QString(QChar(key))}, boxes));
+    Q_EMIT chosen(HotKey::getHotkeyFromCombox({HotKey::getAllValidKeys(), QString(QChar(key))}, boxes));
 }
 
 } // namespace cantorel::ui

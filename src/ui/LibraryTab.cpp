@@ -59,17 +59,13 @@ LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
         mModel.search(text);
         showEmptiness();
     });
-    mModel.trouble = [this](const foundation::Sentence &sentence) { notice(sentence, false); };
+    connect(&mModel, &RecordingsModel::renameFailed, this, [this](const auto &why) { notice(why, false); });
     mModel.picture = [this](const RecordedAudioInfo &item) {
         return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF(),
                                  palette().color(QPalette::HighlightedText));
     };
-    mPictures.changed = [this] { mTable->viewport()->update(); };
-    mPlayer.changed = [this] {
-        showPlayer();
-        mMedia.playerDidChange();
-    };
-    mPlayer.jumped = [this] { mMedia.positionDidJump(); };
+    connect(&mPictures, &CoverPictures::changed, this, [this] { mTable->viewport()->update(); });
+    connect(&mPlayer, &LibraryPlayer::changed, this, [this] { showPlayer(); });
 
     auto *column = new QVBoxLayout(this);
     column->addWidget(mSearch);
@@ -119,7 +115,7 @@ QWidget *LibraryTab::makeTable() {
     connect(mTable, &QTableView::customContextMenuRequested, this, [this](const QPoint &at) { showMenu(at); });
     connect(mTable, &QTableView::doubleClicked, this, [this](const QModelIndex &index) {
         if (const auto *item = mModel.item(index.row()))
-            play(*item);
+            play(item->getFileName());
     });
     const auto onKey = [this](const QKeySequence &keys, auto action) {
         auto *shortcut = new QShortcut(keys, mTable);
@@ -195,7 +191,7 @@ void LibraryTab::showMenu(const QPoint &position) {
     const bool isOne = items.size() == 1;
     const bool isReady = !items.front()->isInUse();
     add(
-        "play", Lang::btnPlay(), [this, items] { play(*items.front()); }, isOne && isReady);
+        "play", Lang::btnPlay(), [this, file = items.front()->getFileName()] { play(file); }, isOne && isReady);
     add(
         "rename", Lang::btnRename(),
         [this] { mTable->edit(mTable->currentIndex().siblingAtColumn(RecordingsModel::Title)); }, isOne && isReady);
@@ -214,18 +210,37 @@ void LibraryTab::playOrPause() {
     if (mPlayer.isPlaying() && (items.empty() || items.front()->getFileName() == mPlayer.file()))
         mPlayer.pause();
     else if (!items.empty())
-        play(*items.front());
+        play(items.front()->getFileName());
     else if (!mPlayer.file().isEmpty())
-        (void)mPlayer.play(mPlayer.file()); // The bar shows what became of it.
+        play(mPlayer.file());
 }
 
-void LibraryTab::play(const RecordedAudioInfo &item) {
-    if (item.isInUse())
+// By its name: the item may have gone while a menu or a question stood there.
+void LibraryTab::play(const QString &file) {
+    const RecordedAudioInfo *item = mList.itemWithFile(file);
+    if (!item || item->isInUse())
         return;
-    if (!QFileInfo::exists(item.getFileName()))
-        notice(Lang::tabPlaylistNoFile(), false);
-    else if (const auto played = mPlayer.play(item.getFileName()); !played)
+    if (!QFileInfo::exists(file))
+        notice(kFileGone(file), false);
+    else if (mPlaying == Playing::AsksFirst)
+        Q_EMIT playsIntoRecording(file);
+    else if (const auto played = mPlayer.play(file); !played)
         notice(played.failure().sentence, false);
+    else
+        notice({}, false);
+}
+
+void LibraryTab::setRecordsSystemSound(bool records) {
+    if (!records)
+        mPlaying = Playing::Free;
+    else if (mPlaying == Playing::Free)
+        mPlaying = Playing::AsksFirst;
+}
+
+void LibraryTab::playAllTheSame(const QString &file) {
+    if (mPlaying == Playing::AsksFirst)
+        mPlaying = Playing::Allowed;
+    play(file);
 }
 
 void LibraryTab::reveal() {

@@ -26,6 +26,8 @@ namespace cantorel::ui {
 
 // The recordings: a table to search, sort, play, rename, drag from and clear up in.
 class LibraryTab : public QWidget {
+    Q_OBJECT
+
 public:
     // The list outlives the tab.
     explicit LibraryTab(RecordedList &list, QWidget *parent = nullptr);
@@ -36,8 +38,14 @@ public:
     void itemDidChange(const RecordedAudioInfo &item) { mModel.itemDidChange(item); }
     // What is heard shall not be recorded.
     void stopPlayback() { mPlayer.stop(); }
+    // What is played would be in the recording: playsIntoRecording() is told instead, once a recording.
+    void setRecordsSystemSound(bool records);
+    void playAllTheSame(const QString &file);
     LibraryPlayer &player() { return mPlayer; }
     LibraryMedia &media() { return mMedia; }
+
+Q_SIGNALS:
+    void playsIntoRecording(const QString &file);
 
 private:
     QWidget *makeTable();
@@ -46,7 +54,7 @@ private:
     std::vector<RecordedAudioInfo *> selected() const;
     void showMenu(const QPoint &position);
     void playOrPause();
-    void play(const RecordedAudioInfo &item);
+    void play(const QString &file);
     void reveal();
     void showInfo();
     void remove(RecordingsRemoval::Files files);
@@ -81,6 +89,7 @@ private:
     QWidget *mNotice = nullptr, *mPlayerBar = nullptr;
     QToolButton *mUndo, *mPlay, *mStop;
     QSlider *mSeek;
+    enum class Playing { Free, AsksFirst, Allowed } mPlaying = Playing::Free;
 };
 
 } // namespace cantorel::ui

@@ -78,8 +78,9 @@ void MainWindow::complete() {
                                           [this] { mParts.session.onPauseRecording(); },
                                           [this] { mParts.session.splitRecording(); }, [this] { leave(); }});
     QApplication::setWindowIcon(applicationIcon());
-    mLibraryTab->media().toWindow = [this] { bringToFront(); };
-    mLibraryTab->media().toEnd = [this] { leave(); };
+    connect(&mLibraryTab->media(), &LibraryMedia::toWindow, this, [this] { bringToFront(); });
+    connect(&mLibraryTab->media(), &LibraryMedia::toEnd, this, [this] { leave(); });
+    connect(mLibraryTab, &LibraryTab::playsIntoRecording, this, [this](const QString &file) { askToPlay(file); });
     mLibraryTab->listDidChange();
 }
 
@@ -94,14 +95,14 @@ StatusItem &MainWindow::statusItem() {
 }
 
 bool MainWindow::event(QEvent *event) {
-    const bool isFirstPicture = event->type() == QEvent::Paint && firstShown;
+    const bool isFirstPicture = event->type() == QEvent::Paint && !std::exchange(mWasPainted, true);
     const bool answer = QMainWindow::event(event);
     if (isFirstPicture) // behind it, and behind what the widgets paint with it
         QMetaObject::invokeMethod(
             this,
-            [this, told = std::exchange(firstShown, {})] {
+            [this] {
                 complete();
-                told();
+                Q_EMIT firstShown();
             },
             Qt::QueuedConnection);
     return answer;
@@ -122,10 +123,7 @@ void MainWindow::makeMenu() {
     });
     mSettingsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     menu->addSeparator();
-    mUpdateAction = menu->addAction(QString(), this, [this] {
-        if (checkForUpdates)
-            checkForUpdates();
-    });
+    mUpdateAction = menu->addAction(QString(), this, &MainWindow::updatesWanted);
     mAboutAction = menu->addAction(QString(), this, [this] { showAbout(); });
     mQuitAction = menu->addAction(QString(), this, [this] { leave(); });
     mQuitAction->setShortcut(QKeySequence::Quit);
@@ -170,14 +168,11 @@ SettingsWindow &MainWindow::settings() {
     if (mSettings)
         return *mSettings;
     mSettings = new SettingsWindow(this);
-    mSettings->languageChanged = [] {
+    connect(mSettings, &SettingsWindow::languageChanged, this, [] {
         foundation::NotificationCenter::defaultCenter().post(kNotificationChangeLanguage, AppSettings::appLanguage());
-    };
-    mSettings->recordingChanged = [this] { mRecordingTab->showSettings(); };
-    mSettings->hotkeysChanged = [this] {
-        if (hotkeysChanged)
-            hotkeysChanged();
-    };
+    });
+    connect(mSettings, &SettingsWindow::recordingChanged, this, [this] { mRecordingTab->showSettings(); });
+    connect(mSettings, &SettingsWindow::hotkeysChanged, this, &MainWindow::hotkeysChanged);
     mSettings->setTriggers(mTriggers);
     return *mSettings;
 }
@@ -221,7 +216,7 @@ void MainWindow::tellNoUpdate(bool isLatest) {
 void MainWindow::showAbout() {
     QMessageBox about(this);
     about.setIconPixmap(applicationIcon().pixmap(kAboutIcon, kAboutIcon));
-    about.setWindowTitle(Lang::menuAbout());
+    about.setWindowTitle(Tools::fillTextMarkers(Lang::menuAbout()));
     about.setText(QStringLiteral("<h2>%1</h2>").arg(AppSettings::appName())
                   + Lang::windowVersion().replace(QLatin1String("[#Count#]"), AppSettings::appVersion()));
     about.setInformativeText(Lang::windowAbout() + QStringLiteral("\n\n") + Lang::windowLicense());
@@ -272,6 +267,17 @@ void MainWindow::askBeforeDiscarding() {
 }
 
 // Qt passes it on to all that stands in the window, and to its dialogs.
+void MainWindow::askToPlay(const QString &file) {
+    const AlertSheet sheet{AlertStyle::Warning,
+                           AppSettings::appName(),
+                           Lang::windowPlaysIntoRecording(),
+                           {Lang::btnCancel(), Lang::btnPlay()}};
+    mAlerts->beginSheet(sheet, [this, file](int returnCode) {
+        if (returnCode == MainWindowFace::kFirstButton + 1)
+            mLibraryTab->playAllTheSame(file);
+    });
+}
+
 void MainWindow::changeLanguageText() {
     QEvent change(QEvent::LanguageChange);
     QCoreApplication::sendEvent(this, &change);
@@ -284,7 +290,7 @@ void MainWindow::showTexts() {
     mTasksAction->setText(Lang::toolsScheduleTaskTitle());
     mSettingsAction->setText(Lang::menuSettings());
     mUpdateAction->setText(Lang::menuCheckforUpdates());
-    mAboutAction->setText(Lang::menuAbout());
+    mAboutAction->setText(Tools::fillTextMarkers(Lang::menuAbout()));
     mQuitAction->setText(Lang::btnExit());
     mMenuButton->setAccessibleName(Lang::menuTools());
     mMenuButton->setToolTip(Lang::menuTools());
@@ -340,6 +346,7 @@ void MainWindow::showPanel() {
         return;
     mStatusItem->showPanel();
     mLibraryTab->media().setRecording(isRecording());
+    mLibraryTab->setRecordsSystemSound(isRecording() && includesSystemSound(mParts.session.currentFile().source));
     if (mHasSign && !isRecording()) {
         mNotices.endSign();
         signDidChange(false);
@@ -434,8 +441,8 @@ void MainWindow::endOnceSettled() {
     if (isVisible())
         (void)ZQUserDefaultSetValue_Object(saveGeometry(), kGeometry); // a failure is logged by the store
     hide();
-    if (mParts.session.isSettled() && quit)
-        quit();
+    if (mParts.session.isSettled())
+        Q_EMIT mayEnd();
 }
 
 } // namespace cantorel::ui

@@ -28,6 +28,8 @@ class TasksWindow;
 
 // The window: the recording and the library tab, and the ways to everything else. Owned by the application.
 class MainWindow : public QMainWindow, public RecordedListView {
+    Q_OBJECT
+
 public:
     // What the window shows and controls. All outlive it.
     struct Parts {
@@ -39,16 +41,6 @@ public:
     };
     explicit MainWindow(const Parts &parts);
     ~MainWindow() override;
-
-    // Ends the program, once nothing is recorded or converted any more. Set by the application.
-    std::function<void()> quit;
-    // The window has been painted for the first time. What need not be in the first picture begins now.
-    std::function<void()> firstShown;
-    // The hot keys of the settings have changed.
-    std::function<void()> hotkeysChanged;
-
-    // Looks for a newer version and tells in any case.
-    std::function<void()> checkForUpdates;
 
     void changeLanguageText();
     // A newer version; or, for a check by hand, that there is none or nobody answered.
@@ -76,6 +68,16 @@ public:
     SettingsWindow &settings();
     TasksWindow &tasks();
 
+Q_SIGNALS:
+    // The person wants the program to end, and nothing is recorded or converted any more.
+    void mayEnd();
+    // The window has been painted for the first time. What need not be in the first picture begins now.
+    void firstShown();
+    // Those of the settings.
+    void hotkeysChanged();
+    // Whether there is a newer version shall be told in any case.
+    void updatesWanted();
+
 private:
     void recordedListDidChange() override;
     void showPanel();
@@ -90,6 +92,7 @@ private:
     void showOrHide();
     // The person wants the program to end.
     void leave();
+    void askToPlay(const QString &file);
     void askToLeave(const QString &why, const QString &stay, const QString &quit);
     void stayHidden();
     // What stands for the hidden window while it records, where there is no tray, is seen or has gone.
@@ -115,6 +118,7 @@ private:
     std::unique_ptr<StatusItem> mStatusItem;
     RecordingNotices mNotices;
     QPointer<QMessageBox> mShutdown; // counts down to it
+    bool mWasPainted = false;
     bool mIsLeaving = false;
     bool mHasSign = false; // or asks for it
     bool mHasToldOfWaiting = false;

@@ -144,7 +144,7 @@ QWidget *SettingsWindow::makeRecording() {
 
     connect(mFormat, &QComboBox::activated, this, [this](int index) {
         AppSettings::setAudioFormat(index);
-        told(recordingChanged);
+        Q_EMIT recordingChanged();
     });
     connect(mFolder, &QToolButton::clicked, this, [this] { chooseFolder(); });
     connect(mAutoName, &QCheckBox::clicked, this, [this](bool on) {
@@ -174,25 +174,20 @@ QWidget *SettingsWindow::makeHotkeys() {
     connect(mEnableHotkeys, &QCheckBox::clicked, this, [this](bool on) {
         AppSettings::setEnableHotkeys(on);
         showSettings();
-        told(hotkeysChanged);
+        Q_EMIT hotkeysChanged();
     });
     for (std::size_t i = 0; i < kHotkeys.size(); ++i) {
         mHotkeyLabels[i] = new QLabel(page);
         mHotkeys[i] = new HotkeyField(page);
         mHotkeys[i]->setObjectName(QStringLiteral("hotkey%1").arg(i));
         mHotkeyLabels[i]->setBuddy(mHotkeys[i]);
-        mHotkeys[i]->chosen = [this, i](const QString &text) { chooseHotkey(i, text); };
+        connect(mHotkeys[i], &HotkeyField::chosen, this, [this, i](const QString &text) { chooseHotkey(i, text); });
         form->addRow(mHotkeyLabels[i], mHotkeys[i]);
     }
     mHotkeyNote->setWordWrap(true);
     mHotkeyNote->setObjectName(QStringLiteral("hotkeyNote"));
     form->addRow(mHotkeyNote);
     return page;
-}
-
-void SettingsWindow::told(const std::function<void()> &listener) {
-    if (listener)
-        listener();
 }
 
 void SettingsWindow::changeEvent(QEvent *event) {
@@ -211,7 +206,7 @@ void SettingsWindow::chooseLanguage(const QString &displayName) {
         return;
     AppSettings::setAppLanguage(name);
     Lang::ChangeLanguage(name);
-    told(languageChanged);
+    Q_EMIT languageChanged();
 }
 
 void SettingsWindow::chooseFolder() {
@@ -220,7 +215,7 @@ void SettingsWindow::chooseFolder() {
         return;
     AppSettings::setOutputPath(chosen);
     showSettings();
-    told(recordingChanged);
+    Q_EMIT recordingChanged();
 }
 
 void SettingsWindow::chooseHotkey(std::size_t index, const QString &text) {
@@ -235,7 +230,7 @@ void SettingsWindow::chooseHotkey(std::size_t index, const QString &text) {
     kHotkeys[index].set(text);
     HotKey::setHotkeyChanged(true);
     showSettings();
-    told(hotkeysChanged);
+    Q_EMIT hotkeysChanged();
 }
 
 void SettingsWindow::setTriggers(const std::array<QString, 3> &triggers) {

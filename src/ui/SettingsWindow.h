@@ -20,19 +20,22 @@ class HotkeyField;
 
 // The options, in force as soon as they are changed. Owned by the main window.
 class SettingsWindow : public QDialog {
+    Q_OBJECT
+
 public:
     explicit SettingsWindow(QWidget *parent = nullptr);
-
-    // Told after what they name has been stored. May be empty.
-    std::function<void()> languageChanged;
-    std::function<void()> recordingChanged;
-    std::function<void()> hotkeysChanged;
 
     // Shows what is stored.
     void showSettings();
     void openRecordingPage();
     // How the desktop says that the keys for start, stop and pause are pressed; empty where it does not.
     void setTriggers(const std::array<QString, 3> &triggers);
+
+Q_SIGNALS:
+    // What they name has been stored.
+    void languageChanged();
+    void recordingChanged();
+    void hotkeysChanged();
 
 private:
     // A choice with a number in the middle of its text, such as "Start a new file every [240] seconds".
@@ -57,7 +60,6 @@ private:
     void showTexts();
     void changeEvent(QEvent *event) override;
     void chooseHotkey(std::size_t index, const QString &text);
-    void told(const std::function<void()> &listener);
 
     QTabWidget *mPages;
     QLabel *mLanguageLabel, *mFormatLabel, *mFolderLabel, *mNumberLabel, *mHotkeyNote;

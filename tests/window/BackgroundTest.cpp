@@ -20,7 +20,7 @@ const QString kFolder = QStringLiteral("show-in-folder"), kStop = QStringLiteral
 class Background : public test::WindowFixture {
 public:
     Background() {
-        window.quit = [this] { ++quits; };
+        QObject::connect(&window, &ui::MainWindow::mayEnd, &window, [this] { ++quits; });
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }

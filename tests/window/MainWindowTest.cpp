@@ -104,7 +104,7 @@ TEST_F(MainWindow, TheMicrophoneIsChosenFromItsNameAndFollowsTheDesktop) {
 class Leaving : public MainWindow {
 public:
     Leaving() {
-        window.quit = [this] { ++quits; };
+        QObject::connect(&window, &ui::MainWindow::mayEnd, &window, [this] { ++quits; });
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
@@ -237,7 +237,7 @@ TEST_F(Leftovers, AreDiscardedOnlyWithASecondYes) {
 
 TEST_F(Leftovers, TheEndWaitsForTheirRepair) {
     int quits = 0;
-    window.quit = [&] { ++quits; };
+    QObject::connect(&window, &ui::MainWindow::mayEnd, &window, [&] { ++quits; });
     answer(Lang::windowRecover());
     window.close();
     ASSERT_TRUE(passUntil([&] { return quits == 1; }));

@@ -67,7 +67,7 @@ TEST_F(Settings, WhatIsChangedIsThereAfterARestart) {
 
 TEST_F(Settings, AHotKeyIsPressedIntoItsFieldAndEachIsTakenOnce) {
     int told = 0;
-    window.hotkeysChanged = [&] { ++told; };
+    QObject::connect(&window, &ui::MainWindow::hotkeysChanged, &window, [&] { ++told; });
     page(2);
     photograph(window.settings(), QStringLiteral("settings-hotkeys"));
     press("hotkey0", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);

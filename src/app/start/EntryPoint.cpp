@@ -23,6 +23,19 @@ void obey(const QString &argument) {
 
 } // namespace
 
+std::optional<QString> answeredByArguments(const QStringList &arguments) {
+    if (arguments.contains(QStringLiteral("--version")))
+        return QStringLiteral("cantorel %1\n").arg(AppSettings::appVersion());
+    if (arguments.contains(QStringLiteral("--help")) || arguments.contains(QStringLiteral("-h")))
+        return QStringLiteral("Usage: cantorel [--backend=embedded] [lang=CODE]\n\n"
+                              "Opens the audio recorder; one that runs already is shown.\n\n"
+                              "  --backend=embedded  devices in software instead of the sound server\n"
+                              "  lang=CODE           the language for texts from the net, such as \"de\"\n"
+                              "  --help, --version   answer this and end\n\n"
+                              "For scripts and terminals there is cantorel-cli.\n");
+    return {};
+}
+
 int runMain(const QStringList &arguments, const std::function<int()> &mainLoop) {
     int result = 0;
     (void)guarded("main", [&] { // deliberately 0 after an exception, which is logged

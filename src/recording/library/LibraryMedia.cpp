@@ -38,6 +38,8 @@ LibraryMedia::LibraryMedia(LibraryPlayer &player, const RecordingsModel &model) 
             QMetaObject::invokeMethod(
                 this, [this] { show(); }, Qt::QueuedConnection);
     };
+    connect(&player, &LibraryPlayer::changed, this, [this] { playerDidChange(); });
+    connect(&player, &LibraryPlayer::jumped, this, [this] { positionDidJump(); });
     connect(&model, &RecordingsModel::modelReset, this, lookAgain);
     connect(&model, &RecordingsModel::layoutChanged, this, lookAgain);
     connect(&model, &RecordingsModel::dataChanged, this, lookAgain);
@@ -154,14 +156,8 @@ void LibraryMedia::seek(double seconds) {
 
 double LibraryMedia::position() const { return mPlayer.position(); }
 
-void LibraryMedia::showWindow() {
-    if (toWindow)
-        toWindow();
-}
+void LibraryMedia::showWindow() { Q_EMIT toWindow(); }
 
-void LibraryMedia::quit() {
-    if (toEnd)
-        toEnd();
-}
+void LibraryMedia::quit() { Q_EMIT toEnd(); }
 
 } // namespace cantorel

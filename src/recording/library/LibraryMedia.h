@@ -4,8 +4,6 @@
 
 #include <QObject>
 
-#include <functional>
-
 namespace cantorel {
 
 class LibraryPlayer;
@@ -14,17 +12,13 @@ class RecordingsModel;
 // The library's playback as media keys and the desktop's panels see and control it, in the order in which the library
 // is shown. The desktop hears of it when something is first played. Owned by the window; main thread.
 class LibraryMedia : public QObject, public desktop::MediaCommands {
+    Q_OBJECT
+
 public:
     // Both outlive it.
     LibraryMedia(LibraryPlayer &player, const RecordingsModel &model);
     ~LibraryMedia() override;
 
-    // What leads elsewhere. May be empty.
-    std::function<void()> toWindow, toEnd;
-
-    // The player has changed, or goes on; and its position is another one.
-    void playerDidChange();
-    void positionDidJump();
     // While something is recorded, no key begins to play: it would be heard in the recording.
     void setRecording(bool isRecording);
 
@@ -39,7 +33,14 @@ public:
     void showWindow() override;
     void quit() override;
 
+Q_SIGNALS:
+    // What leads elsewhere.
+    void toWindow();
+    void toEnd();
+
 private:
+    void playerDidChange();
+    void positionDidJump();
     void offer();
     // Where the track stands in the library.
     void look();

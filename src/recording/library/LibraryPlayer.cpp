@@ -12,12 +12,7 @@ constexpr std::chrono::milliseconds kTellInterval(250);
 
 LibraryPlayer::LibraryPlayer() {
     mTimer.setInterval(kTellInterval);
-    connect(&mTimer, &QTimer::timeout, this, [this] { tell(); });
-}
-
-void LibraryPlayer::tell() const {
-    if (changed)
-        changed();
+    connect(&mTimer, &QTimer::timeout, this, &LibraryPlayer::changed);
 }
 
 foundation::Result<void> LibraryPlayer::play(const QString &file) {
@@ -36,7 +31,7 @@ foundation::Result<void> LibraryPlayer::play(const QString &file) {
     }
     mIsPlaying = true;
     mTimer.start();
-    tell();
+    Q_EMIT changed();
     return {};
 }
 
@@ -46,7 +41,7 @@ void LibraryPlayer::pause() {
     mPlayer->pause();
     mIsPlaying = false;
     mTimer.stop();
-    tell();
+    Q_EMIT changed();
 }
 
 void LibraryPlayer::stop() {
@@ -57,7 +52,7 @@ void LibraryPlayer::stop() {
     mTimer.stop();
     mIsPlaying = false;
     mFile.clear();
-    tell();
+    Q_EMIT changed();
 }
 
 void LibraryPlayer::seek(double seconds) {
@@ -65,9 +60,8 @@ void LibraryPlayer::seek(double seconds) {
         return;
     mIsPlaying = mPlayer->playAtTime(seconds); // goes on from there, also where it was paused
     mTimer.start();
-    tell();
-    if (jumped)
-        jumped();
+    Q_EMIT changed();
+    Q_EMIT jumped();
 }
 
 double LibraryPlayer::position() const { return mPlayer ? mPlayer->currentPlayTime() : 0; }

@@ -4,19 +4,16 @@
 
 #include <QTimer>
 
-#include <functional>
+#include <memory>
 
 namespace cantorel {
 
 // Plays recordings of the library, one at a time. Owned by the window; main thread.
 class LibraryPlayer : public QObject, public ZQAVAudioPlayerDelegate {
+    Q_OBJECT
+
 public:
     LibraryPlayer();
-
-    // Something is played, paused or has ended; and, while it plays, four times a second.
-    std::function<void()> changed;
-    // It goes on from another position.
-    std::function<void()> jumped;
 
     // Begins with the file, or goes on with it where it was paused; fails in one sentence.
     foundation::Result<void> play(const QString &file);
@@ -32,9 +29,14 @@ public:
     double position() const; // seconds
     double length() const;   // seconds
 
+Q_SIGNALS:
+    // Something is played, paused or has ended; and, while it plays, four times a second.
+    void changed();
+    // It goes on from another position.
+    void jumped();
+
 private:
     void AVAudioPlayerDidFinishPlayingSuccessfully(ZQAVAudioPlayer &, bool successfully) override;
-    void tell() const;
 
     std::unique_ptr<ZQAVAudioPlayer> mPlayer;
     QTimer mTimer;

@@ -203,8 +203,9 @@ foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QSt
     const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
     const QString renamed = file.path() + QLatin1Char('/') + clean + suffix;
     QString why;
-    if (clean.isEmpty() || QFileInfo::exists(renamed))
-        return foundation::Failure{kNameTaken(clean + suffix), {}};
+    // A name is taken as it was typed, or not at all: "1/2" would become another one.
+    if (clean.isEmpty() || name.contains(QLatin1Char('/')) || QFileInfo::exists(renamed))
+        return foundation::Failure{kNameTaken(name + suffix), {}};
     if (!ToolFile::moveFileFromPath(file.filePath(), renamed, &why))
         return foundation::Failure{kNotRenamed(file.filePath()), why};
     item.setFileName(renamed);

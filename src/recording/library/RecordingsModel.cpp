@@ -236,8 +236,8 @@ bool RecordingsModel::setData(const QModelIndex &index, const QVariant &value, i
         || value.toString() == data(index, Qt::EditRole).toString())
         return false;
     const auto renamed = mList.rename(*item, value.toString());
-    if (!renamed && trouble)
-        trouble(renamed.failure().sentence);
+    if (!renamed)
+        Q_EMIT renameFailed(renamed.failure().sentence);
     return bool(renamed);
 }
 

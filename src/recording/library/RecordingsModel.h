@@ -18,14 +18,14 @@ class RecordedList;
 // The library as a table: sorted by a column, and narrowed to what a person searches for. Rows name items of the list,
 // which own themselves. A reset tells every change of rows. Owned by the window; main thread.
 class RecordingsModel : public QAbstractTableModel {
+    Q_OBJECT
+
 public:
     enum Column { Title, Artist, Album, Length, Size, Date, State, Cover, ColumnCount };
 
     // The list outlives the model.
     explicit RecordingsModel(RecordedList &list, QObject *parent = nullptr);
 
-    // Told why a renaming failed, in one sentence. May be empty.
-    std::function<void(const foundation::Sentence &)> trouble;
     // The picture of a recording, for the view to draw. May be empty.
     std::function<QVariant(const RecordedAudioInfo &item)> picture;
 
@@ -56,6 +56,10 @@ public:
     void sort(int column, Qt::SortOrder order) override;
     QStringList mimeTypes() const override;
     QMimeData *mimeData(const QModelIndexList &indexes) const override;
+
+Q_SIGNALS:
+    // In one sentence why.
+    void renameFailed(const foundation::Sentence &why);
 
 private:
     using Rows = std::vector<RecordedAudioInfo *>;

@@ -57,4 +57,10 @@ TEST(EntryPoint, AnExceptionIsLoggedAndDeliberatelyAnsweredWithZero) {
 }
 
 } // namespace
+TEST(EntryPoint, AsksForHelpAndVersionAreAnsweredWithoutAWindow) {
+    EXPECT_TRUE(answeredByArguments({"lang=de", "--help"}).value_or("").contains("--backend=embedded"));
+    EXPECT_TRUE(answeredByArguments({"--version"}).value_or("").contains(AppSettings::appVersion()));
+    EXPECT_EQ(answeredByArguments({"lang=de", "--backend=embedded"}), std::nullopt);
+}
+
 } // namespace cantorel

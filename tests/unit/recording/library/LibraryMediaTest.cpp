@@ -38,10 +38,7 @@ public:
         list.itemWithFile(path("c.wav"))->isProcessing = true;
         model.listDidChange();
         model.sort(RecordingsModel::Title, Qt::AscendingOrder);
-        player.changed = [this] { media->playerDidChange(); };
-        player.jumped = [this] { media->positionDidJump(); };
     }
-    ~LibraryMediaTest() override { player.changed = player.jumped = {}; }
 
     static desktop::RecordedMediaControls &desktopSees() {
         return static_cast<desktop::RecordedMediaControls &>(*desktop::InstalledServices::current().media);
@@ -71,7 +68,6 @@ TEST_F(LibraryMediaTest, TheDesktopHearsOfItFromTheFirstPlayToTheEnd) {
     begin("b.wav");
     EXPECT_EQ(record->calls(), QStringList{QStringLiteral("media offer")});
     media.reset();
-    player.changed = player.jumped = {};
     EXPECT_EQ(record->calls().last(), QStringLiteral("media withdraw"));
 }
 
@@ -166,8 +162,8 @@ TEST_F(LibraryMediaTest, LeadsToTheWindowAndItsEnd) {
     QStringList led;
     media->showWindow();
     media->quit();
-    media->toWindow = [&] { led << QStringLiteral("window"); };
-    media->toEnd = [&] { led << QStringLiteral("end"); };
+    QObject::connect(media.get(), &LibraryMedia::toWindow, media.get(), [&] { led << QStringLiteral("window"); });
+    QObject::connect(media.get(), &LibraryMedia::toEnd, media.get(), [&] { led << QStringLiteral("end"); });
     media->showWindow();
     media->quit();
     EXPECT_EQ(led, (QStringList{QStringLiteral("window"), QStringLiteral("end")}));
