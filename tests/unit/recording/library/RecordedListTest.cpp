@@ -288,14 +288,16 @@ TEST_F(RecordedListTest, ReadersLeaveTheJournalOfAnotherArchiveAlone) {
 TEST_F(RecordedListTest, AVanishedFileShiftsNothingAndTheJournalStaysSmallerThanTheList) {
     large();
     ASSERT_TRUE(QFile::remove(file(3, false)));
+    QStringList left;
     {
         const auto list = opened();
         list->items()[3]->setArtist(QStringLiteral("X"));
         list->save(*list->items()[3]);
         list->remove(*list->items().back());
+        left = names(*list);
     }
     (void)file(3);
-    EXPECT_EQ(names(*opened())[3], "r4X");
+    EXPECT_EQ(names(*opened()), left);
     const auto list = opened();
     for (int i = 0; i < 1000; ++i) {
         list->save(*list->items().back());
