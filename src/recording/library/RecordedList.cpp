@@ -152,6 +152,8 @@ void RecordedList::saveRecordedList() {
     // The journal belongs to the archive on the disk, and goes only when another one is there.
     mJournalFits = ZQUserDefaultSetValue_Object(archive, storedKey());
     if (!mJournalFits) {
+        // Our next change stores the list as it is then; another setting's save must not store it as it is now.
+        standardUserDefaults().discard(storedKey());
         mUnsaved = QStringLiteral("The list was not saved: \"%1\" cannot be read or written; check its rights, its "
                                   "folder and the free space.")
                        .arg(standardUserDefaults().filePath());

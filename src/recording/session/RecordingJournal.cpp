@@ -20,7 +20,8 @@ bool RecordingJournal::claim() {
         mLock = std::make_unique<QLockFile>(mFolder + QStringLiteral("/recorder.lock"));
         mLock->setStaleLockTime(0); // Only the end of its process makes a lock stale.
     }
-    return mLock->isLocked() || mLock->tryLock();
+    // Where nothing can be written there is no other one, and beginning a recording says why it can't be.
+    return mLock->isLocked() || mLock->tryLock() || mLock->error() != QLockFile::LockFailedError;
 }
 
 QStringList RecordingJournal::read() const {

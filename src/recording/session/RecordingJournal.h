@@ -19,7 +19,8 @@ public:
     // folder: made when needed.
     explicit RecordingJournal(const QString &folder);
 
-    // Makes this process the recorder. False when another one is.
+    // Makes this process the recorder. False when another one is; in a folder that can't be written to nobody is, and
+    // begin() fails.
     bool claim();
 
     // The recording that is begun now; written down before this returns. Ended once its file is whole, or given up

@@ -87,6 +87,18 @@ TEST(LibraryCommand, ListsRenamesAndRemovesWithoutLosingAnything) {
         EXPECT_EQ(QFile::exists(other), hasOther);
     }
     EXPECT_TRUE(run(words("library list")).out.isEmpty());
+
+    // Where nothing can be saved, nothing has changed, and one sentence says so.
+    AppSettings::setRecordedMovieList(QVariantList() << stored[1]);
+    const QString settings = standardUserDefaults().filePath();
+    const QString lock = QFileInfo(settings).path() + QStringLiteral("/.com.tessolar.Cantorel.lock");
+    ASSERT_TRUE(QFile::remove(lock) && QDir().mkpath(lock));
+    for (const QStringList &arguments : {QStringList{"library", "remove", two}, {"library", "rename", two, "New"}}) {
+        const CommandRun failed = run(arguments);
+        EXPECT_EQ(failed.status, 1);
+        EXPECT_TRUE(failed.error.constLast().contains(settings));
+    }
+    EXPECT_EQ(run(words("--json library list")).out, QStringList{listed.out[1]});
 }
 
 TEST(SettingsCommand, GetAnswersWhatTheGetterAnswersInItsOwnType) {
@@ -156,12 +168,6 @@ TEST(SettingsCommand, AFolderIsStoredByItsWholePath) {
     EXPECT_EQ(AppSettings::outputPath(), QDir::currentPath());
 }
 
-TEST(SettingsCommand, ABeepChoiceIsStoredThoughItsGetterNeverSeesIt) {
-    EXPECT_EQ(run(words("settings set isBeepBeforeRecording false")).out.value(0), QStringLiteral("true"));
-    EXPECT_EQ(foundation::DefaultsDomain(QString::fromLatin1(kBundleIdentifier)).ownObject(QStringLiteral("isBeep")),
-              false);
-}
-
 TEST(SettingsCommand, AValueThatCannotBeSavedIsAFailureThatNamesTheFile) {
     ASSERT_TRUE(QDir().mkpath(standardUserDefaults().filePath())); // a folder in the file's place
     const CommandRun result = run(words("settings set audioFormat 1"));
@@ -184,16 +190,6 @@ TEST(LangCommand, TextsAndLanguagesAreShown) {
     const CommandRun listed = run(words("lang list --json"));
     ASSERT_EQ(listed.out.size(), 19);
     EXPECT_EQ(listed.out[1].toStdString(), R"({"codes":["hk","zh"],"display":"简体中文","name":"ChineseSimplified"})");
-}
-
-TEST(HotkeysCommand, ATextIsGivenAsNumbers) {
-    const auto parsed = [](const QString &text) {
-        return run({QStringLiteral("hotkeys"), QStringLiteral("parse"), text, QStringLiteral("--json")}).out.value(0);
-    };
-    EXPECT_EQ(parsed(QStringLiteral("ctrl cmd s")), QStringLiteral(R"({"keyCode":1,"modifiers":4352})"));
-    EXPECT_EQ(parsed(QStringLiteral("CMD Shift F2")), QStringLiteral(R"({"keyCode":121,"modifiers":768})"));
-    EXPECT_EQ(parsed(QString()), QStringLiteral(R"({"keyCode":0,"modifiers":0})"));
-    EXPECT_EQ(run(words("hotkeys parse")).status, 2);
 }
 
 TEST(CommandLine, HelpIsOfferedByEveryCommandWithAnExample) {

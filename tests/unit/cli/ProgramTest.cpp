@@ -61,23 +61,19 @@ TEST(Program, ADamagedSettingsFileIsOneLineAndTheDefaults) {
     EXPECT_TRUE(QFile::exists(file.fileName() + QStringLiteral(".damaged")));
 }
 
-TEST(Program, ProgramsThatSetAtOnceLoseNothing) {
-    const char *const keys[] = {"audioFormat",      "autoFilterSeconds",     "autoSplitSeconds",
-                                "recordNameBaseOn", "autoSplitEverySeconds", "updateSkipVersion"};
+TEST(Program, CommandsThatChangeTheTasksAtOnceAllSucceed) {
+    constexpr int kCommands = 6;
     std::vector<std::unique_ptr<ChildProcess>> running;
-    for (const char *key : keys) {
-        auto started = ChildProcess::start(
-            {QStringLiteral(CANTOREL_CLI),
-             {QStringLiteral("settings"), QStringLiteral("set"), QString::fromLatin1(key), QStringLiteral("7")},
-             {},
-             {}});
+    for (int i = 0; i < kCommands; ++i) {
+        const QString line =
+            QStringLiteral("tasks|add|--name|Task%1|--from|2030-01-01 08:00:00|--seconds|9|--source|mic");
+        auto started = ChildProcess::start({QStringLiteral(CANTOREL_CLI), line.arg(i).split(QLatin1Char('|')), {}, {}});
         ASSERT_TRUE(started.ok());
         running.push_back(std::move(started.value()));
     }
     for (const auto &child : running)
         EXPECT_TRUE(child->wait().succeeded());
-    for (const char *key : keys)
-        EXPECT_EQ(shell((std::string("cli settings get ") + key).c_str()), QStringLiteral("7\n")) << key;
+    EXPECT_EQ(shell("cli tasks list").count(QStringLiteral("Task")), kCommands);
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include <QFile>
 
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -169,6 +170,22 @@ TEST(DefaultsDomain, AFileThatCannotBeReadIsNeverOverwritten) {
     EXPECT_EQ(domain.object(QStringLiteral("k")), 1); // the choice holds for this run
     EXPECT_EQ(told, 1);
     EXPECT_TRUE(QDir(path()).exists());
+}
+
+TEST(DefaultsDomain, ASaveWaitsForAnotherProgramsLockButNotForEver) {
+    QStringList told;
+    DefaultsDomain domain(
+        kIdentifier, [&](const Failure &failure) { told << failure.sentence; }, std::chrono::milliseconds(30));
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
+    QFile lock(configurationFolder() + QStringLiteral("/.com.example.Settings.lock"));
+    ASSERT_TRUE(lock.open(QIODevice::ReadWrite));
+    ASSERT_EQ(::flock(lock.handle(), LOCK_EX), 0);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 2));
+    EXPECT_FALSE(domain.synchronize());
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told.first().contains(QStringLiteral("locked")));
+    ASSERT_EQ(::flock(lock.handle(), LOCK_UN), 0);
+    EXPECT_TRUE(domain.synchronize());
 }
 
 TEST(DefaultsDomain, APipeInThePlaceOfTheFileIsNotWaitedFor) {

@@ -164,6 +164,7 @@ TEST_F(RecordingJournalTest, ForeignAndEmptyFilesAreLeftAlone) {
 TEST_F(RecordingJournalTest, AFolderThatCannotBeWrittenIsTold) {
     store(path(QStringLiteral("file")), "x");
     RecordingJournal journal(path(QStringLiteral("file/state")));
+    EXPECT_TRUE(journal.claim()) << "nobody else records";
     EXPECT_FALSE(journal.begin(path(QStringLiteral("a.m4a"))));
     EXPECT_TRUE(journal.recover().empty());
 }
