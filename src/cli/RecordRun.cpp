@@ -110,6 +110,8 @@ Outcome RecordRun::start() {
     ToolSystem::setAllowKeepSystemWakeEnable(false);
     if (mSignalCount > 0 && !mHasFrames)
         return {kStoppedBySignal, QStringLiteral("Stopped before the first sound; nothing was recorded.")};
+    if (mTrouble.isEmpty())
+        mTrouble = mList->storedAtLast();
     if (!mTrouble.isEmpty())
         return Outcome::failed(mTrouble);
     return mSignalCount > 0 ? Outcome{kStoppedBySignal, QStringLiteral("Stopped by a signal; the recording is kept.")}

@@ -165,6 +165,12 @@ void RecordedList::saveRecordedList() {
     mJournal.begin(archive);
 }
 
+QString RecordedList::storedAtLast() {
+    if (!mUnsaved.isEmpty())
+        saveRecordedList();
+    return mUnsaved;
+}
+
 void RecordedList::store(const char *operation, std::size_t at) {
     if (mJournalFits && mArchiveSize > kSmallArchive && mJournal.size() < mArchiveSize / 4) {
         QJsonObject change{{QStringLiteral("op"), QString::fromLatin1(operation)},

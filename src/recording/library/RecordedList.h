@@ -36,6 +36,8 @@ public:
     ~RecordedList();
 
     RecordedListView *view = nullptr; // outlives the list, or is taken away before
+    // Told of a listed file before another may take its place, and when the list has what has become of it.
+    std::function<void(const QString &file)> willConvert, didConvert;
 
     // Reads the stored list, leaving out what is no longer on disk, and starts the sweeper.
     void initRecordedList();
@@ -48,6 +50,8 @@ public:
     // Why the list as it is here is not on the disk, as one sentence; empty when it is there. What is missing there
     // goes with the next change.
     const QString &unsaved() const { return mUnsaved; }
+    // Tries once more where that is so, and answers what is unsaved() then.
+    QString storedAtLast();
 
     using Items = std::vector<std::unique_ptr<RecordedAudioInfo>>;
     const Items &items() const { return mItems; }

@@ -3,6 +3,7 @@
 #include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/SearchPaths.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -59,6 +60,21 @@ TEST(Program, ADamagedSettingsFileIsOneLineAndTheDefaults) {
     EXPECT_EQ(shell("cli settings get audioFormat 2>&1", &status), QStringLiteral("0\n")); // told once, at the copy
     EXPECT_EQ(status, 0);
     EXPECT_TRUE(QFile::exists(file.fileName() + QStringLiteral(".damaged")));
+}
+
+TEST(Program, ARecordingThatTheListDoesNotGetIsAFailureAndJoinsItLater) {
+    const char *const record = "cli --backend embedded record --source mic --seconds 0.3 --skip-silence off 2>&1";
+    const QString lock = foundation::configurationFolder() + QStringLiteral("/.com.tessolar.Cantorel.lock");
+    ASSERT_TRUE(QDir().mkpath(lock)); // in its place, so that nothing is saved
+    int status = 0;
+    const QString lines = shell(record, &status);
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(lines.section(QLatin1Char('\n'), -2, -2).startsWith(QStringLiteral("The list was not saved")))
+        << lines.toStdString();
+    ASSERT_TRUE(QDir().rmdir(lock));
+    shell(record, &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(shell("cli library list").count(QLatin1Char('\n')), 2);
 }
 
 TEST(Program, CommandsThatChangeTheTasksAtOnceAllSucceed) {

@@ -5,6 +5,7 @@
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 #include "tests/support/PrivateWorld.h"
+#include "tests/unit/recording/UnwritableSettings.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -243,23 +244,12 @@ TEST_F(RecordedListTest, TheSweeperDeletesOneFileASecondOnceItExists) {
     EXPECT_TRUE(QFile::exists(file(4, false)));
 }
 
-// The settings cannot be written: a folder stands where their lock does.
-class UnwritableSettings {
-public:
-    UnwritableSettings() { EXPECT_TRUE(QFile::remove(mLock) && QDir().mkpath(mLock)); }
-    ~UnwritableSettings() { EXPECT_TRUE(QDir().rmdir(mLock)); }
-
-private:
-    const QString mLock = QFileInfo(standardUserDefaults().filePath()).path() + QStringLiteral("/.")
-                          + QLatin1String(kBundleIdentifier) + QStringLiteral(".lock");
-};
-
 TEST_F(RecordedListTest, AFailedSaveSaysSoAndCostsNothingThatIsOnTheDisk) {
     large();
     opened()->addRecordedFile(file(1000), {}, {});
     const auto list = opened(); // Its next change is to fold the journal into the archive.
     {
-        const UnwritableSettings unwritable;
+        const test::UnwritableSettings unwritable;
         list->remove(*list->items().front());
         EXPECT_TRUE(list->unsaved().startsWith(QStringLiteral("The list was not saved")));
         EXPECT_FALSE(list->rename(*list->items().back(), QStringLiteral("new")));
