@@ -1,6 +1,7 @@
 #include "cli/RecordRun.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "platform/foundation/Console.h"
 #include "platform/hal/HardwareSystem.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
@@ -157,9 +158,8 @@ void RecordRun::signalled() {
     if (mSignalCount > 1 && mSession && !mSession->isRecording()) {
         // The person does not want to wait for the conversion: its child ends with us, the M4A stays.
         clearProgressLine();
-        const QByteArray sentence =
-            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(file()).toUtf8();
-        (void)!::write(STDERR_FILENO, sentence.constData(), static_cast<std::size_t>(sentence.size()));
+        foundation::printToConsole(
+            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(file()));
         ::_exit(kStoppedBySignal);
     }
     stop();

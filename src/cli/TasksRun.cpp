@@ -2,6 +2,7 @@
 
 #include "app/start/DesktopServices.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "platform/foundation/Console.h"
 #include "util/tools/ToolSystem.h"
 
 #include <unistd.h>
@@ -74,9 +75,8 @@ void TasksRun::signalled() {
     if (mSignalCount > 1 && !mSession->isRecording()) {
         // The person does not want to wait for the conversion: its child ends with us, the M4A stays.
         clearProgressLine();
-        const QByteArray sentence =
-            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(file()).toUtf8();
-        (void)!::write(STDERR_FILENO, sentence.constData(), static_cast<std::size_t>(sentence.size()));
+        foundation::printToConsole(
+            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(file()));
         ::_exit(kStoppedBySignal);
     }
     if (mSession->isRecording() && mScheduled)

@@ -221,7 +221,7 @@ bool DefaultsDomain::setAside(State &state, int file) const {
             continue;
         }
         QFile written(copy);
-        const bool done = written.open(QIODevice::WriteOnly | QIODevice::NewOnly)
+        const bool done = written.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner)
                           && written.write(content) == content.size() && written.flush();
         if (!done)
             written.remove();

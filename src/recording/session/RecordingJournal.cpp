@@ -47,7 +47,8 @@ bool RecordingJournal::write(const QStringList &files) const {
     for (const QString &file : files)
         names += QFile::encodeName(file) + '\0';
     QSaveFile file(mFolder + QStringLiteral("/recording"));
-    return file.open(QIODevice::WriteOnly) && file.write(names) == names.size() && file.commit();
+    return file.open(QIODevice::WriteOnly) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
+           && file.write(names) == names.size() && file.commit();
 }
 
 bool RecordingJournal::begin(const QString &file) {

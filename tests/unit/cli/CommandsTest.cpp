@@ -1,5 +1,6 @@
 #include "cli/CommandTable.h"
 #include "cli/TerminalAsker.h"
+#include "platform/foundation/Console.h"
 #include "platform/media/DiskSpace.h"
 #include "recording/library/RecordedAudioInfo.h"
 #include "settings/AppSettings.h"
@@ -166,6 +167,17 @@ TEST(SettingsCommand, AFolderIsStoredByItsWholePath) {
                   .status,
               0);
     EXPECT_EQ(AppSettings::outputPath(), QDir::currentPath());
+}
+
+TEST(SettingsCommand, NothingThatIsPrintedActsOnTheTerminal) {
+    const QString name = QString::fromUtf8("a\x1B[31m\xC2\x9B\x7F\xE2\x80\xAE ä");
+    AppSettings::setMicrophone(name);
+    const CommandRun shown = run(words("settings get microphoneName"));
+    EXPECT_EQ(shown.out, QStringList{QString::fromUtf8("a\uFFFD[31m\uFFFD\uFFFD\uFFFD ä")});
+    const CommandRun asJson = run(words("--json settings get microphoneName"));
+    EXPECT_EQ(json(asJson.out.value(0))[QStringLiteral("value")], name);
+    EXPECT_EQ(foundation::printable(asJson.out.value(0)), asJson.out.value(0));
+    EXPECT_FALSE(run({"settings", "get", name}).error.value(0).contains(QChar(0x1B)));
 }
 
 TEST(SettingsCommand, AValueThatCannotBeSavedIsAFailureThatNamesTheFile) {

@@ -172,6 +172,20 @@ TEST(DefaultsDomain, AFileThatCannotBeReadIsNeverOverwritten) {
     EXPECT_TRUE(QDir(path()).exists());
 }
 
+TEST(DefaultsDomain, TheFileAndItsCopiesAreTheirOwnersAlone) {
+    const auto rights = [](const QString &file) {
+        struct stat status = {};
+        EXPECT_EQ(::stat(QFile::encodeName(file).constData(), &status), 0);
+        return status.st_mode & 0777;
+    };
+    DefaultsDomain domain(kIdentifier);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
+    EXPECT_EQ(rights(path()), 0600u);
+    write("damaged");
+    EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
+    EXPECT_EQ(rights(path() + QStringLiteral(".damaged")), 0600u);
+}
+
 TEST(DefaultsDomain, ASaveWaitsForAnotherProgramsLockButNotForEver) {
     QStringList told;
     DefaultsDomain domain(

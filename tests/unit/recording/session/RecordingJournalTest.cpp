@@ -192,6 +192,21 @@ TEST_F(RecordingJournalTest, WhatIsWholeIsNamedWithWhatItWasConvertedTo) {
     EXPECT_TRUE(RecordingJournal::isOutOfReach(path(QStringLiteral("unplugged/a.m4a"))));
 }
 
+TEST_F(RecordingJournalTest, TheJournalIsItsOwnersAloneAndRecordingsFollowTheUmask) {
+    const auto rights = [](const QString &file) {
+        struct stat status = {};
+        EXPECT_EQ(::stat(QFile::encodeName(file).constData(), &status), 0);
+        return status.st_mode & 0777;
+    };
+    ::umask(0002);
+    const QString file = unfinished(QStringLiteral("a.m4a"));
+    ASSERT_TRUE(mJournal.claim() && mJournal.begin(file));
+    EXPECT_EQ(rights(mState + QStringLiteral("/recording")), 0600u);
+    EXPECT_EQ(rights(file), 0664u);
+    EXPECT_EQ(recovered(RecordingJournal(mState)).size(), 1u);
+    EXPECT_EQ(rights(file), 0664u);
+}
+
 TEST_F(RecordingJournalTest, APipeUnderARecordingsNameIsNotWaitedFor) {
     ASSERT_EQ(::mkfifo(QFile::encodeName(path(QStringLiteral("a.m4a"))).constData(), 0600), 0);
     ASSERT_TRUE(mJournal.claim() && mJournal.begin(path(QStringLiteral("a.m4a"))));
