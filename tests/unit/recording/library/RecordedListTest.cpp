@@ -2,6 +2,7 @@
 
 #include "platform/foundation/KeyedArchiver.h"
 #include "platform/hal/embedded/DeviceClock.h"
+#include "recording/library/RecordingsRemoval.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 #include "tests/support/PrivateWorld.h"
@@ -293,6 +294,27 @@ TEST_F(RecordedListTest, AVanishedFileShiftsNothingAndTheJournalStaysSmallerThan
         list->save(*list->items().back());
         ASSERT_LT(QFileInfo(journal()).size(), stored().size() / 2);
     }
+}
+
+TEST_F(RecordedListTest, WhatTheWastebasketRefusesStaysAndWhatComesBackReplacesNothing) {
+    const auto list = opened();
+    const QString fixed = QStringLiteral("/proc/self/status"); // not to be moved by anybody
+    for (const QString &path : {fixed, file(1)})
+        list->addRecordedFile(path, {}, {});
+    RecordingsRemoval removal(*list);
+    const auto failed =
+        removal.remove({list->items()[0].get(), list->items()[1].get()}, RecordingsRemoval::Files::IntoWastebasket);
+    ASSERT_FALSE(failed);
+    EXPECT_TRUE(failed.failure().sentence.contains(fixed));
+    EXPECT_EQ(names(*list), QStringList{"status"});
+    EXPECT_FALSE(QFile::exists(file(1, false)));
+
+    QFile taken(file(1, false));
+    ASSERT_TRUE(taken.open(QIODevice::WriteOnly) && taken.write("another") == 7);
+    taken.close();
+    EXPECT_FALSE(removal.undo());
+    EXPECT_EQ(taken.size(), 7);
+    EXPECT_EQ(names(*list), QStringList{"status"});
 }
 
 } // namespace cantorel
