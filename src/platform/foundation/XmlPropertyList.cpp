@@ -80,7 +80,7 @@ public:
         handler.endElementNs = [](void *self, const xmlChar *, auto...) { of(self).end(); };
         handler.characters = handler.ignorableWhitespace =
             handler.cdataBlock = [](void *self, const xmlChar *text, int length) {
-                of(self).text({viewOf(text).data(), length});
+                of(self).text({reinterpret_cast<const char *>(text), length}); // no end is marked there
             };
         handler.reference = [](void *self, const xmlChar *) { of(self).refuse("an entity"); };
         handler.entityDecl = [](void *self, auto...) { of(self).refuse("a declared entity"); };
