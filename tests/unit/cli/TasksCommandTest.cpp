@@ -1,11 +1,11 @@
 #include "cli/TasksCommand.h"
 
 #include "app/start/Hardware.h"
-#include "cli/CommandTable.h"
 #include "platform/foundation/ChildProcess.h"
 #include "recording/session/RecordingJournal.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tests/unit/cli/CommandRun.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -21,23 +21,12 @@
 namespace cantorel {
 namespace {
 
-struct CommandRun {
-    int status;
-    QStringList out, error;
-};
-
 // The arguments are separated by "|".
 CommandRun run(const QString &arguments) {
     static constexpr AddCommand kCommands[] = {addTasksCommand};
     qputenv("TZ", "Europe/Berlin");
     ::tzset();
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = runCommandLine(arguments.split(QLatin1Char('|')), kCommands);
-    const auto lines = [](const std::string &text) {
-        return QString::fromStdString(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    };
-    return {status, lines(testing::internal::GetCapturedStdout()), lines(testing::internal::GetCapturedStderr())};
+    return runCommand(arguments.split(QLatin1Char('|')), kCommands);
 }
 
 const QString kNews = QStringLiteral("tasks|add|--name|News|--from|2026-07-11 08:00:00|--seconds|90|--source|mic");
