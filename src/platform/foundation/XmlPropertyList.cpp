@@ -10,6 +10,7 @@
 #include <charconv>
 #include <limits>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace cantorel::foundation {

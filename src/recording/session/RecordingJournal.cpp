@@ -14,6 +14,7 @@
 #include <QSaveFile>
 
 #include <optional>
+#include <utility>
 
 namespace cantorel {
 
