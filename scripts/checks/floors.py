@@ -13,7 +13,6 @@ INCLUDE = re.compile(r'^\s*#\s*include\s+([<"])([^>"]+)[>"]', re.M)
 FOREIGN = {
     r"^libav|^libsw": ["platform/media/ffmpeg"],
     r"^pipewire/|^spa/": ["platform/pipewire", "platform/hal/pipewire"],
-    r"^plist/": ["platform/foundation"],
     r"^libxml/": ["platform/foundation"],
     r"^unicode/": ["util"],
     r"^QtDBus|^QDBus": ["platform/desktop", "cli", "app"],

@@ -3,6 +3,7 @@
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
 #include "platform/desktop/Services.h"
+#include "platform/foundation/Console.h"
 #include "platform/hal/HardwareSystem.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
@@ -115,6 +116,8 @@ Outcome RecordRun::start() {
     ToolSystem::setAllowKeepSystemWakeEnable(false);
     if (mSignalCount > 0 && !mHasFrames)
         return {kStoppedBySignal, QStringLiteral("Stopped before the first sound; nothing was recorded.")};
+    if (mTrouble.isEmpty())
+        mTrouble = mList->storedAtLast();
     if (!mTrouble.isEmpty())
         return Outcome::failed(mTrouble);
     return mSignalCount > 0 ? Outcome{kStoppedBySignal, QStringLiteral("Stopped by a signal; the recording is kept.")}
@@ -160,9 +163,8 @@ void RecordRun::signalled() {
     if (mSignalCount > 1 && mSession && !mSession->isBusy()) {
         // The person does not want to wait for the conversion: its child ends with us, the M4A stays.
         clearProgressLine();
-        const QByteArray sentence =
-            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(file()).toUtf8();
-        (void)!::write(STDERR_FILENO, sentence.constData(), static_cast<std::size_t>(sentence.size()));
+        foundation::printToConsole(
+            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(file()));
         ::_exit(kStoppedBySignal);
     }
     stop();

@@ -4,7 +4,17 @@
 #include "platform/desktop/Services.h"
 #include "recording/session/RecordingJournal.h"
 
+#include <chrono>
+#include <thread>
+
 namespace cantorel {
+
+namespace {
+
+constexpr std::chrono::seconds kPatience(3);
+constexpr std::chrono::milliseconds kInterval(20);
+
+} // namespace
 
 std::optional<foundation::Result<QVariantMap>> askRunningInstance(const char *method, const QStringList &arguments) {
     const auto &remote = desktop::InstalledServices::current().remote;
@@ -14,9 +24,17 @@ std::optional<foundation::Result<QVariantMap>> askRunningInstance(const char *me
 Outcome changeOwnedList(const QString &what, const std::function<Outcome()> &action, const char *method,
                         const QStringList &arguments, const std::function<void(const QVariantMap &)> &shown) {
     RecordingJournal owner(Hardware::stateFolder());
-    if (owner.claim())
-        return action();
-    const auto answer = askRunningInstance(method, arguments);
+    std::optional<foundation::Result<QVariantMap>> answer;
+    // Who can't be asked may be another command, which ends soon.
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    for (;; std::this_thread::sleep_for(kInterval)) {
+        if (owner.claim())
+            return action();
+        answer = askRunningInstance(method, arguments);
+        const bool isAnswered = answer && (*answer || answer->failure().detail == answer->failure().sentence);
+        if (isAnswered || std::chrono::steady_clock::now() > end)
+            break;
+    }
     if (!answer)
         return Outcome::failed(
             QStringLiteral("Another Cantorel is running and owns %1, but can't be asked; stop that one first.")

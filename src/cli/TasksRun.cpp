@@ -4,6 +4,7 @@
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
 #include "platform/desktop/Services.h"
+#include "platform/foundation/Console.h"
 #include "util/tools/ToolSystem.h"
 
 #include <unistd.h>
@@ -66,6 +67,8 @@ Outcome TasksRun::start() {
     ToolSystem::setAllowKeepSystemWakeEnable(true);
     mLoop.exec();
     ToolSystem::setAllowKeepSystemWakeEnable(false);
+    if (const QString unsaved = mList->storedAtLast(); !unsaved.isEmpty())
+        return Outcome::failed(unsaved);
     return {kStoppedBySignal, QStringLiteral("Stopped by a signal; what was recorded is kept.")};
 }
 
@@ -76,9 +79,8 @@ void TasksRun::signalled() {
     if (mSignalCount > 1 && !mSession->isBusy()) {
         // The person does not want to wait for the conversion: its child ends with us, the M4A stays.
         clearProgressLine();
-        const QByteArray sentence =
-            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(file()).toUtf8();
-        (void)!::write(STDERR_FILENO, sentence.constData(), static_cast<std::size_t>(sentence.size()));
+        foundation::printToConsole(
+            QStringLiteral("Left before the conversion; the recording is kept in \"%1\".\n").arg(file()));
         ::_exit(kStoppedBySignal);
     }
     if (mSession->isBusy() && mScheduled)

@@ -130,7 +130,11 @@ void Lang::ChangeLanguage(const QString &name) {
     const QByteArray content = file.readAll();
     if (content.isEmpty())
         return;
-    const auto document = foundation::XmlDocument::parse(content);
+    if (!content.isValidUtf8()) {
+        Log(QStringLiteral("xml document alloc error :%1 is not UTF-8").arg(file.fileName()));
+        return;
+    }
+    const auto document = foundation::XmlDocument::parse(content, "UTF-8");
     if (!document) {
         Log(QStringLiteral("xml document alloc error :%1").arg(document.failure().detail));
         return;

@@ -4,6 +4,8 @@
 #include "settings/UserDefaultFunctions.h"
 #include "util/ToolFile.h"
 
+#include <algorithm>
+
 // The persistent options: each a getter and a setter over its row of SettingsTable.h.
 
 namespace cantorel {
@@ -70,7 +72,9 @@ void AppSettings::setIsBeepBeforeRecording(bool value) {
     (void)standardUserDefaults().setObject(QString::fromLatin1(setting::kIsBeep.key), value); // a boolean is taken
 }
 
-int AppSettings::recordNameBaseOn() { return read(setting::kRecordNameBaseOn); }
+int AppSettings::recordNameBaseOn() {
+    return std::min(read(setting::kRecordNameBaseOn), setting::kRecordNameBaseOn.most); // It is counted up.
+}
 
 void AppSettings::setrecordNameBaseOn(int value) { write(setting::kRecordNameBaseOn, value); }
 

@@ -31,7 +31,7 @@ struct FolderSetting {
 
 namespace setting {
 
-inline constexpr IntegerSetting kRecordNameBaseOn{{"recordNameBaseOn", 1}};
+inline constexpr IntegerSetting kRecordNameBaseOn{{"recordNameBaseOn", 1}, 0, std::numeric_limits<int>::max() - 1};
 inline constexpr FolderSetting kOutputFolderPath{"outputFolderPath"};
 inline constexpr FolderSetting kConvertOutputFolder{"convertOutputFolder"};
 inline constexpr BooleanSetting kIsAutoGenFileName{"isAutoGenFileName", true};

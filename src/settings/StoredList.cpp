@@ -6,6 +6,8 @@
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
 
+#include <QFile>
+
 namespace cantorel {
 
 StoredList loadStoredList(const QString &key, const QString &folderForDamaged) {
@@ -18,8 +20,10 @@ StoredList loadStoredList(const QString &key, const QString &folderForDamaged) {
         stored.items = value->toList();
         return stored;
     }
-    const QString aside =
-        ToolString::renameFromFilePath(folderForDamaged + QLatin1Char('/') + key + QStringLiteral(".damaged"), 0);
+    const QString last = folderForDamaged + QLatin1Char('/') + key + QStringLiteral(".damaged");
+    if (QFile copy(last); copy.open(QIODevice::ReadOnly) && copy.readAll() == stored.archive)
+        return stored; // It was met before.
+    const QString aside = ToolString::renameFromFilePath(last, 0);
     const bool copied =
         ToolFile::createFolderAtPath(folderForDamaged) && ToolFile::writeData(stored.archive, aside, false);
     Log(QStringLiteral("the stored list \"%1\" is damaged and starts empty; %2")

@@ -17,9 +17,13 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QToolButton>
+
+#include <algorithm>
+#include <cmath>
 
 namespace cantorel::ui {
 
@@ -39,8 +43,18 @@ constexpr std::array<HotkeySetting, 3> kHotkeys{{
 }};
 
 // Silence is stored in milliseconds and shown in seconds.
-int silenceSeconds() { return AppSettings::autoSplitSeconds() / 1000; }
-void setSilenceSeconds(int seconds) { AppSettings::setAutoSplitSeconds(seconds * 1000); }
+double silenceSeconds() { return AppSettings::autoSplitSeconds() / 1000.0; }
+void setSilenceSeconds(double seconds) { AppSettings::setAutoSplitSeconds(qRound(seconds * 1000)); }
+
+template <int (*Get)()> double secondsOf() { return Get(); }
+template <void (*Set)(int)> void setSecondsOf(double seconds) { Set(qRound(seconds)); }
+
+// Shows what is stored, whatever it is: only what a person changes is stored.
+template <class Box, class Number> void showNumber(Box &box, Number value) {
+    const QSignalBlocker untold(box);
+    box.setRange(std::min(box.minimum(), value), std::max(box.maximum(), value));
+    box.setValue(value);
+}
 
 } // namespace
 
@@ -87,7 +101,7 @@ QWidget *SettingsWindow::makeGeneral() {
 
 SettingsWindow::NumberedChoice &SettingsWindow::addNumbered(QWidget *page, const char *name, int least, int most) {
     auto *row = new QHBoxLayout;
-    NumberedChoice made{new QCheckBox(page), new QSpinBox(page), new QLabel(page), {}, {}, {}, {}, {}};
+    NumberedChoice made{new QCheckBox(page), new QDoubleSpinBox(page), new QLabel(page), {}, {}, {}, {}, {}};
     made.choice->setObjectName(QString::fromLatin1(name));
     made.number->setRange(least, most);
     row->addWidget(made.choice);
@@ -132,14 +146,14 @@ QWidget *SettingsWindow::makeRecording() {
     interval.text = Lang::settingsRecordSplitByInterval;
     interval.isOn = AppSettings::isAutoSplitEverySeconds;
     interval.setOn = AppSettings::setIsAutoSplitEverySeconds;
-    interval.value = AppSettings::autoSplitEverySeconds;
-    interval.setValue = AppSettings::setAutoSplitEverySeconds;
+    interval.value = secondsOf<AppSettings::autoSplitEverySeconds>;
+    interval.setValue = setSecondsOf<AppSettings::setAutoSplitEverySeconds>;
     NumberedChoice &filter = addNumbered(page, "saveFilter", 1, 86'400);
     filter.text = Lang::settingsRecordSaveFilter;
     filter.isOn = AppSettings::isAutoFilterAudioFile;
     filter.setOn = AppSettings::setAutoFilterAudioFile;
-    filter.value = AppSettings::autoFilterSeconds;
-    filter.setValue = AppSettings::setAutoFilterSeconds;
+    filter.value = secondsOf<AppSettings::autoFilterSeconds>;
+    filter.setValue = setSecondsOf<AppSettings::setAutoFilterSeconds>;
     column->addStretch();
 
     connect(mFormat, &QComboBox::activated, this, [this](int index) {
@@ -161,7 +175,8 @@ QWidget *SettingsWindow::makeRecording() {
             setOn(on);
             showSettings();
         });
-        connect(numbered.number, &QSpinBox::valueChanged, this, [set = numbered.setValue](int value) { set(value); });
+        connect(numbered.number, &QDoubleSpinBox::valueChanged, this,
+                [set = numbered.setValue](double value) { set(value); });
     }
     return page;
 }
@@ -257,12 +272,14 @@ void SettingsWindow::showSettings() {
     mFolder->setText(QDir(folder).dirName());
     mFolder->setToolTip(QDir::toNativeSeparators(folder));
     mAutoName->setChecked(AppSettings::isAutoGenFileName());
-    mNumber->setValue(AppSettings::recordNameBaseOn());
+    showNumber(*mNumber, AppSettings::recordNameBaseOn());
     mNumber->setEnabled(mAutoName->isChecked());
     mSkipSilence->setChecked(AppSettings::isAutoSkipSilence());
     for (const NumberedChoice &numbered : mNumbered) {
         numbered.choice->setChecked(numbered.isOn());
-        numbered.number->setValue(numbered.value());
+        const double value = numbered.value();
+        numbered.number->setDecimals(value == std::floor(value) ? 0 : 3);
+        showNumber(*numbered.number, value);
         numbered.number->setEnabled(numbered.isOn());
     }
     // It acts only while silence is skipped.

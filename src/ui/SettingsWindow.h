@@ -9,6 +9,7 @@
 class QCheckBox;
 class QComboBox;
 class QLabel;
+class QDoubleSpinBox;
 class QSpinBox;
 class QTabWidget;
 class QPushButton;
@@ -41,13 +42,13 @@ private:
     // A choice with a number in the middle of its text, such as "Start a new file every [240] seconds".
     struct NumberedChoice {
         QCheckBox *choice;
-        QSpinBox *number;
+        QDoubleSpinBox *number; // of seconds
         QLabel *after;
         QString (*text)();
         bool (*isOn)();
         void (*setOn)(bool);
-        int (*value)();
-        void (*setValue)(int);
+        double (*value)();
+        void (*setValue)(double);
     };
 
     QWidget *makeGeneral();

@@ -10,7 +10,8 @@ namespace cantorel {
 
 namespace {
 
-constexpr qsizetype kLongestBaseName = 200; // bytes; names of files may have 255
+constexpr QFile::Permissions kPrivate = QFile::ReadOwner | QFile::WriteOwner; // of logs and copies of settings
+constexpr qsizetype kLongestBaseName = 200;                                   // bytes; names of files may have 255
 
 void report(QString *error, const QString &text) {
     if (error != nullptr)
@@ -43,7 +44,7 @@ bool ToolFile::isFolderExistsAtPath(const QString &path) { return !path.isEmpty(
 
 bool ToolFile::createFileAtPath(const QString &path) {
     QFile file(path);
-    return !path.isEmpty() && file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    return !path.isEmpty() && file.open(QIODevice::WriteOnly | QIODevice::Truncate, kPrivate);
 }
 
 bool ToolFile::createFolderAtPath(const QString &path) { return !path.isEmpty() && QDir().mkpath(path); }
@@ -137,9 +138,12 @@ QString ToolFile::cleanFileName(const QString &text) {
             name.append(character);
     }
     name = name.trimmed();
-    while (QFile::encodeName(name).size() > kLongestBaseName)
-        name.chop(name.back().isLowSurrogate() ? 2 : 1);
-    name = name.trimmed();
+    if (const QByteArray encoded = QFile::encodeName(name); encoded.size() > kLongestBaseName) {
+        qsizetype end = kLongestBaseName;
+        while ((encoded[end] & 0xC0) == 0x80) // within a character
+            --end;
+        name = QFile::decodeName(encoded.first(end)).trimmed();
+    }
     return name == QLatin1String(".") || name == QLatin1String("..") ? QString() : name;
 }
 
@@ -178,11 +182,13 @@ bool ToolFile::writeData(const QByteArray &data, const QString &toFile, bool app
     if (toFile.isEmpty())
         return false;
     if (!append) {
+        const bool isNew = !QFile::exists(toFile);
         QSaveFile file(toFile);
-        return file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.commit();
+        return file.open(QIODevice::WriteOnly) && (!isNew || file.setPermissions(kPrivate))
+               && file.write(data) == data.size() && file.commit();
     }
     QFile file(toFile);
-    return file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)
+    return file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered, kPrivate)
            && file.write(data) == data.size();
 }
 

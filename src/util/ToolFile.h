@@ -22,7 +22,7 @@ public:
     static bool isFolderExistsAtPath(const QString &path);
 
     // Makes an empty file, emptying one that is there.
-    static bool createFileAtPath(const QString &path);
+    static bool createFileAtPath(const QString &path); // for its owner alone, where it is new
     // With the folders above it; true as well when it is there.
     static bool createFolderAtPath(const QString &path);
 
@@ -62,7 +62,7 @@ public:
     static bool openFileAtURL(const QUrl &url, const QString &withApplication);
 
     // With append the bytes go to the end in one piece, and a missing file is made; without, they replace the file
-    // whole or not at all. An empty path writes nothing.
+    // whole or not at all. A file that is made is its owner's alone. An empty path writes nothing.
     static bool writeData(const QByteArray &data, const QString &toFile, bool append);
 };
 

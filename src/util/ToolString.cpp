@@ -67,7 +67,11 @@ QString ToolString::stringFromDate(const QDateTime &date, const QString &formatt
     UErrorCode status = U_ZERO_ERROR;
     const icu::UnicodeString pattern(reinterpret_cast<const char16_t *>(formatterString.utf16()),
                                      static_cast<int32_t>(formatterString.size()));
-    const icu::SimpleDateFormat format(pattern, status);
+    // Words are those of the person's language; digits and calendar are those that programs read.
+    icu::Locale locale = icu::Locale::getDefault();
+    locale.setKeywordValue("numbers", "latn", status);
+    locale.setKeywordValue("calendar", "gregorian", status);
+    const icu::SimpleDateFormat format(pattern, locale, status);
     if (U_FAILURE(status))
         return {};
     icu::UnicodeString result;

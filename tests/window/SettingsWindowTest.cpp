@@ -35,11 +35,11 @@ TEST_F(Settings, WhatIsChangedIsStoredAtOnceAndShownWhenOpenedAgain) {
     click("splitByInterval");
     EXPECT_TRUE(AppSettings::isAutoSplitEverySeconds());
     auto *row = find<QCheckBox>("splitByInterval")->parentWidget();
-    const auto numbers = row->findChildren<QSpinBox *>();
-    ASSERT_EQ(numbers.size(), 4);
-    numbers[2]->setValue(60);
+    const auto numbers = row->findChildren<QDoubleSpinBox *>();
+    ASSERT_EQ(numbers.size(), 3);
+    numbers[1]->setValue(60);
     EXPECT_EQ(AppSettings::autoSplitEverySeconds(), 60);
-    numbers[1]->setValue(3);
+    numbers[0]->setValue(3);
     EXPECT_EQ(AppSettings::autoSplitSeconds(), 3000) << "shown in seconds, stored in milliseconds";
     EXPECT_TRUE(find<QCheckBox>("splitBySilence")->isEnabled());
     click("skipSilence");
@@ -48,6 +48,22 @@ TEST_F(Settings, WhatIsChangedIsStoredAtOnceAndShownWhenOpenedAgain) {
     AppSettings::setAutoSkipSilence(true);
     window.settings().showSettings();
     EXPECT_TRUE(find<QCheckBox>("skipSilence")->isChecked());
+}
+
+TEST_F(Settings, WhatIsStoredIsShownWhateverItIsAndNotStoredAnew) {
+    AppSettings::setAutoSplitSeconds(2500);
+    AppSettings::setAutoSplitEverySeconds(100'000);
+    AppSettings::setAutoFilterSeconds(0);
+    AppSettings::setrecordNameBaseOn(1'000'000);
+    window.settings().showSettings();
+    auto *page = find<QCheckBox>("splitByInterval")->parentWidget();
+    std::vector<double> shown{double(page->findChild<QSpinBox *>()->value())};
+    for (const QDoubleSpinBox *number : page->findChildren<QDoubleSpinBox *>())
+        shown.push_back(number->value());
+    EXPECT_EQ(shown, (std::vector<double>{1'000'000, 2.5, 100'000, 0}));
+    EXPECT_EQ((std::vector<int>{AppSettings::autoSplitSeconds(), AppSettings::autoSplitEverySeconds(),
+                                AppSettings::autoFilterSeconds(), AppSettings::recordNameBaseOn()}),
+              (std::vector<int>{2500, 100'000, 0, 1'000'000}));
 }
 
 // What one program stores with clicks another reads that starts later.

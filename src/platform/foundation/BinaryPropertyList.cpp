@@ -8,6 +8,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace cantorel::foundation {
 
@@ -30,7 +31,13 @@ int bytesFor(std::uint64_t value) { return value <= 0xFF ? 1 : value <= 0xFFFF ?
 QDateTime dateFromReference(double seconds) {
     if (!(std::abs(seconds) < 1e14))
         return {};
-    return QDateTime::fromMSecsSinceEpoch(kReferenceEpoch * 1000 + std::llround(seconds * 1000), Qt::UTC);
+    const auto date = QDateTime::fromMSecsSinceEpoch(kReferenceEpoch * 1000 + std::llround(seconds * 1000), Qt::UTC);
+    return isStorableDate(date) ? date : QDateTime();
+}
+
+bool isStorableDate(const QDateTime &date) {
+    const int year = date.toUTC().date().year();
+    return date.isValid() && year >= 1 && year <= 9999;
 }
 
 double referenceFromDate(const QDateTime &date) {
@@ -275,6 +282,8 @@ BinaryPlistReader::Item BinaryPlistReader::item(Ref ref) {
         const std::uint64_t bytes = 1ULL << count;
         if (count > 4 || !take(at, bytes))
             return {};
+        if (bytes == 16 && number(at, 8) != 0)
+            return {}; // more than any number of ours
         if (bytes == 16)
             return scalar(static_cast<qulonglong>(number(at + 8, 8)));
         return scalar(static_cast<qlonglong>(number(at, static_cast<int>(bytes))));
@@ -284,7 +293,10 @@ BinaryPlistReader::Item BinaryPlistReader::item(Ref ref) {
             return scalar(double(std::bit_cast<float>(static_cast<std::uint32_t>(number(at, 4)))));
         return count == 3 && take(at, 8) ? scalar(std::bit_cast<double>(number(at, 8))) : Item{};
     case 0x30:
-        return count == 3 && take(at, 8) ? scalar(dateFromReference(std::bit_cast<double>(number(at, 8)))) : Item{};
+        if (count == 3 && take(at, 8))
+            if (const QDateTime date = dateFromReference(std::bit_cast<double>(number(at, 8))); date.isValid())
+                return scalar(date);
+        return {};
     case 0x40:
         return take(at, count) ? scalar(QByteArray(here(), static_cast<qsizetype>(count))) : Item{};
     case 0x50:
@@ -335,21 +347,28 @@ namespace {
 // Makes each object once; an object that is met while it is being made holds itself.
 class TreeBuilder {
 public:
-    explicit TreeBuilder(BinaryPlistReader &reader)
-        : mReader(reader), mDone(reader.count()), mState(reader.count(), State::Unread) {}
+    TreeBuilder(BinaryPlistReader &reader, std::uint64_t most)
+        : mReader(reader),
+          mMost(most),
+          mDone(reader.count()),
+          mState(reader.count(), State::Unread),
+          mWeight(reader.count()) {}
 
     std::optional<QVariant> build(BinaryPlistReader::Ref ref, int depth = 0) {
-        if (mState[ref] == State::Done)
-            return mDone[ref];
         if (mState[ref] == State::Open || depth > kDeepest)
             return std::nullopt;
-        mState[ref] = State::Open;
-        auto value = make(mReader.item(ref), depth);
-        if (value) {
+        if (mState[ref] == State::Unread) {
+            mState[ref] = State::Open;
+            const std::uint64_t around = std::exchange(mUsed, 1);
+            auto value = make(mReader.item(ref), depth);
+            mWeight[ref] = std::exchange(mUsed, around);
+            if (!value)
+                return std::nullopt;
             mState[ref] = State::Done;
-            mDone[ref] = *value;
+            mDone[ref] = *std::move(value);
         }
-        return value;
+        mUsed += mWeight[ref];
+        return mUsed <= mMost ? std::optional(mDone[ref]) : std::nullopt;
     }
 
 private:
@@ -361,6 +380,10 @@ private:
         case Kind::Invalid:
             return std::nullopt;
         case Kind::Scalar:
+            mUsed += static_cast<std::uint64_t>(item.value.typeId() == QMetaType::QString ? item.value.toString().size()
+                                                : item.value.typeId() == QMetaType::QByteArray
+                                                    ? item.value.toByteArray().size()
+                                                    : 0);
             return item.value;
         case Kind::Uid:
             return QVariant::fromValue(PropertyListUid{item.uid});
@@ -382,6 +405,7 @@ private:
                 auto value = build(item.refs[count + i], depth + 1);
                 if (!key || !value)
                     return std::nullopt;
+                mUsed += static_cast<std::uint64_t>(key->size());
                 map.insert(*key, *std::move(value));
             }
             return map;
@@ -391,15 +415,19 @@ private:
     }
 
     BinaryPlistReader &mReader;
+    const std::uint64_t mMost;
     std::vector<QVariant> mDone;
     std::vector<State> mState;
+    std::vector<std::uint64_t> mWeight; // of each made object and all that it holds, written out
+    std::uint64_t mUsed = 0;            // by the one that is being made
 };
 
 } // namespace
 
 std::optional<QVariant> readBinaryPropertyList(const QByteArray &bytes) {
     auto reader = BinaryPlistReader::open(bytes);
-    return reader ? TreeBuilder(*reader).build(reader->top()) : std::nullopt;
+    const std::uint64_t most = static_cast<std::uint64_t>(bytes.size()) * 16 + (1 << 20);
+    return reader ? TreeBuilder(*reader, most).build(reader->top()) : std::nullopt;
 }
 
 } // namespace cantorel::foundation

@@ -19,6 +19,8 @@ namespace cantorel::foundation {
 // Dates of property lists count seconds from the first moment of 2001 in UTC.
 QDateTime dateFromReference(double seconds);
 double referenceFromDate(const QDateTime &date);
+// Whether every form of a property list can hold the date.
+bool isStorableDate(const QDateTime &date);
 
 // Writes the binary form in time linear in what is written. Each function adds one object and answers its number;
 // containers name the numbers of what is in them, so what is in them comes first. One thread, one list.
@@ -95,7 +97,8 @@ private:
     QHash<Ref, QString> mKeys;
 };
 
-// The whole list as one value; nothing when it is damaged, holds itself, or is nested beyond any use.
+// The whole list as one value; nothing when it is damaged, holds itself, is nested beyond any use, or names the same
+// objects so often that what it stands for is many times what it is.
 std::optional<QVariant> readBinaryPropertyList(const QByteArray &bytes);
 
 } // namespace cantorel::foundation

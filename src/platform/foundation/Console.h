@@ -4,8 +4,12 @@
 
 namespace cantorel::foundation {
 
-// The system console is standard error: writes the text as UTF-8 in one piece, adding nothing. Any thread; not
-// real-time. What cannot be written is dropped.
+// The text with a sign in the place of every character that acts on a terminal instead of standing there, but for line
+// feeds and tabs: names come from devices, files and other programs.
+QString printable(const QString &text);
+
+// The system console is standard error: writes the text, made printable, as UTF-8 in one piece, adding nothing. Any
+// thread; not real-time. What cannot be written is dropped.
 void printToConsole(const QString &text);
 
 } // namespace cantorel::foundation

@@ -14,13 +14,16 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 namespace cantorel::foundation {
 
 namespace {
 
 constexpr int kAttempts = 5;
+constexpr std::chrono::milliseconds kLockInterval(5);
 
 // A file that is a link stays one: what it names is read and replaced.
 QString pathOf(const QString &identifier) {
@@ -37,10 +40,20 @@ Failure cannotWrite(const QString &path, const QString &why) {
             QStringLiteral("settings not saved to %1: %2").arg(path, why)};
 }
 
+bool lockWithin(int file, std::chrono::milliseconds patience) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
+        if ((errno != EWOULDBLOCK && errno != EINTR) || std::chrono::steady_clock::now() > end)
+            return false;
+        std::this_thread::sleep_for(kLockInterval);
+    }
+    return true;
+}
+
 } // namespace
 
-DefaultsDomain::DefaultsDomain(const QString &identifier, TroubleListener onTrouble)
-    : mIdentifier(identifier), mPath(pathOf(identifier)), mOnTrouble(std::move(onTrouble)) {}
+DefaultsDomain::DefaultsDomain(const QString &identifier, TroubleListener onTrouble, std::chrono::milliseconds patience)
+    : mIdentifier(identifier), mPath(pathOf(identifier)), mOnTrouble(std::move(onTrouble)), mPatience(patience) {}
 
 // Runs the action on the locked state, then tells outside the lock what went wrong in it.
 template <class Action> auto DefaultsDomain::with(Action action) const {
@@ -134,6 +147,10 @@ bool DefaultsDomain::synchronize() {
     return with([&](State &state) { return save(state); });
 }
 
+void DefaultsDomain::discard(const QString &key) {
+    mState.with([&](State &state) { state.pending.remove(key); });
+}
+
 void DefaultsDomain::registerDefaults(const QVariantMap &defaults) {
     mState.with([&](State &state) { state.registered.insert(defaults); });
 }
@@ -204,7 +221,7 @@ bool DefaultsDomain::setAside(State &state, int file) const {
             continue;
         }
         QFile written(copy);
-        const bool done = written.open(QIODevice::WriteOnly | QIODevice::NewOnly)
+        const bool done = written.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner)
                           && written.write(content) == content.size() && written.flush();
         if (!done)
             written.remove();
@@ -235,8 +252,10 @@ bool DefaultsDomain::save(State &state) const {
         trouble(state, cannotWrite(mPath, reasonOf(errno)));
         return false;
     }
-    while (::flock(lock.get(), LOCK_EX) != 0 && errno == EINTR)
-        continue;
+    if (!lockWithin(lock.get(), mPatience)) {
+        trouble(state, cannotWrite(mPath, QStringLiteral("another program keeps it locked")));
+        return false;
+    }
 
     refresh(state);
     if (!state.readable)

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -25,7 +26,9 @@ public:
     // Told once of each different trouble with the file, on the thread that met it.
     using TroubleListener = std::function<void(const Failure &)>;
 
-    explicit DefaultsDomain(const QString &identifier, TroubleListener onTrouble = {});
+    // patience: how long a save waits for another program's.
+    explicit DefaultsDomain(const QString &identifier, TroubleListener onTrouble = {},
+                            std::chrono::milliseconds patience = std::chrono::seconds(2));
 
     const QString &identifier() const { return mIdentifier; }
     const QString &filePath() const { return mPath; }
@@ -40,9 +43,11 @@ public:
     // Sets a value, or removes the key with a null value, without saving it. False, and nothing changes, when the
     // value is none of a property list's.
     bool setObject(const QString &key, const QVariant &value);
-    // Saves what was set. False when the file cannot be read or written; what was set then stays set for this process
-    // and goes with the next save that succeeds.
+    // Saves what was set. False when the file cannot be read or written, or another program keeps it locked; what was
+    // set then stays set for this process and goes with the next save that succeeds.
     bool synchronize();
+    // Forgets what was set for the key and could not be saved.
+    void discard(const QString &key);
 
     void registerDefaults(const QVariantMap &defaults);
     // Holds for this process only and is never stored.
@@ -80,6 +85,7 @@ private:
     const QString mIdentifier;
     const QString mPath;
     const TroubleListener mOnTrouble;
+    const std::chrono::milliseconds mPatience;
     mutable Guarded<State> mState;
 };
 

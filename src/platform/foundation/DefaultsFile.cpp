@@ -78,6 +78,7 @@ std::optional<Skimmed> skim(int file) {
     QByteArray &text = skimmed.text;
     QByteArray chunk(kChunk, Qt::Uninitialized);
     bool passing = false;
+    qsizetype tag = -1; // the last one in the text
     for (qint64 at = 0;;) {
         const qint64 count = readAt(file, chunk.data(), kChunk, at);
         if (count < 0)
@@ -89,13 +90,16 @@ std::optional<Skimmed> skim(int file) {
             used = passing ? count : end;
             skimmed.large.back().second.length += used;
         }
-        text.append(chunk.constData() + used, count - used);
+        const QByteArrayView added = QByteArrayView(chunk).sliced(used, count - used);
+        if (const qsizetype last = added.lastIndexOf('<'); last >= 0)
+            tag = text.size() + last;
+        text.append(added);
         at += count;
         if (count < kChunk)
             return skimmed;
-        const qsizetype tag = passing ? -1 : text.lastIndexOf('<');
         const qsizetype body = tag + kDataTag.size();
-        if (tag >= 0 && text.size() - body > kLarge && QByteArrayView(text).sliced(tag).startsWith(kDataTag)) {
+        if (!passing && tag >= 0 && text.size() - body > kLarge
+            && QByteArrayView(text).sliced(tag).startsWith(kDataTag)) {
             const qint64 length = text.size() - body;
             skimmed.large.push_back({newMark(), {at - length, length}});
             text.truncate(body);

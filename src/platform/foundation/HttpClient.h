@@ -13,7 +13,7 @@ namespace cantorel::foundation {
 
 // A question to a server of the web.
 struct HttpRequest {
-    QString url; // http or https; no redirection leads elsewhere
+    QString url; // http or https; no redirection leads elsewhere, nor from https to http
     QByteArray userAgent;
     std::optional<QByteArray> form; // posted as an encoded form; without one the request is a GET
 };

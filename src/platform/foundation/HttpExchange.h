@@ -18,6 +18,11 @@ struct HttpAnswer {
     QString trouble; // why there is no response; empty when there is one
 };
 
+// What a redirection may lead to: what was asked for over a safe line is never asked for over an open one.
+inline const char *redirectionProtocols(const QString &url) {
+    return url.trimmed().startsWith(QLatin1String("https:"), Qt::CaseInsensitive) ? "https" : "http,https";
+}
+
 inline QDataStream &operator<<(QDataStream &stream, const HttpQuestion &question) {
     const auto &[request, limits] = question;
     return stream << request.url << request.userAgent << request.form.has_value() << request.form.value_or(QByteArray())

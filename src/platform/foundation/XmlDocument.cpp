@@ -2,12 +2,13 @@
 
 #include "platform/foundation/XmlHandles.h"
 
-#include <limits>
 #include <span>
 
 namespace cantorel::foundation {
 
 namespace {
+
+constexpr qsizetype kLargest = 8 << 20; // bytes; the longest that is read here is a language file of 60 KB
 
 const xmlChar *xmlName(const char *text) { return reinterpret_cast<const xmlChar *>(text); }
 
@@ -15,6 +16,13 @@ const xmlChar *xmlName(const char *text) { return reinterpret_cast<const xmlChar
 QString stringOf(const XmlText &text) {
     return text ? QString::fromUtf8(reinterpret_cast<const char *>(text.get())) : QString();
 }
+
+void refuse(void *parser) {
+    static_cast<xmlParserCtxt *>(parser)->_private = parser;
+    xmlStopParser(static_cast<xmlParserCtxt *>(parser));
+}
+
+bool isRefused(const XmlParser &parser) { return parser->_private != nullptr; }
 
 xmlDoc *docOf(const std::shared_ptr<void> &document) { return static_cast<xmlDoc *>(document.get()); }
 
@@ -30,15 +38,20 @@ Result<XmlDocument> XmlDocument::parse(const QByteArray &bytes, const char *enco
     const auto failed = [](const QString &why) {
         return Failure{QStringLiteral("This is no XML document."), why.trimmed()};
     };
-    if (bytes.size() > std::numeric_limits<int>::max())
+    if (bytes.size() > kLargest)
         return failed(QStringLiteral("too large"));
     const XmlParser parser(xmlNewParserCtxt());
     if (!parser)
         return failed(QStringLiteral("no memory"));
+    // A few declared entities can stand for gigabytes.
+    parser->sax->entityDecl = [](void *parser, auto...) { refuse(parser); };
+    parser->sax->unparsedEntityDecl = [](void *parser, auto...) { refuse(parser); };
     constexpr int kOptions = XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
     std::shared_ptr<void> document(
         xmlCtxtReadMemory(parser.get(), bytes.constData(), static_cast<int>(bytes.size()), nullptr, encoding, kOptions),
         [](void *held) { xmlFreeDoc(static_cast<xmlDoc *>(held)); });
+    if (isRefused(parser))
+        return failed(QStringLiteral("it declares entities"));
     if (!document || !xmlDocGetRootElement(docOf(document))) {
         const xmlError *error = xmlCtxtGetLastError(parser.get());
         return failed(error ? QString::fromUtf8(error->message) : QStringLiteral("empty"));

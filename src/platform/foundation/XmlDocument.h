@@ -26,7 +26,7 @@ private:
 };
 
 // An XML text, read tolerantly: what is broken in it is passed over as far as that can be. Reaches for nothing outside
-// the text. One thread at a time.
+// the text, and reads none that declares entities. One thread at a time.
 class XmlDocument {
 public:
     // Fails when there is nothing that could be read; the failure's detail says why. An encoding that is named here

@@ -62,7 +62,7 @@ FragmentedFile::FragmentedFile(QString path, foundation::FileDescriptor file, co
 
 Result<std::unique_ptr<FragmentedFile>> FragmentedFile::create(const QString &path, const AacFormat &format) {
     foundation::FileDescriptor file(
-        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (!file.isOpen())
         return failures::cannotCreate(path, errno);
     std::unique_ptr<FragmentedFile> made(new FragmentedFile(path, std::move(file), format));
@@ -94,7 +94,7 @@ bool FragmentedFile::isLost() const {
 
 Result<void> FragmentedFile::copyTo(const QString &path) const {
     const foundation::FileDescriptor copy(
-        ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+        ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!copy.isOpen())
         return failures::cannotCreate(path, errno);
     if (const int error = copyAll(mFile.get(), copy.get())) {

@@ -161,7 +161,7 @@ Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPa
     const QFileInfo target(copyPath);
     const QByteArray temporary = QFile::encodeName(
         target.dir().filePath(QStringLiteral(".%1.%2.repair").arg(target.fileName()).arg(::getpid())));
-    FileDescriptor copy(::open(temporary.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+    FileDescriptor copy(::open(temporary.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!copy.isOpen())
         return failures::cannotCreate(copyPath, errno);
     const auto giveUp = [&](const foundation::Failure &failure) {

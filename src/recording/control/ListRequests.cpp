@@ -42,8 +42,15 @@ Result<void> removeRecording(RecordedList &list, const QString &file, bool delet
         return item.failure();
     if (deletesFile && !QFile::remove(file))
         return refusal(QStringLiteral("\"%1\" can't be deleted; check the rights of its folder.").arg(file));
+    const std::size_t place = list.indexOf(*item.value());
+    const RecordedAudioFields fields = item.value()->fields();
     list.remove(*item.value());
-    return {};
+    if (list.unsaved().isEmpty())
+        return {};
+    const QString why = list.unsaved();
+    if (!deletesFile)
+        list.insert(place, fields);
+    return refusal(why);
 }
 
 } // namespace cantorel

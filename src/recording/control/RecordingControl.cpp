@@ -20,6 +20,8 @@ using foundation::Failure;
 
 namespace {
 
+constexpr qsizetype kLongestText = 16'384; // letters of a file, a name or a task
+
 const QString kState = QStringLiteral("state");
 const QString kFile = QStringLiteral("file");
 const QString kSeconds = QStringLiteral("seconds");
@@ -82,6 +84,8 @@ RecordingControl::Answer RecordingControl::call(const QString &method, const QSt
     Answer answer = refusal(QStringLiteral("That ended unexpectedly; the log says why."));
     const auto found = std::find_if(table().begin(), table().end(),
                                     [&](const Method &one) { return QLatin1String(one.name) == method; });
+    if (std::any_of(arguments.begin(), arguments.end(), [](const QString &one) { return one.size() > kLongestText; }))
+        return refusal(QStringLiteral("A text of more than %1 letters names no file and no task.").arg(kLongestText));
     if (found != table().end() && found->arguments.size() == arguments.size())
         (void)guarded("remoteControl", [&] { answer = (this->*found->answer)(arguments); }); // what is thrown is logged
     if (!answer) // Other programs know no keys.

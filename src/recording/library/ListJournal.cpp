@@ -58,9 +58,13 @@ std::vector<QJsonObject> ListJournal::changesTo(const QByteArray &archive) const
 void ListJournal::begin(const QByteArray &archive) {
     mDescriptor.reset();
     mSize = 0;
+    mDigest = digestOf(archive);
+}
+
+void ListJournal::remove() {
+    mDescriptor.reset();
     if (QFile::exists(mFile))
         QFile::remove(mFile); // At worst a stale one stays, which its digest tells.
-    mDigest = digestOf(archive);
 }
 
 bool ListJournal::create() {

@@ -17,11 +17,13 @@ class ListJournal {
 public:
     explicit ListJournal(const QString &file) : mFile(file) {}
 
-    // The changes to this archive, in order. A journal of another archive is stale and has none.
+    // The changes to this archive, in order. A journal of another archive is stale and has none. Only reads.
     std::vector<QJsonObject> changesTo(const QByteArray &archive) const;
 
-    // Begins anew for an archive that has no changes yet; the file is made with the first change.
+    // What is appended from now on are the first changes to this archive; the file is made anew with the first of them.
     void begin(const QByteArray &archive);
+    // Takes away what an archive that is on the disk now has in it.
+    void remove();
     // On the disk before this returns; false when it could not be brought there.
     bool append(const QJsonObject &change);
     qint64 size() const { return mSize; } // bytes since begin()

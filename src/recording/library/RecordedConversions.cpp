@@ -42,6 +42,8 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
     item.isProcessing = true;
     item.setStatus(Lang::commProcessing() + QStringLiteral("..."));
     const QString file = item.getFileName();
+    if (mList.willConvert)
+        mList.willConvert(file);
     const int format = AppSettings::getAudioFormat();
     const QString converter = AppSettings::TessolarConverterPath();
     auto job = [this, file, format, converter, item = QPointer(&item),
@@ -70,9 +72,6 @@ void RecordedConversions::finish(const QPointer<RecordedAudioInfo> &item, const 
     --mPending;
     if (result && QFileInfo(result.value()).size() == 0)
         result = Failure{kConvertedEmpty(), QString()};
-    // The recording goes only now that its successor is whole.
-    if (result && QFileInfo(file).absoluteFilePath() != QFileInfo(result.value()).absoluteFilePath())
-        QFile::remove(file);
     if (item) { // It may have been removed from the list meanwhile.
         item->isProcessing = false;
         if (result) {
@@ -84,6 +83,11 @@ void RecordedConversions::finish(const QPointer<RecordedAudioInfo> &item, const 
             item->setStatus(QStringLiteral("Error"));
         }
     }
+    // The recording goes only now that its successor is whole. It is in the stored list, or found by the next start.
+    if (result && QFileInfo(file).absoluteFilePath() != QFileInfo(result.value()).absoluteFilePath())
+        QFile::remove(file);
+    if (mList.didConvert)
+        mList.didConvert(file);
     completion(result);
 }
 

@@ -1,9 +1,10 @@
 #include "recording/library/RecordedList.h"
 
 #include "log/GuardedAction.h"
-#include "settings/AppSettings.h"
+#include "platform/foundation/KeyedArchiver.h"
 #include "settings/SettingsTable.h"
 #include "settings/StoredList.h"
+#include "settings/UserDefaultFunctions.h"
 #include "util/ToolFile.h"
 
 #include <QDateTime>
@@ -12,8 +13,12 @@
 #include <QJsonArray>
 #include <QThread>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <string_view>
+#include <tuple>
 
 namespace cantorel {
 
@@ -26,11 +31,20 @@ constexpr std::chrono::seconds kSweepInterval(1);
 // A list of a few hundred recordings is stored whole as quickly as a journal is synchronised.
 constexpr qint64 kSmallArchive = 64 * 1024;
 
+constexpr int kAttempts = 5;
+
 constexpr const char *kInsert = "insert";
 constexpr const char *kRemove = "remove";
 constexpr const char *kSet = "set";
 
 QString storedKey() { return QString::fromLatin1(setting::kRecordedList); }
+
+// Tells one state of the settings file from another.
+auto stampOfSettings() {
+    struct stat status = {};
+    (void)::stat(QFile::encodeName(standardUserDefaults().filePath()).constData(), &status); // of none it is zeros
+    return std::tuple(status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
+}
 
 QJsonArray jsonOf(const RecordedAudioFields &fields) {
     return {fields._fileName, fields._duration, fields._size, fields._dateAdded,
@@ -72,7 +86,16 @@ void RecordedList::finishLoading() {
 }
 
 RecordedList::Items RecordedList::load() {
-    const StoredList stored = loadStoredList(storedKey(), mStateFolder);
+    // Archive and journal are read one after the other, while their owner may fold the one into the other.
+    StoredList stored;
+    std::vector<QJsonObject> changes;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        const auto before = stampOfSettings();
+        stored = loadStoredList(storedKey(), mStateFolder);
+        changes = mJournal.changesTo(stored.archive);
+        if (!changes.empty() || before == stampOfSettings())
+            break;
+    }
     Items items;
     items.reserve(static_cast<std::size_t>(stored.items.size()));
     for (const QVariant &archived : stored.items) {
@@ -80,7 +103,10 @@ RecordedList::Items RecordedList::load() {
             items.push_back(std::make_unique<RecordedAudioInfo>(*std::move(fields)));
     }
     mJournalFits = items.size() == static_cast<std::size_t>(stored.items.size());
-    applyJournal(stored.archive, items);
+    if (!changes.empty()) // They are folded into the archive with the next change.
+        mJournalFits = false;
+    apply(changes, items);
+    mJournal.begin(stored.archive);
     mArchiveSize = stored.archive.size();
     if (std::erase_if(items, [](const auto &item) { return !QFile::exists(item->getFileName()); }) > 0)
         mJournalFits = false;
@@ -104,8 +130,7 @@ void RecordedList::take(Items items) {
     }
 }
 
-void RecordedList::applyJournal(const QByteArray &archive, Items &items) {
-    const auto changes = mJournal.changesTo(archive);
+void RecordedList::apply(const std::vector<QJsonObject> &changes, Items &items) {
     for (const QJsonObject &change : changes) {
         const QString operation = change.value(QStringLiteral("op")).toString();
         const auto at = static_cast<std::size_t>(change.value(QStringLiteral("at")).toInteger(-1));
@@ -118,10 +143,6 @@ void RecordedList::applyJournal(const QByteArray &archive, Items &items) {
         else if (operation == QLatin1String(kSet) && at < items.size())
             *place = std::make_unique<RecordedAudioInfo>(std::move(fields));
     }
-    if (!changes.empty())
-        mJournalFits = false; // It is folded into the archive with the next change.
-    else
-        mJournal.begin(archive);
 }
 
 void RecordedList::saveRecordedList() {
@@ -130,11 +151,27 @@ void RecordedList::saveRecordedList() {
     archived.reserve(static_cast<qsizetype>(mItems.size()));
     for (const auto &item : mItems)
         archived.append(archivedItem(item->fields()));
-    AppSettings::setRecordedMovieList(archived);
-    const QByteArray archive = AppSettings::getFromUserDefaults_Data(storedKey());
+    const QByteArray archive = foundation::archivedData(archived);
+    // The journal belongs to the archive on the disk, and goes only when another one is there.
+    mJournalFits = ZQUserDefaultSetValue_Object(archive, storedKey());
+    if (!mJournalFits) {
+        // Our next change stores the list as it is then; another setting's save must not store it as it is now.
+        standardUserDefaults().discard(storedKey());
+        mUnsaved = QStringLiteral("The list was not saved: \"%1\" cannot be read or written; check its rights, its "
+                                  "folder and the free space.")
+                       .arg(standardUserDefaults().filePath());
+        return;
+    }
+    mUnsaved.clear();
     mArchiveSize = archive.size();
+    mJournal.remove();
     mJournal.begin(archive);
-    mJournalFits = true;
+}
+
+QString RecordedList::storedAtLast() {
+    if (!mUnsaved.isEmpty())
+        saveRecordedList();
+    return mUnsaved;
 }
 
 void RecordedList::store(const char *operation, std::size_t at) {
@@ -201,15 +238,28 @@ foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QSt
     const QFileInfo file(item.getFileName());
     const QString clean = ToolFile::cleanFileName(name);
     const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
-    const QString renamed = file.path() + QLatin1Char('/') + clean + suffix;
+    const QString before = file.filePath(), renamed = file.path() + QLatin1Char('/') + clean + suffix;
     QString why;
     // A name is taken as it was typed, or not at all: "1/2" would become another one.
     if (clean.isEmpty() || name.contains(QLatin1Char('/')) || QFileInfo::exists(renamed))
         return foundation::Failure{kNameTaken(name + suffix), {}};
-    if (!ToolFile::moveFileFromPath(file.filePath(), renamed, &why))
-        return foundation::Failure{kNotRenamed(file.filePath()), why};
+    // The file has both names until the list with the new one is on the disk, where the disk can do that: whenever this
+    // is killed, the stored list names a file that is there.
+    const bool hasBoth = ::link(QFile::encodeName(before).constData(), QFile::encodeName(renamed).constData()) == 0;
+    if (!hasBoth && !ToolFile::moveFileFromPath(before, renamed, &why))
+        return foundation::Failure{kNotRenamed(before), why};
     item.setFileName(renamed);
     save(item);
+    if (!mUnsaved.isEmpty()) {
+        item.setFileName(before);
+        if (hasBoth)
+            QFile::remove(renamed);
+        else
+            (void)ToolFile::moveFileFromPath(renamed, before); // At worst it keeps the name that was asked for.
+        return foundation::Failure{mUnsaved, mUnsaved};
+    }
+    if (hasBoth)
+        QFile::remove(before);
     changed();
     return {};
 }

@@ -27,8 +27,8 @@ public:
 };
 
 // The library: the recordings in the order in which they are shown, stored under "recordedList". Every change is on
-// the disk before the call that makes it returns. Also deletes, one file a second, what could not be deleted at once.
-// Owned by the application or a command; main thread.
+// the disk before the call that makes it returns, or unsaved() says why not. Also deletes, one file a second, what
+// could not be deleted at once. Owned by the application or a command; main thread.
 class RecordedList {
 public:
     // stateFolder: for the journal of changes and for copies of damaged lists.
@@ -36,6 +36,8 @@ public:
     ~RecordedList();
 
     RecordedListView *view = nullptr; // outlives the list, or is taken away before
+    // Told of a listed file before another may take its place, and when the list has what has become of it.
+    std::function<void(const QString &file)> willConvert, didConvert;
 
     // Reads the stored list, leaving out what is no longer on disk, and starts the sweeper.
     void initRecordedList();
@@ -45,6 +47,11 @@ public:
     bool isLoading() const { return mLoading.valid(); }
     // Stores the whole list anew.
     void saveRecordedList();
+    // Why the list as it is here is not on the disk, as one sentence; empty when it is there. What is missing there
+    // goes with the next change.
+    const QString &unsaved() const { return mUnsaved; }
+    // Tries once more where that is so, and answers what is unsaved() then.
+    QString storedAtLast();
 
     using Items = std::vector<std::unique_ptr<RecordedAudioInfo>>;
     const Items &items() const { return mItems; }
@@ -61,7 +68,8 @@ public:
     void remove(RecordedAudioInfo &item);
     // Stores what has changed in the item.
     void save(const RecordedAudioInfo &item);
-    // Renames the file beside itself, keeping its extension; nothing is overwritten.
+    // Renames the file beside itself, keeping its extension; nothing is overwritten, and nothing has changed where it
+    // fails.
     foundation::Result<void> rename(RecordedAudioInfo &item, const QString &name);
     void move(std::size_t from, std::size_t to);
 
@@ -70,9 +78,9 @@ public:
     void removeInvalidFile(const QString &path) { mInvalidFiles.remove(path); }
 
 private:
-    // What the store holds, items of the main thread.
+    // What the store holds, items of the main thread. Changes nothing there.
     Items load();
-    void applyJournal(const QByteArray &archive, Items &items);
+    void apply(const std::vector<QJsonObject> &changes, Items &items);
     void take(Items items);
     void finishLoading();
     void _deleteInvalidRecordedFiles();
@@ -85,6 +93,7 @@ private:
     ListJournal mJournal;
     qint64 mArchiveSize = 0;
     bool mJournalFits = false; // the archive and the journal give the list as it is
+    QString mUnsaved;
     Items mItems;
     QSet<QString> mInvalidFiles;
     std::unique_ptr<foundation::Timer> mTimerInvalid;

@@ -35,6 +35,8 @@ foundation::Result<void> RecordingsRemoval::remove(const std::vector<RecordedAud
         mRemoved.push_back({mList.indexOf(*item), item->fields(), moved});
         mList.remove(*item);
     }
+    if (failed.isEmpty() && !mList.unsaved().isEmpty())
+        return foundation::Failure{mList.unsaved(), mList.unsaved()};
     if (failed.isEmpty())
         return {};
     return foundation::Failure{kNotToWastebasket(failed), {}};

@@ -19,7 +19,8 @@ public:
     explicit RecordingsRemoval(RecordedList &list) : mList(list) {}
 
     enum class Files { Stay, IntoWastebasket };
-    // Those that can't be moved stay in the list, and the failure names the first of them. What is recorded or
+    // Those that can't be moved stay in the list, and the failure names the first of them; one that the list can't be
+    // stored is told where all could be moved. What is recorded or
     // converted is left alone.
     foundation::Result<void> remove(const std::vector<RecordedAudioInfo *> &items, Files files);
 

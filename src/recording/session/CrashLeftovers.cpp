@@ -30,9 +30,16 @@ QString describe(const RecordingJournal::Leftover &leftover) {
 } // namespace
 
 CrashLeftovers::CrashLeftovers(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal)
-    : mView(view), mList(list), mJournal(journal) {}
+    : mView(view), mList(list), mJournal(journal) {
+    mJournal.listIsStored = [this] { return mList.unsaved().isEmpty(); };
+    mList.willConvert = [this](const QString &file) { (void)mJournal.begin(file); }; // at worst it is not looked for
+    mList.didConvert = [this](const QString &file) { mJournal.end(file); };
+}
 
-CrashLeftovers::~CrashLeftovers() = default;
+CrashLeftovers::~CrashLeftovers() {
+    mList.willConvert = mList.didConvert = {};
+    mJournal.listIsStored = {};
+}
 
 std::vector<RecordingJournal::Leftover> CrashLeftovers::pending() {
     if (mIsRecovering)
@@ -44,8 +51,10 @@ std::vector<RecordingJournal::Leftover> CrashLeftovers::pending() {
     return leftovers;
 }
 
-void CrashLeftovers::take(const RecordingJournal::Recovered &recovered) {
+bool CrashLeftovers::take(const RecordingJournal::Recovered &recovered) {
     RecordedAudioInfo *item = mList.itemWithFile(recovered.original);
+    if (item && recovered.wasWhole && ToolString::secondFromString(item->duration()) > 0)
+        return false; // The list has it.
     if (recovered.failure.isEmpty()) {
         if (!item)
             item = &mList.addRecordedFile(recovered.file, ToolString::stringFromDuration(0), {});
@@ -59,24 +68,31 @@ void CrashLeftovers::take(const RecordingJournal::Recovered &recovered) {
         mList.remove(*item);
     }
     mView.recordingRecovered(recovered);
+    return true;
 }
 
 void CrashLeftovers::recover() {
     if (mIsRecovering)
         return;
-    for (const auto &recovered : mJournal.recover())
-        take(recovered);
+    for (const QString &file : mJournal.abandoned()) {
+        if (RecordingJournal::isOutOfReach(file))
+            continue;
+        for (const auto &recovered : RecordingJournal::recover(file))
+            (void)take(recovered); // the view is told there
+        mJournal.end(file);
+    }
 }
 
 void CrashLeftovers::recoverBehind(std::function<void(const Recovered &)> done) {
-    const QStringList files = mJournal.abandoned();
+    QStringList files = mJournal.abandoned();
+    files.removeIf(&RecordingJournal::isOutOfReach);
     if (files.isEmpty() || std::exchange(mIsRecovering, true))
         return;
     mWorker = std::jthread([this, files, done = std::move(done)] {
-        std::vector<std::optional<RecordingJournal::Recovered>> repaired;
+        std::vector<Recovered> repaired;
         (void)guarded("recover", [&] { // logged there
             for (const QString &file : files)
-                repaired.push_back(RecordingJournal::repair(file));
+                repaired.push_back(RecordingJournal::recover(file));
         });
         // Waits for the worker when it goes, so this is there; the call is not made then.
         QMetaObject::invokeMethod(this, [this, files, repaired = std::move(repaired), done] {
@@ -84,11 +100,10 @@ void CrashLeftovers::recoverBehind(std::function<void(const Recovered &)> done) 
             Recovered all;
             // What an exception has left out is offered again by the next start.
             for (std::size_t i = 0; i < repaired.size(); ++i) {
+                for (const auto &recovered : repaired[i])
+                    if (take(recovered))
+                        all.push_back(recovered);
                 mJournal.end(files[static_cast<qsizetype>(i)]);
-                if (repaired[i]) {
-                    take(*repaired[i]);
-                    all.push_back(*repaired[i]);
-                }
             }
             if (done)
                 done(all);

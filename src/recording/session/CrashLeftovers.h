@@ -38,7 +38,8 @@ public:
     foundation::Result<void> discard();
 
 private:
-    void take(const RecordingJournal::Recovered &recovered);
+    // Has it in the list, and tells the view; false where the list has it already.
+    bool take(const RecordingJournal::Recovered &recovered);
 
     RecordingSessionView &mView;
     RecordedList &mList;

@@ -1,15 +1,21 @@
 #include "recording/session/RecordingJournal.h"
 
+#include "convert/AudioConverter.h"
 #include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/media/RecordingRepair.h"
 #include "platform/media/SoundReader.h"
+#include "settings/AppSettings.h"
+#include "util/ToolFile.h"
 #include "util/ToolString.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+
+#include <optional>
+#include <utility>
 
 namespace cantorel {
 
@@ -21,7 +27,8 @@ bool RecordingJournal::claim() {
         mLock = std::make_unique<QLockFile>(mFolder + QStringLiteral("/recorder.lock"));
         mLock->setStaleLockTime(0); // Only the end of its process makes a lock stale.
     }
-    return mLock->isLocked() || mLock->tryLock();
+    // Where nothing can be written there is no other one, and beginning a recording says why it can't be.
+    return mLock->isLocked() || mLock->tryLock() || mLock->error() != QLockFile::LockFailedError;
 }
 
 QStringList RecordingJournal::read() const {
@@ -42,22 +49,28 @@ bool RecordingJournal::write(const QStringList &files) const {
     for (const QString &file : files)
         names += QFile::encodeName(file) + '\0';
     QSaveFile file(mFolder + QStringLiteral("/recording"));
-    return file.open(QIODevice::WriteOnly) && file.write(names) == names.size() && file.commit();
+    return file.open(QIODevice::WriteOnly) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
+           && file.write(names) == names.size() && file.commit();
 }
 
 bool RecordingJournal::begin(const QString &file) {
     const QString path = QFileInfo(file).absoluteFilePath();
     if (!write(read() + QStringList{path}))
         return false;
+    mEnded.removeAll(path);
     mOwn.append(path);
     return true;
 }
 
 void RecordingJournal::end(const QString &file) {
     giveUp(file);
+    mEnded.append(QFileInfo(file).absoluteFilePath());
+    if (listIsStored && !listIsStored())
+        return;
     QStringList files = read();
-    files.removeAll(QFileInfo(file).absoluteFilePath());
-    (void)write(files); // At worst the next start looks at a file that is whole and leaves it alone.
+    files.removeIf([this](const QString &one) { return mEnded.contains(one); });
+    if (write(files)) // At worst the next start looks at a file that is whole and leaves it alone.
+        mEnded.clear();
 }
 
 void RecordingJournal::giveUp(const QString &file) { mOwn.removeAll(QFileInfo(file).absoluteFilePath()); }
@@ -65,28 +78,35 @@ void RecordingJournal::giveUp(const QString &file) { mOwn.removeAll(QFileInfo(fi
 QStringList RecordingJournal::abandoned() const {
     QStringList files = read();
     files.removeDuplicates();
-    files.removeIf([this](const QString &file) { return mOwn.contains(file); });
+    files.removeIf([this](const QString &file) { return mOwn.contains(file) || mEnded.contains(file); });
     return files;
 }
 
 std::vector<RecordingJournal::Leftover> RecordingJournal::leftovers() const {
     std::vector<Leftover> found;
     for (const QString &file : abandoned()) {
-        if (!media::isUnfinished(file))
-            continue;
         const QFileInfo info(file);
+        if (!info.isFile() || !media::isUnfinished(file)) // Opening a pipe would wait for a writer.
+            continue;
         found.push_back({file, info.size(), media::unfinishedSeconds(file), info.lastModified()});
     }
     return found;
 }
 
-std::optional<RecordingJournal::Recovered> RecordingJournal::repair(const QString &file) {
-    if (!media::isUnfinished(file)) {
-        if (const auto sound = media::openSound(file, 44100, 2))
-            return Recovered{file, file, sound.value()->durationSeconds(), {}};
+namespace {
+
+using Recovered = RecordingJournal::Recovered;
+
+// A file that is whole, or nothing.
+std::optional<Recovered> wholeSound(const QString &file) {
+    if (!QFileInfo(file).isFile())
         return {};
-    }
-    const QFileInfo info(file);
+    const auto sound = media::openSound(file, 44100, 2);
+    return sound ? std::optional(Recovered{file, file, sound.value()->durationSeconds(), {}, true}) : std::nullopt;
+}
+
+Recovered repaired(const QFileInfo &info) {
+    const QString file = info.filePath();
     const QString copy = info.path() + QStringLiteral("/.") + info.fileName() + QStringLiteral(".repaired.m4a");
     const auto repaired = media::repairUnfinished(file, copy);
     if (repaired && QFile(copy).exists() && ::rename(QFile::encodeName(copy), QFile::encodeName(file)) == 0) {
@@ -103,14 +123,27 @@ std::optional<RecordingJournal::Recovered> RecordingJournal::repair(const QStrin
     return Recovered{file, renamed ? kept : file, 0, why};
 }
 
-std::vector<RecordingJournal::Recovered> RecordingJournal::recover() {
+} // namespace
+
+std::vector<RecordingJournal::Recovered> RecordingJournal::recover(const QString &file) {
     std::vector<Recovered> recovered;
-    for (const QString &file : abandoned()) {
-        if (auto repaired = repair(file))
-            recovered.push_back(*std::move(repaired));
-        end(file);
-    }
+    const QFileInfo info(file);
+    if (info.isFile() && media::isUnfinished(file))
+        return {repaired(info)};
+    if (auto whole = wholeSound(file))
+        recovered.push_back(*std::move(whole));
+    // A recording takes a name that is free with every extension, so what has it was made of the recording.
+    QStringList extensions;
+    for (int format = 0; format < AppSettings::audioFormats().size(); ++format)
+        extensions << AudioConverter::extensionOf(format);
+    extensions.removeDuplicates();
+    extensions.removeAll(info.suffix());
+    for (const QString &extension : std::as_const(extensions))
+        if (auto whole = wholeSound(ToolFile::pathWithExtension(file, extension)))
+            recovered.push_back(*std::move(whole));
     return recovered;
 }
+
+bool RecordingJournal::isOutOfReach(const QString &file) { return !QFileInfo(QFileInfo(file).path()).isDir(); }
 
 } // namespace cantorel

@@ -6,8 +6,8 @@
 #include <QLockFile>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace cantorel {
@@ -19,14 +19,18 @@ public:
     // folder: made when needed.
     explicit RecordingJournal(const QString &folder);
 
-    // Makes this process the recorder. False when another one is.
+    // Makes this process the recorder. False when another one is; in a folder that can't be written to nobody is, and
+    // begin() fails.
     bool claim();
 
-    // The recording that is begun now; written down before this returns. Ended once its file is whole, or given up
-    // where it could not be made whole: then it is a leftover as after a crash.
+    // The recording, or the conversion of one, that is begun now; written down before this returns. Ended once its file
+    // is whole, or given up where it could not be made whole: then it is a leftover as after a crash.
     bool begin(const QString &file);
     void end(const QString &file);
     void giveUp(const QString &file);
+    // Whether the list on the disk has what has been ended; until it does, that stays written down. Without one it
+    // does.
+    std::function<bool()> listIsStored;
 
     // What a crash has left of a recording, and nobody has decided about.
     struct Leftover {
@@ -46,20 +50,22 @@ public:
         QString file;     // as it is named now
         double durationSeconds = 0;
         foundation::Sentence failure; // empty when the file is whole
+        bool wasWhole = false;
     };
-    // Repairs what was left unfinished, each on a copy that takes the file's place once it is whole; a file that was
-    // whole already is named as well. What can't be repaired is kept under a name that says so and not tried again.
-    // Only after claim().
-    std::vector<Recovered> recover();
-    // The same for one file, on any thread: its end is left to the caller. Nothing for what is no recording.
-    static std::optional<Recovered> repair(const QString &file);
+    // Repairs what was left of a recording, on a copy that takes the file's place once it is whole; what was whole
+    // already is named as well, and what it was converted to. What can't be repaired is kept under a name that says so
+    // and not tried again. Any thread; its end is left to the caller. Nothing for what is no recording.
+    static std::vector<Recovered> recover(const QString &file);
+    // Whether nothing can be said of the file, since its folder is not there, as one on a disk that is not plugged in.
+    static bool isOutOfReach(const QString &file);
 
 private:
     QStringList read() const;
     bool write(const QStringList &files) const;
 
     QString mFolder;
-    QStringList mOwn; // begun here, and not ended yet
+    QStringList mOwn;   // begun here, and not ended yet
+    QStringList mEnded; // and not yet in the stored list
     std::unique_ptr<QLockFile> mLock;
 };
 

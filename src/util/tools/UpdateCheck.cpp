@@ -9,32 +9,47 @@
 
 #include <QDateTime>
 
+#include <algorithm>
+#include <array>
+
 namespace cantorel {
 
 namespace {
 
 const QString kUserAgent = QStringLiteral("Tessolar");
 
-} // namespace
+constexpr int kLargestPart = 999;
 
-int UpdateDescription::versionID() const {
-    const QStringList parts = AppVersion.trimmed().split(QLatin1Char('.'));
+using VersionParts = std::array<int, 3>;
+
+VersionParts partsOfID(int version) { return {version / 100, version / 10 % 10, version % 10}; }
+
+// "2.5.1" and "251" are both 2, 5 and 1; none for what is no version.
+VersionParts versionParts(const QString &text) {
+    const QStringList parts = text.trimmed().split(QLatin1Char('.'));
     if (parts.size() == 1)
-        return parts[0].toInt(); // 0 when it is no number
-    int version = 0;
-    for (qsizetype i = 0; i < 3; ++i) {
-        bool isDigit = i >= parts.size();
-        const int digit = isDigit ? 0 : parts[i].toInt(&isDigit);
-        if (!isDigit || digit < 0 || (i > 0 && digit > 9) || digit > 1'000'000)
-            return 0;
-        version = version * 10 + digit;
+        return partsOfID(std::clamp(parts[0].toInt(), 0, kLargestPart * 100)); // 0 when it is no number
+    VersionParts version{};
+    for (qsizetype i = 0; i < std::min<qsizetype>(3, parts.size()); ++i) {
+        bool isNumber = false;
+        const int part = parts[i].toInt(&isNumber);
+        if (!isNumber || part < 0 || part > kLargestPart)
+            return {};
+        version[static_cast<std::size_t>(i)] = part;
     }
     return version;
 }
 
+} // namespace
+
+int UpdateDescription::versionID() const {
+    const auto [first, second, third] = versionParts(AppVersion);
+    return second <= 9 && third <= 9 ? first * 100 + second * 10 + third : first * 1'000'000 + second * 1000 + third;
+}
+
 bool UpdateDescription::isOffered() const {
-    const int version = versionID();
-    return version > AppSettings::appVersionID() && version != AppSettings::updateSkipVersionID();
+    return versionParts(AppVersion) > partsOfID(AppSettings::appVersionID())
+           && versionID() != AppSettings::updateSkipVersionID();
 }
 
 std::optional<UpdateDescription> UpdateCheck::run(Asked asked, const std::stop_token &stop) {

@@ -32,7 +32,8 @@ struct UpdateDescription {
         visitor("AppFailedUpdateDownloadURL", &UpdateDescription::AppFailedUpdateDownloadURL);
     }
 
-    // The version as a number: "2.5.1" and "251" are 251; 0 when it is none.
+    // The version as a number by which it is skipped: "2.5.1" and "251" are 251, "2.10.1" is 2010001; 0 when it is
+    // none. Such numbers tell versions apart, but not which is newer.
     int versionID() const;
     // Newer than this program, and not a version that the person wants to skip.
     bool isOffered() const;

@@ -1,10 +1,11 @@
-#include "cli/CommandTable.h"
 #include "cli/TerminalAsker.h"
+#include "platform/foundation/Console.h"
 #include "platform/media/DiskSpace.h"
 #include "recording/library/RecordedAudioInfo.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tests/unit/cli/CommandRun.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,21 +21,6 @@
 namespace cantorel {
 namespace {
 
-struct CommandRun {
-    int status;
-    QStringList out, error;
-};
-
-CommandRun run(const QStringList &arguments, std::span<const AddCommand> commands = allCommands()) {
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = runCommandLine(arguments, commands);
-    const auto lines = [](const std::string &text) {
-        return QString::fromStdString(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    };
-    return {status, lines(testing::internal::GetCapturedStdout()), lines(testing::internal::GetCapturedStderr())};
-}
-
 QStringList words(const char *text) { return QString::fromUtf8(text).split(QLatin1Char(' ')); }
 
 QJsonObject json(const QString &line) { return QJsonDocument::fromJson(line.toUtf8()).object(); }
@@ -44,7 +30,7 @@ TEST(DoctorCommand, AnswersTheFreeSpaceThatARecordingGoesBy) {
     for (const QString &path : {QDir::homePath(), nearlyNone}) {
         AppSettings::setOutputPath(path);
         const bool enough = media::freeBytes(path).value_or(0) > 100 * 1024 * 1024;
-        const CommandRun told = run(words("doctor --backend embedded"));
+        const CommandRun told = runCommand(words("doctor --backend embedded"));
         EXPECT_EQ(told.out.filter(QStringLiteral("free space")).value(0).startsWith(QStringLiteral("ok")), enough)
             << told.out.join(u'\n').toStdString();
     }
@@ -60,7 +46,7 @@ TEST(LibraryCommand, ListsRenamesAndRemovesWithoutLosingAnything) {
         stored.append(archivedItem({path, "00:00:05", "1.00 MB", "now", "somebody", {}, {}}));
     }
     AppSettings::setRecordedMovieList(stored);
-    const CommandRun listed = run(words("--json library list"));
+    const CommandRun listed = runCommand(words("--json library list"));
     ASSERT_EQ(listed.out.size(), 2);
     EXPECT_EQ(json(listed.out[1])[QStringLiteral("file")], two);
     EXPECT_EQ(json(listed.out[0])[QStringLiteral("artist")], QStringLiteral("somebody"));
@@ -79,20 +65,32 @@ TEST(LibraryCommand, ListsRenamesAndRemovesWithoutLosingAnything) {
                  {{"library", "remove", other, "--delete"}, 0, false, true, false}};
     for (const auto &[arguments, status, hasOne, hasTwo, hasOther] : cases) {
         SCOPED_TRACE(arguments.join(QLatin1Char(' ')).toStdString());
-        const CommandRun done = run(arguments);
+        const CommandRun done = runCommand(arguments);
         EXPECT_EQ(done.status, status);
         EXPECT_EQ(done.error.isEmpty(), status == 0);
         EXPECT_EQ(QFile::exists(one), hasOne);
         EXPECT_EQ(QFile::exists(two), hasTwo);
         EXPECT_EQ(QFile::exists(other), hasOther);
     }
-    EXPECT_TRUE(run(words("library list")).out.isEmpty());
+    EXPECT_TRUE(runCommand(words("library list")).out.isEmpty());
+
+    // Where nothing can be saved, nothing has changed, and one sentence says so.
+    AppSettings::setRecordedMovieList(QVariantList() << stored[1]);
+    const QString settings = standardUserDefaults().filePath();
+    const QString lock = QFileInfo(settings).path() + QStringLiteral("/.com.tessolar.Cantorel.lock");
+    ASSERT_TRUE(QFile::remove(lock) && QDir().mkpath(lock));
+    for (const QStringList &arguments : {QStringList{"library", "remove", two}, {"library", "rename", two, "New"}}) {
+        const CommandRun failed = runCommand(arguments);
+        EXPECT_EQ(failed.status, 1);
+        EXPECT_TRUE(failed.error.constLast().contains(settings));
+    }
+    EXPECT_EQ(runCommand(words("--json library list")).out, QStringList{listed.out[1]});
 }
 
 TEST(SettingsCommand, GetAnswersWhatTheGetterAnswersInItsOwnType) {
-    EXPECT_EQ(run(words("settings get audioFormat")).out, QStringList{QStringLiteral("0")});
+    EXPECT_EQ(runCommand(words("settings get audioFormat")).out, QStringList{QStringLiteral("0")});
     const auto value = [](const char *command) {
-        return json(run(words(command)).out.value(0)).value(QStringLiteral("value"));
+        return json(runCommand(words(command)).out.value(0)).value(QStringLiteral("value"));
     };
     EXPECT_EQ(value("settings get audioFormat --json"), QJsonValue(0));
     EXPECT_EQ(value("--json settings get isAutoSkipSilence"), QJsonValue(true));
@@ -102,12 +100,12 @@ TEST(SettingsCommand, GetAnswersWhatTheGetterAnswersInItsOwnType) {
 }
 
 TEST(SettingsCommand, ListShowsEveryRowOnceAndNotTheArchives) {
-    const CommandRun listed = run(words("settings list --json"));
+    const CommandRun listed = runCommand(words("settings list --json"));
     ASSERT_EQ(listed.out.size(), static_cast<qsizetype>(settingRows().size()));
     for (qsizetype i = 0; i < listed.out.size(); ++i)
         EXPECT_EQ(json(listed.out[i]).value(QStringLiteral("key")).toString(),
                   settingRows()[static_cast<std::size_t>(i)].key);
-    EXPECT_TRUE(run(words("settings list")).out.contains(QStringLiteral("audioFormat = 0")));
+    EXPECT_TRUE(runCommand(words("settings list")).out.contains(QStringLiteral("audioFormat = 0")));
 }
 
 TEST(SettingsCommand, SetStoresAValueOfTheRightTypeOnly) {
@@ -139,7 +137,7 @@ TEST(SettingsCommand, SetStoresAValueOfTheRightTypeOnly) {
         {"--backend tape settings list", 2, ""},
     };
     for (const auto &c : cases) {
-        const CommandRun result = run(words(c.command));
+        const CommandRun result = runCommand(words(c.command));
         EXPECT_EQ(result.status, c.status) << c.command;
         EXPECT_EQ(result.out.value(0).toStdString(), c.out) << c.command;
         EXPECT_EQ(result.error.size(), c.status == 0 ? 0 : 1) << c.command;
@@ -149,61 +147,56 @@ TEST(SettingsCommand, SetStoresAValueOfTheRightTypeOnly) {
 }
 
 TEST(SettingsCommand, AFolderIsStoredByItsWholePath) {
-    EXPECT_EQ(run({QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("outputFolderPath"),
-                   QStringLiteral(".")})
+    EXPECT_EQ(runCommand({QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("outputFolderPath"),
+                          QStringLiteral(".")})
                   .status,
               0);
     EXPECT_EQ(AppSettings::outputPath(), QDir::currentPath());
 }
 
-TEST(SettingsCommand, ABeepChoiceIsStoredThoughItsGetterNeverSeesIt) {
-    EXPECT_EQ(run(words("settings set isBeepBeforeRecording false")).out.value(0), QStringLiteral("true"));
-    EXPECT_EQ(foundation::DefaultsDomain(QString::fromLatin1(kBundleIdentifier)).ownObject(QStringLiteral("isBeep")),
-              false);
+TEST(SettingsCommand, NothingThatIsPrintedActsOnTheTerminal) {
+    const QString name = QString::fromUtf8("a\x1B[31m\xC2\x9B\x7F\xE2\x80\xAE ä");
+    AppSettings::setMicrophone(name);
+    const CommandRun shown = runCommand(words("settings get microphoneName"));
+    EXPECT_EQ(shown.out, QStringList{QString::fromUtf8("a\uFFFD[31m\uFFFD\uFFFD\uFFFD ä")});
+    const CommandRun asJson = runCommand(words("--json settings get microphoneName"));
+    EXPECT_EQ(json(asJson.out.value(0))[QStringLiteral("value")], name);
+    EXPECT_EQ(foundation::printable(asJson.out.value(0)), asJson.out.value(0));
+    EXPECT_FALSE(runCommand({"settings", "get", name}).error.value(0).contains(QChar(0x1B)));
 }
 
 TEST(SettingsCommand, AValueThatCannotBeSavedIsAFailureThatNamesTheFile) {
     ASSERT_TRUE(QDir().mkpath(standardUserDefaults().filePath())); // a folder in the file's place
-    const CommandRun result = run(words("settings set audioFormat 1"));
+    const CommandRun result = runCommand(words("settings set audioFormat 1"));
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.out.isEmpty());
     EXPECT_TRUE(result.error.constLast().contains(standardUserDefaults().filePath()));
-    const CommandRun read = run(words("settings get autoFilterSeconds"));
+    const CommandRun read = runCommand(words("settings get autoFilterSeconds"));
     EXPECT_EQ(read.status, 0);
     EXPECT_EQ(read.out.value(0), QStringLiteral("5"));
 }
 
 TEST(LangCommand, TextsAndLanguagesAreShown) {
-    EXPECT_EQ(run(words("lang get commTitle")).out, QStringList{QStringLiteral("Title")});
-    EXPECT_EQ(json(run(words("lang get commTitle --json")).out.value(0)).value(QStringLiteral("text")),
+    EXPECT_EQ(runCommand(words("lang get commTitle")).out, QStringList{QStringLiteral("Title")});
+    EXPECT_EQ(json(runCommand(words("lang get commTitle --json")).out.value(0)).value(QStringLiteral("text")),
               QStringLiteral("Title"));
-    EXPECT_EQ(run(words("lang get commTitle --code xx")).status, 0);
-    EXPECT_EQ(run(words("lang get noSuchKey")).status, 2);
-    EXPECT_EQ(run(words("lang get commTitle --language Klingon")).status, 2);
-    EXPECT_EQ(run(words("lang get commTitle --language German --code de")).status, 2);
-    const CommandRun listed = run(words("lang list --json"));
+    EXPECT_EQ(runCommand(words("lang get commTitle --code xx")).status, 0);
+    EXPECT_EQ(runCommand(words("lang get noSuchKey")).status, 2);
+    EXPECT_EQ(runCommand(words("lang get commTitle --language Klingon")).status, 2);
+    EXPECT_EQ(runCommand(words("lang get commTitle --language German --code de")).status, 2);
+    const CommandRun listed = runCommand(words("lang list --json"));
     ASSERT_EQ(listed.out.size(), 19);
     EXPECT_EQ(listed.out[1].toStdString(), R"({"codes":["hk","zh"],"display":"简体中文","name":"ChineseSimplified"})");
 }
 
-TEST(HotkeysCommand, ATextIsGivenAsNumbers) {
-    const auto parsed = [](const QString &text) {
-        return run({QStringLiteral("hotkeys"), QStringLiteral("parse"), text, QStringLiteral("--json")}).out.value(0);
-    };
-    EXPECT_EQ(parsed(QStringLiteral("ctrl cmd s")), QStringLiteral(R"({"keyCode":1,"modifiers":4352})"));
-    EXPECT_EQ(parsed(QStringLiteral("CMD Shift F2")), QStringLiteral(R"({"keyCode":121,"modifiers":768})"));
-    EXPECT_EQ(parsed(QString()), QStringLiteral(R"({"keyCode":0,"modifiers":0})"));
-    EXPECT_EQ(run(words("hotkeys parse")).status, 2);
-}
-
 TEST(CommandLine, HelpIsOfferedByEveryCommandWithAnExample) {
     for (const char *command : {"--help", "settings --help", "settings get --help", "lang get --help"}) {
-        const CommandRun result = run(words(command));
+        const CommandRun result = runCommand(words(command));
         EXPECT_EQ(result.status, 0) << command;
         EXPECT_TRUE(result.error.isEmpty()) << command;
         EXPECT_TRUE(result.out.join(QLatin1Char('\n')).contains(QStringLiteral("Example: cantorel-cli "))) << command;
     }
-    EXPECT_EQ(run(words("--version")).out.value(0), QStringLiteral("cantorel-cli 2.5.0"));
+    EXPECT_EQ(runCommand(words("--version")).out.value(0), QStringLiteral("cantorel-cli 2.5.0"));
 }
 
 void addBackend(CLI::App &root, CommandSession &session) {
@@ -217,16 +210,16 @@ void addBackend(CLI::App &root, CommandSession &session) {
 
 TEST(CommandLine, TheBackendIsOneOfThree) {
     static constexpr AddCommand kCommands[] = {addBackend};
-    EXPECT_EQ(run(words("which"), kCommands).out.value(0), QStringLiteral("0"));
-    EXPECT_EQ(run(words("which --backend pipewire"), kCommands).out.value(0), QStringLiteral("1"));
-    EXPECT_EQ(run(words("--backend embedded which"), kCommands).out.value(0), QStringLiteral("2"));
-    EXPECT_EQ(run(words("--backend auto which"), kCommands).out.value(0), QStringLiteral("0"));
-    EXPECT_EQ(run(words("--backend tape which"), kCommands).status, 2);
+    EXPECT_EQ(runCommand(words("which"), kCommands).out.value(0), QStringLiteral("0"));
+    EXPECT_EQ(runCommand(words("which --backend pipewire"), kCommands).out.value(0), QStringLiteral("1"));
+    EXPECT_EQ(runCommand(words("--backend embedded which"), kCommands).out.value(0), QStringLiteral("2"));
+    EXPECT_EQ(runCommand(words("--backend auto which"), kCommands).out.value(0), QStringLiteral("0"));
+    EXPECT_EQ(runCommand(words("--backend tape which"), kCommands).status, 2);
 }
 
 TEST(CommandLine, WhatIsNotUnderstoodIsNamed) {
     for (const char *command : {"dance", "settings dance", "settings list --dance", "--dance settings list"}) {
-        const CommandRun result = run(words(command));
+        const CommandRun result = runCommand(words(command));
         EXPECT_EQ(result.status, 2) << command;
         EXPECT_TRUE(result.error.value(0).contains(QStringLiteral("dance"))) << result.error.value(0).toStdString();
     }
@@ -244,10 +237,10 @@ void addFailing(CLI::App &root, CommandSession &session) {
 
 TEST(CommandLine, AFailureEndsInItsSentenceAndWhatIsThrownInOneToo) {
     static constexpr AddCommand kCommands[] = {addThrowing, addFailing};
-    const CommandRun failed = run({QStringLiteral("fail")}, kCommands);
+    const CommandRun failed = runCommand({QStringLiteral("fail")}, kCommands);
     EXPECT_EQ(failed.status, 1);
     EXPECT_EQ(failed.error, QStringList{QStringLiteral("No luck.")});
-    const CommandRun thrown = run({QStringLiteral("throw")}, kCommands);
+    const CommandRun thrown = runCommand({QStringLiteral("throw")}, kCommands);
     EXPECT_EQ(thrown.status, 1);
     EXPECT_TRUE(thrown.error.join(QLatin1Char(' ')).contains(QStringLiteral("planted")));
     EXPECT_TRUE(thrown.error.constLast().endsWith(QLatin1Char('.')));

@@ -3,6 +3,7 @@
 #include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/SearchPaths.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -61,23 +62,34 @@ TEST(Program, ADamagedSettingsFileIsOneLineAndTheDefaults) {
     EXPECT_TRUE(QFile::exists(file.fileName() + QStringLiteral(".damaged")));
 }
 
-TEST(Program, ProgramsThatSetAtOnceLoseNothing) {
-    const char *const keys[] = {"audioFormat",      "autoFilterSeconds",     "autoSplitSeconds",
-                                "recordNameBaseOn", "autoSplitEverySeconds", "updateSkipVersion"};
+TEST(Program, ARecordingThatTheListDoesNotGetIsAFailureAndJoinsItLater) {
+    const char *const record = "cli --backend embedded record --source mic --seconds 0.3 --skip-silence off 2>&1";
+    const QString lock = foundation::configurationFolder() + QStringLiteral("/.com.tessolar.Cantorel.lock");
+    ASSERT_TRUE(QDir().mkpath(lock)); // in its place, so that nothing is saved
+    int status = 0;
+    const QString lines = shell(record, &status);
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(lines.section(QLatin1Char('\n'), -2, -2).startsWith(QStringLiteral("The list was not saved")))
+        << lines.toStdString();
+    ASSERT_TRUE(QDir().rmdir(lock));
+    shell(record, &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(shell("cli library list").count(QLatin1Char('\n')), 2);
+}
+
+TEST(Program, CommandsThatChangeTheTasksAtOnceAllSucceed) {
+    constexpr int kCommands = 6;
     std::vector<std::unique_ptr<ChildProcess>> running;
-    for (const char *key : keys) {
-        auto started = ChildProcess::start(
-            {QStringLiteral(CANTOREL_CLI),
-             {QStringLiteral("settings"), QStringLiteral("set"), QString::fromLatin1(key), QStringLiteral("7")},
-             {},
-             {}});
+    for (int i = 0; i < kCommands; ++i) {
+        const QString line =
+            QStringLiteral("tasks|add|--name|Task%1|--from|2030-01-01 08:00:00|--seconds|9|--source|mic");
+        auto started = ChildProcess::start({QStringLiteral(CANTOREL_CLI), line.arg(i).split(QLatin1Char('|')), {}, {}});
         ASSERT_TRUE(started.ok());
         running.push_back(std::move(started.value()));
     }
     for (const auto &child : running)
         EXPECT_TRUE(child->wait().succeeded());
-    for (const char *key : keys)
-        EXPECT_EQ(shell((std::string("cli settings get ") + key).c_str()), QStringLiteral("7\n")) << key;
+    EXPECT_EQ(shell("cli tasks list").count(QStringLiteral("Task")), kCommands);
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <QFile>
 
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -170,6 +171,36 @@ TEST(DefaultsDomain, AFileThatCannotBeReadIsNeverOverwritten) {
     EXPECT_EQ(domain.object(QStringLiteral("k")), 1); // the choice holds for this run
     EXPECT_EQ(told, 1);
     EXPECT_TRUE(QDir(path()).exists());
+}
+
+TEST(DefaultsDomain, TheFileAndItsCopiesAreTheirOwnersAlone) {
+    const auto rights = [](const QString &file) {
+        struct stat status = {};
+        EXPECT_EQ(::stat(QFile::encodeName(file).constData(), &status), 0);
+        return status.st_mode & 0777;
+    };
+    DefaultsDomain domain(kIdentifier);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
+    EXPECT_EQ(rights(path()), 0600u);
+    write("damaged");
+    EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
+    EXPECT_EQ(rights(path() + QStringLiteral(".damaged")), 0600u);
+}
+
+TEST(DefaultsDomain, ASaveWaitsForAnotherProgramsLockButNotForEver) {
+    QStringList told;
+    DefaultsDomain domain(
+        kIdentifier, [&](const Failure &failure) { told << failure.sentence; }, std::chrono::milliseconds(30));
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
+    QFile lock(configurationFolder() + QStringLiteral("/.com.example.Settings.lock"));
+    ASSERT_TRUE(lock.open(QIODevice::ReadWrite));
+    ASSERT_EQ(::flock(lock.handle(), LOCK_EX), 0);
+    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 2));
+    EXPECT_FALSE(domain.synchronize());
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told.first().contains(QStringLiteral("locked")));
+    ASSERT_EQ(::flock(lock.handle(), LOCK_UN), 0);
+    EXPECT_TRUE(domain.synchronize());
 }
 
 TEST(DefaultsDomain, APipeInThePlaceOfTheFileIsNotWaitedFor) {
@@ -353,11 +384,67 @@ TEST(PropertyList, PythonReadsWhatIsStoredAndWeReadWhatPythonStores) {
     }
 }
 
+QByteArray nested(int levels, const QByteArray &inside = {}) {
+    return "<plist>" + QByteArray("<array>").repeated(levels) + inside + QByteArray("</array>").repeated(levels)
+           + "</plist>";
+}
+
+QByteArray withEntities(const QByteArray &declarations) {
+    return "<!DOCTYPE plist [" + declarations + "]><plist><string>x</string></plist>";
+}
+
 TEST(PropertyList, WhatIsNoneIsAFailure) {
-    const QByteArray deep = QByteArray("<array>").repeated(100'000);
-    for (const QByteArray &bytes : {QByteArray(), QByteArray("text"), QByteArray("<plist>"), QByteArray("bplist00"),
-                                    QByteArray("<plist><dict><key>a</key>"), "<plist>" + deep})
-        EXPECT_FALSE(parsePropertyList(bytes).ok()) << bytes.left(40).toStdString();
+    const QByteArray ends = "<!--" + QByteArray("</dict>").repeated(50'000) + "-->";
+    for (const QByteArray &bytes : {QByteArray(),
+                                    QByteArray("text"),
+                                    QByteArray("<plist>"),
+                                    QByteArray("<plist/>"),
+                                    QByteArray("bplist00"),
+                                    QByteArray("<plist><dict><key>a</key>"),
+                                    nested(201),
+                                    nested(100'000),
+                                    nested(100'000, ends),
+                                    QByteArray("<plist>" + ends + QByteArray("<array>").repeated(100'000)),
+                                    QByteArray("<plist><string>a\0b</string></plist>", 32),
+                                    QByteArray("\0", 1),
+                                    QByteArray("<plist><dict><string>no key</string></dict></plist>"),
+                                    QByteArray("<plist><dict><key>no value</key></dict></plist>"),
+                                    QByteArray("<plist><array>text</array></plist>"),
+                                    QByteArray("<plist><true/><true/></plist>"),
+                                    QByteArray("<plist><integer>7<true/></integer></plist>"),
+                                    QByteArray("<plist><colour>red</colour></plist>"),
+                                    QByteArray("<plist><integer>18446744073709551616</integer></plist>"),
+                                    QByteArray("<plist><date>soon</date></plist>"),
+                                    withEntities("<!ENTITY e 'x'>"),
+                                    withEntities("<!ENTITY % e 'x'>"),
+                                    withEntities("<!ENTITY e SYSTEM 'file:///etc/hostname'>")})
+        EXPECT_FALSE(parsePropertyList(bytes).ok()) << bytes.left(60).toStdString();
+}
+
+TEST(PropertyList, WhatIsValidIsReadHoweverItIsLaidOut) {
+    const QByteArray siblings = "<plist><array>" + QByteArray("<dict/>").repeated(10'000) + "</array></plist>";
+    EXPECT_EQ(parsePropertyList(siblings).value().toList().size(), 10'000);
+    EXPECT_TRUE(parsePropertyList(nested(200, "<!--" + QByteArray("<array>").repeated(50'000) + "-->")).ok());
+    const struct {
+        const char *text;
+        QVariant value;
+    } cases[] = {{"<integer>18446744073709551615</integer>", std::numeric_limits<qulonglong>::max()},
+                 {"<integer>9223372036854775807</integer>", std::numeric_limits<qlonglong>::max()},
+                 {"<integer>-9223372036854775808</integer>", std::numeric_limits<qlonglong>::min()},
+                 {"<integer> +0x1F </integer>", qlonglong(31)},
+                 {"<real>-1.5e300</real>", -1.5e300},
+                 {"<string> a&amp;<![CDATA[<b>]]>&#233; </string>", QStringLiteral(" a&<b>é ")},
+                 {"<string>cr&#13;\nlf</string>", QStringLiteral("cr\r\nlf")},
+                 {"<data>\n\tAP8=\n</data>", QByteArray("\x00\xff", 2)},
+                 {"<date>2024-03-05T14:07:09Z</date>", QDateTime(QDate(2024, 3, 5), QTime(14, 7, 9), Qt::UTC)}};
+    for (const auto &c : cases) {
+        const auto read = parsePropertyList(QByteArray("<plist>") + c.text + "</plist>");
+        ASSERT_TRUE(read.ok()) << c.text;
+        EXPECT_EQ(read.value(), c.value) << c.text;
+        EXPECT_EQ(read.value().metaType(), c.value.metaType()) << c.text;
+        for (const QByteArray &again : {propertyListXml(c.value), propertyListBinary(c.value)})
+            EXPECT_EQ(parsePropertyList(again).value(), c.value) << c.text;
+    }
 }
 
 } // namespace

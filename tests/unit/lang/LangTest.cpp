@@ -108,6 +108,17 @@ public:
     const QTemporaryDir mFolder;
 };
 
+TEST_F(LanguageFiles, AFileIsUtf8WhateverItDeclaresAndChangesNothingWhereItIsNot) {
+    put("German", "<?xml version='1.0' encoding='ISO-8859-1'?><l><common Title='gr\xC3\xB6\xC3\x9F'/></l>");
+    Lang::ChangeLanguage(QStringLiteral("German"));
+    EXPECT_EQ(Lang::commTitle(), QStringLiteral("größ"));
+    put("French", "<?xml version='1.0' encoding='ISO-8859-1'?><l><common Title='\xE9'/></l>");
+    put("Danish", "<!DOCTYPE l [<!ENTITY e 'x'>]><l><common Title='&e;'/></l>");
+    for (const char *name : {"French", "Danish"})
+        Lang::ChangeLanguage(QLatin1String(name));
+    EXPECT_EQ(Lang::commTitle(), QStringLiteral("größ"));
+}
+
 TEST_F(LanguageFiles, AFileReplacesAllTextsByItsFixedPairingsAndWhatItLacksIsNoText) {
     put("German", R"(<l><common Title="Tytul" AppName="Nein"/><common Title="Zweiter"/>
         <settings><General EnableHotkeys="An" ConfigureDidChange="x"/></settings>

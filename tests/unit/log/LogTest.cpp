@@ -52,6 +52,7 @@ TEST(Log, NothingIsWrittenBeforeTheFileIsChosen) {
     LogFileCheck(kName);
     EXPECT_EQ(logged(), QString());
     EXPECT_EQ(GetLogFilePath(), LogFilePath(kName));
+    EXPECT_EQ(QFile(GetLogFilePath()).permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
 }
 
 TEST(Log, EachCallWritesOneStampBeforeTheMessageAsItIs) {

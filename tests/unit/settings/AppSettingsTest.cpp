@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <set>
 
 namespace cantorel {
@@ -199,6 +200,12 @@ TEST(AppSettings, CommonDirectoriesAreMadeWithTheFoldersAboveThem) {
     EXPECT_TRUE(path.endsWith(QStringLiteral("/Cantorel")));
     EXPECT_TRUE(QDir(path).exists());
     EXPECT_EQ(AppSettings::logFile(), path + QStringLiteral("/log.log"));
+}
+
+TEST(AppSettings, TheNumberOfTheNextRecordingCanAlwaysBeCountedUp) {
+    AppSettings::setrecordNameBaseOn(std::numeric_limits<int>::max());
+    AppSettings::setrecordNameBaseOn(AppSettings::recordNameBaseOn() + 1);
+    EXPECT_GT(AppSettings::recordNameBaseOn(), 0);
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+#include <unicode/locid.h>
 
 #include <limits>
 
@@ -95,6 +96,17 @@ TEST(ToolString, CapitalYearIsTheWeekYear) {
               QStringLiteral("2018-12-31 14:07:09"));
     EXPECT_EQ(ToolString::stringFromDate(date, QStringLiteral("YYYY")), QStringLiteral("2019"));
     EXPECT_EQ(ToolString::stringFromDate(QDateTime(), QStringLiteral("yyyy")), QString());
+}
+
+TEST(ToolString, DatesHaveTheDigitsAndTheCalendarThatProgramsRead) {
+    for (const char *name : {"fa_IR", "ar_EG", "th_TH"}) {
+        UErrorCode status = U_ZERO_ERROR;
+        icu::Locale::setDefault(icu::Locale(name), status);
+        EXPECT_EQ(ToolString::stringFromDate(QDateTime(QDate(2018, 3, 5), QTime(14, 7, 9)),
+                                             QStringLiteral("yyyy-MM-dd HH:mm:ss")),
+                  QStringLiteral("2018-03-05 14:07:09"))
+            << name;
+    }
 }
 
 TEST(ToolString, ExpressionsAreIcusAndBrokenOnesMatchNothing) {

@@ -50,8 +50,8 @@ TEST(UpdateCheck, BrokenDescriptionsAreReadAsFarAsTheyGo) {
         {"not even markup", false, ""},
         {"{\"AppVersion\": 251}", false, ""},
         {"", false, ""},
-        {"<!DOCTYPE u [<!ENTITY a \"x\"><!ENTITY b \"&a;&a;\">]><u><AppVersion>&b;</AppVersion></u>", true, "xx"},
-        {"<!DOCTYPE u [<!ENTITY f SYSTEM \"file:///etc/hostname\">]><u><AppVersion>&f;</AppVersion></u>", true, ""},
+        {"<!DOCTYPE u [<!ENTITY a \"x\"><!ENTITY b \"&a;&a;\">]><u><AppVersion>&b;</AppVersion></u>", false, ""},
+        {"<!DOCTYPE u [<!ENTITY f SYSTEM \"file:///etc/hostname\">]><u><AppVersion>&f;</AppVersion></u>", false, ""},
     };
     for (const auto &[text, describes, version] : cases) {
         const auto parsed = UpdateCheck::parse(QString::fromUtf8(text));
@@ -69,16 +69,35 @@ TEST(UpdateCheck, OnlyANewerVersionThatIsNotSkippedIsOffered) {
         const char *version;
         int number;
         bool offered;
-    } cases[] = {{"250", 250, false},  {"251", 251, true},        {"249", 249, false},   {"2.5.0", 250, false},
-                 {"2.5.1", 251, true}, {" 2.6 ", 260, false},     {"260", 260, false},   {"2.6.1", 261, true},
-                 {"2.x", 0, false},    {"soon", 0, false},        {"", 0, false},        {"-300", -300, false},
-                 {"2.10.0", 0, false}, {"99999999999", 0, false}, {"3.0.0.7", 300, true}};
+    } cases[] = {{"250", 250, false},
+                 {"251", 251, true},
+                 {"249", 249, false},
+                 {"2.5.0", 250, false},
+                 {"2.5.1", 251, true},
+                 {" 2.6 ", 260, false},
+                 {"260", 260, false},
+                 {"2.6.1", 261, true},
+                 {"2.x", 0, false},
+                 {"soon", 0, false},
+                 {"", 0, false},
+                 {"-300", 0, false},
+                 {"2.10.0", 2'010'000, true},
+                 {"2.4.12", 2'004'012, false},
+                 {"1.99.0", 1'099'000, false},
+                 {"10.0", 1000, true},
+                 {"2.5.1000", 0, false},
+                 {"99999999999", 0, false},
+                 {"3.0.0.7", 300, true}};
     for (const auto &[version, number, offered] : cases) {
         UpdateDescription description;
         description.AppVersion = QString::fromUtf8(version);
         EXPECT_EQ(description.versionID(), number) << version;
         EXPECT_EQ(description.isOffered(), offered) << version;
     }
+    AppSettings::setUpdateSkipVersionID(2'010'000);
+    UpdateDescription skipped;
+    skipped.AppVersion = QStringLiteral("2.10.0");
+    EXPECT_FALSE(skipped.isOffered());
 }
 
 TEST(UpdateCheck, AsksOnceInAProcessUnderTheProductsReportName) {

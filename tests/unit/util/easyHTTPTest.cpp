@@ -1,6 +1,7 @@
 #include "util/easyHTTP.h"
 
 #include "lang/Lang.h"
+#include "platform/foundation/HttpExchange.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/PrivateWorld.h"
 
@@ -103,6 +104,8 @@ TEST(EasyHTTP, RedirectionsAreFollowedOnTheWebAndAFewTimesOnly) {
             return Reply::redirect("file:///etc/hostname");
         if (request.startsWith("GET /loop "))
             return Reply::redirect(self->url("/loop"));
+        if (request.startsWith("GET /ftp "))
+            return Reply::redirect("ftp://127.0.0.1:1/");
         return Reply::page("arrived");
     });
     self = &server;
@@ -112,6 +115,11 @@ TEST(EasyHTTP, RedirectionsAreFollowedOnTheWebAndAFewTimesOnly) {
     for (const auto &[path, text] : cases)
         EXPECT_EQ(easyHTTP({.redirects = 3}).GET(server.url(path)), text) << path;
     EXPECT_EQ(server.requests().join().count("GET /loop "), 4) << "the first and three more";
+    const auto elsewhere = foundation::sendHttpRequest({.url = server.url("/ftp"), .userAgent = {}, .form = {}});
+    ASSERT_FALSE(elsewhere);
+    EXPECT_TRUE(elsewhere.failure().detail.contains("disabled")) << "not even tried";
+    EXPECT_STREQ(foundation::redirectionProtocols("HTTPS://127.0.0.1/"), "https");
+    EXPECT_STREQ(foundation::redirectionProtocols("http://127.0.0.1/https:"), "http,https");
 }
 
 TEST(EasyHTTP, PostSendsAFormInAsciiAndWritesTheAnswerToTheConsole) {

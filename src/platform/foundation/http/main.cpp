@@ -42,7 +42,7 @@ HttpAnswer answerTo(const HttpQuestion &question) {
     CurlList headers;
     set(CURLOPT_URL, QUrl(request.url).toEncoded().constData());
     set(CURLOPT_PROTOCOLS_STR, "http,https");
-    set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    set(CURLOPT_REDIR_PROTOCOLS_STR, redirectionProtocols(request.url));
     set(CURLOPT_FOLLOWLOCATION, 1L);
     set(CURLOPT_MAXREDIRS, static_cast<long>(limits.redirects));
     set(CURLOPT_TIMEOUT_MS, static_cast<long>(limits.time.count()));

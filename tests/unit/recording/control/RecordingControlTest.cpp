@@ -108,6 +108,9 @@ TEST_F(RecordingControlTest, TasksThatCannotBeAreRefusedAndStoreNothing) {
         EXPECT_FALSE(add(task)) << key;
     }
     EXPECT_FALSE(add({}));
+    QJsonObject endless = json;
+    endless.insert(QStringLiteral("name"), QString(400'000, QLatin1Char('x')));
+    EXPECT_FALSE(add(endless));
     EXPECT_TRUE(AppSettings::scheduleTaskList().isEmpty());
     EXPECT_TRUE(add(json));
     tasks.LoadTasks();

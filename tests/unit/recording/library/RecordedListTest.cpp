@@ -2,8 +2,11 @@
 
 #include "platform/foundation/KeyedArchiver.h"
 #include "platform/hal/embedded/DeviceClock.h"
+#include "recording/library/RecordingsRemoval.h"
 #include "settings/AppSettings.h"
+#include "settings/UserDefaultFunctions.h"
 #include "tests/support/PrivateWorld.h"
+#include "tests/unit/recording/UnwritableSettings.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -48,6 +51,14 @@ public:
             archived.append(archivedItem({file(i), "00:00:01", "1.00 KB", "2026-01-01 00:00:00", {}, {}, {}}));
         AppSettings::setRecordedMovieList(archived);
         return opened();
+    }
+    // What a process finds that knows nothing of what is here, where all changes are additions.
+    int itemsForAnotherProcess() const {
+        const foundation::DefaultsDomain settings(QString::fromLatin1(kBundleIdentifier));
+        ListJournal journal(state() + QStringLiteral("/recordedList.journal"));
+        const QByteArray archive = settings.object(QStringLiteral("recordedList")).toByteArray();
+        return static_cast<int>(foundation::unarchivedObject(archive)->toList().size())
+               + static_cast<int>(journal.changesTo(archive).size());
     }
     static QByteArray stored() { return AppSettings::getFromUserDefaults_Data(QStringLiteral("recordedList")); }
 
@@ -232,6 +243,78 @@ TEST_F(RecordedListTest, TheSweeperDeletesOneFileASecondOnceItExists) {
     list->removeInvalidFile(file(4));
     mClock.advance(std::chrono::milliseconds(2000));
     EXPECT_TRUE(QFile::exists(file(4, false)));
+}
+
+TEST_F(RecordedListTest, AFailedSaveSaysSoAndCostsNothingThatIsOnTheDisk) {
+    large();
+    opened()->addRecordedFile(file(1000), {}, {});
+    const auto list = opened(); // Its next change is to fold the journal into the archive.
+    {
+        const test::UnwritableSettings unwritable;
+        list->remove(*list->items().front());
+        EXPECT_TRUE(list->unsaved().startsWith(QStringLiteral("The list was not saved")));
+        EXPECT_FALSE(list->rename(*list->items().back(), QStringLiteral("new")));
+        EXPECT_TRUE(QFile::exists(file(1000, false))) << "nothing has changed";
+        EXPECT_EQ(list->items().back()->getFileName(), file(1000, false));
+    }
+    ASSERT_TRUE(QFile::exists(journal()));
+    EXPECT_EQ(itemsForAnotherProcess(), 601);
+    ASSERT_TRUE(list->rename(*list->items().back(), QStringLiteral("new")));
+    EXPECT_TRUE(list->unsaved().isEmpty());
+    EXPECT_EQ(names(*opened()), names(*list)) << "what was missing went along";
+    EXPECT_EQ(names(*list).back(), "new");
+}
+
+TEST_F(RecordedListTest, ReadersLeaveTheJournalOfAnotherArchiveAlone) {
+    const auto owner = large();
+    owner->addRecordedFile(file(1000), {}, {});
+    const QByteArray archive = stored();
+    AppSettings::setRecordedMovieList({}); // as a reader that comes between two saves finds it
+    EXPECT_TRUE(opened()->items().empty());
+    AppSettings::saveToUserDefaultsForKeyObjectValue(QStringLiteral("recordedList"), archive);
+    owner->addRecordedFile(file(1001), {}, {});
+    EXPECT_EQ(names(*opened()).mid(600), (QStringList{"r1000", "r1001"}));
+}
+
+TEST_F(RecordedListTest, AVanishedFileShiftsNothingAndTheJournalStaysSmallerThanTheList) {
+    large();
+    ASSERT_TRUE(QFile::remove(file(3, false)));
+    QStringList left;
+    {
+        const auto list = opened();
+        list->items()[3]->setArtist(QStringLiteral("X"));
+        list->save(*list->items()[3]);
+        list->remove(*list->items().back());
+        left = names(*list);
+    }
+    (void)file(3);
+    EXPECT_EQ(names(*opened()), left);
+    const auto list = opened();
+    for (int i = 0; i < 1000; ++i) {
+        list->save(*list->items().back());
+        ASSERT_LT(QFileInfo(journal()).size(), stored().size() / 2);
+    }
+}
+
+TEST_F(RecordedListTest, WhatTheWastebasketRefusesStaysAndWhatComesBackReplacesNothing) {
+    const auto list = opened();
+    const QString fixed = QStringLiteral("/proc/self/status"); // not to be moved by anybody
+    for (const QString &path : {fixed, file(1)})
+        list->addRecordedFile(path, {}, {});
+    RecordingsRemoval removal(*list);
+    const auto failed =
+        removal.remove({list->items()[0].get(), list->items()[1].get()}, RecordingsRemoval::Files::IntoWastebasket);
+    ASSERT_FALSE(failed);
+    EXPECT_TRUE(failed.failure().sentence.contains(fixed));
+    EXPECT_EQ(names(*list), QStringList{"status"});
+    EXPECT_FALSE(QFile::exists(file(1, false)));
+
+    QFile taken(file(1, false));
+    ASSERT_TRUE(taken.open(QIODevice::WriteOnly) && taken.write("another") == 7);
+    taken.close();
+    EXPECT_FALSE(removal.undo());
+    EXPECT_EQ(taken.size(), 7);
+    EXPECT_EQ(names(*list), QStringList{"status"});
 }
 
 } // namespace cantorel

@@ -6,6 +6,7 @@
 #include "recording/session/RecordingSession.h"
 #include "tests/support/Unfinished.h"
 #include "tests/unit/recording/RecordingFixture.h"
+#include "tests/unit/recording/UnwritableSettings.h"
 
 #include <QDir>
 
@@ -105,6 +106,28 @@ TEST_F(CrashLeftoversTest, TheEndOfTheProgramWaitsForARepair) {
     leftovers.recover();
     EXPECT_EQ(view.recovered, QStringList{left});
     EXPECT_EQ(item(), QStringLiteral("00:00:01"));
+}
+
+TEST_F(CrashLeftoversTest, WhatTheStoredListLacksJoinsItAtTheNextStart) {
+    leftovers.recover();
+    QString recorded;
+    {
+        const test::UnwritableSettings unwritable;
+        recorded = record();
+        EXPECT_FALSE(list.unsaved().isEmpty());
+    }
+    for (const bool knowsIt : {false, true}) {
+        RecordedList next(state, *world.clock);
+        next.initRecordedList();
+        EXPECT_EQ(next.itemWithFile(recorded) != nullptr, knowsIt);
+        RecordingJournal journal(state);
+        CrashLeftovers start(view, next, journal);
+        start.recover();
+        EXPECT_NE(next.itemWithFile(recorded), nullptr);
+        EXPECT_TRUE(abandoned().isEmpty());
+        ASSERT_TRUE(RecordingJournal(state).begin(recorded)); // killed before its end
+    }
+    EXPECT_EQ(view.recovered.count(recorded), 1) << "told once";
 }
 
 TEST_F(CrashLeftoversTest, DiscardedOnesAreInTheWastebasketAndOutOfTheList) {

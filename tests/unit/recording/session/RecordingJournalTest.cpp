@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,6 +26,18 @@ class RecordingJournalTest : public ::testing::Test {
 protected:
     QString path(const QString &name) const { return mFolder.filePath(name); }
     QString unfinished(const QString &name) const { return testing::unfinished(path(name)); }
+
+    // What a start makes of all that it names.
+    static std::vector<RecordingJournal::Recovered> recovered(RecordingJournal &&journal) { return recovered(journal); }
+    static std::vector<RecordingJournal::Recovered> recovered(RecordingJournal &journal) {
+        std::vector<RecordingJournal::Recovered> all;
+        for (const QString &file : journal.abandoned()) {
+            for (const auto &one : RecordingJournal::recover(file))
+                all.push_back(one);
+            journal.end(file);
+        }
+        return all;
+    }
 
     QTemporaryDir mFolder;
     const QString mState = mFolder.filePath(QStringLiteral("state/deep"));
@@ -56,7 +69,7 @@ TEST_F(RecordingJournalTest, WhatIsEndedIsForgotten) {
     ASSERT_TRUE(mJournal.claim());
     ASSERT_TRUE(mJournal.begin(file));
     mJournal.end(file);
-    EXPECT_TRUE(RecordingJournal(mState).recover().empty());
+    EXPECT_TRUE(recovered(RecordingJournal(mState)).empty());
     EXPECT_EQ(contents(file), before) << "not looked at";
 }
 
@@ -68,15 +81,15 @@ TEST_F(RecordingJournalTest, UnfinishedRecordingsAreWholeAgainUnderTheirNames) {
         ASSERT_TRUE(mJournal.begin(unfinished(name)));
     ASSERT_TRUE(mJournal.begin(path(QStringLiteral("never made.m4a"))));
     RecordingJournal next(mState);
-    const auto recovered = next.recover();
-    ASSERT_EQ(recovered.size(), static_cast<std::size_t>(names.size()));
-    for (std::size_t i = 0; i < recovered.size(); ++i) {
-        EXPECT_EQ(recovered[i].file, path(names[static_cast<qsizetype>(i)]));
-        EXPECT_EQ(recovered[i].failure, QString());
-        EXPECT_GE(recovered[i].durationSeconds, 1.0) << "at most the last second is missing";
-        EXPECT_TRUE(packetsOf(contents(recovered[i].file)));
+    const auto all = recovered(next);
+    ASSERT_EQ(all.size(), static_cast<std::size_t>(names.size()));
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        EXPECT_EQ(all[i].file, path(names[static_cast<qsizetype>(i)]));
+        EXPECT_EQ(all[i].failure, QString());
+        EXPECT_GE(all[i].durationSeconds, 1.0) << "at most the last second is missing";
+        EXPECT_TRUE(packetsOf(contents(all[i].file)));
     }
-    EXPECT_TRUE(next.recover().empty());
+    EXPECT_TRUE(recovered(next).empty());
     EXPECT_EQ(QDir(mFolder.path()).entryList(QDir::Files | QDir::Hidden).size(), names.size()) << "no copy is left";
 }
 
@@ -87,14 +100,14 @@ TEST_F(RecordingJournalTest, WhatCannotBeRepairedIsKeptUnderAClearNameAndNotTrie
     ASSERT_TRUE(mJournal.claim());
     ASSERT_TRUE(mJournal.begin(file));
     RecordingJournal next(mState);
-    const auto recovered = next.recover();
-    ASSERT_EQ(recovered.size(), 1u);
-    EXPECT_TRUE(Lang::english(recovered[0].failure).endsWith(QLatin1Char('.')))
-        << Lang::english(recovered[0].failure).toStdString();
-    EXPECT_EQ(recovered[0].file, path(QStringLiteral("a (unfinished).m4a")));
-    EXPECT_EQ(contents(recovered[0].file), before);
+    const auto all = recovered(next);
+    ASSERT_EQ(all.size(), 1u);
+    EXPECT_TRUE(Lang::english(all[0].failure).endsWith(QLatin1Char('.')))
+        << Lang::english(all[0].failure).toStdString();
+    EXPECT_EQ(all[0].file, path(QStringLiteral("a (unfinished).m4a")));
+    EXPECT_EQ(contents(all[0].file), before);
     EXPECT_FALSE(QFile::exists(file));
-    EXPECT_TRUE(next.recover().empty());
+    EXPECT_TRUE(recovered(next).empty());
 }
 
 TEST_F(RecordingJournalTest, ARecoveryThatWasInterruptedIsDoneAgain) {
@@ -103,16 +116,16 @@ TEST_F(RecordingJournalTest, ARecoveryThatWasInterruptedIsDoneAgain) {
     ASSERT_TRUE(mJournal.begin(file));
     // The copy that the interrupted one had begun.
     store(path(QStringLiteral(".a.m4a.repaired.m4a")), "half");
-    const auto recovered = RecordingJournal(mState).recover();
-    ASSERT_EQ(recovered.size(), 1u);
-    EXPECT_EQ(recovered[0].failure, QString());
+    const auto all = recovered(RecordingJournal(mState));
+    ASSERT_EQ(all.size(), 1u);
+    EXPECT_EQ(all[0].failure, QString());
     EXPECT_TRUE(packetsOf(contents(file)));
     // Interrupted once the copy had taken its place: the file is whole and stays as it is.
     const QByteArray whole = contents(file);
     ASSERT_TRUE(mJournal.begin(file));
-    const auto again = RecordingJournal(mState).recover();
+    const auto again = recovered(RecordingJournal(mState));
     ASSERT_EQ(again.size(), 1u) << "the list may not have it yet";
-    EXPECT_NEAR(again[0].durationSeconds, recovered[0].durationSeconds, 0.05);
+    EXPECT_NEAR(again[0].durationSeconds, all[0].durationSeconds, 0.05);
     EXPECT_EQ(contents(file), whole);
 }
 
@@ -124,7 +137,7 @@ TEST_F(RecordingJournalTest, LeftoversAreToldAndNotTouched) {
     for (const QString &begun : {file, whole, file, path(QStringLiteral("never made.m4a"))})
         ASSERT_TRUE(mJournal.begin(begun));
     EXPECT_TRUE(mJournal.leftovers().empty()) << "what is written here is none";
-    EXPECT_TRUE(mJournal.recover().empty()) << "and nobody repairs it under the writer's hands";
+    EXPECT_TRUE(recovered(mJournal).empty()) << "and nobody repairs it under the writer's hands";
     for (int start = 0; start < 2; ++start) {
         const auto left = RecordingJournal(mState).leftovers();
         ASSERT_EQ(left.size(), 1u) << "each once, and only unfinished ones";
@@ -158,16 +171,70 @@ TEST_F(RecordingJournalTest, ForeignAndEmptyFilesAreLeftAlone) {
     ASSERT_TRUE(mJournal.claim());
     ASSERT_TRUE(mJournal.begin(foreign));
     ASSERT_TRUE(mJournal.begin(empty));
-    EXPECT_TRUE(RecordingJournal(mState).recover().empty());
+    EXPECT_TRUE(recovered(RecordingJournal(mState)).empty());
     EXPECT_EQ(contents(foreign), "somebody else's");
     EXPECT_TRUE(QFile::exists(empty));
+}
+
+TEST_F(RecordingJournalTest, WhatIsWholeIsNamedWithWhatItWasConvertedTo) {
+    const QString recording = path(QStringLiteral("a.m4a")), converted = path(QStringLiteral("a.mp3"));
+    ASSERT_TRUE(media::repairUnfinished(unfinished(QStringLiteral("other.m4a")), recording));
+    ASSERT_TRUE(QFile::copy(recording, converted));
+    store(path(QStringLiteral("a.wav")), "no sound");
+    const auto files = [&] {
+        QStringList files;
+        for (const auto &one : RecordingJournal::recover(recording))
+            files << one.file;
+        return files;
+    };
+    EXPECT_EQ(files(), (QStringList{recording, converted}));
+    ASSERT_TRUE(QFile::remove(recording));
+    EXPECT_EQ(files(), QStringList{converted});
+    EXPECT_FALSE(RecordingJournal::isOutOfReach(recording));
+    EXPECT_TRUE(RecordingJournal::isOutOfReach(path(QStringLiteral("unplugged/a.m4a"))));
+}
+
+TEST_F(RecordingJournalTest, TheJournalIsItsOwnersAloneAndRecordingsFollowTheUmask) {
+    const auto rights = [](const QString &file) {
+        struct stat status = {};
+        EXPECT_EQ(::stat(QFile::encodeName(file).constData(), &status), 0);
+        return status.st_mode & 0777;
+    };
+    ::umask(0002);
+    const QString file = unfinished(QStringLiteral("a.m4a"));
+    ASSERT_TRUE(mJournal.claim() && mJournal.begin(file));
+    EXPECT_EQ(rights(mState + QStringLiteral("/recording")), 0600u);
+    EXPECT_EQ(rights(file), 0664u);
+    EXPECT_EQ(recovered(RecordingJournal(mState)).size(), 1u);
+    EXPECT_EQ(rights(file), 0664u);
+}
+
+TEST_F(RecordingJournalTest, APipeUnderARecordingsNameIsNotWaitedFor) {
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path(QStringLiteral("a.m4a"))).constData(), 0600), 0);
+    ASSERT_TRUE(mJournal.claim() && mJournal.begin(path(QStringLiteral("a.m4a"))));
+    EXPECT_TRUE(RecordingJournal(mState).leftovers().empty());
+    EXPECT_TRUE(recovered(RecordingJournal(mState)).empty());
+}
+
+TEST_F(RecordingJournalTest, WhatIsEndedStaysWrittenDownUntilTheStoredListHasIt) {
+    const QString first = path(QStringLiteral("a.m4a")), second = path(QStringLiteral("b.m4a"));
+    bool isStored = false;
+    mJournal.listIsStored = [&] { return isStored; };
+    ASSERT_TRUE(mJournal.claim() && mJournal.begin(first) && mJournal.begin(second));
+    mJournal.end(first);
+    EXPECT_EQ(RecordingJournal(mState).abandoned(), (QStringList{first, second}));
+    EXPECT_TRUE(mJournal.abandoned().isEmpty()) << "not ours to repair";
+    isStored = true;
+    mJournal.end(second);
+    EXPECT_TRUE(RecordingJournal(mState).abandoned().isEmpty());
 }
 
 TEST_F(RecordingJournalTest, AFolderThatCannotBeWrittenIsTold) {
     store(path(QStringLiteral("file")), "x");
     RecordingJournal journal(path(QStringLiteral("file/state")));
+    EXPECT_TRUE(journal.claim()) << "nobody else records";
     EXPECT_FALSE(journal.begin(path(QStringLiteral("a.m4a"))));
-    EXPECT_TRUE(journal.recover().empty());
+    EXPECT_TRUE(recovered(journal).empty());
 }
 
 } // namespace cantorel
