@@ -8,6 +8,7 @@
 #include "app/start/SignalWatch.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
+#include "platform/foundation/Console.h"
 #include "recording/control/RecordingControl.h"
 #include "recording/control/RecordingHotkeys.h"
 #include "recording/control/ScheduledSession.h"
@@ -180,6 +181,7 @@ int runWindow(BackendChoice backend) {
 
 int main(int argc, char **argv) {
     using namespace cantorel;
+    foundation::ignoreBrokenPipes();
     SignalWatch::holdBack(); // before the application object and the sound server begin their threads
     QApplication application(argc, argv);
     ui::installAccessibility();

@@ -139,4 +139,26 @@ TEST_F(RecordProgramTest, SignalsAndCrashesGiveTheDevicesBackAndLoseNothing) {
     test::finish(*player);
 }
 
+// A log-out ends everything of a session at once, the guard of the devices first, and nobody reads what is printed.
+TEST_F(RecordProgramTest, ALogOutLeavesTheFileWholeAndTheDevicesAsTheyWere) {
+    const PrivateWorld world;
+    ASSERT_TRUE(world.ready());
+    for (const int guardSignal : {SIGTERM, SIGKILL}) {
+        const auto run = start({"--source", "system", "--format", "2"});
+        ASSERT_TRUE(run->begins()) << run->error.constData();
+        run->process.closeReadChannel(QProcess::StandardError);
+        const std::vector<pid_t> guards = test::guardsOf(run->process.processId());
+        EXPECT_EQ(guards.size(), 1u);
+        for (const pid_t guard : guards)
+            ::kill(guard, guardSignal);
+        run->signal(SIGTERM);
+        EXPECT_EQ(run->status(), 130);
+        EXPECT_FALSE(testing::decoded(run->event("finished")["file"].toString()).empty()) << run->out.constData();
+        EXPECT_TRUE(eventually([&] {
+            return world.metadata("default.audio.sink").contains("builtin_output")
+                   && world.metadata("default.configured.audio.sink").isEmpty();
+        }));
+    }
+}
+
 } // namespace cantorel

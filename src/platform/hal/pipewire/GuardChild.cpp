@@ -13,19 +13,20 @@ namespace cantorel::hal {
 
 namespace {
 
-// Reads until a word comes (disarmed) or the pipe ends (the program is gone). Arguments: key of the choice, stand-in,
-// the device that shall be in force, "set" or "clear", and the choice. The command line tool of the server does the
-// rest, and is not waited for without end. What was chosen is put back only after its device is in force, or the server
-// might stay with the stand-in.
+// Reads until a word comes (disarmed) or the pipe ends (the program is gone); a log-out, which signals both at once,
+// does not end it before. Arguments: key of the choice, stand-in, the device that shall be in force, "set" or "clear",
+// and the choice. The command line tool of the server does the rest, and is not waited for without end. What was chosen
+// is put back only after its device is in force, or the server might stay with the stand-in.
 constexpr const char *kScript = R"SH(
+trap '' HUP INT TERM
 read -r word && exit 0
 names() {
-    case "$(timeout 5 pw-metadata 0 "$1" 2>/dev/null)" in
+    case "$(timeout -s KILL 5 pw-metadata 0 "$1" 2>/dev/null)" in
     *"\"name\":\"$2\""*|*"\"name\": \"$2\""*) ;;
     *) false ;;
     esac
 }
-choose() { timeout 5 pw-metadata 0 "$1" "{\"name\":\"$2\"}" Spa:String:JSON; }
+choose() { timeout -s KILL 5 pw-metadata 0 "$1" "{\"name\":\"$2\"}" Spa:String:JSON; }
 names "$1" "$2" || exit 0
 if [ -n "$3" ]; then
     choose "$1" "$3"
@@ -36,7 +37,7 @@ if [ -n "$3" ]; then
     done
 fi
 if [ "$4" = clear ]; then
-    timeout 5 pw-metadata -d 0 "$1"
+    timeout -s KILL 5 pw-metadata -d 0 "$1"
 elif [ "$5" != "$3" ]; then
     choose "$1" "$5"
 fi
