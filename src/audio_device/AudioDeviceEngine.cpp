@@ -5,6 +5,9 @@
 #include "platform/hal/HardwareSystem.h"
 #include "settings/AppSettings.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace cantorel {
 
 QString AudioDeviceEngine::_systemDeviceName;
@@ -16,6 +19,9 @@ constexpr AudioObjectPropertyAddress kDefaultInput = {kAudioHardwarePropertyDefa
 constexpr AudioObjectPropertyAddress kDefaultOutput = {kAudioHardwarePropertyDefaultOutputDevice,
                                                        kAudioObjectPropertyScopeGlobal, 0};
 constexpr AudioObjectPropertyAddress kDevices = {kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal, 0};
+
+// When an output that is there is tried again.
+constexpr std::chrono::milliseconds kRetry(500);
 
 const QString kVirtualName = QLatin1String(kTessolarAudioDeviceName);
 const QString kAggregateName = QLatin1String(kTessolarAggregateDeviceName);
@@ -239,9 +245,23 @@ bool AudioDeviceEngine::setSVAD() {
         if (const AudioDeviceID replacement = replacementOutput(); replacement != kAudioObjectUnknown)
             mOutputDeviceID = replacement;
     }
-    mAudioThreEngine->SetOutputDevice(mOutputDeviceID);
+    mIsHeard = true;
+    hearAt(mOutputDeviceID);
     watchRouting(true);
     return true;
+}
+
+// Lets the sound be heard at the output, or nowhere for 0.
+void AudioDeviceEngine::hearAt(AudioDeviceID output) {
+    mRetry.reset();
+    if (output != kAudioObjectUnknown
+        && (output != mAudioThreEngine->outputDeviceID() || !mAudioThreEngine->IsRunning()))
+        mAudioThreEngine->SetOutputDevice(output);
+    const bool heard = output != kAudioObjectUnknown && mAudioThreEngine->IsRunning();
+    if (!heard && output != kAudioObjectUnknown)
+        mRetry = hal::HardwareSystem::clock().after(kRetry, [this] { followRouting(); });
+    if (std::exchange(mIsHeard, heard) != heard)
+        foundation::NotificationCenter::defaultCenter().post(kNotificationRoutedSoundIsHeard, heard);
 }
 
 bool AudioDeviceEngine::isRouted() const {
@@ -264,6 +284,7 @@ void AudioDeviceEngine::unsetSVAD() {
 
 void AudioDeviceEngine::giveBack() {
     mUnsetIsKept = false;
+    mRetry.reset();
     watchRouting(false);
     rememberRealOutput();
     if (mAudioThreEngine)
@@ -303,19 +324,16 @@ void AudioDeviceEngine::followRouting() {
         return std::find(devices.begin(), devices.end(), device) != devices.end();
     };
     if (!present(mSVADDeviceID))
-        return;
-    AudioDeviceID output = mOutputDeviceID;
+        return hearAt(kAudioObjectUnknown);
     if (chosen != kAudioObjectUnknown && !isOwnDevice(chosen)) {
-        output = chosen;
+        mOutputDeviceID = chosen;
         (void)setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID);
-    } else if (!present(output) || isOwnDevice(output)) {
-        output = replacementOutput();
     }
-    if (output == kAudioObjectUnknown
-        || (output == mAudioThreEngine->outputDeviceID() && mAudioThreEngine->IsRunning()))
-        return;
-    mOutputDeviceID = output;
-    mAudioThreEngine->SetOutputDevice(output);
+    const AudioDeviceID current = mAudioThreEngine->outputDeviceID();
+    if (present(mOutputDeviceID) && !isOwnDevice(mOutputDeviceID))
+        hearAt(mOutputDeviceID);
+    else
+        hearAt(present(current) ? current : replacementOutput());
 }
 
 QVariantMap AudioDeviceEngine::createAggregateDevice() {

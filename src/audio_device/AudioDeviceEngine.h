@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio_device/AudioThruEngine.h"
+#include "platform/foundation/Clock.h"
 #include "platform/foundation/NotificationCenter.h"
 
 #include <QStringList>
@@ -15,6 +16,10 @@ inline constexpr foundation::NotificationName<QVariantMap> kNotificationDefaultI
     "SystemAudioDefaultInputDeviceDidChanged"};
 inline constexpr foundation::NotificationName<QVariantMap> kNotificationDefaultOutputDidChange{
     "SystemAudioDefaultOutputDeviceDidChanged"};
+
+// Posted while system sound is routed: false when nobody hears it any more for lack of an output, true when it is heard
+// again.
+inline constexpr foundation::NotificationName<bool> kNotificationRoutedSoundIsHeard{"RoutedSoundIsHeard"};
 
 // Names of the devices that the engine knows.
 inline constexpr const char *kTessolarAudioDeviceName = "Tessolar_AudioDevice";
@@ -100,6 +105,7 @@ private:
     static OSStatus routingChanged(AudioObjectID object, std::uint32_t count,
                                    const AudioObjectPropertyAddress *addresses, void *engine);
     void followRouting();
+    void hearAt(AudioDeviceID output);
     void rememberRealOutput();
     void watchRouting(bool watch);
     bool isRouted() const;
@@ -118,6 +124,8 @@ private:
     AudioDeviceID mInputDeviceID = 0;
     bool mKeepsRouting = false;
     bool mUnsetIsKept = false;
+    bool mIsHeard = true;                              // as last told, while routed
+    std::unique_ptr<foundation::Timer> mRetry;         // while an output that is there can't be played to
     std::unique_ptr<AudioThruEngine> mAudioThreEngine; // Spelling is fixed. Only while routed.
 };
 

@@ -4,8 +4,8 @@
 
 namespace cantorel::hal {
 
-DeviceIO::DeviceIO(AudioObjectID device, std::function<void()> streamEnded)
-    : mDevice(device), mStreamEnded(std::move(streamEnded)) {}
+DeviceIO::DeviceIO(AudioObjectID device, std::function<void()> streamEnded, std::function<void(Direction)> flowChanged)
+    : mDevice(device), mStreamEnded(std::move(streamEnded)), mFlowChanged(std::move(flowChanged)) {}
 
 void DeviceIO::setBlockFrames(std::uint32_t frames) {
     mBlockFrames = std::clamp(frames, IOEngine::kMinBlockFrames, IOEngine::kMaxBlockFrames);
@@ -60,7 +60,7 @@ DeviceIO::Entry *DeviceIO::entryFor(bool input, bool output, const Device &devic
         mEntries.erase(entry);
     }
     auto engine = std::make_unique<IOEngine>(mDevice, inputChannels, outputChannels, mBlockFrames, mStreamEnded);
-    mEntries.push_back({std::move(engine), input, output, inputChannels, outputChannels});
+    mEntries.push_back({std::move(engine), input, output, inputChannels, outputChannels, kAudioObjectUnknown, {}});
     return &mEntries.back();
 }
 
@@ -102,8 +102,17 @@ void DeviceIO::stop(Registration &registration) {
     sweep();
 }
 
-bool DeviceIO::anyRunning() const {
-    return std::any_of(mEntries.begin(), mEntries.end(), [](const Entry &e) { return e.engine->anyRunning(); });
+bool DeviceIO::flows(Direction direction) const {
+    return std::any_of(mEntries.begin(), mEntries.end(), [&](const Entry &e) {
+        return (direction == Direction::Input ? e.input : e.output) && e.engine->flows();
+    });
+}
+
+void DeviceIO::tellFlow(const Entry &entry) const {
+    if (entry.input)
+        mFlowChanged(Direction::Input);
+    if (entry.output)
+        mFlowChanged(Direction::Output);
 }
 
 IOEngine *DeviceIO::readingEngineOf(const void *clientData) const {
@@ -117,7 +126,9 @@ IOEngine *DeviceIO::readingEngineOf(const void *clientData) const {
 
 void DeviceIO::sweep() {
     for (Entry &entry : mEntries) {
-        (void)entry.engine->closeIfEnded();
+        const bool ended = entry.engine->closeIfEnded();
+        if (ended && entry.engine->anyRunning())
+            tellFlow(entry);
         if (!entry.engine->anyRunning()) {
             entry.engine->close();
             entry.engine->setPlaybackGains(1, 1);
@@ -132,12 +143,19 @@ bool DeviceIO::takeUp(HardwareBackend &backend, const Device &device,
     for (Entry &entry : mEntries) {
         if (!entry.engine->anyRunning() || entry.engine->stream())
             continue;
-        // The procedures were made for other channels: they wait until the device has those again.
-        if ((entry.input && entry.inputChannels != device.record.input.channels)
-            || (entry.output && entry.outputChannels != device.record.output.channels))
+        // The procedures were made for other channels: they wait until the device has those again, or are started anew.
+        const std::pair offered(entry.input ? device.record.input.channels : 0,
+                                entry.output ? device.record.output.channels : 0);
+        if (offered != std::pair(entry.inputChannels, entry.outputChannels)) {
+            if (std::exchange(entry.misfit, offered) != offered)
+                tellFlow(entry);
             continue;
+        }
+        entry.misfit = {};
         DeviceStream *leader = entry.leaderDevice ? readingStreamOf(entry.leaderDevice) : nullptr;
-        if (!entry.engine->open(backend, device.record.uid, leader))
+        if (entry.engine->open(backend, device.record.uid, leader))
+            tellFlow(entry);
+        else
             missing = true;
     }
     return missing;

@@ -45,6 +45,8 @@ public:
     bool closeIfEnded();
     DeviceStream *stream() const { return mStream.get(); }
     bool hasLeader() const { return mHasLeader; }
+    // Whether procedures run and have a stream that brings them cycles.
+    bool flows() const { return mStream && !mHasEnded.load() && anyRunning(); }
 
     void setBlockFrames(std::uint32_t frames);
     // Factors for the first and second channel of what is played (further channels repeat them).

@@ -175,12 +175,20 @@ void ObjectTable::announceDifferences(const std::vector<Device> &before) {
 }
 
 DeviceIO &ObjectTable::ioOf(AudioObjectID device) {
-    return mIO.try_emplace(device, device, [this] { schedule(); }).first->second;
+    const auto flowChanged = [this, device](Direction direction) {
+        announce(device, kAudioDevicePropertyDeviceIsRunning,
+                 direction == Direction::Input ? kAudioDevicePropertyScopeInput : kAudioDevicePropertyScopeOutput);
+    };
+    return mIO
+        .try_emplace(
+            device, device, [this] { schedule(); }, flowChanged)
+        .first->second;
 }
 
 DeviceState ObjectTable::stateOf(const Device &device) {
     const DeviceIO &io = ioOf(device.id);
-    return {device, io.blockFrames(), io.anyRunning(), mAggregates.find(device.record.uid)};
+    return {device, io.blockFrames(), io.flows(Direction::Input), io.flows(Direction::Output),
+            mAggregates.find(device.record.uid)};
 }
 
 std::optional<PropertyValue> ObjectTable::systemProperty(const AudioObjectPropertyAddress &address) {
@@ -221,7 +229,7 @@ std::optional<PropertyValue> ObjectTable::property(AudioObjectID object, const A
     if (const AggregateSpec *spec = uid.isEmpty() ? nullptr : mAggregates.find(uid)) {
         Device absent{object, spec->name, {}};
         absent.record.uid = uid;
-        return deviceProperty({absent, ioOf(object).blockFrames(), false, spec}, address);
+        return deviceProperty({absent, ioOf(object).blockFrames(), false, false, spec}, address);
     }
     status = kAudioHardwareBadObjectError;
     return std::nullopt;
