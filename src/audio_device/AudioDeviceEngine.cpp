@@ -217,12 +217,21 @@ AudioDeviceID AudioDeviceEngine::replacementOutput() const {
     return kAudioObjectUnknown;
 }
 
-// What is heard and restored is whatever real device the person has chosen by now, also where the news of a choice made
-// while the sound is routed is still on its way.
+// What is heard is whatever real device the person has chosen by now, also where the news of a choice made while the
+// sound is routed is still on its way.
 void AudioDeviceEngine::rememberRealOutput() {
     const AudioDeviceID chosen = systemDevice(kAudioHardwarePropertyDefaultOutputDevice);
     if (chosen != kAudioObjectUnknown && !isOwnDevice(chosen))
         mOutputDeviceID = chosen;
+}
+
+void AudioDeviceEngine::displaceOutput() {
+    CHECK_ERR(setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID) ? 0 : -1,
+              "Couldn't change default output device");
+    // What the server fell back on while the virtual device was away is no choice of the person's.
+    if (const AudioDeviceID displaced = hal::HardwareSystem::displacedDefault(hal::Direction::Output);
+        displaced != kAudioObjectUnknown && !isOwnDevice(displaced))
+        mOutputDeviceID = displaced;
 }
 
 bool AudioDeviceEngine::setSVAD() {
@@ -237,8 +246,7 @@ bool AudioDeviceEngine::setSVAD() {
     }
     watchRouting(false);
     rememberRealOutput();
-    CHECK_ERR(setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID) ? 0 : -1,
-              "Couldn't change default output device");
+    displaceOutput();
     mAudioThreEngine = std::make_unique<AudioThruEngine>();
     mAudioThreEngine->SetInputDevice(mSVADDeviceID);
     if (mOutputDeviceID == kAudioObjectUnknown || isOwnDevice(mOutputDeviceID)) {
@@ -287,14 +295,14 @@ void AudioDeviceEngine::giveBack() {
     mRetry.reset();
     watchRouting(false);
     rememberRealOutput();
+    const AudioDeviceID heard = mAudioThreEngine ? mAudioThreEngine->outputDeviceID() : kAudioObjectUnknown;
     if (mAudioThreEngine)
         mAudioThreEngine->Stop();
-    // A device that is the default already is not chosen: the choice may name one that is absent for now.
-    if (mOutputDeviceID != kAudioObjectUnknown
-        && mOutputDeviceID != systemDevice(kAudioHardwarePropertyDefaultOutputDevice))
+    hal::HardwareSystem::giveBackDefault(hal::Direction::Output, heard);
+    // One of our own that was the default before is none to stay with.
+    const AudioDeviceID left = systemDevice(kAudioHardwarePropertyDefaultOutputDevice);
+    if (left != kAudioObjectUnknown && isOwnDevice(left) && mOutputDeviceID != kAudioObjectUnknown)
         (void)setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mOutputDeviceID);
-    // Where the virtual device has vanished, it may still be the choice.
-    hal::HardwareSystem::giveBackDefault(hal::Direction::Output);
     mAudioThreEngine.reset();
 }
 
@@ -327,7 +335,7 @@ void AudioDeviceEngine::followRouting() {
         return hearAt(kAudioObjectUnknown);
     if (chosen != kAudioObjectUnknown && !isOwnDevice(chosen)) {
         mOutputDeviceID = chosen;
-        (void)setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID);
+        displaceOutput();
     }
     const AudioDeviceID current = mAudioThreEngine->outputDeviceID();
     if (present(mOutputDeviceID) && !isOwnDevice(mOutputDeviceID))

@@ -107,6 +107,7 @@ private:
     void followRouting();
     void hearAt(AudioDeviceID output);
     void rememberRealOutput();
+    void displaceOutput();
     void watchRouting(bool watch);
     bool isRouted() const;
     void giveBack();

@@ -26,7 +26,10 @@ public:
     // Makes the device the default of a direction until it is given back, or this program ends in whatever way. What
     // was chosen before then comes back, absence included, unless somebody has chosen yet another device meanwhile.
     static OSStatus borrowDefault(Direction direction, AudioObjectID device);
-    static void giveBackDefault(Direction direction);
+    // otherwise: what shall be in force where the device that was is gone; 0: whatever the server picks.
+    static void giveBackDefault(Direction direction, AudioObjectID otherwise = kAudioObjectUnknown);
+    // The device that the person's choice amounts to while another stands in for it; 0 when none does, or it is gone.
+    static AudioObjectID displacedDefault(Direction direction);
 
     // Delivers to the listeners what they wait for, and takes up again the streams whose device has come back; the
     // event loop does the same by itself. On the thread that made the system.

@@ -181,6 +181,39 @@ TEST(DeviceEngine, TheOnlyOutputThatComesBackIsHeardAsBefore) {
     }
 }
 
+// What is heard meanwhile, at whatever device there is, is no choice of the person's.
+TEST(DeviceEngine, AnAbsenceLeavesThePersonsChoiceAsItWas) {
+    const struct {
+        std::optional<QString> choice;
+        bool atTheStart; // nothing to hear with
+        bool comesBack;
+    } cases[] = {{QString("Headset"), false, true},
+                 {QString("Headset"), false, false},
+                 {std::nullopt, true, true},
+                 {QString("Headset"), true, true}};
+    for (const auto &[choice, atTheStart, comesBack] : cases) {
+        SCOPED_TRACE(::testing::Message() << choice.value_or("none").toStdString() << atTheStart << comesBack);
+        RoutedWorld world;
+        if (atTheStart)
+            world.backend->unplug("builtin_output");
+        else
+            world.backend->plug(outputDevice("Headset"));
+        world.backend->setConfiguredDefault(Direction::Output, {choice, QString()}, std::nullopt);
+        ASSERT_TRUE(world.engine.activateSVAD());
+        ASSERT_TRUE(world.engine.setSVAD());
+        world.backend->unplug("Headset");
+        world.system->deliverChanges();
+        EXPECT_EQ(world.hears("builtin_output"), !atTheStart);
+        if (comesBack)
+            world.backend->plug(outputDevice("Headset"));
+        world.system->deliverChanges();
+        EXPECT_EQ(world.hears("Headset"), comesBack);
+        world.engine.unsetSVAD();
+        EXPECT_EQ(world.backend->configuredDefault(Direction::Output), choice);
+        EXPECT_EQ(world.engine.defaultOutputDevice(), comesBack ? "Headset" : "Built-in Output");
+    }
+}
+
 TEST(DeviceEngine, ListsRealDevicesBySide) {
     RoutedWorld world;
     world.engine.activateSVAD();

@@ -1,5 +1,7 @@
 #include "platform/hal/core/DefaultChoice.h"
 
+#include <algorithm>
+
 namespace cantorel::hal {
 
 bool DefaultChoice::set(const QString &uid, bool standIn) {
@@ -33,9 +35,13 @@ bool DefaultChoice::restore() {
     return mBackend.setConfiguredDefault(mDirection, before, std::nullopt);
 }
 
-void DefaultChoice::giveBack() {
+void DefaultChoice::giveBack(const QString &otherwise) {
     if (!mDisplaced || !mDisplaced->standIn)
         return;
+    const auto devices = mBackend.devices();
+    const auto isDevice = [this](const DeviceRecord &record) { return record.uid == mDisplaced->device; };
+    if (!otherwise.isEmpty() && std::none_of(devices.begin(), devices.end(), isDevice))
+        mDisplaced->device = otherwise;
     if (mBackend.configuredDefault(mDirection) == mDisplaced->instead)
         (void)restore();
     else

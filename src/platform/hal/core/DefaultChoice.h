@@ -14,8 +14,11 @@ public:
     // Makes the device the default. standIn: only for as long as the program wants it. Then the choice before comes
     // back with giveBack(), and also should the program end without it.
     bool set(const QString &uid, bool standIn);
-    // Ends the standing in, unless somebody has chosen yet another device meanwhile: that choice stays.
-    void giveBack();
+    // Ends the standing in, unless somebody has chosen yet another device meanwhile: that choice stays. otherwise: what
+    // shall be in force where the device that was is gone.
+    void giveBack(const QString &otherwise);
+    // UID of what the person's choice amounted to while another device stands in for it; else empty.
+    QString displaced() const { return mDisplaced && mDisplaced->standIn ? mDisplaced->device : QString(); }
 
 private:
     struct Displaced {

@@ -35,9 +35,13 @@ OSStatus HardwareSystem::borrowDefault(Direction direction, AudioObjectID device
     return gObjects ? gObjects->borrowDefault(direction, device) : OSStatus(kAudioHardwareNotRunningError);
 }
 
-void HardwareSystem::giveBackDefault(Direction direction) {
+void HardwareSystem::giveBackDefault(Direction direction, AudioObjectID otherwise) {
     if (gObjects)
-        gObjects->giveBackDefault(direction);
+        gObjects->giveBackDefault(direction, otherwise);
+}
+
+AudioObjectID HardwareSystem::displacedDefault(Direction direction) {
+    return gObjects ? gObjects->displacedDefault(direction) : kAudioObjectUnknown;
 }
 
 void HardwareSystem::deliverChanges() { mObjects->deliver(); }

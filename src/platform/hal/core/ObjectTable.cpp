@@ -359,7 +359,7 @@ OSStatus ObjectTable::setDefault(Direction direction, AudioObjectID id, bool bor
         return kAudioHardwareBadDeviceError;
     // The program's own devices are never what a person would choose to stay with.
     const bool standIn = borrowed || device->record.isLoopback || mAggregates.find(device->record.uid);
-    const bool done = (input ? mInputChoice : mOutputChoice).set(device->record.uid, standIn);
+    const bool done = choiceOf(direction).set(device->record.uid, standIn);
     sync();
     return done ? kAudioHardwareNoError : kAudioHardwareUnspecifiedError;
 }
@@ -369,14 +369,23 @@ OSStatus ObjectTable::borrowDefault(Direction direction, AudioObjectID device) {
     sync();
     const OSStatus status = setDefault(direction, device, true);
     if (status != kAudioHardwareNoError)
-        (direction == Direction::Input ? mInputChoice : mOutputChoice).giveBack();
+        choiceOf(direction).giveBack({});
     return status;
 }
 
-void ObjectTable::giveBackDefault(Direction direction) {
+void ObjectTable::giveBackDefault(Direction direction, AudioObjectID otherwise) {
     const Lock lock(mMutex);
-    (direction == Direction::Input ? mInputChoice : mOutputChoice).giveBack();
     sync();
+    const Device *device = mDevices.find(otherwise);
+    choiceOf(direction).giveBack(device ? device->record.uid : QString());
+    sync();
+}
+
+AudioObjectID ObjectTable::displacedDefault(Direction direction) {
+    const Lock lock(mMutex);
+    sync();
+    const Device *device = mDevices.findByUid(choiceOf(direction).displaced());
+    return device ? device->id : kAudioObjectUnknown;
 }
 
 OSStatus ObjectTable::set(AudioObjectID object, const AudioObjectPropertyAddress &address, std::uint32_t size,

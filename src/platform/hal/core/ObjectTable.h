@@ -42,7 +42,8 @@ public:
 
     // See HardwareSystem.
     OSStatus borrowDefault(Direction direction, AudioObjectID device);
-    void giveBackDefault(Direction direction);
+    void giveBackDefault(Direction direction, AudioObjectID otherwise);
+    AudioObjectID displacedDefault(Direction direction);
     void deliver();
 
 private:
@@ -67,6 +68,9 @@ private:
                                           OSStatus &status);
     DeviceState stateOf(const Device &device);
     DeviceIO &ioOf(AudioObjectID device);
+    DefaultChoice &choiceOf(Direction direction) {
+        return direction == Direction::Input ? mInputChoice : mOutputChoice;
+    }
 
     std::recursive_mutex mMutex;
     HardwareBackend &mBackend;
