@@ -301,7 +301,8 @@ void AudioDeviceEngine::giveBack() {
     hal::HardwareSystem::giveBackDefault(hal::Direction::Output, heard);
     // One of our own that was the default before is none to stay with.
     const AudioDeviceID left = systemDevice(kAudioHardwarePropertyDefaultOutputDevice);
-    if (left != kAudioObjectUnknown && isOwnDevice(left) && mOutputDeviceID != kAudioObjectUnknown)
+    if (left != kAudioObjectUnknown && isOwnDevice(left) && mOutputDeviceID != kAudioObjectUnknown
+        && !isOwnDevice(mOutputDeviceID))
         (void)setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mOutputDeviceID);
     mAudioThreEngine.reset();
 }

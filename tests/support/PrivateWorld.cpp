@@ -185,7 +185,8 @@ void PrivateWorld::choose(const QString &key, const QString &node) const {
     if (node.isEmpty())
         run("pw-metadata", {"-d", "0", choice});
     else
-        run("pw-metadata", {"0", choice, "{\"name\":\"" + node + "\"}", "Spa:String:JSON"});
+        run("pw-metadata", {"0", choice, QJsonDocument(QJsonObject{{"name", node}}).toJson(QJsonDocument::Compact),
+                            "Spa:String:JSON"});
 }
 
 std::unique_ptr<QProcess> PrivateWorld::feed(const QString &file, const QString &source) const {

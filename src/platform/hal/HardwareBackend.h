@@ -118,6 +118,9 @@ public:
     // UID of the default device in force, empty when there is none. Never a sink's monitor for Direction::Input.
     virtual QString defaultDevice(Direction direction) const = 0;
 
+    // Whether the choices of default devices are known now and can be changed: a server may be away, or without the
+    // part of it that keeps them.
+    virtual bool keepsDefaults() const = 0;
     // The choice that the person made and the server keeps, which may name an absent device; nothing when none was
     // made.
     virtual std::optional<QString> configuredDefault(Direction direction) const = 0;

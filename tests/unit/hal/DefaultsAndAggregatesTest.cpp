@@ -103,6 +103,57 @@ TEST(Defaults, WhatIsBorrowedIsGivenBackUnlessAnotherWasChosenMeanwhile) {
     EXPECT_NE(HardwareSystem::borrowDefault(Direction::Input, 4711), 0) << "without a system";
 }
 
+// Killed with its guard, a power cut, a log-out that ends the server first: the next start gives back what was chosen.
+TEST(Defaults, WhatAProgramLeftDisplacedIsGivenBackByTheNextOne) {
+    const QString state = QDir::homePath() + QStringLiteral("/state");
+    const QString ours = QStringLiteral("Tessolar_AudioDevice"), other = QStringLiteral("builtin_output");
+    const auto nextStart = [&](const std::optional<QString> &stored, LeftDefault expected) {
+        auto backend = std::make_unique<EmbeddedBackend>(std::make_shared<ManualClock>(), [] { return true; });
+        EmbeddedBackend &server = *backend;
+        (void)server.devices();
+        server.setConfiguredDefault(Direction::Output, {stored, QString()}, std::nullopt);
+        const HardwareSystem system(std::move(backend), state);
+        EXPECT_EQ(HardwareSystem::leftDefault(Direction::Output), expected);
+        return server.configuredDefault(Direction::Output);
+    };
+    for (const auto &choice : {std::optional<QString>(), std::optional(QStringLiteral("gone \"\\\n"))}) {
+        {
+            EmbeddedWorld world;
+            world.backend->setConfiguredDefault(Direction::Output, {choice, QString()}, std::nullopt);
+            ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+            EXPECT_EQ(nextStart(ours, LeftDefault::InUse), ours) << "its program lives";
+        }
+        EXPECT_EQ(nextStart(ours, LeftDefault::GivenBack), choice);
+        EXPECT_EQ(nextStart(ours, LeftDefault::Nothing), ours) << "a choice that nobody displaced";
+    }
+    {
+        EmbeddedWorld world;
+        ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+    }
+    EXPECT_EQ(nextStart(other, LeftDefault::Nothing), other) << "somebody has chosen meanwhile";
+}
+
+TEST(Defaults, WhatCannotBeGivenBackNowIsGivenBackLater) {
+    for (const bool newsComes : {true, false}) {
+        EmbeddedWorld world;
+        world.backend->setConfiguredDefault(Direction::Output, QStringLiteral("gone"), std::nullopt);
+        ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+        world.backend->keepDefaults(false);
+        HardwareSystem::giveBackDefault(Direction::Output);
+        world.system->deliverChanges();
+        world.backend->keepDefaults(true);
+        if (newsComes)
+            world.system->deliverChanges();
+        else // It is lent again at once.
+            ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+        EXPECT_EQ(world.backend->configuredDefault(Direction::Output),
+                  newsComes ? QStringLiteral("gone") : QStringLiteral("Tessolar_AudioDevice"));
+        HardwareSystem::giveBackDefault(Direction::Output);
+        EXPECT_EQ(world.backend->configuredDefault(Direction::Output), QStringLiteral("gone"));
+        EXPECT_FALSE(QFile::exists(QDir::homePath() + QStringLiteral("/state/displaced-output.json")));
+    }
+}
+
 TEST(Defaults, RefuseDevicesWithoutThatSide) {
     EmbeddedWorld world;
     EXPECT_NE(setDefaultOutput(named("Built-in Microphone")), 0);

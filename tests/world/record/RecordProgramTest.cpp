@@ -161,4 +161,24 @@ TEST_F(RecordProgramTest, ALogOutLeavesTheFileWholeAndTheDevicesAsTheyWere) {
     }
 }
 
+TEST_F(RecordProgramTest, WhatAKilledProgramAndItsGuardLeaveIsGivenBackAndNamed) {
+    const PrivateWorld world;
+    ASSERT_TRUE(world.ready());
+    const auto run = start({"--source", "system"});
+    ASSERT_TRUE(run->begins()) << run->error.constData();
+    const std::vector<pid_t> guards = test::guardsOf(run->process.processId());
+    ASSERT_EQ(guards.size(), 1u);
+    ::kill(guards[0], SIGKILL);
+    run->signal(SIGKILL);
+    run->status();
+    ASSERT_TRUE(world.metadata("default.configured.audio.sink").contains("Tessolar_AudioDevice"));
+    EXPECT_TRUE(world.run(CANTOREL_CLI, {"doctor"}).contains("given back now"));
+    EXPECT_TRUE(world.metadata("default.audio.sink").contains("builtin_output"));
+    EXPECT_EQ(world.metadata("default.configured.audio.sink"), "");
+    world.choose("audio.sink", "Tessolar_AudioDevice");
+    ASSERT_TRUE(eventually([&] { return world.metadata("default.audio.sink").contains("Tessolar_AudioDevice"); }));
+    EXPECT_TRUE(
+        world.run(CANTOREL_CLI, {"doctor"}).contains("cantorel-cli devices default output \"Built-in Output\""));
+}
+
 } // namespace cantorel

@@ -11,8 +11,7 @@ ObjectTable *gObjects = nullptr;
 } // namespace
 
 HardwareSystem::HardwareSystem(std::unique_ptr<HardwareBackend> backend, const QString &stateFolder)
-    : mBackend(std::move(backend)),
-      mObjects(std::make_unique<ObjectTable>(*mBackend, stateFolder + QStringLiteral("/aggregate-devices.json"))) {
+    : mBackend(std::move(backend)), mObjects(std::make_unique<ObjectTable>(*mBackend, stateFolder)) {
     gSystem = this;
     gObjects = mObjects.get();
 }
@@ -42,6 +41,10 @@ void HardwareSystem::giveBackDefault(Direction direction, AudioObjectID otherwis
 
 AudioObjectID HardwareSystem::displacedDefault(Direction direction) {
     return gObjects ? gObjects->displacedDefault(direction) : kAudioObjectUnknown;
+}
+
+LeftDefault HardwareSystem::leftDefault(Direction direction) {
+    return gObjects ? gObjects->leftDefault(direction) : LeftDefault::Nothing;
 }
 
 void HardwareSystem::deliverChanges() { mObjects->deliver(); }

@@ -33,11 +33,11 @@ OSStatus writeObject(AudioObjectID object, std::uint32_t *size, void *data) {
 
 } // namespace
 
-ObjectTable::ObjectTable(HardwareBackend &backend, const QString &aggregateFile)
+ObjectTable::ObjectTable(HardwareBackend &backend, const QString &stateFolder)
     : mBackend(backend),
-      mAggregates(aggregateFile),
-      mInputChoice(backend, Direction::Input),
-      mOutputChoice(backend, Direction::Output) {
+      mAggregates(stateFolder + QStringLiteral("/aggregate-devices.json")),
+      mInputChoice(backend, Direction::Input, stateFolder + QStringLiteral("/displaced-input.json")),
+      mOutputChoice(backend, Direction::Output, stateFolder + QStringLiteral("/displaced-output.json")) {
     for (const AggregateSpec &spec : mAggregates.all()) {
         if (!spec.subDeviceUids.isEmpty())
             (void)mBackend.makeAggregate(
@@ -45,6 +45,8 @@ ObjectTable::ObjectTable(HardwareBackend &backend, const QString &aggregateFile)
     }
     mBackend.subscribe([this] { schedule(); });
     const Lock lock(mMutex);
+    for (const Direction direction : {Direction::Input, Direction::Output})
+        choiceOf(direction).recover();
     sync();
 }
 
@@ -64,6 +66,8 @@ void ObjectTable::deliver() {
     std::vector<ListenerList::Call> calls;
     {
         const Lock lock(mMutex);
+        for (const Direction direction : {Direction::Input, Direction::Output})
+            choiceOf(direction).settle();
         sync();
         if (takeUpStreams())
             QTimer::singleShot(kRetryMilliseconds, this, [this] { schedule(); });
@@ -386,6 +390,11 @@ AudioObjectID ObjectTable::displacedDefault(Direction direction) {
     sync();
     const Device *device = mDevices.findByUid(choiceOf(direction).displaced());
     return device ? device->id : kAudioObjectUnknown;
+}
+
+LeftDefault ObjectTable::leftDefault(Direction direction) {
+    const Lock lock(mMutex);
+    return choiceOf(direction).left();
 }
 
 OSStatus ObjectTable::set(AudioObjectID object, const AudioObjectPropertyAddress &address, std::uint32_t size,

@@ -21,7 +21,7 @@ class ObjectTable : public QObject {
 public:
     static constexpr AudioObjectID kAggregatePlugIn = 2;
 
-    ObjectTable(HardwareBackend &backend, const QString &aggregateFile);
+    ObjectTable(HardwareBackend &backend, const QString &stateFolder);
     ~ObjectTable() override;
 
     OSStatus settable(AudioObjectID object, const AudioObjectPropertyAddress &address, bool &settable);
@@ -44,6 +44,7 @@ public:
     OSStatus borrowDefault(Direction direction, AudioObjectID device);
     void giveBackDefault(Direction direction, AudioObjectID otherwise);
     AudioObjectID displacedDefault(Direction direction);
+    LeftDefault leftDefault(Direction direction);
     void deliver();
 
 private:

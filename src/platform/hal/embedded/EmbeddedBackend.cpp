@@ -153,13 +153,28 @@ QString EmbeddedBackend::defaultDevice(Direction direction) const {
 
 std::optional<QString> EmbeddedBackend::configuredDefault(Direction direction) const {
     const Lock lock(mMutex);
-    return mConfigured[index(direction)];
+    return mKeepsDefaults ? mConfigured[index(direction)] : std::nullopt;
+}
+
+bool EmbeddedBackend::keepsDefaults() const {
+    const Lock lock(mMutex);
+    return mKeepsDefaults;
+}
+
+void EmbeddedBackend::keepDefaults(bool keep) {
+    {
+        const Lock lock(mMutex);
+        mKeepsDefaults = keep;
+    }
+    announce();
 }
 
 bool EmbeddedBackend::setConfiguredDefault(Direction direction, const DefaultSetting &setting,
                                            const std::optional<DefaultSetting> &) {
     {
         const Lock lock(mMutex);
+        if (!mKeepsDefaults)
+            return false;
         mConfigured[index(direction)] = setting.choice;
     }
     announce();

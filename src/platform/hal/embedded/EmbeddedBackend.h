@@ -22,6 +22,7 @@ public:
     foundation::Clock &clock() override { return *mClock; }
     std::vector<DeviceRecord> devices() const override;
     QString defaultDevice(Direction direction) const override;
+    bool keepsDefaults() const override;
     std::optional<QString> configuredDefault(Direction direction) const override;
     bool setConfiguredDefault(Direction direction, const DefaultSetting &setting,
                               const std::optional<DefaultSetting> &guard) override;
@@ -41,6 +42,8 @@ public:
     void unplug(const QString &uid);
     void setSource(const QString &uid, SoundSource source);
     void setTap(const QString &uid, SoundTap tap);
+    // Without the part of a server that keeps choices, which are what they were when it is back.
+    void keepDefaults(bool keep);
     // Another program that plays: to the device, or with an empty UID to the default output wherever that is. Ends with
     // the handle.
     [[nodiscard]] std::shared_ptr<void> play(SoundSource program, const QString &uid = {});
@@ -76,6 +79,7 @@ private:
     std::vector<std::unique_ptr<SoftwareStream>> mStreams;
     std::vector<std::shared_ptr<Program>> mPrograms;
     std::optional<QString> mConfigured[2];
+    bool mKeepsDefaults = true;
     // Held while the listener is told, so that ending the subscription waits for it.
     mutable std::recursive_mutex mListenerMutex;
     std::function<void()> mChanged;

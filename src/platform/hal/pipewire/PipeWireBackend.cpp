@@ -294,6 +294,11 @@ QString PipeWireBackend::defaultDevice(Direction direction) const {
     return mGraph && !mLost ? mGraph->defaultInForce(direction) : QString();
 }
 
+bool PipeWireBackend::keepsDefaults() const {
+    const LoopLock lock(mLoop.get());
+    return mGraph && !mLost && mGraph->hasDefaults() && mGraph->hasSettled();
+}
+
 std::optional<QString> PipeWireBackend::configuredDefault(Direction direction) const {
     const LoopLock lock(mLoop.get());
     return mGraph && !mLost ? mGraph->configuredDefault(direction) : std::nullopt;

@@ -29,6 +29,7 @@ public:
     foundation::Clock &clock() override { return mClock; }
     std::vector<DeviceRecord> devices() const override;
     QString defaultDevice(Direction direction) const override;
+    bool keepsDefaults() const override;
     std::optional<QString> configuredDefault(Direction direction) const override;
     bool setConfiguredDefault(Direction direction, const DefaultSetting &setting,
                               const std::optional<DefaultSetting> &guard) override;
