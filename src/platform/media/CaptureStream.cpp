@@ -4,6 +4,7 @@
 #include "platform/hal/HardwareSystem.h"
 #include "platform/media/MediaFailures.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 #include <thread>
@@ -43,31 +44,38 @@ AudioObjectID deviceOf(const QString &uid) {
     return status == kAudioHardwareNoError ? device : kAudioObjectUnknown;
 }
 
-std::vector<int> channelsOfParts(AudioObjectID device, int channels) {
-    const AudioObjectPropertyAddress address = {kAudioAggregateDevicePropertyFullSubDeviceList,
-                                                kAudioObjectPropertyScopeGlobal, 0};
-    CFArrayRef list = nullptr;
-    std::uint32_t size = sizeof list;
-    std::vector<int> parts;
-    if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &list) == kAudioHardwareNoError) {
-        for (const QString &uid : adoptRef(list)) {
-            const int own = static_cast<int>(inputFormat(deviceOf(uid)).mChannelsPerFrame);
-            if (own > 0)
-                parts.push_back(own);
-        }
-    }
-    // What does not add up is taken for one source.
-    return std::accumulate(parts.begin(), parts.end(), 0) == channels ? parts : std::vector<int>{channels};
-}
-
 } // namespace
 
 CaptureStream::CaptureStream(const CaptureDevice &device, double sampleRate, int channels)
     : mDevice(device.objectID),
       mSampleRate(sampleRate),
       mChannels(channels),
-      mSourceChannels(channelsOfParts(device.objectID, channels)),
+      mParts(partsOf(device.objectID)),
+      mSourceChannels(sourcesOf(mParts, channels)),
       mMeter(channels, sampleRate) {}
+
+std::vector<CaptureStream::Part> CaptureStream::partsOf(AudioObjectID device) {
+    const AudioObjectPropertyAddress address = {kAudioAggregateDevicePropertyFullSubDeviceList,
+                                                kAudioObjectPropertyScopeGlobal, 0};
+    CFArrayRef list = nullptr;
+    std::uint32_t size = sizeof list;
+    std::vector<Part> parts;
+    if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &list) == kAudioHardwareNoError) {
+        for (const QString &uid : adoptRef(list)) {
+            const AudioObjectID part = deviceOf(uid);
+            parts.push_back({part, static_cast<int>(inputFormat(part).mChannelsPerFrame)});
+        }
+    }
+    return parts;
+}
+
+std::vector<int> CaptureStream::sourcesOf(const std::vector<Part> &parts, int channels) {
+    std::vector<int> sources;
+    for (const Part &part : parts)
+        sources.push_back(part.channels);
+    // What does not add up is taken for one source.
+    return std::accumulate(sources.begin(), sources.end(), 0) == channels ? sources : std::vector<int>{channels};
+}
 
 Result<std::unique_ptr<CaptureStream>> CaptureStream::open(const CaptureDevice &device) {
     const AudioStreamBasicDescription format = inputFormat(device.objectID);
@@ -84,20 +92,25 @@ Result<std::unique_ptr<CaptureStream>> CaptureStream::open(const CaptureDevice &
     (void)AudioObjectSetPropertyData(stream->mDevice, &usageAddress, 0, nullptr, sizeof usage, &usage);
     if (AudioDeviceStart(stream->mDevice, stream->mProc) != kAudioHardwareNoError)
         return failures::deviceNotOpened(device.localizedName);
-    AudioObjectAddPropertyListener(stream->mDevice, &kAlive, &aliveChanged, stream.get());
-    for (const AudioObjectPropertyAddress &format : kFormat)
-        AudioObjectAddPropertyListener(stream->mDevice, &format, &formatChanged, stream.get());
+    stream->watch(true);
     return stream;
 }
 
 CaptureStream::~CaptureStream() {
-    AudioObjectRemovePropertyListener(mDevice, &kAlive, &aliveChanged, this);
-    for (const AudioObjectPropertyAddress &format : kFormat)
-        AudioObjectRemovePropertyListener(mDevice, &format, &formatChanged, this);
+    watch(false);
     if (!mProc)
         return;
     AudioDeviceStop(mDevice, mProc); // returns after the last cycle
     AudioDeviceDestroyIOProcID(mDevice, mProc);
+}
+
+void CaptureStream::watch(bool begins) {
+    const auto change = begins ? AudioObjectAddPropertyListener : AudioObjectRemovePropertyListener;
+    change(mDevice, &kAlive, &aliveChanged, this);
+    for (const AudioObjectPropertyAddress &format : kFormat)
+        change(mDevice, &format, &formatChanged, this);
+    for (const Part &part : mParts)
+        change(part.device, &kAlive, &partChanged, this);
 }
 
 OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const AudioBufferList *input,
@@ -115,6 +128,8 @@ OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const Audio
     if (FrameQueue *queue = self.mQueue.load()) {
         if (inputTime && inputTime->mFlags & kAudioTimeStampDiscontinuity)
             self.meetHole(*queue, *inputTime);
+        if (self.mLacksPart.load(std::memory_order_relaxed))
+            queue->countFilled(frames);
         queue->push(samples, frames);
     }
     self.mCycles.fetch_add(1);
@@ -149,10 +164,12 @@ void CaptureStream::beginHoleHere() {
 
 bool CaptureStream::matchesDevice() const {
     const AudioStreamBasicDescription format = inputFormat(mDevice);
-    const bool absent = format.mChannelsPerFrame == 0; // it comes back as it was, or is met again then
-    return absent
-           || (format.mSampleRate == mSampleRate && format.mChannelsPerFrame == static_cast<std::uint32_t>(mChannels)
-               && channelsOfParts(mDevice, mChannels) == mSourceChannels);
+    if (format.mChannelsPerFrame == 0) // absent: it comes back as it was, or is met again then
+        return true;
+    const std::vector<Part> parts = partsOf(mDevice);
+    const bool allThere = std::all_of(parts.begin(), parts.end(), [](const Part &part) { return part.channels > 0; });
+    return format.mSampleRate == mSampleRate && format.mChannelsPerFrame == static_cast<std::uint32_t>(mChannels)
+           && (!allThere || sourcesOf(parts, mChannels) == mSourceChannels);
 }
 
 void CaptureStream::waitForCycle() const {
@@ -172,6 +189,25 @@ OSStatus CaptureStream::formatChanged(AudioObjectID, std::uint32_t, const AudioO
     const auto &self = *static_cast<CaptureStream *>(clientData);
     if (self.onFormatChanged)
         self.onFormatChanged();
+    return kAudioHardwareNoError;
+}
+
+OSStatus CaptureStream::partChanged(AudioObjectID, std::uint32_t, const AudioObjectPropertyAddress *,
+                                    void *clientData) {
+    auto &self = *static_cast<CaptureStream *>(clientData);
+    const bool allThere = std::all_of(self.mParts.begin(), self.mParts.end(),
+                                      [](const Part &part) { return inputFormat(part.device).mChannelsPerFrame > 0; });
+    if (allThere == !self.mPartLostAt)
+        return kAudioHardwareNoError;
+    self.mLacksPart.store(!allThere, std::memory_order_relaxed);
+    const foundation::Clock::Duration now = hal::HardwareSystem::clock().now();
+    const double away = std::chrono::duration<double>(now - self.mPartLostAt.value_or(now)).count();
+    if (allThere)
+        self.mPartLostAt.reset();
+    else
+        self.mPartLostAt = now;
+    if (self.mAlive && self.onPartsChanged) // else all of it is away, which is told already
+        self.onPartsChanged(allThere, away);
     return kAudioHardwareNoError;
 }
 

@@ -99,8 +99,10 @@ SoftwareDevice *EmbeddedBackend::find(const QString &uid) const {
 }
 
 bool EmbeddedBackend::isComplete(const SoftwareDevice &device) const {
-    return std::all_of(device.members.begin(), device.members.end(),
-                       [this](const QString &uid) { return find(uid) != nullptr; });
+    return device.members.empty()
+           || (!device.widths.empty()
+               && std::any_of(device.members.begin(), device.members.end(),
+                              [this](const QString &uid) { return find(uid) != nullptr; }));
 }
 
 void EmbeddedBackend::announce() const {
@@ -260,16 +262,16 @@ bool EmbeddedBackend::makeAggregate(const AggregateSpec &spec) {
     refreshLoopback();
     SoftwareDevice device = plainDevice(spec.uid, spec.name, 0, 0);
     device.members.assign(spec.subDeviceUids.begin(), spec.subDeviceUids.end());
-    bool complete = false;
     {
         const Lock lock(mMutex);
         if (const SoftwareDevice *master = find(spec.masterUid))
             device.record.sampleRate = master->record.sampleRate;
         std::erase_if(mDevices, [&](const auto &old) { return old->record.uid == spec.uid; });
-        complete = isComplete(device) && !device.members.empty();
     }
     plug(std::move(device));
-    return complete;
+    const Lock lock(mMutex);
+    const SoftwareDevice *made = find(spec.uid);
+    return made && !made->widths.empty();
 }
 
 void EmbeddedBackend::removeAggregate(const QString &uid) { unplug(uid); }
@@ -294,11 +296,13 @@ void EmbeddedBackend::plug(SoftwareDevice device) {
 
 void EmbeddedBackend::widenAggregates() {
     for (const auto &device : mDevices) {
-        if (device->members.empty() || !isComplete(*device))
+        const auto isThere = [this](const QString &uid) { return find(uid) != nullptr; };
+        if (!device->widths.empty() || !std::all_of(device->members.begin(), device->members.end(), isThere))
             continue;
-        device->record.input.channels = 0;
-        for (const QString &member : device->members)
-            device->record.input.channels += find(member)->record.input.channels;
+        for (const QString &member : device->members) {
+            device->widths.push_back(find(member)->record.input.channels);
+            device->record.input.channels += device->widths.back();
+        }
     }
 }
 

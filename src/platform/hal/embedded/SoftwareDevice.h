@@ -30,6 +30,7 @@ struct SoftwareDevice {
     DeviceRecord record;
     std::vector<double> rates;    // that it can do
     std::vector<QString> members; // of an aggregate, in order
+    std::vector<int> widths;      // channels of each member, once all have been there
     SoundSource source;           // silence without one
     SoundTap tap;
     foundation::Clock::Duration start{}; // when position was 0
