@@ -79,6 +79,8 @@ struct StreamRequest {
     // with the same number of frames. When the leader ends or is destroyed, this stream runs on by its own clock. Null:
     // none.
     DeviceStream *leader = nullptr;
+    // How long a server may take to begin.
+    foundation::Clock::Duration patience = std::chrono::seconds(3);
 };
 
 // An aggregate: one input device whose channels are those of the sub-devices' input sides, in order.

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <numeric>
 #include <thread>
+#include <utility>
 
 namespace cantorel::media {
 
@@ -16,6 +17,9 @@ using foundation::Result;
 namespace {
 
 constexpr AudioObjectPropertyAddress kAlive = {kAudioDevicePropertyDeviceIsAlive, kAudioObjectPropertyScopeGlobal,
+                                               kAudioObjectPropertyElementMaster};
+
+constexpr AudioObjectPropertyAddress kFlows = {kAudioDevicePropertyDeviceIsRunning, kAudioDevicePropertyScopeInput,
                                                kAudioObjectPropertyElementMaster};
 
 // What a stream is opened for once and for all.
@@ -106,7 +110,7 @@ CaptureStream::~CaptureStream() {
 
 void CaptureStream::watch(bool begins) {
     const auto change = begins ? AudioObjectAddPropertyListener : AudioObjectRemovePropertyListener;
-    change(mDevice, &kAlive, &aliveChanged, this);
+    change(mDevice, &kFlows, &flowChanged, this);
     for (const AudioObjectPropertyAddress &format : kFormat)
         change(mDevice, &format, &formatChanged, this);
     for (const Part &part : mParts)
@@ -211,19 +215,18 @@ OSStatus CaptureStream::partChanged(AudioObjectID, std::uint32_t, const AudioObj
     return kAudioHardwareNoError;
 }
 
-OSStatus CaptureStream::aliveChanged(AudioObjectID device, std::uint32_t, const AudioObjectPropertyAddress *,
-                                     void *clientData) {
+OSStatus CaptureStream::flowChanged(AudioObjectID device, std::uint32_t, const AudioObjectPropertyAddress *,
+                                    void *clientData) {
     auto &self = *static_cast<CaptureStream *>(clientData);
-    std::uint32_t alive = 0;
-    std::uint32_t size = sizeof alive;
-    if (AudioObjectGetPropertyData(device, &kAlive, 0, nullptr, &size, &alive) != kAudioHardwareNoError)
-        alive = 0;
-    if (self.mAlive == (alive != 0))
-        return kAudioHardwareNoError;
-    self.mAlive = alive != 0;
-    if (self.mAlive)
+    std::uint32_t flows = 0;
+    std::uint32_t size = sizeof flows;
+    if (AudioObjectGetPropertyData(device, &kFlows, 0, nullptr, &size, &flows) != kAudioHardwareNoError)
+        flows = 0;
+    const bool was = std::exchange(self.mAlive, flows != 0);
+    // It may be back with other channels, which the procedure cannot take.
+    if (inputFormat(device).mChannelsPerFrame > 0)
         (void)formatChanged(device, 0, nullptr, clientData);
-    if (self.onAliveChanged)
+    if (self.mAlive != was && self.onAliveChanged)
         self.onAliveChanged(self.mAlive);
     return kAudioHardwareNoError;
 }

@@ -52,7 +52,7 @@ public:
     // What is missing until now is nobody's: the hole that is noted when the device is back begins here.
     void beginHoleHere();
 
-    // Told when the device goes (false) and when it comes back (true).
+    // Told when the device goes or brings nothing any more (false), and when it brings sound again (true).
     std::function<void(bool alive)> onAliveChanged;
     // Told when one of the devices that this one joins goes (false), and when all are there again (true); its channels
     // are silent meanwhile, and the others go on.
@@ -80,8 +80,8 @@ private:
                                   const AudioObjectPropertyAddress *addresses, void *clientData);
     static OSStatus partChanged(AudioObjectID device, std::uint32_t count, const AudioObjectPropertyAddress *addresses,
                                 void *clientData);
-    static OSStatus aliveChanged(AudioObjectID device, std::uint32_t count, const AudioObjectPropertyAddress *addresses,
-                                 void *clientData);
+    static OSStatus flowChanged(AudioObjectID device, std::uint32_t count, const AudioObjectPropertyAddress *addresses,
+                                void *clientData);
 
     const AudioObjectID mDevice;
     const double mSampleRate;
@@ -89,7 +89,7 @@ private:
     const std::vector<Part> mParts; // none where it is a plain device
     const std::vector<int> mSourceChannels;
     AudioDeviceIOProcID mProc = nullptr;
-    bool mAlive = true;
+    bool mAlive = true;                                     // it brings its cycles
     std::optional<foundation::Clock::Duration> mPartLostAt; // while one is away
     LevelMeter mMeter;
     std::atomic<FrameQueue *> mQueue{nullptr};

@@ -319,6 +319,19 @@ TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
              advance(2000);
          },
          2, 6},
+        {"there without bringing anything for two seconds",
+         [&] {
+             const int lost = mListener.lost;
+             mWorld.backend->stall(mMicrophone->uniqueID, true);
+             advance(1100);
+             mWorld.system->deliverChanges();
+             EXPECT_EQ(mListener.lost, lost + 1) << "within a second";
+             advance(900);
+             mWorld.backend->stall(mMicrophone->uniqueID, false);
+             mWorld.system->deliverChanges();
+             advance(2000);
+         },
+         2, 6},
         {"away twice",
          [&] {
              unplug();

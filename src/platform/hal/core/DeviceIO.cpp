@@ -4,6 +4,14 @@
 
 namespace cantorel::hal {
 
+namespace {
+
+constexpr int kStallLooks = 3;
+// The owner's thread does something else between the tries.
+constexpr std::chrono::milliseconds kRetryPatience(300);
+
+} // namespace
+
 DeviceIO::DeviceIO(AudioObjectID device, std::function<void()> streamEnded, std::function<void(Direction)> flowChanged)
     : mDevice(device), mStreamEnded(std::move(streamEnded)), mFlowChanged(std::move(flowChanged)) {}
 
@@ -60,7 +68,8 @@ DeviceIO::Entry *DeviceIO::entryFor(bool input, bool output, const Device &devic
         mEntries.erase(entry);
     }
     auto engine = std::make_unique<IOEngine>(mDevice, inputChannels, outputChannels, mBlockFrames, mStreamEnded);
-    mEntries.push_back({std::move(engine), input, output, inputChannels, outputChannels, kAudioObjectUnknown, {}});
+    mEntries.push_back(
+        {std::move(engine), input, output, inputChannels, outputChannels, kAudioObjectUnknown, 0, 0, {}});
     return &mEntries.back();
 }
 
@@ -137,6 +146,26 @@ void DeviceIO::sweep() {
     }
 }
 
+bool DeviceIO::watch() {
+    bool any = false;
+    for (Entry &entry : mEntries) {
+        if (!entry.engine->flows()) {
+            entry.stillFor = 0;
+            any = any || entry.engine->anyRunning();
+            continue;
+        }
+        any = true;
+        const std::uint32_t cycles = entry.engine->cycles();
+        entry.stillFor = std::exchange(entry.cycles, cycles) == cycles ? entry.stillFor + 1 : 0;
+        if (entry.stillFor < kStallLooks)
+            continue;
+        entry.stillFor = 0;
+        entry.engine->close();
+        tellFlow(entry);
+    }
+    return any;
+}
+
 bool DeviceIO::takeUp(HardwareBackend &backend, const Device &device,
                       const std::function<DeviceStream *(AudioObjectID)> &readingStreamOf) {
     bool missing = false;
@@ -153,7 +182,7 @@ bool DeviceIO::takeUp(HardwareBackend &backend, const Device &device,
         }
         entry.misfit = {};
         DeviceStream *leader = entry.leaderDevice ? readingStreamOf(entry.leaderDevice) : nullptr;
-        if (entry.engine->open(backend, device.record.uid, leader))
+        if (entry.engine->open(backend, device.record.uid, leader, kRetryPatience))
             tellFlow(entry);
         else
             missing = true;

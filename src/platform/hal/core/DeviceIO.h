@@ -47,6 +47,9 @@ public:
 
     // Gives up streams that ended or that no procedure needs any more.
     void sweep();
+    // Gives up streams that have brought nothing the last times that this was called, though nobody said that they had
+    // ended: called at equal intervals. True while there are any to look at.
+    bool watch();
     // Opens again what procedures wait for. readingStreamOf: the stream that reads the device of an identifier, or
     // null. True while something is still missing.
     bool takeUp(HardwareBackend &backend, const Device &device,
@@ -64,6 +67,8 @@ private:
         int inputChannels;
         int outputChannels;
         AudioObjectID leaderDevice = kAudioObjectUnknown;
+        std::uint32_t cycles = 0;     // when they were looked at last
+        int stillFor = 0;             // looks since then that saw no further one
         std::pair<int, int> misfit{}; // the channels that the device came back with, where they are others
     };
     void tellFlow(const Entry &entry) const;

@@ -10,7 +10,8 @@ namespace {
 
 using Lock = std::lock_guard<std::recursive_mutex>;
 
-constexpr int kRetryMilliseconds = 200;
+constexpr int kRetryMilliseconds = 500;
+constexpr std::chrono::milliseconds kWatchInterval(250);
 
 // The plug-in that makes aggregates answers to this bundle identifier alone.
 const QString &aggregateBundle() {
@@ -51,6 +52,7 @@ ObjectTable::ObjectTable(HardwareBackend &backend, const QString &stateFolder)
 }
 
 ObjectTable::~ObjectTable() {
+    mWatch.reset();
     mBackend.subscribe({});
     mIO.clear();
 }
@@ -82,6 +84,18 @@ void ObjectTable::deliver() {
         (void)call.listener.proc(call.listener.object, static_cast<std::uint32_t>(call.addresses.size()),
                                  call.addresses.data(), call.listener.clientData);
     }
+}
+
+// A stream may stall without a word, as where nobody links it any more.
+void ObjectTable::watchStreams() {
+    const Lock lock(mMutex);
+    bool any = false;
+    for (auto &[id, io] : mIO)
+        any = io.watch() || any;
+    if (mListeners.hasChanges())
+        schedule();
+    if (!any)
+        mWatch.reset();
 }
 
 bool ObjectTable::takeUpStreams() {
@@ -503,6 +517,8 @@ OSStatus ObjectTable::start(AudioObjectID device, AudioDeviceIOProcID id) {
         }
     }
     const OSStatus status = io.start(*registration, mBackend, mDevices.find(device), leader, leaderDevice);
+    if (!mWatch)
+        mWatch = mBackend.clock().every(kWatchInterval, [this] { watchStreams(); });
     sync();
     return status;
 }

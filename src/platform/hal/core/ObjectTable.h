@@ -56,6 +56,7 @@ private:
                   AudioObjectPropertyElement element = 0);
     void schedule();
     bool takeUpStreams();
+    void watchStreams();
 
     std::optional<PropertyValue> systemProperty(const AudioObjectPropertyAddress &address);
     OSStatus translate(AudioObjectPropertySelector selector, AudioValueTranslation &translation);
@@ -81,7 +82,8 @@ private:
     DefaultChoice mOutputChoice;
     ListenerList mListeners;
     std::map<AudioObjectID, DeviceIO> mIO;
-    AudioObjectID mDefaults[2] = {0, 0}; // as last told: input, output
+    AudioObjectID mDefaults[2] = {0, 0};       // as last told: input, output
+    std::unique_ptr<foundation::Timer> mWatch; // while procedures run
     bool mSynced = false;
     std::uintptr_t mNextProcID = 1;
     std::atomic<bool> mScheduled{false};

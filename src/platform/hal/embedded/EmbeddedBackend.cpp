@@ -232,7 +232,7 @@ std::unique_ptr<DeviceStream> EmbeddedBackend::openStream(const StreamRequest &r
     {
         const Lock lock(mMutex);
         const SoftwareDevice *device = find(request.uid);
-        if (!device || !isComplete(*device) || (request.input && device->record.input.channels == 0)
+        if (!device || device->stalls || !isComplete(*device) || (request.input && device->record.input.channels == 0)
             || (request.output && device->record.output.channels == 0))
             return nullptr;
         auto stream = std::make_unique<SoftwareStream>();
@@ -322,6 +322,12 @@ void EmbeddedBackend::unplug(const QString &uid) {
     for (StreamClient *client : orphans)
         client->ended();
     announce();
+}
+
+void EmbeddedBackend::stall(const QString &uid, bool stalls) {
+    const Lock lock(mMutex);
+    if (SoftwareDevice *device = find(uid))
+        device->stalls = stalls;
 }
 
 void EmbeddedBackend::setSource(const QString &uid, SoundSource source) {

@@ -42,6 +42,8 @@ public:
     void unplug(const QString &uid);
     void setSource(const QString &uid, SoundSource source);
     void setTap(const QString &uid, SoundTap tap);
+    // Its streams bring nothing any more, and say nothing of it; nobody can open one.
+    void stall(const QString &uid, bool stalls);
     // Without the part of a server that keeps choices, which are what they were when it is back.
     void keepDefaults(bool keep);
     // Another program that plays: to the device, or with an empty UID to the default output wherever that is. Ends with

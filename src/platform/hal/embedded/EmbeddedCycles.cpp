@@ -39,6 +39,10 @@ Clock::Duration EmbeddedBackend::turn(Clock::Duration now) {
 void EmbeddedBackend::runCycle(SoftwareDevice &device, Clock::Duration now) {
     const std::uint32_t frames = device.cycleFrames();
     const auto hostTime = static_cast<std::uint64_t>(std::max(device.nextCycle(), now).count());
+    if (device.stalls) {
+        device.position += frames;
+        return;
+    }
     if (device.record.output.channels > 0)
         playInto(device, frames);
     if (device.record.input.channels > 0)

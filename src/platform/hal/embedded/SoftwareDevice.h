@@ -33,6 +33,7 @@ struct SoftwareDevice {
     std::vector<int> widths;      // channels of each member, once all have been there
     SoundSource source;           // silence without one
     SoundTap tap;
+    bool stalls = false;
     foundation::Clock::Duration start{}; // when position was 0
     std::int64_t position = 0;           // frames since it began
     std::vector<float> heard;            // the last cycle of the input side

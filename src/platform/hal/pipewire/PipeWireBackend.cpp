@@ -25,7 +25,6 @@ constexpr auto kSettlePatience = std::chrono::seconds(2);
 constexpr auto kNewsPatience = std::chrono::milliseconds(200);
 constexpr int kAttempts = 15;
 constexpr auto kNewcomerPause = std::chrono::milliseconds(100); // by then it has introduced itself
-constexpr auto kStreamPatience = std::chrono::seconds(3);
 
 std::uint32_t channelNumber(const QString &name) {
     for (const spa_type_info *info = spa_type_audio_channel; info->name; ++info) {
@@ -360,7 +359,9 @@ bool PipeWireBackend::setSampleRate(const QString &, double rate) {
 
 std::unique_ptr<DeviceStream> PipeWireBackend::openStream(const StreamRequest &request, StreamClient &client) {
     const LoopLock lock(mLoop.get());
-    const GraphNode *node = mGraph && !mLost ? mGraph->nodeNamed(request.uid) : nullptr;
+    // Without a session manager nobody would link it.
+    const bool canLink = mGraph && !mLost && mGraph->hasDefaults();
+    const GraphNode *node = canLink ? mGraph->nodeNamed(request.uid) : nullptr;
     if (!node || (request.input && node->isSink() && !node->isLoopback) || (request.output && !node->isSink()))
         return nullptr;
     PipeWireStream::Target target;
@@ -378,7 +379,8 @@ std::unique_ptr<DeviceStream> PipeWireBackend::openStream(const StreamRequest &r
     auto stream = std::make_unique<PipeWireStream>(*this, mCore.get(), std::move(target), client,
                                                    static_cast<PipeWireStream *>(request.leader));
     mStreams.insert(stream.get());
-    const bool decided = waitUntil([&] { return stream->streaming() || stream->hasEnded() || mLost; }, kStreamPatience);
+    const bool decided =
+        waitUntil([&] { return stream->streaming() || stream->hasEnded() || mLost; }, request.patience);
     if (!decided || stream->hasEnded() || mLost) {
         stream.reset();
         return nullptr;
