@@ -10,7 +10,7 @@
 
 namespace cantorel {
 
-QString AudioDeviceEngine::_systemDeviceName;
+foundation::Guarded<QString> AudioDeviceEngine::_systemDeviceName;
 
 namespace {
 
@@ -105,10 +105,12 @@ AudioDeviceEngine::~AudioDeviceEngine() {
     removeSystemAudioDeviceChangeListener();
     watchRouting(false);
     mAudioThreEngine.reset();
-    _systemDeviceName.clear();
+    _systemDeviceName.with([](QString &name) { name.clear(); });
 }
 
-QString AudioDeviceEngine::getSystemSoundDeviceName() const { return _systemDeviceName; }
+QString AudioDeviceEngine::getSystemSoundDeviceName() const {
+    return _systemDeviceName.with([](const QString &name) { return name; });
+}
 
 AudioDeviceID AudioDeviceEngine::getTheDeviceIDFromName(const QString &name) const {
     for (const AudioDeviceID device : allDevices()) {
@@ -140,7 +142,8 @@ QStringList AudioDeviceEngine::getAllAudioInputDeviceNames() const {
     QStringList names;
     for (const AudioDeviceID device : allDevices()) {
         const QString name = getDevice_Name_FromDevice(device);
-        if (hasInputBuffers(device) && name != _systemDeviceName && name != kAggregateName && name != kVirtualName)
+        if (hasInputBuffers(device) && name != getSystemSoundDeviceName() && name != kAggregateName
+            && name != kVirtualName)
             names.append(name);
     }
     return names;
@@ -154,7 +157,7 @@ QStringList AudioDeviceEngine::getAllAudioOutputDeviceNames() const {
             continue;
         const QString name = getDevice_Name_FromDevice(device);
         // The last comparison deliberately can't match because of the capitals.
-        if (name == _systemDeviceName || name == kAggregateName || name.toLower() == kAirplay
+        if (name == getSystemSoundDeviceName() || name == kAggregateName || name.toLower() == kAirplay
             || name.toLower() == kVirtualName)
             continue;
         names.append(name);
@@ -162,21 +165,23 @@ QStringList AudioDeviceEngine::getAllAudioOutputDeviceNames() const {
     return names;
 }
 
-bool AudioDeviceEngine::changeDevice(AudioObjectPropertySelector selector, const QString &name,
-                                     AudioDeviceID &remembered) {
+bool AudioDeviceEngine::changeDevice(AudioObjectPropertySelector selector, const QString &name) {
     const AudioDeviceID device = getTheDeviceIDFromName(name);
     if (device == kAudioObjectUnknown || !setSystemDevice(selector, device))
         return false;
-    remembered = device;
+    if (selector == kAudioHardwarePropertyDefaultInputDevice)
+        mInputDeviceID = device;
+    else
+        mOutputDeviceID = device;
     return true;
 }
 
 bool AudioDeviceEngine::changeAudioInputDeviceWithName(const QString &name) {
-    return changeDevice(kAudioHardwarePropertyDefaultInputDevice, name, mInputDeviceID);
+    return changeDevice(kAudioHardwarePropertyDefaultInputDevice, name);
 }
 
 bool AudioDeviceEngine::changeAudioOutputDeviceWithName(const QString &name) {
-    return changeDevice(kAudioHardwarePropertyDefaultOutputDevice, name, mOutputDeviceID);
+    return changeDevice(kAudioHardwarePropertyDefaultOutputDevice, name);
 }
 
 bool AudioDeviceEngine::borrowAudioInputDeviceWithName(const QString &name) {
@@ -196,10 +201,10 @@ bool AudioDeviceEngine::activateSVAD() {
     mSVADDeviceID = kAudioObjectUnknown;
     mInputDeviceID = getCurrentAudioInputDevice();
     mOutputDeviceID = getCurrentAudioOutputDevice();
-    const auto [device, name] = findVirtualDevice();
+    const auto [device, found] = findVirtualDevice();
     if (device == kAudioObjectUnknown)
         return false;
-    _systemDeviceName = name;
+    _systemDeviceName.with([&found = found](QString &known) { known = found; });
     mSVADDeviceID = device;
     return true;
 }
@@ -211,7 +216,8 @@ bool AudioDeviceEngine::isOwnDevice(AudioDeviceID device) const {
 
 AudioDeviceID AudioDeviceEngine::replacementOutput() const {
     for (const QString &name : getAllAudioOutputDeviceNames()) {
-        if (name != _systemDeviceName && name != kAggregateName && name.toLower() != kAirplay && name != kVirtualName)
+        if (name != getSystemSoundDeviceName() && name != kAggregateName && name.toLower() != kAirplay
+            && name != kVirtualName)
             return getTheDeviceIDFromName(name);
     }
     return kAudioObjectUnknown;
@@ -345,13 +351,25 @@ void AudioDeviceEngine::followRouting() {
         hearAt(present(current) ? current : replacementOutput());
 }
 
+QVariantMap AudioDeviceEngine::renewAggregateDevice(const QVariantMap &saved) {
+    const std::lock_guard lock(mAggregateMutex);
+    for (const QVariantMap &known : {saved, mMadeAggregate}) {
+        if (!isAggregateDeviceChanged(known))
+            return known;
+    }
+    destroyAggregateDevice();
+    return createAggregateDevice();
+}
+
 QVariantMap AudioDeviceEngine::createAggregateDevice() {
+    const std::lock_guard lock(mAggregateMutex);
+    mMadeAggregate.clear();
     if (mInputDeviceID == kAudioObjectUnknown)
         mInputDeviceID = getCurrentAudioInputDevice();
     const QString inputName = getDevice_Name_FromDevice(mInputDeviceID);
     QString inputUid, outputUid;
     for (const QString &name : AudioDevices().audioDevices()) {
-        if (name == _systemDeviceName)
+        if (name == getSystemSoundDeviceName())
             outputUid = uidOfCaptureDevice(name);
         if (name == inputName)
             inputUid = uidOfCaptureDevice(name);
@@ -385,10 +403,12 @@ QVariantMap AudioDeviceEngine::createAggregateDevice() {
     if (AudioObjectSetPropertyData(aggregate, &lead, 0, nullptr, kReferenceSize, &master) != kAudioHardwareNoError)
         return {};
     letHardwareSettle();
-    return {{QLatin1String(kAggregateOutputUID), outputUid}, {QLatin1String(kAggregateInputUID), inputUid}};
+    mMadeAggregate = {{QLatin1String(kAggregateOutputUID), outputUid}, {QLatin1String(kAggregateInputUID), inputUid}};
+    return mMadeAggregate;
 }
 
 void AudioDeviceEngine::destroyAggregateDevice() {
+    const std::lock_guard lock(mAggregateMutex);
     const AudioObjectID plugIn = aggregatePlugIn();
     const AudioObjectPropertyAddress destroy = {kAudioPlugInDestroyAggregateDevice, kAudioObjectPropertyScopeGlobal, 0};
     std::uint32_t size = 0;

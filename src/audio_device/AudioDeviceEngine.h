@@ -2,12 +2,15 @@
 
 #include "audio_device/AudioThruEngine.h"
 #include "platform/foundation/Clock.h"
+#include "platform/foundation/Guarded.h"
 #include "platform/foundation/NotificationCenter.h"
 
 #include <QStringList>
 #include <QVariantMap>
 
+#include <atomic>
 #include <memory>
+#include <mutex>
 
 namespace cantorel {
 
@@ -31,8 +34,8 @@ inline constexpr const char *kAggregateInputUID = "AggregateInputUID";
 
 // Decides how the system's sound reaches a recording: makes the virtual device the default output, lets the person hear
 // it through the thru engine, and gives the real device back. Also lists devices, switches defaults, and keeps the
-// aggregate that joins microphone and system sound. Owned by ZQAudioKextKit; main thread, but for createAggregateDevice
-// and destroyAggregateDevice, which may run on a worker.
+// aggregate that joins microphone and system sound. Owned by ZQAudioKextKit; main thread, but for what makes and
+// destroys the aggregate, which may run on a worker.
 class AudioDeviceEngine {
 public:
     AudioDeviceEngine() = default;
@@ -77,6 +80,9 @@ public:
     // failure.
     QVariantMap createAggregateDevice();
     void destroyAggregateDevice();
+    // What joins the default microphone and the virtual device: as saved or made before where that still holds, else
+    // made anew, by one thread at a time. The UIDs of both, or empty on failure.
+    QVariantMap renewAggregateDevice(const QVariantMap &saved);
     bool isExistAggregateDevice() const;
     // Whether the aggregate is missing or joins another microphone than the default one.
     bool isAggregateDeviceChanged(const QVariantMap &saved) const;
@@ -113,16 +119,18 @@ private:
     void giveBack();
     bool isOwnDevice(AudioDeviceID device) const;
     AudioDeviceID replacementOutput() const;
-    bool changeDevice(AudioObjectPropertySelector selector, const QString &name, AudioDeviceID &remembered);
+    bool changeDevice(AudioObjectPropertySelector selector, const QString &name);
     bool setOutputVolumeByChannel(AudioDeviceID device, float volume, bool isSystemDevice);
     std::optional<float> outputVolumeByChannel(AudioDeviceID device) const;
 
     // Of the virtual device, whichever of its names matched; shared by all engines.
-    static QString _systemDeviceName;
+    static foundation::Guarded<QString> _systemDeviceName;
 
     AudioDeviceID mOutputDeviceID = 0; // the real one: heard while routed, restored afterwards
     AudioDeviceID mSVADDeviceID = 0;   // the virtual device
-    AudioDeviceID mInputDeviceID = 0;
+    std::atomic<AudioDeviceID> mInputDeviceID{0};
+    std::recursive_mutex mAggregateMutex; // held while the aggregate is made or destroyed
+    QVariantMap mMadeAggregate;           // as made last
     bool mKeepsRouting = false;
     bool mUnsetIsKept = false;
     bool mIsHeard = true;                              // as last told, while routed

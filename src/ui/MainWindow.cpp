@@ -325,6 +325,8 @@ void MainWindow::showTriggers(const std::array<QString, 3> &triggers) {
 
 bool MainWindow::isRecording() const { return mParts.session.isRecording(); }
 
+bool MainWindow::isSettled() const { return mParts.session.isSettled(); }
+
 bool MainWindow::isPrepareStartRecording() const { return mParts.session.isPrepareStartRecording(); }
 
 void MainWindow::openPreferencesWindowAndShowRecordInterface() {
