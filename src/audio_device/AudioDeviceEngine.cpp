@@ -3,7 +3,6 @@
 #include "audio_device/AudioDevices.h"
 #include "audio_device/AudioProperty.h"
 #include "platform/hal/HardwareSystem.h"
-#include "settings/AppSettings.h"
 
 #include <algorithm>
 #include <utility>
@@ -25,7 +24,7 @@ constexpr std::chrono::milliseconds kRetry(500);
 
 const QString kVirtualName = QLatin1String(kTessolarAudioDeviceName);
 const QString kAggregateName = QLatin1String(kTessolarAggregateDeviceName);
-const QString kOlderVirtualName = QStringLiteral("System Sound");
+const QString kOlderVirtualName = QLatin1String(kOlderVirtualDeviceName);
 const QString kAirplay = QStringLiteral("airplay");
 
 AudioDeviceID systemDevice(AudioObjectPropertySelector selector) {
@@ -57,7 +56,7 @@ bool hasInputBuffers(AudioDeviceID device) { return buffersOfSide(device, true).
 // The virtual device and the name that it is known by; the product's own wins whatever stands before it in the list.
 std::pair<AudioDeviceID, QString> findVirtualDevice() {
     const std::vector<AudioDeviceID> devices = allDevices();
-    const QStringList passes[] = {{kVirtualName}, {kOlderVirtualName, QStringLiteral("Soundflower (2ch)")}};
+    const QStringList passes[] = {{kVirtualName}, {kOlderVirtualName, QLatin1String(kSoundflowerDeviceName)}};
     for (const QStringList &names : passes) {
         for (const AudioDeviceID device : devices) {
             char buffer[64] = {};
@@ -106,6 +105,10 @@ AudioDeviceEngine::~AudioDeviceEngine() {
     watchRouting(false);
     mAudioThreEngine.reset();
     _systemDeviceName.with([](QString &name) { name.clear(); });
+}
+
+QStringList AudioDeviceEngine::virtualDeviceNames() {
+    return {kVirtualName, kOlderVirtualName, QLatin1String(kSoundflowerDeviceName)};
 }
 
 QString AudioDeviceEngine::getSystemSoundDeviceName() const {

@@ -4,6 +4,7 @@
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/Guarded.h"
 #include "platform/foundation/NotificationCenter.h"
+#include "settings/AppSettings.h"
 
 #include <QStringList>
 #include <QVariantMap>
@@ -24,9 +25,9 @@ inline constexpr foundation::NotificationName<QVariantMap> kNotificationDefaultO
 // again.
 inline constexpr foundation::NotificationName<bool> kNotificationRoutedSoundIsHeard{"RoutedSoundIsHeard"};
 
-// Names of the devices that the engine knows.
-inline constexpr const char *kTessolarAudioDeviceName = "Tessolar_AudioDevice";
-inline constexpr const char *kTessolarAggregateDeviceName = "Tessolar_AggregateDevice";
+// Names of further virtual devices that the engine takes where the product's own is missing.
+inline constexpr const char *kOlderVirtualDeviceName = "System Sound";
+inline constexpr const char *kSoundflowerDeviceName = "Soundflower (2ch)";
 
 // Keys of an aggregate description.
 inline constexpr const char *kAggregateOutputUID = "AggregateOutputUID";
@@ -43,6 +44,8 @@ public:
     AudioDeviceEngine(const AudioDeviceEngine &) = delete;
     AudioDeviceEngine &operator=(const AudioDeviceEngine &) = delete;
 
+    // The names of every virtual device that the engine takes, the product's own first.
+    static QStringList virtualDeviceNames();
     // The name of the virtual device that activateSVAD found last; empty before.
     QString getSystemSoundDeviceName() const;
     // The first device of that name; 0 when none has it.

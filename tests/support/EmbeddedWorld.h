@@ -3,6 +3,7 @@
 #include "platform/hal/AudioHardware.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/hal/embedded/EmbeddedBackend.h"
+#include "tests/support/LoopbackNames.h"
 
 #include <QDir>
 #include <QStringList>
@@ -30,7 +31,8 @@ public:
     enum class Virtual { Installed, Missing };
     explicit EmbeddedWorld(Virtual installed = Virtual::Installed)
         : clock(std::make_shared<hal::ManualClock>()), virtualInstalled(installed == Virtual::Installed) {
-        auto made = std::make_unique<hal::EmbeddedBackend>(clock, [this] { return virtualInstalled; });
+        auto made = std::make_unique<hal::EmbeddedBackend>(
+            clock, [this] { return virtualInstalled; }, kLoopbackNames.first());
         backend = made.get();
         system = std::make_unique<hal::HardwareSystem>(std::move(made), QDir::homePath() + QStringLiteral("/state"));
     }

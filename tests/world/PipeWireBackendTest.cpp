@@ -4,6 +4,7 @@
 #include "platform/hal/pipewire/PipeWireBackend.h"
 
 #include "tests/support/EmbeddedWorld.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +29,7 @@ struct Client : StreamClient {
 };
 
 std::unique_ptr<PipeWireBackend> connected() {
-    auto backend = PipeWireBackend::connect(std::chrono::seconds(10));
+    auto backend = PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
     EXPECT_TRUE(backend.ok()) << (backend.ok() ? "" : backend.failure().sentence.toStdString());
     return backend ? std::move(backend).value() : nullptr;
 }
@@ -104,7 +105,7 @@ TEST(PipeWire, ADamagedConfigurationIsNamed) {
     damaged.close();
     // The library leaks a little on this way, so a process of its own takes it.
     const auto attempt = [&] {
-        const auto backend = PipeWireBackend::connect(std::chrono::seconds(1));
+        const auto backend = PipeWireBackend::connect(std::chrono::seconds(1), test::kLoopbackNames);
         std::fputs(backend ? "connected" : backend.failure().sentence.toUtf8().constData(), stderr);
         std::fflush(stderr);
         _exit(0);
@@ -160,7 +161,7 @@ TEST(PipeWire, KilledProgramGivesTheDefaultsBack) {
         ASSERT_EQ(pipe(ready), 0);
         const pid_t child = fork();
         if (child == 0) {
-            auto backend = PipeWireBackend::connect(std::chrono::seconds(10));
+            auto backend = PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
             const std::optional<QString> choice =
                 *before ? std::optional<QString>(QString::fromLatin1(before)) : std::nullopt;
             const bool done =
@@ -245,7 +246,7 @@ TEST(PipeWire, AggregateIsASourceThatOtherProgramsSee) {
 
 TEST(PipeWire, SaysWhyThereIsNoSound) {
     const auto sentence = [](int milliseconds) {
-        const auto backend = PipeWireBackend::connect(std::chrono::milliseconds(milliseconds));
+        const auto backend = PipeWireBackend::connect(std::chrono::milliseconds(milliseconds), test::kLoopbackNames);
         return backend ? QString() : backend.failure().sentence;
     };
     EXPECT_TRUE(sentence(50).contains("No PipeWire sound server is running"));

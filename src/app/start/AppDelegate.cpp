@@ -1,5 +1,6 @@
 #include "app/start/AppDelegate.h"
 
+#include "audio_device/AudioDeviceEngine.h"
 #include "audio_device/AudioProperty.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
@@ -28,7 +29,7 @@ constexpr std::chrono::milliseconds kSettledPause{500};
 
 // The names of the program's own devices.
 bool isOwnDevice(const QString &name) {
-    return name == QLatin1String(kTessolarAudioDeviceName) || name == QStringLiteral("System Sound")
+    return name == QLatin1String(kTessolarAudioDeviceName) || name == QLatin1String(kOlderVirtualDeviceName)
            || name == QLatin1String(kTessolarAggregateDeviceName);
 }
 

@@ -45,9 +45,8 @@ TEST(ThruEngine, CarriesEveryFrameOnceWithTheLatencyItComputes) {
         world.backend->unplug(kVirtual);
         world.backend->unplug(kOutput);
         world.virtualInstalled = false;
-        SoftwareDevice loopback = EmbeddedBackend::virtualDevice();
+        SoftwareDevice loopback = EmbeddedBackend::loopbackDevice(QStringLiteral("loop"));
         loopback.record.cycleFrames = cycle;
-        loopback.record.uid = loopback.record.name = QStringLiteral("loop");
         SoftwareDevice output = EmbeddedBackend::plainDevice(kOutput, QStringLiteral("Built-in Output"), 0, 2);
         output.record.cycleFrames = cycle;
         output.record.safetyOffsetFrames = 24;

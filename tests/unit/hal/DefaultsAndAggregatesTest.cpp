@@ -83,7 +83,8 @@ TEST(Defaults, WhatAProgramLeftDisplacedIsGivenBackByTheNextOne) {
     const QString state = QDir::homePath() + QStringLiteral("/state");
     const QString ours = QStringLiteral("Tessolar_AudioDevice"), other = QStringLiteral("builtin_output");
     const auto nextStart = [&](const std::optional<QString> &stored, LeftDefault expected) {
-        auto backend = std::make_unique<EmbeddedBackend>(std::make_shared<ManualClock>(), [] { return true; });
+        auto backend = std::make_unique<EmbeddedBackend>(
+            std::make_shared<ManualClock>(), [] { return true; }, test::kLoopbackNames.first());
         EmbeddedBackend &server = *backend;
         (void)server.devices();
         server.setConfiguredDefault(Direction::Output, {stored, QString()}, std::nullopt);

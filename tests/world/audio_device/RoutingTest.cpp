@@ -6,6 +6,7 @@
 #include "platform/desktop/ShellScriptHost.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/StampedSound.h"
 
@@ -28,7 +29,7 @@ constexpr std::size_t kSecond = 48000;
 constexpr const char *kOddName = "odd \" \\ \t \xc3\xb6"; // absent, as JSON must carry it
 
 std::unique_ptr<hal::HardwareSystem> hardware() {
-    auto backend = hal::PipeWireBackend::connect(std::chrono::seconds(10));
+    auto backend = hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
     return backend ? std::make_unique<hal::HardwareSystem>(std::move(backend).value(), QDir::homePath()) : nullptr;
 }
 

@@ -6,6 +6,7 @@
 #include "platform/hal/pipewire/PipeWireBackend.h"
 #include "recording/session/RecordingSession.h"
 #include "settings/AppSettings.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/Sound.h"
 #include "tests/support/StampedSound.h"
@@ -43,7 +44,7 @@ struct View : RecordingSessionView {
 // What stands below a session in a test: the server's devices, and what reaches the coder.
 struct Bench {
     Bench() {
-        auto connected = hal::PipeWireBackend::connect(std::chrono::seconds(10));
+        auto connected = hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
         EXPECT_TRUE(connected.ok());
         system = std::make_unique<hal::HardwareSystem>(std::move(connected).value(), QDir::homePath());
         ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap([this](std::span<const float> samples) {

@@ -14,7 +14,6 @@ using Lock = std::lock_guard<std::recursive_mutex>;
 
 constexpr double kRate = 48000;
 constexpr std::uint32_t kCycleFrames = 512;
-const QString kVirtualUid = QStringLiteral("Tessolar_AudioDevice");
 
 DeviceSide plainSide(int channels) {
     DeviceSide side;
@@ -50,8 +49,11 @@ private:
     SoftwareStream *mStream;
 };
 
-EmbeddedBackend::EmbeddedBackend(std::shared_ptr<DeviceClock> clock, std::function<bool()> loopbackInstalled)
-    : mClock(std::move(clock)), mLoopbackInstalled(std::move(loopbackInstalled)) {
+EmbeddedBackend::EmbeddedBackend(std::shared_ptr<DeviceClock> clock, std::function<bool()> loopbackInstalled,
+                                 QString loopbackName)
+    : mClock(std::move(clock)),
+      mLoopbackInstalled(std::move(loopbackInstalled)),
+      mLoopbackName(std::move(loopbackName)) {
     SoftwareDevice microphone =
         plainDevice(QStringLiteral("builtin_microphone"), QStringLiteral("Built-in Microphone"), 2, 0);
     // A soft tone, so that a recording of it is not silence.
@@ -82,8 +84,8 @@ SoftwareDevice EmbeddedBackend::plainDevice(const QString &uid, const QString &n
     return device;
 }
 
-SoftwareDevice EmbeddedBackend::virtualDevice() {
-    SoftwareDevice device = plainDevice(kVirtualUid, kVirtualUid, 2, 2);
+SoftwareDevice EmbeddedBackend::loopbackDevice(const QString &name) {
+    SoftwareDevice device = plainDevice(name, name, 2, 2);
     device.record.isLoopback = true;
     device.record.input.gains.clear(); // Its loudness is that of its output side, and never touches what is recorded.
     device.record.input.canMute = false;
@@ -116,10 +118,10 @@ void EmbeddedBackend::refreshLoopback() const {
         return;
     auto &self = const_cast<EmbeddedBackend &>(*this); // Looking is what finds the device.
     const bool installed = mLoopbackInstalled();
-    if (installed && !find(kVirtualUid))
-        self.plug(virtualDevice());
-    else if (!installed && find(kVirtualUid))
-        self.unplug(kVirtualUid);
+    if (installed && !find(mLoopbackName))
+        self.plug(loopbackDevice(mLoopbackName));
+    else if (!installed && find(mLoopbackName))
+        self.unplug(mLoopbackName);
 }
 
 std::vector<DeviceRecord> EmbeddedBackend::devices() const {

@@ -14,8 +14,9 @@ namespace cantorel::hal {
 // programs, with a manual one for tests, which may also feed, hear, plug and unplug. Safe from any thread.
 class EmbeddedBackend : public HardwareBackend {
 public:
-    // loopbackInstalled: asked at each snapshot whether the virtual device is there; empty: it is not.
-    explicit EmbeddedBackend(std::shared_ptr<DeviceClock> clock, std::function<bool()> loopbackInstalled = {});
+    // loopbackInstalled: asked at each snapshot whether the virtual device of that name is there; empty: it is not.
+    explicit EmbeddedBackend(std::shared_ptr<DeviceClock> clock, std::function<bool()> loopbackInstalled = {},
+                             QString loopbackName = {});
     ~EmbeddedBackend() override;
 
     QString name() const override { return QStringLiteral("embedded"); }
@@ -37,7 +38,7 @@ public:
     // --- The world around the devices ---
     // A description to plug in: stereo, 48 kHz, 512 frames a cycle, volume and mute on its sides.
     static SoftwareDevice plainDevice(const QString &uid, const QString &name, int inputChannels, int outputChannels);
-    static SoftwareDevice virtualDevice();
+    static SoftwareDevice loopbackDevice(const QString &name);
     void plug(SoftwareDevice device);
     void unplug(const QString &uid);
     void setSource(const QString &uid, SoundSource source);
@@ -75,6 +76,7 @@ private:
 
     std::shared_ptr<DeviceClock> mClock;
     const std::function<bool()> mLoopbackInstalled;
+    const QString mLoopbackName;
     // Held during a turn, so that a stream that is closed has had its last cycle.
     mutable std::recursive_mutex mMutex;
     mutable std::vector<std::unique_ptr<SoftwareDevice>> mDevices;

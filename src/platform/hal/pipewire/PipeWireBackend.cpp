@@ -36,7 +36,7 @@ std::uint32_t channelNumber(const QString &name) {
 
 } // namespace
 
-PipeWireBackend::PipeWireBackend() {
+PipeWireBackend::PipeWireBackend(QStringList loopbackNames) : mLoopbackNames(std::move(loopbackNames)) {
     pw_init(nullptr, nullptr);
     mLoop.reset(pw_thread_loop_new("pipewire-loop", nullptr));
     // This configuration alone has the module that makes the data thread a real-time one.
@@ -59,10 +59,11 @@ PipeWireBackend::~PipeWireBackend() {
     pw_thread_loop_stop(mLoop.get());
 }
 
-Result<std::unique_ptr<PipeWireBackend>> PipeWireBackend::connect(Clock::Duration patience) {
+Result<std::unique_ptr<PipeWireBackend>> PipeWireBackend::connect(Clock::Duration patience,
+                                                                  const QStringList &loopbackNames) {
     if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR") && qEnvironmentVariableIsEmpty("PIPEWIRE_RUNTIME_DIR"))
         return explain();
-    std::unique_ptr<PipeWireBackend> backend(new PipeWireBackend); // Its constructor is private.
+    std::unique_ptr<PipeWireBackend> backend(new PipeWireBackend(loopbackNames)); // Its constructor is private.
     if (!backend->mContext)
         return explainConfiguration();
     const Clock::Duration deadline = backend->mClock.now() + patience;
@@ -132,7 +133,7 @@ bool PipeWireBackend::connectToServer() {
     if (!mCore)
         return false; // errno says why
     pw_core_add_listener(mCore.get(), &mCoreHook.hook, &events, this);
-    mGraph = std::make_unique<PipeWireGraph>(mCore.get(), [this] { graphChanged(); });
+    mGraph = std::make_unique<PipeWireGraph>(mCore.get(), mLoopbackNames, [this] { graphChanged(); });
     return true;
 }
 
