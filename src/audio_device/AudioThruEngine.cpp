@@ -15,7 +15,8 @@ namespace {
 constexpr std::uint32_t kFirstBytesPerFrame = 4;
 constexpr std::uint32_t kFirstCapacityFrames = 88200;
 constexpr int kStartPolls = 2001; // of 1 ms
-constexpr int kStopPolls = 201;   // of 5 ms
+constexpr std::chrono::milliseconds kRetry(500);
+constexpr int kStopPolls = 201; // of 5 ms
 
 void print(const QString &text) { foundation::printToConsole(text); }
 
@@ -168,12 +169,20 @@ void AudioThruEngine::followDevices() {
                          || output.streamFormat.mSampleRate != mSampleRate;
     if (!present || !(isOther || (flows(mInputDevice) && flows(mOutputDevice))))
         return;
+    restart();
+}
+
+void AudioThruEngine::restart() {
     SetDevices(mInputDevice.deviceID, mOutputDevice.deviceID);
     SetBufferSize(mBufferSize);
     Start();
+    // A server that has just come back may not be ready for both.
+    if (!IsRunning() && mInputDevice.CountChannels() > 0 && mOutputDevice.CountChannels() > 0)
+        mRetry = hal::HardwareSystem::clock().after(kRetry, [this] { restart(); });
 }
 
 bool AudioThruEngine::Stop() {
+    mRetry.reset();
     if (!mRunning.load())
         return false;
     mRunning.store(false);

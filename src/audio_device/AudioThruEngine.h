@@ -2,6 +2,7 @@
 
 #include "audio_device/AudioDevice.h"
 #include "audio_device/AudioRingBuffer.h"
+#include "platform/foundation/Clock.h"
 
 #include <array>
 #include <atomic>
@@ -85,6 +86,7 @@ private:
     static OSStatus deviceChanged(AudioObjectID device, std::uint32_t count,
                                   const AudioObjectPropertyAddress *addresses, void *engine);
     void followDevices();
+    void restart();
     void watchDevices(bool watch);
     void wait(std::int64_t milliseconds) const;
     void removeProcs();
@@ -104,6 +106,7 @@ private:
     AudioRingBuffer mInputBuffer;
     std::array<std::uint32_t, kMaxChannels> mChannelMap;
     bool mSpreadStereo = false;
+    std::unique_ptr<foundation::Timer> mRetry; // after a new beginning that failed
 
     std::atomic<bool> mRunning{false};
     std::atomic<bool> mMuting{false};
