@@ -45,29 +45,6 @@ StreamRequest reading(const char *uid) { return {QString::fromLatin1(uid), true,
 
 } // namespace
 
-TEST(PipeWire, ListsDevicesWithTheirSides) {
-    PrivateWorld::Options options;
-    options.moreSinks = {"headset_a=USB Headset", "headset_b=USB Headset"};
-    options.moreSources = {"headset_mic=USB Headset"};
-    PrivateWorld world(options);
-    ASSERT_TRUE(world.ready());
-    const auto backend = connected();
-    ASSERT_TRUE(backend);
-    ASSERT_TRUE(eventually([&] { return backend->devices().size() == 6; })) << uids(*backend).join(' ').toStdString();
-    for (const DeviceRecord &record : backend->devices()) {
-        const bool source = record.uid == "builtin_microphone" || record.uid == "headset_mic";
-        EXPECT_EQ(record.input.channels, source || record.isLoopback ? 2 : 0) << record.uid.toStdString();
-        EXPECT_EQ(record.output.channels, source ? 0 : 2) << record.uid.toStdString();
-        EXPECT_EQ(record.isLoopback, record.uid == "Tessolar_AudioDevice");
-        EXPECT_EQ(record.sampleRate, 48000);
-    }
-    HardwareSystem system(connected(), QDir::homePath());
-    QStringList names = test::EmbeddedWorld::names();
-    names.sort();
-    EXPECT_EQ(names, (QStringList{"Built-in Microphone", "Built-in Output", "Tessolar_AudioDevice", "USB Headset",
-                                  "USB Headset (2)", "USB Headset (Input)"}));
-}
-
 TEST(PipeWire, WithoutAMicrophoneThereIsNoDefaultInput) {
     PrivateWorld::Options options;
     options.microphone = false;
@@ -111,21 +88,6 @@ TEST(PipeWire, ADamagedConfigurationIsNamed) {
         _exit(0);
     };
     EXPECT_EXIT(attempt(), testing::ExitedWithCode(0), file.toStdString());
-}
-
-TEST(PipeWire, DefaultsAreChosenTakenAwayAndGuarded) {
-    PrivateWorld world;
-    auto backend = connected();
-    ASSERT_TRUE(backend);
-    EXPECT_EQ(backend->configuredDefault(Direction::Output), std::nullopt);
-    ASSERT_TRUE(backend->setConfiguredDefault(Direction::Output, QString("Tessolar_AudioDevice"), std::nullopt));
-    EXPECT_EQ(backend->defaultDevice(Direction::Output), "Tessolar_AudioDevice") << "in force at once";
-    EXPECT_TRUE(world.metadata("default.audio.sink").contains("Tessolar_AudioDevice"));
-    ASSERT_TRUE(
-        backend->setConfiguredDefault(Direction::Output, {std::nullopt, QString("builtin_output")}, std::nullopt));
-    EXPECT_EQ(world.metadata("default.configured.audio.sink"), "");
-    EXPECT_EQ(backend->defaultDevice(Direction::Output), "builtin_output");
-    EXPECT_TRUE(world.metadata("default.audio.sink").contains("builtin_output"));
 }
 
 // What the program leaves when it is killed: the choice that it displaced, absence included; but never a choice that
