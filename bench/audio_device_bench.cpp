@@ -98,6 +98,7 @@ public:
         return {in, out};
     }
     QString defaultDevice(Direction) const override { return {}; }
+    bool keepsDefaults() const override { return true; }
     std::optional<QString> configuredDefault(Direction) const override { return {}; }
     bool setConfiguredDefault(Direction, const DefaultSetting &, const std::optional<DefaultSetting> &) override {
         return false;

@@ -4,6 +4,7 @@
 
 #include "audio_device/AudioThruEngine.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/StampedSound.h"
 
@@ -82,7 +83,7 @@ TEST(ThruBench, Compare) {
         report("pw-loopback", behind(world));
         test::finish(*peer);
     }
-    auto backend = hal::PipeWireBackend::connect(std::chrono::seconds(10));
+    auto backend = hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
     ASSERT_TRUE(backend.ok());
     const hal::HardwareSystem system(std::move(backend).value(), QDir::homePath());
     for (int i = 0; i < 3; ++i) {

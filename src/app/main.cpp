@@ -8,6 +8,7 @@
 #include "app/start/SignalWatch.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
+#include "platform/foundation/Console.h"
 #include "recording/control/RecordingControl.h"
 #include "recording/control/RecordingHotkeys.h"
 #include "recording/control/ScheduledSession.h"
@@ -191,6 +192,7 @@ int main(int argc, char **argv) {
         std::fputs(answer->toUtf8().constData(), stdout);
         return 0;
     }
+    foundation::ignoreBrokenPipes();
     SignalWatch::holdBack(); // before the application object and the sound server begin their threads
     QApplication application(argc, argv);
     ui::installAccessibility();

@@ -3,11 +3,13 @@
 #include "audio_device/AudioDevices.h"
 #include "audio_device/AudioProperty.h"
 #include "platform/hal/HardwareSystem.h"
-#include "settings/AppSettings.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace cantorel {
 
-QString AudioDeviceEngine::_systemDeviceName;
+foundation::Guarded<QString> AudioDeviceEngine::_systemDeviceName;
 
 namespace {
 
@@ -17,9 +19,12 @@ constexpr AudioObjectPropertyAddress kDefaultOutput = {kAudioHardwarePropertyDef
                                                        kAudioObjectPropertyScopeGlobal, 0};
 constexpr AudioObjectPropertyAddress kDevices = {kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal, 0};
 
+// When an output that is there is tried again.
+constexpr std::chrono::milliseconds kRetry(500);
+
 const QString kVirtualName = QLatin1String(kTessolarAudioDeviceName);
 const QString kAggregateName = QLatin1String(kTessolarAggregateDeviceName);
-const QString kOlderVirtualName = QStringLiteral("System Sound");
+const QString kOlderVirtualName = QLatin1String(kOlderVirtualDeviceName);
 const QString kAirplay = QStringLiteral("airplay");
 
 AudioDeviceID systemDevice(AudioObjectPropertySelector selector) {
@@ -51,7 +56,7 @@ bool hasInputBuffers(AudioDeviceID device) { return buffersOfSide(device, true).
 // The virtual device and the name that it is known by; the product's own wins whatever stands before it in the list.
 std::pair<AudioDeviceID, QString> findVirtualDevice() {
     const std::vector<AudioDeviceID> devices = allDevices();
-    const QStringList passes[] = {{kVirtualName}, {kOlderVirtualName, QStringLiteral("Soundflower (2ch)")}};
+    const QStringList passes[] = {{kVirtualName}, {kOlderVirtualName, QLatin1String(kSoundflowerDeviceName)}};
     for (const QStringList &names : passes) {
         for (const AudioDeviceID device : devices) {
             char buffer[64] = {};
@@ -99,10 +104,16 @@ AudioDeviceEngine::~AudioDeviceEngine() {
     removeSystemAudioDeviceChangeListener();
     watchRouting(false);
     mAudioThreEngine.reset();
-    _systemDeviceName.clear();
+    _systemDeviceName.with([](QString &name) { name.clear(); });
 }
 
-QString AudioDeviceEngine::getSystemSoundDeviceName() const { return _systemDeviceName; }
+QStringList AudioDeviceEngine::virtualDeviceNames() {
+    return {kVirtualName, kOlderVirtualName, QLatin1String(kSoundflowerDeviceName)};
+}
+
+QString AudioDeviceEngine::getSystemSoundDeviceName() const {
+    return _systemDeviceName.with([](const QString &name) { return name; });
+}
 
 AudioDeviceID AudioDeviceEngine::getTheDeviceIDFromName(const QString &name) const {
     for (const AudioDeviceID device : allDevices()) {
@@ -134,7 +145,8 @@ QStringList AudioDeviceEngine::getAllAudioInputDeviceNames() const {
     QStringList names;
     for (const AudioDeviceID device : allDevices()) {
         const QString name = getDevice_Name_FromDevice(device);
-        if (hasInputBuffers(device) && name != _systemDeviceName && name != kAggregateName && name != kVirtualName)
+        if (hasInputBuffers(device) && name != getSystemSoundDeviceName() && name != kAggregateName
+            && name != kVirtualName)
             names.append(name);
     }
     return names;
@@ -148,7 +160,7 @@ QStringList AudioDeviceEngine::getAllAudioOutputDeviceNames() const {
             continue;
         const QString name = getDevice_Name_FromDevice(device);
         // The last comparison deliberately can't match because of the capitals.
-        if (name == _systemDeviceName || name == kAggregateName || name.toLower() == kAirplay
+        if (name == getSystemSoundDeviceName() || name == kAggregateName || name.toLower() == kAirplay
             || name.toLower() == kVirtualName)
             continue;
         names.append(name);
@@ -156,21 +168,23 @@ QStringList AudioDeviceEngine::getAllAudioOutputDeviceNames() const {
     return names;
 }
 
-bool AudioDeviceEngine::changeDevice(AudioObjectPropertySelector selector, const QString &name,
-                                     AudioDeviceID &remembered) {
+bool AudioDeviceEngine::changeDevice(AudioObjectPropertySelector selector, const QString &name) {
     const AudioDeviceID device = getTheDeviceIDFromName(name);
     if (device == kAudioObjectUnknown || !setSystemDevice(selector, device))
         return false;
-    remembered = device;
+    if (selector == kAudioHardwarePropertyDefaultInputDevice)
+        mInputDeviceID = device;
+    else
+        mOutputDeviceID = device;
     return true;
 }
 
 bool AudioDeviceEngine::changeAudioInputDeviceWithName(const QString &name) {
-    return changeDevice(kAudioHardwarePropertyDefaultInputDevice, name, mInputDeviceID);
+    return changeDevice(kAudioHardwarePropertyDefaultInputDevice, name);
 }
 
 bool AudioDeviceEngine::changeAudioOutputDeviceWithName(const QString &name) {
-    return changeDevice(kAudioHardwarePropertyDefaultOutputDevice, name, mOutputDeviceID);
+    return changeDevice(kAudioHardwarePropertyDefaultOutputDevice, name);
 }
 
 bool AudioDeviceEngine::borrowAudioInputDeviceWithName(const QString &name) {
@@ -190,10 +204,10 @@ bool AudioDeviceEngine::activateSVAD() {
     mSVADDeviceID = kAudioObjectUnknown;
     mInputDeviceID = getCurrentAudioInputDevice();
     mOutputDeviceID = getCurrentAudioOutputDevice();
-    const auto [device, name] = findVirtualDevice();
+    const auto [device, found] = findVirtualDevice();
     if (device == kAudioObjectUnknown)
         return false;
-    _systemDeviceName = name;
+    _systemDeviceName.with([&found = found](QString &known) { known = found; });
     mSVADDeviceID = device;
     return true;
 }
@@ -205,18 +219,28 @@ bool AudioDeviceEngine::isOwnDevice(AudioDeviceID device) const {
 
 AudioDeviceID AudioDeviceEngine::replacementOutput() const {
     for (const QString &name : getAllAudioOutputDeviceNames()) {
-        if (name != _systemDeviceName && name != kAggregateName && name.toLower() != kAirplay && name != kVirtualName)
+        if (name != getSystemSoundDeviceName() && name != kAggregateName && name.toLower() != kAirplay
+            && name != kVirtualName)
             return getTheDeviceIDFromName(name);
     }
     return kAudioObjectUnknown;
 }
 
-// What is heard and restored is whatever real device the person has chosen by now, also where the news of a choice made
-// while the sound is routed is still on its way.
+// What is heard is whatever real device the person has chosen by now, also where the news of a choice made while the
+// sound is routed is still on its way.
 void AudioDeviceEngine::rememberRealOutput() {
     const AudioDeviceID chosen = systemDevice(kAudioHardwarePropertyDefaultOutputDevice);
     if (chosen != kAudioObjectUnknown && !isOwnDevice(chosen))
         mOutputDeviceID = chosen;
+}
+
+void AudioDeviceEngine::displaceOutput() {
+    CHECK_ERR(setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID) ? 0 : -1,
+              "Couldn't change default output device");
+    // What the server fell back on while the virtual device was away is no choice of the person's.
+    if (const AudioDeviceID displaced = hal::HardwareSystem::displacedDefault(hal::Direction::Output);
+        displaced != kAudioObjectUnknown && !isOwnDevice(displaced))
+        mOutputDeviceID = displaced;
 }
 
 bool AudioDeviceEngine::setSVAD() {
@@ -231,17 +255,30 @@ bool AudioDeviceEngine::setSVAD() {
     }
     watchRouting(false);
     rememberRealOutput();
-    CHECK_ERR(setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID) ? 0 : -1,
-              "Couldn't change default output device");
+    displaceOutput();
     mAudioThreEngine = std::make_unique<AudioThruEngine>();
     mAudioThreEngine->SetInputDevice(mSVADDeviceID);
     if (mOutputDeviceID == kAudioObjectUnknown || isOwnDevice(mOutputDeviceID)) {
         if (const AudioDeviceID replacement = replacementOutput(); replacement != kAudioObjectUnknown)
             mOutputDeviceID = replacement;
     }
-    mAudioThreEngine->SetOutputDevice(mOutputDeviceID);
+    mIsHeard = true;
+    hearAt(mOutputDeviceID);
     watchRouting(true);
     return true;
+}
+
+// Lets the sound be heard at the output, or nowhere for 0.
+void AudioDeviceEngine::hearAt(AudioDeviceID output) {
+    mRetry.reset();
+    if (output != kAudioObjectUnknown
+        && (output != mAudioThreEngine->outputDeviceID() || !mAudioThreEngine->IsRunning()))
+        mAudioThreEngine->SetOutputDevice(output);
+    const bool heard = output != kAudioObjectUnknown && mAudioThreEngine->IsRunning();
+    if (!heard && output != kAudioObjectUnknown)
+        mRetry = hal::HardwareSystem::clock().after(kRetry, [this] { followRouting(); });
+    if (std::exchange(mIsHeard, heard) != heard)
+        foundation::NotificationCenter::defaultCenter().post(kNotificationRoutedSoundIsHeard, heard);
 }
 
 bool AudioDeviceEngine::isRouted() const {
@@ -264,16 +301,18 @@ void AudioDeviceEngine::unsetSVAD() {
 
 void AudioDeviceEngine::giveBack() {
     mUnsetIsKept = false;
+    mRetry.reset();
     watchRouting(false);
     rememberRealOutput();
+    const AudioDeviceID heard = mAudioThreEngine ? mAudioThreEngine->outputDeviceID() : kAudioObjectUnknown;
     if (mAudioThreEngine)
         mAudioThreEngine->Stop();
-    // A device that is the default already is not chosen: the choice may name one that is absent for now.
-    if (mOutputDeviceID != kAudioObjectUnknown
-        && mOutputDeviceID != systemDevice(kAudioHardwarePropertyDefaultOutputDevice))
+    hal::HardwareSystem::giveBackDefault(hal::Direction::Output, heard);
+    // One of our own that was the default before is none to stay with.
+    const AudioDeviceID left = systemDevice(kAudioHardwarePropertyDefaultOutputDevice);
+    if (left != kAudioObjectUnknown && isOwnDevice(left) && mOutputDeviceID != kAudioObjectUnknown
+        && !isOwnDevice(mOutputDeviceID))
         (void)setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mOutputDeviceID);
-    // Where the virtual device has vanished, it may still be the choice.
-    hal::HardwareSystem::giveBackDefault(hal::Direction::Output);
     mAudioThreEngine.reset();
 }
 
@@ -303,28 +342,37 @@ void AudioDeviceEngine::followRouting() {
         return std::find(devices.begin(), devices.end(), device) != devices.end();
     };
     if (!present(mSVADDeviceID))
-        return;
-    AudioDeviceID output = mOutputDeviceID;
+        return hearAt(kAudioObjectUnknown);
     if (chosen != kAudioObjectUnknown && !isOwnDevice(chosen)) {
-        output = chosen;
-        (void)setSystemDevice(kAudioHardwarePropertyDefaultOutputDevice, mSVADDeviceID);
-    } else if (!present(output) || isOwnDevice(output)) {
-        output = replacementOutput();
+        mOutputDeviceID = chosen;
+        displaceOutput();
     }
-    if (output == kAudioObjectUnknown
-        || (output == mAudioThreEngine->outputDeviceID() && mAudioThreEngine->IsRunning()))
-        return;
-    mOutputDeviceID = output;
-    mAudioThreEngine->SetOutputDevice(output);
+    const AudioDeviceID current = mAudioThreEngine->outputDeviceID();
+    if (present(mOutputDeviceID) && !isOwnDevice(mOutputDeviceID))
+        hearAt(mOutputDeviceID);
+    else
+        hearAt(present(current) ? current : replacementOutput());
+}
+
+QVariantMap AudioDeviceEngine::renewAggregateDevice(const QVariantMap &saved) {
+    const std::lock_guard lock(mAggregateMutex);
+    for (const QVariantMap &known : {saved, mMadeAggregate}) {
+        if (!isAggregateDeviceChanged(known))
+            return known;
+    }
+    destroyAggregateDevice();
+    return createAggregateDevice();
 }
 
 QVariantMap AudioDeviceEngine::createAggregateDevice() {
+    const std::lock_guard lock(mAggregateMutex);
+    mMadeAggregate.clear();
     if (mInputDeviceID == kAudioObjectUnknown)
         mInputDeviceID = getCurrentAudioInputDevice();
     const QString inputName = getDevice_Name_FromDevice(mInputDeviceID);
     QString inputUid, outputUid;
     for (const QString &name : AudioDevices().audioDevices()) {
-        if (name == _systemDeviceName)
+        if (name == getSystemSoundDeviceName())
             outputUid = uidOfCaptureDevice(name);
         if (name == inputName)
             inputUid = uidOfCaptureDevice(name);
@@ -358,10 +406,12 @@ QVariantMap AudioDeviceEngine::createAggregateDevice() {
     if (AudioObjectSetPropertyData(aggregate, &lead, 0, nullptr, kReferenceSize, &master) != kAudioHardwareNoError)
         return {};
     letHardwareSettle();
-    return {{QLatin1String(kAggregateOutputUID), outputUid}, {QLatin1String(kAggregateInputUID), inputUid}};
+    mMadeAggregate = {{QLatin1String(kAggregateOutputUID), outputUid}, {QLatin1String(kAggregateInputUID), inputUid}};
+    return mMadeAggregate;
 }
 
 void AudioDeviceEngine::destroyAggregateDevice() {
+    const std::lock_guard lock(mAggregateMutex);
     const AudioObjectID plugIn = aggregatePlugIn();
     const AudioObjectPropertyAddress destroy = {kAudioPlugInDestroyAggregateDevice, kAudioObjectPropertyScopeGlobal, 0};
     std::uint32_t size = 0;

@@ -1,12 +1,17 @@
 #pragma once
 
 #include "audio_device/AudioThruEngine.h"
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/Guarded.h"
 #include "platform/foundation/NotificationCenter.h"
+#include "settings/AppSettings.h"
 
 #include <QStringList>
 #include <QVariantMap>
 
+#include <atomic>
 #include <memory>
+#include <mutex>
 
 namespace cantorel {
 
@@ -16,9 +21,13 @@ inline constexpr foundation::NotificationName<QVariantMap> kNotificationDefaultI
 inline constexpr foundation::NotificationName<QVariantMap> kNotificationDefaultOutputDidChange{
     "SystemAudioDefaultOutputDeviceDidChanged"};
 
-// Names of the devices that the engine knows.
-inline constexpr const char *kTessolarAudioDeviceName = "Tessolar_AudioDevice";
-inline constexpr const char *kTessolarAggregateDeviceName = "Tessolar_AggregateDevice";
+// Posted while system sound is routed: false when nobody hears it any more for lack of an output, true when it is heard
+// again.
+inline constexpr foundation::NotificationName<bool> kNotificationRoutedSoundIsHeard{"RoutedSoundIsHeard"};
+
+// Names of further virtual devices that the engine takes where the product's own is missing.
+inline constexpr const char *kOlderVirtualDeviceName = "System Sound";
+inline constexpr const char *kSoundflowerDeviceName = "Soundflower (2ch)";
 
 // Keys of an aggregate description.
 inline constexpr const char *kAggregateOutputUID = "AggregateOutputUID";
@@ -26,8 +35,8 @@ inline constexpr const char *kAggregateInputUID = "AggregateInputUID";
 
 // Decides how the system's sound reaches a recording: makes the virtual device the default output, lets the person hear
 // it through the thru engine, and gives the real device back. Also lists devices, switches defaults, and keeps the
-// aggregate that joins microphone and system sound. Owned by ZQAudioKextKit; main thread, but for createAggregateDevice
-// and destroyAggregateDevice, which may run on a worker.
+// aggregate that joins microphone and system sound. Owned by ZQAudioKextKit; main thread, but for what makes and
+// destroys the aggregate, which may run on a worker.
 class AudioDeviceEngine {
 public:
     AudioDeviceEngine() = default;
@@ -35,6 +44,8 @@ public:
     AudioDeviceEngine(const AudioDeviceEngine &) = delete;
     AudioDeviceEngine &operator=(const AudioDeviceEngine &) = delete;
 
+    // The names of every virtual device that the engine takes, the product's own first.
+    static QStringList virtualDeviceNames();
     // The name of the virtual device that activateSVAD found last; empty before.
     QString getSystemSoundDeviceName() const;
     // The first device of that name; 0 when none has it.
@@ -72,6 +83,9 @@ public:
     // failure.
     QVariantMap createAggregateDevice();
     void destroyAggregateDevice();
+    // What joins the default microphone and the virtual device: as saved or made before where that still holds, else
+    // made anew, by one thread at a time. The UIDs of both, or empty on failure.
+    QVariantMap renewAggregateDevice(const QVariantMap &saved);
     bool isExistAggregateDevice() const;
     // Whether the aggregate is missing or joins another microphone than the default one.
     bool isAggregateDeviceChanged(const QVariantMap &saved) const;
@@ -100,24 +114,30 @@ private:
     static OSStatus routingChanged(AudioObjectID object, std::uint32_t count,
                                    const AudioObjectPropertyAddress *addresses, void *engine);
     void followRouting();
+    void hearAt(AudioDeviceID output);
     void rememberRealOutput();
+    void displaceOutput();
     void watchRouting(bool watch);
     bool isRouted() const;
     void giveBack();
     bool isOwnDevice(AudioDeviceID device) const;
     AudioDeviceID replacementOutput() const;
-    bool changeDevice(AudioObjectPropertySelector selector, const QString &name, AudioDeviceID &remembered);
+    bool changeDevice(AudioObjectPropertySelector selector, const QString &name);
     bool setOutputVolumeByChannel(AudioDeviceID device, float volume, bool isSystemDevice);
     std::optional<float> outputVolumeByChannel(AudioDeviceID device) const;
 
     // Of the virtual device, whichever of its names matched; shared by all engines.
-    static QString _systemDeviceName;
+    static foundation::Guarded<QString> _systemDeviceName;
 
     AudioDeviceID mOutputDeviceID = 0; // the real one: heard while routed, restored afterwards
     AudioDeviceID mSVADDeviceID = 0;   // the virtual device
-    AudioDeviceID mInputDeviceID = 0;
+    std::atomic<AudioDeviceID> mInputDeviceID{0};
+    std::recursive_mutex mAggregateMutex; // held while the aggregate is made or destroyed
+    QVariantMap mMadeAggregate;           // as made last
     bool mKeepsRouting = false;
     bool mUnsetIsKept = false;
+    bool mIsHeard = true;                              // as last told, while routed
+    std::unique_ptr<foundation::Timer> mRetry;         // while an output that is there can't be played to
     std::unique_ptr<AudioThruEngine> mAudioThreEngine; // Spelling is fixed. Only while routed.
 };
 

@@ -37,7 +37,7 @@ QString deviceMessage(const char *format, AudioDeviceID device) { return QString
 
 float AudioDeviceEngine::getVolumeValueFromDeviceName(const QString &name) const {
     const AudioDeviceID device =
-        getTheDeviceIDFromName(name == QLatin1String(kTessolarAggregateDeviceName) ? _systemDeviceName : name);
+        getTheDeviceIDFromName(name == QLatin1String(kTessolarAggregateDeviceName) ? getSystemSoundDeviceName() : name);
     if (device == kAudioObjectUnknown)
         return kUnknownDeviceVolume;
     const bool isOutput = !getAllAudioInputDeviceNames().contains(name);
@@ -137,7 +137,7 @@ bool AudioDeviceEngine::setOutputVolumeByChannel(AudioDeviceID device, float vol
 
 bool AudioDeviceEngine::setVolume(float volume, const QString &forDeviceName) {
     const AudioDeviceID device = getTheDeviceIDFromName(
-        forDeviceName == QLatin1String(kTessolarAggregateDeviceName) ? _systemDeviceName : forDeviceName);
+        forDeviceName == QLatin1String(kTessolarAggregateDeviceName) ? getSystemSoundDeviceName() : forDeviceName);
     if (device == kAudioObjectUnknown)
         return false;
     const bool isOutput = !getAllAudioInputDeviceNames().contains(forDeviceName);
@@ -148,7 +148,7 @@ bool AudioDeviceEngine::setVolume(float volume, const QString &forDeviceName) {
 
     if (!AudioHardwareServiceHasProperty(device, &target)) {
         if (isOutput)
-            return setOutputVolumeByChannel(device, volume, forDeviceName == _systemDeviceName);
+            return setOutputVolumeByChannel(device, volume, forDeviceName == getSystemSoundDeviceName());
         setInputDevice(device, volume);
         return false;
     }

@@ -3,6 +3,7 @@
 #include "audio_device/ZQAudioKextLog.h"
 #include "platform/desktop/Services.h"
 #include "platform/foundation/SearchPaths.h"
+#include "settings/AppSettings.h"
 
 namespace cantorel {
 
@@ -26,7 +27,7 @@ QString AudioKextTools::kextInstallPath() {
 }
 
 QString AudioKextTools::audioDriverName() {
-    return isMacVersionGreatThan1008() ? QStringLiteral("Tessolar_AudioDevice.kext")
+    return isMacVersionGreatThan1008() ? QLatin1String(kTessolarAudioDeviceName) + QStringLiteral(".kext")
                                        : QStringLiteral("SystemSound.kext");
 }
 

@@ -15,9 +15,22 @@ namespace {
 constexpr std::uint32_t kFirstBytesPerFrame = 4;
 constexpr std::uint32_t kFirstCapacityFrames = 88200;
 constexpr int kStartPolls = 2001; // of 1 ms
-constexpr int kStopPolls = 201;   // of 5 ms
+constexpr std::chrono::milliseconds kRetry(500);
+constexpr int kStopPolls = 201; // of 5 ms
 
 void print(const QString &text) { foundation::printToConsole(text); }
+
+// Whether the device brings cycles to procedures of this program on that side.
+bool flows(const AudioDevice &device) {
+    std::uint32_t running = 0;
+    std::uint32_t size = sizeof running;
+    const OSStatus status = PDAudioDeviceGetProperty(device.deviceID, 0, device.isInput,
+                                                     kAudioDevicePropertyDeviceIsRunning, &size, &running);
+    return status == kAudioHardwareNoError && running != 0;
+}
+
+constexpr AudioObjectPropertySelector kNews[] = {
+    kAudioDevicePropertyDeviceIsRunning, kAudioDevicePropertyStreamConfiguration, kAudioDevicePropertyStreamFormat};
 
 } // namespace
 
@@ -80,6 +93,7 @@ void AudioThruEngine::Start() {
     }
     mSampleRate = mInputDevice.streamFormat.mSampleRate;
     mInputChannels = mInputDevice.CountChannels();
+    mOutputChannels = mOutputDevice.CountChannels();
     const std::uint32_t bytesPerFrame = mInputDevice.streamFormat.mBytesPerFrame;
     mInputBuffer.Allocate(bytesPerFrame, static_cast<std::uint32_t>(2 * mSampleRate));
 
@@ -96,8 +110,10 @@ void AudioThruEngine::Start() {
     mOutputProcID = mOutputProc;
     (void)PDAudioDeviceAddIOProc(mOutputDevice.deviceID, mOutputProc, this, &mOutputProcID);
     (void)AudioDeviceStart(mOutputDevice.deviceID, mOutputProcID);
+    watchDevices(true);
 
-    for (int poll = 0; poll < kStartPolls; ++poll) {
+    // Who has no cycles by now is not waited for.
+    for (int poll = 0; poll < kStartPolls && flows(mInputDevice) && flows(mOutputDevice); ++poll) {
         if (mInputProcState.load() == ProcState::Running && mOutputProcState.load() == ProcState::Running) {
             ComputeThruOffset();
             return;
@@ -111,6 +127,7 @@ void AudioThruEngine::Start() {
 }
 
 void AudioThruEngine::removeProcs() {
+    watchDevices(false);
     (void)AudioDeviceStop(mInputDevice.deviceID, mInputProcID);
     (void)AudioDeviceStop(mOutputDevice.deviceID, mOutputProcID);
     mInputProcState.store(ProcState::Off);
@@ -119,7 +136,53 @@ void AudioThruEngine::removeProcs() {
     (void)PDAudioDeviceRemoveIOProc(mOutputDevice.deviceID, mOutputProcID);
 }
 
+void AudioThruEngine::watchDevices(bool watch) {
+    for (const AudioDevice *device : {&mInputDevice, &mOutputDevice}) {
+        for (const AudioObjectPropertySelector news : kNews) {
+            for (const AudioObjectPropertyScope scope :
+                 {kAudioObjectPropertyScopeGlobal,
+                  device->isInput ? kAudioDevicePropertyScopeInput : kAudioDevicePropertyScopeOutput}) {
+                const AudioObjectPropertyAddress address = {news, scope, 0};
+                if (watch)
+                    (void)AudioObjectAddPropertyListener(device->deviceID, &address, deviceChanged, this);
+                else
+                    (void)AudioObjectRemovePropertyListener(device->deviceID, &address, deviceChanged, this);
+            }
+        }
+    }
+}
+
+OSStatus AudioThruEngine::deviceChanged(AudioObjectID, std::uint32_t, const AudioObjectPropertyAddress *,
+                                        void *engine) {
+    static_cast<AudioThruEngine *>(engine)->followDevices();
+    return kAudioHardwareNoError;
+}
+
+void AudioThruEngine::followDevices() {
+    AudioDevice input, output;
+    input.Init(mInputDevice.deviceID, true);
+    output.Init(mOutputDevice.deviceID, false);
+    const std::uint32_t inputChannels = input.CountChannels(), outputChannels = output.CountChannels();
+    const bool present = inputChannels > 0 && outputChannels > 0;
+    const bool isOther = inputChannels != mInputChannels || outputChannels != mOutputChannels
+                         || input.streamFormat.mSampleRate != mSampleRate
+                         || output.streamFormat.mSampleRate != mSampleRate;
+    if (!present || !(isOther || (flows(mInputDevice) && flows(mOutputDevice))))
+        return;
+    restart();
+}
+
+void AudioThruEngine::restart() {
+    SetDevices(mInputDevice.deviceID, mOutputDevice.deviceID);
+    SetBufferSize(mBufferSize);
+    Start();
+    // A server that has just come back may not be ready for both.
+    if (!IsRunning() && mInputDevice.CountChannels() > 0 && mOutputDevice.CountChannels() > 0)
+        mRetry = hal::HardwareSystem::clock().after(kRetry, [this] { restart(); });
+}
+
 bool AudioThruEngine::Stop() {
+    mRetry.reset();
     if (!mRunning.load())
         return false;
     mRunning.store(false);
@@ -128,7 +191,8 @@ bool AudioThruEngine::Stop() {
     const auto letGo = [this] {
         return mInputProcState.load() == ProcState::Off && mOutputProcState.load() == ProcState::Off;
     };
-    for (int poll = 0; !letGo(); ++poll) {
+    // A device that has gone lets go of nothing any more.
+    for (int poll = 0; !letGo() && flows(mInputDevice) && flows(mOutputDevice); ++poll) {
         if (poll == kStopPolls) {
             print(QStringLiteral("given up to stop\n"));
             break;
@@ -179,10 +243,10 @@ OSStatus AudioThruEngine::InputIOProc(AudioObjectID device, const AudioTimeStamp
         self->mInputProcState.store(ProcState::Off, std::memory_order_release);
         return 0;
     }
-    if (state == ProcState::Starting)
-        self->mInputProcState.store(ProcState::Running, std::memory_order_release);
     if (inputData->mNumberBuffers > 0)
         self->takeInput(*inputData, inputTime->mSampleTime);
+    if (state == ProcState::Starting) // with the time that the output begins to count from
+        self->mInputProcState.store(ProcState::Running, std::memory_order_release);
     return 0;
 }
 

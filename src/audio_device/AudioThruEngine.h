@@ -2,6 +2,7 @@
 
 #include "audio_device/AudioDevice.h"
 #include "audio_device/AudioRingBuffer.h"
+#include "platform/foundation/Clock.h"
 
 #include <array>
 #include <atomic>
@@ -10,8 +11,8 @@
 namespace cantorel {
 
 // Lets the person hear what goes into the virtual device: copies its input side to a real output device in real time,
-// late by a fixed number of frames. Owned by the device engine; every public function runs on its owner's thread, but
-// for the I/O procedures.
+// late by a fixed number of frames. It goes on by itself when a device has been away. Owned by the device engine; every
+// public function runs on its owner's thread, but for the I/O procedures.
 //
 // Shared between the I/O procedures and the owner, without locks: the procedure states, the times and offsets, the
 // switches (each atomic), and the ring buffer (one writer, one reader). The channel map belongs to
@@ -80,6 +81,13 @@ private:
     void giveOutput(AudioBufferList &data, double sampleTime) noexcept [[clang::nonblocking]];
     void mixInto(float *output, std::uint32_t outputChannels, const float *input, std::uint32_t frames) noexcept
         [[clang::nonblocking]];
+    // The hardware's news of either device. Where its cycles begin again after an interruption, or it has other
+    // channels or another rate, everything begins anew: nothing of the old times holds.
+    static OSStatus deviceChanged(AudioObjectID device, std::uint32_t count,
+                                  const AudioObjectPropertyAddress *addresses, void *engine);
+    void followDevices();
+    void restart();
+    void watchDevices(bool watch);
     void wait(std::int64_t milliseconds) const;
     void removeProcs();
 
@@ -90,13 +98,15 @@ private:
     AudioDeviceIOProcID mInputProcID = nullptr;
     AudioDeviceIOProcID mOutputProcID = nullptr;
     std::uint32_t mInputChannels = 0; // taken at the start
-    std::uint32_t mBufferSize = 512;  // frames
+    std::uint32_t mOutputChannels = 0;
+    std::uint32_t mBufferSize = 512; // frames
     std::int32_t mExtraLatencyFrames = 0;
     std::uint32_t mActualThruLatency = 0; // frames
     double mSampleRate = 0;
     AudioRingBuffer mInputBuffer;
     std::array<std::uint32_t, kMaxChannels> mChannelMap;
     bool mSpreadStereo = false;
+    std::unique_ptr<foundation::Timer> mRetry; // after a new beginning that failed
 
     std::atomic<bool> mRunning{false};
     std::atomic<bool> mMuting{false};

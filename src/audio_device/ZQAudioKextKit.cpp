@@ -67,6 +67,10 @@ QVariantMap ZQAudioKextKit::createAggregateDevice() {
     return gKit ? gKit->mAudioDeviceEngine.createAggregateDevice() : QVariantMap();
 }
 
+QVariantMap ZQAudioKextKit::renewAggregateDevice(const QVariantMap &saved) {
+    return gKit ? gKit->mAudioDeviceEngine.renewAggregateDevice(saved) : QVariantMap();
+}
+
 bool ZQAudioKextKit::setSVAD() { return gKit && gKit->mAudioDeviceEngine.setSVAD(); }
 
 void ZQAudioKextKit::unsetSVAD() {

@@ -36,6 +36,7 @@ public:
     static QStringList audioDevices();
     static bool isAggregateDeviceChanged(const QVariantMap &saved);
     static QVariantMap createAggregateDevice();
+    static QVariantMap renewAggregateDevice(const QVariantMap &saved);
     static bool setSVAD();
     static void unsetSVAD();
     static void keepRouting(bool keep);

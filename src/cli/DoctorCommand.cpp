@@ -46,6 +46,27 @@ Check microphone(bool hasHardware) {
             name.isEmpty() ? QStringLiteral("None found; connect one to record it.") : name};
 }
 
+// The default output, which a recording that was cut off may have left on the virtual device.
+Check output(bool hasHardware) {
+    const QString check = QStringLiteral("output");
+    const QString name = hasHardware ? ZQAudioKextKit::getDefaultAudioOutputName() : QString();
+    const QStringList real = hasHardware ? ZQAudioKextKit::getAllAudioOutputDeviceNames() : QStringList();
+    if (name.isEmpty())
+        return {check, false, false, QStringLiteral("None found; connect one to hear what is recorded.")};
+    const hal::LeftDefault left = hal::HardwareSystem::leftDefault(hal::Direction::Output);
+    if (name == ZQAudioKextKit::getSystemSoundDeviceName() && left != hal::LeftDefault::InUse)
+        return {check, false, false,
+                QStringLiteral("Programs play to the virtual device, so nothing is heard; run: cantorel-cli devices "
+                               "default output \"%1\"")
+                    .arg(real.value(0, QStringLiteral("NAME")))};
+    if (left == hal::LeftDefault::GivenBack)
+        return {check, true, false,
+                QStringLiteral("%1, given back now: a recording that was cut off had left the virtual device as the "
+                               "default")
+                    .arg(name)};
+    return {check, true, false, name};
+}
+
 Check recorder() {
     const auto codecs = media::loadCodecs();
     return {QStringLiteral("recorder"), codecs.ok(), true,
@@ -107,6 +128,7 @@ Outcome doctor(const CommandSession &session) {
         audioServer(hardware),
         virtualDevice(hardware.ok()),
         microphone(hardware.ok()),
+        output(hardware.ok()),
         recorder(),
         converter(),
         folder(),

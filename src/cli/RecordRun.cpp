@@ -117,7 +117,7 @@ Outcome RecordRun::start() {
     if (mSignalCount > 0 && !mHasFrames)
         return {kStoppedBySignal, QStringLiteral("Stopped before the first sound; nothing was recorded.")};
     if (mTrouble.isEmpty())
-        mTrouble = mList->storedAtLast();
+        mTrouble = Lang::english(mList->storedAtLast());
     if (!mTrouble.isEmpty())
         return Outcome::failed(mTrouble);
     return mSignalCount > 0 ? Outcome{kStoppedBySignal, QStringLiteral("Stopped by a signal; the recording is kept.")}

@@ -67,7 +67,7 @@ Outcome TasksRun::start() {
     ToolSystem::setAllowKeepSystemWakeEnable(true);
     mLoop.exec();
     ToolSystem::setAllowKeepSystemWakeEnable(false);
-    if (const QString unsaved = mList->storedAtLast(); !unsaved.isEmpty())
+    if (const auto unsaved = mList->storedAtLast(); !unsaved.isEmpty())
         return Outcome::failed(unsaved);
     return {kStoppedBySignal, QStringLiteral("Stopped by a signal; what was recorded is kept.")};
 }

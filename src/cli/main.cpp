@@ -4,6 +4,7 @@
 #include "cli/CommandTable.h"
 #include "cli/TerminalAsker.h"
 #include "log/Log.h"
+#include "platform/foundation/Console.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 
@@ -11,6 +12,7 @@
 
 int main(int argc, char **argv) {
     using namespace cantorel;
+    foundation::ignoreBrokenPipes();
     QCoreApplication application(argc, argv);
     LogFileCheck(QString::fromLatin1(kApplicationLogName));
     AppSettings::initSettingInNeed();

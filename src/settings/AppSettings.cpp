@@ -188,9 +188,9 @@ QString AppSettings::appIdenitfyName() { return QStringLiteral("Cantorel"); }
 
 QString AppSettings::TessolarAudioDevice_String() { return QString::fromLatin1(TessolarAudioDevice_CString()); }
 
-const char *AppSettings::TessolarAudioDevice_CString() { return "Tessolar_AudioDevice"; }
+const char *AppSettings::TessolarAudioDevice_CString() { return kTessolarAudioDeviceName; }
 
-QString AppSettings::TessolarAggregateDeviceName_String() { return QStringLiteral("Tessolar_AggregateDevice"); }
+QString AppSettings::TessolarAggregateDeviceName_String() { return QString::fromLatin1(kTessolarAggregateDeviceName); }
 
 QString AppSettings::TessolarAggregateDeviceUID_String() {
     return QString::fromLatin1(kBundleIdentifier) + QStringLiteral(".AggregateDevice");

@@ -156,6 +156,8 @@ void MainWindow::listen() {
             [this](const QString &sentence) { mNotices.tell(Lang::windowTaskMissed(), sentence); });
     connect(&panel, &RecorderPanel::shutdownIn, this, [this](int seconds) { showShutdown(seconds); });
     connect(&panel, &RecorderPanel::settled, this, [this] {
+        if (!mParts.list.unsaved().isEmpty())
+            mParts.panel.setSentence(mParts.list.unsaved());
         if (mIsLeaving)
             endOnceSettled();
     });
@@ -326,6 +328,8 @@ void MainWindow::showTriggers(const std::array<QString, 3> &triggers) {
 }
 
 bool MainWindow::isRecording() const { return mParts.session.isBusy(); }
+
+bool MainWindow::isSettled() const { return mParts.session.isSettled(); }
 
 bool MainWindow::isPrepareStartRecording() const { return mParts.session.isPrepareStartRecording(); }
 

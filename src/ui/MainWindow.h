@@ -57,6 +57,7 @@ public:
     void showTriggers(const std::array<QString, 3> &triggers);
     bool isRecording() const;
     bool isPrepareStartRecording() const;
+    bool isSettled() const;
     void openPreferencesWindowAndShowRecordInterface();
     void setAudioInputSelectedStatus();
     // The status of an item has changed.

@@ -28,6 +28,8 @@ bool WindowFace::isRecording() const { return mWindow.isRecording(); }
 
 bool WindowFace::isPrepareStartRecording() const { return mWindow.isPrepareStartRecording(); }
 
+bool WindowFace::isSettled() const { return mWindow.isSettled(); }
+
 void WindowFace::openPreferencesWindowAndShowRecordInterface() {
     mWindow.openPreferencesWindowAndShowRecordInterface();
 }

@@ -24,6 +24,7 @@ public:
     void startCheckingUpdates(bool byHand) override;
     bool isRecording() const override;
     bool isPrepareStartRecording() const override;
+    bool isSettled() const override;
     void openPreferencesWindowAndShowRecordInterface() override;
     void beginSheet(const AlertSheet &sheet, std::function<void(int returnCode)> completion) override;
     QObject *window() override;

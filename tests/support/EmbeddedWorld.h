@@ -3,6 +3,7 @@
 #include "platform/hal/AudioHardware.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/hal/embedded/EmbeddedBackend.h"
+#include "tests/support/LoopbackNames.h"
 
 #include <QDir>
 #include <QStringList>
@@ -30,7 +31,8 @@ public:
     enum class Virtual { Installed, Missing };
     explicit EmbeddedWorld(Virtual installed = Virtual::Installed)
         : clock(std::make_shared<hal::ManualClock>()), virtualInstalled(installed == Virtual::Installed) {
-        auto made = std::make_unique<hal::EmbeddedBackend>(clock, [this] { return virtualInstalled; });
+        auto made = std::make_unique<hal::EmbeddedBackend>(
+            clock, [this] { return virtualInstalled; }, kLoopbackNames.first());
         backend = made.get();
         system = std::make_unique<hal::HardwareSystem>(std::move(made), QDir::homePath() + QStringLiteral("/state"));
     }
@@ -65,6 +67,32 @@ public:
     }
     static AudioDeviceID defaultOutput() { return systemDevice(kAudioHardwarePropertyDefaultOutputDevice); }
     static AudioDeviceID defaultInput() { return systemDevice(kAudioHardwarePropertyDefaultInputDevice); }
+
+    static AudioObjectID plugIn() {
+        const QString bundle = QStringLiteral("com.apple.audio.CoreAudio");
+        CFStringRef input = &bundle;
+        AudioObjectID found = 0;
+        AudioValueTranslation translation = {&input, sizeof input, &found, sizeof found};
+        std::uint32_t size = sizeof translation;
+        AudioHardwareGetProperty(kAudioHardwarePropertyPlugInForBundleID, &size, &translation);
+        return found;
+    }
+    // "Both", of those members.
+    static AudioDeviceID makeAggregate(const QStringList &members) {
+        const QVariantMap description{{QStringLiteral("name"), QStringLiteral("Both")},
+                                      {QStringLiteral("uid"), QStringLiteral("test.both")}};
+        CFDictionaryRef qualifier = &description;
+        const AudioObjectPropertyAddress create = {kAudioPlugInCreateAggregateDevice, kAudioObjectPropertyScopeGlobal,
+                                                   0};
+        AudioDeviceID device = 0;
+        std::uint32_t size = sizeof device;
+        AudioObjectGetPropertyData(plugIn(), &create, sizeof qualifier, &qualifier, &size, &device);
+        CFArrayRef list = &members;
+        const AudioObjectPropertyAddress group = {kAudioAggregateDevicePropertyFullSubDeviceList,
+                                                  kAudioObjectPropertyScopeGlobal, 0};
+        AudioObjectSetPropertyData(device, &group, 0, nullptr, sizeof list, &list);
+        return device;
+    }
 
     std::shared_ptr<hal::ManualClock> clock;
     bool virtualInstalled;

@@ -93,6 +93,8 @@ device_defaults.properties["use-persistent-storage"] = false
 }
 
 PrivateWorld::~PrivateWorld() {
+    if (mSessionManager)
+        finish(*mSessionManager);
     for (auto server = mServers.rbegin(); server != mServers.rend(); ++server)
         finish(**server);
 }
@@ -114,15 +116,21 @@ bool PrivateWorld::startServer() {
     mServers.push_back(spawn("pipewire", {}, log("pipewire")));
     if (!eventually([&] { return QFile::exists(run + "/pipewire-0"); }))
         return mReady = false;
-    mServers.push_back(spawn("wireplumber", {}, log("wireplumber")));
     if (mPulse)
         mServers.push_back(spawn("pipewire-pulse", {}, log("pulse")));
-    mReady = eventually([&] { return !metadata("default.audio.sink").isEmpty(); })
-             && (!mPulse || eventually([&] { return QFile::exists(run + "/pulse/native"); }));
+    mReady = startSessionManager() && (!mPulse || eventually([&] { return QFile::exists(run + "/pulse/native"); }));
     return mReady;
 }
 
+bool PrivateWorld::startSessionManager() {
+    mSessionManager = spawn("wireplumber", {}, environment("XDG_RUNTIME_DIR") + "/wireplumber.log");
+    return eventually([&] { return !metadata("default.audio.sink").isEmpty(); });
+}
+
+void PrivateWorld::killSessionManager() { finish(*mSessionManager, SIGKILL); }
+
 void PrivateWorld::killServer() {
+    killSessionManager();
     for (auto &server : mServers)
         finish(*server, SIGKILL);
     mServers.clear();
@@ -185,7 +193,8 @@ void PrivateWorld::choose(const QString &key, const QString &node) const {
     if (node.isEmpty())
         run("pw-metadata", {"-d", "0", choice});
     else
-        run("pw-metadata", {"0", choice, "{\"name\":\"" + node + "\"}", "Spa:String:JSON"});
+        run("pw-metadata", {"0", choice, QJsonDocument(QJsonObject{{"name", node}}).toJson(QJsonDocument::Compact),
+                            "Spa:String:JSON"});
 }
 
 std::unique_ptr<QProcess> PrivateWorld::feed(const QString &file, const QString &source) const {

@@ -53,6 +53,9 @@ public:
 
     void killServer();
     bool startServer();
+    // The session manager alone, which makes the links and keeps the defaults.
+    void killSessionManager();
+    bool startSessionManager();
 
     // Feeds a file into a null source of the world, from its first frame on.
     std::unique_ptr<QProcess> feed(const QString &file, const QString &source) const;
@@ -64,6 +67,7 @@ private:
 
     bool mPulse = false;
     bool mReady = false;
+    std::unique_ptr<QProcess> mSessionManager;
     std::vector<std::unique_ptr<QProcess>> mServers;
 };
 

@@ -5,6 +5,7 @@
 
 #include "lang/Lang.h"
 #include "tests/support/EmbeddedWorld.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +30,7 @@ struct Client : StreamClient {
 };
 
 std::unique_ptr<PipeWireBackend> connected() {
-    auto backend = PipeWireBackend::connect(std::chrono::seconds(10));
+    auto backend = PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
     EXPECT_TRUE(backend.ok()) << (backend.ok() ? "" : Lang::english(backend.failure().sentence).toStdString());
     return backend ? std::move(backend).value() : nullptr;
 }
@@ -44,29 +45,6 @@ QStringList uids(const HardwareBackend &backend) {
 StreamRequest reading(const char *uid) { return {QString::fromLatin1(uid), true, false, 512, nullptr}; }
 
 } // namespace
-
-TEST(PipeWire, ListsDevicesWithTheirSides) {
-    PrivateWorld::Options options;
-    options.moreSinks = {"headset_a=USB Headset", "headset_b=USB Headset"};
-    options.moreSources = {"headset_mic=USB Headset"};
-    PrivateWorld world(options);
-    ASSERT_TRUE(world.ready());
-    const auto backend = connected();
-    ASSERT_TRUE(backend);
-    ASSERT_TRUE(eventually([&] { return backend->devices().size() == 6; })) << uids(*backend).join(' ').toStdString();
-    for (const DeviceRecord &record : backend->devices()) {
-        const bool source = record.uid == "builtin_microphone" || record.uid == "headset_mic";
-        EXPECT_EQ(record.input.channels, source || record.isLoopback ? 2 : 0) << record.uid.toStdString();
-        EXPECT_EQ(record.output.channels, source ? 0 : 2) << record.uid.toStdString();
-        EXPECT_EQ(record.isLoopback, record.uid == "Tessolar_AudioDevice");
-        EXPECT_EQ(record.sampleRate, 48000);
-    }
-    HardwareSystem system(connected(), QDir::homePath());
-    QStringList names = test::EmbeddedWorld::names();
-    names.sort();
-    EXPECT_EQ(names, (QStringList{"Built-in Microphone", "Built-in Output", "Tessolar_AudioDevice", "USB Headset",
-                                  "USB Headset (2)", "USB Headset (Input)"}));
-}
 
 TEST(PipeWire, WithoutAMicrophoneThereIsNoDefaultInput) {
     PrivateWorld::Options options;
@@ -105,27 +83,12 @@ TEST(PipeWire, ADamagedConfigurationIsNamed) {
     damaged.close();
     // The library leaks a little on this way, so a process of its own takes it.
     const auto attempt = [&] {
-        const auto backend = PipeWireBackend::connect(std::chrono::seconds(1));
+        const auto backend = PipeWireBackend::connect(std::chrono::seconds(1), test::kLoopbackNames);
         std::fputs(backend ? "connected" : Lang::english(backend.failure().sentence).toUtf8().constData(), stderr);
         std::fflush(stderr);
         _exit(0);
     };
     EXPECT_EXIT(attempt(), testing::ExitedWithCode(0), file.toStdString());
-}
-
-TEST(PipeWire, DefaultsAreChosenTakenAwayAndGuarded) {
-    PrivateWorld world;
-    auto backend = connected();
-    ASSERT_TRUE(backend);
-    EXPECT_EQ(backend->configuredDefault(Direction::Output), std::nullopt);
-    ASSERT_TRUE(backend->setConfiguredDefault(Direction::Output, QString("Tessolar_AudioDevice"), std::nullopt));
-    EXPECT_EQ(backend->defaultDevice(Direction::Output), "Tessolar_AudioDevice") << "in force at once";
-    EXPECT_TRUE(world.metadata("default.audio.sink").contains("Tessolar_AudioDevice"));
-    ASSERT_TRUE(
-        backend->setConfiguredDefault(Direction::Output, {std::nullopt, QString("builtin_output")}, std::nullopt));
-    EXPECT_EQ(world.metadata("default.configured.audio.sink"), "");
-    EXPECT_EQ(backend->defaultDevice(Direction::Output), "builtin_output");
-    EXPECT_TRUE(world.metadata("default.audio.sink").contains("builtin_output"));
 }
 
 // What the program leaves when it is killed: the choice that it displaced, absence included; but never a choice that
@@ -161,7 +124,7 @@ TEST(PipeWire, KilledProgramGivesTheDefaultsBack) {
         ASSERT_EQ(pipe(ready), 0);
         const pid_t child = fork();
         if (child == 0) {
-            auto backend = PipeWireBackend::connect(std::chrono::seconds(10));
+            auto backend = PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
             const std::optional<QString> choice =
                 *before ? std::optional<QString>(QString::fromLatin1(before)) : std::nullopt;
             const bool done =
@@ -246,7 +209,7 @@ TEST(PipeWire, AggregateIsASourceThatOtherProgramsSee) {
 
 TEST(PipeWire, SaysWhyThereIsNoSound) {
     const auto sentence = [](int milliseconds) {
-        const auto backend = PipeWireBackend::connect(std::chrono::milliseconds(milliseconds));
+        const auto backend = PipeWireBackend::connect(std::chrono::milliseconds(milliseconds), test::kLoopbackNames);
         return backend ? QString() : Lang::english(backend.failure().sentence);
     };
     EXPECT_TRUE(sentence(50).contains("No PipeWire sound server is running"));

@@ -1,5 +1,6 @@
 #include "app/start/AppDelegate.h"
 
+#include "audio_device/AudioDeviceEngine.h"
 #include "audio_device/AudioProperty.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
@@ -24,10 +25,11 @@ constexpr double kToolTipDelay = 10; // seconds
 constexpr std::chrono::seconds kFrontDelay{2};
 constexpr std::chrono::milliseconds kPreferencesDelay{250};
 constexpr float kRelaunchDelay = 1; // seconds
+constexpr std::chrono::milliseconds kSettledPause{500};
 
 // The names of the program's own devices.
 bool isOwnDevice(const QString &name) {
-    return name == QLatin1String(kTessolarAudioDeviceName) || name == QStringLiteral("System Sound")
+    return name == QLatin1String(kTessolarAudioDeviceName) || name == QLatin1String(kOlderVirtualDeviceName)
            || name == QLatin1String(kTessolarAggregateDeviceName);
 }
 
@@ -142,12 +144,18 @@ void AppDelegate::bringToFrontLater() {
 
 bool AppDelegate::applicationShouldTerminate() {
     ZQAudioKextKit::unsetSVAD();
+    mParts.commonUtils.stopWaiting();
     if (!bIsNeedLaunch)
         mParts.commonUtils.dispose();
     return true;
 }
 
 void AppDelegate::needRelaunchApp() {
+    // The end would cut a recording off, and leave it unconverted.
+    if (!mParts.mainWindow.isSettled()) {
+        mRelaunch = mParts.clock.after(kSettledPause, [this] { needRelaunchApp(); });
+        return;
+    }
     bIsNeedLaunch = true;
     if (const auto relaunched = mParts.application.relaunchAfterDelay(kRelaunchDelay); relaunched) {
         mParts.mainWindow.close();
@@ -195,9 +203,9 @@ bool AppDelegate::MainWindowCheckAggreateDevice(MainWindowFace &) {
 }
 
 void AppDelegate::recreateAggregateDevice() {
-    ZQAudioKextKit::destroyAggregateDevice();
-    const QVariantMap made = ZQAudioKextKit::createAggregateDevice();
-    if (made.isEmpty())
+    const QVariantMap saved = ZQUserDefaultGetObjectValue(aggregateKey(), {}).toMap();
+    const QVariantMap made = ZQAudioKextKit::renewAggregateDevice(saved);
+    if (made.isEmpty() || made == saved) // A recording has made it meanwhile.
         return;
     (void)ZQUserDefaultSetValue_Object(made, aggregateKey()); // a failure is logged by the store
     onMainQueue("tell of the new configuration", [this] {

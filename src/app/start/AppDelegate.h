@@ -70,6 +70,7 @@ private:
     std::unique_ptr<foundation::Timer> mFirstFront;
     std::unique_ptr<foundation::Timer> mSecondFront;
     std::unique_ptr<foundation::Timer> mPreferences;
+    std::unique_ptr<foundation::Timer> mRelaunch; // while a recording has to be closed first
     foundation::NotificationCenter::Subscription mRelaunchAfterUpdate;
     foundation::NotificationCenter::Subscription mDefaultInput;
     foundation::NotificationCenter::Subscription mDefaultOutput;

@@ -32,7 +32,8 @@ public:
     void checkSilent() override { check(UpdateCheck::Asked::Silently); }
     // For a person who asked: offers again what was offered before, and tells of a result that is no news.
     void checkByHand() { check(UpdateCheck::Asked::ByHand); }
-    void dispose() override { mStop.request_stop(); }
+    void stopWaiting() override { mStop.request_stop(); }
+    void dispose() override { stopWaiting(); }
 
 private:
     void check(UpdateCheck::Asked asked);

@@ -1,5 +1,6 @@
 #include "app/start/Hardware.h"
 
+#include "audio_device/AudioDeviceEngine.h"
 #include "audio_device/ZQAudioKextKit.h"
 #include "capture/DeviceSoundPlayer.h"
 #include "capture/ZQAVRecorderKit.h"
@@ -18,8 +19,9 @@ namespace {
 
 // The software devices have the virtual one wherever the driver's drop-in is installed, as the server does.
 bool isDriverInstalled() {
-    return QFile::exists(foundation::configurationFolder()
-                         + QStringLiteral("/pipewire/pipewire.conf.d/50-Tessolar_AudioDevice.conf"));
+    return QFile::exists(
+        foundation::configurationFolder()
+        + QStringLiteral("/pipewire/pipewire.conf.d/50-%1.conf").arg(QLatin1String(kTessolarAudioDeviceName)));
 }
 
 } // namespace
@@ -43,9 +45,10 @@ foundation::Result<std::unique_ptr<Hardware>> Hardware::open(BackendChoice choic
                                                              foundation::Clock::Duration patience) {
     std::unique_ptr<hal::HardwareBackend> backend;
     if (choice == BackendChoice::Embedded) {
-        backend = std::make_unique<hal::EmbeddedBackend>(hal::makeWallDeviceClock(), isDriverInstalled);
+        backend = std::make_unique<hal::EmbeddedBackend>(hal::makeWallDeviceClock(), isDriverInstalled,
+                                                         QLatin1String(kTessolarAudioDeviceName));
     } else {
-        auto connected = hal::PipeWireBackend::connect(patience);
+        auto connected = hal::PipeWireBackend::connect(patience, AudioDeviceEngine::virtualDeviceNames());
         if (!connected)
             return connected.failure();
         backend = std::move(connected).value();

@@ -57,6 +57,8 @@ public:
     virtual void startCheckingUpdates(bool byHand) = 0;
     virtual bool isRecording() const = 0;
     virtual bool isPrepareStartRecording() const = 0;
+    // No recording is under way, and every one is closed and converted.
+    virtual bool isSettled() const = 0;
     virtual void openPreferencesWindowAndShowRecordInterface() = 0;
     // Shows the sheet, behind those that are open, and returns. The completion is called once the sheet is closed.
     virtual void beginSheet(const AlertSheet &sheet, std::function<void(int returnCode)> completion) = 0;

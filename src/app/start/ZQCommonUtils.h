@@ -45,6 +45,8 @@ public:
     virtual void setAppInfo(const CommAppInfo &info) = 0;
     // Looks for a newer version beside the main thread; says nothing when there is none or nobody answers.
     virtual void checkSilent() = 0;
+    // The program ends: nobody waits for a server any more.
+    virtual void stopWaiting() = 0;
     // Ends whatever is under way, without waiting for others.
     virtual void dispose() = 0;
 };

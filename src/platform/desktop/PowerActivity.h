@@ -4,17 +4,16 @@
 
 namespace cantorel::desktop {
 
-// Keeps the machine awake. The calls may block on the desktop's answer; one thread at a time.
+// Keeps the machine from falling asleep because nobody uses it: never from what the person asks for, and never the
+// screen from being locked. The calls may block on the desktop's answer; one thread at a time.
 class PowerActivity {
 public:
     virtual ~PowerActivity() = default;
 
     // Holds the machine awake until release(); holding twice is holding once. Fails when no service takes the wish.
+    // reason: what a person is shown who asks the desktop why.
     virtual foundation::Result<void> hold(const QString &reason) = 0;
     virtual void release() = 0;
-
-    // Tells the desktop that the user is there. Silently nothing where the desktop has no such call.
-    virtual void reportUserActivity() = 0;
 };
 
 } // namespace cantorel::desktop

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 
 namespace cantorel::foundation {
 
@@ -21,10 +23,14 @@ void printToConsole(const QString &text) {
     qsizetype written = 0;
     while (written < bytes.size()) {
         const auto count = ::write(STDERR_FILENO, bytes.data() + written, static_cast<size_t>(bytes.size() - written));
+        if (count < 0 && errno == EINTR)
+            continue;
         if (count <= 0)
             return;
         written += count;
     }
 }
+
+void ignoreBrokenPipes() { std::signal(SIGPIPE, SIG_IGN); }
 
 } // namespace cantorel::foundation

@@ -79,6 +79,8 @@ struct StreamRequest {
     // with the same number of frames. When the leader ends or is destroyed, this stream runs on by its own clock. Null:
     // none.
     DeviceStream *leader = nullptr;
+    // How long a server may take to begin.
+    foundation::Clock::Duration patience = std::chrono::seconds(3);
 };
 
 // An aggregate: one input device whose channels are those of the sub-devices' input sides, in order.
@@ -118,6 +120,9 @@ public:
     // UID of the default device in force, empty when there is none. Never a sink's monitor for Direction::Input.
     virtual QString defaultDevice(Direction direction) const = 0;
 
+    // Whether the choices of default devices are known now and can be changed: a server may be away, or without the
+    // part of it that keeps them.
+    virtual bool keepsDefaults() const = 0;
     // The choice that the person made and the server keeps, which may name an absent device; nothing when none was
     // made.
     virtual std::optional<QString> configuredDefault(Direction direction) const = 0;
@@ -137,8 +142,9 @@ public:
     // Null when the device does not exist or lacks a side asked for. Cycles may begin before this returns.
     virtual std::unique_ptr<DeviceStream> openStream(const StreamRequest &request, StreamClient &client) = 0;
 
-    // Makes the aggregate or changes it to what is described; the device is there when this returns true, and it is
-    // made again by the backend when sub-devices or the server come back.
+    // Makes the aggregate or changes it to what is described; the device is there when this returns true. The channels
+    // of a sub-device that goes are silent until it is back; the device itself goes with the last of them, or with the
+    // server, and is made again by the backend.
     virtual bool makeAggregate(const AggregateSpec &spec) = 0;
     virtual void removeAggregate(const QString &uid) = 0;
 

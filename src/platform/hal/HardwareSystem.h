@@ -9,11 +9,20 @@ namespace cantorel::hal {
 
 class ObjectTable;
 
+// What was found at the start of the system of a default device that another program of ours had displaced.
+enum class LeftDefault {
+    Nothing,
+    GivenBack, // the program had ended without it
+    Pending,   // the same, but the server does not let it be given back for now
+    InUse      // the program lives
+};
+
 // Makes the functions of AudioHardware.h answer from a backend while it lives. One at a time, made by the composition
 // root on the thread whose event loop calls the listeners.
 class HardwareSystem {
 public:
-    // stateFolder: where the descriptions of aggregate devices outlive the process; made when needed.
+    // stateFolder: where the descriptions of aggregate devices and displaced choices of default devices outlive the
+    // process; made when needed. A choice that a program left displaced is given back.
     HardwareSystem(std::unique_ptr<HardwareBackend> backend, const QString &stateFolder);
     ~HardwareSystem();
     HardwareSystem(const HardwareSystem &) = delete;
@@ -26,7 +35,11 @@ public:
     // Makes the device the default of a direction until it is given back, or this program ends in whatever way. What
     // was chosen before then comes back, absence included, unless somebody has chosen yet another device meanwhile.
     static OSStatus borrowDefault(Direction direction, AudioObjectID device);
-    static void giveBackDefault(Direction direction);
+    // otherwise: what shall be in force where the device that was is gone; 0: whatever the server picks.
+    static void giveBackDefault(Direction direction, AudioObjectID otherwise = kAudioObjectUnknown);
+    // The device that the person's choice amounts to while another stands in for it; 0 when none does, or it is gone.
+    static AudioObjectID displacedDefault(Direction direction);
+    static LeftDefault leftDefault(Direction direction);
 
     // Delivers to the listeners what they wait for, and takes up again the streams whose device has come back; the
     // event loop does the same by itself. On the thread that made the system.

@@ -55,6 +55,7 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     recording->path = path;
     recording->dropped = before.dropped;
     recording->discontinuities = before.discontinuities;
+    recording->filled = before.filled;
     recording->worker = std::make_unique<RecordingWorker>(
         path, RecordingInput{queue, stream->sampleRate(), stream->sourceChannels(), pollInterval}, diskReserve,
         std::move(events));
@@ -94,7 +95,7 @@ void AudioFileOutput::retire(FrameQueue *successor, bool continues) {
     mLast = countsOf(*mCurrent);
     if (joins) {
         mNext = {mCurrent->worker->queue(), nullptr, mCurrent->worker->queue()->dropped(),
-                 mCurrent->worker->queue()->discontinuities()};
+                 mCurrent->worker->queue()->discontinuities(), mCurrent->worker->queue()->filled()};
         mStream->attach(mNext.queue.get()); // it was not while the person had paused
     }
     mEnding.push_back(std::move(mCurrent));
@@ -173,6 +174,16 @@ void AudioFileOutput::deviceAlive(bool alive) {
         delegate->captureOutputDeviceLost(*this);
 }
 
+void AudioFileOutput::partsThere(bool allThere, double secondsAway) {
+    mSecondsAway = secondsAway;
+    if (!mCurrent)
+        return;
+    if (allThere)
+        delegate->captureOutputDeviceBack(*this);
+    else
+        delegate->captureOutputDeviceLost(*this);
+}
+
 void AudioFileOutput::formatChanged(const QString &deviceName) {
     if (!mCurrent || !mStream)
         return;
@@ -236,7 +247,7 @@ AudioFileOutput::Counts AudioFileOutput::countsOf(const Recording &recording) {
             worker.queue()->dropped() - recording.dropped,
             worker.queue()->discontinuities() - recording.discontinuities,
             worker.limitedSamples(),
-            worker.filledFrames()};
+            worker.filledFrames() + worker.queue()->filled() - recording.filled};
 }
 
 MediaTime AudioFileOutput::recordedDuration() const { return counts().duration; }

@@ -45,6 +45,7 @@ struct RecordingContinuation {
     std::unique_ptr<CaptureStream> stream;
     std::uint64_t dropped = 0; // by the queue, before
     std::uint64_t discontinuities = 0;
+    std::uint64_t filled = 0;
 };
 
 struct AudioChannel {
@@ -110,7 +111,8 @@ public:
     std::uint64_t droppedFrames() const;
     std::uint64_t discontinuities() const;
     std::uint64_t limitedSamples() const;
-    // Silence that stands for what the device did not bring while it was away; part of the duration.
+    // Silence that stands for what the device, or one of the two that it joins, did not bring while it was away; part
+    // of the duration.
     std::uint64_t filledFrames() const;
     // How long the device was away when it came back last.
     double secondsAway() const { return mSecondsAway; }
@@ -127,6 +129,7 @@ private:
         std::unique_ptr<RecordingWorker> worker;
         std::uint64_t dropped = 0; // by the queue, before it began
         std::uint64_t discontinuities = 0;
+        std::uint64_t filled = 0;
         std::optional<foundation::Failure> failure; // why it was ended, if it should not have
     };
     struct Counts {
@@ -143,6 +146,7 @@ private:
     void customEvent(QEvent *) override;
     void setStream(CaptureStream *stream); // ends a recording of the stream before
     void deviceAlive(bool alive);
+    void partsThere(bool allThere, double secondsAway);
     void formatChanged(const QString &deviceName);
     void endDoubt(const QString &deviceName);
     void retire(FrameQueue *successor, bool continues = false);

@@ -88,6 +88,7 @@ RecordingContinuation CaptureSession::letGo() {
     if (!continuation.queue)
         return {};
     mStream->onAliveChanged = {};
+    mStream->onPartsChanged = {};
     mStream->onFormatChanged = {};
     continuation.stream = std::move(mStream);
     mOpenDevice = kAudioObjectUnknown;
@@ -100,6 +101,10 @@ void CaptureSession::adopt(std::unique_ptr<CaptureStream> stream, AudioObjectID 
     mStream->onAliveChanged = [this](bool alive) {
         if (mOutput)
             mOutput->deviceAlive(alive);
+    };
+    mStream->onPartsChanged = [this](bool allThere, double secondsAway) {
+        if (mOutput)
+            mOutput->partsThere(allThere, secondsAway);
     };
     mStream->onFormatChanged = [this] {
         if (mOutput && mInput)

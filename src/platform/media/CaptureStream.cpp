@@ -4,9 +4,11 @@
 #include "platform/hal/HardwareSystem.h"
 #include "platform/media/MediaFailures.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 #include <thread>
+#include <utility>
 
 namespace cantorel::media {
 
@@ -15,6 +17,9 @@ using foundation::Result;
 namespace {
 
 constexpr AudioObjectPropertyAddress kAlive = {kAudioDevicePropertyDeviceIsAlive, kAudioObjectPropertyScopeGlobal,
+                                               kAudioObjectPropertyElementMaster};
+
+constexpr AudioObjectPropertyAddress kFlows = {kAudioDevicePropertyDeviceIsRunning, kAudioDevicePropertyScopeInput,
                                                kAudioObjectPropertyElementMaster};
 
 // What a stream is opened for once and for all.
@@ -43,31 +48,38 @@ AudioObjectID deviceOf(const QString &uid) {
     return status == kAudioHardwareNoError ? device : kAudioObjectUnknown;
 }
 
-std::vector<int> channelsOfParts(AudioObjectID device, int channels) {
-    const AudioObjectPropertyAddress address = {kAudioAggregateDevicePropertyFullSubDeviceList,
-                                                kAudioObjectPropertyScopeGlobal, 0};
-    CFArrayRef list = nullptr;
-    std::uint32_t size = sizeof list;
-    std::vector<int> parts;
-    if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &list) == kAudioHardwareNoError) {
-        for (const QString &uid : adoptRef(list)) {
-            const int own = static_cast<int>(inputFormat(deviceOf(uid)).mChannelsPerFrame);
-            if (own > 0)
-                parts.push_back(own);
-        }
-    }
-    // What does not add up is taken for one source.
-    return std::accumulate(parts.begin(), parts.end(), 0) == channels ? parts : std::vector<int>{channels};
-}
-
 } // namespace
 
 CaptureStream::CaptureStream(const CaptureDevice &device, double sampleRate, int channels)
     : mDevice(device.objectID),
       mSampleRate(sampleRate),
       mChannels(channels),
-      mSourceChannels(channelsOfParts(device.objectID, channels)),
+      mParts(partsOf(device.objectID)),
+      mSourceChannels(sourcesOf(mParts, channels)),
       mMeter(channels, sampleRate) {}
+
+std::vector<CaptureStream::Part> CaptureStream::partsOf(AudioObjectID device) {
+    const AudioObjectPropertyAddress address = {kAudioAggregateDevicePropertyFullSubDeviceList,
+                                                kAudioObjectPropertyScopeGlobal, 0};
+    CFArrayRef list = nullptr;
+    std::uint32_t size = sizeof list;
+    std::vector<Part> parts;
+    if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &list) == kAudioHardwareNoError) {
+        for (const QString &uid : adoptRef(list)) {
+            const AudioObjectID part = deviceOf(uid);
+            parts.push_back({part, static_cast<int>(inputFormat(part).mChannelsPerFrame)});
+        }
+    }
+    return parts;
+}
+
+std::vector<int> CaptureStream::sourcesOf(const std::vector<Part> &parts, int channels) {
+    std::vector<int> sources;
+    for (const Part &part : parts)
+        sources.push_back(part.channels);
+    // What does not add up is taken for one source.
+    return std::accumulate(sources.begin(), sources.end(), 0) == channels ? sources : std::vector<int>{channels};
+}
 
 Result<std::unique_ptr<CaptureStream>> CaptureStream::open(const CaptureDevice &device) {
     const AudioStreamBasicDescription format = inputFormat(device.objectID);
@@ -84,20 +96,25 @@ Result<std::unique_ptr<CaptureStream>> CaptureStream::open(const CaptureDevice &
     (void)AudioObjectSetPropertyData(stream->mDevice, &usageAddress, 0, nullptr, sizeof usage, &usage);
     if (AudioDeviceStart(stream->mDevice, stream->mProc) != kAudioHardwareNoError)
         return failures::deviceNotOpened(device.localizedName);
-    AudioObjectAddPropertyListener(stream->mDevice, &kAlive, &aliveChanged, stream.get());
-    for (const AudioObjectPropertyAddress &format : kFormat)
-        AudioObjectAddPropertyListener(stream->mDevice, &format, &formatChanged, stream.get());
+    stream->watch(true);
     return stream;
 }
 
 CaptureStream::~CaptureStream() {
-    AudioObjectRemovePropertyListener(mDevice, &kAlive, &aliveChanged, this);
-    for (const AudioObjectPropertyAddress &format : kFormat)
-        AudioObjectRemovePropertyListener(mDevice, &format, &formatChanged, this);
+    watch(false);
     if (!mProc)
         return;
     AudioDeviceStop(mDevice, mProc); // returns after the last cycle
     AudioDeviceDestroyIOProcID(mDevice, mProc);
+}
+
+void CaptureStream::watch(bool begins) {
+    const auto change = begins ? AudioObjectAddPropertyListener : AudioObjectRemovePropertyListener;
+    change(mDevice, &kFlows, &flowChanged, this);
+    for (const AudioObjectPropertyAddress &format : kFormat)
+        change(mDevice, &format, &formatChanged, this);
+    for (const Part &part : mParts)
+        change(part.device, &kAlive, &partChanged, this);
 }
 
 OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const AudioBufferList *input,
@@ -115,6 +132,8 @@ OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const Audio
     if (FrameQueue *queue = self.mQueue.load()) {
         if (inputTime && inputTime->mFlags & kAudioTimeStampDiscontinuity)
             self.meetHole(*queue, *inputTime);
+        if (self.mLacksPart.load(std::memory_order_relaxed))
+            queue->countFilled(frames);
         queue->push(samples, frames);
     }
     self.mCycles.fetch_add(1);
@@ -149,10 +168,12 @@ void CaptureStream::beginHoleHere() {
 
 bool CaptureStream::matchesDevice() const {
     const AudioStreamBasicDescription format = inputFormat(mDevice);
-    const bool absent = format.mChannelsPerFrame == 0; // it comes back as it was, or is met again then
-    return absent
-           || (format.mSampleRate == mSampleRate && format.mChannelsPerFrame == static_cast<std::uint32_t>(mChannels)
-               && channelsOfParts(mDevice, mChannels) == mSourceChannels);
+    if (format.mChannelsPerFrame == 0) // absent: it comes back as it was, or is met again then
+        return true;
+    const std::vector<Part> parts = partsOf(mDevice);
+    const bool allThere = std::all_of(parts.begin(), parts.end(), [](const Part &part) { return part.channels > 0; });
+    return format.mSampleRate == mSampleRate && format.mChannelsPerFrame == static_cast<std::uint32_t>(mChannels)
+           && (!allThere || sourcesOf(parts, mChannels) == mSourceChannels);
 }
 
 void CaptureStream::waitForCycle() const {
@@ -175,19 +196,37 @@ OSStatus CaptureStream::formatChanged(AudioObjectID, std::uint32_t, const AudioO
     return kAudioHardwareNoError;
 }
 
-OSStatus CaptureStream::aliveChanged(AudioObjectID device, std::uint32_t, const AudioObjectPropertyAddress *,
-                                     void *clientData) {
+OSStatus CaptureStream::partChanged(AudioObjectID, std::uint32_t, const AudioObjectPropertyAddress *,
+                                    void *clientData) {
     auto &self = *static_cast<CaptureStream *>(clientData);
-    std::uint32_t alive = 0;
-    std::uint32_t size = sizeof alive;
-    if (AudioObjectGetPropertyData(device, &kAlive, 0, nullptr, &size, &alive) != kAudioHardwareNoError)
-        alive = 0;
-    if (self.mAlive == (alive != 0))
+    const bool allThere = std::all_of(self.mParts.begin(), self.mParts.end(),
+                                      [](const Part &part) { return inputFormat(part.device).mChannelsPerFrame > 0; });
+    if (allThere == !self.mPartLostAt)
         return kAudioHardwareNoError;
-    self.mAlive = alive != 0;
-    if (self.mAlive)
+    self.mLacksPart.store(!allThere, std::memory_order_relaxed);
+    const foundation::Clock::Duration now = hal::HardwareSystem::clock().now();
+    const double away = std::chrono::duration<double>(now - self.mPartLostAt.value_or(now)).count();
+    if (allThere)
+        self.mPartLostAt.reset();
+    else
+        self.mPartLostAt = now;
+    if (self.mAlive && self.onPartsChanged) // else all of it is away, which is told already
+        self.onPartsChanged(allThere, away);
+    return kAudioHardwareNoError;
+}
+
+OSStatus CaptureStream::flowChanged(AudioObjectID device, std::uint32_t, const AudioObjectPropertyAddress *,
+                                    void *clientData) {
+    auto &self = *static_cast<CaptureStream *>(clientData);
+    std::uint32_t flows = 0;
+    std::uint32_t size = sizeof flows;
+    if (AudioObjectGetPropertyData(device, &kFlows, 0, nullptr, &size, &flows) != kAudioHardwareNoError)
+        flows = 0;
+    const bool was = std::exchange(self.mAlive, flows != 0);
+    // It may be back with other channels, which the procedure cannot take.
+    if (inputFormat(device).mChannelsPerFrame > 0)
         (void)formatChanged(device, 0, nullptr, clientData);
-    if (self.onAliveChanged)
+    if (self.mAlive != was && self.onAliveChanged)
         self.onAliveChanged(self.mAlive);
     return kAudioHardwareNoError;
 }

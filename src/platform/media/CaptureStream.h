@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Clock.h"
 #include "platform/foundation/Result.h"
 #include "platform/hal/AudioHardwareTypes.h"
 #include "platform/media/CaptureDevice.h"
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace cantorel::media {
@@ -19,7 +21,7 @@ namespace cantorel::media {
 //
 // The procedure shares with other threads: the attached queue (a pointer that others exchange), the number of cycles
 // begun and ended (so that a queue can be freed when no cycle uses it any more), the moment at which the next frame is
-// due, and the published levels.
+// due, whether one of its parts is away, and the published levels.
 class CaptureStream {
 public:
     static foundation::Result<std::unique_ptr<CaptureStream>> open(const CaptureDevice &device);
@@ -50,13 +52,25 @@ public:
     // What is missing until now is nobody's: the hole that is noted when the device is back begins here.
     void beginHoleHere();
 
-    // Told when the device goes (false) and when it comes back (true).
+    // Told when the device goes or brings nothing any more (false), and when it brings sound again (true).
     std::function<void(bool alive)> onAliveChanged;
+    // Told when one of the devices that this one joins goes (false), and when all are there again (true); its channels
+    // are silent meanwhile, and the others go on.
+    std::function<void(bool allThere, double secondsAway)> onPartsChanged;
     // Told when the device may no longer match, or may match again.
     std::function<void()> onFormatChanged;
 
 private:
+    // A device behind this one, and how many channels it has here.
+    struct Part {
+        AudioObjectID device = kAudioObjectUnknown;
+        int channels = 0; // 0 while it is away
+    };
+
     CaptureStream(const CaptureDevice &device, double sampleRate, int channels);
+    static std::vector<Part> partsOf(AudioObjectID device);
+    static std::vector<int> sourcesOf(const std::vector<Part> &parts, int channels);
+    void watch(bool begins);
 
     static OSStatus cycle(AudioObjectID device, const AudioTimeStamp *now, const AudioBufferList *input,
                           const AudioTimeStamp *inputTime, AudioBufferList *output, const AudioTimeStamp *outputTime,
@@ -64,17 +78,22 @@ private:
     void meetHole(FrameQueue &queue, const AudioTimeStamp &time) noexcept [[clang::nonblocking]];
     static OSStatus formatChanged(AudioObjectID device, std::uint32_t count,
                                   const AudioObjectPropertyAddress *addresses, void *clientData);
-    static OSStatus aliveChanged(AudioObjectID device, std::uint32_t count, const AudioObjectPropertyAddress *addresses,
-                                 void *clientData);
+    static OSStatus partChanged(AudioObjectID device, std::uint32_t count, const AudioObjectPropertyAddress *addresses,
+                                void *clientData);
+    static OSStatus flowChanged(AudioObjectID device, std::uint32_t count, const AudioObjectPropertyAddress *addresses,
+                                void *clientData);
 
     const AudioObjectID mDevice;
     const double mSampleRate;
     const int mChannels;
-    std::vector<int> mSourceChannels;
+    const std::vector<Part> mParts; // none where it is a plain device
+    const std::vector<int> mSourceChannels;
     AudioDeviceIOProcID mProc = nullptr;
-    bool mAlive = true;
+    bool mAlive = true;                                     // it brings its cycles
+    std::optional<foundation::Clock::Duration> mPartLostAt; // while one is away
     LevelMeter mMeter;
     std::atomic<FrameQueue *> mQueue{nullptr};
+    std::atomic<bool> mLacksPart{false};
     std::atomic<std::uint32_t> mCycles{0};   // odd while one is under way
     std::atomic<std::uint64_t> mExpected{0}; // ns, host time at which the next frame is due; 0 before the first
     std::uint64_t mCycleBegan = 0;           // ns, host time of the server's cycle; the procedure's own

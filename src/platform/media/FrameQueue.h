@@ -61,6 +61,10 @@ public:
             return {};
         return mHoles[passed % mHoles.size()];
     }
+    // The writer. Of the next frames so many hold silence for a source that is away.
+    void countFilled(std::uint64_t frames) noexcept [[clang::nonblocking]] {
+        mFilled.fetch_add(frames, std::memory_order_relaxed);
+    }
     void passHole() { mHolesPassed.fetch_add(1, std::memory_order_release); }
 
     // Held by who reads; the next reader waits for it.
@@ -88,6 +92,7 @@ public:
     std::uint64_t accepted() const { return mWritten.load(std::memory_order_acquire); } // frames
     std::uint64_t taken() const { return mRead.load(std::memory_order_relaxed); }       // frames
     std::uint64_t dropped() const { return mDropped.load(std::memory_order_relaxed); }  // frames
+    std::uint64_t filled() const { return mFilled.load(std::memory_order_relaxed); }    // frames
     std::uint64_t discontinuities() const { return mDiscontinuities.load(std::memory_order_relaxed); }
 
 private:
@@ -97,6 +102,7 @@ private:
     alignas(64) std::atomic<std::uint64_t> mWritten{0};
     std::atomic<std::uint64_t> mDropped{0};
     std::atomic<std::uint64_t> mDiscontinuities{0};
+    std::atomic<std::uint64_t> mFilled{0};
     alignas(64) std::atomic<std::uint64_t> mRead{0};
     std::mutex mReading;
     std::array<Hole, 16> mHoles;

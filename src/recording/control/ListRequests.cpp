@@ -47,7 +47,7 @@ Result<void> removeRecording(RecordedList &list, const QString &file, bool delet
     list.remove(*item.value());
     if (list.unsaved().isEmpty())
         return {};
-    const QString why = list.unsaved();
+    const foundation::Sentence why = list.unsaved();
     if (!deletesFile)
         list.insert(place, fields);
     return refusal(why);

@@ -9,6 +9,8 @@ namespace cantorel {
 
 namespace {
 
+constexpr foundation::SentenceKey kOutputGone("OutputGone");
+
 // As exactly as anybody plans with it; the signs of the units are the same in all languages.
 QString hoursAndMinutes(qint64 seconds) {
     const qint64 hours = seconds / 3600, minutes = seconds / 60 % 60;
@@ -62,7 +64,7 @@ QString RecorderPanel::sentence() const {
 void RecorderPanel::setSentence(const foundation::Sentence &sentence, const QString &kept) {
     mSentence = sentence;
     mKept = kept;
-    mSaysSilence = false;
+    mSentenceStays = Until::Replaced;
     Q_EMIT changed();
 }
 
@@ -88,7 +90,8 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
         mLevel.setLevel(0);
         mFile.clear();
         mDevice.clear();
-        recordingHeard();
+        if (mSentenceStays != Until::Replaced)
+            setSentence({});
     }
     Q_EMIT changed();
     if (begins)
@@ -119,12 +122,21 @@ void RecorderPanel::tellLostFrames(qint64 frames) {
 
 void RecorderPanel::recordingSilent(const foundation::Sentence &sentence) {
     setSentence(sentence);
-    mSaysSilence = true;
+    mSentenceStays = Until::Sound;
 }
 
 void RecorderPanel::recordingHeard() {
-    if (mSaysSilence)
+    if (mSentenceStays == Until::Sound)
         setSentence({});
+}
+
+void RecorderPanel::recordingIsHeard(bool isHeard) {
+    if (!isHeard) {
+        setSentence(kOutputGone());
+        mSentenceStays = Until::Output;
+    } else if (mSentenceStays == Until::Output) {
+        setSentence({});
+    }
 }
 
 void RecorderPanel::recordingDeviceLost(const QString &) {

@@ -43,6 +43,7 @@ public:
     void recordingFramesLost(qint64 frames) override;
     void recordingSilent(const foundation::Sentence &sentence) override;
     void recordingHeard() override;
+    void recordingIsHeard(bool isHeard) override;
     void recordingDeviceLost(const QString &device) override;
     void recordingFinished(const FinishedRecording &recording) override;
     void recordingFiltered(const QString &file, double seconds) override;
@@ -86,8 +87,9 @@ private:
     qint64 mLostFrames = 0; // of the file
     foundation::Sentence mSentence;
     QString mFile, mDevice, mKept;
-    bool mSaysSilence = false; // The sentence ends with the next sound.
-    bool mIsSettled = true;    // since the last recording; between the files of a split it is not
+    // What the sentence goes with.
+    enum class Until { Replaced, Sound, Output } mSentenceStays = Until::Replaced;
+    bool mIsSettled = true; // since the last recording; between the files of a split it is not
 };
 
 } // namespace cantorel

@@ -25,6 +25,7 @@ namespace cantorel {
 namespace {
 
 constexpr foundation::SentenceKey kNameTaken("NameTaken", "Name");
+constexpr foundation::SentenceKey kListNotSaved("ListNotSaved", "FileName");
 constexpr foundation::SentenceKey kNotRenamed("NotRenamed", "FileName");
 
 constexpr std::chrono::seconds kSweepInterval(1);
@@ -157,18 +158,16 @@ void RecordedList::saveRecordedList() {
     if (!mJournalFits) {
         // Our next change stores the list as it is then; another setting's save must not store it as it is now.
         standardUserDefaults().discard(storedKey());
-        mUnsaved = QStringLiteral("The list was not saved: \"%1\" cannot be read or written; check its rights, its "
-                                  "folder and the free space.")
-                       .arg(standardUserDefaults().filePath());
+        mUnsaved = kListNotSaved(standardUserDefaults().filePath());
         return;
     }
-    mUnsaved.clear();
+    mUnsaved = {};
     mArchiveSize = archive.size();
     mJournal.remove();
     mJournal.begin(archive);
 }
 
-QString RecordedList::storedAtLast() {
+foundation::Sentence RecordedList::storedAtLast() {
     if (!mUnsaved.isEmpty())
         saveRecordedList();
     return mUnsaved;
@@ -256,7 +255,7 @@ foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QSt
             QFile::remove(renamed);
         else
             (void)ToolFile::moveFileFromPath(renamed, before); // At worst it keeps the name that was asked for.
-        return foundation::Failure{mUnsaved, mUnsaved};
+        return foundation::Failure{mUnsaved, QStringLiteral("the list was not saved")};
     }
     if (hasBoth)
         QFile::remove(before);

@@ -49,9 +49,9 @@ public:
     void saveRecordedList();
     // Why the list as it is here is not on the disk, as one sentence; empty when it is there. What is missing there
     // goes with the next change.
-    const QString &unsaved() const { return mUnsaved; }
+    const foundation::Sentence &unsaved() const { return mUnsaved; }
     // Tries once more where that is so, and answers what is unsaved() then.
-    QString storedAtLast();
+    foundation::Sentence storedAtLast();
 
     using Items = std::vector<std::unique_ptr<RecordedAudioInfo>>;
     const Items &items() const { return mItems; }
@@ -93,7 +93,7 @@ private:
     ListJournal mJournal;
     qint64 mArchiveSize = 0;
     bool mJournalFits = false; // the archive and the journal give the list as it is
-    QString mUnsaved;
+    foundation::Sentence mUnsaved;
     Items mItems;
     QSet<QString> mInvalidFiles;
     std::unique_ptr<foundation::Timer> mTimerInvalid;

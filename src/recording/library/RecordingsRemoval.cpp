@@ -36,7 +36,7 @@ foundation::Result<void> RecordingsRemoval::remove(const std::vector<RecordedAud
         mList.remove(*item);
     }
     if (failed.isEmpty() && !mList.unsaved().isEmpty())
-        return foundation::Failure{mList.unsaved(), mList.unsaved()};
+        return foundation::Failure{mList.unsaved(), QStringLiteral("the list was not saved")};
     if (failed.isEmpty())
         return {};
     return foundation::Failure{kNotToWastebasket(failed), {}};

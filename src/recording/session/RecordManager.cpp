@@ -91,6 +91,13 @@ bool RecordManager::start(const QUrl &file) {
 }
 
 void RecordManager::routeSystemSound() {
+    mHearing = foundation::NotificationCenter::defaultCenter().subscribe<bool>(
+        kNotificationRoutedSoundIsHeard, [this](const bool &heard) {
+            if (heard)
+                delegate->RecordManagerOutputBack(*this);
+            else
+                delegate->RecordManagerOutputLost(*this);
+        });
     const bool stays = ZQAudioKextKit::isRoutingKept();
     (void)ZQAudioKextKit::setSVAD(); // Without a virtual device the recording starts unrouted.
     // Where the routing goes on, so does the volume that the person has chosen meanwhile.
@@ -107,6 +114,7 @@ void RecordManager::stopRecord() {
     }
     if (mSource && includesSystemSound(*mSource))
         ZQAudioKextKit::unsetSVAD();
+    mHearing.cancel();
 }
 
 void RecordManager::joinNextRecording() {

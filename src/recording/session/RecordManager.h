@@ -35,6 +35,9 @@ public:
     // The device of the running recording has gone, or has come back; the recording stays open meanwhile.
     virtual void RecordManagerDeviceLost(RecordManager &) {}
     virtual void RecordManagerDeviceBack(RecordManager &) {}
+    // System sound is recorded and nobody hears it for lack of an output; or it is heard again.
+    virtual void RecordManagerOutputLost(RecordManager &) {}
+    virtual void RecordManagerOutputBack(RecordManager &) {}
 };
 
 // Drives the shared audio recorder for one recording at a time, and lends system sound to the virtual device while it
@@ -98,6 +101,7 @@ private:
 
     ZQAudioRecorder *mAudioRecorder = nullptr; // the shared one; null unless a recording is prepared or running
     media::RecordingContinuation mContinuation;
+    foundation::NotificationCenter::Subscription mHearing;
     std::unique_ptr<foundation::Timer> mJoin; // while the next recording is awaited; ends the waiting
     double mDuration = 0;                     // seconds, exact once the recording has ended
     qint64 mFileSize = 0;                     // bytes, likewise

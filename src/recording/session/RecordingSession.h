@@ -76,6 +76,8 @@ private:
     void RecordManagerUpdateAudioLevel(RecordManager &, float level) override;
     void RecordManagerDeviceLost(RecordManager &) override { deviceIsAway(true); }
     void RecordManagerDeviceBack(RecordManager &) override { deviceIsAway(false); }
+    void RecordManagerOutputLost(RecordManager &) override { mView.recordingIsHeard(false); }
+    void RecordManagerOutputBack(RecordManager &) override { mView.recordingIsHeard(true); }
     void recordingShallStop() override { stopRecording(); }
     void recordingShallSplit(AfterFile split) override { close(split); }
     void recordedFileIsGone() override;

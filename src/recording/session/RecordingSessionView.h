@@ -79,6 +79,8 @@ public:
     virtual void recordingHeard() {} // after that: a sound has come
     virtual void recordingDeviceLost(const QString & /*device*/) {}
     virtual void recordingDeviceBack(const QString & /*device*/) {}
+    // What is recorded of system sound can't be heard for now, or can be heard again.
+    virtual void recordingIsHeard(bool /*isHeard*/) {}
     virtual void recordingConverting(const QString & /*file*/) {}
     virtual void recordingFinished(const FinishedRecording &) {}
     // Shorter than what is kept, and deleted.

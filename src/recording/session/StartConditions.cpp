@@ -47,13 +47,11 @@ std::optional<Failure> deviceTrouble(RecordingSource source) {
     if (source != RecordingSource::Both)
         return {};
     const QVariantMap saved = AppSettings::getFromUserDefaults_Object(kOldAggregateKey).toMap();
-    if (!ZQAudioKextKit::isAggregateDeviceChanged(saved))
-        return {};
-    ZQAudioKextKit::destroyAggregateDevice();
-    const QVariantMap made = ZQAudioKextKit::createAggregateDevice();
+    const QVariantMap made = ZQAudioKextKit::renewAggregateDevice(saved);
     if (made.isEmpty())
         return Failure{kNotJoined(), QStringLiteral("createAggregateDevice failed")};
-    AppSettings::saveToUserDefaultsForKeyObjectValue(kOldAggregateKey, made);
+    if (made != saved)
+        AppSettings::saveToUserDefaultsForKeyObjectValue(kOldAggregateKey, made);
     return {};
 }
 

@@ -6,6 +6,12 @@
 
 namespace cantorel {
 
+namespace {
+
+constexpr const char *kReason = "Recording sound, or ready for the next recording";
+
+} // namespace
+
 KeepAwake::KeepAwake(std::shared_ptr<desktop::PowerActivity> power, std::chrono::milliseconds interval)
     : mPower(std::move(power)), mInterval(interval), mThread([this](const std::stop_token &stop) { run(stop); }) {}
 
@@ -20,11 +26,10 @@ void KeepAwake::run(const std::stop_token &stop) {
 }
 
 void KeepAwake::MyKeepWakeSystemTimerCallback(bool &told) {
-    if (const auto held = mPower->hold(QStringLiteral("Recording sound")); !held && !told) {
+    if (const auto held = mPower->hold(QString::fromLatin1(kReason)); !held && !told) {
         told = true; // once, not at every interval
         Log(held.failure().detail);
     }
-    mPower->reportUserActivity();
 }
 
 } // namespace cantorel

@@ -11,8 +11,8 @@
 
 namespace cantorel {
 
-// Keeps the machine awake while it lives: a thread of its own holds an inhibitor and reports the user's activity at
-// once and then at every interval. Its end waits for the thread, at most as long as one call of the service lasts.
+// Keeps the machine awake while it lives: a thread of its own holds an inhibitor, and looks at every interval whether
+// it is still held. Its end waits for the thread, at most as long as one call of the service lasts.
 class KeepAwake {
 public:
     explicit KeepAwake(std::shared_ptr<desktop::PowerActivity> power,

@@ -1,6 +1,7 @@
 #include "platform/hal/embedded/EmbeddedBackend.h"
 #include "tests/contract/hal/BackendWorld.h"
 #include "tests/support/EmbeddedWorld.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 
 #include <mutex>
@@ -16,8 +17,9 @@ class EmbeddedBackendWorld : public BackendWorld {
 public:
     explicit EmbeddedBackendWorld(std::shared_ptr<ManualClock> manual)
         : mManual(std::move(manual)),
-          mBackend(mManual ? std::static_pointer_cast<DeviceClock>(mManual) : makeWallDeviceClock(),
-                   [] { return true; }) {
+          mBackend(
+              mManual ? std::static_pointer_cast<DeviceClock>(mManual) : makeWallDeviceClock(), [] { return true; },
+              test::kLoopbackNames.first()) {
         mBackend.setSource(QStringLiteral("builtin_microphone"), {});
         (void)mBackend.devices(); // Looking is what finds the virtual device.
     }

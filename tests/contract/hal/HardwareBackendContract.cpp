@@ -284,12 +284,30 @@ TEST_P(HardwareContract, AggregateHasItsMembersChannelsInOrder) {
         const bool farIsFirst = test::stampOf(client.kept[end * 4]) > test::stampOf(client.kept[end * 4 + 2]);
         EXPECT_EQ(farIsFirst, !microphoneFirst);
     }
-    world->unplug(kMicrophone);
-    EXPECT_TRUE(world->until([&] { return !isThere("test.both"); })) << "it goes with a member";
-    world->plug(kMicrophone, Direction::Input);
-    EXPECT_TRUE(world->until([&] { return isThere("test.both"); })) << "and comes back with it";
     backend.removeAggregate("test.both");
     EXPECT_FALSE(isThere("test.both"));
+}
+
+TEST_P(HardwareContract, AMemberThatGoesIsSilentAndTheOthersOfItsAggregateGoOn) {
+    ASSERT_TRUE(backend.makeAggregate({"test.both", "Both", {kMicrophone, kLoopback}, kMicrophone}));
+    Client client(4);
+    const auto stream = backend.openStream(reading("test.both"), client);
+    ASSERT_TRUE(stream);
+    const auto program = world->play(kLoopback, 0);
+    ASSERT_TRUE(world->until([&] { return client.run(2) > kEnough; }));
+    for (int round = 0; round < 2; ++round) {
+        world->unplug(kMicrophone);
+        ASSERT_TRUE(world->until([&] { return !isThere(kMicrophone); }));
+        const std::uint32_t cycles = client.cycles;
+        EXPECT_TRUE(world->until([&] { return client.cycles > cycles + 20; })) << "the other goes on";
+        EXPECT_TRUE(isThere("test.both"));
+        world->plug(kMicrophone, Direction::Input);
+        const auto voice = world->feed(kMicrophone, 0);
+        const auto heard = [&] { return test::stampOf(client.kept[client.count / 4 * 4 - 4]) > 0; };
+        EXPECT_TRUE(world->until(heard)) << "picked up again";
+    }
+    EXPECT_EQ(client.endings, 0u);
+    backend.removeAggregate("test.both");
 }
 
 TEST_P(HardwareContract, SubscriberIsToldOfEveryKindOfChangeUntilItLeaves) {

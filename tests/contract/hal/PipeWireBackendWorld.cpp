@@ -1,5 +1,6 @@
 #include "platform/hal/pipewire/PipeWireBackend.h"
 #include "tests/contract/hal/BackendWorld.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/StampedSound.h"
 
@@ -15,7 +16,7 @@ using namespace hal;
 class PipeWireBackendWorld : public BackendWorld {
 public:
     PipeWireBackendWorld() {
-        auto connected = PipeWireBackend::connect(std::chrono::seconds(10));
+        auto connected = PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
         if (connected)
             mBackend = std::move(connected).value();
     }

@@ -210,8 +210,26 @@ TEST_F(LaunchTest, TheAggregateIsMadeAnewOnlyForBothSourcesAndOnlyWhenItsMicroph
     background.runAll();
     EXPECT_EQ(ZQUserDefaultGetObjectValue(aggregateKey(), {}).toMap(), saved);
     calls.take();
+    window.settled = false;
     window.answer(kAgree);
+    world.advance(60000);
+    EXPECT_FALSE(calls.take().contains("quit")) << "a recording is closed and converted first";
+    EXPECT_TRUE(utils.waits);
+    window.settled = true;
+    world.advance(500);
     EXPECT_EQ(calls.take(), (QStringList{"sh sleep 1.000000; open \"/opt/cantorel\"", "quit", "close"}));
+    EXPECT_FALSE(utils.waits) << "an update server that does not answer holds up nobody";
+}
+
+// A recording that begins meanwhile has the device made at once; it is not made again, and nobody is told.
+TEST_F(LaunchTest, TheAggregateThatARecordingHasMadeIsNotMadeAgain) {
+    AppSettings::setAudioType(2);
+    launch();
+    ZQUserDefaultSetValue_Object(ZQAudioKextKit::renewAggregateDevice({}), aggregateKey());
+    const AudioDeviceID made = EmbeddedWorld::deviceNamed("Tessolar_AggregateDevice");
+    background.runAll();
+    EXPECT_TRUE(window.sheets.empty());
+    EXPECT_EQ(EmbeddedWorld::deviceNamed("Tessolar_AggregateDevice"), made);
 }
 
 TEST_F(MissingDriverTest, AnAggregateThatCannotBeMadeIsNeitherSavedNorTold) {

@@ -43,6 +43,7 @@ struct FakeWindow : MainWindowFace {
     void startCheckingUpdates(bool byHand) override { calls.note(byHand ? "check by hand" : "startCheckingUpdates"); }
     bool isRecording() const override { return recording; }
     bool isPrepareStartRecording() const override { return preparing; }
+    bool isSettled() const override { return settled; }
     void openPreferencesWindowAndShowRecordInterface() override { calls.note("preferences"); }
     void beginSheet(const AlertSheet &sheet, std::function<void(int)> completion) override {
         calls.note("sheet " + sheet.informativeText);
@@ -63,7 +64,7 @@ struct FakeWindow : MainWindowFace {
     }
 
     Calls &calls;
-    bool hasDialog = false, recording = false, preparing = false;
+    bool hasDialog = false, recording = false, preparing = false, settled = true;
     std::vector<AlertSheet> sheets;
     std::deque<std::function<void(int)>> completions;
     QObject object;
@@ -80,10 +81,12 @@ struct FakeUtils : ZQCommonUtils {
         current = info;
     }
     void checkSilent() override { calls.note("checkSilent"); }
+    void stopWaiting() override { waits = false; }
     void dispose() override { calls.note("dispose"); }
 
     Calls &calls;
     CommAppInfo current;
+    bool waits = true;
 };
 
 struct FakeApplication : Application {

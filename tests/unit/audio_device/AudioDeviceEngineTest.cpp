@@ -137,6 +137,83 @@ TEST(DeviceEngine, FollowsThePersonsChoice) {
     EXPECT_EQ(world.engine.defaultOutputDevice(), "Headset");
 }
 
+// A cable, a dock, or a server that starts anew: what is recorded is heard again, no later than before.
+TEST(DeviceEngine, TheOnlyOutputThatComesBackIsHeardAsBefore) {
+    const struct {
+        int away; // ms
+        int channels;
+        bool withVirtual;
+    } cases[] = {{5000, 2, false}, {1200, 2, false}, {700, 4, false}, {1200, 2, true}};
+    for (const auto &[away, channels, withVirtual] : cases) {
+        SCOPED_TRACE(::testing::Message() << away << " ms, " << channels << " channels, " << withVirtual);
+        RoutedWorld world;
+        std::vector<bool> told;
+        const auto hearing = foundation::NotificationCenter::defaultCenter().subscribe<bool>(
+            kNotificationRoutedSoundIsHeard, [&](const bool &heard) { told.push_back(heard); });
+        ASSERT_TRUE(world.engine.activateSVAD());
+        ASSERT_TRUE(world.engine.setSVAD());
+        std::int64_t played = 0, lag = -1;
+        const auto program = world.backend->play([&](std::span<float> samples, int width, std::int64_t position) {
+            stamp(samples, width, position);
+            played = position;
+        });
+        const auto lagNow = [&] {
+            lag = -1;
+            world.backend->setTap("builtin_output", [&](std::span<const float> samples, int, std::int64_t) {
+                lag = samples[0] == 0 ? -1 : played - test::stampOf(samples[0]);
+            });
+            world.advance(200);
+            return lag;
+        };
+        const std::int64_t before = lagNow();
+        ASSERT_GE(before, 0);
+        world.backend->unplug("builtin_output");
+        world.virtualInstalled = !withVirtual;
+        world.system->deliverChanges();
+        world.advance(away);
+        EXPECT_EQ(told, std::vector<bool>{false});
+        world.virtualInstalled = true;
+        world.backend->plug(EmbeddedBackend::plainDevice("builtin_output", "Built-in Output", 0, channels));
+        world.system->deliverChanges();
+        world.system->deliverChanges();
+        EXPECT_EQ(lagNow(), before);
+        EXPECT_EQ(told, (std::vector{false, true}));
+    }
+}
+
+// What is heard meanwhile, at whatever device there is, is no choice of the person's.
+TEST(DeviceEngine, AnAbsenceLeavesThePersonsChoiceAsItWas) {
+    const struct {
+        std::optional<QString> choice;
+        bool atTheStart; // nothing to hear with
+        bool comesBack;
+    } cases[] = {{QString("Headset"), false, true},
+                 {QString("Headset"), false, false},
+                 {std::nullopt, true, true},
+                 {QString("Headset"), true, true}};
+    for (const auto &[choice, atTheStart, comesBack] : cases) {
+        SCOPED_TRACE(::testing::Message() << choice.value_or("none").toStdString() << atTheStart << comesBack);
+        RoutedWorld world;
+        if (atTheStart)
+            world.backend->unplug("builtin_output");
+        else
+            world.backend->plug(outputDevice("Headset"));
+        world.backend->setConfiguredDefault(Direction::Output, {choice, QString()}, std::nullopt);
+        ASSERT_TRUE(world.engine.activateSVAD());
+        ASSERT_TRUE(world.engine.setSVAD());
+        world.backend->unplug("Headset");
+        world.system->deliverChanges();
+        EXPECT_EQ(world.hears("builtin_output"), !atTheStart);
+        if (comesBack)
+            world.backend->plug(outputDevice("Headset"));
+        world.system->deliverChanges();
+        EXPECT_EQ(world.hears("Headset"), comesBack);
+        world.engine.unsetSVAD();
+        EXPECT_EQ(world.backend->configuredDefault(Direction::Output), choice);
+        EXPECT_EQ(world.engine.defaultOutputDevice(), comesBack ? "Headset" : "Built-in Output");
+    }
+}
+
 TEST(DeviceEngine, ListsRealDevicesBySide) {
     RoutedWorld world;
     world.engine.activateSVAD();

@@ -45,16 +45,21 @@ TEST(ThruEngine, CarriesEveryFrameOnceWithTheLatencyItComputes) {
         world.backend->unplug(kVirtual);
         world.backend->unplug(kOutput);
         world.virtualInstalled = false;
-        SoftwareDevice loopback = EmbeddedBackend::virtualDevice();
+        SoftwareDevice loopback = EmbeddedBackend::loopbackDevice(QStringLiteral("loop"));
         loopback.record.cycleFrames = cycle;
-        loopback.record.uid = loopback.record.name = QStringLiteral("loop");
         SoftwareDevice output = EmbeddedBackend::plainDevice(kOutput, QStringLiteral("Built-in Output"), 0, 2);
         output.record.cycleFrames = cycle;
         output.record.safetyOffsetFrames = 24;
         world.backend->plug(std::move(loopback));
         world.backend->plug(std::move(output));
         world.listen(kOutput);
-        world.program = world.backend->play(stamp, QStringLiteral("loop"));
+        std::int64_t played = 0, lag = -1; // frames
+        world.program = world.backend->play(
+            [&](std::span<float> samples, int channels, std::int64_t position) {
+                stamp(samples, channels, position);
+                played = position;
+            },
+            QStringLiteral("loop"));
 
         AudioThruEngine engine;
         engine.SetDevices(named("loop"), named("Built-in Output"));
@@ -77,6 +82,10 @@ TEST(ThruEngine, CarriesEveryFrameOnceWithTheLatencyItComputes) {
         ASSERT_LT(first, 4096u);
         for (std::size_t i = first; i < stamps.size(); ++i)
             ASSERT_EQ(stamps[i], stamps[first] + std::int64_t(i - first)) << cycle << " at " << i;
+        world.backend->setTap(
+            kOutput, [&](std::span<const float> samples, int, std::int64_t) { lag = played - stampOf(samples[0]); });
+        world.advance(50);
+        EXPECT_NEAR(static_cast<double>(lag), latency, std::max(cycle, 512u)) << "as late as it says, but for a block";
         EXPECT_TRUE(engine.Stop());
         EXPECT_FALSE(engine.Stop());
         EXPECT_EQ(engine.ComputeThruOffset(), 0u);

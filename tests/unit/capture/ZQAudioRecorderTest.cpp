@@ -320,6 +320,19 @@ TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
              advance(2000);
          },
          2, 6},
+        {"there without bringing anything for two seconds",
+         [&] {
+             const int lost = mListener.lost;
+             mWorld.backend->stall(mMicrophone->uniqueID, true);
+             advance(1100);
+             mWorld.system->deliverChanges();
+             EXPECT_EQ(mListener.lost, lost + 1) << "within a second";
+             advance(900);
+             mWorld.backend->stall(mMicrophone->uniqueID, false);
+             mWorld.system->deliverChanges();
+             advance(2000);
+         },
+         2, 6},
         {"away twice",
          [&] {
              unplug();
@@ -400,6 +413,43 @@ TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
         unplug();
         plug();
     }
+}
+
+// One of two sources that goes leaves the other in the file: its own place is silent until it is back, and counted.
+TEST_F(ZQAudioRecorderTest, ASourceThatIsAwayEndsNotTheOther) {
+    const QString system = QStringLiteral("Tessolar_AudioDevice");
+    ASSERT_NE(test::EmbeddedWorld::makeAggregate({mMicrophone->uniqueID, system}), 0u);
+    const auto constant = [](float value) {
+        return
+            [value](std::span<float> samples, int, std::int64_t) { std::fill(samples.begin(), samples.end(), value); };
+    };
+    mWorld.backend->setSource(mMicrophone->uniqueID, constant(0.25f));
+    const auto program = mWorld.backend->play(constant(0.5f), system);
+    for (const media::CaptureDevice &device : media::captureAudioDevices()) {
+        if (device.localizedName == QStringLiteral("Both"))
+            mRecorder->setAudioDevice(device);
+    }
+    start("a.m4a");
+    advance(1000);
+    mWorld.backend->unplug(mMicrophone->uniqueID);
+    mWorld.system->deliverChanges();
+    EXPECT_EQ(mListener.lost, 1);
+    advance(2000);
+    auto microphone = hal::EmbeddedBackend::plainDevice(mMicrophone->uniqueID, kMicrophone, 2, 0);
+    microphone.source = constant(0.25f);
+    mWorld.backend->plug(std::move(microphone));
+    mWorld.system->deliverChanges();
+    EXPECT_NEAR(mRecorder->secondsAway(), 2, 0.1);
+    advance(1000);
+    mRecorder->stopRecording();
+    ASSERT_TRUE(finished());
+    EXPECT_EQ(mListener.failures, std::vector<QString>{QString()});
+    const std::lock_guard lock(mTapMutex);
+    EXPECT_NEAR(static_cast<double>(mTapped.size()) / 96000, 4, 0.025);
+    const auto alone = std::count(mTapped.begin(), mTapped.end(), 0.5f) / 2;
+    EXPECT_NEAR(static_cast<double>(alone) / 48000, 2, 0.025);
+    EXPECT_EQ(std::count(mTapped.begin(), mTapped.end(), 0.75f) / 2 + alone, mTapped.size() / 2);
+    EXPECT_NEAR(static_cast<double>(mRecorder->filledFrames()), static_cast<double>(alone), 1024);
 }
 
 // Nothing is recorded at a wrong pitch: the file ends with the last frame of the old rate, and the next recording has

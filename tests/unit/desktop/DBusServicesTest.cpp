@@ -72,45 +72,35 @@ template <class Action> void whileServing(Action action) {
     worker.join();
 }
 
-const QString kScreenSaver = QStringLiteral("org.freedesktop.ScreenSaver");
-const QString kScreenSaverPath = QStringLiteral("/org/freedesktop/ScreenSaver");
+const QString kManager = QStringLiteral("org.freedesktop.PowerManagement");
+const QString kManagerPath = QStringLiteral("/org/freedesktop/PowerManagement/Inhibit");
 
-TEST(DBusPowerActivity, TheScreenSaverHoldsOneInhibitorUntilItIsReleased) {
+// Whoever locks the screen is asked for nothing: neither to hold back, nor to believe that somebody is there.
+TEST(DBusPowerActivity, ThePowerManagerAloneHoldsOneInhibitorUntilItIsReleased) {
     const PrivateBus bus;
-    FakeService screenSaver(kScreenSaver, kScreenSaverPath);
-    ASSERT_TRUE(screenSaver.owns());
+    FakeService screenSaver(QStringLiteral("org.freedesktop.ScreenSaver"),
+                            QStringLiteral("/org/freedesktop/ScreenSaver"));
+    FakeService manager(kManager, kManagerPath);
+    ASSERT_TRUE(screenSaver.owns() && manager.owns());
     whileServing([] {
         DBusPowerActivity power;
         EXPECT_TRUE(power.hold(QStringLiteral("why")).ok());
         EXPECT_TRUE(power.hold(QStringLiteral("why")).ok());
-        power.reportUserActivity();
         power.release();
         power.release();
     });
-    EXPECT_EQ(screenSaver.calls, (QStringList{QStringLiteral("Inhibit Cantorel why"),
-                                              QStringLiteral("SimulateUserActivity"), QStringLiteral("UnInhibit 77")}));
-}
-
-TEST(DBusPowerActivity, ADesktopWithoutActivityCallIsAskedOnce) {
-    const PrivateBus bus;
-    FakeService screenSaver(kScreenSaver, kScreenSaverPath);
-    screenSaver.refuses = QStringLiteral("SimulateUserActivity");
-    whileServing([] {
-        DBusPowerActivity power;
-        power.reportUserActivity();
-        power.reportUserActivity();
-    });
-    EXPECT_EQ(screenSaver.calls.count(QStringLiteral("SimulateUserActivity")), 1);
+    EXPECT_EQ(manager.calls, (QStringList{QStringLiteral("Inhibit Cantorel why"), QStringLiteral("UnInhibit 77")}));
+    EXPECT_TRUE(screenSaver.calls.isEmpty());
 }
 
 TEST(DBusPowerActivity, AServiceThatWasStartedAnewIsAskedAnew) {
     const PrivateBus bus;
     DBusPowerActivity power;
     {
-        FakeService first(kScreenSaver, kScreenSaverPath);
+        FakeService first(kManager, kManagerPath);
         whileServing([&] { EXPECT_TRUE(power.hold(QStringLiteral("a")).ok()); });
     }
-    FakeService second(kScreenSaver, kScreenSaverPath);
+    FakeService second(kManager, kManagerPath);
     whileServing([&] {
         EXPECT_TRUE(power.hold(QStringLiteral("b")).ok());
         power.release();
@@ -118,22 +108,12 @@ TEST(DBusPowerActivity, AServiceThatWasStartedAnewIsAskedAnew) {
     EXPECT_EQ(second.calls, (QStringList{QStringLiteral("Inhibit Cantorel b"), QStringLiteral("UnInhibit 77")}));
 }
 
-TEST(DBusPowerActivity, ThePowerManagerIsTheNextChoiceAndNoServiceIsASentence) {
+TEST(DBusPowerActivity, NoServiceIsASentence) {
     const PrivateBus bus;
-    {
-        FakeService manager(QStringLiteral("org.freedesktop.PowerManagement"),
-                            QStringLiteral("/org/freedesktop/PowerManagement/Inhibit"));
-        whileServing([] {
-            DBusPowerActivity power;
-            EXPECT_TRUE(power.hold(QStringLiteral("why")).ok());
-        });
-        EXPECT_EQ(manager.calls.value(0), QStringLiteral("Inhibit Cantorel why"));
-    }
     DBusPowerActivity power;
     const auto held = power.hold(QStringLiteral("why"));
     ASSERT_FALSE(held.ok());
     EXPECT_TRUE(Lang::english(held.failure().sentence).endsWith(QLatin1Char('.')));
-    power.reportUserActivity();
 }
 
 TEST(DBusPowerActivity, WithoutAnyBusItFailsAtOnce) {
@@ -141,7 +121,6 @@ TEST(DBusPowerActivity, WithoutAnyBusItFailsAtOnce) {
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no/such/bus");
     DBusPowerActivity power;
     EXPECT_FALSE(power.hold(QStringLiteral("why")).ok());
-    power.reportUserActivity();
     power.release();
 }
 

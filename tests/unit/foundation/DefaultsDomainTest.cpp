@@ -190,7 +190,8 @@ TEST(DefaultsDomain, TheFileAndItsCopiesAreTheirOwnersAlone) {
 TEST(DefaultsDomain, ASaveWaitsForAnotherProgramsLockButNotForEver) {
     QStringList told;
     DefaultsDomain domain(
-        kIdentifier, [&](const Failure &failure) { told << failure.sentence; }, std::chrono::milliseconds(30));
+        kIdentifier, [&](const Failure &failure) { told << Lang::english(failure.sentence); },
+        std::chrono::milliseconds(30));
     ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
     QFile lock(configurationFolder() + QStringLiteral("/.com.example.Settings.lock"));
     ASSERT_TRUE(lock.open(QIODevice::ReadWrite));

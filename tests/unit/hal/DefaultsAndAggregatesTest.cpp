@@ -16,31 +16,6 @@ OSStatus setDefaultOutput(AudioDeviceID device) {
     return AudioHardwareSetProperty(kAudioHardwarePropertyDefaultOutputDevice, sizeof device, &device);
 }
 
-AudioObjectID plugIn() {
-    const QString bundle = QStringLiteral("com.apple.audio.CoreAudio");
-    CFStringRef input = &bundle;
-    AudioObjectID found = 0;
-    AudioValueTranslation translation = {&input, sizeof input, &found, sizeof found};
-    std::uint32_t size = sizeof translation;
-    AudioHardwareGetProperty(kAudioHardwarePropertyPlugInForBundleID, &size, &translation);
-    return found;
-}
-
-AudioDeviceID makeAggregate(const QStringList &members) {
-    const QVariantMap description{{QStringLiteral("name"), QStringLiteral("Both")},
-                                  {QStringLiteral("uid"), QStringLiteral("test.both")}};
-    CFDictionaryRef qualifier = &description;
-    const AudioObjectPropertyAddress create = {kAudioPlugInCreateAggregateDevice, kAudioObjectPropertyScopeGlobal, 0};
-    AudioDeviceID device = 0;
-    std::uint32_t size = sizeof device;
-    EXPECT_EQ(AudioObjectGetPropertyData(plugIn(), &create, sizeof qualifier, &qualifier, &size, &device), 0);
-    CFArrayRef list = &members;
-    const AudioObjectPropertyAddress group = {kAudioAggregateDevicePropertyFullSubDeviceList,
-                                              kAudioObjectPropertyScopeGlobal, 0};
-    EXPECT_EQ(AudioObjectSetPropertyData(device, &group, 0, nullptr, sizeof list, &list), 0);
-    return device;
-}
-
 } // namespace
 
 // What the person had chosen before, what happens meanwhile, and what must stand when the program goes back.
@@ -103,6 +78,58 @@ TEST(Defaults, WhatIsBorrowedIsGivenBackUnlessAnotherWasChosenMeanwhile) {
     EXPECT_NE(HardwareSystem::borrowDefault(Direction::Input, 4711), 0) << "without a system";
 }
 
+// Killed with its guard, a power cut, a log-out that ends the server first: the next start gives back what was chosen.
+TEST(Defaults, WhatAProgramLeftDisplacedIsGivenBackByTheNextOne) {
+    const QString state = QDir::homePath() + QStringLiteral("/state");
+    const QString ours = QStringLiteral("Tessolar_AudioDevice"), other = QStringLiteral("builtin_output");
+    const auto nextStart = [&](const std::optional<QString> &stored, LeftDefault expected) {
+        auto backend = std::make_unique<EmbeddedBackend>(
+            std::make_shared<ManualClock>(), [] { return true; }, test::kLoopbackNames.first());
+        EmbeddedBackend &server = *backend;
+        (void)server.devices();
+        server.setConfiguredDefault(Direction::Output, {stored, QString()}, std::nullopt);
+        const HardwareSystem system(std::move(backend), state);
+        EXPECT_EQ(HardwareSystem::leftDefault(Direction::Output), expected);
+        return server.configuredDefault(Direction::Output);
+    };
+    for (const auto &choice : {std::optional<QString>(), std::optional(QStringLiteral("gone \"\\\n"))}) {
+        {
+            EmbeddedWorld world;
+            world.backend->setConfiguredDefault(Direction::Output, {choice, QString()}, std::nullopt);
+            ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+            EXPECT_EQ(nextStart(ours, LeftDefault::InUse), ours) << "its program lives";
+        }
+        EXPECT_EQ(nextStart(ours, LeftDefault::GivenBack), choice);
+        EXPECT_EQ(nextStart(ours, LeftDefault::Nothing), ours) << "a choice that nobody displaced";
+    }
+    {
+        EmbeddedWorld world;
+        ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+    }
+    EXPECT_EQ(nextStart(other, LeftDefault::Nothing), other) << "somebody has chosen meanwhile";
+}
+
+TEST(Defaults, WhatCannotBeGivenBackNowIsGivenBackLater) {
+    for (const bool newsComes : {true, false}) {
+        EmbeddedWorld world;
+        world.backend->setConfiguredDefault(Direction::Output, QStringLiteral("gone"), std::nullopt);
+        ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+        world.backend->keepDefaults(false);
+        HardwareSystem::giveBackDefault(Direction::Output);
+        world.system->deliverChanges();
+        world.backend->keepDefaults(true);
+        if (newsComes)
+            world.system->deliverChanges();
+        else // It is lent again at once.
+            ASSERT_EQ(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+        EXPECT_EQ(world.backend->configuredDefault(Direction::Output),
+                  newsComes ? QStringLiteral("gone") : QStringLiteral("Tessolar_AudioDevice"));
+        HardwareSystem::giveBackDefault(Direction::Output);
+        EXPECT_EQ(world.backend->configuredDefault(Direction::Output), QStringLiteral("gone"));
+        EXPECT_FALSE(QFile::exists(QDir::homePath() + QStringLiteral("/state/displaced-output.json")));
+    }
+}
+
 TEST(Defaults, RefuseDevicesWithoutThatSide) {
     EmbeddedWorld world;
     EXPECT_NE(setDefaultOutput(named("Built-in Microphone")), 0);
@@ -116,7 +143,7 @@ TEST(Aggregate, JoinsItsMembersInOrderAndOutlivesTheProcess) {
     const QStringList members{QStringLiteral("builtin_microphone"), QStringLiteral("Tessolar_AudioDevice")};
     {
         EmbeddedWorld world;
-        ASSERT_NE(makeAggregate(members), 0u);
+        ASSERT_NE(EmbeddedWorld::makeAggregate(members), 0u);
     }
     EmbeddedWorld world;
     ASSERT_TRUE(EmbeddedWorld::names().contains(QStringLiteral("Both")));
@@ -148,20 +175,37 @@ TEST(Aggregate, JoinsItsMembersInOrderAndOutlivesTheProcess) {
     ASSERT_EQ(AudioObjectGetPropertyData(both, &group, 0, nullptr, &size, &list), 0);
     EXPECT_EQ(adoptRef(list), members);
 
-    // A member that goes takes the aggregate with it, and brings it back.
+    // A member that goes is silent, and heard again when it is back; the device goes with the last one.
+    const auto heardNow = [&] {
+        world.system->deliverChanges();
+        world.advance(50);
+        return last;
+    };
+    ASSERT_EQ(AudioDeviceStart(both, read), 0);
     world.backend->unplug(QStringLiteral("builtin_microphone"));
-    EXPECT_EQ(named("Both"), 0u);
+    EXPECT_EQ(heardNow(), (std::array{0.0f, 0.0f, -0.5f, -0.5f}));
+    EXPECT_EQ(named("Both"), both);
     world.backend->plug(EmbeddedBackend::plainDevice(QStringLiteral("builtin_microphone"),
                                                      QStringLiteral("Built-in Microphone"), 2, 0));
+    world.backend->setSource(QStringLiteral("builtin_microphone"), [](std::span<float> samples, int, std::int64_t) {
+        std::fill(samples.begin(), samples.end(), 0.25f);
+    });
+    EXPECT_EQ(heardNow(), (std::array{0.25f, 0.25f, -0.5f, -0.5f}));
+    world.virtualInstalled = false;
+    EXPECT_EQ(heardNow(), (std::array{0.25f, 0.25f, 0.0f, 0.0f}));
+    world.backend->unplug(QStringLiteral("builtin_microphone"));
+    EXPECT_EQ(named("Both"), 0u);
+    world.virtualInstalled = true;
     EXPECT_EQ(named("Both"), both);
+    AudioDeviceStop(both, read);
 
     AudioDeviceID doomed = both;
     size = sizeof doomed;
     const AudioObjectPropertyAddress destroy = {kAudioPlugInDestroyAggregateDevice, kAudioObjectPropertyScopeGlobal, 0};
-    EXPECT_EQ(AudioObjectGetPropertyData(plugIn(), &destroy, 0, nullptr, &size, &doomed), 0);
+    EXPECT_EQ(AudioObjectGetPropertyData(EmbeddedWorld::plugIn(), &destroy, 0, nullptr, &size, &doomed), 0);
     EXPECT_EQ(named("Both"), 0u);
     doomed = named("Built-in Output");
-    EXPECT_NE(AudioObjectGetPropertyData(plugIn(), &destroy, 0, nullptr, &size, &doomed), 0);
+    EXPECT_NE(AudioObjectGetPropertyData(EmbeddedWorld::plugIn(), &destroy, 0, nullptr, &size, &doomed), 0);
 }
 
 TEST(Aggregate, DamagedStoreHoldsNothingAndHurtsNothing) {

@@ -7,6 +7,7 @@
 #include "platform/hal/HardwareSystem.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
 #include "tests/support/EmbeddedWorld.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 
 #include <QFileInfo>
@@ -50,7 +51,7 @@ struct DriverInstallTest : testing::Test {
 } // namespace
 
 TEST_F(DriverInstallTest, DeviceIsThereAtOnceAndAfterTheServersNextStart) {
-    auto backend = hal::PipeWireBackend::connect(std::chrono::seconds(10));
+    auto backend = hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
     ASSERT_TRUE(backend.ok());
     hal::HardwareBackend &hardware = *backend.value();
     const hal::HardwareSystem system(std::move(backend).value(), QDir::homePath());

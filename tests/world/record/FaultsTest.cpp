@@ -141,6 +141,23 @@ TEST_F(FaultsTest, DevicesAndServersThatGoAreToldAndWhatWasHeardIsKept) {
     }
 }
 
+// The session manager takes its links with it, and nobody says that a stream has ended.
+TEST_F(FaultsTest, ARecordingWithoutLinksIsToldAndPickedUpAgain) {
+    PrivateWorld world;
+    ASSERT_TRUE(world.ready());
+    const auto run = start({"--source", "mic", "--format", "2"});
+    ASSERT_TRUE(run->begins()) << run->error.constData();
+    world.killSessionManager();
+    EXPECT_TRUE(eventually([&] { return run->has("deviceLost"); }));
+    world.killServer(); // A session manager alone does not link what it has not made itself.
+    ASSERT_TRUE(world.startServer());
+    EXPECT_TRUE(eventually([&] { return run->has("deviceBack"); })) << run->out.constData();
+    eventually([] { return false; }, 300);
+    run->signal(SIGINT);
+    EXPECT_EQ(run->status(), 130);
+    EXPECT_GT(framesOf(run->event("finished"), "file"), 24000u) << "the hole is filled";
+}
+
 // Two devices of one name are told apart, and each name records its own.
 TEST_F(FaultsTest, EqualNamesAreToldApart) {
     PrivateWorld::Options options;

@@ -81,6 +81,19 @@ protected:
     const QStringList mSoftware{"--backend", "embedded", "--source", "mic", "--seconds", "0.3"};
 };
 
+// The children of a program that watch over its displaced default devices.
+inline std::vector<pid_t> guardsOf(qint64 program) {
+    std::vector<pid_t> guards;
+    const QDir tasks(QString("/proc/%1/task").arg(program));
+    for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        for (const QByteArray &child : testing::contents(tasks.filePath(task + "/children")).simplified().split(' ')) {
+            if (testing::contents("/proc/" + child + "/cmdline").contains("cantorel-guard"))
+                guards.push_back(child.toInt());
+        }
+    }
+    return guards;
+}
+
 inline void expectOneSentence(const QString &line, const char *part) {
     EXPECT_TRUE(line.contains(QString::fromUtf8(part))) << line.toStdString();
     EXPECT_FALSE(line.startsWith('[')) << "a line of the log: " << line.toStdString();

@@ -139,4 +139,46 @@ TEST_F(RecordProgramTest, SignalsAndCrashesGiveTheDevicesBackAndLoseNothing) {
     test::finish(*player);
 }
 
+// A log-out ends everything of a session at once, the guard of the devices first, and nobody reads what is printed.
+TEST_F(RecordProgramTest, ALogOutLeavesTheFileWholeAndTheDevicesAsTheyWere) {
+    const PrivateWorld world;
+    ASSERT_TRUE(world.ready());
+    for (const int guardSignal : {SIGTERM, SIGKILL}) {
+        const auto run = start({"--source", "system", "--format", "2"});
+        ASSERT_TRUE(run->begins()) << run->error.constData();
+        run->process.closeReadChannel(QProcess::StandardError);
+        const std::vector<pid_t> guards = test::guardsOf(run->process.processId());
+        EXPECT_EQ(guards.size(), 1u);
+        for (const pid_t guard : guards)
+            ::kill(guard, guardSignal);
+        run->signal(SIGTERM);
+        EXPECT_EQ(run->status(), 130);
+        EXPECT_FALSE(testing::decoded(run->event("finished")["file"].toString()).empty()) << run->out.constData();
+        EXPECT_TRUE(eventually([&] {
+            return world.metadata("default.audio.sink").contains("builtin_output")
+                   && world.metadata("default.configured.audio.sink").isEmpty();
+        }));
+    }
+}
+
+TEST_F(RecordProgramTest, WhatAKilledProgramAndItsGuardLeaveIsGivenBackAndNamed) {
+    const PrivateWorld world;
+    ASSERT_TRUE(world.ready());
+    const auto run = start({"--source", "system"});
+    ASSERT_TRUE(run->begins()) << run->error.constData();
+    const std::vector<pid_t> guards = test::guardsOf(run->process.processId());
+    ASSERT_EQ(guards.size(), 1u);
+    ::kill(guards[0], SIGKILL);
+    run->signal(SIGKILL);
+    run->status();
+    ASSERT_TRUE(world.metadata("default.configured.audio.sink").contains("Tessolar_AudioDevice"));
+    EXPECT_TRUE(world.run(CANTOREL_CLI, {"doctor"}).contains("given back now"));
+    EXPECT_TRUE(world.metadata("default.audio.sink").contains("builtin_output"));
+    EXPECT_EQ(world.metadata("default.configured.audio.sink"), "");
+    world.choose("audio.sink", "Tessolar_AudioDevice");
+    ASSERT_TRUE(eventually([&] { return world.metadata("default.audio.sink").contains("Tessolar_AudioDevice"); }));
+    EXPECT_TRUE(
+        world.run(CANTOREL_CLI, {"doctor"}).contains("cantorel-cli devices default output \"Built-in Output\""));
+}
+
 } // namespace cantorel

@@ -8,6 +8,7 @@
 #include "recording/library/RecordedList.h"
 #include "recording/session/RecordingSession.h"
 #include "settings/AppSettings.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/Sound.h"
 #include "tests/support/StampedSound.h"
@@ -45,7 +46,7 @@ struct View : RecordingSessionView {
 // What stands below a session in a test: the server's devices, and what reaches the coder.
 struct Bench {
     Bench() {
-        auto connected = hal::PipeWireBackend::connect(std::chrono::seconds(10));
+        auto connected = hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
         EXPECT_TRUE(connected.ok());
         system = std::make_unique<hal::HardwareSystem>(std::move(connected).value(), QDir::homePath());
         ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap([this](std::span<const float> samples) {

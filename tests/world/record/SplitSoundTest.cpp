@@ -6,6 +6,7 @@
 #include "platform/hal/pipewire/PipeWireBackend.h"
 #include "recording/session/RecordManager.h"
 #include "settings/AppSettings.h"
+#include "tests/support/LoopbackNames.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/StampedSound.h"
 
@@ -36,7 +37,7 @@ struct Owner : QObject, RecordManagerDelegate {
 
 struct SplitSound : ::testing::Test {
     SplitSound() {
-        auto connected = hal::PipeWireBackend::connect(std::chrono::seconds(10));
+        auto connected = hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
         EXPECT_TRUE(connected.ok());
         system = std::make_unique<hal::HardwareSystem>(std::move(connected).value(), QDir::homePath());
         files.reserve(kSplits + 1);

@@ -5,7 +5,7 @@
 #include <QDBusMessage>
 #include <QDBusReply>
 
-#include <iterator>
+#include <utility>
 
 namespace cantorel::desktop {
 
@@ -13,19 +13,14 @@ namespace {
 
 constexpr int kPatience = 3000; // milliseconds for an answer
 
-struct Service {
-    const char *name, *path, *interface, *releaseMethod;
-};
+// Of the session's power manager, which never keeps the screen from being locked.
+constexpr const char *kName = "org.freedesktop.PowerManagement";
+constexpr const char *kPath = "/org/freedesktop/PowerManagement/Inhibit";
+constexpr const char *kInterface = "org.freedesktop.PowerManagement.Inhibit";
 
-// Those of the session that inhibit by a cookie, the better first.
-constexpr Service kServices[] = {
-    {"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver", "UnInhibit"},
-    {"org.freedesktop.PowerManagement", "/org/freedesktop/PowerManagement/Inhibit",
-     "org.freedesktop.PowerManagement.Inhibit", "UnInhibit"}};
-
-QDBusMessage callTo(const Service &service, const char *method) {
-    return QDBusMessage::createMethodCall(QString::fromLatin1(service.name), QString::fromLatin1(service.path),
-                                          QString::fromLatin1(service.interface), QString::fromLatin1(method));
+QDBusMessage callTo(const char *method) {
+    return QDBusMessage::createMethodCall(QString::fromLatin1(kName), QString::fromLatin1(kPath),
+                                          QString::fromLatin1(kInterface), QString::fromLatin1(method));
 }
 
 // The program behind a name of the session bus, started if it can be; empty when there is none.
@@ -44,30 +39,27 @@ QString ownerOf(const char *name) {
 
 DBusPowerActivity::~DBusPowerActivity() { release(); }
 
-bool DBusPowerActivity::holdWith(int service, const QString &reason) {
-    const QString owner = ownerOf(kServices[service].name);
+bool DBusPowerActivity::holdWithManager(const QString &reason) {
+    const QString owner = ownerOf(kName);
     if (owner.isEmpty())
         return false;
-    QDBusMessage call = callTo(kServices[service], "Inhibit");
+    QDBusMessage call = callTo("Inhibit");
     call << QStringLiteral("Cantorel") << reason;
     const QDBusReply<quint32> cookie = QDBusConnection::sessionBus().call(call, QDBus::Block, kPatience);
     if (!cookie.isValid())
         return false;
-    mService = service;
     mOwner = owner;
     mCookie = cookie.value();
     return true;
 }
 
 foundation::Result<void> DBusPowerActivity::hold(const QString &reason) {
-    if (mService >= 0 && ownerOf(kServices[mService].name) == mOwner)
+    if (!mOwner.isEmpty() && ownerOf(kName) == mOwner)
         return {};
-    mService = -1;
-    for (int service = 0; service < static_cast<int>(std::size(kServices)); ++service) {
-        if (holdWith(service, reason)) {
-            mLock = QDBusUnixFileDescriptor();
-            return {};
-        }
+    mOwner.clear();
+    if (holdWithManager(reason)) {
+        mLock = QDBusUnixFileDescriptor();
+        return {};
     }
     if (mLock.isValid())
         return {};
@@ -75,7 +67,7 @@ foundation::Result<void> DBusPowerActivity::hold(const QString &reason) {
     QDBusMessage call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
         QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
-    call << QStringLiteral("idle:sleep") << QStringLiteral("Cantorel") << reason << QStringLiteral("block");
+    call << QStringLiteral("idle") << QStringLiteral("Cantorel") << reason << QStringLiteral("block");
     const QDBusReply<QDBusUnixFileDescriptor> lock = QDBusConnection::systemBus().call(call, QDBus::Block, kPatience);
     if (!lock.isValid())
         return foundation::Failure{
@@ -87,22 +79,11 @@ foundation::Result<void> DBusPowerActivity::hold(const QString &reason) {
 
 void DBusPowerActivity::release() {
     mLock = QDBusUnixFileDescriptor();
-    if (mService < 0)
+    if (std::exchange(mOwner, {}).isEmpty())
         return;
-    const Service &service = kServices[mService];
-    mService = -1;
-    QDBusMessage call = callTo(service, service.releaseMethod);
+    QDBusMessage call = callTo("UnInhibit");
     call << mCookie;
     (void)QDBusConnection::sessionBus().call(call, QDBus::Block, kPatience); // nothing could be done about a refusal
-}
-
-void DBusPowerActivity::reportUserActivity() {
-    const Service &screenSaver = kServices[0];
-    if (!mCanSimulate || ownerOf(screenSaver.name).isEmpty())
-        return;
-    const auto reply =
-        QDBusConnection::sessionBus().call(callTo(screenSaver, "SimulateUserActivity"), QDBus::Block, kPatience);
-    mCanSimulate = reply.type() != QDBusMessage::ErrorMessage; // some desktops lack it: they are asked once
 }
 
 } // namespace cantorel::desktop

@@ -6,8 +6,8 @@
 
 namespace cantorel::desktop {
 
-// Holds an inhibitor of the screen saver; where there is none, of the power manager, else of login1. The desktop drops
-// it when the program ends. One thread at a time.
+// Holds an inhibitor of the session's power manager; where there is none, login1's for idleness. The desktop drops it
+// when the program ends. One thread at a time.
 class DBusPowerActivity : public PowerActivity {
 public:
     ~DBusPowerActivity() override;
@@ -15,16 +15,13 @@ public:
     // Called again, it looks whether the service that holds the inhibitor is still the same one, and renews it if not.
     foundation::Result<void> hold(const QString &reason) override;
     void release() override;
-    void reportUserActivity() override;
 
 private:
-    bool holdWith(int service, const QString &reason);
+    bool holdWithManager(const QString &reason);
 
-    int mService = -1; // which of the session's services holds the inhibitor
-    QString mOwner;    // the program behind its name
+    QString mOwner; // the program that holds the inhibitor for us; empty when none does
     quint32 mCookie = 0;
     QDBusUnixFileDescriptor mLock; // login1's, held while open
-    bool mCanSimulate = true;
 };
 
 } // namespace cantorel::desktop

@@ -32,7 +32,6 @@ public:
         return mRecord->note(QStringLiteral("hold"), reason);
     }
     void release() override { (void)mRecord->note(QStringLiteral("release")); } // cannot fail
-    void reportUserActivity() override { (void)mRecord->note(QStringLiteral("activity")); }
 
 private:
     const Record mRecord;

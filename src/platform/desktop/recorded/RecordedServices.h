@@ -30,7 +30,7 @@ private:
     foundation::Guarded<State> mState;
 };
 
-// Services that only record: "compile", "execute", "hold", "release", "activity", "hold machine", "release
+// Services that only record: "compile", "execute", "hold", "release", "hold machine", "release
 // machine", "reveal", "open", "play", and what
 // RecordedMediaControls and RecordedNotifications note.
 Services recordedServices(const std::shared_ptr<CallRecord> &record);

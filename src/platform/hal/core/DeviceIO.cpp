@@ -4,8 +4,16 @@
 
 namespace cantorel::hal {
 
-DeviceIO::DeviceIO(AudioObjectID device, std::function<void()> streamEnded)
-    : mDevice(device), mStreamEnded(std::move(streamEnded)) {}
+namespace {
+
+constexpr int kStallLooks = 3;
+// The owner's thread does something else between the tries.
+constexpr std::chrono::milliseconds kRetryPatience(300);
+
+} // namespace
+
+DeviceIO::DeviceIO(AudioObjectID device, std::function<void()> streamEnded, std::function<void(Direction)> flowChanged)
+    : mDevice(device), mStreamEnded(std::move(streamEnded)), mFlowChanged(std::move(flowChanged)) {}
 
 void DeviceIO::setBlockFrames(std::uint32_t frames) {
     mBlockFrames = std::clamp(frames, IOEngine::kMinBlockFrames, IOEngine::kMaxBlockFrames);
@@ -60,7 +68,8 @@ DeviceIO::Entry *DeviceIO::entryFor(bool input, bool output, const Device &devic
         mEntries.erase(entry);
     }
     auto engine = std::make_unique<IOEngine>(mDevice, inputChannels, outputChannels, mBlockFrames, mStreamEnded);
-    mEntries.push_back({std::move(engine), input, output, inputChannels, outputChannels});
+    mEntries.push_back(
+        {std::move(engine), input, output, inputChannels, outputChannels, kAudioObjectUnknown, 0, 0, {}});
     return &mEntries.back();
 }
 
@@ -102,8 +111,17 @@ void DeviceIO::stop(Registration &registration) {
     sweep();
 }
 
-bool DeviceIO::anyRunning() const {
-    return std::any_of(mEntries.begin(), mEntries.end(), [](const Entry &e) { return e.engine->anyRunning(); });
+bool DeviceIO::flows(Direction direction) const {
+    return std::any_of(mEntries.begin(), mEntries.end(), [&](const Entry &e) {
+        return (direction == Direction::Input ? e.input : e.output) && e.engine->flows();
+    });
+}
+
+void DeviceIO::tellFlow(const Entry &entry) const {
+    if (entry.input)
+        mFlowChanged(Direction::Input);
+    if (entry.output)
+        mFlowChanged(Direction::Output);
 }
 
 IOEngine *DeviceIO::readingEngineOf(const void *clientData) const {
@@ -117,7 +135,9 @@ IOEngine *DeviceIO::readingEngineOf(const void *clientData) const {
 
 void DeviceIO::sweep() {
     for (Entry &entry : mEntries) {
-        (void)entry.engine->closeIfEnded();
+        const bool ended = entry.engine->closeIfEnded();
+        if (ended && entry.engine->anyRunning())
+            tellFlow(entry);
         if (!entry.engine->anyRunning()) {
             entry.engine->close();
             entry.engine->setPlaybackGains(1, 1);
@@ -126,18 +146,45 @@ void DeviceIO::sweep() {
     }
 }
 
+bool DeviceIO::watch() {
+    bool any = false;
+    for (Entry &entry : mEntries) {
+        if (!entry.engine->flows()) {
+            entry.stillFor = 0;
+            any = any || entry.engine->anyRunning();
+            continue;
+        }
+        any = true;
+        const std::uint32_t cycles = entry.engine->cycles();
+        entry.stillFor = std::exchange(entry.cycles, cycles) == cycles ? entry.stillFor + 1 : 0;
+        if (entry.stillFor < kStallLooks)
+            continue;
+        entry.stillFor = 0;
+        entry.engine->close();
+        tellFlow(entry);
+    }
+    return any;
+}
+
 bool DeviceIO::takeUp(HardwareBackend &backend, const Device &device,
                       const std::function<DeviceStream *(AudioObjectID)> &readingStreamOf) {
     bool missing = false;
     for (Entry &entry : mEntries) {
         if (!entry.engine->anyRunning() || entry.engine->stream())
             continue;
-        // The procedures were made for other channels: they wait until the device has those again.
-        if ((entry.input && entry.inputChannels != device.record.input.channels)
-            || (entry.output && entry.outputChannels != device.record.output.channels))
+        // The procedures were made for other channels: they wait until the device has those again, or are started anew.
+        const std::pair offered(entry.input ? device.record.input.channels : 0,
+                                entry.output ? device.record.output.channels : 0);
+        if (offered != std::pair(entry.inputChannels, entry.outputChannels)) {
+            if (std::exchange(entry.misfit, offered) != offered)
+                tellFlow(entry);
             continue;
+        }
+        entry.misfit = {};
         DeviceStream *leader = entry.leaderDevice ? readingStreamOf(entry.leaderDevice) : nullptr;
-        if (!entry.engine->open(backend, device.record.uid, leader))
+        if (entry.engine->open(backend, device.record.uid, leader, kRetryPatience))
+            tellFlow(entry);
+        else
             missing = true;
     }
     return missing;

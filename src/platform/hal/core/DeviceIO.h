@@ -4,6 +4,7 @@
 #include "platform/hal/core/IOEngine.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace cantorel::hal {
@@ -22,8 +23,9 @@ public:
         int slot = -1;
     };
 
-    // streamEnded: called on any thread but a real-time one when a stream has ended by itself.
-    DeviceIO(AudioObjectID device, std::function<void()> streamEnded);
+    // streamEnded: called on any thread but a real-time one when a stream has ended by itself. flowChanged: called with
+    // the table locked when the cycles of running procedures have ended by themselves, or could begin again.
+    DeviceIO(AudioObjectID device, std::function<void()> streamEnded, std::function<void(Direction)> flowChanged);
 
     std::uint32_t blockFrames() const { return mBlockFrames; }
     void setBlockFrames(std::uint32_t frames); // clamped to what the engines can do
@@ -38,12 +40,16 @@ public:
     OSStatus start(Registration &registration, HardwareBackend &backend, const Device *device, IOEngine *leader,
                    AudioObjectID leaderDevice);
     void stop(Registration &registration);
-    bool anyRunning() const;
+    // Whether procedures on that side get their cycles.
+    bool flows(Direction direction) const;
     // The engine of a running procedure of the group that only reads; null when there is none.
     IOEngine *readingEngineOf(const void *clientData) const;
 
     // Gives up streams that ended or that no procedure needs any more.
     void sweep();
+    // Gives up streams that have brought nothing the last times that this was called, though nobody said that they had
+    // ended: called at equal intervals. True while there are any to look at.
+    bool watch();
     // Opens again what procedures wait for. readingStreamOf: the stream that reads the device of an identifier, or
     // null. True while something is still missing.
     bool takeUp(HardwareBackend &backend, const Device &device,
@@ -61,11 +67,16 @@ private:
         int inputChannels;
         int outputChannels;
         AudioObjectID leaderDevice = kAudioObjectUnknown;
+        std::uint32_t cycles = 0;     // when they were looked at last
+        int stillFor = 0;             // looks since then that saw no further one
+        std::pair<int, int> misfit{}; // the channels that the device came back with, where they are others
     };
+    void tellFlow(const Entry &entry) const;
     Entry *entryFor(bool input, bool output, const Device &device);
 
     const AudioObjectID mDevice;
     const std::function<void()> mStreamEnded;
+    const std::function<void(Direction)> mFlowChanged;
     std::uint32_t mBlockFrames = 512;
     std::vector<Registration> mRegistrations;
     std::vector<Entry> mEntries;

@@ -96,7 +96,9 @@ std::optional<PropertyValue> deviceProperty(const DeviceState &state, const Audi
     case kAudioDevicePropertyDeviceIsAlive:
         return PropertyValue::of(std::uint32_t(1));
     case kAudioDevicePropertyDeviceIsRunning:
-        return PropertyValue::of(std::uint32_t(state.running ? 1 : 0));
+        return PropertyValue::of(
+            std::uint32_t((state.inputFlows && address.mScope != kAudioDevicePropertyScopeOutput)
+                          || (state.outputFlows && address.mScope != kAudioDevicePropertyScopeInput)));
     case kAudioDevicePropertyIsLoopback:
         return PropertyValue::of(std::uint32_t(record.isLoopback ? 1 : 0));
     case kAudioDevicePropertyStreamConfiguration:

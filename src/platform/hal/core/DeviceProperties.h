@@ -9,7 +9,8 @@ namespace cantorel::hal {
 struct DeviceState {
     const Device &device;
     std::uint32_t blockFrames;
-    bool running;
+    bool inputFlows;
+    bool outputFlows;
     const AggregateSpec *aggregate; // null when it is none
 };
 

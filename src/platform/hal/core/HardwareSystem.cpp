@@ -11,8 +11,7 @@ ObjectTable *gObjects = nullptr;
 } // namespace
 
 HardwareSystem::HardwareSystem(std::unique_ptr<HardwareBackend> backend, const QString &stateFolder)
-    : mBackend(std::move(backend)),
-      mObjects(std::make_unique<ObjectTable>(*mBackend, stateFolder + QStringLiteral("/aggregate-devices.json"))) {
+    : mBackend(std::move(backend)), mObjects(std::make_unique<ObjectTable>(*mBackend, stateFolder)) {
     gSystem = this;
     gObjects = mObjects.get();
 }
@@ -35,9 +34,17 @@ OSStatus HardwareSystem::borrowDefault(Direction direction, AudioObjectID device
     return gObjects ? gObjects->borrowDefault(direction, device) : OSStatus(kAudioHardwareNotRunningError);
 }
 
-void HardwareSystem::giveBackDefault(Direction direction) {
+void HardwareSystem::giveBackDefault(Direction direction, AudioObjectID otherwise) {
     if (gObjects)
-        gObjects->giveBackDefault(direction);
+        gObjects->giveBackDefault(direction, otherwise);
+}
+
+AudioObjectID HardwareSystem::displacedDefault(Direction direction) {
+    return gObjects ? gObjects->displacedDefault(direction) : kAudioObjectUnknown;
+}
+
+LeftDefault HardwareSystem::leftDefault(Direction direction) {
+    return gObjects ? gObjects->leftDefault(direction) : LeftDefault::Nothing;
 }
 
 void HardwareSystem::deliverChanges() { mObjects->deliver(); }

@@ -61,7 +61,8 @@ bool IOEngine::anyRunning() const {
                        [](const Slot &slot) { return slot.state.load() == SlotState::Running; });
 }
 
-bool IOEngine::open(HardwareBackend &backend, const QString &uid, DeviceStream *leader) {
+bool IOEngine::open(HardwareBackend &backend, const QString &uid, DeviceStream *leader,
+                    foundation::Clock::Duration patience) {
     if (mStream)
         return true;
     mHasEnded.store(false);
@@ -76,6 +77,7 @@ bool IOEngine::open(HardwareBackend &backend, const QString &uid, DeviceStream *
     request.output = mOutputChannels > 0;
     request.preferredCycleFrames = mWantedBlock.load();
     request.leader = leader;
+    request.patience = patience;
     mStream = backend.openStream(request, *this);
     return mStream != nullptr;
 }
@@ -118,6 +120,7 @@ void IOEngine::ended() {
 
 void IOEngine::cycle(const CycleTime &time, const float *input, float *output, std::uint32_t frames) noexcept
     [[clang::nonblocking]] {
+    mCycles.fetch_add(1, std::memory_order_relaxed);
     frames = std::min(frames, kMaxCycleFrames);
     mLost = mLost || time.discontinuity;
     // A follower's cycle may run inside its leader's: that engine is put back afterwards.

@@ -39,12 +39,16 @@ public:
 
     // Opens the stream if there is none. False when the backend refuses; the running procedures then wait for a later
     // try.
-    bool open(HardwareBackend &backend, const QString &uid, DeviceStream *leader);
+    bool open(HardwareBackend &backend, const QString &uid, DeviceStream *leader,
+              foundation::Clock::Duration patience = StreamRequest().patience);
     void close();
     // Closes the stream if it has ended by itself. True when it had.
     bool closeIfEnded();
     DeviceStream *stream() const { return mStream.get(); }
     bool hasLeader() const { return mHasLeader; }
+    std::uint32_t cycles() const { return mCycles.load(std::memory_order_relaxed); } // so far
+    // Whether procedures run and have a stream that brings them cycles.
+    bool flows() const { return mStream && !mHasEnded.load() && anyRunning(); }
 
     void setBlockFrames(std::uint32_t frames);
     // Factors for the first and second channel of what is played (further channels repeat them).
@@ -86,6 +90,7 @@ private:
     std::atomic<float> mGainLeft{1};
     std::atomic<float> mGainRight{1};
     std::atomic<bool> mHasEnded{false};
+    std::atomic<std::uint32_t> mCycles{0};
     std::unique_ptr<DeviceStream> mStream;
     bool mHasLeader = false;
 

@@ -10,7 +10,8 @@ namespace {
 
 using Lock = std::lock_guard<std::recursive_mutex>;
 
-constexpr int kRetryMilliseconds = 200;
+constexpr int kRetryMilliseconds = 500;
+constexpr std::chrono::milliseconds kWatchInterval(250);
 
 // The plug-in that makes aggregates answers to this bundle identifier alone.
 const QString &aggregateBundle() {
@@ -33,11 +34,11 @@ OSStatus writeObject(AudioObjectID object, std::uint32_t *size, void *data) {
 
 } // namespace
 
-ObjectTable::ObjectTable(HardwareBackend &backend, const QString &aggregateFile)
+ObjectTable::ObjectTable(HardwareBackend &backend, const QString &stateFolder)
     : mBackend(backend),
-      mAggregates(aggregateFile),
-      mInputChoice(backend, Direction::Input),
-      mOutputChoice(backend, Direction::Output) {
+      mAggregates(stateFolder + QStringLiteral("/aggregate-devices.json")),
+      mInputChoice(backend, Direction::Input, stateFolder + QStringLiteral("/displaced-input.json")),
+      mOutputChoice(backend, Direction::Output, stateFolder + QStringLiteral("/displaced-output.json")) {
     for (const AggregateSpec &spec : mAggregates.all()) {
         if (!spec.subDeviceUids.isEmpty())
             (void)mBackend.makeAggregate(
@@ -45,10 +46,13 @@ ObjectTable::ObjectTable(HardwareBackend &backend, const QString &aggregateFile)
     }
     mBackend.subscribe([this] { schedule(); });
     const Lock lock(mMutex);
+    for (const Direction direction : {Direction::Input, Direction::Output})
+        choiceOf(direction).recover();
     sync();
 }
 
 ObjectTable::~ObjectTable() {
+    mWatch.reset();
     mBackend.subscribe({});
     mIO.clear();
 }
@@ -64,6 +68,8 @@ void ObjectTable::deliver() {
     std::vector<ListenerList::Call> calls;
     {
         const Lock lock(mMutex);
+        for (const Direction direction : {Direction::Input, Direction::Output})
+            choiceOf(direction).settle();
         sync();
         if (takeUpStreams())
             QTimer::singleShot(kRetryMilliseconds, this, [this] { schedule(); });
@@ -78,6 +84,18 @@ void ObjectTable::deliver() {
         (void)call.listener.proc(call.listener.object, static_cast<std::uint32_t>(call.addresses.size()),
                                  call.addresses.data(), call.listener.clientData);
     }
+}
+
+// A stream may stall without a word, as where nobody links it any more.
+void ObjectTable::watchStreams() {
+    const Lock lock(mMutex);
+    bool any = false;
+    for (auto &[id, io] : mIO)
+        any = io.watch() || any;
+    if (mListeners.hasChanges())
+        schedule();
+    if (!any)
+        mWatch.reset();
 }
 
 bool ObjectTable::takeUpStreams() {
@@ -175,12 +193,20 @@ void ObjectTable::announceDifferences(const std::vector<Device> &before) {
 }
 
 DeviceIO &ObjectTable::ioOf(AudioObjectID device) {
-    return mIO.try_emplace(device, device, [this] { schedule(); }).first->second;
+    const auto flowChanged = [this, device](Direction direction) {
+        announce(device, kAudioDevicePropertyDeviceIsRunning,
+                 direction == Direction::Input ? kAudioDevicePropertyScopeInput : kAudioDevicePropertyScopeOutput);
+    };
+    return mIO
+        .try_emplace(
+            device, device, [this] { schedule(); }, flowChanged)
+        .first->second;
 }
 
 DeviceState ObjectTable::stateOf(const Device &device) {
     const DeviceIO &io = ioOf(device.id);
-    return {device, io.blockFrames(), io.anyRunning(), mAggregates.find(device.record.uid)};
+    return {device, io.blockFrames(), io.flows(Direction::Input), io.flows(Direction::Output),
+            mAggregates.find(device.record.uid)};
 }
 
 std::optional<PropertyValue> ObjectTable::systemProperty(const AudioObjectPropertyAddress &address) {
@@ -221,7 +247,7 @@ std::optional<PropertyValue> ObjectTable::property(AudioObjectID object, const A
     if (const AggregateSpec *spec = uid.isEmpty() ? nullptr : mAggregates.find(uid)) {
         Device absent{object, spec->name, {}};
         absent.record.uid = uid;
-        return deviceProperty({absent, ioOf(object).blockFrames(), false, spec}, address);
+        return deviceProperty({absent, ioOf(object).blockFrames(), false, false, spec}, address);
     }
     status = kAudioHardwareBadObjectError;
     return std::nullopt;
@@ -351,7 +377,7 @@ OSStatus ObjectTable::setDefault(Direction direction, AudioObjectID id, bool bor
         return kAudioHardwareBadDeviceError;
     // The program's own devices are never what a person would choose to stay with.
     const bool standIn = borrowed || device->record.isLoopback || mAggregates.find(device->record.uid);
-    const bool done = (input ? mInputChoice : mOutputChoice).set(device->record.uid, standIn);
+    const bool done = choiceOf(direction).set(device->record.uid, standIn);
     sync();
     return done ? kAudioHardwareNoError : kAudioHardwareUnspecifiedError;
 }
@@ -361,14 +387,28 @@ OSStatus ObjectTable::borrowDefault(Direction direction, AudioObjectID device) {
     sync();
     const OSStatus status = setDefault(direction, device, true);
     if (status != kAudioHardwareNoError)
-        (direction == Direction::Input ? mInputChoice : mOutputChoice).giveBack();
+        choiceOf(direction).giveBack({});
     return status;
 }
 
-void ObjectTable::giveBackDefault(Direction direction) {
+void ObjectTable::giveBackDefault(Direction direction, AudioObjectID otherwise) {
     const Lock lock(mMutex);
-    (direction == Direction::Input ? mInputChoice : mOutputChoice).giveBack();
     sync();
+    const Device *device = mDevices.find(otherwise);
+    choiceOf(direction).giveBack(device ? device->record.uid : QString());
+    sync();
+}
+
+AudioObjectID ObjectTable::displacedDefault(Direction direction) {
+    const Lock lock(mMutex);
+    sync();
+    const Device *device = mDevices.findByUid(choiceOf(direction).displaced());
+    return device ? device->id : kAudioObjectUnknown;
+}
+
+LeftDefault ObjectTable::leftDefault(Direction direction) {
+    const Lock lock(mMutex);
+    return choiceOf(direction).left();
 }
 
 OSStatus ObjectTable::set(AudioObjectID object, const AudioObjectPropertyAddress &address, std::uint32_t size,
@@ -477,6 +517,8 @@ OSStatus ObjectTable::start(AudioObjectID device, AudioDeviceIOProcID id) {
         }
     }
     const OSStatus status = io.start(*registration, mBackend, mDevices.find(device), leader, leaderDevice);
+    if (!mWatch)
+        mWatch = mBackend.clock().every(kWatchInterval, [this] { watchStreams(); });
     sync();
     return status;
 }

@@ -21,7 +21,7 @@ class ObjectTable : public QObject {
 public:
     static constexpr AudioObjectID kAggregatePlugIn = 2;
 
-    ObjectTable(HardwareBackend &backend, const QString &aggregateFile);
+    ObjectTable(HardwareBackend &backend, const QString &stateFolder);
     ~ObjectTable() override;
 
     OSStatus settable(AudioObjectID object, const AudioObjectPropertyAddress &address, bool &settable);
@@ -42,7 +42,9 @@ public:
 
     // See HardwareSystem.
     OSStatus borrowDefault(Direction direction, AudioObjectID device);
-    void giveBackDefault(Direction direction);
+    void giveBackDefault(Direction direction, AudioObjectID otherwise);
+    AudioObjectID displacedDefault(Direction direction);
+    LeftDefault leftDefault(Direction direction);
     void deliver();
 
 private:
@@ -54,6 +56,7 @@ private:
                   AudioObjectPropertyElement element = 0);
     void schedule();
     bool takeUpStreams();
+    void watchStreams();
 
     std::optional<PropertyValue> systemProperty(const AudioObjectPropertyAddress &address);
     OSStatus translate(AudioObjectPropertySelector selector, AudioValueTranslation &translation);
@@ -67,6 +70,9 @@ private:
                                           OSStatus &status);
     DeviceState stateOf(const Device &device);
     DeviceIO &ioOf(AudioObjectID device);
+    DefaultChoice &choiceOf(Direction direction) {
+        return direction == Direction::Input ? mInputChoice : mOutputChoice;
+    }
 
     std::recursive_mutex mMutex;
     HardwareBackend &mBackend;
@@ -76,7 +82,8 @@ private:
     DefaultChoice mOutputChoice;
     ListenerList mListeners;
     std::map<AudioObjectID, DeviceIO> mIO;
-    AudioObjectID mDefaults[2] = {0, 0}; // as last told: input, output
+    AudioObjectID mDefaults[2] = {0, 0};       // as last told: input, output
+    std::unique_ptr<foundation::Timer> mWatch; // while procedures run
     bool mSynced = false;
     std::uintptr_t mNextProcID = 1;
     std::atomic<bool> mScheduled{false};

@@ -14,7 +14,6 @@ using Lock = std::lock_guard<std::recursive_mutex>;
 
 constexpr double kRate = 48000;
 constexpr std::uint32_t kCycleFrames = 512;
-const QString kVirtualUid = QStringLiteral("Tessolar_AudioDevice");
 
 DeviceSide plainSide(int channels) {
     DeviceSide side;
@@ -50,8 +49,11 @@ private:
     SoftwareStream *mStream;
 };
 
-EmbeddedBackend::EmbeddedBackend(std::shared_ptr<DeviceClock> clock, std::function<bool()> loopbackInstalled)
-    : mClock(std::move(clock)), mLoopbackInstalled(std::move(loopbackInstalled)) {
+EmbeddedBackend::EmbeddedBackend(std::shared_ptr<DeviceClock> clock, std::function<bool()> loopbackInstalled,
+                                 QString loopbackName)
+    : mClock(std::move(clock)),
+      mLoopbackInstalled(std::move(loopbackInstalled)),
+      mLoopbackName(std::move(loopbackName)) {
     SoftwareDevice microphone =
         plainDevice(QStringLiteral("builtin_microphone"), QStringLiteral("Built-in Microphone"), 2, 0);
     // A soft tone, so that a recording of it is not silence.
@@ -82,8 +84,8 @@ SoftwareDevice EmbeddedBackend::plainDevice(const QString &uid, const QString &n
     return device;
 }
 
-SoftwareDevice EmbeddedBackend::virtualDevice() {
-    SoftwareDevice device = plainDevice(kVirtualUid, kVirtualUid, 2, 2);
+SoftwareDevice EmbeddedBackend::loopbackDevice(const QString &name) {
+    SoftwareDevice device = plainDevice(name, name, 2, 2);
     device.record.isLoopback = true;
     device.record.input.gains.clear(); // Its loudness is that of its output side, and never touches what is recorded.
     device.record.input.canMute = false;
@@ -99,8 +101,10 @@ SoftwareDevice *EmbeddedBackend::find(const QString &uid) const {
 }
 
 bool EmbeddedBackend::isComplete(const SoftwareDevice &device) const {
-    return std::all_of(device.members.begin(), device.members.end(),
-                       [this](const QString &uid) { return find(uid) != nullptr; });
+    return device.members.empty()
+           || (!device.widths.empty()
+               && std::any_of(device.members.begin(), device.members.end(),
+                              [this](const QString &uid) { return find(uid) != nullptr; }));
 }
 
 void EmbeddedBackend::announce() const {
@@ -114,10 +118,10 @@ void EmbeddedBackend::refreshLoopback() const {
         return;
     auto &self = const_cast<EmbeddedBackend &>(*this); // Looking is what finds the device.
     const bool installed = mLoopbackInstalled();
-    if (installed && !find(kVirtualUid))
-        self.plug(virtualDevice());
-    else if (!installed && find(kVirtualUid))
-        self.unplug(kVirtualUid);
+    if (installed && !find(mLoopbackName))
+        self.plug(loopbackDevice(mLoopbackName));
+    else if (!installed && find(mLoopbackName))
+        self.unplug(mLoopbackName);
 }
 
 std::vector<DeviceRecord> EmbeddedBackend::devices() const {
@@ -153,13 +157,28 @@ QString EmbeddedBackend::defaultDevice(Direction direction) const {
 
 std::optional<QString> EmbeddedBackend::configuredDefault(Direction direction) const {
     const Lock lock(mMutex);
-    return mConfigured[index(direction)];
+    return mKeepsDefaults ? mConfigured[index(direction)] : std::nullopt;
+}
+
+bool EmbeddedBackend::keepsDefaults() const {
+    const Lock lock(mMutex);
+    return mKeepsDefaults;
+}
+
+void EmbeddedBackend::keepDefaults(bool keep) {
+    {
+        const Lock lock(mMutex);
+        mKeepsDefaults = keep;
+    }
+    announce();
 }
 
 bool EmbeddedBackend::setConfiguredDefault(Direction direction, const DefaultSetting &setting,
                                            const std::optional<DefaultSetting> &) {
     {
         const Lock lock(mMutex);
+        if (!mKeepsDefaults)
+            return false;
         mConfigured[index(direction)] = setting.choice;
     }
     announce();
@@ -215,7 +234,7 @@ std::unique_ptr<DeviceStream> EmbeddedBackend::openStream(const StreamRequest &r
     {
         const Lock lock(mMutex);
         const SoftwareDevice *device = find(request.uid);
-        if (!device || !isComplete(*device) || (request.input && device->record.input.channels == 0)
+        if (!device || device->stalls || !isComplete(*device) || (request.input && device->record.input.channels == 0)
             || (request.output && device->record.output.channels == 0))
             return nullptr;
         auto stream = std::make_unique<SoftwareStream>();
@@ -245,16 +264,16 @@ bool EmbeddedBackend::makeAggregate(const AggregateSpec &spec) {
     refreshLoopback();
     SoftwareDevice device = plainDevice(spec.uid, spec.name, 0, 0);
     device.members.assign(spec.subDeviceUids.begin(), spec.subDeviceUids.end());
-    bool complete = false;
     {
         const Lock lock(mMutex);
         if (const SoftwareDevice *master = find(spec.masterUid))
             device.record.sampleRate = master->record.sampleRate;
         std::erase_if(mDevices, [&](const auto &old) { return old->record.uid == spec.uid; });
-        complete = isComplete(device) && !device.members.empty();
     }
     plug(std::move(device));
-    return complete;
+    const Lock lock(mMutex);
+    const SoftwareDevice *made = find(spec.uid);
+    return made && !made->widths.empty();
 }
 
 void EmbeddedBackend::removeAggregate(const QString &uid) { unplug(uid); }
@@ -279,11 +298,13 @@ void EmbeddedBackend::plug(SoftwareDevice device) {
 
 void EmbeddedBackend::widenAggregates() {
     for (const auto &device : mDevices) {
-        if (device->members.empty() || !isComplete(*device))
+        const auto isThere = [this](const QString &uid) { return find(uid) != nullptr; };
+        if (!device->widths.empty() || !std::all_of(device->members.begin(), device->members.end(), isThere))
             continue;
-        device->record.input.channels = 0;
-        for (const QString &member : device->members)
-            device->record.input.channels += find(member)->record.input.channels;
+        for (const QString &member : device->members) {
+            device->widths.push_back(find(member)->record.input.channels);
+            device->record.input.channels += device->widths.back();
+        }
     }
 }
 
@@ -303,6 +324,12 @@ void EmbeddedBackend::unplug(const QString &uid) {
     for (StreamClient *client : orphans)
         client->ended();
     announce();
+}
+
+void EmbeddedBackend::stall(const QString &uid, bool stalls) {
+    const Lock lock(mMutex);
+    if (SoftwareDevice *device = find(uid))
+        device->stalls = stalls;
 }
 
 void EmbeddedBackend::setSource(const QString &uid, SoundSource source) {

@@ -14,14 +14,16 @@ namespace cantorel::hal {
 // programs, with a manual one for tests, which may also feed, hear, plug and unplug. Safe from any thread.
 class EmbeddedBackend : public HardwareBackend {
 public:
-    // loopbackInstalled: asked at each snapshot whether the virtual device is there; empty: it is not.
-    explicit EmbeddedBackend(std::shared_ptr<DeviceClock> clock, std::function<bool()> loopbackInstalled = {});
+    // loopbackInstalled: asked at each snapshot whether the virtual device of that name is there; empty: it is not.
+    explicit EmbeddedBackend(std::shared_ptr<DeviceClock> clock, std::function<bool()> loopbackInstalled = {},
+                             QString loopbackName = {});
     ~EmbeddedBackend() override;
 
     QString name() const override { return QStringLiteral("embedded"); }
     foundation::Clock &clock() override { return *mClock; }
     std::vector<DeviceRecord> devices() const override;
     QString defaultDevice(Direction direction) const override;
+    bool keepsDefaults() const override;
     std::optional<QString> configuredDefault(Direction direction) const override;
     bool setConfiguredDefault(Direction direction, const DefaultSetting &setting,
                               const std::optional<DefaultSetting> &guard) override;
@@ -36,11 +38,15 @@ public:
     // --- The world around the devices ---
     // A description to plug in: stereo, 48 kHz, 512 frames a cycle, volume and mute on its sides.
     static SoftwareDevice plainDevice(const QString &uid, const QString &name, int inputChannels, int outputChannels);
-    static SoftwareDevice virtualDevice();
+    static SoftwareDevice loopbackDevice(const QString &name);
     void plug(SoftwareDevice device);
     void unplug(const QString &uid);
     void setSource(const QString &uid, SoundSource source);
     void setTap(const QString &uid, SoundTap tap);
+    // Its streams bring nothing any more, and say nothing of it; nobody can open one.
+    void stall(const QString &uid, bool stalls);
+    // Without the part of a server that keeps choices, which are what they were when it is back.
+    void keepDefaults(bool keep);
     // Another program that plays: to the device, or with an empty UID to the default output wherever that is. Ends with
     // the handle.
     [[nodiscard]] std::shared_ptr<void> play(SoundSource program, const QString &uid = {});
@@ -70,12 +76,14 @@ private:
 
     std::shared_ptr<DeviceClock> mClock;
     const std::function<bool()> mLoopbackInstalled;
+    const QString mLoopbackName;
     // Held during a turn, so that a stream that is closed has had its last cycle.
     mutable std::recursive_mutex mMutex;
     mutable std::vector<std::unique_ptr<SoftwareDevice>> mDevices;
     std::vector<std::unique_ptr<SoftwareStream>> mStreams;
     std::vector<std::shared_ptr<Program>> mPrograms;
     std::optional<QString> mConfigured[2];
+    bool mKeepsDefaults = true;
     // Held while the listener is told, so that ending the subscription waits for it.
     mutable std::recursive_mutex mListenerMutex;
     std::function<void()> mChanged;

@@ -39,6 +39,10 @@ Clock::Duration EmbeddedBackend::turn(Clock::Duration now) {
 void EmbeddedBackend::runCycle(SoftwareDevice &device, Clock::Duration now) {
     const std::uint32_t frames = device.cycleFrames();
     const auto hostTime = static_cast<std::uint64_t>(std::max(device.nextCycle(), now).count());
+    if (device.stalls) {
+        device.position += frames;
+        return;
+    }
     if (device.record.output.channels > 0)
         playInto(device, frames);
     if (device.record.input.channels > 0)
@@ -91,13 +95,14 @@ void EmbeddedBackend::readFrom(SoftwareDevice &device, std::uint32_t frames, std
         device.heard = device.played;
     } else if (!device.members.empty()) {
         std::size_t first = 0;
-        for (const QString &uid : device.members) {
-            const SoftwareDevice *member = find(uid);
+        for (std::size_t i = 0; i < device.members.size() && i < device.widths.size(); ++i) {
+            const SoftwareDevice *member = find(device.members[i]); // null: silence
             const std::size_t width = member ? static_cast<std::size_t>(member->record.input.channels) : 0;
+            const std::size_t kept = std::min(width, static_cast<std::size_t>(device.widths[i]));
             const std::size_t have = width > 0 ? std::min<std::size_t>(frames, member->heard.size() / width) : 0;
             for (std::size_t frame = 0; frame < have; ++frame)
-                std::copy_n(&member->heard[frame * width], width, &device.heard[frame * channels + first]);
-            first += width;
+                std::copy_n(&member->heard[frame * width], kept, &device.heard[frame * channels + first]);
+            first += static_cast<std::size_t>(device.widths[i]);
         }
     } else if (device.source) {
         device.source(device.heard, device.record.input.channels, device.position);

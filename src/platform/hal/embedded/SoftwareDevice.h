@@ -30,8 +30,10 @@ struct SoftwareDevice {
     DeviceRecord record;
     std::vector<double> rates;    // that it can do
     std::vector<QString> members; // of an aggregate, in order
+    std::vector<int> widths;      // channels of each member, once all have been there
     SoundSource source;           // silence without one
     SoundTap tap;
+    bool stalls = false;
     foundation::Clock::Duration start{}; // when position was 0
     std::int64_t position = 0;           // frames since it began
     std::vector<float> heard;            // the last cycle of the input side

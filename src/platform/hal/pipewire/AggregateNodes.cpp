@@ -1,6 +1,7 @@
 #include "platform/hal/pipewire/AggregateNodes.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace cantorel::hal {
 
@@ -50,6 +51,7 @@ void AggregateNodes::put(const AggregateSpec &spec) {
         (*found)->spec = spec;
         if (sameMembers)
             return; // The server chooses the leading clock itself.
+        (*found)->widths.clear();
         drop(**found);
         return;
     }
@@ -75,27 +77,55 @@ void AggregateNodes::maintain(PipeWireGraph &graph) {
         maintain(*aggregate, graph);
 }
 
-void AggregateNodes::maintain(Aggregate &aggregate, PipeWireGraph &graph) {
-    std::vector<std::uint32_t> ports;
-    bool allThere = !aggregate.spec.subDeviceUids.isEmpty();
-    for (const QString &member : aggregate.spec.subDeviceUids) {
-        const std::vector<std::uint32_t> side = inputSideOf(graph, member);
-        allThere = allThere && !side.empty();
-        ports.insert(ports.end(), side.begin(), side.end());
+// The ports to link, one a channel, invalid for silence. Nothing while the device cannot be there, or not as it is.
+std::optional<std::vector<std::uint32_t>> AggregateNodes::portsFor(Aggregate &aggregate, const PipeWireGraph &graph) {
+    const std::size_t members = static_cast<std::size_t>(aggregate.spec.subDeviceUids.size());
+    std::vector<std::vector<std::uint32_t>> sides;
+    for (const QString &member : aggregate.spec.subDeviceUids)
+        sides.push_back(inputSideOf(graph, member));
+    const auto isAway = [](const auto &side) { return side.empty(); };
+    if (std::all_of(sides.begin(), sides.end(), isAway))
+        return {};
+    aggregate.present.resize(members);
+    bool others = aggregate.widths.empty();
+    for (std::size_t i = 0; i < members && !others; ++i) // One that comes back shows its ports one after the other.
+        others = aggregate.present[i] && !sides[i].empty() && sides[i].size() != aggregate.widths[i];
+    if (others) {
+        const bool known = aggregate.widths.empty();
+        aggregate.widths.clear();
+        if (std::any_of(sides.begin(), sides.end(), isAway))
+            return {};
+        for (const auto &side : sides)
+            aggregate.widths.push_back(side.size());
+        aggregate.present.assign(members, true);
+        if (!known)
+            return {}; // What is there is made anew.
     }
-    const GraphNode *node = graph.nodeNamed(aggregate.spec.uid);
-    if (!allThere || (!aggregate.ports.empty() && aggregate.ports != ports)) {
+    std::vector<std::uint32_t> ports;
+    for (std::size_t i = 0; i < members; ++i) {
+        aggregate.present[i] = sides[i].size() >= aggregate.widths[i];
+        sides[i].resize(aggregate.widths[i], SPA_ID_INVALID);
+        ports.insert(ports.end(), sides[i].begin(), sides[i].end());
+    }
+    return ports;
+}
+
+void AggregateNodes::maintain(Aggregate &aggregate, PipeWireGraph &graph) {
+    const auto ports = portsFor(aggregate, graph);
+    if (!ports) {
         drop(aggregate);
         return;
     }
+    const GraphNode *node = graph.nodeNamed(aggregate.spec.uid);
     if (node && node->id == aggregate.leaving)
         return; // The one that we have dropped, on its way out.
     aggregate.leaving = SPA_ID_INVALID;
     if (!node) {
         aggregate.links.clear();
+        aggregate.ports.clear();
         aggregate.complete = false;
         if (!aggregate.node)
-            aggregate.node = makeNode(graph.core(), aggregate.spec, ports.size());
+            aggregate.node = makeNode(graph.core(), aggregate.spec, ports->size());
         return;
     }
     if (!aggregate.node) {
@@ -103,12 +133,21 @@ void AggregateNodes::maintain(Aggregate &aggregate, PipeWireGraph &graph) {
         return;
     }
     const std::vector<GraphPort> inputs = graph.portsOf(node->id, true);
-    if (inputs.size() == ports.size() && aggregate.links.empty()) {
-        for (std::size_t i = 0; i < ports.size(); ++i)
-            aggregate.links.push_back(makeLink(graph.core(), ports[i], inputs[i].id));
-        aggregate.ports = ports;
+    if (inputs.size() == ports->size()) {
+        aggregate.links.resize(ports->size());
+        aggregate.ports.resize(ports->size(), SPA_ID_INVALID);
+        for (std::size_t i = 0; i < ports->size(); ++i) {
+            const std::uint32_t port = (*ports)[i];
+            if (std::exchange(aggregate.ports[i], port) == port)
+                continue;
+            aggregate.links[i].reset();
+            if (port != SPA_ID_INVALID)
+                aggregate.links[i] = makeLink(graph.core(), port, inputs[i].id);
+        }
     }
-    aggregate.complete = !aggregate.links.empty() && graph.portsOf(node->id, false).size() == ports.size();
+    aggregate.complete = aggregate.links.size() == ports->size()
+                         && std::find(ports->begin(), ports->end(), SPA_ID_INVALID) == ports->end()
+                         && graph.portsOf(node->id, false).size() == ports->size();
 }
 
 bool AggregateNodes::isComplete(const QString &uid) const {

@@ -5,7 +5,8 @@
 namespace cantorel::hal {
 
 // Keeps the aggregate devices on the server: for each a source of its own that other programs see, its inputs linked to
-// the members' ports. Made while all members are there, taken away when one goes. Owned by PipeWireBackend; every
+// the members' ports. Made when all members are there; one that goes leaves its channels silent until it is back, and
+// the device goes with the last. Owned by PipeWireBackend; every
 // function is called with the loop locked.
 class AggregateNodes {
 public:
@@ -15,7 +16,7 @@ public:
     // Makes what is missing and removes what has lost a member; called whenever the graph has changed. The links follow
     // the node's ports, so that a device takes several changes to be complete.
     void maintain(PipeWireGraph &graph);
-    // Whether the device is there with all its links.
+    // Whether the device is there with the links of all members.
     bool isComplete(const QString &uid) const;
     // The server is gone, and what we made on it.
     void forgetServer();
@@ -25,11 +26,14 @@ private:
         AggregateSpec spec;
         ProxyHandle node;                       // null when another program made it, or none has yet
         std::uint32_t leaving = SPA_ID_INVALID; // our last node, while the server may still show it
-        std::vector<ProxyHandle> links;
-        std::vector<std::uint32_t> ports; // of the members, in the order of the channels; as linked
+        std::vector<std::size_t> widths;        // channels of each member, once all have been there
+        std::vector<bool> present;              // members, as seen last
+        std::vector<ProxyHandle> links;         // one a channel; null while its member is away
+        std::vector<std::uint32_t> ports;       // of the members, in the order of the channels; as linked
         bool complete = false;
     };
 
+    static std::optional<std::vector<std::uint32_t>> portsFor(Aggregate &aggregate, const PipeWireGraph &graph);
     static void drop(Aggregate &aggregate);
     void maintain(Aggregate &aggregate, PipeWireGraph &graph);
 

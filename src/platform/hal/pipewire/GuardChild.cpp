@@ -1,5 +1,8 @@
 #include "platform/hal/pipewire/GuardChild.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -13,21 +16,22 @@ namespace cantorel::hal {
 
 namespace {
 
-// Reads until a word comes (disarmed) or the pipe ends (the program is gone). Arguments: key of the choice, stand-in,
-// the device that shall be in force, "set" or "clear", and the choice. The command line tool of the server does the
-// rest, and is not waited for without end. What was chosen is put back only after its device is in force, or the server
-// might stay with the stand-in.
+// Reads until a word comes (disarmed) or the pipe ends (the program is gone); a log-out, which signals both at once,
+// does not end it before. Arguments: key of the choice, stand-in, the device that shall be in force, "set" or "clear",
+// and the choice. The command line tool of the server does the rest, and is not waited for without end. What was chosen
+// is put back only after its device is in force, or the server might stay with the stand-in.
 constexpr const char *kScript = R"SH(
+trap '' HUP INT TERM
 read -r word && exit 0
 names() {
-    case "$(timeout 5 pw-metadata 0 "$1" 2>/dev/null)" in
-    *"\"name\":\"$2\""*|*"\"name\": \"$2\""*) ;;
+    case "$(timeout -s KILL 5 pw-metadata 0 "$1" 2>/dev/null)" in
+    *"\"name\":$2"*|*"\"name\": $2"*) ;;
     *) false ;;
     esac
 }
-choose() { timeout 5 pw-metadata 0 "$1" "{\"name\":\"$2\"}" Spa:String:JSON; }
+choose() { timeout -s KILL 5 pw-metadata 0 "$1" "{\"name\":$2}" Spa:String:JSON; }
 names "$1" "$2" || exit 0
-if [ -n "$3" ]; then
+if [ "$3" != '""' ]; then
     choose "$1" "$3"
     tries=0
     until names "default.${1#default.configured.}" "$3" || [ "$tries" -eq 40 ]; do
@@ -36,11 +40,16 @@ if [ -n "$3" ]; then
     done
 fi
 if [ "$4" = clear ]; then
-    timeout 5 pw-metadata -d 0 "$1"
+    timeout -s KILL 5 pw-metadata -d 0 "$1"
 elif [ "$5" != "$3" ]; then
     choose "$1" "$5"
 fi
 )SH";
+
+QByteArray quoted(const QString &text) {
+    const QByteArray list = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+    return list.sliced(1, list.size() - 2); // without the brackets
+}
 
 } // namespace
 
@@ -66,10 +75,10 @@ bool GuardChild::arm(Direction direction, const QString &standIn, const DefaultS
 
     QByteArray key =
         direction == Direction::Input ? "default.configured.audio.source" : "default.configured.audio.sink";
-    QByteArray ours = standIn.toUtf8();
-    QByteArray device = before.device.toUtf8();
+    QByteArray ours = quoted(standIn);
+    QByteArray device = quoted(before.device);
     QByteArray order = before.choice ? "set" : "clear";
-    QByteArray choice = before.choice.value_or(QString()).toUtf8();
+    QByteArray choice = quoted(before.choice.value_or(QString()));
     QByteArray script(kScript);
     char shell[] = "/bin/sh", flag[] = "-c", name[] = "cantorel-guard";
     char *arguments[] = {shell,       flag,          script.data(), name,          key.data(),

@@ -30,7 +30,6 @@ constexpr auto kSettlePatience = std::chrono::seconds(2);
 constexpr auto kNewsPatience = std::chrono::milliseconds(200);
 constexpr int kAttempts = 15;
 constexpr auto kNewcomerPause = std::chrono::milliseconds(100); // by then it has introduced itself
-constexpr auto kStreamPatience = std::chrono::seconds(3);
 
 std::uint32_t channelNumber(const QString &name) {
     for (const spa_type_info *info = spa_type_audio_channel; info->name; ++info) {
@@ -42,7 +41,7 @@ std::uint32_t channelNumber(const QString &name) {
 
 } // namespace
 
-PipeWireBackend::PipeWireBackend() {
+PipeWireBackend::PipeWireBackend(QStringList loopbackNames) : mLoopbackNames(std::move(loopbackNames)) {
     pw_init(nullptr, nullptr);
     mLoop.reset(pw_thread_loop_new("pipewire-loop", nullptr));
     // This configuration alone has the module that makes the data thread a real-time one.
@@ -65,10 +64,11 @@ PipeWireBackend::~PipeWireBackend() {
     pw_thread_loop_stop(mLoop.get());
 }
 
-Result<std::unique_ptr<PipeWireBackend>> PipeWireBackend::connect(Clock::Duration patience) {
+Result<std::unique_ptr<PipeWireBackend>> PipeWireBackend::connect(Clock::Duration patience,
+                                                                  const QStringList &loopbackNames) {
     if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR") && qEnvironmentVariableIsEmpty("PIPEWIRE_RUNTIME_DIR"))
         return explain();
-    std::unique_ptr<PipeWireBackend> backend(new PipeWireBackend); // Its constructor is private.
+    std::unique_ptr<PipeWireBackend> backend(new PipeWireBackend(loopbackNames)); // Its constructor is private.
     if (!backend->mContext)
         return explainConfiguration();
     const Clock::Duration deadline = backend->mClock.now() + patience;
@@ -127,7 +127,7 @@ bool PipeWireBackend::connectToServer() {
     if (!mCore)
         return false; // errno says why
     pw_core_add_listener(mCore.get(), &mCoreHook.hook, &events, this);
-    mGraph = std::make_unique<PipeWireGraph>(mCore.get(), [this] { graphChanged(); });
+    mGraph = std::make_unique<PipeWireGraph>(mCore.get(), mLoopbackNames, [this] { graphChanged(); });
     return true;
 }
 
@@ -288,6 +288,11 @@ QString PipeWireBackend::defaultDevice(Direction direction) const {
     return mGraph && !mLost ? mGraph->defaultInForce(direction) : QString();
 }
 
+bool PipeWireBackend::keepsDefaults() const {
+    const LoopLock lock(mLoop.get());
+    return mGraph && !mLost && mGraph->hasDefaults() && mGraph->hasSettled();
+}
+
 std::optional<QString> PipeWireBackend::configuredDefault(Direction direction) const {
     const LoopLock lock(mLoop.get());
     return mGraph && !mLost ? mGraph->configuredDefault(direction) : std::nullopt;
@@ -349,7 +354,9 @@ bool PipeWireBackend::setSampleRate(const QString &, double rate) {
 
 std::unique_ptr<DeviceStream> PipeWireBackend::openStream(const StreamRequest &request, StreamClient &client) {
     const LoopLock lock(mLoop.get());
-    const GraphNode *node = mGraph && !mLost ? mGraph->nodeNamed(request.uid) : nullptr;
+    // Without a session manager nobody would link it.
+    const bool canLink = mGraph && !mLost && mGraph->hasDefaults();
+    const GraphNode *node = canLink ? mGraph->nodeNamed(request.uid) : nullptr;
     if (!node || (request.input && node->isSink() && !node->isLoopback) || (request.output && !node->isSink()))
         return nullptr;
     PipeWireStream::Target target;
@@ -367,7 +374,8 @@ std::unique_ptr<DeviceStream> PipeWireBackend::openStream(const StreamRequest &r
     auto stream = std::make_unique<PipeWireStream>(*this, mCore.get(), std::move(target), client,
                                                    static_cast<PipeWireStream *>(request.leader));
     mStreams.insert(stream.get());
-    const bool decided = waitUntil([&] { return stream->streaming() || stream->hasEnded() || mLost; }, kStreamPatience);
+    const bool decided =
+        waitUntil([&] { return stream->streaming() || stream->hasEnded() || mLost; }, request.patience);
     if (!decided || stream->hasEnded() || mLost) {
         stream.reset();
         return nullptr;

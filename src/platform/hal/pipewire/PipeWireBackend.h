@@ -22,13 +22,16 @@ namespace cantorel::hal {
 class PipeWireBackend : public HardwareBackend {
 public:
     // Waits up to the patience given for a server that carries sound. Fails with one sentence that names the cause.
-    static foundation::Result<std::unique_ptr<PipeWireBackend>> connect(foundation::Clock::Duration patience);
+    // loopbackNames: of the sinks that are loopback devices, whoever made them.
+    static foundation::Result<std::unique_ptr<PipeWireBackend>> connect(foundation::Clock::Duration patience,
+                                                                        const QStringList &loopbackNames = {});
     ~PipeWireBackend() override;
 
     QString name() const override { return QStringLiteral("pipewire"); }
     foundation::Clock &clock() override { return mClock; }
     std::vector<DeviceRecord> devices() const override;
     QString defaultDevice(Direction direction) const override;
+    bool keepsDefaults() const override;
     std::optional<QString> configuredDefault(Direction direction) const override;
     bool setConfiguredDefault(Direction direction, const DefaultSetting &setting,
                               const std::optional<DefaultSetting> &guard) override;
@@ -43,7 +46,7 @@ public:
 private:
     friend class PipeWireStream;
 
-    PipeWireBackend();
+    explicit PipeWireBackend(QStringList loopbackNames);
 
     // With the loop locked.
     bool connectToServer();
@@ -67,6 +70,7 @@ private:
     void keep(const std::stop_token &stopping);
     void tellEndings();
 
+    const QStringList mLoopbackNames;
     foundation::WallClock mClock;
     ThreadLoopHandle mLoop;
     ContextHandle mContext;

@@ -32,12 +32,6 @@ bool isTrue(const spa_dict *props, const char *key) {
     return value && spa_atob(value);
 }
 
-// The loopback devices that are known by their names, whoever made them.
-bool isLoopbackName(const QString &name) {
-    return name == QStringLiteral("Tessolar_AudioDevice") || name == QStringLiteral("System Sound")
-           || name == QStringLiteral("Soundflower (2ch)");
-}
-
 QString defaultKey(Direction direction, bool configured) {
     return (configured ? QStringLiteral("default.configured.audio.") : QStringLiteral("default.audio."))
            + (direction == Direction::Input ? QStringLiteral("source") : QStringLiteral("sink"));
@@ -62,7 +56,8 @@ void bindMetadata(pw_registry *registry, std::uint32_t id, ProxyHandle &proxy, H
 
 } // namespace
 
-PipeWireGraph::PipeWireGraph(pw_core *core, std::function<void()> changed) : mCore(core), mChanged(std::move(changed)) {
+PipeWireGraph::PipeWireGraph(pw_core *core, QStringList loopbackNames, std::function<void()> changed)
+    : mCore(core), mLoopbackNames(std::move(loopbackNames)), mChanged(std::move(changed)) {
     static const pw_registry_events events = [] {
         pw_registry_events table = {};
         table.version = PW_VERSION_REGISTRY_EVENTS;
@@ -252,9 +247,9 @@ void PipeWireGraph::describe(BoundNode &bound, const pw_node_info &info) {
     node.description = lookUp(info.props, PW_KEY_NODE_DESCRIPTION);
     if (node.description.isEmpty())
         node.description = lookUp(info.props, PW_KEY_NODE_NICK);
-    node.isLoopback =
-        node.isSink()
-        && (isTrue(info.props, "cantorel.loopback") || isLoopbackName(node.description) || isLoopbackName(node.name));
+    node.isLoopback = node.isSink()
+                      && (isTrue(info.props, "cantorel.loopback") || mLoopbackNames.contains(node.description)
+                          || mLoopbackNames.contains(node.name));
     mChanged();
 }
 

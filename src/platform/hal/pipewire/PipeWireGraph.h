@@ -38,7 +38,8 @@ struct GraphPort {
 // called with the loop locked, and the changed function from the loop's thread.
 class PipeWireGraph {
 public:
-    PipeWireGraph(pw_core *core, std::function<void()> changed);
+    // loopbackNames: of the sinks that are loopback devices, whoever made them.
+    PipeWireGraph(pw_core *core, QStringList loopbackNames, std::function<void()> changed);
     ~PipeWireGraph();
 
     // The devices in the order of their UIDs.
@@ -107,6 +108,7 @@ private:
 
     pw_core *mCore;
     Hook mCoreHook;
+    const QStringList mLoopbackNames;
     const std::function<void()> mChanged;
     // Questions to the server that stand out until the default metadata, asked for anew, is known: the first is
     // answered after all that we had asked before, the second after all that we ask because of that.

@@ -1,5 +1,6 @@
 #include "recording/library/RecordedList.h"
 
+#include "lang/Lang.h"
 #include "platform/foundation/KeyedArchiver.h"
 #include "platform/hal/embedded/DeviceClock.h"
 #include "recording/library/RecordingsRemoval.h"
@@ -252,7 +253,7 @@ TEST_F(RecordedListTest, AFailedSaveSaysSoAndCostsNothingThatIsOnTheDisk) {
     {
         const test::UnwritableSettings unwritable;
         list->remove(*list->items().front());
-        EXPECT_TRUE(list->unsaved().startsWith(QStringLiteral("The list was not saved")));
+        EXPECT_TRUE(Lang::english(list->unsaved()).startsWith(QStringLiteral("The list was not saved")));
         EXPECT_FALSE(list->rename(*list->items().back(), QStringLiteral("new")));
         EXPECT_TRUE(QFile::exists(file(1000, false))) << "nothing has changed";
         EXPECT_EQ(list->items().back()->getFileName(), file(1000, false));
@@ -305,7 +306,7 @@ TEST_F(RecordedListTest, WhatTheWastebasketRefusesStaysAndWhatComesBackReplacesN
     const auto failed =
         removal.remove({list->items()[0].get(), list->items()[1].get()}, RecordingsRemoval::Files::IntoWastebasket);
     ASSERT_FALSE(failed);
-    EXPECT_TRUE(failed.failure().sentence.contains(fixed));
+    EXPECT_TRUE(Lang::english(failed.failure().sentence).contains(fixed));
     EXPECT_EQ(names(*list), QStringList{"status"});
     EXPECT_FALSE(QFile::exists(file(1, false)));
 

@@ -70,34 +70,6 @@ private:
 
 } // namespace
 
-TEST_F(RecordManagerTest, EachSourceHasItsDevice) {
-    const struct {
-        int source;
-        const char *device;
-    } cases[] = {{0, "Tessolar_AudioDevice"},
-                 {1, "Built-in Microphone"},
-                 {2, "Tessolar_AggregateDevice"},
-                 {3, nullptr},
-                 {-1, nullptr}};
-    for (const auto &[source, device] : cases) {
-        const QString name = RecordManager::getAudioDeviceNameWithAudioDeviceType(source);
-        EXPECT_EQ(name, QString::fromLatin1(device)) << source;
-        EXPECT_EQ(name.isNull(), device == nullptr) << source;
-    }
-}
-
-TEST_F(RecordManagerTest, NothingIsDoneOrAnsweredWithoutARecorder) {
-    manager.pauseRecording();
-    manager.resumeRecording();
-    manager.stopRecord();
-    EXPECT_FALSE(manager.isRecording());
-    EXPECT_FALSE(manager.isPaused());
-    EXPECT_FALSE(manager.isPrepareRecording());
-    EXPECT_EQ(manager.recordingDuration(), 0);
-    EXPECT_EQ(manager.recordedFileSize(), 0);
-    EXPECT_EQ(chosenOutput(), std::nullopt);
-}
-
 TEST_F(RecordManagerTest, SystemSoundIsBorrowedAndGivenBackAtTheStop) {
     EXPECT_TRUE(ZQAudioKextKit::setVolume(0.25f, QStringLiteral("Tessolar_AudioDevice")));
     ASSERT_TRUE(start(0));
@@ -173,19 +145,17 @@ TEST_F(RecordManagerTest, AnErrorLetsTheRecorderGoAndIsReportedOnce) {
     EXPECT_EQ(owner.finished, 1);
 }
 
-TEST_F(RecordManagerTest, PausesAndStatesAreThoseOfTheRecorder) {
-    ASSERT_TRUE(start(1));
+TEST_F(RecordManagerTest, AVolumeThatThePersonChoseOutlivesASplit) {
+    ASSERT_TRUE(start(0));
     ASSERT_TRUE(runsFor(0.3));
-    manager.pauseRecording();
-    EXPECT_TRUE(manager.isPaused());
-    manager.resumeRecording();
-    EXPECT_FALSE(manager.isPaused());
+    ASSERT_TRUE(ZQAudioKextKit::setVolume(0.5f, "Tessolar_AudioDevice"));
+    manager.joinNextRecording();
     manager.stopRecord();
-    EXPECT_FALSE(manager.isRecording());
     ASSERT_TRUE(ends());
-    manager.clear();
-    manager.postRecordingNotification();
-    EXPECT_EQ(states.back(), 0);
+    ASSERT_TRUE(start(0));
+    EXPECT_FLOAT_EQ(ZQAudioKextKit::getVolumeValueFromDeviceName("Tessolar_AudioDevice"), 0.5f);
+    manager.stopRecord();
+    ASSERT_TRUE(ends());
 }
 
 struct UnroutedRecordManagerTest : RecordManagerTest {

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QStringList>
+
+namespace cantorel::test {
+
+// What the backends of tests take for loopback devices, the one that the software devices install first.
+inline const QStringList kLoopbackNames{QStringLiteral("Tessolar_AudioDevice"), QStringLiteral("System Sound"),
+                                        QStringLiteral("Soundflower (2ch)")};
+
+} // namespace cantorel::test
