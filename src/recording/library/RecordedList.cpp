@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
+#include <QRegularExpression>
 #include <QThread>
 
 #include <sys/stat.h>
@@ -235,13 +236,15 @@ void RecordedList::save(const RecordedAudioInfo &item) {
 
 foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QString &name) {
     const QFileInfo file(item.getFileName());
-    const QString clean = ToolFile::cleanFileName(name);
+    static const QRegularExpression outer(QStringLiteral("^/+|/+$"));
+    // No file name has a stroke, and "1/2" is another one than "12".
+    const QString clean =
+        ToolFile::cleanFileName(QString(name).remove(outer).replace(QLatin1Char('/'), QLatin1Char('-')));
     const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
     const QString before = file.filePath(), renamed = file.path() + QLatin1Char('/') + clean + suffix;
     QString why;
-    // A name is taken as it was typed, or not at all: "1/2" would become another one.
-    if (clean.isEmpty() || name.contains(QLatin1Char('/')) || QFileInfo::exists(renamed))
-        return foundation::Failure{kNameTaken(name + suffix), {}};
+    if (clean.isEmpty() || QFileInfo::exists(renamed))
+        return foundation::Failure{kNameTaken(clean + suffix), {}};
     // The file has both names until the list with the new one is on the disk, where the disk can do that: whenever this
     // is killed, the stored list names a file that is there.
     const bool hasBoth = ::link(QFile::encodeName(before).constData(), QFile::encodeName(renamed).constData()) == 0;
