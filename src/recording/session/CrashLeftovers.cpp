@@ -2,13 +2,16 @@
 
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
+#include "platform/foundation/HiddenFile.h"
 #include "recording/library/RecordedList.h"
 #include "recording/session/RecordingSessionView.h"
+#include "settings/AppSettings.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 
 #include <algorithm>
 
@@ -36,11 +39,33 @@ CrashLeftovers::~CrashLeftovers() = default;
 std::vector<RecordingJournal::Leftover> CrashLeftovers::pending() {
     if (mIsRecovering)
         return {};
+    sweep();
     auto leftovers = mJournal.leftovers();
     for (const auto &leftover : leftovers)
         if (RecordedAudioInfo *item = mList.itemWithFile(leftover.file))
             item->isInterrupted = true;
     return leftovers;
+}
+
+void CrashLeftovers::sweep() {
+    if (mSweeper.joinable())
+        return;
+    QStringList files = mJournal.abandoned();
+    files.append(AppSettings::outputPath() + QStringLiteral("/."));
+    for (const auto &item : mList.items())
+        files.append(item->getFileName());
+    mSweeper = std::jthread([files] {
+        (void)guarded("sweep", [&] { // logged there
+            QSet<QString> folders;
+            for (const QString &file : files)
+                folders.insert(QFileInfo(file).absolutePath());
+            for (const QString &folder : folders)
+                foundation::HiddenFile::sweep(folder);
+        });
+    });
+    for (const QString &file : mJournal.dropEmpty())
+        if (RecordedAudioInfo *item = mList.itemWithFile(file))
+            mList.remove(*item);
 }
 
 void CrashLeftovers::take(const RecordingJournal::Recovered &recovered) {
@@ -54,7 +79,7 @@ void CrashLeftovers::take(const RecordingJournal::Recovered &recovered) {
         item->setSize(ToolFile::fileSizeFormatterToString(QFileInfo(recovered.file).size()));
         item->setStatus({});
         mList.save(*item);
-    } else if (item) {
+    } else if (item && !recovered.isPending()) {
         mList.remove(*item);
     }
     mView.recordingRecovered(recovered);
@@ -63,6 +88,7 @@ void CrashLeftovers::take(const RecordingJournal::Recovered &recovered) {
 void CrashLeftovers::recover() {
     if (mIsRecovering)
         return;
+    sweep();
     for (const auto &recovered : mJournal.recover())
         take(recovered);
 }
@@ -83,7 +109,8 @@ void CrashLeftovers::recoverBehind(std::function<void(const Recovered &)> done) 
             Recovered all;
             // What an exception has left out is offered again by the next start.
             for (std::size_t i = 0; i < repaired.size(); ++i) {
-                mJournal.end(files[static_cast<qsizetype>(i)]);
+                if (!repaired[i] || !repaired[i]->isPending())
+                    mJournal.end(files[static_cast<qsizetype>(i)]);
                 if (repaired[i]) {
                     take(*repaired[i]);
                     all.push_back(*repaired[i]);

@@ -85,29 +85,43 @@ std::optional<RecordingJournal::Recovered> RecordingJournal::repair(const QStrin
             return Recovered{file, file, sound.value()->durationSeconds(), {}};
         return {};
     }
-    const QFileInfo info(file);
-    const QString copy = info.path() + QStringLiteral("/.") + info.fileName() + QStringLiteral(".repaired.m4a");
-    const auto repaired = media::repairUnfinished(file, copy);
-    if (repaired && QFile(copy).exists() && ::rename(QFile::encodeName(copy), QFile::encodeName(file)) == 0) {
+    const auto repaired = media::repairUnfinished(file, file);
+    if (repaired) {
         Log(QStringLiteral("recovered an unfinished recording : %1").arg(file));
         return Recovered{file, file, repaired.value().durationSeconds, {}};
     }
-    QFile::remove(copy);
+    Log(QStringLiteral("could not recover %1 : %2").arg(file, repaired.failure().detail));
+    Recovered failed{file, file, 0, repaired.failure().sentence};
+    if (media::unfinishedSound(file) == media::UnfinishedSound::Whole)
+        return failed; // What was in the way, a full disk for one, may be gone by the next start.
+    const QFileInfo info(file);
     const QString kept = ToolString::renameFromFilePath(
         info.path() + QLatin1Char('/') + info.completeBaseName() + QStringLiteral(" (unfinished).m4a"), 0);
-    const bool renamed = QFile::rename(file, kept);
-    const QString why =
-        repaired ? QStringLiteral("The repaired copy could not take its place.") : repaired.failure().sentence;
-    Log(QStringLiteral("could not recover %1 : %2").arg(file, why));
-    return Recovered{file, renamed ? kept : file, 0, why};
+    if (QFile::rename(file, kept))
+        failed.file = kept;
+    return failed;
+}
+
+QStringList RecordingJournal::dropEmpty() {
+    QStringList dropped;
+    for (const QString &file : abandoned()) {
+        if (!media::isUnfinished(file) || media::unfinishedSound(file) != media::UnfinishedSound::None
+            || !QFile::remove(file))
+            continue;
+        end(file);
+        dropped.append(file);
+    }
+    return dropped;
 }
 
 std::vector<RecordingJournal::Recovered> RecordingJournal::recover() {
     std::vector<Recovered> recovered;
     for (const QString &file : abandoned()) {
-        if (auto repaired = repair(file))
-            recovered.push_back(*std::move(repaired));
-        end(file);
+        const auto repaired = repair(file);
+        if (!repaired || !repaired->isPending())
+            end(file);
+        if (repaired)
+            recovered.push_back(*repaired);
     }
     return recovered;
 }

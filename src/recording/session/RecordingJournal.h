@@ -46,11 +46,16 @@ public:
         QString file;     // as it is named now
         double durationSeconds = 0;
         QString failure; // one sentence; empty when the file is whole
+
+        // It is as it was, and the next start tries again.
+        bool isPending() const { return !failure.isEmpty() && file == original; }
     };
     // Repairs what was left unfinished, each on a copy that takes the file's place once it is whole; a file that was
-    // whole already is named as well. What can't be repaired is kept under a name that says so and not tried again.
-    // Only after claim().
+    // whole already is named as well. What holds no sound that could be repaired is kept under a name that says so and
+    // not tried again. Only after claim().
     std::vector<Recovered> recover();
+    // Removes the recordings whose program ended before their first sound, and answers which.
+    QStringList dropEmpty();
     // The same for one file, on any thread: its end is left to the caller. Nothing for what is no recording.
     static std::optional<Recovered> repair(const QString &file);
 
