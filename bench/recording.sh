@@ -7,6 +7,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
 cli=$PWD/build/release/bin/cantorel-cli
+. scripts/lib/needs.sh
+needs sox ffmpeg pipewire wireplumber pw-cat pw-link pw-record pw-loopback pw-metadata "$cli"
 . scripts/lib/private-world.sh
 out=$PRIVATE_WORLD/out && mkdir -p "$out"
 "$cli" driver install 2>/dev/null >/dev/null

@@ -2,6 +2,7 @@
 """Start to exit of "cantorel-cli settings get" against "ffmpeg -version": the median ratio of 50 pairs.
 
 usage: bench/startup.py [program]"""
+import shutil
 import statistics
 import subprocess
 import sys
@@ -10,6 +11,10 @@ import time
 from pathlib import Path
 
 PROGRAM = sys.argv[1] if len(sys.argv) > 1 else Path(__file__).resolve().parents[1] / "build/release/bin/cantorel-cli"
+
+for needed in (PROGRAM, "ffmpeg"):
+    if not shutil.which(needed):
+        sys.exit(f"startup.py needs {needed}; run scripts/packages build run, and scripts/build.")
 
 
 def seconds(command, environment):

@@ -4,6 +4,7 @@ and resident memory at rest, with a library of so many recordings. Prints ratios
 
 usage: bench/window.py [pairs=15] [recordings=0]"""
 import os
+import shutil
 import statistics
 import subprocess
 import sys
@@ -16,6 +17,10 @@ PAIRS = int(sys.argv[1]) if len(sys.argv) > 1 else 15
 RECORDINGS = sys.argv[2] if len(sys.argv) > 2 else "0"
 OURS = [ROOT / "build/release/bin/cantorel", "--backend=embedded"]
 BARE = [ROOT / "build/release/bin/bare_window"]
+
+for needed in (OURS[0], BARE[0], "Xvfb"):
+    if not shutil.which(needed):
+        sys.exit(f"window.py needs {needed}; run scripts/packages build test, and scripts/build release cantorel bare_window.")
 
 
 def painted_and_memory(command, environment):

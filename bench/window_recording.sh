@@ -7,6 +7,9 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-20} rounds=${2:-3}
 bin=$PWD/build/release/bin
+. scripts/lib/needs.sh
+needs sox Xvfb dbus-daemon pipewire wireplumber pw-cat pw-link pw-metadata "$bin/cantorel" "$bin/cantorel-cli" \
+    build/release/tests/tray
 . scripts/lib/private-world.sh
 out=$PRIVATE_WORLD/out && mkdir -p "$out"
 export HOME=$PRIVATE_WORLD/home && mkdir -p "$HOME"

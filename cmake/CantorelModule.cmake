@@ -79,7 +79,8 @@ function(cantorel_part FILE)
 endfunction()
 
 # cantorel_tests(NAME SOURCES ... LINKS ... [PROPERTIES ...])
-# A GoogleTest program; each case is a CTest entry of its own, run in a process and a home folder of its own.
+# A GoogleTest program; each case is a CTest entry of its own, run in a process and a home folder of its own. Its label is
+# the folder below tests/: unit, contract, world or window.
 function(cantorel_tests NAME)
   cmake_parse_arguments(T "" "" "SOURCES;LINKS;PROPERTIES" ${ARGN})
   add_executable(${NAME} ${T_SOURCES})
@@ -89,5 +90,7 @@ function(cantorel_tests NAME)
   if(CANTOREL_SANITIZE)
     set(limit 600) # the longest cases take ten times as long there
   endif()
-  gtest_discover_tests(${NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${limit} ${T_PROPERTIES})
+  cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_SOURCE_DIR}/tests OUTPUT_VARIABLE label)
+  string(REGEX REPLACE "/.*" "" label ${label})
+  gtest_discover_tests(${NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${limit} LABELS ${label} ${T_PROPERTIES})
 endfunction()

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Cheap checks of the tree: test sources in targets, paths in documents, sizes, sleeping tests, bare releases,
-texts."""
+texts, subjects of commits."""
 import re
+import shutil
+import subprocess
 import sys
 from pathlib import Path
 from xml.etree import ElementTree
@@ -56,6 +58,20 @@ def handles():
             yield f"{file.relative_to(ROOT)}: releases a C handle by hand"
 
 
+def subjects():
+    """The subjects of commits since this one have at most 72 columns; of a shallow clone, that of the newest."""
+    def git(*arguments):
+        return subprocess.run(["git", "-C", ROOT, *arguments], capture_output=True, text=True)
+    since = "6e2009ef562b8a795c113745ef67c9e226700e4b"
+    if not shutil.which("git") or git("rev-parse", "HEAD").returncode:
+        return
+    known = git("merge-base", "--is-ancestor", since, "HEAD").returncode == 0
+    for line in git("log", "--no-merges", "--format=%h %s", *([f"{since}..HEAD"] if known else ["-1"])).stdout.splitlines():
+        commit, subject = line.split(" ", 1)
+        if len(subject) > 72:
+            yield f"{commit}: the subject has {len(subject)} columns; 72 is the limit"
+
+
 def texts():
     """A text of the windows is shown by one; a sentence is said by its key, with what its markers ask for, and each one
     by somebody; and all language files have the same texts."""
@@ -83,7 +99,7 @@ def texts():
             yield f"{file.name}: {element} {name} stands in one of this and English.xml only"
 
 
-CHECKS = {check.__name__: check for check in (test_targets, doc_paths, sizes, no_sleeping, handles, texts)}
+CHECKS = {check.__name__: check for check in (test_targets, doc_paths, sizes, no_sleeping, handles, subjects, texts)}
 
 if __name__ == "__main__":
     chosen = sys.argv[1:] or list(CHECKS)

@@ -29,6 +29,13 @@ bool AudioDeviceLoader::run(const QString &scriptPath) {
     const QString driverPath = AudioKextTools::audioDriverKextPath();
     if (!ToolFile::isFileExistsAtPath(driverPath))
         return false;
+    // The scripts read each value as a line; what came behind a line feed would be a command.
+    if (driverPath.contains(QLatin1Char('\n'))) {
+        mFailure =
+            QStringLiteral("The virtual device needs a program folder without a line break in its name; move the "
+                           "program and try again.");
+        return false;
+    }
     ZQAudioKextLog::I(QStringLiteral("kextPath -----> %1").arg(driverPath));
     if (!ToolFile::isFileExistsAtPath(scriptPath))
         return false;

@@ -3,6 +3,9 @@
 #include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/foundation/ChildProcess.h"
+#include "platform/foundation/FileIdentity.h"
+#include "platform/foundation/HiddenFile.h"
+#include "platform/media/SoundReader.h"
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
@@ -10,16 +13,23 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <cstdio>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <utility>
 
 namespace cantorel {
 
 using foundation::ChildProcess;
 using foundation::Failure;
+using foundation::FileIdentity;
+using foundation::HiddenFile;
 using foundation::Result;
 
 namespace {
 
+constexpr foundation::SentenceKey kConvertedEmpty("ConvertedEmpty");
+constexpr foundation::SentenceKey kResultUnnamed("ResultUnnamed", "FileName");
 constexpr foundation::SentenceKey kRemovedUnconverted("RemovedUnconverted", "FileName");
 constexpr foundation::SentenceKey kNoConverter("NoConverter", "FileName");
 constexpr foundation::SentenceKey kNoRoomToConvert("NoRoomToConvert", "FileName");
@@ -40,6 +50,9 @@ constexpr OutputFormat kFormats[] = {{"mp3", "320k"},  {"mp3", "128k"}, {"m4a", 
 constexpr int kDefaultIndex = 1;
 constexpr int kChecksForInput = 30;
 constexpr double kRecordedBytesPerSecond = 16000; // well below what the recorder writes
+// What a coder may add: an MP3 begins with 1105 frames of delay and ends on a full block behind them, at 44100 a
+// second.
+constexpr double kCoderPadding = 0.1;
 
 int validIndex(int index) { return index >= 0 && index < int(std::size(kFormats)) ? index : kDefaultIndex; }
 bool isLossless(int index) { return index == 2 || index == 3; }
@@ -65,34 +78,56 @@ bool waitForFile(const QString &path, foundation::Clock &clock, const std::stop_
     return false;
 }
 
-foundation::Clock::Duration usualLimit(const QString &inputFile) {
-    const double seconds = 120 + static_cast<double>(QFileInfo(inputFile).size()) / kRecordedBytesPerSecond;
-    return std::chrono::seconds(static_cast<std::int64_t>(seconds));
-}
-
+constexpr const char *kEmpty = "it is empty";
 constexpr int kProgramMissing = 127; // the exit status by which shells and the launcher tell it
 
-Failure converterFailed(const QString &inputFile, const ChildProcess::Finished &run) {
-    const auto &ending = run.ending;
-    const QString why = ending.timedOut ? QStringLiteral("it took too long")
-                        : ending.signal ? QStringLiteral("it was ended by signal %1").arg(ending.signal)
-                                        : QStringLiteral("its exit status was %1").arg(ending.exitStatus);
-    const foundation::Sentence sentence = !QFile::exists(inputFile)              ? kRemovedUnconverted(inputFile)
-                                          : ending.exitStatus == kProgramMissing ? kNoConverter(inputFile)
+QString describe(const ChildProcess::Ending &ending) {
+    return ending.timedOut ? QStringLiteral("it took too long")
+           : ending.signal ? QStringLiteral("it was ended by signal %1").arg(ending.signal)
+                           : QStringLiteral("its exit status was %1").arg(ending.exitStatus);
+}
+
+Failure converterFailed(const QString &inputFile, const ChildProcess::Finished &run, const QString &why) {
+    const foundation::Sentence sentence = !QFile::exists(inputFile)                  ? kRemovedUnconverted(inputFile)
+                                          : run.ending.exitStatus == kProgramMissing ? kNoConverter(inputFile)
                                           : run.output.contains("No space left on device") ? kNoRoomToConvert(inputFile)
+                                          : why == QLatin1String(kEmpty)                   ? kConvertedEmpty()
                                                                                            : kNotConverted(inputFile);
     return {sentence, QStringLiteral("%1: %2").arg(why, QString::fromUtf8(run.output.right(2000)))};
 }
 
-// Puts the converted file in the recording's place in one step, so that at every moment one of them is there.
-Result<QString> takePlaceOf(const QString &inputFile, const QString &converted) {
-    const QByteArray from = QFile::encodeName(converted);
-    const QByteArray to = QFile::encodeName(inputFile);
-    if (std::rename(from.constData(), to.constData()) == 0)
-        return inputFile;
-    return Failure{
-        QStringLiteral("The converted file is \"%1\"; it could not take the place of the recording.").arg(converted),
-        QStringLiteral("rename to %1: errno %2").arg(inputFile).arg(errno)};
+// Why the result is not the whole recording; empty when it is, and on the disk.
+QString lackOf(const HiddenFile &result, const QString &inputFile) {
+    if (const int error = result.flush())
+        return QStringLiteral("flushing it: errno %1").arg(error);
+    if (QFileInfo(result.path()).size() == 0)
+        return QString::fromLatin1(kEmpty);
+    const auto recorded = media::soundSeconds(inputFile), converted = media::soundSeconds(result.path());
+    if (!recorded || !converted)
+        return (recorded ? converted : recorded).failure().detail;
+    if (std::abs(converted.value() - recorded.value()) <= kCoderPadding)
+        return {};
+    return QStringLiteral("%1 s of %2 s are in it").arg(converted.value()).arg(recorded.value());
+}
+
+// Gives the result its name: the recording's own, or else the one wanted or the next free one.
+Result<QString> name(HiddenFile &result, int index, const QString &inputFile, const FileIdentity &recording,
+                     QString wanted) {
+    int error = 0;
+    if (isLossless(index)) {
+        error = result.replace(wanted = inputFile, recording);
+    } else {
+        QString next = std::move(wanted);
+        do {
+            wanted = next;
+            error = result.take(wanted);
+            next = ToolString::renameFromFilePath(wanted, 0);
+        } while (error == EEXIST && next != wanted); // a dangling link counts as free there
+    }
+    if (!error)
+        return wanted;
+    return Failure{kResultUnnamed(inputFile),
+                   QStringLiteral("rename to %1: %2").arg(wanted, QString::fromLocal8Bit(std::strerror(error)))};
 }
 
 } // namespace
@@ -122,16 +157,34 @@ Result<QString> AudioConverter::convertRecording(int index, const QString &input
         return Failure{QStringLiteral("The recording \"%1\" does not exist.").arg(inputFile),
                        QStringLiteral("gave up waiting for %1").arg(inputFile)};
 
+    const FileIdentity recording(inputFile);
     const QString output = freeOutputPath(index, inputFile);
-    const auto run = ChildProcess::run({surroundings.converter, recordingArguments(index, inputFile, output), {}, {}},
+    int error = 0;
+    auto result = HiddenFile::create(QFileInfo(output).absolutePath(), extensionOf(index), error);
+    if (!result)
+        return Failure{
+            QStringLiteral("The recording \"%1\" could not be converted since its folder takes no new file; it "
+                           "stays as it is.")
+                .arg(inputFile),
+            QStringLiteral("create beside %1: %2").arg(output, QString::fromLocal8Bit(std::strerror(error)))};
+    const auto run = ChildProcess::run({surroundings.converter,
+                                        recordingArguments(index, inputFile, output),
+                                        {},
+                                        {QStringLiteral("CANTOREL_CONVERT_INTO=") + result->path()}},
                                        surroundings.limit.value_or(usualLimit(inputFile)), surroundings.stop);
     if (!run)
         return run.failure();
     Log(QStringLiteral("convert completed."));
-    // A result of no bytes is none, whatever the converter says.
-    if (!run.value().ending.succeeded() || QFileInfo(output).size() <= 0)
-        return converterFailed(inputFile, run.value());
-    return isLossless(index) ? takePlaceOf(inputFile, output) : Result<QString>(output);
+    // The converter's word is not enough: ffmpeg is content with a last write that met a full disk.
+    const auto &ending = run.value().ending;
+    if (const QString lack = ending.succeeded() ? lackOf(*result, inputFile) : describe(ending); !lack.isEmpty())
+        return converterFailed(inputFile, run.value(), lack);
+    return name(*result, index, inputFile, recording, output);
+}
+
+foundation::Clock::Duration AudioConverter::usualLimit(const QString &inputFile) {
+    const double seconds = 120 + static_cast<double>(QFileInfo(inputFile).size()) / kRecordedBytesPerSecond;
+    return std::chrono::seconds(static_cast<std::int64_t>(seconds));
 }
 
 std::optional<QString> AudioConverter::convert_to_format(int index, const QString &inputFile) {

@@ -18,9 +18,9 @@ public:
 
     // What a conversion needs of the world around it.
     struct Surroundings {
-        QString converter;        // path of the program
+        QString converter;        // path of the program; writes into the file that CANTOREL_CONVERT_INTO names
         foundation::Clock &clock; // waits for the input
-        // How long the converter may take; by default two minutes and the length of the recording.
+        // How long the converter may take; usualLimit() by default.
         std::optional<foundation::Clock::Duration> limit = {};
         std::stop_token stop = {}; // ends the conversion
     };
@@ -30,9 +30,13 @@ public:
     // formats 2 and 3, whose result takes its place once it is whole.
     static std::optional<QString> convert_to_format(int index, const QString &inputFile);
 
-    // The same with its reason. Waits up to 30 s for the input to appear.
+    // The same with its reason. Waits up to 30 s for the input to appear. A result has its name only when all of the
+    // recording is in it and on the disk; it replaces no other file.
     static foundation::Result<QString> convertRecording(int index, const QString &inputFile,
                                                         const Surroundings &surroundings);
+
+    // Two minutes, and at least the length of the recording by its size.
+    static foundation::Clock::Duration usualLimit(const QString &inputFile);
 
     // The extension of what that format makes.
     static QString extensionOf(int index);

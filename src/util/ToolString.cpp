@@ -54,10 +54,10 @@ int ToolString::secondFromString(const QString &text) {
     if (!whole.contains(QLatin1Char(':')))
         return 0;
     const QStringList parts = whole.split(QLatin1Char(':'));
-    double sum = 0, weight = 1;
-    for (auto part = parts.rbegin(); part != parts.rend(); ++part, weight *= 60)
-        sum += static_cast<double>(leadingInteger(*part)) * weight;
     constexpr double kLargest = std::numeric_limits<int>::max();
+    double sum = 0, weight = 1;
+    for (auto part = parts.rbegin(); part != parts.rend(); ++part, weight = std::min(weight * 60, kLargest))
+        sum += static_cast<double>(leadingInteger(*part)) * weight;
     return static_cast<int>(std::clamp(sum, -kLargest, kLargest));
 }
 

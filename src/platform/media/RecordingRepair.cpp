@@ -1,11 +1,12 @@
 #include "platform/media/RecordingRepair.h"
 
 #include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/FileIdentity.h"
+#include "platform/foundation/HiddenFile.h"
 #include "platform/media/FragmentedFile.h"
 #include "platform/media/MediaFailures.h"
 #include "platform/media/MovieBoxes.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -15,7 +16,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <numeric>
 #include <optional>
 #include <vector>
@@ -23,13 +23,16 @@
 namespace cantorel::media {
 
 using foundation::FileDescriptor;
+using foundation::FileIdentity;
+using foundation::HiddenFile;
 using foundation::Result;
 
 namespace {
 
 constexpr std::uint64_t kLargestStart = 4096;
-constexpr std::uint64_t kLargestFragmentHeader = 1 << 20;
-constexpr std::size_t kCopyPiece = 1 << 20;
+constexpr std::uint64_t kLargestFragmentHeader = 1 << 16;
+constexpr std::uint64_t kLargestFragment = 1 << 17; // as a recording is written, a second at most
+constexpr std::uint64_t kPiece = 1 << 20;
 constexpr std::size_t kTellingFragments = 64;
 
 std::vector<std::uint8_t> readAt(const FileDescriptor &file, std::uint64_t position, std::uint64_t count) {
@@ -63,37 +66,69 @@ struct Found {
 };
 
 constexpr std::size_t kAllFragments = SIZE_MAX;
+enum class Damage { Ends, IsPassedOver };
 
-Found wholeFragments(const FileDescriptor &file, std::uint64_t position, std::uint64_t fileSize, std::size_t most) {
+// Adds the fragment at the position; nothing when none is whole there.
+std::optional<std::uint64_t> takeFragment(const FileDescriptor &file, std::uint64_t position, std::uint64_t fileSize,
+                                          SampleTable &table) {
+    const auto moofHeader = readAt(file, position, 8);
+    if (!isBox(moofHeader, "moof"))
+        return {};
+    const std::uint64_t moofSize = bigEndian(moofHeader, 0);
+    if (moofSize > kLargestFragmentHeader)
+        return {};
+    const auto sizes = readFragmentSizes(readAt(file, position, moofSize));
+    const auto mdatHeader = readAt(file, position + moofSize, 8);
+    if (!sizes || !isBox(mdatHeader, "mdat"))
+        return {};
+    const std::uint64_t payload = position + moofSize + 8;
+    const std::uint64_t bytes = std::accumulate(sizes->begin(), sizes->end(), std::uint64_t{0});
+    if (bigEndian(mdatHeader, 0) != bytes + 8 || payload + bytes > fileSize)
+        return {};
+    table.addChunk(payload, *sizes);
+    return payload + bytes;
+}
+
+// Where the next fragment may begin.
+std::optional<std::uint64_t> findFragment(const FileDescriptor &file, std::uint64_t position) {
+    constexpr std::string_view kType = "moof";
+    for (;;) {
+        const auto piece = readAt(file, position + 4, kPiece);
+        const auto found = std::search(piece.begin(), piece.end(), kType.begin(), kType.end());
+        if (found != piece.end())
+            return position + static_cast<std::uint64_t>(found - piece.begin());
+        if (piece.size() < kPiece)
+            return {};
+        position += piece.size() - (kType.size() - 1);
+    }
+}
+
+Found wholeFragments(const FileDescriptor &file, std::uint64_t position, std::uint64_t fileSize, std::size_t most,
+                     Damage damage) {
     Found found;
     found.end = position;
-    for (std::size_t fragments = 0; fragments < most; ++fragments) {
-        const auto moofHeader = readAt(file, position, 8);
-        if (!isBox(moofHeader, "moof"))
+    while (found.table.chunks() < most && position < fileSize) {
+        if (const auto end = takeFragment(file, position, fileSize, found.table)) {
+            found.end = position = *end;
+            continue;
+        }
+        const auto next = damage == Damage::IsPassedOver ? findFragment(file, position + 1) : std::nullopt;
+        if (!next)
             break;
-        const std::uint64_t moofSize = bigEndian(moofHeader, 0);
-        if (moofSize > kLargestFragmentHeader)
-            break;
-        const auto sizes = readFragmentSizes(readAt(file, position, moofSize));
-        const auto mdatHeader = readAt(file, position + moofSize, 8);
-        if (!sizes || !isBox(mdatHeader, "mdat"))
-            break;
-        const std::uint64_t payload = position + moofSize + 8;
-        const std::uint64_t bytes = std::accumulate(sizes->begin(), sizes->end(), std::uint64_t{0});
-        if (bigEndian(mdatHeader, 0) != bytes + 8 || payload + bytes > fileSize)
-            break;
-        found.table.addChunk(payload, *sizes);
-        position = payload + bytes;
-        found.end = position;
+        position = *next;
     }
     return found;
+}
+
+std::int64_t heardFrames(const Found &found, const AacFormat &format) {
+    return static_cast<std::int64_t>(found.table.packets()) * kFramesPerPacket - format.primingFrames;
 }
 
 // 0 or an errno.
 int copyBytes(const FileDescriptor &from, const FileDescriptor &to, std::uint64_t count) {
     std::uint64_t done = 0;
     while (done < count) {
-        const auto piece = readAt(from, done, std::min<std::uint64_t>(kCopyPiece, count - done));
+        const auto piece = readAt(from, done, std::min(kPiece, count - done));
         if (piece.empty())
             return EIO;
         for (std::size_t put = 0; put < piece.size();) {
@@ -118,6 +153,11 @@ FileDescriptor openToRead(const QString &path) {
     return FileDescriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
 }
 
+std::uint64_t sizeOf(const FileDescriptor &file) {
+    struct stat status {};
+    return ::fstat(file.get(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
 } // namespace
 
 bool isUnfinished(const QString &path) {
@@ -125,64 +165,67 @@ bool isUnfinished(const QString &path) {
     return file.isOpen() && startOf(file);
 }
 
+UnfinishedSound unfinishedSound(const QString &path) {
+    const FileDescriptor file = openToRead(path);
+    const auto start = file.isOpen() ? startOf(file) : std::nullopt;
+    const std::uint64_t size = sizeOf(file);
+    if (!start || size <= start->size)
+        return UnfinishedSound::None;
+    const Found found = wholeFragments(file, start->size, size, kTellingFragments, Damage::IsPassedOver);
+    return heardFrames(found, start->format) > 0 ? UnfinishedSound::Whole : UnfinishedSound::Lost;
+}
+
 double unfinishedSeconds(const QString &path) {
     const FileDescriptor file = openToRead(path);
-    struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
-        return 0;
-    const auto start = startOf(file);
+    const auto start = file.isOpen() ? startOf(file) : std::nullopt;
     if (!start)
         return 0;
-    const auto size = static_cast<std::uint64_t>(status.st_size);
-    const Found first = wholeFragments(file, start->size, size, kTellingFragments);
-    const auto frames = static_cast<double>(first.table.packets()) * kFramesPerPacket
-                        - static_cast<double>(start->format.primingFrames);
-    if (frames <= 0)
-        return 0;
-    const bool isAll = wholeFragments(file, first.end, size, 1).end == first.end;
-    const double told = static_cast<double>(first.end - start->size), all = static_cast<double>(size - start->size);
-    return frames / start->format.sampleRate * (isAll ? 1 : all / told);
+    const std::uint64_t size = sizeOf(file);
+    const Found first = wholeFragments(file, start->size, size, kTellingFragments, Damage::Ends);
+    const double seconds =
+        std::max(0.0, static_cast<double>(heardFrames(first, start->format))) / start->format.sampleRate;
+    if (first.table.chunks() < kTellingFragments && size - first.end < kLargestFragment)
+        return seconds;
+    const auto told = static_cast<double>(first.end - start->size), all = static_cast<double>(size - start->size);
+    return seconds > 0 ? seconds * all / told : all * 8 / std::max(start->format.bitRate, 1);
 }
 
 Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPath) {
     const FileDescriptor file = openToRead(path);
-    struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
+    if (!file.isOpen())
         return failures::cannotRead(path, errno);
     const auto start = startOf(file);
     if (!start)
         return failures::notUnfinished(path);
-    Found found = wholeFragments(file, start->size, static_cast<std::uint64_t>(status.st_size), kAllFragments);
-    const std::int64_t frames =
-        static_cast<std::int64_t>(found.table.packets()) * kFramesPerPacket - start->format.primingFrames;
+    const FileIdentity replaced(copyPath);
+    const std::uint64_t size = sizeOf(file);
+    Found found = wholeFragments(file, start->size, size, kAllFragments, Damage::IsPassedOver);
+    const std::int64_t frames = heardFrames(found, start->format);
     if (frames <= 0)
         return failures::nothingToRepair(path);
 
     const QFileInfo target(copyPath);
-    const QByteArray temporary = QFile::encodeName(
-        target.dir().filePath(QStringLiteral(".%1.%2.repair").arg(target.fileName()).arg(::getpid())));
-    FileDescriptor copy(::open(temporary.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!copy.isOpen())
-        return failures::cannotCreate(copyPath, errno);
-    const auto giveUp = [&](const foundation::Failure &failure) {
-        ::unlink(temporary.constData());
-        return failure;
-    };
-    if (const int error = copyBytes(file, copy, found.end))
-        return giveUp(failures::writeFailed(copyPath, error));
-    const auto whole =
-        FragmentedFile::resume(copyPath, std::move(copy), start->format, std::move(found.table), found.end);
+    int error = 0;
+    auto copy = HiddenFile::create(target.absolutePath(), QStringLiteral("m4a"), error);
+    if (!copy)
+        return failures::cannotCreate(copyPath, error);
+    FileDescriptor bytes = copy->descriptor();
+    error = copyBytes(file, bytes, size);
+    if (error)
+        return failures::writeFailed(copyPath, error);
+    const auto whole = FragmentedFile::resume(copyPath, std::move(bytes), start->format, std::move(found.table), size);
     const auto form = whole->finish(frames);
     if (!form)
-        return giveUp(form.failure());
+        return form.failure();
     if (form.value() != FileForm::Ordinary)
-        return giveUp(failures::writeFailed(copyPath, ENOSPC));
-    if (::rename(temporary.constData(), QFile::encodeName(copyPath).constData()) != 0)
-        return giveUp(failures::cannotCreate(copyPath, errno));
-    const FileDescriptor folder(
-        ::open(QFile::encodeName(target.absolutePath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder.isOpen())
-        (void)::fsync(folder.get()); // not every file system can; the file itself is safe
+        return failures::writeFailed(copyPath, ENOSPC);
+    error = copy->flush();
+    if (!error && (isUnfinished(copy->path()) || sizeOf(copy->descriptor()) != whole->bytes()))
+        error = EIO;
+    if (!error)
+        error = replaced.isAt(copyPath) ? copy->replace(copyPath, replaced) : copy->take(copyPath);
+    if (error)
+        return failures::cannotCreate(copyPath, error);
     return RepairedFile{static_cast<double>(frames) / start->format.sampleRate, whole->bytes()};
 }
 

@@ -18,13 +18,22 @@ struct RepairedFile {
 // read.
 bool isUnfinished(const QString &path);
 
+// What such a file holds.
+enum class UnfinishedSound {
+    None,  // its program ended before the first sound, or it is another file
+    Lost,  // something, but no whole fragment
+    Whole, // enough to repair it
+};
+UnfinishedSound unfinishedSound(const QString &path);
+
 // About how long such a file is, by its first minute or so and its size; exact where there is no more. 0 for another
 // file. Time does not grow with the size.
 double unfinishedSeconds(const QString &path);
 
-// Makes an ordinary M4A at copyPath of all whole fragments of the file, which is left as it is. The copy appears under
-// its name only when it is whole and on the disk; an existing file of that name is replaced. Time grows with the size,
-// memory by two bytes a packet. Any thread.
+// Makes an ordinary M4A at copyPath of all whole fragments of the file; what is damaged between them is passed over,
+// but every byte of it stays in the copy. The copy appears under its name only when it is whole and on the disk. A file
+// of that name is replaced, also the one that is repaired; a failure leaves it as it was and nothing else. Time grows
+// with the size, memory by two bytes a packet. Any thread.
 foundation::Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPath);
 
 } // namespace cantorel::media

@@ -7,17 +7,38 @@
 
 namespace cantorel::media {
 
+namespace {
+
+constexpr const char *kModule = "cantorel-ffmpeg-reader.so";
+
+foundation::Failure cannotBePlayed(const QString &path, const QString &why) {
+    return {QStringLiteral("\"%1\" can't be played; check that it is a sound file and may be read.").arg(path), why};
+}
+
+} // namespace
+
 foundation::Result<std::unique_ptr<SoundReader>> openSound(const QString &path, int rate, int channels) {
-    static const auto entry = foundation::loadEntryPoint("cantorel-ffmpeg-reader.so", kSoundReaderEntryPoint);
+    static const auto entry = foundation::loadEntryPoint(kModule, kSoundReaderEntryPoint);
     if (!entry)
         return failures::codecsMissing(entry.failure().detail);
     QString why;
     SoundReader *reader = reinterpret_cast<SoundReaderEntryPoint>(entry.value())(QFile::encodeName(path).constData(),
                                                                                  rate, channels, &why);
     if (!reader)
-        return foundation::Failure{
-            QStringLiteral("\"%1\" can't be played; check that it is a sound file and may be read.").arg(path), why};
+        return cannotBePlayed(path, why);
     return std::unique_ptr<SoundReader>(reader);
+}
+
+foundation::Result<double> soundSeconds(const QString &path) {
+    static const auto entry = foundation::loadEntryPoint(kModule, kSoundSecondsEntryPoint);
+    if (!entry)
+        return failures::codecsMissing(entry.failure().detail);
+    QString why;
+    const double seconds =
+        reinterpret_cast<SoundSecondsEntryPoint>(entry.value())(QFile::encodeName(path).constData(), &why);
+    if (seconds < 0)
+        return cannotBePlayed(path, why);
+    return seconds;
 }
 
 } // namespace cantorel::media

@@ -23,9 +23,15 @@ public:
 // Opens a file by the reader's own module, loaded when it is first needed. Any thread.
 foundation::Result<std::unique_ptr<SoundReader>> openSound(const QString &path, int rate, int channels);
 
-// The one function that the module exports, by this name and type; null, and one line on why, when the file can't be
-// read.
+// How long the sound in a file is by what really lies in it, whatever its header promises; the padding of its coder
+// counts. Reads all of the file and decodes none of it. Any thread.
+foundation::Result<double> soundSeconds(const QString &path);
+
+// The two functions that the module exports, by these names and types; null, or a length below 0, and one line on why,
+// when the file can't be read.
 inline constexpr const char *kSoundReaderEntryPoint = "cantorel_open_sound";
 using SoundReaderEntryPoint = SoundReader *(*)(const char *path, int rate, int channels, QString *why);
+inline constexpr const char *kSoundSecondsEntryPoint = "cantorel_sound_seconds";
+using SoundSecondsEntryPoint = double (*)(const char *path, QString *why);
 
 } // namespace cantorel::media

@@ -3,6 +3,7 @@
 #include "convert/AudioConverter.h"
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
+#include "platform/foundation/FileIdentity.h"
 #include "recording/library/RecordedList.h"
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
@@ -10,15 +11,17 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <memory>
+
 namespace cantorel {
 
 using foundation::Failure;
+using foundation::FileIdentity;
 using foundation::Result;
 
 namespace {
 
 constexpr foundation::SentenceKey kConversionEnded("ConversionEnded");
-constexpr foundation::SentenceKey kConvertedEmpty("ConvertedEmpty");
 
 } // namespace
 
@@ -49,13 +52,14 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
     auto job = [this, file, format, converter, item = QPointer(&item),
                 completion = std::move(completion)](const std::stop_token &stop) {
         Result<QString> result = Failure{kConversionEnded(), QString()};
+        const auto recording = std::make_shared<FileIdentity>(file);
         (void)guarded("convert", [&] {
             foundation::WallClock clock;
             result = AudioConverter::convertRecording(format, file, {converter, clock, {}, stop});
         });
         // Waits for the worker when it goes, so this is there; the call is not made then.
-        QMetaObject::invokeMethod(this, [this, item, file, result, completion] {
-            (void)guarded("converted", [&] { finish(item, file, result, completion); });
+        QMetaObject::invokeMethod(this, [this, item, file, recording, result, completion] {
+            (void)guarded("converted", [&] { finish(item, file, *recording, result, completion); });
         });
     };
     {
@@ -67,11 +71,10 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
         mWorker = std::jthread([this](const std::stop_token &stop) { run(stop); });
 }
 
-void RecordedConversions::finish(const QPointer<RecordedAudioInfo> &item, const QString &file, Result<QString> result,
+void RecordedConversions::finish(const QPointer<RecordedAudioInfo> &item, const QString &file,
+                                 const FileIdentity &recording, const Result<QString> &result,
                                  const Completion &completion) {
     --mPending;
-    if (result && QFileInfo(result.value()).size() == 0)
-        result = Failure{kConvertedEmpty(), QString()};
     if (item) { // It may have been removed from the list meanwhile.
         item->isProcessing = false;
         if (result) {
@@ -83,8 +86,10 @@ void RecordedConversions::finish(const QPointer<RecordedAudioInfo> &item, const 
             item->setStatus(QStringLiteral("Error"));
         }
     }
-    // The recording goes only now that its successor is whole. It is in the stored list, or found by the next start.
-    if (result && QFileInfo(file).absoluteFilePath() != QFileInfo(result.value()).absoluteFilePath())
+    // The recording goes only now that its successor is whole. It is in the stored list, or found by the next start;
+    // what has taken its name meanwhile stays.
+    if (result && recording.isAt(file)
+        && QFileInfo(file).absoluteFilePath() != QFileInfo(result.value()).absoluteFilePath())
         QFile::remove(file);
     if (mList.didConvert)
         mList.didConvert(file);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/FileIdentity.h"
 #include "platform/foundation/Result.h"
 #include "recording/library/RecordedAudioInfo.h"
 
@@ -34,8 +35,8 @@ public:
 
 private:
     void run(const std::stop_token &stop);
-    void finish(const QPointer<RecordedAudioInfo> &item, const QString &file, foundation::Result<QString> result,
-                const Completion &completion);
+    void finish(const QPointer<RecordedAudioInfo> &item, const QString &file, const foundation::FileIdentity &recording,
+                const foundation::Result<QString> &result, const Completion &completion);
 
     RecordedList &mList;
     int mPending = 0;

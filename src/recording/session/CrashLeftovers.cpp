@@ -2,14 +2,17 @@
 
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
+#include "platform/foundation/HiddenFile.h"
 #include "recording/library/RecordedList.h"
 #include "recording/library/RecordingsRemoval.h"
 #include "recording/session/RecordingSessionView.h"
+#include "settings/AppSettings.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 
 #include <algorithm>
 
@@ -44,11 +47,33 @@ CrashLeftovers::~CrashLeftovers() {
 std::vector<RecordingJournal::Leftover> CrashLeftovers::pending() {
     if (mIsRecovering)
         return {};
+    sweep();
     auto leftovers = mJournal.leftovers();
     for (const auto &leftover : leftovers)
         if (RecordedAudioInfo *item = mList.itemWithFile(leftover.file))
             item->isInterrupted = true;
     return leftovers;
+}
+
+void CrashLeftovers::sweep() {
+    if (mSweeper.joinable())
+        return;
+    QStringList files = mJournal.abandoned();
+    files.append(AppSettings::outputPath() + QStringLiteral("/."));
+    for (const auto &item : mList.items())
+        files.append(item->getFileName());
+    mSweeper = std::jthread([files] {
+        (void)guarded("sweep", [&] { // logged there
+            QSet<QString> folders;
+            for (const QString &file : files)
+                folders.insert(QFileInfo(file).absolutePath());
+            for (const QString &folder : folders)
+                foundation::HiddenFile::sweep(folder);
+        });
+    });
+    for (const QString &file : mJournal.dropEmpty())
+        if (RecordedAudioInfo *item = mList.itemWithFile(file))
+            mList.remove(*item);
 }
 
 bool CrashLeftovers::take(const RecordingJournal::Recovered &recovered) {
@@ -64,23 +89,33 @@ bool CrashLeftovers::take(const RecordingJournal::Recovered &recovered) {
         item->setSize(ToolFile::fileSizeFormatterToString(QFileInfo(recovered.file).size()));
         item->setStatus({});
         mList.save(*item);
-    } else if (item) {
+    } else if (item && !recovered.isPending()) {
         mList.remove(*item);
     }
     mView.recordingRecovered(recovered);
     return true;
 }
 
+CrashLeftovers::Recovered CrashLeftovers::take(const QString &file, const Recovered &recovered) {
+    Recovered taken;
+    bool isPending = false;
+    for (const auto &one : recovered) {
+        isPending |= one.isPending();
+        if (take(one))
+            taken.push_back(one);
+    }
+    if (!isPending)
+        mJournal.end(file);
+    return taken;
+}
+
 void CrashLeftovers::recover() {
     if (mIsRecovering)
         return;
-    for (const QString &file : mJournal.abandoned()) {
-        if (RecordingJournal::isOutOfReach(file))
-            continue;
-        for (const auto &recovered : RecordingJournal::recover(file))
-            (void)take(recovered); // the view is told there
-        mJournal.end(file);
-    }
+    sweep();
+    for (const QString &file : mJournal.abandoned())
+        if (!RecordingJournal::isOutOfReach(file))
+            (void)take(file, RecordingJournal::recover(file)); // the view is told there
 }
 
 void CrashLeftovers::recoverBehind(std::function<void(const Recovered &)> done) {
@@ -100,10 +135,8 @@ void CrashLeftovers::recoverBehind(std::function<void(const Recovered &)> done) 
             Recovered all;
             // What an exception has left out is offered again by the next start.
             for (std::size_t i = 0; i < repaired.size(); ++i) {
-                for (const auto &recovered : repaired[i])
-                    if (take(recovered))
-                        all.push_back(recovered);
-                mJournal.end(files[static_cast<qsizetype>(i)]);
+                const Recovered taken = take(files[static_cast<qsizetype>(i)], repaired[i]);
+                all.insert(all.end(), taken.begin(), taken.end());
             }
             if (done)
                 done(all);

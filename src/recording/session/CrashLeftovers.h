@@ -24,7 +24,8 @@ public:
     // Waits for a repair under way.
     ~CrashLeftovers() override;
 
-    // What somebody has to decide about; nearly always nothing. Its items in the list are left alone until then.
+    // What somebody has to decide about; nearly always nothing. Its items in the list are left alone until then. What
+    // holds nothing at all, and the hidden files of a program that was ended, go without a word, here or in recover().
     std::vector<RecordingJournal::Leftover> pending();
 
     // Repairs all of it and has it in the list; the view is told of each.
@@ -38,14 +39,19 @@ public:
     foundation::Result<void> discard();
 
 private:
+    void sweep();
     // Has it in the list, and tells the view; false where the list has it already.
     bool take(const RecordingJournal::Recovered &recovered);
+    // The same for all that was left of a file, which leaves the journal unless the next start shall try again. Answers
+    // what the list did not have.
+    Recovered take(const QString &file, const Recovered &recovered);
 
     RecordingSessionView &mView;
     RecordedList &mList;
     RecordingJournal &mJournal;
     bool mIsRecovering = false;
-    std::jthread mWorker; // last: it uses the above
+    std::jthread mSweeper; // from the first sweep on
+    std::jthread mWorker;  // last: it uses the above
 };
 
 // What a person is asked about leftovers: each one's name, time, length, size and folder.

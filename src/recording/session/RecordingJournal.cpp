@@ -107,23 +107,35 @@ std::optional<Recovered> wholeSound(const QString &file) {
 
 Recovered repaired(const QFileInfo &info) {
     const QString file = info.filePath();
-    const QString copy = info.path() + QStringLiteral("/.") + info.fileName() + QStringLiteral(".repaired.m4a");
-    const auto repaired = media::repairUnfinished(file, copy);
-    if (repaired && QFile(copy).exists() && ::rename(QFile::encodeName(copy), QFile::encodeName(file)) == 0) {
+    const auto repaired = media::repairUnfinished(file, file);
+    if (repaired) {
         Log(QStringLiteral("recovered an unfinished recording : %1").arg(file));
         return Recovered{file, file, repaired.value().durationSeconds, {}};
     }
-    QFile::remove(copy);
+    Log(QStringLiteral("could not recover %1 : %2").arg(file, repaired.failure().detail));
+    Recovered failed{file, file, 0, repaired.failure().sentence};
+    if (media::unfinishedSound(file) == media::UnfinishedSound::Whole)
+        return failed; // What was in the way, a full disk for one, may be gone by the next start.
     const QString kept = ToolString::renameFromFilePath(
         info.path() + QLatin1Char('/') + info.completeBaseName() + QStringLiteral(" (unfinished).m4a"), 0);
-    const bool renamed = QFile::rename(file, kept);
-    const foundation::Sentence why =
-        repaired ? QStringLiteral("The repaired copy could not take its place.") : repaired.failure().sentence;
-    Log(QStringLiteral("could not recover %1 : %2").arg(file, Lang::english(why)));
-    return Recovered{file, renamed ? kept : file, 0, why};
+    if (QFile::rename(file, kept))
+        failed.file = kept;
+    return failed;
 }
 
 } // namespace
+
+QStringList RecordingJournal::dropEmpty() {
+    QStringList dropped;
+    for (const QString &file : abandoned()) {
+        if (!QFileInfo(file).isFile() || !media::isUnfinished(file)
+            || media::unfinishedSound(file) != media::UnfinishedSound::None || !QFile::remove(file))
+            continue;
+        end(file);
+        dropped.append(file);
+    }
+    return dropped;
+}
 
 std::vector<RecordingJournal::Recovered> RecordingJournal::recover(const QString &file) {
     std::vector<Recovered> recovered;

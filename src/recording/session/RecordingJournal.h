@@ -51,11 +51,17 @@ public:
         double durationSeconds = 0;
         foundation::Sentence failure; // empty when the file is whole
         bool wasWhole = false;
+
+        // It is as it was, and the next start tries again.
+        bool isPending() const { return !failure.isEmpty() && file == original; }
     };
     // Repairs what was left of a recording, on a copy that takes the file's place once it is whole; what was whole
-    // already is named as well, and what it was converted to. What can't be repaired is kept under a name that says so
-    // and not tried again. Any thread; its end is left to the caller. Nothing for what is no recording.
+    // already is named as well, and what it was converted to. What holds no sound that could be repaired is kept under
+    // a name that says so and not tried again. Any thread; its end is left to the caller. Nothing for what is no
+    // recording.
     static std::vector<Recovered> recover(const QString &file);
+    // Removes the recordings whose program ended before their first sound, and answers which.
+    QStringList dropEmpty();
     // Whether nothing can be said of the file, since its folder is not there, as one on a disk that is not plugged in.
     static bool isOutOfReach(const QString &file);
 

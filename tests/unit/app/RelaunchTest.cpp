@@ -55,9 +55,9 @@ TEST(Relaunch, TheProgramIsStartedByAShellOfItsOwnThroughTheProductsHelper) {
     const QTemporaryDir folder;
     RestartedApplication application;
     application.path = folder.filePath("a \"program\" for $5");
-    writeProgram(application.path, "#!/bin/sh\ncat /proc/$$/stat /proc/self/status >'" + folder.filePath("part").toUtf8()
-                                       + "' && mv '" + folder.filePath("part").toUtf8() + "' '"
-                                       + folder.filePath("whole").toUtf8() + "'\n");
+    writeProgram(application.path,
+                 "#!/bin/sh\ncat /proc/$$/stat /proc/self/status >'" + folder.filePath("part").toUtf8() + "' && mv '"
+                     + folder.filePath("part").toUtf8() + "' '" + folder.filePath("whole").toUtf8() + "'\n");
     ASSERT_TRUE(application.relaunchAfterDelay(0).ok());
     QFile told(folder.filePath("whole"));
     ASSERT_TRUE(test::eventually([&] { return told.exists(); }));

@@ -1,7 +1,9 @@
 #include "convert/AudioConverter.h"
 
 #include "tests/support/OrdinaryFile.h"
+#include "tests/support/Wave.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -14,6 +16,7 @@ namespace {
 
 using testing::contents;
 using testing::store;
+using testing::wave;
 
 // Counts the seconds that were waited, and does something after some of them.
 class CountingClock : public foundation::Clock {
@@ -32,12 +35,12 @@ private:
 
 class AudioConverterTest : public ::testing::Test {
 protected:
-    void SetUp() override { store(mInput, "recording"); }
+    void SetUp() override { store(mInput, mRecording); }
 
-    // A converter made of one line of shell; $out is the last argument.
+    // A converter made of one line of shell; $in is the recording, $out what shall be its successor.
     QString converter(const QByteArray &line) {
         const QString path = mFolder.filePath(QStringLiteral("converter"));
-        store(path, "#!/bin/sh\nfor out in \"$@\"; do :; done\n" + line + "\n");
+        store(path, "#!/bin/sh\nout=$CANTOREL_CONVERT_INTO in=$2\n" + line + "\n");
         QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         return path;
     }
@@ -47,7 +50,15 @@ protected:
     }
     QString path(const char *name) const { return mFolder.filePath(QString::fromUtf8(name)); }
 
+    // All there is but the converter.
+    QStringList files() const {
+        QStringList names = QDir(mFolder.path()).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+        names.removeOne(QStringLiteral("converter"));
+        return names;
+    }
+
     QTemporaryDir mFolder;
+    const QByteArray mRecording = wave(2);
     const QString mInput = mFolder.filePath(QStringLiteral("Track1.m4a"));
     CountingClock mClock;
 };
@@ -80,31 +91,53 @@ TEST_F(AudioConverterTest, ArgumentsFollowTheIndex) {
 
 TEST_F(AudioConverterTest, ResultGetsAFreeNameAndTheRecordingStays) {
     store(path("Track1.mp3"), "older");
-    const auto converted = convert(0, converter("echo new >\"$out\""));
+    const auto converted = convert(0, converter("cp \"$in\" \"$out\""));
     ASSERT_TRUE(converted);
     EXPECT_EQ(converted.value(), path("Track1(1).mp3"));
     EXPECT_EQ(contents(path("Track1.mp3")), "older");
-    EXPECT_EQ(contents(mInput), "recording");
+    EXPECT_EQ(contents(mInput), mRecording);
+}
+
+TEST_F(AudioConverterTest, WhatTakesTheNameMeanwhileStays) {
+    const QByteArray name = QFile::encodeName(path("Track1.mp3"));
+    const auto converted = convert(0, converter("cp \"$in\" \"$out\"; echo other >'" + name + "'"));
+    ASSERT_TRUE(converted);
+    EXPECT_EQ(converted.value(), path("Track1(1).mp3"));
+    EXPECT_EQ(contents(path("Track1.mp3")), "other\n");
+    // A dangling link is no free name either.
+    const auto other = convert(4, converter("cp \"$in\" \"$out\"; ln -s nowhere \"${in%m4a}wav\""));
+    EXPECT_FALSE(other);
+    EXPECT_EQ(files(), QStringList({"Track1(1).mp3", "Track1.m4a", "Track1.mp3", "Track1.wav"}));
 }
 
 TEST_F(AudioConverterTest, LosslessResultTakesTheRecordingsName) {
     store(path("Track1_m4a.m4a"), "someone's own");
-    const auto converted = convert(2, converter("echo lossless >\"$out\""));
+    const auto converted = convert(2, converter("cp \"$in\" \"$out\"; printf more >>\"$out\""));
     ASSERT_TRUE(converted);
     EXPECT_EQ(converted.value(), mInput);
-    EXPECT_EQ(contents(mInput), "lossless\n");
+    EXPECT_EQ(contents(mInput), mRecording + "more");
     EXPECT_EQ(contents(path("Track1_m4a.m4a")), "someone's own");
+    // But it takes the place of no other file.
+    store(mInput, mRecording);
+    EXPECT_FALSE(convert(2, converter("cp \"$in\" \"$out\"; rm \"$in\"; cp \"$out\" \"$in\"; printf new >>\"$in\"")));
+    EXPECT_EQ(contents(mInput), mRecording + "new");
 }
 
-// Whatever the converter does wrong, there is one sentence and the recording is what it was.
+// Whatever the converter does wrong, also with the exit status 0, there is one sentence, the recording is what it was,
+// and nothing else is left.
 TEST_F(AudioConverterTest, FailingConverterNeverCostsTheRecording) {
-    for (const char *line : {"exit 1", "echo half >\"$out\"; exit 3", "kill -9 $$", ": >\"$out\"", "true",
-                             "echo half >\"$out\"; kill -TERM $$"}) {
+    for (const char *line : {"exit 1", "cp \"$in\" \"$out\"; exit 3", "kill -9 $$", ": >\"$out\"", "true",
+                             "cp \"$in\" \"$out\"; kill -TERM $$", "echo no sound >\"$out\"", "rm \"$out\"",
+                             "head -c 60000 \"$in\" >\"$out\"", "rm \"$out\"; cp \"$in\" \"$out\"",
+                             "rm \"$out\"; ln -s \"$in\" \"$out\""}) {
         for (const int index : {0, 2, 4, 7}) {
+            SCOPED_TRACE(line);
             const auto converted = convert(index, converter(line));
-            ASSERT_FALSE(converted) << line;
+            ASSERT_FALSE(converted);
             EXPECT_FALSE(converted.failure().sentence.isEmpty());
-            EXPECT_EQ(contents(mInput), "recording") << line;
+            EXPECT_EQ(contents(mInput), mRecording);
+            for (const QString &name : files())
+                EXPECT_TRUE(name == "Track1.m4a" || QFile::remove(path(name.toUtf8()))) << name.toStdString();
         }
     }
 }
@@ -113,7 +146,18 @@ TEST_F(AudioConverterTest, HangingConverterIsEnded) {
     const auto converted = convert(2, converter("exec sleep 600"), std::chrono::milliseconds(100));
     ASSERT_FALSE(converted);
     EXPECT_TRUE(converted.failure().detail.contains(QStringLiteral("too long")));
-    EXPECT_EQ(contents(mInput), "recording");
+    EXPECT_EQ(contents(mInput), mRecording);
+}
+
+TEST_F(AudioConverterTest, TimeForAConversionGrowsWithTheRecording) {
+    using namespace std::chrono_literals;
+    for (const auto &[bytes, least, most] :
+         {std::tuple{0LL, 60s, 300s}, {32LL << 20, 1000s, 8000s}, {1LL << 32, 37h, 150h}}) {
+        QFile file(mInput);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(bytes)); // takes no room on the disk
+        EXPECT_GT(AudioConverter::usualLimit(mInput), least) << bytes;
+        EXPECT_LT(AudioConverter::usualLimit(mInput), most) << bytes;
+    }
 }
 
 TEST_F(AudioConverterTest, MissingConverterIsToldAtOnce) {
@@ -128,10 +172,10 @@ TEST_F(AudioConverterTest, InputMayAppearWithinThirtySeconds) {
         CountingClock clock;
         clock.whenWaited = [&, when = appearsAfter](std::int64_t waited) {
             if (waited == when)
-                store(mInput, "late");
+                store(mInput, mRecording);
         };
         const auto converted =
-            AudioConverter::convertRecording(4, mInput, {converter("echo new >\"$out\""), clock, {}});
+            AudioConverter::convertRecording(4, mInput, {converter("cp \"$in\" \"$out\""), clock, {}});
         EXPECT_EQ(converted.ok(), converts) << appearsAfter;
         EXPECT_EQ(clock.now(), std::chrono::seconds(appearsAfter));
     }

@@ -9,7 +9,9 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <random>
 
 namespace cantorel::media {
@@ -86,6 +88,40 @@ TEST_F(RecordingRepairTest, FullIndexWithoutItsHeaderIsLeftOut) {
     EXPECT_EQ(packetsOf(contents(mCopy))->size(), 3u);
 }
 
+// What is damaged is passed over, not what comes behind it; and its bytes stay in the file.
+TEST_F(RecordingRepairTest, DamageCostsItsOwnFragmentOnly) {
+    for (auto at = static_cast<qsizetype>(mEnds[1]); at < static_cast<qsizetype>(mEnds[2]); ++at) {
+        SCOPED_TRACE(at);
+        QByteArray bytes = mWhole;
+        bytes[at] = static_cast<char>(~bytes[at]);
+        store(mBroken, bytes);
+        EXPECT_EQ(unfinishedSound(mBroken), UnfinishedSound::Whole);
+        ASSERT_TRUE(repairUnfinished(mBroken, mBroken));
+        const QByteArray repaired = contents(mBroken);
+        const auto packets = packetsOf(repaired);
+        ASSERT_TRUE(packets);
+        ASSERT_GE(packets->size(), (kFragments - 1) * kPacketsEach);
+        EXPECT_EQ(bigEndian(packets->front(), 0, 4), 0u);
+        EXPECT_EQ(bigEndian(packets->back(), 0, 4), kFragments * kPacketsEach - 1);
+        EXPECT_EQ(repaired.mid(kPlaceholderPosition + kPlaceholderSize).first(bytes.size() - 44), bytes.mid(44));
+    }
+}
+
+// The disk that a recording was made on may be as full as it was then.
+TEST_F(RecordingRepairTest, AFullDiskLeavesTheOriginalAndNothingElse) {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const auto last = static_cast<rlim_t>(mWhole.size()) + 200; // in the middle of the index
+    for (const rlim_t room : {rlim_t{0}, rlim_t{100}, static_cast<rlim_t>(mWhole.size()), last}) {
+        const rlimit limit{room, RLIM_INFINITY};
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+        const auto repaired = repairUnfinished(mBroken, mBroken);
+        ASSERT_FALSE(repaired);
+        EXPECT_FALSE(repaired.failure().sentence.isEmpty());
+        EXPECT_EQ(contents(mBroken), mWhole) << room;
+        EXPECT_EQ(QDir(mFolder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1) << room;
+    }
+}
+
 // Damage gives fewer fragments or one sentence, never a file that is not whole.
 TEST_F(RecordingRepairTest, FlippedBytesNeverGiveABrokenCopy) {
     std::mt19937 random(20240511); // fixed: a failure can be repeated
@@ -117,6 +153,7 @@ TEST_F(RecordingRepairTest, OtherFilesAreNotUnfinished) {
         SCOPED_TRACE(what);
         store(mBroken, bytes);
         EXPECT_FALSE(isUnfinished(mBroken));
+        EXPECT_EQ(unfinishedSound(mBroken), UnfinishedSound::None);
         EXPECT_EQ(unfinishedSeconds(mBroken), 0);
         EXPECT_FALSE(repairUnfinished(mBroken, mCopy));
     }

@@ -39,6 +39,7 @@ TEST(ToolString, SecondsAreReadOnlyFromTextsWithAColon) {
     for (const auto &c : cases)
         EXPECT_EQ(ToolString::secondFromString(QString::fromUtf8(c.text)), c.seconds) << c.text;
     EXPECT_EQ(ToolString::secondFromString(QString()), 0);
+    EXPECT_EQ(ToolString::secondFromString(QStringLiteral("0:").repeated(300) + QStringLiteral("7")), 7);
 }
 
 TEST(ToolString, DurationsAreTruncatedToWholeSeconds) {

@@ -114,6 +114,12 @@ TEST_F(DriverInstallTest, ResourcesMayLieUnderAnyName) {
     EXPECT_TRUE(ZQAudioKextKit::loadAudioKext()) << Lang::english(ZQAudioKextKit::loaderFailure()).toStdString();
     EXPECT_EQ(nodes(), 1);
     EXPECT_TRUE(ZQAudioKextKit::unloadAudioKext());
+    const QString lines = plain.chopped(1) + "\nEND_OF_VALUE\ncd; touch ran\n/";
+    ASSERT_TRUE(QDir().rename(plain, lines));
+    qputenv("CANTOREL_RESOURCES", lines.toUtf8());
+    EXPECT_FALSE(ZQAudioKextKit::loadAudioKext());
+    const QString why = Lang::english(ZQAudioKextKit::loaderFailure());
+    EXPECT_TRUE(why.contains("line break")) << why.toStdString();
     EXPECT_FALSE(QFile::exists(QDir::homePath() + "/ran"));
 }
 

@@ -130,6 +130,27 @@ TEST_F(CrashLeftoversTest, WhatTheStoredListLacksJoinsItAtTheNextStart) {
     EXPECT_EQ(view.recovered.count(recorded), 1) << "told once";
 }
 
+// One that ended before its first sound, and the hidden file of a conversion or a repair.
+TEST_F(CrashLeftoversTest, WhatHoldsNothingGoesWithoutAWord) {
+    const QString elsewhere = path("elsewhere"), empty = elsewhere + QStringLiteral("/Track2.m4a");
+    const QString hidden = elsewhere + QStringLiteral("/.cantorel-0123456789abcdef.mp3");
+    ASSERT_TRUE(QDir().mkdir(elsewhere));
+    testing::store(empty, before.first(before.indexOf("moof") - 4));
+    testing::store(hidden, "half");
+    ASSERT_TRUE(RecordingJournal(state).begin(empty));
+    {
+        RecordedList another(state + QStringLiteral("2"), *world.clock);
+        another.addRecordedFile(empty, {}, {});
+        RecordingJournal journal(state);
+        CrashLeftovers next(view, another, journal);
+        EXPECT_EQ(next.pending().size(), 1u) << "the other one is asked about";
+        EXPECT_EQ(another.itemWithFile(empty), nullptr);
+    }
+    EXPECT_EQ(QDir(elsewhere).entryList(QDir::Files | QDir::Hidden), QStringList());
+    EXPECT_EQ(contents(left), before);
+    EXPECT_EQ(abandoned(), QStringList{left});
+}
+
 TEST_F(CrashLeftoversTest, DiscardedOnesAreInTheWastebasketAndOutOfTheList) {
     const QString basket = QDir::homePath() + QStringLiteral("/.local/share/Trash");
     ASSERT_TRUE(leftovers.discard());

@@ -11,9 +11,12 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 namespace cantorel {
 namespace {
@@ -32,9 +35,10 @@ protected:
     static std::vector<RecordingJournal::Recovered> recovered(RecordingJournal &journal) {
         std::vector<RecordingJournal::Recovered> all;
         for (const QString &file : journal.abandoned()) {
-            for (const auto &one : RecordingJournal::recover(file))
-                all.push_back(one);
-            journal.end(file);
+            const auto found = RecordingJournal::recover(file);
+            all.insert(all.end(), found.begin(), found.end());
+            if (found.empty() || !found.front().isPending())
+                journal.end(file);
         }
         return all;
     }
@@ -93,13 +97,17 @@ TEST_F(RecordingJournalTest, UnfinishedRecordingsAreWholeAgainUnderTheirNames) {
     EXPECT_EQ(QDir(mFolder.path()).entryList(QDir::Files | QDir::Hidden).size(), names.size()) << "no copy is left";
 }
 
-TEST_F(RecordingJournalTest, WhatCannotBeRepairedIsKeptUnderAClearNameAndNotTriedAgain) {
-    const QString file = unfinished(QStringLiteral("a.m4a"));
-    const QByteArray before = contents(file);
-    ASSERT_TRUE(QDir().mkpath(path(QStringLiteral(".a.m4a.repaired.m4a/in the way"))));
+TEST_F(RecordingJournalTest, WhatHoldsNoSoundIsKeptUnderAClearNameAndNotTriedAgain) {
+    const QString file = unfinished(QStringLiteral("a.m4a")), empty = unfinished(QStringLiteral("b.m4a"));
+    const QByteArray before = contents(file).replace("moof", "mooo");
+    store(file, before);
+    store(empty, before.first(before.indexOf("mooo") - 4));
     ASSERT_TRUE(mJournal.claim());
     ASSERT_TRUE(mJournal.begin(file));
+    ASSERT_TRUE(mJournal.begin(empty));
     RecordingJournal next(mState);
+    EXPECT_EQ(next.dropEmpty(), QStringList{empty}) << "ended before its first sound";
+    EXPECT_FALSE(QFile::exists(empty));
     const auto all = recovered(next);
     ASSERT_EQ(all.size(), 1u);
     EXPECT_TRUE(Lang::english(all[0].failure).endsWith(QLatin1Char('.')))
@@ -110,15 +118,33 @@ TEST_F(RecordingJournalTest, WhatCannotBeRepairedIsKeptUnderAClearNameAndNotTrie
     EXPECT_TRUE(recovered(next).empty());
 }
 
+// The disk is full, or the program is ended in the middle: the next start finds everything as it was and tries again.
 TEST_F(RecordingJournalTest, ARecoveryThatWasInterruptedIsDoneAgain) {
     const QString file = unfinished(QStringLiteral("a.m4a"));
+    const QByteArray before = contents(file);
     ASSERT_TRUE(mJournal.claim());
     ASSERT_TRUE(mJournal.begin(file));
-    // The copy that the interrupted one had begun.
-    store(path(QStringLiteral(".a.m4a.repaired.m4a")), "half");
+    for (const auto onLimit : {SIG_IGN, SIG_DFL}) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const auto half = static_cast<rlim_t>(before.size() / 2);
+            const rlimit limit{half, half}, none{0, 0};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            ::setrlimit(RLIMIT_CORE, &none);
+            ::signal(SIGXFSZ, onLimit);
+            const auto tried = recovered(RecordingJournal(mState));
+            ::_exit(tried.size() == 1 && tried[0].isPending() ? 0 : 1);
+        }
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, onLimit == SIG_IGN ? 0 : SIGXFSZ);
+        EXPECT_EQ(contents(file), before);
+        EXPECT_EQ(RecordingJournal(mState).abandoned(), QStringList{file});
+        EXPECT_EQ(QDir(mFolder.path()).entryList(QDir::Files | QDir::Hidden).size(), onLimit == SIG_IGN ? 1 : 2);
+    }
     const auto all = recovered(RecordingJournal(mState));
     ASSERT_EQ(all.size(), 1u);
-    EXPECT_EQ(all[0].failure, QString());
+    EXPECT_TRUE(all[0].failure.isEmpty());
     EXPECT_TRUE(packetsOf(contents(file)));
     // Interrupted once the copy had taken its place: the file is whole and stays as it is.
     const QByteArray whole = contents(file);

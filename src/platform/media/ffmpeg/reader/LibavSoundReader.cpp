@@ -9,6 +9,18 @@ namespace cantorel::media {
 
 namespace {
 
+// An empty text when it could be opened.
+QString openInput(const char *path, InputHandle &opened) {
+    AVFormatContext *input = nullptr;
+    // A plain file only: a name is never taken for an address of the network.
+    const std::string name = std::string("file:") + path;
+    if (const int error = avformat_open_input(&input, name.c_str(), nullptr, nullptr); error < 0)
+        return ffmpegError(error);
+    opened.reset(input);
+    const int error = avformat_find_stream_info(input, nullptr);
+    return error < 0 ? ffmpegError(error) : QString();
+}
+
 class LibavSoundReader : public SoundReader {
 public:
     // An empty text when it could be opened.
@@ -41,14 +53,9 @@ private:
 QString LibavSoundReader::open(const char *path, int rate, int channels) {
     mRate = rate;
     mChannels = channels;
-    AVFormatContext *input = nullptr;
-    // A plain file only: a name is never taken for an address of the network.
-    const std::string name = std::string("file:") + path;
-    if (const int error = avformat_open_input(&input, name.c_str(), nullptr, nullptr); error < 0)
-        return ffmpegError(error);
-    mInput.reset(input);
-    if (const int error = avformat_find_stream_info(input, nullptr); error < 0)
-        return ffmpegError(error);
+    if (const QString why = openInput(path, mInput); !why.isEmpty())
+        return why;
+    AVFormatContext *input = mInput.get();
     const AVCodec *codec = nullptr;
     mStream = av_find_best_stream(input, AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
     if (mStream < 0 || !codec)
@@ -139,6 +146,29 @@ bool LibavSoundReader::seek(double seconds) {
     return true;
 }
 
+// What was cut off, and what the start of a coder needs before the first sound, do not count.
+double countSeconds(const char *path, QString &why) {
+    InputHandle input;
+    why = openInput(path, input);
+    if (!why.isEmpty())
+        return -1;
+    const int found = av_find_best_stream(input.get(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    if (found < 0) {
+        why = QStringLiteral("no sound in it");
+        return -1;
+    }
+    const AVRational unit = input->streams[found]->time_base;
+    const PacketHandle packet{av_packet_alloc()};
+    std::int64_t heard = 0;
+    while (av_read_frame(input.get(), packet.get()) >= 0) {
+        const bool isPriming = packet->pts != AV_NOPTS_VALUE && packet->pts + packet->duration <= 0;
+        if (packet->stream_index == found && !isPriming && !(packet->flags & AV_PKT_FLAG_CORRUPT))
+            heard += packet->duration;
+        av_packet_unref(packet.get());
+    }
+    return static_cast<double>(heard) * av_q2d(unit);
+}
+
 } // namespace
 
 } // namespace cantorel::media
@@ -149,4 +179,9 @@ cantorel_open_sound(const char *path, int rate, int channels, QString *why) {
     auto reader = std::make_unique<cantorel::media::LibavSoundReader>();
     *why = reader->open(path, rate, channels);
     return why->isEmpty() ? reader.release() : nullptr; // The caller's.
+}
+
+extern "C" __attribute__((visibility("default"))) double cantorel_sound_seconds(const char *path, QString *why) {
+    av_log_set_level(AV_LOG_QUIET);
+    return cantorel::media::countSeconds(path, *why);
 }

@@ -1,0 +1,59 @@
+#include "platform/foundation/HiddenFile.h"
+
+#include "tests/support/OrdinaryFile.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace cantorel::foundation {
+namespace {
+
+class HiddenFileTest : public ::testing::Test {
+protected:
+    HiddenFile make() {
+        int error = 0;
+        auto made = HiddenFile::create(mFolder.path(), QStringLiteral("m4a"), error);
+        EXPECT_EQ(error, 0);
+        return std::move(*made);
+    }
+    QStringList files() const { return QDir(mFolder.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
+
+    QTemporaryDir mFolder;
+};
+
+TEST_F(HiddenFileTest, TakesNoNameThatIsTakenAndLeavesNothing) {
+    const QString name = mFolder.filePath(QStringLiteral("a"));
+    testing::store(name, "theirs");
+    EXPECT_EQ(make().take(name), EEXIST);
+    EXPECT_EQ(make().replace(name, FileIdentity(mFolder.path())), ESTALE);
+    EXPECT_EQ(testing::contents(name), "theirs");
+    EXPECT_EQ(make().replace(name, FileIdentity(name)), 0);
+    EXPECT_EQ(testing::contents(name), "");
+    EXPECT_EQ(make().take(mFolder.filePath(QStringLiteral("b"))), 0);
+    EXPECT_EQ(files(), QStringList({"a", "b"}));
+}
+
+TEST_F(HiddenFileTest, SweepTakesOnlyWhatAnEndedProgramLeft) {
+    const HiddenFile living = make();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const HiddenFile left = make();
+        ::_exit(0);
+    }
+    ::waitpid(child, nullptr, 0);
+    const char *theirs[] = {".cantorel-notes.m4a", ".cantorel-0123456789abcdef", ".converting-12.mp3", "track.m4a"};
+    for (const char *name : theirs)
+        testing::store(mFolder.filePath(QString::fromLatin1(name)), "x");
+    ASSERT_TRUE(QFile::link("track.m4a", mFolder.filePath(QStringLiteral(".cantorel-0123456789abcdee.m4a"))));
+    ASSERT_EQ(files().size(), 7);
+    HiddenFile::sweep(mFolder.path());
+    EXPECT_EQ(files().size(), 6);
+    EXPECT_TRUE(QFile::exists(living.path()));
+}
+
+} // namespace
+} // namespace cantorel::foundation
