@@ -26,6 +26,8 @@ namespace cantorel::ui {
 namespace {
 
 constexpr int kFirstLength = 60; // minutes of a new task
+constexpr int kLeastTasks = 2;   // that the list shows
+constexpr int kRoomyList = 140;  // points, where the text leaves them
 
 QString shownTime(const QDateTime &moment) {
     return Lang::locale().toString(moment.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm:ss"));
@@ -90,6 +92,10 @@ TasksWindow::TasksWindow(TaskList &tasks, QWidget *parent)
     showTexts();
     beginAnew();
     showTasks();
+    // The list is what yields to large text, so that the window fits on a small screen.
+    mTasks->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    mTasks->setMinimumHeight(kLeastTasks * fontMetrics().lineSpacing() + 2 * mTasks->frameWidth());
+    resize(sizeHint() + QSize(0, std::max(0, kRoomyList - mTasks->minimumHeight())));
     connect(&mList, &TaskList::changed, this, [this] { showTasks(); });
 }
 

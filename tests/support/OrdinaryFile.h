@@ -21,6 +21,11 @@ inline void store(const QString &path, const QByteArray &bytes) {
         file.write(bytes);
 }
 
+inline void storeProgram(const QString &path, const QByteArray &script) {
+    store(path, script);
+    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
 inline std::uint64_t bigEndian(const QByteArray &bytes, qsizetype position, int count) {
     std::uint64_t value = 0;
     for (int i = 0; i < count; ++i)

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "tests/support/EmbeddedWorld.h"
+#include "tests/support/Wave.h"
 
 #include <QFile>
-#include <QtEndian>
 
 #include <algorithm>
 #include <cstring>
@@ -18,34 +18,6 @@ inline std::vector<float> stamped(std::size_t frames, int channels = 2) {
     std::vector<float> samples(frames * static_cast<std::size_t>(channels));
     stamp(samples, channels, 0);
     return samples;
-}
-
-// A 32-bit float WAV file at 48 kHz.
-inline bool writeWav(const QString &path, std::span<const float> samples, int channels = 2) {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    const auto bytes = static_cast<std::uint32_t>(samples.size_bytes());
-    const auto width = static_cast<std::uint32_t>(channels);
-    QByteArray head;
-    const auto put = [&](auto value) {
-        value = qToLittleEndian(value);
-        head.append(reinterpret_cast<const char *>(&value), sizeof value);
-    };
-    head += "RIFF";
-    put(bytes + 36);
-    head += "WAVEfmt ";
-    put(std::uint32_t(16));
-    put(std::uint16_t(3));
-    put(static_cast<std::uint16_t>(width));
-    put(std::uint32_t(48000));
-    put(std::uint32_t(48000 * 4 * width));
-    put(static_cast<std::uint16_t>(4 * width));
-    put(std::uint16_t(32));
-    head += "data";
-    put(bytes);
-    file.write(head);
-    return file.write(reinterpret_cast<const char *>(samples.data()), bytes) == bytes;
 }
 
 // The samples of a float WAV file, also of one whose writer has not finished; empty when there is none.

@@ -23,6 +23,7 @@ int main(int argc, char **argv) {
     cantorel::test::screenOfThisProcess = &display;
     qputenv("DISPLAY", display.name().toLocal8Bit());
     qputenv("QT_QPA_PLATFORM", "xcb");
+    qputenv("FONTCONFIG_FILE", CANTOREL_FONTS);
     QApplication application(argc, argv);
     cantorel::ui::installAccessibility();
     return RUN_ALL_TESTS();

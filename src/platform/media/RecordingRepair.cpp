@@ -168,11 +168,16 @@ bool isUnfinished(const QString &path) {
 UnfinishedSound unfinishedSound(const QString &path) {
     const FileDescriptor file = openToRead(path);
     const auto start = file.isOpen() ? startOf(file) : std::nullopt;
-    const std::uint64_t size = sizeOf(file);
-    if (!start || size <= start->size)
+    if (!start)
         return UnfinishedSound::None;
-    const Found found = wholeFragments(file, start->size, size, kTellingFragments, Damage::IsPassedOver);
-    return heardFrames(found, start->format) > 0 ? UnfinishedSound::Whole : UnfinishedSound::Lost;
+    const std::uint64_t size = sizeOf(file);
+    const auto fragments = [&](Damage damage) {
+        return wholeFragments(file, start->size, size, kTellingFragments, damage);
+    };
+    if (heardFrames(fragments(Damage::IsPassedOver), start->format) > 0)
+        return UnfinishedSound::Whole;
+    // The coder's priming alone is no sound.
+    return fragments(Damage::Ends).end >= size ? UnfinishedSound::None : UnfinishedSound::Lost;
 }
 
 double unfinishedSeconds(const QString &path) {

@@ -2,6 +2,7 @@
 #include "app/start/SignalWatch.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/Clock.h"
+#include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateWorld.h"
 
 #include <QDir>
@@ -14,13 +15,6 @@
 namespace cantorel {
 namespace {
 
-void writeProgram(const QString &path, const QByteArray &script) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(script);
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
 TEST(Relaunch, CommandHasItsFixedShape) {
     EXPECT_EQ(Application::relaunchCommand(1.0F, "/opt/Cantorel App/bin/cantorel"),
               "sleep 1.000000; open \"/opt/Cantorel App/bin/cantorel\"");
@@ -29,7 +23,7 @@ TEST(Relaunch, CommandHasItsFixedShape) {
 
 TEST(Relaunch, AShellOpensJustThePathWhateverIsInIt) {
     const QTemporaryDir folder;
-    writeProgram(folder.filePath("open"), "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\"\n");
+    testing::storeProgram(folder.filePath("open"), "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\"\n");
     for (const char *path : {"/opt/a b/c", "/opt/\"; touch PWNED; \"", "/opt/$(touch PWNED)", "/opt/`touch PWNED`",
                              "/opt/$HOME/\\", "/opt/\\\"$x", "/opt/'*?'", "/opt/new\nline", "/opt/ümläut & co"}) {
         const auto finished =
@@ -55,9 +49,11 @@ TEST(Relaunch, TheProgramIsStartedByAShellOfItsOwnThroughTheProductsHelper) {
     const QTemporaryDir folder;
     RestartedApplication application;
     application.path = folder.filePath("a \"program\" for $5");
-    writeProgram(application.path,
-                 "#!/bin/sh\ncat /proc/$$/stat /proc/self/status >'" + folder.filePath("part").toUtf8() + "' && mv '"
-                     + folder.filePath("part").toUtf8() + "' '" + folder.filePath("whole").toUtf8() + "'\n");
+    // It reads by itself: a shell that waits for another program blocks signals for a moment.
+    testing::storeProgram(application.path,
+                          "#!/bin/sh\ncd '" + folder.path().toUtf8()
+                              + "'\nfor file in stat status; do while read -r line; do echo \"$line\"; done "
+                                "</proc/$$/$file; done >part && mv part whole\n");
     ASSERT_TRUE(application.relaunchAfterDelay(0).ok());
     QFile told(folder.filePath("whole"));
     ASSERT_TRUE(test::eventually([&] { return told.exists(); }));

@@ -16,7 +16,7 @@ namespace {
 
 using testing::contents;
 using testing::store;
-using testing::wave;
+using testing::storeProgram;
 
 // Counts the seconds that were waited, and does something after some of them.
 class CountingClock : public foundation::Clock {
@@ -40,8 +40,7 @@ protected:
     // A converter made of one line of shell; $in is the recording, $out what shall be its successor.
     QString converter(const QByteArray &line) {
         const QString path = mFolder.filePath(QStringLiteral("converter"));
-        store(path, "#!/bin/sh\nout=$CANTOREL_CONVERT_INTO in=$2\n" + line + "\n");
-        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        storeProgram(path, "#!/bin/sh\nout=$CANTOREL_CONVERT_INTO in=$2\n" + line + "\n");
         return path;
     }
     foundation::Result<QString> convert(int index, const QString &program,
@@ -58,7 +57,7 @@ protected:
     }
 
     QTemporaryDir mFolder;
-    const QByteArray mRecording = wave(2);
+    const QByteArray mRecording = test::wave(std::vector<float>(2 * 48000 * 2));
     const QString mInput = mFolder.filePath(QStringLiteral("Track1.m4a"));
     CountingClock mClock;
 };

@@ -134,26 +134,14 @@ TEST_F(DBusMediaControlsTest, ThePlayerIsThereWhileItIsOffered) {
     EXPECT_TRUE(namesHave(kName));
 }
 
-TEST_F(DBusMediaControlsTest, ItTellsWhatItIsAndWhatIsPlayed) {
+TEST_F(DBusMediaControlsTest, ItTellsWhatIsPlayed) {
     ASSERT_TRUE(controls.offer(commands));
-    const QVariantMap root = Panel::all(kRoot);
-    EXPECT_EQ(root.value(QStringLiteral("Identity")), QStringLiteral("Test"));
-    EXPECT_EQ(root.value(QStringLiteral("DesktopEntry")), QStringLiteral("com.example.Test"));
-    for (const char *name : {"CanQuit", "CanRaise"})
-        EXPECT_TRUE(root.value(QString::fromLatin1(name)).toBool()) << name;
-    for (const char *name : {"HasTrackList", "SupportedUriSchemes", "SupportedMimeTypes"})
-        EXPECT_TRUE(root.contains(QString::fromLatin1(name))) << name;
-
-    QVariantMap player = Panel::all(kPlayer);
-    EXPECT_EQ(player.value(QStringLiteral("PlaybackStatus")), QStringLiteral("Stopped"));
-    EXPECT_TRUE(qdbus_cast<QVariantMap>(player.value(QStringLiteral("Metadata"))).isEmpty());
-
     MediaState state = playing("Rain & Wind");
     state.artist = QStringLiteral("A");
     state.album = QStringLiteral("B");
     state.seconds = 61.5;
     controls.show(state);
-    player = Panel::all(kPlayer);
+    QVariantMap player = Panel::all(kPlayer);
     EXPECT_EQ(player.value(QStringLiteral("PlaybackStatus")), QStringLiteral("Playing"));
     EXPECT_EQ(player.value(QStringLiteral("Position")).toLongLong(), 30'000'000);
     EXPECT_EQ(player.value(QStringLiteral("Rate")).toDouble(), 1);
@@ -175,19 +163,25 @@ TEST_F(DBusMediaControlsTest, ItTellsWhatItIsAndWhatIsPlayed) {
 TEST_F(DBusMediaControlsTest, OnlyWhatHasChangedIsTold) {
     ASSERT_TRUE(controls.offer(commands));
     MediaState state = playing("Rain");
+    // Each change is waited for: what is sent in one go may come in any order.
+    const auto told = [&](qsizetype count) { return soon([&] { return panel.changes.size() == count; }); };
     controls.show(state);
     controls.show(state);
     commands.at = 31; // is asked for, never told
     controls.show(state);
+    ASSERT_TRUE(told(1));
     state.playback = MediaState::Playback::Paused;
     controls.show(state);
+    ASSERT_TRUE(told(2));
     state.canGoNext = true;
     controls.show(state);
+    ASSERT_TRUE(told(3));
     state.track = QUrl::fromLocalFile(QStringLiteral("/music/other/Rain.mp3"));
     controls.show(state);
+    ASSERT_TRUE(told(4));
     controls.positionDidJump();
     controls.show({});
-    ASSERT_TRUE(soon([&] { return panel.changes.size() >= 5 && !panel.jumps.isEmpty(); }));
+    ASSERT_TRUE(told(5) && soon([&] { return !panel.jumps.isEmpty(); }));
     EXPECT_EQ(panel.changed(),
               (QStringList{QStringLiteral("CanPause CanPlay CanSeek Metadata PlaybackStatus"),
                            QStringLiteral("PlaybackStatus"), QStringLiteral("CanGoNext"), QStringLiteral("Metadata"),

@@ -1,6 +1,7 @@
 #include "platform/desktop/ShellScriptHost.h"
 
 #include "lang/Lang.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,14 +13,6 @@
 
 namespace cantorel::desktop {
 namespace {
-
-void writeProgram(const QString &path, const char *script) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(script);
-    file.close();
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
 
 TEST(ShellScriptHost, ATextThatIsNoScriptDoesNotCompileAndIsNotRun) {
     ShellScriptHost host;
@@ -52,7 +45,7 @@ TEST(ShellScriptHost, AScriptThatHangsIsEnded) {
 
 TEST(ShellScriptHost, ThePreludeShutsDownThroughLogin1AndRefusesWhatItDoesNotKnow) {
     const QTemporaryDir folder;
-    writeProgram(folder.filePath(QStringLiteral("dbus-send")), "#!/bin/sh\necho \"$@\"\n");
+    testing::storeProgram(folder.filePath(QStringLiteral("dbus-send")), "#!/bin/sh\necho \"$@\"\n");
     qputenv("PATH", (folder.path() + QLatin1Char(':')).toUtf8() + qgetenv("PATH"));
     ShellScriptHost host;
     const auto shutDown = host.execute(QStringLiteral("tell application \"Finder\" to shut down"));
@@ -63,8 +56,8 @@ TEST(ShellScriptHost, ThePreludeShutsDownThroughLogin1AndRefusesWhatItDoesNotKno
 
 TEST(ShellScriptHost, OpenIsTheProductsOwnAndHandsFilesToTheDesktop) {
     const QTemporaryDir folder;
-    writeProgram(folder.filePath(QStringLiteral("open")), "#!/bin/sh\necho another open\n");
-    writeProgram(folder.filePath(QStringLiteral("xdg-open")), "#!/bin/sh\necho \"desktop opens $1\"\n");
+    testing::storeProgram(folder.filePath(QStringLiteral("open")), "#!/bin/sh\necho another open\n");
+    testing::storeProgram(folder.filePath(QStringLiteral("xdg-open")), "#!/bin/sh\necho \"desktop opens $1\"\n");
     qputenv("PATH", (folder.path() + QLatin1Char(':')).toUtf8() + qgetenv("PATH"));
     ShellScriptHost host;
     EXPECT_EQ(host.execute(QStringLiteral("open '/tmp/a b'")).value(), QStringLiteral("desktop opens /tmp/a b\n"));

@@ -120,6 +120,8 @@ TEST_F(RecordingRepairTest, AFullDiskLeavesTheOriginalAndNothingElse) {
         EXPECT_EQ(contents(mBroken), mWhole) << room;
         EXPECT_EQ(QDir(mFolder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1) << room;
     }
+    const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
 }
 
 // Damage gives fewer fragments or one sentence, never a file that is not whole.
@@ -159,6 +161,15 @@ TEST_F(RecordingRepairTest, OtherFilesAreNotUnfinished) {
     }
     EXPECT_FALSE(isUnfinished(mFolder.path())) << "a folder";
     EXPECT_FALSE(isUnfinished(mFolder.filePath(QStringLiteral("missing.m4a"))));
+}
+
+TEST_F(RecordingRepairTest, WhatEndedBeforeItsFirstSoundIsToldFromWhatIsDamaged) {
+    store(mBroken, mWhole.left(static_cast<qsizetype>(mEnds[0])));
+    EXPECT_EQ(unfinishedSound(mBroken), UnfinishedSound::None);
+    ASSERT_TRUE(FragmentedFile::create(mBroken, plainFormat()).value()->append(stampedPackets(0, 1)));
+    EXPECT_EQ(unfinishedSound(mBroken), UnfinishedSound::None) << "the coder's priming alone";
+    store(mBroken, contents(mBroken).chopped(1));
+    EXPECT_EQ(unfinishedSound(mBroken), UnfinishedSound::Lost);
 }
 
 TEST_F(RecordingRepairTest, TheLengthOfALongOneIsToldByItsBeginning) {

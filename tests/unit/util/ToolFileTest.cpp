@@ -1,6 +1,7 @@
 #include "util/ToolFile.h"
 
 #include "platform/desktop/Services.h"
+#include "tests/support/OrdinaryFile.h"
 #include "util/ToolScript.h"
 
 #include <QDir>
@@ -12,10 +13,7 @@
 namespace cantorel {
 namespace {
 
-QByteArray contentOf(const QString &path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
-}
+using testing::contents;
 
 TEST(ToolFile, NamesAndExtensionsFollowTheLastComponent) {
     const struct {
@@ -38,9 +36,9 @@ TEST(ToolFile, AppendingMakesTheFileAndReplacingLeavesTheOldOneWhenItFails) {
     const QString path = folder.filePath(QStringLiteral("f"));
     EXPECT_TRUE(ToolFile::writeData("one", path, true));
     EXPECT_TRUE(ToolFile::writeData("two", path, true));
-    EXPECT_EQ(contentOf(path), "onetwo");
+    EXPECT_EQ(contents(path), "onetwo");
     EXPECT_TRUE(ToolFile::writeData("x", path, false));
-    EXPECT_EQ(contentOf(path), "x");
+    EXPECT_EQ(contents(path), "x");
     EXPECT_FALSE(ToolFile::writeData("y", folder.filePath(QStringLiteral("none/f")), false));
     EXPECT_FALSE(ToolFile::writeData("y", {}, true));
 }
@@ -55,11 +53,11 @@ TEST(ToolFile, MovingAndCopyingNeedASourceAndOverwriteNothing) {
     ASSERT_TRUE(ToolFile::writeData("b", b, false));
     EXPECT_FALSE(ToolFile::copyFileFormPath(a, b));
     EXPECT_FALSE(ToolFile::moveFileFromPath(a, b));
-    EXPECT_EQ(contentOf(a), "a");
-    EXPECT_EQ(contentOf(b), "b");
+    EXPECT_EQ(contents(a), "a");
+    EXPECT_EQ(contents(b), "b");
     EXPECT_TRUE(ToolFile::removeFileAtPath(b));
     EXPECT_TRUE(ToolFile::moveFileFromPath(a, b));
-    EXPECT_EQ(contentOf(b), "a");
+    EXPECT_EQ(contents(b), "a");
 }
 
 TEST(ToolFile, RemovingAFolderTakesItsContentButNotWhatALinkNames) {
@@ -71,7 +69,7 @@ TEST(ToolFile, RemovingAFolderTakesItsContentButNotWhatALinkNames) {
     ASSERT_TRUE(QFile::link(kept, gone + QStringLiteral("/link")));
     EXPECT_TRUE(ToolFile::removeFileAtPath(gone));
     EXPECT_FALSE(ToolFile::isFileExistsAtPath(gone));
-    EXPECT_EQ(contentOf(kept + QStringLiteral("/f")), "x");
+    EXPECT_EQ(contents(kept + QStringLiteral("/f")), "x");
 }
 
 TEST(ToolFile, SizesAreBinaryWithTwoDecimals) {

@@ -1,6 +1,7 @@
 #include "util/ToolString.h"
 
 #include "platform/foundation/SearchPaths.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,11 +14,6 @@
 
 namespace cantorel {
 namespace {
-
-void touch(const QString &path) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-}
 
 TEST(ToolString, SecondsAreReadOnlyFromTextsWithAColon) {
     const struct {
@@ -69,18 +65,18 @@ TEST(ToolString, RenamingCountsUpAndReplacesEveryCountInTheName) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("name.mp3"));
     EXPECT_EQ(ToolString::renameFromFilePath(path, 0), path);
-    touch(path);
+    testing::store(path, {});
     EXPECT_EQ(ToolString::renameFromFilePath(path, 0), folder.filePath(QStringLiteral("name(1).mp3")));
-    touch(folder.filePath(QStringLiteral("name(1).mp3")));
+    testing::store(folder.filePath(QStringLiteral("name(1).mp3")), {});
     EXPECT_EQ(ToolString::renameFromFilePath(path, 0), folder.filePath(QStringLiteral("name(2).mp3")));
 
     const QString marked = folder.filePath(QStringLiteral("b(1).mp3"));
-    touch(marked);
-    touch(folder.filePath(QStringLiteral("b(1)(1).mp3")));
+    testing::store(marked, {});
+    testing::store(folder.filePath(QStringLiteral("b(1)(1).mp3")), {});
     EXPECT_EQ(ToolString::renameFromFilePath(marked, 0), folder.filePath(QStringLiteral("b(2)(2).mp3")));
 
     const QString bare = folder.filePath(QStringLiteral("bare"));
-    touch(bare);
+    testing::store(bare, {});
     EXPECT_EQ(ToolString::renameFromFilePath(bare, 0), folder.filePath(QStringLiteral("bare(1)")));
 }
 

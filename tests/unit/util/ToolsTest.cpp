@@ -5,6 +5,7 @@
 #include "platform/foundation/SearchPaths.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tests/support/OrdinaryFile.h"
 #include "util/tools/KeepAwake.h"
 #include "util/tools/ToolSystem.h"
 
@@ -23,11 +24,6 @@ namespace {
 
 using desktop::CallRecord;
 using desktop::InstalledServices;
-
-void touch(const QString &path) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-}
 
 template <class Condition> bool comesTrue(Condition condition) {
     const QDeadlineTimer deadline(10'000);
@@ -80,9 +76,9 @@ TEST(Tools, ADuplicateNameTakesTheFirstFreeNumber) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("b.mp3"));
     EXPECT_EQ(Tools::getNonDuplicateFileName(path), path);
-    touch(path);
-    touch(folder.filePath(QStringLiteral("b(1).mp3")));
-    touch(folder.filePath(QStringLiteral("b(3).mp3")));
+    testing::store(path, {});
+    testing::store(folder.filePath(QStringLiteral("b(1).mp3")), {});
+    testing::store(folder.filePath(QStringLiteral("b(3).mp3")), {});
     EXPECT_EQ(Tools::getNonDuplicateFileName(path), folder.filePath(QStringLiteral("b(2).mp3")));
 }
 

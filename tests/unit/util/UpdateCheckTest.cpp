@@ -12,8 +12,6 @@ namespace {
 
 using Reply = LoopbackServer::Reply;
 
-constexpr foundation::HttpLimits kShort{.time = std::chrono::milliseconds(150), .bytes = 10'000};
-
 const char *const kDescription = R"(<?xml version="1.0" encoding="ISO-8859-1"?>
 <update><app><AppID>com.tessolar.Cantorel</AppID><AppVersion>251</AppVersion>
 <AppUpdateAddress>https://a.example/get?x=1&amp;y=2</AppUpdateAddress><AppUpdateFiles>one, two</AppUpdateFiles>
@@ -121,31 +119,6 @@ TEST(UpdateCheck, DebugModeAsksNobody) {
     qunsetenv("CANTOREL_DEBUG");
     EXPECT_TRUE(updates.run());
     EXPECT_EQ(server.requests().size(), 1);
-}
-
-TEST(UpdateCheck, AServerThatAnswersBadlyEndsTheCheckWithOneLine) {
-    const struct {
-        const char *what;
-        LoopbackServer::Handler handler;
-    } cases[] = {
-        {"nothing", [](const QByteArray &) { return Reply::page(""); }},
-        {"an error page", [](const QByteArray &) { return Reply::page("<html>Not found</html>", "404 Not Found"); }},
-        {"no end",
-         [](const QByteArray &) {
-             return Reply{"HTTP/1.1 200 OK\r\n\r\n<AppID>", Reply::Then::Repeat};
-         }},
-        {"no answer",
-         [](const QByteArray &) {
-             return Reply{{}, Reply::Then::Hold};
-         }},
-    };
-    for (const auto &c : cases) {
-        LoopbackServer server(c.handler);
-        testing::internal::CaptureStderr();
-        EXPECT_FALSE(UpdateCheck(server.url(), kShort).run()) << c.what;
-        EXPECT_EQ(QByteArray::fromStdString(testing::internal::GetCapturedStderr()).count('\n'), 1) << c.what;
-    }
-    EXPECT_TRUE(AppSettings::lastCheckUpdatesTime().isEmpty());
 }
 
 } // namespace

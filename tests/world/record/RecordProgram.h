@@ -70,8 +70,7 @@ protected:
     }
     QString script(const char *body) const {
         const QString path = mFolder.path() + "/../" + QFileInfo(mFolder.path()).fileName() + "-ffmpeg";
-        testing::store(path, QByteArray("#!/bin/sh\n") + body + '\n');
-        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        testing::storeProgram(path, QByteArray("#!/bin/sh\n") + body + '\n');
         return path;
     }
     ~RecordProgramTest() override { QFile::remove(mFolder.path() + "-ffmpeg"); }

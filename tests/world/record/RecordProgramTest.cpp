@@ -31,21 +31,6 @@ double usualAmplitude(const std::vector<float> &samples) {
 
 } // namespace
 
-TEST_F(RecordProgramTest, EachFormatIsWhatItSays) {
-    const char *const streams[] = {"mp3,44100,2,320000", "mp3,44100,2,128000", "alac,48000,2", "alac,48000,2",
-                                   "pcm_s16le,44100,2",  "aac,44100,2",        "aac,44100,2",  "aac,44100,2"};
-    for (int format = 0; format < 8; ++format) {
-        SCOPED_TRACE(format);
-        const auto run = start(mSoftware + QStringList{"--format", QString::number(format)});
-        ASSERT_EQ(run->status(), 0) << run->error.constData();
-        const QString file = run->event("finished")["file"].toString();
-        EXPECT_TRUE(
-            testing::probed(file, "stream=codec_name,sample_rate,channels,bit_rate").startsWith(streams[format]))
-            << testing::probed(file, "stream=codec_name,sample_rate,channels,bit_rate").toStdString();
-        EXPECT_FALSE(testing::decoded(file).empty());
-    }
-}
-
 TEST_F(RecordProgramTest, FaultsEndInOneSentenceAndTheirStatus) {
     const QStringList system{"--backend", "embedded", "--source", "system", "--seconds", "0.3"};
     const struct {
@@ -92,17 +77,6 @@ TEST_F(RecordProgramTest, ASecondSignalLeavesAConverterThatHangsAndKeepsTheRecor
     const QString file = run->event("started")["file"].toString();
     expectOneSentence(run->lastLine(), file.toUtf8());
     EXPECT_FALSE(testing::decoded(file).empty());
-}
-
-TEST_F(RecordProgramTest, ASecondRecorderIsRefusedAndTheFirstGoesOn) {
-    const auto first = start({"--backend", "embedded", "--source", "mic"});
-    ASSERT_TRUE(first->begins());
-    const auto second = start(mSoftware);
-    EXPECT_EQ(second->status(), 1);
-    expectOneSentence(second->lastLine(), "already");
-    first->signal(SIGTERM);
-    EXPECT_EQ(first->status(), 130);
-    EXPECT_FALSE(testing::decoded(first->event("finished")["file"].toString()).empty());
 }
 
 // On a real server: whatever ends the program, the person's devices are as before, and the sound is there.

@@ -1,10 +1,10 @@
 #include "recording/library/LibraryMedia.h"
 
 #include "platform/desktop/recorded/RecordedMediaControls.h"
-#include "platform/hal/ExtendedAudioFile.h"
 #include "recording/library/LibraryPlayer.h"
 #include "recording/library/RecordedList.h"
 #include "recording/library/RecordingsModel.h"
+#include "tests/support/Wave.h"
 #include "tests/unit/recording/RecordingFixture.h"
 
 namespace cantorel {
@@ -12,27 +12,12 @@ namespace {
 
 using Playback = desktop::MediaState::Playback;
 
-// Four seconds.
-void writeWave(const QFileInfo &file) {
-    constexpr std::uint32_t frames = 4 * 48'000;
-    const FSRef folder{file.path()};
-    const QString name = file.fileName();
-    const AudioStreamBasicDescription format = {
-        48000, kAudioFormatLinearPCM, kAudioFormatFlagsNativeFloatPacked, 4, 1, 4, 1, 32, 0};
-    std::vector<float> samples(frames, 0.25F);
-    ExtAudioFileRef written = nullptr;
-    ASSERT_EQ(ExtAudioFileCreateNew(&folder, &name, kAudioFileWAVEType, &format, nullptr, &written), 0);
-    const AudioBufferList data = {1, {{1, static_cast<std::uint32_t>(samples.size() * sizeof(float)), samples.data()}}};
-    EXPECT_EQ(ExtAudioFileWrite(written, frames, &data), 0);
-    EXPECT_EQ(ExtAudioFileDispose(written), 0);
-}
-
 // A library of "a", "b", "c" and "d", in this order, of which "c" is being converted.
 class LibraryMediaTest : public test::RecordingFixture {
 public:
     LibraryMediaTest() {
         for (const char *name : {"a.wav", "b.wav", "c.wav", "d.wav"}) {
-            writeWave(QFileInfo(path(name)));
+            test::writeWav(path(name), std::vector<float>(4 * 48000, 0.25F), 1);
             list.addRecordedFile(path(name), {}, {});
         }
         list.itemWithFile(path("c.wav"))->isProcessing = true;

@@ -8,21 +8,20 @@ namespace cantorel {
 namespace {
 
 using testing::contents;
-using testing::wave;
 
 // One recording in the list; ffmpeg is a line of shell, in which $in is the recording and $out what it writes.
 class RecordedConversionsTest : public test::RecordingFixture {
 public:
     RecordedConversionsTest() {
-        testing::store(file, wave(1));
+        testing::store(file, recording);
         list.initRecordedList();
         list.addRecordedFile(file, {}, {});
         AppSettings::setAudioFormat(4);
     }
     foundation::Result<QString> convert(const char *line) {
         const QString program = QDir::homePath() + "/ffmpeg";
-        testing::store(program, "#!/bin/sh\nfor out; do :; done\nout=${out#file:} in=${3#file:}\n" + QByteArray(line));
-        QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        testing::storeProgram(program,
+                              "#!/bin/sh\nfor out; do :; done\nout=${out#file:} in=${3#file:}\n" + QByteArray(line));
         qputenv("CANTOREL_FFMPEG", program.toUtf8());
         std::optional<foundation::Result<QString>> ended;
         conversions.convertRecordedfileFormat(*list.items().front(), [&](const auto &result) { ended = result; });
@@ -30,6 +29,7 @@ public:
         return ended.value_or(foundation::Failure{});
     }
 
+    const QByteArray recording = test::wave(std::vector<float>(48000 * 2));
     const QString file = path("Track1.m4a");
     RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordedConversions conversions{list};
@@ -39,13 +39,13 @@ TEST_F(RecordedConversionsTest, TheRecordingGoesOnlyForAWholeSuccessor) {
     for (const char *line :
          {"exit 1", "cp \"$in\" \"$out\"; exit 1", ": >\"$out\"", "head -c 9000 \"$in\" >\"$out\""}) {
         EXPECT_FALSE(convert(line)) << line;
-        EXPECT_EQ(contents(file), wave(1)) << line;
+        EXPECT_EQ(contents(file), recording) << line;
         EXPECT_EQ(list.items().front()->getFileName(), file);
         EXPECT_EQ(list.items().front()->status(), QStringLiteral("Error"));
     }
     ASSERT_TRUE(convert("cp \"$in\" \"$out\""));
     EXPECT_FALSE(QFile::exists(file));
-    EXPECT_EQ(contents(path("Track1.wav")), wave(1));
+    EXPECT_EQ(contents(path("Track1.wav")), recording);
     EXPECT_EQ(list.items().front()->getFileName(), path("Track1.wav"));
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"Track1.wav"});
 }

@@ -1,5 +1,5 @@
 // A recorder that is left running, and one that is killed: what it has finished is in the list and plays, and nothing
-// leaks. Short here; bench/soak.sh runs the same for ten minutes and thirty kills.
+// leaks. bench/soak.sh runs it for ten minutes and thirty kills.
 
 #include "tests/support/Sound.h"
 #include "tests/support/StampedSound.h"
