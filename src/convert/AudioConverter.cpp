@@ -29,6 +29,7 @@ using foundation::Result;
 namespace {
 
 constexpr foundation::SentenceKey kConvertedEmpty("ConvertedEmpty");
+constexpr foundation::SentenceKey kFolderTakesNone("FolderTakesNone", "FileName");
 constexpr foundation::SentenceKey kResultUnnamed("ResultUnnamed", "FileName");
 constexpr foundation::SentenceKey kRemovedUnconverted("RemovedUnconverted", "FileName");
 constexpr foundation::SentenceKey kNoConverter("NoConverter", "FileName");
@@ -163,9 +164,7 @@ Result<QString> AudioConverter::convertRecording(int index, const QString &input
     auto result = HiddenFile::create(QFileInfo(output).absolutePath(), extensionOf(index), error);
     if (!result)
         return Failure{
-            QStringLiteral("The recording \"%1\" could not be converted since its folder takes no new file; it "
-                           "stays as it is.")
-                .arg(inputFile),
+            kFolderTakesNone(inputFile),
             QStringLiteral("create beside %1: %2").arg(output, QString::fromLocal8Bit(std::strerror(error)))};
     const auto run = ChildProcess::run({surroundings.converter,
                                         recordingArguments(index, inputFile, output),
