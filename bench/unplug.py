@@ -8,7 +8,7 @@ time recorded (against a first round that nothing disturbs, since start and end 
 """
 import array, json, math, os, random, signal, subprocess, sys, tempfile, threading, time, wave
 
-RATE, ROUND = 48000, 20
+RATE, ROUND, USUAL = 48000, 20, 10
 CLI = os.path.abspath(sys.argv[1])
 SECONDS = float(sys.argv[2]) if len(sys.argv) > 2 else 60
 SEED = int(sys.argv[3]) if len(sys.argv) > 3 else random.SystemRandom().randrange(1 << 30)
@@ -102,8 +102,12 @@ class Ear:
 
     def listen(self):
         while not self.stopping:
-            self.process = spawn("pw-record", "--target", "builtin_output", "-P", "{ stream.capture.sink=true }",
-                                 "--format", "f32", "--rate", str(RATE), "--channels", "2", "--latency", "10ms", "-",
+            if "builtin_output:monitor_FL" not in run("pw-link", "-o"):
+                time.sleep(0.02)
+                continue
+            self.process = spawn("pw-record", "--target", "builtin_output",
+                                 "-P", "{ stream.capture.sink=true node.dont-reconnect=true }", "--format", "f32",
+                                 "--rate", str(RATE), "--channels", "2", "--latency", "10ms", "-",
                                  stdout=subprocess.PIPE)
             while block := self.process.stdout.read1(4096):
                 samples = array.array("f", block[:len(block) // 4 * 4])
@@ -114,7 +118,8 @@ class Ear:
 
     def stop(self):
         self.stopping = True
-        end(self.process)
+        if self.process:
+            end(self.process)
         self.thread.join()
 
     def after(self, moment):
@@ -161,13 +166,15 @@ def main():
         reader.start()
         until(lambda: started)
         ear = Ear()
-        time.sleep(1)
+        time.sleep(1 if rounds else USUAL)
         faults = []
         while rounds > 0 and time.monotonic() - started[0] < ROUND:
             fault = RANDOM.choice(["output", "microphone", "server", "session manager and server"])
             away = RANDOM.uniform(0.3, 3)
             if fault == "output":
                 world.remove("builtin_output")
+                if ear.process:
+                    end(ear.process)  # It may not notice; and it must not hear another device meanwhile.
                 time.sleep(away)
                 world.add(OUTPUT)
             elif fault == "microphone":
@@ -180,7 +187,8 @@ def main():
                     time.sleep(away)
                 world.stop()
                 end(player)
-                end(ear.process)  # It may not notice.
+                if ear.process:
+                    end(ear.process)
                 time.sleep(away)
                 world.start()
                 player = play()

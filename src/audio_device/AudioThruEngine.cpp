@@ -112,18 +112,34 @@ void AudioThruEngine::Start() {
     (void)AudioDeviceStart(mOutputDevice.deviceID, mOutputProcID);
     watchDevices(true);
 
-    // Who has no cycles by now is not waited for.
-    for (int poll = 0; poll < kStartPolls && flows(mInputDevice) && flows(mOutputDevice); ++poll) {
-        if (mInputProcState.load() == ProcState::Running && mOutputProcState.load() == ProcState::Running) {
-            ComputeThruOffset();
-            return;
-        }
-        wait(1);
-    }
+    if (meetsCycles())
+        return;
     mRunning.store(false);
     print(QStringLiteral("give up to start.\n"));
     removeProcs();
     ComputeThruOffset();
+}
+
+// Waits until both procedures have begun to count, and takes their distance. Who has no cycles by now is not waited
+// for.
+bool AudioThruEngine::meetsCycles() {
+    for (int poll = 0; poll < kStartPolls && flows(mInputDevice) && flows(mOutputDevice); ++poll) {
+        if (mInputProcState.load() == ProcState::Running && mOutputProcState.load() == ProcState::Running) {
+            ComputeThruOffset();
+            return true;
+        }
+        wait(1);
+    }
+    return false;
+}
+
+// The streams are there again as they were: only the times are taken anew. To open them once more would rebuild the
+// server's graph under players that are just beginning, and one that it loses then stays silent.
+bool AudioThruEngine::renewTimes() {
+    mOffsetKnown.store(false);
+    mInputProcState.store(ProcState::Starting);
+    mOutputProcState.store(ProcState::Starting);
+    return meetsCycles();
 }
 
 void AudioThruEngine::removeProcs() {
@@ -166,10 +182,15 @@ void AudioThruEngine::followDevices() {
     const bool present = inputChannels > 0 && outputChannels > 0;
     const bool isOther = inputChannels != mInputChannels || outputChannels != mOutputChannels
                          || input.streamFormat.mSampleRate != mSampleRate
-                         || output.streamFormat.mSampleRate != mSampleRate;
-    if (!present || !(isOther || (flows(mInputDevice) && flows(mOutputDevice))))
+                         || output.streamFormat.mSampleRate != mSampleRate
+                         || input.bufferFrames != mInputDevice.bufferFrames;
+    const bool bothFlow = flows(mInputDevice) && flows(mOutputDevice);
+    if (!present || !(isOther || bothFlow))
         return;
-    restart();
+    mInputDevice.safetyOffsetFrames = input.safetyOffsetFrames;
+    mOutputDevice.safetyOffsetFrames = output.safetyOffsetFrames;
+    if (isOther || !mRunning.load() || !renewTimes())
+        restart();
 }
 
 void AudioThruEngine::restart() {

@@ -86,6 +86,8 @@ private:
     static OSStatus deviceChanged(AudioObjectID device, std::uint32_t count,
                                   const AudioObjectPropertyAddress *addresses, void *engine);
     void followDevices();
+    bool meetsCycles();
+    bool renewTimes();
     void restart();
     void watchDevices(bool watch);
     void wait(std::int64_t milliseconds) const;

@@ -25,13 +25,25 @@ inline void stamp(std::span<float> samples, int channels, std::int64_t position)
 // The position that a stamped left sample names; -1 for silence.
 inline std::int64_t stampOf(float left) { return static_cast<std::int64_t>(left / kStampScale) - 1; }
 
+// Software devices that count the streams opened on them.
+struct CountingBackend : hal::EmbeddedBackend {
+    using EmbeddedBackend::EmbeddedBackend;
+    std::unique_ptr<hal::DeviceStream> openStream(const hal::StreamRequest &request,
+                                                  hal::StreamClient &client) override {
+        auto stream = EmbeddedBackend::openStream(request, client);
+        openings += stream ? 1 : 0;
+        return stream;
+    }
+    int openings = 0;
+};
+
 // A hardware system over software devices on a manual clock, with the virtual device installed unless told otherwise.
 class EmbeddedWorld {
 public:
     enum class Virtual { Installed, Missing };
     explicit EmbeddedWorld(Virtual installed = Virtual::Installed)
         : clock(std::make_shared<hal::ManualClock>()), virtualInstalled(installed == Virtual::Installed) {
-        auto made = std::make_unique<hal::EmbeddedBackend>(
+        auto made = std::make_unique<CountingBackend>(
             clock, [this] { return virtualInstalled; }, kLoopbackNames.first());
         backend = made.get();
         system = std::make_unique<hal::HardwareSystem>(std::move(made), QDir::homePath() + QStringLiteral("/state"));
@@ -96,7 +108,7 @@ public:
 
     std::shared_ptr<hal::ManualClock> clock;
     bool virtualInstalled;
-    hal::EmbeddedBackend *backend = nullptr;
+    CountingBackend *backend = nullptr;
     std::unique_ptr<hal::HardwareSystem> system;
 
 private:

@@ -196,6 +196,26 @@ TEST(PipeWire, ServerThatDiesIsMetAgain) {
     EXPECT_TRUE(eventually([&] { return client.cycles > before; }));
 }
 
+// Links that somebody takes away: the server drives the stream on, on silence.
+TEST(PipeWire, LinksThatAreTakenAwayAreMissed) {
+    const PrivateWorld world;
+    const auto backend = connected();
+    ASSERT_TRUE(backend);
+    ASSERT_TRUE(backend->makeAggregate({"test.both", "Both", {"builtin_microphone", "Tessolar_AudioDevice"}, {}}));
+    const auto isLinked = [&] { return world.links().contains("builtin_microphone:capture_FL\n  |-> test.both"); };
+    ASSERT_TRUE(eventually(isLinked)) << world.links().constData();
+    Client client;
+    const auto stream = backend->openStream(reading("Tessolar_AudioDevice"), client);
+    ASSERT_TRUE(stream);
+    world.run("pw-link", {"Tessolar_AudioDevice:monitor_FL", "cantorel-capture:input_FR"});
+    world.run("pw-link", {"-d", "Tessolar_AudioDevice:monitor_FL", "cantorel-capture:input_FR"});
+    EXPECT_FALSE(eventually([&] { return client.endings > 0; }, 200)) << "one too many";
+    world.run("pw-link", {"-d", "Tessolar_AudioDevice:monitor_FL", "cantorel-capture:input_FL"});
+    EXPECT_TRUE(eventually([&] { return client.endings == 1; }));
+    world.run("pw-link", {"-d", "builtin_microphone:capture_FL", "test.both:input_AUX0"});
+    EXPECT_TRUE(eventually(isLinked)) << world.links().constData();
+}
+
 TEST(PipeWire, AggregateIsASourceThatOtherProgramsSee) {
     PrivateWorld world;
     const auto backend = connected();

@@ -69,7 +69,7 @@ DeviceIO::Entry *DeviceIO::entryFor(bool input, bool output, const Device &devic
     }
     auto engine = std::make_unique<IOEngine>(mDevice, inputChannels, outputChannels, mBlockFrames, mStreamEnded);
     mEntries.push_back(
-        {std::move(engine), input, output, inputChannels, outputChannels, kAudioObjectUnknown, 0, 0, {}});
+        {std::move(engine), input, output, inputChannels, outputChannels, kAudioObjectUnknown, 0, 0, 0, {}});
     return &mEntries.back();
 }
 
@@ -92,6 +92,7 @@ OSStatus DeviceIO::start(Registration &registration, HardwareBackend &backend, c
     // A stream that already plays for somebody else is opened again to follow the one that this procedure needs.
     if (leader && engine.stream() && !engine.hasLeader())
         engine.close();
+    const bool opens = !engine.stream();
     engine.start(slot);
     if (!engine.open(backend, device->record.uid, leader ? leader->stream() : nullptr)) {
         stop(registration);
@@ -99,6 +100,8 @@ OSStatus DeviceIO::start(Registration &registration, HardwareBackend &backend, c
     }
     if (leader)
         entry->leaderDevice = leaderDevice;
+    if (leader && opens)
+        entry->leaderOpening = leader->openings();
     return kAudioHardwareNoError;
 }
 
@@ -167,9 +170,12 @@ bool DeviceIO::watch() {
 }
 
 bool DeviceIO::takeUp(HardwareBackend &backend, const Device &device,
-                      const std::function<DeviceStream *(AudioObjectID)> &readingStreamOf) {
+                      const std::function<const IOEngine *(AudioObjectID)> &readerOf) {
     bool missing = false;
     for (Entry &entry : mEntries) {
+        const IOEngine *leader = entry.leaderDevice ? readerOf(entry.leaderDevice) : nullptr;
+        if (leader && leader->openings() != entry.leaderOpening)
+            entry.engine->close();
         if (!entry.engine->anyRunning() || entry.engine->stream())
             continue;
         // The procedures were made for other channels: they wait until the device has those again, or are started anew.
@@ -181,19 +187,20 @@ bool DeviceIO::takeUp(HardwareBackend &backend, const Device &device,
             continue;
         }
         entry.misfit = {};
-        DeviceStream *leader = entry.leaderDevice ? readingStreamOf(entry.leaderDevice) : nullptr;
-        if (entry.engine->open(backend, device.record.uid, leader, kRetryPatience))
+        if (entry.engine->open(backend, device.record.uid, leader ? leader->stream() : nullptr, kRetryPatience)) {
+            entry.leaderOpening = leader ? leader->openings() : 0;
             tellFlow(entry);
-        else
+        } else {
             missing = true;
+        }
     }
     return missing;
 }
 
-DeviceStream *DeviceIO::readingStream() const {
+const IOEngine *DeviceIO::reader() const {
     for (const Entry &entry : mEntries) {
         if (entry.input && !entry.output)
-            return entry.engine->stream();
+            return entry.engine->stream() ? entry.engine.get() : nullptr;
     }
     return nullptr;
 }

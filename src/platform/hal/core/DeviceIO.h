@@ -50,12 +50,13 @@ public:
     // Gives up streams that have brought nothing the last times that this was called, though nobody said that they had
     // ended: called at equal intervals. True while there are any to look at.
     bool watch();
-    // Opens again what procedures wait for. readingStreamOf: the stream that reads the device of an identifier, or
-    // null. True while something is still missing.
+    // Opens again what procedures wait for, and what lost the stream that it followed once that is there again.
+    // readerOf: the engine whose stream reads the device of an identifier, or null. True while something is still
+    // missing.
     bool takeUp(HardwareBackend &backend, const Device &device,
-                const std::function<DeviceStream *(AudioObjectID)> &readingStreamOf);
-    // The stream of the engine that only reads; null while there is none.
-    DeviceStream *readingStream() const;
+                const std::function<const IOEngine *(AudioObjectID)> &readerOf);
+    // The engine that only reads, while it has a stream; else null.
+    const IOEngine *reader() const;
     // Hands the loudness of a loopback device on to what is played from it.
     void followVolume(const Device &loopback);
 
@@ -67,9 +68,10 @@ private:
         int inputChannels;
         int outputChannels;
         AudioObjectID leaderDevice = kAudioObjectUnknown;
-        std::uint32_t cycles = 0;     // when they were looked at last
-        int stillFor = 0;             // looks since then that saw no further one
-        std::pair<int, int> misfit{}; // the channels that the device came back with, where they are others
+        std::uint32_t leaderOpening = 0; // of the leader's stream that it follows
+        std::uint32_t cycles = 0;        // when they were looked at last
+        int stillFor = 0;                // looks since then that saw no further one
+        std::pair<int, int> misfit{};    // the channels that the device came back with, where they are others
     };
     void tellFlow(const Entry &entry) const;
     Entry *entryFor(bool input, bool output, const Device &device);

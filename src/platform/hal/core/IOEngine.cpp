@@ -79,6 +79,7 @@ bool IOEngine::open(HardwareBackend &backend, const QString &uid, DeviceStream *
     request.leader = leader;
     request.patience = patience;
     mStream = backend.openStream(request, *this);
+    mOpenings += mStream ? 1 : 0;
     return mStream != nullptr;
 }
 

@@ -46,6 +46,7 @@ public:
     bool closeIfEnded();
     DeviceStream *stream() const { return mStream.get(); }
     bool hasLeader() const { return mHasLeader; }
+    std::uint32_t openings() const { return mOpenings; }                             // streams opened so far
     std::uint32_t cycles() const { return mCycles.load(std::memory_order_relaxed); } // so far
     // Whether procedures run and have a stream that brings them cycles.
     bool flows() const { return mStream && !mHasEnded.load() && anyRunning(); }
@@ -93,6 +94,7 @@ private:
     std::atomic<std::uint32_t> mCycles{0};
     std::unique_ptr<DeviceStream> mStream;
     bool mHasLeader = false;
+    std::uint32_t mOpenings = 0;
 
     // Real-time thread only, or the owner's while there is no stream.
     std::uint32_t mBlock;

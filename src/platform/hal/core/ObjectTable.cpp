@@ -99,9 +99,9 @@ void ObjectTable::watchStreams() {
 }
 
 bool ObjectTable::takeUpStreams() {
-    const auto readingStreamOf = [this](AudioObjectID device) -> DeviceStream * {
+    const auto readerOf = [this](AudioObjectID device) -> const IOEngine * {
         const auto io = mIO.find(device);
-        return io == mIO.end() ? nullptr : io->second.readingStream();
+        return io == mIO.end() ? nullptr : io->second.reader();
     };
     bool missing = false;
     // Those who read come first, so that those who play can follow them.
@@ -109,7 +109,7 @@ bool ObjectTable::takeUpStreams() {
         for (auto &[id, io] : mIO) {
             const Device *device = mDevices.find(id);
             if (device && (device->record.input.channels > 0) == reading)
-                missing = io.takeUp(mBackend, *device, readingStreamOf) || missing;
+                missing = io.takeUp(mBackend, *device, readerOf) || missing;
         }
     }
     return missing;

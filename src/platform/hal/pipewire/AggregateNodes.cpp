@@ -41,6 +41,12 @@ ProxyHandle makeLink(pw_core *core, std::uint32_t output, std::uint32_t input) {
     return ProxyHandle(proxy);
 }
 
+// Whether somebody has taken away a link that was there.
+bool isGone(const PipeWireGraph &graph, const ProxyHandle &link) {
+    const std::uint32_t id = link ? pw_proxy_get_bound_id(link.get()) : SPA_ID_INVALID;
+    return id != SPA_ID_INVALID && !graph.hasLink(id);
+}
+
 } // namespace
 
 void AggregateNodes::put(const AggregateSpec &spec) {
@@ -138,6 +144,8 @@ void AggregateNodes::maintain(Aggregate &aggregate, PipeWireGraph &graph) {
         aggregate.ports.resize(ports->size(), SPA_ID_INVALID);
         for (std::size_t i = 0; i < ports->size(); ++i) {
             const std::uint32_t port = (*ports)[i];
+            if (isGone(graph, aggregate.links[i]))
+                aggregate.ports[i] = SPA_ID_INVALID; // made again
             if (std::exchange(aggregate.ports[i], port) == port)
                 continue;
             aggregate.links[i].reset();

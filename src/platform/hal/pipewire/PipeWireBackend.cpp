@@ -235,6 +235,10 @@ void PipeWireBackend::keep(const std::stop_token &stopping) {
                 retry = now + kReconnectPause;
             if (mGraph)
                 mAggregates.maintain(*mGraph);
+            if (mGraph && mGraph->takeUnlinking()) {
+                for (PipeWireStream *stream : mStreams)
+                    stream->endIfUnlinked(*mGraph);
+            }
             if (mGraph && mGraph->takeNewcomer())
                 refresh = std::min(refresh, now + kNewcomerPause);
         }

@@ -10,6 +10,7 @@
 #include <spa/utils/string.h>
 
 #include <algorithm>
+#include <set>
 
 namespace cantorel::hal {
 
@@ -113,6 +114,8 @@ void PipeWireGraph::addGlobal(std::uint32_t id, const char *type, const spa_dict
         addNode(id, props);
     else if (spa_streq(type, PW_TYPE_INTERFACE_Port))
         addPort(id, props);
+    else if (spa_streq(type, PW_TYPE_INTERFACE_Link))
+        addLink(id, props);
     else if (spa_streq(type, PW_TYPE_INTERFACE_Metadata))
         addMetadata(id, props);
     else if (spa_streq(type, PW_TYPE_INTERFACE_Client) && hasDefaults()) {
@@ -131,6 +134,8 @@ void PipeWireGraph::removeGlobal(std::uint32_t id) {
         mDefaults.clear();
         mRoundsLeft = 0;
         mDefaultsKnown = false;
+    } else if (mLinks.erase(id) > 0) {
+        mUnlinking = true;
     } else if (mPorts.erase(id) == 0) {
         return;
     }
@@ -174,6 +179,12 @@ void PipeWireGraph::addPort(std::uint32_t id, const spa_dict *props) {
     port.channel = lookUp(props, PW_KEY_AUDIO_CHANNEL);
     mPorts.insert_or_assign(id, port);
     mChanged();
+}
+
+void PipeWireGraph::addLink(std::uint32_t id, const spa_dict *props) {
+    const auto number = [props](const char *key) { return lookUp(props, key).toUInt(); };
+    mLinks[id] = {number(PW_KEY_LINK_OUTPUT_NODE), number(PW_KEY_LINK_OUTPUT_PORT), number(PW_KEY_LINK_INPUT_NODE),
+                  number(PW_KEY_LINK_INPUT_PORT)};
 }
 
 void PipeWireGraph::addMetadata(std::uint32_t id, const spa_dict *props) {
@@ -296,6 +307,15 @@ std::vector<GraphPort> PipeWireGraph::portsOf(std::uint32_t nodeId, bool inputs)
     }
     std::sort(ports.begin(), ports.end(), [](const auto &a, const auto &b) { return a.index < b.index; });
     return ports;
+}
+
+std::size_t PipeWireGraph::linkedPortsOf(std::uint32_t nodeId, bool inputs) const {
+    std::set<std::uint32_t> ports;
+    for (const auto &[id, link] : mLinks) {
+        if ((inputs ? link.inputNode : link.outputNode) == nodeId)
+            ports.insert(inputs ? link.inputPort : link.outputPort);
+    }
+    return ports.size();
 }
 
 std::optional<DeviceRecord> PipeWireGraph::recordOf(const GraphNode &node) const {

@@ -34,8 +34,13 @@ struct GraphPort {
     QString channel;         // "FL", "AUX0", ...
 };
 
-// The server's nodes, ports and metadata as this program sees them. Lives while the connection does; every function is
-// called with the loop locked, and the changed function from the loop's thread.
+struct GraphLink {
+    std::uint32_t outputNode = 0, outputPort = 0;
+    std::uint32_t inputNode = 0, inputPort = 0;
+};
+
+// The server's nodes, ports, links and metadata as this program sees them. Lives while the connection does; every
+// function is called with the loop locked, and the changed function from the loop's thread.
 class PipeWireGraph {
 public:
     // loopbackNames: of the sinks that are loopback devices, whoever made them.
@@ -47,6 +52,11 @@ public:
     const GraphNode *nodeNamed(const QString &name) const;
     // The ports of a node, in order: those it takes sound by, or those it gives it by (its monitors for a sink).
     std::vector<GraphPort> portsOf(std::uint32_t nodeId, bool inputs) const;
+    // How many of the node's ports on that side are linked to anything.
+    std::size_t linkedPortsOf(std::uint32_t nodeId, bool inputs) const;
+    bool hasLink(std::uint32_t id) const { return mLinks.contains(id); }
+    // True once after a link has gone.
+    bool takeUnlinking() { return std::exchange(mUnlinking, false); }
 
     // Whether a session manager is there, which alone keeps the default devices, and all that it says has come.
     bool hasDefaults() const { return mDefaultMetadata && mDefaultsKnown; }
@@ -86,6 +96,7 @@ private:
     void removeGlobal(std::uint32_t id);
     void addNode(std::uint32_t id, const spa_dict *props);
     void addPort(std::uint32_t id, const spa_dict *props);
+    void addLink(std::uint32_t id, const spa_dict *props);
     void addMetadata(std::uint32_t id, const spa_dict *props);
     void bindDefaults();
     void describe(BoundNode &bound, const pw_node_info &info);
@@ -116,10 +127,12 @@ private:
     int mAwaited = 0;
     bool mDefaultsKnown = false;
     bool mNewcomer = false;
+    bool mUnlinking = false;
     ProxyHandle mRegistry;
     Hook mRegistryHook;
     std::map<std::uint32_t, std::unique_ptr<BoundNode>> mNodes;
     std::map<std::uint32_t, GraphPort> mPorts;
+    std::map<std::uint32_t, GraphLink> mLinks;
     ProxyHandle mDefaultMetadata;
     Hook mDefaultHook;
     std::uint32_t mDefaultMetadataId = 0;

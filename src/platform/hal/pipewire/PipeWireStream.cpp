@@ -151,6 +151,15 @@ void PipeWireStream::end() {
     mBackend.report(*this);
 }
 
+void PipeWireStream::endIfUnlinked(const PipeWireGraph &graph) {
+    for (const Half *half : {&mCapture, &mPlayback}) {
+        if (half->running
+            && graph.linkedPortsOf(pw_stream_get_node_id(half->stream.get()), half->isCapture)
+                   < mTarget.positions.size())
+            end();
+    }
+}
+
 void PipeWireStream::onState(void *data, pw_stream_state, pw_stream_state state, const char *) {
     auto *half = static_cast<Half *>(data);
     PipeWireStream *self = half->owner;

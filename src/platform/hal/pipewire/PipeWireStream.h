@@ -12,6 +12,7 @@
 namespace cantorel::hal {
 
 class PipeWireBackend;
+class PipeWireGraph;
 
 // One stream of the program: a capture stream, a playback stream, or both with the playback triggered by the capture.
 // Made and destroyed with the loop locked; its process functions run on the client's one real-time thread
@@ -47,6 +48,9 @@ public:
 
     // Marks the stream as ended, once, and has its client told.
     void end();
+    // Ends where a part that runs is not linked with its whole device any more. The server drives it on within the
+    // program's group, on silence.
+    void endIfUnlinked(const PipeWireGraph &graph);
     // Lets go of the server's objects; the connection is going away.
     void detach();
     // The leader is no more: go on by the own clock.
