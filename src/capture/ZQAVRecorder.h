@@ -26,7 +26,7 @@ public:
 
     virtual void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &) {}
     // Nothing for a file that is whole.
-    virtual void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &,
+    virtual void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &, const media::RecordingCounts &,
                                                         const std::optional<foundation::Failure> &) {}
     // Every 0.1 s while levels are asked for: 20 times the linear amplitude; not a number without channels.
     virtual void captureUpdateAudioLevel(ZQAVRecorder &, float) {}
@@ -59,16 +59,10 @@ public:
 
     bool isPaused() const { return bIsPaused; }
     bool isRecording() const;
-    std::int64_t recordedFileSize() const; // bytes
-    double recordingDuration() const;      // whole seconds
-    std::int64_t recordedFrames() const;   // exact
-    double recordedSeconds() const;        // exact
-    // What was lost on the way to the file, in frames; 0 in a good recording.
-    std::int64_t droppedFrames() const;
-
-    // Silence that stands for what the device did not bring while it was away, in frames, and how long that was last.
-    std::int64_t filledFrames() const;
-    double secondsAway() const;
+    // Of the recording under way, else of the last one.
+    media::RecordingCounts recordingCounts() const;
+    std::int64_t recordedFileSize() const { return recordingCounts().bytes; }
+    double recordingDuration() const { return recordingCounts().wholeSeconds(); } // seconds
 
     virtual void setIsShowAudioLevel(bool flag);
 
@@ -85,6 +79,7 @@ protected:
 
     void captureOutputDidStartRecording(media::AudioFileOutput &, const QString &path) override;
     void captureOutputDidFinishRecording(media::AudioFileOutput &, const QString &path,
+                                         const media::RecordingCounts &counts,
                                          const std::optional<foundation::Failure> &failure) override;
     void captureOutputDeviceLost(media::AudioFileOutput &) override { delegate->captureDeviceLost(*this); }
     void captureOutputDeviceBack(media::AudioFileOutput &) override { delegate->captureDeviceBack(*this); }

@@ -6,6 +6,7 @@
 #include "platform/foundation/WeakDelegate.h"
 #include "platform/media/CaptureStream.h"
 #include "platform/media/DiskSpace.h"
+#include "platform/media/RecordingCounts.h"
 #include "platform/media/RecordingWorker.h"
 
 #include <QObject>
@@ -30,7 +31,7 @@ public:
     // The first frames are here. Not told for a recording that ends before.
     virtual void captureOutputDidStartRecording(AudioFileOutput &, const QString & /*path*/) {}
     // Once for each recording, with where its file is; nothing when it is whole.
-    virtual void captureOutputDidFinishRecording(AudioFileOutput &, const QString & /*path*/,
+    virtual void captureOutputDidFinishRecording(AudioFileOutput &, const QString & /*path*/, const RecordingCounts &,
                                                  const std::optional<foundation::Failure> &) {}
     // The device of a running recording has gone, or has come back; the recording stays open meanwhile, and what is
     // missing is filled with silence.
@@ -44,7 +45,6 @@ struct RecordingContinuation {
     std::shared_ptr<FrameQueue> queue; // outlives the stream that fills it
     std::unique_ptr<CaptureStream> stream;
     std::uint64_t dropped = 0; // by the queue, before
-    std::uint64_t discontinuities = 0;
     std::uint64_t filled = 0;
 };
 
@@ -56,12 +56,6 @@ struct AudioChannel {
 // The way from a device to an output.
 struct CaptureConnection {
     std::vector<AudioChannel> audioChannels;
-};
-
-// A duration as a number of frames and the frames of a second; 0 of 0 when there is none.
-struct MediaTime {
-    std::int64_t value = 0;
-    std::int32_t timescale = 0;
 };
 
 // Records what a capture session hears into M4A files, one after the other. Owned beside its session; main thread.
@@ -106,16 +100,7 @@ public:
     bool isPaused() const { return mPause.has_value(); }
 
     // Of the recording under way, else of the last one.
-    MediaTime recordedDuration() const;
-    std::uint64_t recordedFileSize() const; // bytes in the file now
-    std::uint64_t droppedFrames() const;
-    std::uint64_t discontinuities() const;
-    std::uint64_t limitedSamples() const;
-    // Silence that stands for what the device, or one of the two that it joins, did not bring while it was away; part
-    // of the duration.
-    std::uint64_t filledFrames() const;
-    // How long the device was away when it came back last.
-    double secondsAway() const { return mSecondsAway; }
+    RecordingCounts recordingCounts() const;
 
     // One connection with the channels of the device; none without one.
     std::vector<CaptureConnection> connections() const;
@@ -128,17 +113,9 @@ private:
         QString path;
         std::unique_ptr<RecordingWorker> worker;
         std::uint64_t dropped = 0; // by the queue, before it began
-        std::uint64_t discontinuities = 0;
         std::uint64_t filled = 0;
+        std::int64_t droppedFrames = 0;             // until it was stopped
         std::optional<foundation::Failure> failure; // why it was ended, if it should not have
-    };
-    struct Counts {
-        MediaTime duration;
-        std::uint64_t bytes = 0;
-        std::uint64_t dropped = 0;
-        std::uint64_t discontinuities = 0;
-        std::uint64_t limited = 0;
-        std::uint64_t filled = 0;
     };
 
     // Runs the call on the main thread, in order with the others. Any thread.
@@ -157,8 +134,7 @@ private:
     void takeOver(RecordingContinuation next) { mNext = std::move(next); }
     void workerStarted(std::uint64_t number, const QString &path);
     void workerFinished(std::uint64_t number, const QString &path, const std::optional<foundation::Failure> &failure);
-    static Counts countsOf(const Recording &recording);
-    Counts counts() const { return mCurrent ? countsOf(*mCurrent) : mLast; }
+    static RecordingCounts countsOf(const Recording &recording);
 
     foundation::Guarded<std::vector<std::function<void()>>> mPosted;
     std::function<CaptureStream *()> mFreshStream; // the session's stream, opened again where that is needed
@@ -174,7 +150,7 @@ private:
     std::unique_ptr<foundation::Timer> mDoubt;
     std::uint64_t mDoubtAt = 0;  // the queue's end when that began
     RecordingContinuation mNext; // without the stream, which is the session's
-    Counts mLast;
+    RecordingCounts mLast;
 };
 
 } // namespace cantorel::media

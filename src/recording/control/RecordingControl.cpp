@@ -165,8 +165,9 @@ QVariantMap RecordingControl::statusNow() const {
     if (mSession.isSettled())
         return stoppedStatus();
     QVariantMap status{{kState, QString::fromLatin1(state())}};
-    double seconds = mSession.recordedSeconds();
-    qint64 bytes = mSession.recordedBytes();
+    const media::RecordingCounts counts = mSession.recordingCounts();
+    double seconds = counts.wholeSeconds();
+    qint64 bytes = counts.bytes;
     if (const QString file = mSession.currentFile().path; !file.isEmpty()) {
         status.insert(kFile, file);
         if (const RecordedAudioInfo *item = mList.itemWithFile(file); item && !mSession.isWriting()) {

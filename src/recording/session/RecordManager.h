@@ -26,8 +26,9 @@ public:
     virtual ~RecordManagerDelegate() = default;
 
     virtual void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &) {}
-    // duration: exact seconds. Nothing for a file that is whole.
-    virtual void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &, double /*duration*/,
+    // Nothing for a file that is whole.
+    virtual void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &,
+                                                              const media::RecordingCounts &,
                                                               const std::optional<foundation::Failure> &) {}
     virtual void RecordManagerUpdateAudioLevel(RecordManager &, float) {}
     // False: the file is deleted, and its end is not reported.
@@ -75,21 +76,19 @@ public:
     bool isPaused() const;
     // While startRecord runs, and deliberately for ever after one that ended by an exception.
     bool isPrepareRecording() const { return mIsPrepareRecording; }
-    double recordingDuration() const; // whole seconds
-    qint64 recordedFileSize() const;  // bytes
-    // Of the recording under way or the last one.
-    qint64 droppedFrames() const { return mAudioRecorder ? mAudioRecorder->droppedFrames() : mDroppedFrames; }
-
-    // Silence that was filled in while the device was away, of the recording under way or the last one; and how long it
-    // was away, when it is told that it is back.
-    qint64 filledFrames() const { return mAudioRecorder ? mAudioRecorder->filledFrames() : mFilledFrames; }
-    double secondsAway() const { return mAudioRecorder ? mAudioRecorder->secondsAway() : 0; }
+    // Of the recording under way, else of the last one.
+    media::RecordingCounts recordingCounts() const {
+        return mAudioRecorder ? mAudioRecorder->recordingCounts() : mCounts;
+    }
+    // Whole seconds; 0 without a recorder.
+    double recordingDuration() const { return mAudioRecorder ? recordingCounts().wholeSeconds() : 0; }
+    qint64 recordedFileSize() const { return recordingCounts().bytes; }
 
     void postRecordingNotification();
 
 private:
     void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url) override;
-    void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url,
+    void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url, const media::RecordingCounts &counts,
                                                 const std::optional<foundation::Failure> &failure) override;
     void captureUpdateAudioLevel(ZQAVRecorder &, float level) override;
     void captureDeviceLost(ZQAVRecorder &) override { delegate->RecordManagerDeviceLost(*this); }
@@ -97,16 +96,12 @@ private:
     bool start(const QUrl &file);
     void routeSystemSound();
     void endJoin();
-    void takeMeasures();
 
     ZQAudioRecorder *mAudioRecorder = nullptr; // the shared one; null unless a recording is prepared or running
     media::RecordingContinuation mContinuation;
     foundation::NotificationCenter::Subscription mHearing;
     std::unique_ptr<foundation::Timer> mJoin; // while the next recording is awaited; ends the waiting
-    double mDuration = 0;                     // seconds, exact once the recording has ended
-    qint64 mFileSize = 0;                     // bytes, likewise
-    qint64 mDroppedFrames = 0;
-    qint64 mFilledFrames = 0;
+    media::RecordingCounts mCounts;           // of the last recording, from its stop on
     State mRecordState = State::Idle;
     std::optional<RecordingSource> mSource; // of the recording under way; nothing for a number that none has
     bool mIsPrepareRecording = false;

@@ -193,17 +193,18 @@ void RecordingSession::recordedFileIsGone() {
     stopRecording();
 }
 
-void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
+void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url,
+                                                                    const media::RecordingCounts &counts,
                                                                     const std::optional<Failure> &failure) {
-    const qint64 dropped = mRecordManager->droppedFrames(); // The last ones came behind the last level.
-    const FinishedRecording recording{url.toLocalFile(), duration, mRecordManager->recordedFileSize(), dropped,
-                                      mFile.lostFrames + dropped - mFile.droppedFrames};
+    // The last frames were lost after the last level.
+    const qint64 lost = mFile.lostFrames + counts.droppedFrames - mFile.counted.droppedFrames;
+    const FinishedRecording recording{url.toLocalFile(), counts.seconds(), counts.bytes, counts.droppedFrames, lost};
     if (isRecording() && !failure) // It has ended by itself.
         close(AfterFile::Nothing);
     if (failure)
         mRecordManager->stopRecord();
     mRecordManager->clear();
-    mFile.taskSecondsBefore += duration;
+    mFile.taskSecondsBefore += recording.seconds;
     const EndedFile ended = mFiles.take(mFile, recording, failure, std::exchange(stopRecordingByRemoveFile, false));
     if (ended.isElsewhere) // Its folder was removed.
         forgetNext();

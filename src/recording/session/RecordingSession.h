@@ -60,8 +60,9 @@ public:
     // Kept after its end, until the next begins.
     const FileUnderWay &currentFile() const { return mFile; }
     // What the file that is written holds, until it is whole.
-    double recordedSeconds() const { return isWriting() ? mRecordManager->recordingDuration() : 0; }
-    qint64 recordedBytes() const { return isWriting() ? mRecordManager->recordedFileSize() : 0; }
+    media::RecordingCounts recordingCounts() const {
+        return isWriting() ? mRecordManager->recordingCounts() : media::RecordingCounts();
+    }
     int pendingConversions() const { return mFiles.pendingConversions(); }
 
     // Makes this process the owner of recordings, list and tasks; false when another one is.
@@ -71,7 +72,8 @@ public:
 
 private:
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) override;
-    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
+    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url,
+                                                      const media::RecordingCounts &counts,
                                                       const std::optional<foundation::Failure> &failure) override;
     void RecordManagerUpdateAudioLevel(RecordManager &, float level) override;
     void RecordManagerDeviceLost(RecordManager &) override { deviceIsAway(true); }

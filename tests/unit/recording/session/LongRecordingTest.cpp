@@ -60,7 +60,7 @@ public:
             QCoreApplication::processEvents();
             const auto follows = [&] {
                 const bool runs = session.isRecording() && !session.currentFile().path.isEmpty();
-                return runs && tapped + 2 * kRate > kit.getAudioRecorder()->recordedFrames();
+                return runs && tapped + 2 * kRate > kit.getAudioRecorder()->recordingCounts().frames;
             };
             if (!session.isRecording())
                 world.advance(25); // the coder's block that the file before ends with

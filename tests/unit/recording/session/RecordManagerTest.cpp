@@ -12,11 +12,12 @@ namespace {
 class Owner : public QObject, public RecordManagerDelegate {
 public:
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &) override { ++started; }
-    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &manager, const QUrl &, double duration,
+    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &,
+                                                      const media::RecordingCounts &counts,
                                                       const std::optional<foundation::Failure> &failure) override {
         ++finished;
-        seconds = duration;
-        bytes = manager.recordedFileSize();
+        seconds = counts.seconds();
+        bytes = counts.bytes;
         sentence = failure ? Lang::english(failure->sentence) : QString();
     }
     void RecordManagerUpdateAudioLevel(RecordManager &, float) override { ++levels; }
@@ -52,7 +53,7 @@ public:
     bool runsFor(double seconds) {
         return stepUntil([&] {
             const auto *recorder = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
-            return owner.started && recorder->recordedSeconds() >= seconds;
+            return owner.started && recorder->recordingCounts().seconds() >= seconds;
         });
     }
     bool ends() {

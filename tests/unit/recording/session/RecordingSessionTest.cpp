@@ -239,7 +239,7 @@ TEST_F(RecordingSessionTest, SilenceIsToldOnceWithItsDeviceAndCause) {
 TEST_F(RecordingSessionTest, SoundIsNoSilence) {
     ASSERT_EQ(refusal(0), QString());
     const auto *recorder = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
-    ASSERT_TRUE(stepUntil([&] { return recorder->recordedSeconds() > 6; }));
+    ASSERT_TRUE(stepUntil([&] { return recorder->recordingCounts().seconds() > 6; }));
     EXPECT_TRUE(view.silent.isEmpty());
     session.stopRecording();
     ASSERT_TRUE(ends());

@@ -14,10 +14,11 @@ using Pause = RecordManager::Pause;
 class Owner : public QObject, public RecordManagerDelegate {
 public:
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &) override { ++started; }
-    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &, double duration,
+    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &,
+                                                      const media::RecordingCounts &counts,
                                                       const std::optional<foundation::Failure> &failure) override {
         ++finished;
-        seconds = duration;
+        seconds = counts.seconds();
         sentence = failure ? Lang::english(failure->sentence) : QString();
     }
     void RecordManagerUpdateAudioLevel(RecordManager &, float) override {}
@@ -208,13 +209,13 @@ TEST_F(SplitTest, TheFramesBeforeASoundThatEndsASilenceAreInTheFileOnce) {
         world.advance(1000);
         manager.pauseRecording(Pause::ForSilence);
         EXPECT_TRUE(manager.isPaused());
-        const std::int64_t before = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordedFrames();
+        const std::int64_t before = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordingCounts().frames;
         world.advance(silence);
-        const std::int64_t during = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordedFrames();
+        const std::int64_t during = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordingCounts().frames;
         EXPECT_EQ(during, before) << "the length stands still";
         manager.resumeRecording();
         world.advance(500);
-        const std::int64_t all = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordedFrames();
+        const std::int64_t all = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordingCounts().frames;
         ASSERT_TRUE(stop(false));
         const std::lock_guard lock(mMutex);
         std::int64_t left = 0;
