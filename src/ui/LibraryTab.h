@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/desktop/FileManagerReveal.h"
+#include "platform/desktop/MediaControls.h"
 #include "platform/foundation/Sentence.h"
 #include "recording/library/LibraryMedia.h"
 #include "recording/library/LibraryPlayer.h"
@@ -29,8 +31,8 @@ class LibraryTab : public QWidget {
     Q_OBJECT
 
 public:
-    // The list outlives the tab.
-    explicit LibraryTab(RecordedList &list, QWidget *parent = nullptr);
+    // media, files: null where the desktop has no media controls or file manager. All outlive the tab.
+    LibraryTab(RecordedList &list, desktop::MediaControls *media, desktop::FileManagerReveal *files, QWidget *parent);
 
     // The items of the list have come or gone; what is shown of all, or of one, has changed.
     void listDidChange();
@@ -75,7 +77,8 @@ private:
     CoverPictures mPictures;
     RecordingsRemoval mRemoval;
     LibraryPlayer mPlayer;
-    LibraryMedia mMedia{mPlayer, mModel};
+    LibraryMedia mMedia;
+    desktop::FileManagerReveal *const mFiles;
     // What the rows stood for before they change; may be gone, and is only compared.
     struct {
         std::unordered_set<const RecordedAudioInfo *> selected;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/desktop/Services.h"
 #include "recording/control/RecorderPanel.h"
 #include "recording/control/RecordingNotices.h"
 #include "recording/library/RecordedList.h"
@@ -38,6 +39,7 @@ public:
         RecordingSession &session;
         RecordedList &list;
         TaskList &tasks;
+        desktop::Services &desktop;
     };
     explicit MainWindow(const Parts &parts);
     ~MainWindow() override;

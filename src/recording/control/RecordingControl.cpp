@@ -2,7 +2,6 @@
 
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
-#include "platform/desktop/Services.h"
 #include "recording/control/ListRequests.h"
 #include "recording/schedule/ScheduleTaskText.h"
 #include "recording/schedule/TaskList.h"
@@ -38,19 +37,19 @@ void insertTimeLeft(QVariantMap &status, double seconds, qint64 bytes) {
 
 } // namespace
 
-RecordingControl::RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins)
-    : mSession(session), mList(list), mTasks(tasks), mBegins(begins) {}
+RecordingControl::RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins,
+                                   desktop::RemoteControl *remote)
+    : mSession(session), mList(list), mTasks(tasks), mBegins(begins), mRemote(remote) {}
 
 RecordingControl::~RecordingControl() {
-    if (const auto &remote = desktop::InstalledServices::current().remote; mIsOffered && remote)
-        remote->withdraw();
+    if (mIsOffered)
+        mRemote->withdraw();
 }
 
 void RecordingControl::offer() {
-    const auto &remote = desktop::InstalledServices::current().remote;
-    if (!remote)
+    if (mRemote == nullptr)
         return;
-    const auto offered = remote->offer(*this);
+    const auto offered = mRemote->offer(*this);
     mIsOffered = offered.ok();
     if (!mIsOffered) // The recorder works without.
         Log(offered.failure().detail);

@@ -35,11 +35,12 @@ public:
     // Whether it may begin recordings beside the one that runs.
     enum class Begins { Any, None };
 
-    // All outlive the control.
-    RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins);
+    // remote: how others reach it; null where the desktop has no way. All outlive the control.
+    RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins,
+                     desktop::RemoteControl *remote);
     ~RecordingControl() override;
 
-    // Makes it reachable, if the desktop has a way; a failure is a line of the log.
+    // Makes it reachable; a failure is a line of the log.
     void offer();
 
     // Brings the window to the front; empty where there is none.
@@ -80,6 +81,7 @@ private:
     RecordedList &mList;
     TaskList &mTasks;
     const Begins mBegins;
+    desktop::RemoteControl *const mRemote;
     bool mIsOffered = false;
 };
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/desktop/FileManagerReveal.h"
+#include "platform/desktop/Notifications.h"
+
 #include <QObject>
 #include <QString>
 
@@ -17,7 +20,9 @@ public:
         // Tells it some other way, where the desktop shows no messages.
         std::function<void(const QString &title, const QString &text)> tellOtherwise;
     };
-    explicit RecordingNotices(Actions actions) : mActions(std::move(actions)) {}
+    // Null where the desktop shows no messages, or has no file manager; else they outlive the notices.
+    RecordingNotices(Actions actions, desktop::Notifications *notifications, desktop::FileManagerReveal *files)
+        : mActions(std::move(actions)), mNotifications(notifications), mFiles(files) {}
     ~RecordingNotices() override;
 
     // In the place of the file before.
@@ -30,9 +35,12 @@ public:
     void endSign();
 
 private:
+    void show(const QString &tag, const desktop::Notification &notification) const;
     void reveal(const QString &file) const;
 
     const Actions mActions;
+    desktop::Notifications *const mNotifications;
+    desktop::FileManagerReveal *const mFiles;
 };
 
 } // namespace cantorel

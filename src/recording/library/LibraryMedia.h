@@ -15,8 +15,8 @@ class LibraryMedia : public QObject, public desktop::MediaCommands {
     Q_OBJECT
 
 public:
-    // Both outlive it.
-    LibraryMedia(LibraryPlayer &player, const RecordingsModel &model);
+    // controls: null where the desktop has none. All outlive it.
+    LibraryMedia(LibraryPlayer &player, const RecordingsModel &model, desktop::MediaControls *controls);
     ~LibraryMedia() override;
 
     // While something is recorded, no key begins to play: it would be heard in the recording.
@@ -49,6 +49,7 @@ private:
 
     LibraryPlayer &mPlayer;
     const RecordingsModel &mModel;
+    desktop::MediaControls *const mControls;
     bool mIsOffered = false, mIsRecording = false;
     QString mLast;                        // what was played last
     bool mMustLook = true;                // at the library, for what follows:

@@ -35,7 +35,7 @@ public:
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
     RecordingSession session{*this, list, surroundings("state")};
     TaskList tasks;
-    RecordingControl control{session, list, tasks, RecordingControl::Begins::Any};
+    RecordingControl control{session, list, tasks, RecordingControl::Begins::Any, nullptr};
 };
 
 struct ControlWithoutVirtualDevice : RecordingControlTest {
