@@ -21,6 +21,14 @@ inline void store(const QString &path, const QByteArray &bytes) {
         file.write(bytes);
 }
 
+inline void touch(const QString &path) { store(path, {}); }
+
+// A program that its owner may run.
+inline void writeProgram(const QString &path, const QByteArray &script) {
+    store(path, script);
+    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
 inline std::uint64_t bigEndian(const QByteArray &bytes, qsizetype position, int count) {
     std::uint64_t value = 0;
     for (int i = 0; i < count; ++i)

@@ -2,6 +2,7 @@
 #include "app/start/SignalWatch.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/Clock.h"
+#include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateWorld.h"
 
 #include <QDir>
@@ -14,12 +15,7 @@
 namespace cantorel {
 namespace {
 
-void writeProgram(const QString &path, const QByteArray &script) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(script);
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
+using testing::writeProgram;
 
 TEST(Relaunch, CommandHasItsFixedShape) {
     EXPECT_EQ(Application::relaunchCommand(1.0F, "/opt/Cantorel App/bin/cantorel"),

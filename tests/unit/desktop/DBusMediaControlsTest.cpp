@@ -136,14 +136,6 @@ TEST_F(DBusMediaControlsTest, ThePlayerIsThereWhileItIsOffered) {
 
 TEST_F(DBusMediaControlsTest, ItTellsWhatItIsAndWhatIsPlayed) {
     ASSERT_TRUE(controls.offer(commands));
-    const QVariantMap root = Panel::all(kRoot);
-    EXPECT_EQ(root.value(QStringLiteral("Identity")), QStringLiteral("Test"));
-    EXPECT_EQ(root.value(QStringLiteral("DesktopEntry")), QStringLiteral("com.example.Test"));
-    for (const char *name : {"CanQuit", "CanRaise"})
-        EXPECT_TRUE(root.value(QString::fromLatin1(name)).toBool()) << name;
-    for (const char *name : {"HasTrackList", "SupportedUriSchemes", "SupportedMimeTypes"})
-        EXPECT_TRUE(root.contains(QString::fromLatin1(name))) << name;
-
     QVariantMap player = Panel::all(kPlayer);
     EXPECT_EQ(player.value(QStringLiteral("PlaybackStatus")), QStringLiteral("Stopped"));
     EXPECT_TRUE(qdbus_cast<QVariantMap>(player.value(QStringLiteral("Metadata"))).isEmpty());

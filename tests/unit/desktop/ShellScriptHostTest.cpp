@@ -1,6 +1,7 @@
 #include "platform/desktop/ShellScriptHost.h"
 
 #include "lang/Lang.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,13 +14,7 @@
 namespace cantorel::desktop {
 namespace {
 
-void writeProgram(const QString &path, const char *script) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(script);
-    file.close();
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
+using testing::writeProgram;
 
 TEST(ShellScriptHost, ATextThatIsNoScriptDoesNotCompileAndIsNotRun) {
     ShellScriptHost host;

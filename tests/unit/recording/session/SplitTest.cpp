@@ -11,23 +11,6 @@ namespace {
 
 using Pause = RecordManager::Pause;
 
-class Owner : public QObject, public RecordManagerDelegate {
-public:
-    void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &) override { ++started; }
-    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &,
-                                                      const media::RecordingCounts &counts,
-                                                      const std::optional<foundation::Failure> &failure) override {
-        ++finished;
-        seconds = counts.seconds();
-        sentence = failure ? Lang::english(failure->sentence) : QString();
-    }
-    void RecordManagerUpdateAudioLevel(RecordManager &, float) override {}
-
-    int started = 0, finished = 0;
-    double seconds = 0;
-    QString sentence;
-};
-
 class SplitTest : public test::RecordingFixture {
 public:
     SplitTest() { manager.delegate = &owner; }
@@ -77,7 +60,7 @@ public:
             ASSERT_EQ(files[file][i], files[file][i - 1] + 1) << "file " << file << " frame " << i;
     }
 
-    Owner owner;
+    test::ManagerLog owner;
     RecordManager manager;
     std::vector<std::vector<std::int64_t>> files;
     std::mutex mMutex;
