@@ -111,7 +111,7 @@ public:
     // "pipewire" or "embedded".
     virtual QString name() const = 0;
 
-    // The clock that the devices live by; waits of whoever polls them happen on it.
+    // The clock that the devices run on; code that polls them waits on it too.
     virtual foundation::Clock &clock() = 0;
 
     // All devices, in a stable order; empty while no server answers. Aggregates made here are among them. Any thread.

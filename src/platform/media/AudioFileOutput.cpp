@@ -58,7 +58,7 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     recording->worker = std::make_unique<RecordingWorker>(
         path, RecordingInput{queue, stream->sampleRate(), stream->sourceChannels(), pollInterval}, diskReserve,
         std::move(events));
-    // The exchange is what keeps two files of a split next to each other.
+    // Swapping the queues in one step loses no frame between the two files of a split.
     mJoins = false;
     retire(queue.get(), before.queue != nullptr);
     mCurrent = std::move(recording);
@@ -230,8 +230,8 @@ void AudioFileOutput::workerFinished(std::uint64_t number, const QString &path, 
         if (mStream && !isUsed(*recording->worker->queue()))
             mStream->detach(recording->worker->queue().get());
         counts = countsOf(*recording);
-        counts.droppedFrames =
-            recording->droppedFrames; // What the queue has dropped since the stop is not this file's.
+        counts.droppedFrames = recording->droppedFrames; // The queue may have dropped more frames since the stop; those
+                                                         // belong to the next file.
         if (!mCurrent)
             mLast = counts;
         counts.secondsAway = mSecondsAway;
