@@ -137,7 +137,7 @@ private:
     bool mKeepsRouting = false;
     bool mUnsetIsKept = false;
     bool mIsHeard = true;                              // as last told, while routed
-    std::unique_ptr<foundation::Timer> mRetry;         // while an output that is there can't be played to
+    std::unique_ptr<foundation::Timer> mRetry;         // while an existing output cannot be played to
     std::unique_ptr<AudioThruEngine> mAudioThreEngine; // Spelling is fixed. Only while routed.
 };
 

@@ -19,13 +19,13 @@ namespace cantorel {
 
 class ZQAVRecorder;
 
-// What a recorder tells, on the main thread. All optional.
+// Hears what a recorder does, on the main thread. All functions are optional.
 class ZQAVRecorderDelegate {
 public:
     virtual ~ZQAVRecorderDelegate() = default;
 
     virtual void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &) {}
-    // Nothing for a file that is whole.
+    // The failure is empty for a file that is whole.
     virtual void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &, const media::RecordingCounts &,
                                                         const std::optional<foundation::Failure> &) {}
     // Every 0.1 s while levels are asked for: 20 times the linear amplitude; not a number without channels.
@@ -49,8 +49,8 @@ public:
     // False in the base.
     virtual bool startRecording(const QUrl &url, QString *error);
     virtual void stopRecording();
-    // Once; nothing while nothing is recorded. A pause for silence keeps the last frames at hand, and a pause by the
-    // person that follows gives them up.
+    // Does nothing while nothing is recorded. A pause for silence keeps the last frames; a pause by the person after it
+    // drops them.
     void pauseRecording(media::AudioFileOutput::Pause pause = media::AudioFileOutput::Pause::ByPerson);
     void resumeRecording();
 

@@ -128,7 +128,7 @@ Result<QString> AudioConverter::convertRecording(int index, const QString &input
     if (!run)
         return run.failure();
     Log(QStringLiteral("convert completed."));
-    // A result of no bytes is none, whatever the converter says.
+    // An empty result is a failure, even if the converter reports success.
     if (!run.value().ending.succeeded() || QFileInfo(output).size() <= 0)
         return converterFailed(inputFile, run.value());
     return isLossless(index) ? takePlaceOf(inputFile, output) : Result<QString>(output);
