@@ -102,7 +102,7 @@ RecordingControl::Answer RecordingControl::start(const QStringList &) {
                                       "cantorel-cli record"));
     if (const auto started = mSession.startRecording(); !started) {
         if (mSession.phase() == SessionPhase::Refused)
-            mSession.stopRecording(); // A failed start leaves a recording shown; nobody would see it here.
+            mSession.stopRecording(); // A failed start leaves a recording shown, which only a window can show.
         return refusal(started.failure().sentence.isEmpty() ? QStringLiteral("The recording was not begun.")
                                                             : started.failure().sentence);
     }

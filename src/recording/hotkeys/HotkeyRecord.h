@@ -22,7 +22,7 @@ using HotkeyAction = void (HotkeyTarget::*)(const QString &hotkey);
 class HotkeyRecord {
 public:
     // The identity's signature and number are both the identifier. hotKeys: null where the desktop has none.
-    // receiver: is told of presses; outlives the record.
+    // receiver: hears of presses; outlives the record.
     HotkeyRecord(std::shared_ptr<desktop::HotKeys> hotKeys, quint32 HotkeyID, quint32 keyRef, quint32 modifiers,
                  std::shared_ptr<HotkeyTarget> target, HotkeyAction action, desktop::HotKeyTarget &receiver);
     ~HotkeyRecord();

@@ -34,7 +34,7 @@ public:
     void quit() override;
 
 Q_SIGNALS:
-    // What leads elsewhere.
+    // The desktop asks for the window, or for the end of the program.
     void toWindow();
     void toEnd();
 
@@ -42,7 +42,7 @@ private:
     void playerDidChange();
     void positionDidJump();
     void offer();
-    // Where the track stands in the library.
+    // Looks up the track and its neighbours in the library.
     void look();
     void go(const QString &file);
     void show();

@@ -78,7 +78,7 @@ void CrashLeftovers::recover() {
         if (RecordingJournal::isOutOfReach(file))
             continue;
         for (const auto &recovered : RecordingJournal::recover(file))
-            (void)take(recovered); // the view is told there
+            (void)take(recovered); // it tells the view
         mJournal.end(file);
     }
 }
@@ -94,7 +94,7 @@ void CrashLeftovers::recoverBehind(std::function<void(const Recovered &)> done) 
             for (const QString &file : files)
                 repaired.push_back(RecordingJournal::recover(file));
         });
-        // Waits for the worker when it goes, so this is there; the call is not made then.
+        // The destructor waits for this worker, so "this" is valid here; calls still queued by then are dropped.
         QMetaObject::invokeMethod(this, [this, files, repaired = std::move(repaired), done] {
             mIsRecovering = false;
             Recovered all;

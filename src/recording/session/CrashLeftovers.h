@@ -27,7 +27,7 @@ public:
     // What somebody has to decide about; nearly always nothing. Its items in the list are left alone until then.
     std::vector<RecordingJournal::Leftover> pending();
 
-    // Repairs all of it and has it in the list; the view is told of each.
+    // Repairs all of it, puts it into the list and tells the view of each.
     void recover();
     // The same on a worker, while the event loop goes on. done: called at its end with what has become of it; not
     // called where there is nothing to repair.

@@ -20,8 +20,8 @@ struct ExecutedTask {
     double seconds = 0; // how long it records
 };
 
-// The file that is written, from its start until it is settled: what it records, what it has lost, and whom it belongs
-// to. A value of RecordingSession.
+// The file being written, from its start until it is settled: what it records, what it has lost, and its task and list
+// item. A value of RecordingSession.
 struct FileUnderWay {
     QString path;   // empty before the first frames
     QString device; // the one that is recorded
@@ -30,9 +30,9 @@ struct FileUnderWay {
     std::optional<ExecutedTask> task;
     double taskSecondsBefore = 0; // in the task's files before this one
 
-    media::RecordingCounts counted; // last
+    media::RecordingCounts counted; // at the last count
     qint64 lostFrames = 0;          // dropped, or filled with silence though the device was there
-    bool fillsAbsence = false;      // the next silence that is filled in is the device's absence
+    bool fillsAbsence = false;      // the next filled silence stands for the device's absence
     bool deviceIsAway = false;
 
     // Frames lost since the last count.

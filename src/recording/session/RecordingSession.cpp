@@ -152,7 +152,7 @@ void RecordingSession::stopRecording() {
     case Phase::Idle:
         return;
     case Phase::Naming:
-        mPhase = Phase::Idle; // Whoever asks for the name finds that nothing shall begin.
+        mPhase = Phase::Idle; // The question for the name then finds that nothing shall begin.
         return;
     case Phase::Starting:
     case Phase::Writing:
@@ -182,7 +182,7 @@ void RecordingSession::close(AfterFile next) {
 
 void RecordingSession::showStopped() {
     mTimerRestart.reset();
-    mFile.deviceIsAway = false; // Nobody waits for it any more.
+    mFile.deviceIsAway = false; // The recording does not wait for it any more.
     if (mRunning)
         mRunning->end();
     recordingControlsDidChange();
@@ -223,7 +223,7 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
         follow();
 }
 
-// After an error the recording is started again, unless nobody wants that any more.
+// Starts the recording again after an error, unless it was stopped meanwhile.
 void RecordingSession::interrupted(const EndedFile &ended) {
     const bool goesOn = isRecording() || isStoppedBySilence() || isAutoSplitEverySeconds();
     mRunning->end();

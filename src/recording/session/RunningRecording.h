@@ -13,7 +13,7 @@ namespace cantorel {
 
 class RecordManager;
 
-// What a recording asks for by itself.
+// Hears what the running recording wants done.
 class RunningRecordingOwner {
 public:
     virtual ~RunningRecordingOwner() = default;
@@ -41,7 +41,7 @@ public:
 
     void framesCame();
     void levelCame(float level);
-    // It is stopped; nothing is asked for any more.
+    // The recording was stopped; ends the timers.
     void end();
 
     PausedBy pausedBy() const { return mPaused; }
