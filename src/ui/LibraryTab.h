@@ -38,9 +38,10 @@ public:
     void listDidChange();
     void itemsDidChange() { mModel.languageDidChange(); }
     void itemDidChange(const RecordedAudioInfo &item) { mModel.itemDidChange(item); }
-    // What is heard shall not be recorded.
+    // So that it is not recorded.
     void stopPlayback() { mPlayer.stop(); }
-    // What is played would be in the recording: playsIntoRecording() is told instead, once a recording.
+    // While system sound is recorded, playing would be recorded too: play() then emits playsIntoRecording() instead,
+    // once for each recording.
     void setRecordsSystemSound(bool records);
     void playAllTheSame(const QString &file);
     LibraryPlayer &player() { return mPlayer; }
@@ -79,7 +80,7 @@ private:
     LibraryPlayer mPlayer;
     LibraryMedia mMedia;
     desktop::FileManagerReveal *const mFiles;
-    // What the rows stood for before they change; may be gone, and is only compared.
+    // The items of the rows before a change; may be deleted by then, and are only compared.
     struct {
         std::unordered_set<const RecordedAudioInfo *> selected;
         const RecordedAudioInfo *current = nullptr, *top = nullptr;

@@ -46,7 +46,7 @@ MainWindow::MainWindow(const Parts &parts)
                parts.desktop.notifications.get(), parts.desktop.files.get()) {
     setMinimumSize(kSmallest);
     resize(kFirst);
-    restoreGeometry(ZQUserDefaultGetDataValue(kGeometry, {})); // refuses what is none
+    restoreGeometry(ZQUserDefaultGetDataValue(kGeometry, {})); // ignores invalid data
     mTabs->setDocumentMode(true);
     mTabs->setIconSize(textIconSize(*this));
     mTabs->setObjectName(QStringLiteral("tabs"));
