@@ -108,7 +108,7 @@ private:
         registerHotkeys();
     }
 
-    // A start from now on is not led here any more, where it would end with us.
+    // A second start from now on is not sent to this process, which is ending.
     void giveNameBack() {
         if (!mControl)
             return;

@@ -26,7 +26,7 @@ public:
 
     foundation::WeakDelegate<ApplicationDelegate> delegate;
 
-    // Told once, when the end is certain and the event loop goes on for a moment. May be empty.
+    // Called once, when the end is certain, while the event loop still runs for a moment. May be empty.
     std::function<void()> willEnd;
 
     // Asks the delegate and ends the event loop. What is asked once it may end is not asked again.

@@ -47,7 +47,8 @@ public:
     PausedBy pausedBy() const { return mPaused; }
     void pause();
     void resume();
-    // Once it is resumed or its device is back, where it waits: the next file could not begin, or would undo the pause.
+    // Splits at once, or as soon as a pause by the person ends or the device is back: until then the next file could
+    // not begin, or would undo the pause.
     void split();
 
 private:
