@@ -27,7 +27,7 @@ constexpr int kSplits = 50;
 
 struct Owner : QObject, RecordManagerDelegate {
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &) override { ++started; }
-    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &, double,
+    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &, const media::RecordingCounts &,
                                                       const std::optional<foundation::Failure> &failure) override {
         ++finished;
         failures += failure ? 1 : 0;
@@ -93,9 +93,10 @@ TEST_F(SplitSound, FiftySplitsLeaveNoGapInTheFilesNorAtTheEar) {
     };
     ASSERT_TRUE(eventually(hearsStamps));
     for (int split = 0; split < kSplits; ++split) {
-        const std::int64_t frames = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordedFrames();
+        const std::int64_t frames = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordingCounts().frames;
         (void)eventually([&] {
-            return ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordedFrames() > frames + 4800 + 100 * split;
+            return ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordingCounts().frames
+                   > frames + 4800 + 100 * split;
         });
         manager.joinNextRecording();
         ASSERT_TRUE(stop(manager));

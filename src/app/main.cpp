@@ -52,14 +52,15 @@ public:
 
     ~WindowProgram() {
         mHotkeys.reset();
-        desktop::InstalledServices::current().hotKeys.reset();
+        mDesktopKeys.reset();
         ToolSystem::setAllowKeepSystemWakeEnable(false);
     }
 
     bool claim() { return mSession.claim(); }
 
     int run() {
-        mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks});
+        mWindow.emplace(
+            ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks, desktop::InstalledServices::current()});
         const InstalledAsker asker(mWindow->alerts());
         ui::WindowFace face(*mWindow, mWindow->alerts());
         face.checkUpdates = [this](bool byHand) { byHand ? mCommonUtils.checkByHand() : mCommonUtils.checkSilent(); };
@@ -98,15 +99,16 @@ private:
     void takeUpControl() {
         mWindow->offerLeftovers();
         mRecorder.schedule().initScheduleTaskList();
-        mControl.emplace(mSession, mList, mTasks, RecordingControl::Begins::Any);
+        mControl.emplace(mSession, mList, mTasks, RecordingControl::Begins::Any,
+                         desktop::InstalledServices::current().remote.get());
         mControl->show = [this] { mWindow->showAgain(); };
         mControl->offer();
         if (auto hotKeys = desktopHotKeys(); hotKeys)
-            desktop::InstalledServices::current().hotKeys = std::move(hotKeys.value());
+            mDesktopKeys = std::move(hotKeys.value());
         registerHotkeys();
     }
 
-    // A start from now on is not led here any more, where it would end with us.
+    // A second start from now on is not sent to this process, which is ending.
     void giveNameBack() {
         if (!mControl)
             return;
@@ -118,7 +120,8 @@ private:
 
     void registerHotkeys() {
         if (!mHotkeys)
-            mHotkeys.emplace(mRecorder, [this](const foundation::Sentence &sentence) { mPanel.setSentence(sentence); });
+            mHotkeys.emplace(mRecorder, mDesktopKeys,
+                             [this](const foundation::Sentence &sentence) { mPanel.setSentence(sentence); });
         mHotkeys->registerEnabled();
         mWindow->showTriggers(mHotkeys->triggers());
     }
@@ -135,6 +138,7 @@ private:
     ScheduledSession mRecorder;
     std::optional<ui::MainWindow> mWindow;
     std::optional<RecordingControl> mControl;
+    std::shared_ptr<desktop::HotKeys> mDesktopKeys; // null where the desktop has none
     std::optional<RecordingHotkeys> mHotkeys;
     bool mIsTakenUp = false;
 };

@@ -308,7 +308,7 @@ void AudioDeviceEngine::giveBack() {
     if (mAudioThreEngine)
         mAudioThreEngine->Stop();
     hal::HardwareSystem::giveBackDefault(hal::Direction::Output, heard);
-    // One of our own that was the default before is none to stay with.
+    // One of our own devices that was the default before is not kept as the default.
     const AudioDeviceID left = systemDevice(kAudioHardwarePropertyDefaultOutputDevice);
     if (left != kAudioObjectUnknown && isOwnDevice(left) && mOutputDeviceID != kAudioObjectUnknown
         && !isOwnDevice(mOutputDeviceID))
@@ -471,7 +471,7 @@ void AudioDeviceEngine::removeSystemAudioDeviceChangeListener() {
 
 OSStatus AudioDeviceEngine::defaultDeviceChanged(AudioObjectID, std::uint32_t count,
                                                  const AudioObjectPropertyAddress *addresses, void *) {
-    // The hardware layer calls from the main thread's event loop, so the observers are told right here.
+    // The hardware layer calls from the main thread's event loop, so observers can be called right here.
     const auto &center = foundation::NotificationCenter::defaultCenter();
     for (std::uint32_t i = 0; i < count; ++i) {
         const QVariantMap info = defaultDeviceInfo(addresses[i].mSelector);

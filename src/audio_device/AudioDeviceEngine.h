@@ -72,19 +72,19 @@ public:
     bool setSVAD();
     // Gives the remembered real device back; harmless when nothing is routed.
     void unsetSVAD();
-    // While it is kept, what unsetSVAD() gives back is only remembered, and a setSVAD() that follows takes it up as if
-    // it had never been given back: nobody hears a gap. What is still remembered at the end is done then. Meanwhile the
-    // defaults are told as if it were done.
+    // While true, unsetSVAD() only notes that the device is to be given back, and a following setSVAD() continues the
+    // routing without an audible gap. Passing false carries out what is still noted. Meanwhile the default devices are
+    // reported as if it had been carried out.
     void keepRouting(bool keep);
-    // Whether something is remembered that can be taken up.
+    // Whether a noted unsetSVAD() can still be undone by setSVAD().
     bool isRoutingKept() const { return mUnsetIsKept && isRouted(); }
 
     // Joins the default input and the virtual device to "Tessolar_AggregateDevice". The UIDs of both, or empty on
     // failure.
     QVariantMap createAggregateDevice();
     void destroyAggregateDevice();
-    // What joins the default microphone and the virtual device: as saved or made before where that still holds, else
-    // made anew, by one thread at a time. The UIDs of both, or empty on failure.
+    // The same, but keeps the existing aggregate if it still joins these two, as saved or as made before. Locked: any
+    // thread.
     QVariantMap renewAggregateDevice(const QVariantMap &saved);
     bool isExistAggregateDevice() const;
     // Whether the aggregate is missing or joins another microphone than the default one.
@@ -137,7 +137,7 @@ private:
     bool mKeepsRouting = false;
     bool mUnsetIsKept = false;
     bool mIsHeard = true;                              // as last told, while routed
-    std::unique_ptr<foundation::Timer> mRetry;         // while an output that is there can't be played to
+    std::unique_ptr<foundation::Timer> mRetry;         // while an existing output cannot be played to
     std::unique_ptr<AudioThruEngine> mAudioThreEngine; // Spelling is fixed. Only while routed.
 };
 

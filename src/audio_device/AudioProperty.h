@@ -61,7 +61,7 @@ std::optional<std::uint32_t> channelsOfSide(AudioDeviceID device, bool isInput);
 // The number of buffers of one side; nothing when the device does not say.
 std::optional<std::uint32_t> buffersOfSide(AudioDeviceID device, bool isInput);
 
-// Deliberately does nothing: callers say what failed, and nobody is told.
+// Deliberately does nothing: callers say what failed, and it is not reported.
 inline void CHECK_ERR(OSStatus, const char *) {}
 
 } // namespace cantorel

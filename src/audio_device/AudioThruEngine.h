@@ -82,7 +82,7 @@ private:
     void mixInto(float *output, std::uint32_t outputChannels, const float *input, std::uint32_t frames) noexcept
         [[clang::nonblocking]];
     // The hardware's news of either device. Where its cycles begin again after an interruption, or it has other
-    // channels or another rate, everything begins anew: nothing of the old times holds.
+    // channels or another rate, everything starts over: no earlier time is valid.
     static OSStatus deviceChanged(AudioObjectID device, std::uint32_t count,
                                   const AudioObjectPropertyAddress *addresses, void *engine);
     void followDevices();

@@ -11,7 +11,7 @@ class ZQAudioKextLog {
 public:
     ZQAudioKextLog() = delete;
 
-    // Taken only when a file is there; the log never makes it.
+    // Accepted only if the file exists; the log never creates it.
     static void initWithLogPath(const QString &path);
     static QString LogFilePath();
 

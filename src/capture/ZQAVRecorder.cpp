@@ -61,36 +61,8 @@ void ZQAVRecorder::stopCaptureRuning() {
 
 bool ZQAVRecorder::isRecording() const { return fileOutput() && fileOutput()->isRecording(); }
 
-std::int64_t ZQAVRecorder::recordedFileSize() const {
-    return fileOutput() ? static_cast<std::int64_t>(fileOutput()->recordedFileSize()) : 0;
-}
-
-std::int64_t ZQAVRecorder::droppedFrames() const {
-    return fileOutput() ? static_cast<std::int64_t>(fileOutput()->droppedFrames()) : 0;
-}
-
-std::int64_t ZQAVRecorder::filledFrames() const {
-    return fileOutput() ? static_cast<std::int64_t>(fileOutput()->filledFrames()) : 0;
-}
-
-double ZQAVRecorder::secondsAway() const { return fileOutput() ? fileOutput()->secondsAway() : 0; }
-
-std::int64_t ZQAVRecorder::recordedFrames() const { return fileOutput() ? fileOutput()->recordedDuration().value : 0; }
-
-double ZQAVRecorder::recordedSeconds() const {
-    const media::MediaTime duration = fileOutput() ? fileOutput()->recordedDuration() : media::MediaTime();
-    return duration.timescale < 1 ? 0 : static_cast<double>(duration.value) / duration.timescale;
-}
-
-double ZQAVRecorder::recordingDuration() const {
-    if (!fileOutput())
-        return 0;
-    const media::MediaTime duration = fileOutput()->recordedDuration();
-    if (duration.timescale < 1)
-        return 0;
-    // The integer division is deliberate: whole seconds are what splits and displays go by.
-    const std::int64_t wholeSeconds = duration.value / duration.timescale;
-    return static_cast<double>(wholeSeconds);
+media::RecordingCounts ZQAVRecorder::recordingCounts() const {
+    return fileOutput() ? fileOutput()->recordingCounts() : media::RecordingCounts();
 }
 
 void ZQAVRecorder::setIsShowAudioLevel(bool flag) {
@@ -123,8 +95,9 @@ void ZQAVRecorder::captureOutputDidStartRecording(media::AudioFileOutput &, cons
 }
 
 void ZQAVRecorder::captureOutputDidFinishRecording(media::AudioFileOutput &, const QString &path,
+                                                   const media::RecordingCounts &counts,
                                                    const std::optional<foundation::Failure> &failure) {
-    delegate->captureDidFinishRecordingToOutputAtURL(*this, QUrl::fromLocalFile(path), failure);
+    delegate->captureDidFinishRecordingToOutputAtURL(*this, QUrl::fromLocalFile(path), counts, failure);
 }
 
 } // namespace cantorel

@@ -19,14 +19,14 @@ namespace cantorel {
 
 class ZQAVRecorder;
 
-// What a recorder tells, on the main thread. All optional.
+// Hears what a recorder does, on the main thread. All functions are optional.
 class ZQAVRecorderDelegate {
 public:
     virtual ~ZQAVRecorderDelegate() = default;
 
     virtual void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &) {}
-    // Nothing for a file that is whole.
-    virtual void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &,
+    // The failure is empty for a file that is whole.
+    virtual void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &, const media::RecordingCounts &,
                                                         const std::optional<foundation::Failure> &) {}
     // Every 0.1 s while levels are asked for: 20 times the linear amplitude; not a number without channels.
     virtual void captureUpdateAudioLevel(ZQAVRecorder &, float) {}
@@ -49,8 +49,8 @@ public:
     // False in the base.
     virtual bool startRecording(const QUrl &url, QString *error);
     virtual void stopRecording();
-    // Once; nothing while nothing is recorded. A pause for silence keeps the last frames at hand, and a pause by the
-    // person that follows gives them up.
+    // Does nothing while nothing is recorded. A pause for silence keeps the last frames; a pause by the person after it
+    // drops them.
     void pauseRecording(media::AudioFileOutput::Pause pause = media::AudioFileOutput::Pause::ByPerson);
     void resumeRecording();
 
@@ -59,16 +59,10 @@ public:
 
     bool isPaused() const { return bIsPaused; }
     bool isRecording() const;
-    std::int64_t recordedFileSize() const; // bytes
-    double recordingDuration() const;      // whole seconds
-    std::int64_t recordedFrames() const;   // exact
-    double recordedSeconds() const;        // exact
-    // What was lost on the way to the file, in frames; 0 in a good recording.
-    std::int64_t droppedFrames() const;
-
-    // Silence that stands for what the device did not bring while it was away, in frames, and how long that was last.
-    std::int64_t filledFrames() const;
-    double secondsAway() const;
+    // Of the recording under way, else of the last one.
+    media::RecordingCounts recordingCounts() const;
+    std::int64_t recordedFileSize() const { return recordingCounts().bytes; }
+    double recordingDuration() const { return recordingCounts().wholeSeconds(); } // seconds
 
     virtual void setIsShowAudioLevel(bool flag);
 
@@ -85,6 +79,7 @@ protected:
 
     void captureOutputDidStartRecording(media::AudioFileOutput &, const QString &path) override;
     void captureOutputDidFinishRecording(media::AudioFileOutput &, const QString &path,
+                                         const media::RecordingCounts &counts,
                                          const std::optional<foundation::Failure> &failure) override;
     void captureOutputDeviceLost(media::AudioFileOutput &) override { delegate->captureDeviceLost(*this); }
     void captureOutputDeviceBack(media::AudioFileOutput &) override { delegate->captureDeviceBack(*this); }

@@ -52,7 +52,7 @@ std::optional<media::CaptureDevice> ZQAudioRecorder::currentAudioDevice() const 
 
 bool ZQAudioRecorder::startRecording(const QUrl &url, QString *) {
     const QString path = url.toLocalFile();
-    (void)QFile::remove(path); // one that cannot go is told when the new one cannot be made
+    (void)QFile::remove(path); // if this fails, creating the new file fails too and reports why
     mOuputFileURL = url;
     mAudioFileOutput->startRecordingToOutputFile(path);
     bIsPaused = false;

@@ -17,28 +17,28 @@ public:
 
     bool initCaptureSession(QString *error) override;
 
-    // Nothing happens for a device of the same display name as the current one, be it recorded or not; nothing is
-    // recorded from without one.
+    // Does nothing for a device with the display name of the current one, recording or not. Without a device nothing
+    // is recorded.
     void setAudioDevice(const std::optional<media::CaptureDevice> &device);
     std::optional<media::CaptureDevice> currentAudioDevice() const;
 
-    // Replaces a file of that name. Always true: what fails is told by the delegate.
+    // Replaces a file of that name. Always true: the delegate hears of failures.
     bool startRecording(const QUrl &url, QString *error) override;
     void stopRecording() override;
 
-    // The recording under way will be followed by another one: the frames behind its last are kept for the recorder
-    // that takes them over before it is given the same device. Without a queue when there are none.
+    // For a split: the frames after the last of the recording under way are kept. letGo() hands them out, with a null
+    // queue if there are none; the next recorder takes them over before it is given the same device.
     void joinNextRecording() { mAudioFileOutput->joinNextRecording(); }
     void forgetNextRecording() { mAudioFileOutput->forgetNextRecording(); }
     media::RecordingContinuation letGo() { return mCaptureSession->letGo(); }
     void takeOver(media::RecordingContinuation continuation) { mCaptureSession->takeOver(std::move(continuation)); }
 
-    // A recording ends when its disk has less room, in bytes.
+    // A recording ends when its disk has less free space than this, in bytes.
     void setDiskReserve(std::uint64_t bytes) { mAudioFileOutput->diskReserve = bytes; }
     // Names a free file for a recording whose folder was removed meanwhile, on another thread.
     void setRescue(std::function<QString(const QString &path)> rescue) { mAudioFileOutput->rescue = std::move(rescue); }
-    // How often the file's thread looks for frames, and what sees the exact frames that are handed to the coder, on
-    // that thread; for tests.
+    // For tests: how often the file's thread looks for frames, and a function that it calls with the exact frames that
+    // go to the coder.
     void setPollInterval(std::chrono::milliseconds interval) { mAudioFileOutput->pollInterval = interval; }
     void setTap(std::function<void(std::span<const float> interleavedStereo)> tap);
 

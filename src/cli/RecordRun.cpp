@@ -100,7 +100,8 @@ Outcome RecordRun::start() {
     if (mSession->claim()) {
         mList->initRecordedList();
         mSession->leftovers().recover();
-        mControl = std::make_unique<RecordingControl>(*mSession, *mList, mTasks, RecordingControl::Begins::None);
+        mControl = std::make_unique<RecordingControl>(*mSession, *mList, mTasks, RecordingControl::Begins::None,
+                                                      desktop::InstalledServices::current().remote.get());
         mControl->offer();
     }
     if (const auto started = mSession->startRecording(); !started) {

@@ -31,7 +31,6 @@ Outcome TasksRun::run() {
     const Outcome outcome = mSignalCount > 0 ? Outcome{kStoppedBySignal, QStringLiteral("Stopped.")} : start();
     mControl.reset();
     mHotkeys.reset();
-    desktop::InstalledServices::current().hotKeys.reset();
     mScheduled.reset();
     mSession.reset();
     mList.reset();
@@ -55,13 +54,13 @@ Outcome TasksRun::start() {
 
     const auto tell = [this](const foundation::Sentence &sentence) { command().note(Lang::english(sentence)); };
     connect(mScheduled.get(), &ScheduledSession::startRefused, this, tell);
-    if (auto hotKeys = desktopHotKeys(); hotKeys)
-        desktop::InstalledServices::current().hotKeys = std::move(hotKeys.value());
-    mHotkeys = std::make_unique<RecordingHotkeys>(*mScheduled, tell);
+    auto hotKeys = desktopHotKeys();
+    mHotkeys = std::make_unique<RecordingHotkeys>(*mScheduled, hotKeys ? std::move(hotKeys.value()) : nullptr, tell);
     mHotkeys->registerEnabled();
 
     mScheduled->schedule().initScheduleTaskList();
-    mControl = std::make_unique<RecordingControl>(*mSession, *mList, mTasks, RecordingControl::Begins::Any);
+    mControl = std::make_unique<RecordingControl>(*mSession, *mList, mTasks, RecordingControl::Begins::Any,
+                                                  desktop::InstalledServices::current().remote.get());
     mControl->offer();
     command().note(QStringLiteral("Waiting for scheduled tasks until Ctrl-C."));
     ToolSystem::setAllowKeepSystemWakeEnable(true);

@@ -4,7 +4,7 @@
 
 namespace cantorel {
 
-// Tells and asks on the console, where nobody can answer: the safe choice is taken and said. Owned by main.
+// Prints alerts on the console. Nobody can answer there, so it takes the safe choice and prints which. Owned by main.
 class TerminalAsker : public Asker {
 public:
     void tell(const QString &title, const QString &message, AlertStyle style, QObject *window) override;

@@ -110,7 +110,7 @@ public:
     static void setAudioExportMergerEnable(bool value);
     static int updateSkipVersionID();
     static void setUpdateSkipVersionID(int version);
-    // The online language if there is one, else the stored one; an old name is stored anew first.
+    // The online language if one is set, else the stored one; a stored old name is replaced by the new one first.
     static QString appLanguage();
     static void setAppLanguage(const QString &language);
 

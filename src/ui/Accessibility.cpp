@@ -61,7 +61,7 @@ private:
 };
 
 QAccessibleInterface *interfaceOf(const QString &, QObject *object) {
-    // Whoever asks owns what is made.
+    // The caller owns the result.
     if (auto *meter = dynamic_cast<MeterView *>(object))
         return new MeterInterface(*meter);
     if (auto *picture = dynamic_cast<SoundPictureView *>(object))

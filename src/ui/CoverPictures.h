@@ -25,7 +25,7 @@ public:
     QIcon picture(const RecordedAudioInfo &item, int size, qreal scale, const QColor &selectedText);
 
 Q_SIGNALS:
-    // A picture that stood for others is there now.
+    // A picture has been decoded and replaces its placeholder.
     void changed();
 
 private:

@@ -1,7 +1,6 @@
 #include "ui/LibraryTab.h"
 
 #include "lang/Lang.h"
-#include "platform/desktop/Services.h"
 #include "recording/library/RecordedList.h"
 #include "ui/Icons.h"
 #include "ui/RecordingInfo.h"
@@ -38,11 +37,14 @@ QToolButton *flatButton(QWidget *parent, const char *name) {
 
 } // namespace
 
-LibraryTab::LibraryTab(RecordedList &list, QWidget *parent)
+LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, desktop::FileManagerReveal *files,
+                       QWidget *parent)
     : QWidget(parent),
       mList(list),
       mModel(list),
       mRemoval(list),
+      mMedia(mPlayer, mModel, media),
+      mFiles(files),
       mSearch(new QLineEdit(this)),
       mTable(new QTableView(this)),
       mEmpty(new QLabel(this)),
@@ -245,9 +247,8 @@ void LibraryTab::playAllTheSame(const QString &file) {
 
 void LibraryTab::reveal() {
     const auto items = selected();
-    const auto &files = desktop::InstalledServices::current().files;
-    if (!items.empty() && files)
-        (void)files->reveal({items.front()->getFileName()}); // The desktop shows it or has no file manager.
+    if (!items.empty() && mFiles != nullptr)
+        (void)mFiles->reveal({items.front()->getFileName()}); // The desktop shows it or has no file manager.
 }
 
 void LibraryTab::showInfo() {

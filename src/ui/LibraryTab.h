@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/desktop/FileManagerReveal.h"
+#include "platform/desktop/MediaControls.h"
 #include "platform/foundation/Sentence.h"
 #include "recording/library/LibraryMedia.h"
 #include "recording/library/LibraryPlayer.h"
@@ -29,16 +31,17 @@ class LibraryTab : public QWidget {
     Q_OBJECT
 
 public:
-    // The list outlives the tab.
-    explicit LibraryTab(RecordedList &list, QWidget *parent = nullptr);
+    // media, files: null where the desktop has no media controls or file manager. All outlive the tab.
+    LibraryTab(RecordedList &list, desktop::MediaControls *media, desktop::FileManagerReveal *files, QWidget *parent);
 
     // The items of the list have come or gone; what is shown of all, or of one, has changed.
     void listDidChange();
     void itemsDidChange() { mModel.languageDidChange(); }
     void itemDidChange(const RecordedAudioInfo &item) { mModel.itemDidChange(item); }
-    // What is heard shall not be recorded.
+    // So that it is not recorded.
     void stopPlayback() { mPlayer.stop(); }
-    // What is played would be in the recording: playsIntoRecording() is told instead, once a recording.
+    // While system sound is recorded, playing would be recorded too: play() then emits playsIntoRecording() instead,
+    // once for each recording.
     void setRecordsSystemSound(bool records);
     void playAllTheSame(const QString &file);
     LibraryPlayer &player() { return mPlayer; }
@@ -75,8 +78,9 @@ private:
     CoverPictures mPictures;
     RecordingsRemoval mRemoval;
     LibraryPlayer mPlayer;
-    LibraryMedia mMedia{mPlayer, mModel};
-    // What the rows stood for before they change; may be gone, and is only compared.
+    LibraryMedia mMedia;
+    desktop::FileManagerReveal *const mFiles;
+    // The items of the rows before a change; may be deleted by then, and are only compared.
     struct {
         std::unordered_set<const RecordedAudioInfo *> selected;
         const RecordedAudioInfo *current = nullptr, *top = nullptr;

@@ -42,10 +42,11 @@ MainWindow::MainWindow(const Parts &parts)
       mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, this)),
       mLibraryPage(new QWidget(this)),
       mNotices({[this] { bringToFront(); }, [this] { mParts.recorder.stopByHand(); },
-                [this](const QString &title, const QString &text) { statusItem().notify(title, text); }}) {
+                [this](const QString &title, const QString &text) { statusItem().notify(title, text); }},
+               parts.desktop.notifications.get(), parts.desktop.files.get()) {
     setMinimumSize(kSmallest);
     resize(kFirst);
-    restoreGeometry(ZQUserDefaultGetDataValue(kGeometry, {})); // refuses what is none
+    restoreGeometry(ZQUserDefaultGetDataValue(kGeometry, {})); // ignores invalid data
     mTabs->setDocumentMode(true);
     mTabs->setIconSize(textIconSize(*this));
     mTabs->setObjectName(QStringLiteral("tabs"));
@@ -68,7 +69,7 @@ MainWindow::~MainWindow() {
 void MainWindow::complete() {
     if (mLibraryTab)
         return;
-    mLibraryTab = new LibraryTab(mParts.list, mLibraryPage);
+    mLibraryTab = new LibraryTab(mParts.list, mParts.desktop.media.get(), mParts.desktop.files.get(), mLibraryPage);
     auto *page = new QVBoxLayout(mLibraryPage);
     page->setContentsMargins({});
     page->addWidget(mLibraryTab);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/desktop/Services.h"
 #include "recording/control/RecorderPanel.h"
 #include "recording/control/RecordingNotices.h"
 #include "recording/library/RecordedList.h"
@@ -38,22 +39,24 @@ public:
         RecordingSession &session;
         RecordedList &list;
         TaskList &tasks;
+        desktop::Services &desktop;
     };
     explicit MainWindow(const Parts &parts);
     ~MainWindow() override;
 
     void changeLanguageText();
-    // A newer version; or, for a check by hand, that there is none or nobody answered.
+    // Shows a newer version; or, after a check by hand, that there is none (isLatest) or that the server did not
+    // answer.
     void offerUpdate(const UpdateDescription &description);
     void tellNoUpdate(bool isLatest);
-    // Asks what shall become of what a crash left of recordings; nothing where there is none.
+    // Asks the person what to do with recordings that a crash left unfinished, if there are any.
     void offerLeftovers();
     void bringToFront();
-    // The same for whoever starts the program anew: what was about to end once all is converted stays.
+    // The same when the program is started a second time; also cancels an end that waits for conversions.
     void showAgain();
     // Ends the program, and what is recorded, without asking.
     void stopAndQuit();
-    // How the hot keys for start, stop and pause are pressed, where the desktop says so.
+    // Shows how the hot keys for start, stop and pause are pressed, if the desktop tells.
     void showTriggers(const std::array<QString, 3> &triggers);
     bool isRecording() const;
     bool isPrepareStartRecording() const;
@@ -64,19 +67,19 @@ public:
     void showStatuses();
 
     AlertAsker &alerts() { return *mAlerts; }
-    // Made when they are first wanted; the library behind the first picture.
+    // Made when first needed; the library after the window was painted.
     LibraryTab &library();
     SettingsWindow &settings();
     TasksWindow &tasks();
 
 Q_SIGNALS:
-    // The person wants the program to end, and nothing is recorded or converted any more.
+    // The person wants to quit, and nothing is recorded or converted any more.
     void mayEnd();
     // The window has been painted for the first time. What need not be in the first picture begins now.
     void firstShown();
-    // Those of the settings.
+    // The hot keys of the settings have changed.
     void hotkeysChanged();
-    // Whether there is a newer version shall be told in any case.
+    // The person asks for a newer version and expects an answer in any case.
     void updatesWanted();
 
 private:
@@ -91,12 +94,13 @@ private:
     void showIcons();
     void showTexts();
     void showOrHide();
-    // The person wants the program to end.
+    // Ends the program, after asking if something is recorded or converted.
     void leave();
     void askToPlay(const QString &file);
     void askToLeave(const QString &why, const QString &stay, const QString &quit);
     void stayHidden();
-    // What stands for the hidden window while it records, where there is no tray, is seen or has gone.
+    // The desktop message that stands for the hidden, recording window where there is no tray has appeared or
+    // disappeared.
     void signDidChange(bool isThere);
     void endOnceSettled();
     void complete();
@@ -121,7 +125,7 @@ private:
     QPointer<QMessageBox> mShutdown; // counts down to it
     bool mWasPainted = false;
     bool mIsLeaving = false;
-    bool mHasSign = false; // or asks for it
+    bool mHasSign = false; // shown, or about to be shown
     bool mHasToldOfWaiting = false;
 };
 

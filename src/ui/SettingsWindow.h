@@ -33,7 +33,7 @@ public:
     void setTriggers(const std::array<QString, 3> &triggers);
 
 Q_SIGNALS:
-    // What they name has been stored.
+    // Emitted once the new value is stored.
     void languageChanged();
     void recordingChanged();
     void hotkeysChanged();

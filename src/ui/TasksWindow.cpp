@@ -33,7 +33,7 @@ QString shownTime(const QDateTime &moment) {
     return Lang::locale().toString(moment.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm:ss"));
 }
 
-// The next start of a task as at now; invalid when there is none.
+// The next start of a task from now on; invalid if there is none.
 QDateTime nextStart(const ScheduleTaskInfo &task) {
     const auto copy = std::make_shared<ScheduleTaskInfo>(task);
     return checkTasks({copy}, nullptr, QDateTime::currentDateTime()).start;

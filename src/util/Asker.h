@@ -36,7 +36,7 @@ public:
     InstalledAsker(const InstalledAsker &) = delete;
     InstalledAsker &operator=(const InstalledAsker &) = delete;
 
-    // The one that is installed; without one, an asker that takes the safe choice and prints what it is told.
+    // The installed one; without one, an asker that takes the safe choice and prints the text.
     static Asker &current();
 
 private:

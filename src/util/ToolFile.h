@@ -21,9 +21,9 @@ public:
     static bool isFileExistsAtPath(const QString &path);
     static bool isFolderExistsAtPath(const QString &path);
 
-    // Makes an empty file, emptying one that is there.
+    // Makes an empty file; empties an existing one.
     static bool createFileAtPath(const QString &path); // for its owner alone, where it is new
-    // With the folders above it; true as well when it is there.
+    // With the folders above it; also true if it exists already.
     static bool createFolderAtPath(const QString &path);
 
     // Only when the source exists; nothing is overwritten. A move across file systems copies first.

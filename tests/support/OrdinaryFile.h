@@ -21,6 +21,9 @@ inline void store(const QString &path, const QByteArray &bytes) {
         file.write(bytes);
 }
 
+inline void touch(const QString &path) { store(path, {}); }
+
+// A program that its owner may run.
 inline void storeProgram(const QString &path, const QByteArray &script) {
     store(path, script);
     QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

@@ -19,10 +19,16 @@ const QString kFolder = QStringLiteral("show-in-folder"), kStop = QStringLiteral
 
 class Background : public test::WindowFixture {
 public:
-    Background() {
+    explicit Background(std::shared_ptr<desktop::CallRecord> calls = std::make_shared<desktop::CallRecord>())
+        : WindowFixture(test::EmbeddedWorld::Virtual::Installed, withoutSleep(calls)), record(std::move(calls)) {
         QObject::connect(&window, &ui::MainWindow::mayEnd, &window, [this] { ++quits; });
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+    }
+    static desktop::Services withoutSleep(const std::shared_ptr<desktop::CallRecord> &calls) {
+        desktop::Services services = desktop::recordedServices(calls);
+        services.sleep.reset(); // It would note each recording.
+        return services;
     }
     static desktop::RecordedNotifications &desktopMessages() {
         return static_cast<desktop::RecordedNotifications &>(*desktop::InstalledServices::current().notifications);
@@ -46,8 +52,7 @@ public:
     }
     int sheets() const { return static_cast<int>(window.findChildren<QMessageBox *>(QStringLiteral("sheet")).size()); }
 
-    std::shared_ptr<desktop::CallRecord> record = std::make_shared<desktop::CallRecord>();
-    desktop::InstalledServices services{desktop::recordedServices(record)};
+    std::shared_ptr<desktop::CallRecord> record;
     int quits = 0;
 };
 

@@ -12,9 +12,7 @@ namespace {
 class FirstStart : public test::WindowFixture {
 public:
     FirstStart() : WindowFixture(test::EmbeddedWorld::Virtual::Missing) {
-        desktop::Services made;
-        made.scripts = std::make_unique<test::InstallingHost>(world);
-        services = std::make_unique<desktop::InstalledServices>(std::move(made));
+        desktop::InstalledServices::current().scripts = std::make_unique<test::InstallingHost>(world);
         delegate.applicationDidFinishLaunching();
         window.offerLeftovers();
         pass(3000); // It has come to the front by then.
@@ -42,7 +40,6 @@ public:
     test::FakeUtils utils{calls};
     test::FakeApplication application{calls};
     test::HeldTasks background{calls};
-    std::unique_ptr<desktop::InstalledServices> services;
     ui::WindowFace face{window, window.alerts()};
     AppDelegate delegate{AppDelegate::Parts{.application = application,
                                             .mainWindow = face,

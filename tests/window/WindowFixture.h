@@ -18,8 +18,9 @@ namespace cantorel::test {
 // The main window over software devices: music plays, time is stepped by hand, clicks and keys are real.
 class WindowFixture : public RecordingFixture {
 public:
-    explicit WindowFixture(EmbeddedWorld::Virtual installed = EmbeddedWorld::Virtual::Installed)
-        : RecordingFixture(installed) {
+    explicit WindowFixture(EmbeddedWorld::Virtual installed = EmbeddedWorld::Virtual::Installed,
+                           desktop::Services desktop = {})
+        : RecordingFixture(installed), services(std::move(desktop)) {
         list.initRecordedList();
         session.claim();
     }
@@ -75,12 +76,13 @@ public:
         }
     }
 
+    desktop::InstalledServices services;
     RecorderPanel panel;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
     RecordingSession session{panel, list, surroundings("state")};
     TaskList taskList;
     ScheduledSession recorder{session, taskList, panel, *world.clock};
-    ui::MainWindow window{{panel, recorder, session, list, taskList}};
+    ui::MainWindow window{{panel, recorder, session, list, taskList, desktop::InstalledServices::current()}};
 };
 
 } // namespace cantorel::test

@@ -126,7 +126,7 @@ void AppDelegate::observeDevices() {
 }
 
 void AppDelegate::bringToFrontLater() {
-    // A dialog that is open keeps the focus: whoever types into it is in front of the window already.
+    // An open dialog keeps the focus: the person may be typing into it.
     const auto bringToFront = [this] {
         if (!mParts.mainWindow.isShowingDialog())
             mParts.mainWindow.makeKeyAndOrderFront();

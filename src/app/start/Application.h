@@ -9,7 +9,7 @@
 
 namespace cantorel {
 
-// Is told of the application's start and end.
+// Hears of the application's start and end.
 class ApplicationDelegate {
 public:
     virtual ~ApplicationDelegate() = default;
@@ -26,7 +26,7 @@ public:
 
     foundation::WeakDelegate<ApplicationDelegate> delegate;
 
-    // Told once, when the end is certain and the event loop goes on for a moment. May be empty.
+    // Called once, when the end is certain, while the event loop still runs for a moment. May be empty.
     std::function<void()> willEnd;
 
     // Asks the delegate and ends the event loop. What is asked once it may end is not asked again.
@@ -35,7 +35,7 @@ public:
     // Starts the program again after so many seconds and asks this one to end. Where no shell starts, nothing ends.
     foundation::Result<void> relaunchAfterDelay(float seconds);
 
-    // What a shell is told for that: a path is a path, whatever is in its name.
+    // The shell command for that; the path is quoted, whatever it contains.
     static QString relaunchCommand(float delay, const QString &path);
 
 protected:

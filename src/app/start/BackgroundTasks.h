@@ -9,7 +9,7 @@
 
 namespace cantorel {
 
-// Runs tasks beside the main thread. Outlives whoever gives it tasks.
+// Runs tasks beside the main thread. Outlives the objects that give it tasks.
 class BackgroundTasks {
 public:
     virtual ~BackgroundTasks() = default;

@@ -19,7 +19,7 @@ public:
     CommonUtils(UpdateCheck &updates, BackgroundTasks &background);
     ~CommonUtils() override;
 
-    // Told of a version to offer, on the main thread; set by whoever shows it.
+    // Called with a version to offer, on the main thread; set by the code that shows it.
     std::function<void(const UpdateDescription &)> updateIsOffered;
     // Told on the main thread of a check by hand that has nothing to offer: with what the server said, or with nothing
     // when nothing came.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/desktop/HotKeys.h"
 #include "platform/desktop/Services.h"
 
 namespace cantorel {

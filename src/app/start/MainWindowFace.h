@@ -35,7 +35,7 @@ public:
 // the window; main thread.
 class MainWindowFace {
 public:
-    // What a sheet's completion is told: this number for the first button, one more for each further one.
+    // What a sheet's completion receives: this number for the first button, one more for each further one.
     static constexpr int kFirstButton = 1000;
 
     virtual ~MainWindowFace() = default;
@@ -53,7 +53,7 @@ public:
     virtual void close() = 0;
     // Asks the delegate whether it may go on.
     virtual void initCaptureSession() = 0;
-    // byHand: the person asked for it, and is told of a result that is no news.
+    // byHand: the person asked for it, and also hears that there is nothing new.
     virtual void startCheckingUpdates(bool byHand) = 0;
     virtual bool isRecording() const = 0;
     virtual bool isPrepareStartRecording() const = 0;
@@ -68,7 +68,7 @@ public:
 protected:
     // The Tools menu and all that leads to the editor and the converter.
     virtual void hideEditorAndConverter() = 0;
-    // Draws the list anew. Spelling is fixed.
+    // Redraws the list. Spelling is fixed.
     virtual void notificationRecordedAudioInfoStatusDidChnage() = 0;
     // The input-source selector by the saved input type.
     virtual void setAudioInputSelectedStatus() = 0;

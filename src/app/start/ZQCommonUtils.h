@@ -43,9 +43,9 @@ public:
     // Before all else. The parent window outlives the services.
     virtual void initWithCommAppInfo(const CommAppInfo &info, MainWindowFace &parentWindow) = 0;
     virtual void setAppInfo(const CommAppInfo &info) = 0;
-    // Looks for a newer version beside the main thread; says nothing when there is none or nobody answers.
+    // Looks for a newer version beside the main thread; silent if there is none or the server does not answer.
     virtual void checkSilent() = 0;
-    // The program ends: nobody waits for a server any more.
+    // The program ends: stops waiting for the server.
     virtual void stopWaiting() = 0;
     // Ends whatever is under way, without waiting for others.
     virtual void dispose() = 0;

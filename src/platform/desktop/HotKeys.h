@@ -22,7 +22,7 @@ struct EventHotKeyID {
     std::uint32_t id = 0;
 };
 
-// Is told of a pressed key, on the main thread.
+// Hears of pressed keys, on the main thread.
 class HotKeyTarget {
 public:
     virtual ~HotKeyTarget() = default;
@@ -38,7 +38,7 @@ class HotKeys {
 public:
     virtual ~HotKeys() = default;
 
-    // Always makes a registration; one that the desktop does not grant never fires, and the trouble is told. The target
+    // Always makes a registration. One that the desktop does not grant never fires, and `trouble` is called. The target
     // outlives the registration.
     virtual EventHotKeyRef RegisterEventHotKey(const HotKeyCombination &combination, const EventHotKeyID &identity,
                                                HotKeyTarget &target) = 0;

@@ -42,13 +42,13 @@ class MediaControls {
 public:
     virtual ~MediaControls() = default;
 
-    // From now on the desktop may ask, until withdraw(). The commands outlive that. Fails where nobody can ask.
+    // The desktop may send commands until withdraw(), which the commands outlive. Fails without a session bus.
     virtual foundation::Result<void> offer(MediaCommands &commands) = 0;
     virtual void withdraw() = 0;
 
-    // What is no news is not told on.
+    // Passes on only what has changed.
     virtual void show(const MediaState &state) = 0;
-    // The position is another one than time alone explains.
+    // Tells the desktop of a jump: the position changed by more than the time that passed.
     virtual void positionDidJump() = 0;
 };
 

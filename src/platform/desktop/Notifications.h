@@ -7,7 +7,7 @@
 
 namespace cantorel::desktop {
 
-// A message on the person's desktop, and who is told what becomes of it. None of the functions needs to be there.
+// A message on the person's desktop, with callbacks for what becomes of it. All callbacks are optional.
 struct Notification {
     struct Action {
         QString id, label;
@@ -22,22 +22,22 @@ struct Notification {
     bool isLasting = false;
 
     std::function<void()> shown = {};
-    // Nobody shows it: the desktop has no such messages, or none that last.
+    // The desktop cannot show it: it has no messages, or none that stay.
     std::function<void()> refused = {};
     std::function<void(const QString &action)> pressed = {};
     // It was put away, or its time is over.
     std::function<void()> ended = {};
 };
 
-// Messages on the person's desktop. Nothing is asked of the desktop before the first one, and nobody waits for an
+// Messages on the person's desktop. The desktop is not contacted before the first one, and no call waits for its
 // answer. Main thread.
 class Notifications {
 public:
     virtual ~Notifications() = default;
 
-    // In the place of the message that was shown under that tag, which hears nothing any more.
+    // Replaces the message shown under that tag; its callbacks are not called any more.
     virtual void show(const QString &tag, const Notification &notification) = 0;
-    // Takes it away, if it is there still; it hears nothing of it.
+    // Removes it if it is still shown, without calling its callbacks.
     virtual void close(const QString &tag) = 0;
 };
 

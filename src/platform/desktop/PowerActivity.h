@@ -11,7 +11,7 @@ public:
     virtual ~PowerActivity() = default;
 
     // Holds the machine awake until release(); holding twice is holding once. Fails when no service takes the wish.
-    // reason: what a person is shown who asks the desktop why.
+    // reason: shown to a person who asks the desktop why it stays awake.
     virtual foundation::Result<void> hold(const QString &reason) = 0;
     virtual void release() = 0;
 };

@@ -38,8 +38,8 @@ public:
     virtual foundation::Result<void> offer(RemoteCommands &commands) = 0;
     virtual void withdraw() = 0;
 
-    // Waits for the answer of the program that offers commands. Nothing when there is none. The detail of what that
-    // program refuses is its sentence; any other failure is one of asking.
+    // Waits for the answer of the program that offers commands; nothing if no program does. If that program refuses,
+    // the detail of the failure is its sentence. Any other failure happened on the way.
     virtual std::optional<foundation::Result<QVariantMap>> ask(const QString &method, const QStringList &arguments) = 0;
 };
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/desktop/FileManagerReveal.h"
-#include "platform/desktop/HotKeys.h"
 #include "platform/desktop/MediaControls.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/desktop/PowerActivity.h"
@@ -23,7 +22,6 @@ struct Services {
     std::unique_ptr<SoundPlayer> sounds;
     std::unique_ptr<MediaControls> media;
     std::unique_ptr<Notifications> notifications;
-    std::shared_ptr<HotKeys> hotKeys; // shared with the registrations
     std::unique_ptr<RemoteControl> remote;
     std::unique_ptr<SleepDelay> sleep;
     SystemVersion version = SystemVersion::current();

@@ -17,8 +17,8 @@ public:
     virtual void hold(const QString &reason) = 0;
     virtual void release() = 0;
 
-    // Told from the first hold() on, held or not: the machine falls asleep, or shuts down, once nobody holds it back;
-    // it is awake again, or stays so. May be empty.
+    // Called from the first hold() on, held or not. willSleep: the machine is about to sleep or shut down, and does so
+    // once no program holds it back. didWake: it is awake again, or has stayed awake. May be empty.
     std::function<void(bool shutsDown)> willSleep;
     std::function<void()> didWake;
 };

@@ -223,7 +223,7 @@ ChildProcess::Ending ChildProcess::drain(const ChunkListener &listener, std::opt
         if ((waiting[1].revents & (POLLIN | POLLHUP | POLLERR)) != 0)
             readChunk(listener);
         if ((waiting[0].revents & POLLIN) != 0) {
-            // What stood in the pipe is read; what a grandchild goes on writing is not waited for.
+            // The pipe is emptied; output that a grandchild still writes is not waited for.
             qsizetype left = kPipeCapacity;
             for (qsizetype count = 1; mOutput.isOpen() && count > 0 && left > 0; left -= count)
                 count = readChunk(listener);

@@ -17,9 +17,9 @@
 
 namespace cantorel::foundation {
 
-// A program run beside ours: in a session of its own, so that Ctrl-C does not reach it, with what it shall read or
-// nothing on its standard input, and with standard output and standard error joined in one pipe. Owned by whoever waits
-// for it; needs no event loop. The child is sent SIGTERM when the THREAD that started it ends, so that it does not
+// A program run beside ours, in a session of its own so that Ctrl-C does not reach it. Its standard input is the given
+// bytes or empty; its standard output and error are joined in one pipe. Owned by the code that waits for it; needs no
+// event loop. The child is sent SIGTERM when the THREAD that started it ends, so that it does not
 // outlive our program.
 class ChildProcess {
 public:
@@ -29,7 +29,7 @@ public:
         QString folder;           // working folder; empty for ours
         QStringList environment;  // "NAME=VALUE", added to our own
         QByteArray input = {};    // all that it reads
-        bool errorsApart = false; // Standard error goes where ours goes.
+        bool errorsApart = false; // Standard error is ours, not part of the pipe.
     };
 
     struct Ending {
@@ -40,7 +40,7 @@ public:
         bool succeeded() const { return exitStatus == 0 && signal == 0 && !timedOut; }
     };
 
-    // Told each line without its end; lines end at CR or LF, empty ones are left out.
+    // Called with each line without its end; lines end at CR or LF, empty ones are left out.
     using LineListener = std::function<void(const QByteArray &line)>;
 
     // Fails when the program does not exist or cannot be executed.

@@ -288,7 +288,7 @@ bool DefaultsDomain::writeFile(State &state, const DefaultsContent &content) con
     std::optional<DefaultsContent> written;
     if (file.isOpen() && ::fchmod(file.get(), mode) == 0)
         written = writeDefaults(file.get(), content, old.get());
-    // What was copied is what had been seen: nobody who leaves our lock aside has changed it meanwhile.
+    // The copy is what was read: no program that ignores our lock has changed the file meanwhile.
     if (written && old.isOpen() && (::fstat(old.get(), &status) != 0 || state.seen != stampOf(status))) {
         errno = EAGAIN;
         written.reset();

@@ -40,11 +40,11 @@ public:
     // All that is stored, or set and not yet saved.
     QVariantMap storedObjects() const;
 
-    // Sets a value, or removes the key with a null value, without saving it. False, and nothing changes, when the
-    // value is none of a property list's.
+    // Sets a value, or removes the key with a null value, without saving it. False, and nothing changes, when a
+    // property list cannot hold the value.
     bool setObject(const QString &key, const QVariant &value);
     // Saves what was set. False when the file cannot be read or written, or another program keeps it locked; what was
-    // set then stays set for this process and goes with the next save that succeeds.
+    // set then stays set for this process and is stored by the next save that succeeds.
     bool synchronize();
     // Forgets what was set for the key and could not be saved.
     void discard(const QString &key);

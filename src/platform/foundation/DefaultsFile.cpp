@@ -149,7 +149,7 @@ std::optional<Result<DefaultsContent>> readDefaults(int file) {
     const auto skimmed = skim(file);
     if (!skimmed)
         return {};
-    // In comments and sections, and in the binary form, a tag is none.
+    // Inside comments and CDATA sections, and in the binary form, "<data>" is not a tag.
     const bool isPlain = !BinaryPlistReader::recognises(skimmed->text) && !skimmed->text.contains("<!--")
                          && !skimmed->text.contains("<![");
     if (skimmed->large.empty() || isPlain) {

@@ -18,7 +18,7 @@ struct LargeData {
     qint64 length = 0;
 };
 
-// The values of a list, and under which keys large data stand in its file.
+// The values of a list, and the keys whose large data stay in its file.
 struct DefaultsContent {
     QVariantMap values;
     QMap<QString, LargeData> large;

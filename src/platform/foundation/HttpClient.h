@@ -30,8 +30,8 @@ struct HttpResponse {
     QByteArray body; // whatever the status
 };
 
-// Sends a request and waits for the whole answer, or for the stop, which is obeyed at once. A process of its own asks,
-// so that the network's libraries are in ours at no time. Any thread but one that may not block.
+// Sends a request and waits for the whole answer, or until `stop` is requested. A separate process does it, so that our
+// process never loads the network libraries. Blocks; any thread that may.
 Result<HttpResponse> sendHttpRequest(const HttpRequest &request, const HttpLimits &limits = {},
                                      const std::stop_token &stop = {});
 

@@ -22,7 +22,8 @@ Failure missing(const char *fileName, const QString &detail) {
 QString partPath(const char *fileName) {
     if (const char *folder = std::getenv("CANTOREL_MODULES"); folder && *folder)
         return QFile::decodeName(folder) + QLatin1Char('/') + QFile::decodeName(fileName);
-    std::error_code ignored; // an unreadable link gives a path that does not exist, which whoever wants the part tells
+    std::error_code
+        ignored; // an unreadable link gives a path that does not exist, and loading from it fails with a reason
     const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
     return QFile::decodeName((program.parent_path().parent_path() / "lib/cantorel" / fileName).c_str());
 }

@@ -7,7 +7,7 @@
 namespace cantorel::foundation {
 
 // Where a part of the product lies that is no program for people: in ../lib/cantorel from the program's own folder, or
-// in the folder that the variable CANTOREL_MODULES names. Whether it is there is not looked at. Any thread.
+// in the folder that the variable CANTOREL_MODULES names. It is not checked for existence. Any thread.
 QString partPath(const char *fileName);
 
 // The address of a function in one of those parts, a shared object, which is loaded for it and never unloaded: its

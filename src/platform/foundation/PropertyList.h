@@ -16,7 +16,7 @@ struct PropertyListUid {
     bool operator==(const PropertyListUid &) const = default;
 };
 
-// Whether the value, and all that is in it, can stand in a property list.
+// Whether a property list can hold the value and everything in it.
 bool isPropertyListValue(const QVariant &value);
 
 // Reads the XML and the binary form; says in its failure why there is nothing to read.

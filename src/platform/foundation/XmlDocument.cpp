@@ -69,7 +69,7 @@ std::vector<XmlElement> XmlDocument::all(const char *path) const {
     if (!search)
         return {};
     xmlXPathSetContextNode(xmlDocGetRootElement(docOf(mDocument)), search.get());
-    search->error = [](void *, xmlErrorPtr) {}; // A path that is none finds nothing, and says no more.
+    search->error = [](void *, xmlErrorPtr) {}; // An invalid path finds nothing, silently.
     const XmlFound found(xmlXPathEvalExpression(xmlName(path), search.get()));
     if (!found || found->type != XPATH_NODESET || xmlXPathNodeSetIsEmpty(found->nodesetval))
         return {};

@@ -11,12 +11,12 @@
 
 namespace cantorel::foundation {
 
-// One element of a document, and as long as that.
+// One element of a document, which must outlive it.
 class XmlElement {
 public:
     // Null when the element does not have it; empty when it is empty.
     QString attribute(const char *name) const;
-    // What stands in it and in all that it holds.
+    // Its text and the text of all elements in it.
     QString text() const;
 
 private:
@@ -25,12 +25,12 @@ private:
     void *mNode;
 };
 
-// An XML text, read tolerantly: what is broken in it is passed over as far as that can be. Reaches for nothing outside
-// the text, and reads none that declares entities. One thread at a time.
+// An XML text, read tolerantly: broken parts are skipped where possible. Loads nothing from outside the text, and
+// refuses a text that declares entities. One thread at a time.
 class XmlDocument {
 public:
-    // Fails when there is nothing that could be read; the failure's detail says why. An encoding that is named here
-    // counts, whatever the document says of its own.
+    // Fails when there is nothing that could be read; the failure's detail says why. An encoding named here
+    // overrides the one that the document declares.
     static Result<XmlDocument> parse(const QByteArray &bytes, const char *encoding = nullptr);
 
     // The first element that the path finds from the root; nothing for a path that finds none or is no path.

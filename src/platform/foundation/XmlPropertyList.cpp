@@ -49,7 +49,7 @@ std::optional<QVariant> integerOf(QByteArrayView text) {
     return *number > kMost ? QVariant(qulonglong(*number)) : QVariant(static_cast<qlonglong>(*number));
 }
 
-// The value of an element that holds only text; nothing where it is none.
+// The value of an element that holds only text; nothing if it is not such an element.
 std::optional<QVariant> scalarOf(QByteArrayView element, const QByteArray &text) {
     const QByteArray trimmed = text.trimmed();
     if (element == "string")

@@ -181,11 +181,11 @@ constexpr AudioObjectPropertySelector kAudioDevicePropertyPreferredChannelsForSt
 constexpr AudioObjectPropertySelector kAudioDevicePropertyMute = fourCharCode("mute");
 // Float32 0..1, hardware service only, settable: one value for all channels of the side; reads their mean.
 constexpr AudioObjectPropertySelector kAudioHardwareServiceDeviceProperty_VirtualMasterVolume = fourCharCode("vmvc");
-// UInt32: 1 while the device exists. Announced when it goes and when it comes back.
+// UInt32: 1 while the device exists. Announced when it disappears and when it is back.
 constexpr AudioObjectPropertySelector kAudioDevicePropertyDeviceIsAlive = fourCharCode("livn");
 // UInt32: 1 while an I/O procedure of this program runs on that side of it (global: on any) and gets its cycles.
 // Announced for a side when the cycles end by themselves, and when they could begin again: from then on its sample
-// times stand in no relation any more to those of other devices.
+// times cannot be compared with those of other devices.
 constexpr AudioObjectPropertySelector kAudioDevicePropertyDeviceIsRunning = fourCharCode("goin");
 // UInt32: 1 for a loopback device, whose input side gives back what programs play into its output side.
 constexpr AudioObjectPropertySelector kAudioDevicePropertyIsLoopback = fourCharCode("loop");

@@ -111,7 +111,7 @@ public:
     // "pipewire" or "embedded".
     virtual QString name() const = 0;
 
-    // The clock that the devices live by; waits of whoever polls them happen on it.
+    // The clock that the devices run on; code that polls them waits on it too.
     virtual foundation::Clock &clock() = 0;
 
     // All devices, in a stable order; empty while no server answers. Aggregates made here are among them. Any thread.
@@ -142,9 +142,9 @@ public:
     // Null when the device does not exist or lacks a side asked for. Cycles may begin before this returns.
     virtual std::unique_ptr<DeviceStream> openStream(const StreamRequest &request, StreamClient &client) = 0;
 
-    // Makes the aggregate or changes it to what is described; the device is there when this returns true. The channels
-    // of a sub-device that goes are silent until it is back; the device itself goes with the last of them, or with the
-    // server, and is made again by the backend.
+    // Makes the aggregate or changes it to the description; the device exists when this returns true. The channels of
+    // a sub-device that disappears are silent until it is back. The aggregate itself disappears with its last
+    // sub-device or with the server, and the backend makes it again.
     virtual bool makeAggregate(const AggregateSpec &spec) = 0;
     virtual void removeAggregate(const QString &uid) = 0;
 

@@ -35,13 +35,14 @@ public:
     // Makes the device the default of a direction until it is given back, or this program ends in whatever way. What
     // was chosen before then comes back, absence included, unless somebody has chosen yet another device meanwhile.
     static OSStatus borrowDefault(Direction direction, AudioObjectID device);
-    // otherwise: what shall be in force where the device that was is gone; 0: whatever the server picks.
+    // otherwise: the new default if the former one is gone; 0 leaves the choice to the server.
     static void giveBackDefault(Direction direction, AudioObjectID otherwise = kAudioObjectUnknown);
-    // The device that the person's choice amounts to while another stands in for it; 0 when none does, or it is gone.
+    // The device that the person chose, while a device of ours is the default in its place; 0 if none is, or if the
+    // chosen device is gone.
     static AudioObjectID displacedDefault(Direction direction);
     static LeftDefault leftDefault(Direction direction);
 
-    // Delivers to the listeners what they wait for, and takes up again the streams whose device has come back; the
+    // Calls the listeners for pending changes, and takes up again the streams whose device has come back; the
     // event loop does the same by itself. On the thread that made the system.
     void deliverChanges();
 

@@ -54,12 +54,11 @@ void AudioFileOutput::startRecordingToOutputFile(const QString &path) {
     recording->number = number;
     recording->path = path;
     recording->dropped = before.dropped;
-    recording->discontinuities = before.discontinuities;
     recording->filled = before.filled;
     recording->worker = std::make_unique<RecordingWorker>(
         path, RecordingInput{queue, stream->sampleRate(), stream->sourceChannels(), pollInterval}, diskReserve,
         std::move(events));
-    // The exchange is what keeps two files of a split next to each other.
+    // Swapping the queues in one step loses no frame between the two files of a split.
     mJoins = false;
     retire(queue.get(), before.queue != nullptr);
     mCurrent = std::move(recording);
@@ -93,9 +92,10 @@ void AudioFileOutput::retire(FrameQueue *successor, bool continues) {
     mCurrent->worker->stop(runs ? RecordingWorker::End::WithBlock : RecordingWorker::End::Now,
                            framesOf(joins ? kNoticeSeconds : 0));
     mLast = countsOf(*mCurrent);
+    mCurrent->droppedFrames = mLast.droppedFrames;
     if (joins) {
         mNext = {mCurrent->worker->queue(), nullptr, mCurrent->worker->queue()->dropped(),
-                 mCurrent->worker->queue()->discontinuities(), mCurrent->worker->queue()->filled()};
+                 mCurrent->worker->queue()->filled()};
         mStream->attach(mNext.queue.get()); // it was not while the person had paused
     }
     mEnding.push_back(std::move(mCurrent));
@@ -222,40 +222,40 @@ void AudioFileOutput::workerFinished(std::uint64_t number, const QString &path, 
     const auto ended = std::find_if(mEnding.begin(), mEnding.end(),
                                     [number](const auto &recording) { return recording->number == number; });
     std::optional<Failure> reason = failure;
+    RecordingCounts counts = recordingCounts();
     if (ended != mEnding.end()) {
         const std::unique_ptr<Recording> recording = std::move(*ended);
         reason = failure ? failure : recording->failure;
         mEnding.erase(ended);
         if (mStream && !isUsed(*recording->worker->queue()))
             mStream->detach(recording->worker->queue().get());
-        if (!mCurrent) {
-            // What the queue has counted since the stop is not this file's.
-            const Counts counts = countsOf(*recording);
-            mLast.duration = counts.duration;
-            mLast.bytes = counts.bytes;
-            mLast.limited = counts.limited;
-            mLast.filled = counts.filled;
-        }
+        counts = countsOf(*recording);
+        counts.droppedFrames = recording->droppedFrames; // The queue may have dropped more frames since the stop; those
+                                                         // belong to the next file.
+        if (!mCurrent)
+            mLast = counts;
+        counts.secondsAway = mSecondsAway;
     }
-    delegate->captureOutputDidFinishRecording(*this, path, reason);
+    delegate->captureOutputDidFinishRecording(*this, path, counts, reason);
 }
 
-AudioFileOutput::Counts AudioFileOutput::countsOf(const Recording &recording) {
+RecordingCounts AudioFileOutput::countsOf(const Recording &recording) {
     const RecordingWorker &worker = *recording.worker;
-    return {{static_cast<std::int64_t>(worker.frames()), static_cast<std::int32_t>(std::lround(worker.sampleRate()))},
-            worker.bytes(),
-            worker.queue()->dropped() - recording.dropped,
-            worker.queue()->discontinuities() - recording.discontinuities,
-            worker.limitedSamples(),
-            worker.filledFrames() + worker.queue()->filled() - recording.filled};
+    RecordingCounts counts;
+    counts.frames = static_cast<std::int64_t>(worker.frames());
+    counts.rate = static_cast<std::int32_t>(std::lround(worker.sampleRate()));
+    counts.bytes = static_cast<std::int64_t>(worker.bytes());
+    counts.droppedFrames = static_cast<std::int64_t>(worker.queue()->dropped() - recording.dropped);
+    counts.filledFrames =
+        static_cast<std::int64_t>(worker.filledFrames() + worker.queue()->filled() - recording.filled);
+    return counts;
 }
 
-MediaTime AudioFileOutput::recordedDuration() const { return counts().duration; }
-std::uint64_t AudioFileOutput::recordedFileSize() const { return counts().bytes; }
-std::uint64_t AudioFileOutput::droppedFrames() const { return counts().dropped; }
-std::uint64_t AudioFileOutput::discontinuities() const { return counts().discontinuities; }
-std::uint64_t AudioFileOutput::limitedSamples() const { return counts().limited; }
-std::uint64_t AudioFileOutput::filledFrames() const { return counts().filled; }
+RecordingCounts AudioFileOutput::recordingCounts() const {
+    RecordingCounts counts = mCurrent ? countsOf(*mCurrent) : mLast;
+    counts.secondsAway = mSecondsAway;
+    return counts;
+}
 
 std::vector<CaptureConnection> AudioFileOutput::connections() const {
     if (!mStream)

@@ -6,6 +6,7 @@
 #include "platform/foundation/WeakDelegate.h"
 #include "platform/media/CaptureStream.h"
 #include "platform/media/DiskSpace.h"
+#include "platform/media/RecordingCounts.h"
 #include "platform/media/RecordingWorker.h"
 
 #include <QObject>
@@ -22,21 +23,21 @@ namespace cantorel::media {
 
 class AudioFileOutput;
 
-// What is told about a recording, on the main thread and never from within a call to the output. All optional.
+// Hears about a recording, on the main thread and never from within a call to the output. All functions are optional.
 class AudioFileOutputDelegate {
 public:
     virtual ~AudioFileOutputDelegate() = default;
 
-    // The first frames are here. Not told for a recording that ends before.
+    // The first frames have arrived. Not called for a recording that ends before that.
     virtual void captureOutputDidStartRecording(AudioFileOutput &, const QString & /*path*/) {}
-    // Once for each recording, with where its file is; nothing when it is whole.
-    virtual void captureOutputDidFinishRecording(AudioFileOutput &, const QString & /*path*/,
+    // Once for each recording: where its file is, what it holds, and the failure if the file is not whole.
+    virtual void captureOutputDidFinishRecording(AudioFileOutput &, const QString & /*path*/, const RecordingCounts &,
                                                  const std::optional<foundation::Failure> &) {}
     // The device of a running recording has gone, or has come back; the recording stays open meanwhile, and what is
     // missing is filled with silence.
     virtual void captureOutputDeviceLost(AudioFileOutput &) {}
     virtual void captureOutputDeviceBack(AudioFileOutput &) {}
-    // A device that has another rate or other channels, or comes back so, ends its recording with a failure.
+    // A device whose sample rate or channels change ends its recording with a failure.
 };
 
 // What a recording leaves to the one that follows it without a gap: the running stream, and the queue that it fills.
@@ -44,7 +45,6 @@ struct RecordingContinuation {
     std::shared_ptr<FrameQueue> queue; // outlives the stream that fills it
     std::unique_ptr<CaptureStream> stream;
     std::uint64_t dropped = 0; // by the queue, before
-    std::uint64_t discontinuities = 0;
     std::uint64_t filled = 0;
 };
 
@@ -53,15 +53,9 @@ struct AudioChannel {
     bool enabled = true;
 };
 
-// The way from a device to an output.
+// Connects a device with an output.
 struct CaptureConnection {
     std::vector<AudioChannel> audioChannels;
-};
-
-// A duration as a number of frames and the frames of a second; 0 of 0 when there is none.
-struct MediaTime {
-    std::int64_t value = 0;
-    std::int32_t timescale = 0;
 };
 
 // Records what a capture session hears into M4A files, one after the other. Owned beside its session; main thread.
@@ -71,33 +65,33 @@ public:
 
     foundation::WeakDelegate<AudioFileOutputDelegate> delegate;
 
-    // Sees the exact frames that are handed to the coder, on the worker's thread; for tests, set before a recording.
+    // Called with the exact frames that go to the coder, on the worker's thread. For tests; set before a recording.
     std::function<void(std::span<const float> interleavedStereo)> tap;
 
-    // Names a free file for what was recorded when its folder was removed meanwhile; the recording is then told to have
-    // ended there. On the worker's thread; set before a recording.
+    // Names a free file to copy the recording to when its folder has been removed; that file is then reported as the
+    // finished one. Called on the worker's thread; set before a recording.
     std::function<QString(const QString &path)> rescue;
 
-    // A recording ends when its disk has less room; in bytes, set before a recording.
+    // A recording ends when its disk has less free space than this, in bytes. Set before a recording.
     std::uint64_t diskReserve = kDiskReserve;
 
     // How often the worker looks for frames; for tests that let time fly, set before a recording.
     std::chrono::milliseconds pollInterval = kPollInterval;
 
-    // Replaces a file of that name. A recording under way ends with the frame before the first of this one. What
-    // fails is told by the delegate.
+    // Replaces a file of that name. A recording under way ends with the frame before the first of this one. The
+    // delegate hears of failures.
     void startRecordingToOutputFile(const QString &path);
-    // The recording ends with the frames captured until now and the few that complete the coder's block of 1024, so
-    // that every player finds it as long as it was captured. The rest is written in the background.
+    // Ends the recording with the frames captured until now and the few that complete the coder's block of 1024, so
+    // that every player shows its true length. The rest is written in the background.
     void stopRecording();
-    // The recording under way will be followed by another: once it is stopped, the frames behind its last are kept for
-    // the next recording of the same stream, be it by this output or by one that takes the session's continuation.
+    // Announces that another recording follows the one under way. Once that is stopped, the frames after its last are
+    // kept for the next recording of the same stream, by this output or by one that takes the session's continuation.
     void joinNextRecording() { mJoins = isRecording(); }
-    // Keeps nothing for a next one any more.
+    // Undoes joinNextRecording() and drops the frames kept for the next recording.
     void forgetNextRecording();
 
-    // By the person: nothing is captured. For silence: the last frames are kept at hand, and stand in front of those
-    // that follow when the recording is resumed. A pause by the person gives up what is kept.
+    // ByPerson: nothing is captured. ForSilence: the last frames are kept, and are written in front of those that
+    // follow a resume. A pause by the person drops the frames kept.
     enum class Pause { ByPerson, ForSilence };
     void pauseRecording(Pause pause = Pause::ByPerson);
     void resumeRecording();
@@ -106,18 +100,9 @@ public:
     bool isPaused() const { return mPause.has_value(); }
 
     // Of the recording under way, else of the last one.
-    MediaTime recordedDuration() const;
-    std::uint64_t recordedFileSize() const; // bytes in the file now
-    std::uint64_t droppedFrames() const;
-    std::uint64_t discontinuities() const;
-    std::uint64_t limitedSamples() const;
-    // Silence that stands for what the device, or one of the two that it joins, did not bring while it was away; part
-    // of the duration.
-    std::uint64_t filledFrames() const;
-    // How long the device was away when it came back last.
-    double secondsAway() const { return mSecondsAway; }
+    RecordingCounts recordingCounts() const;
 
-    // One connection with the channels of the device; none without one.
+    // One connection with the channels of the device; empty without a device.
     std::vector<CaptureConnection> connections() const;
 
 private:
@@ -128,17 +113,9 @@ private:
         QString path;
         std::unique_ptr<RecordingWorker> worker;
         std::uint64_t dropped = 0; // by the queue, before it began
-        std::uint64_t discontinuities = 0;
         std::uint64_t filled = 0;
+        std::int64_t droppedFrames = 0;             // until it was stopped
         std::optional<foundation::Failure> failure; // why it was ended, if it should not have
-    };
-    struct Counts {
-        MediaTime duration;
-        std::uint64_t bytes = 0;
-        std::uint64_t dropped = 0;
-        std::uint64_t discontinuities = 0;
-        std::uint64_t limited = 0;
-        std::uint64_t filled = 0;
     };
 
     // Runs the call on the main thread, in order with the others. Any thread.
@@ -152,13 +129,12 @@ private:
     void retire(FrameQueue *successor, bool continues = false);
     bool isUsed(const FrameQueue &queue) const;
     std::size_t framesOf(double seconds) const;
-    // For the output of another session; without a queue when there is nothing to continue.
+    // Hands the kept frames to the output of another session; the queue is null when nothing can be continued.
     RecordingContinuation letGo();
     void takeOver(RecordingContinuation next) { mNext = std::move(next); }
     void workerStarted(std::uint64_t number, const QString &path);
     void workerFinished(std::uint64_t number, const QString &path, const std::optional<foundation::Failure> &failure);
-    static Counts countsOf(const Recording &recording);
-    Counts counts() const { return mCurrent ? countsOf(*mCurrent) : mLast; }
+    static RecordingCounts countsOf(const Recording &recording);
 
     foundation::Guarded<std::vector<std::function<void()>>> mPosted;
     std::function<CaptureStream *()> mFreshStream; // the session's stream, opened again where that is needed
@@ -170,11 +146,12 @@ private:
     bool mJoins = false;
     double mSecondsAway = 0;
     std::optional<std::uint64_t> mLostAt; // the queue's end when the device went, while it is away
-    // While the device does not match, and until it has had time to: a server makes it piece by piece.
+    // Runs while the device differs from what is recorded: a sound server changes a device step by step, so it gets
+    // time.
     std::unique_ptr<foundation::Timer> mDoubt;
     std::uint64_t mDoubtAt = 0;  // the queue's end when that began
     RecordingContinuation mNext; // without the stream, which is the session's
-    Counts mLast;
+    RecordingCounts mLast;
 };
 
 } // namespace cantorel::media

@@ -44,10 +44,10 @@ public:
     bool canAddOutput(const AudioFileOutput &output) const;
     void addOutput(AudioFileOutput &output);
 
-    // Gives up the stream of a recording that was joined with the next one, and the frames behind its last; without a
-    // queue when there is none. The session has no stream then.
+    // Hands over the stream of a recording that another one follows, with the frames after its last. The queue is null
+    // when there is no such recording. The session has no stream afterwards.
     RecordingContinuation letGo();
-    // Goes on with that stream when the next input is the device that it belongs to; else it ends then.
+    // Continues with that stream if the next input is its device; otherwise the stream ends then.
     void takeOver(RecordingContinuation continuation) { mContinuation = std::move(continuation); }
 
     // What is changed in between takes effect at the end, at once.

@@ -49,15 +49,15 @@ public:
 
     // Seconds since the last frame; of use while the device is away.
     double secondsAway() const;
-    // What is missing until now is nobody's: the hole that is noted when the device is back begins here.
+    // The hole that is noted once the device is back begins at this moment; what was missing before is not filled.
     void beginHoleHere();
 
-    // Told when the device goes or brings nothing any more (false), and when it brings sound again (true).
+    // Called when the device disappears or stops delivering (false), and when it delivers sound again (true).
     std::function<void(bool alive)> onAliveChanged;
-    // Told when one of the devices that this one joins goes (false), and when all are there again (true); its channels
-    // are silent meanwhile, and the others go on.
+    // Called when one of the devices that this one joins disappears (false), and when all are back (true). Its channels
+    // are silent meanwhile; the others go on.
     std::function<void(bool allThere, double secondsAway)> onPartsChanged;
-    // Told when the device may no longer match, or may match again.
+    // Called when the device may have changed its rate or channels, or changed them back.
     std::function<void()> onFormatChanged;
 
 private:

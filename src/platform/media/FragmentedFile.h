@@ -35,7 +35,7 @@ public:
     // Closes the file; validFrames is what is to be heard. Possible after a failed append().
     foundation::Result<FileForm> finish(std::int64_t validFrames);
 
-    // Nobody can reach what was written any more: the file was removed together with its folder.
+    // Whether the file was removed together with its folder, so that no path leads to it.
     bool isLost() const;
     // Copies what was written, also of a lost file; nothing is replaced, and nothing is left of a copy that fails.
     foundation::Result<void> copyTo(const QString &path) const;

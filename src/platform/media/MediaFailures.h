@@ -10,7 +10,7 @@ namespace cantorel::media::failures {
 foundation::Failure codecsMissing(const QString &detail);
 foundation::Failure cannotCreate(const QString &path, int error);
 foundation::Failure cannotRead(const QString &path, int error);
-// A full disk is told as such.
+// A full disk gets a sentence of its own.
 foundation::Failure writeFailed(const QString &path, int error);
 // Told before the disk is full; the file is whole.
 foundation::Failure reserveReached(const QString &path);

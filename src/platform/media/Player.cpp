@@ -91,7 +91,7 @@ void Player::pause() { letGo(); }
 
 void Player::stop() {
     letGo();
-    (void)seek(0); // A file that can't be sought in is opened anew.
+    (void)seek(0); // A file that cannot seek is opened again.
 }
 
 bool Player::seek(double seconds) {
@@ -140,7 +140,7 @@ void Player::tick() {
 
 void Player::end(bool completely) {
     letGo();
-    // Not from within the timer: whoever is told may end this player.
+    // Not from within the timer: the callback may destroy this player.
     QTimer::singleShot(0, this, [this, completely] {
         if (finished)
             finished(completely);

@@ -26,8 +26,8 @@ enum class UnfinishedSound {
 };
 UnfinishedSound unfinishedSound(const QString &path);
 
-// About how long such a file is, by its first minute or so and its size; exact where there is no more. 0 for another
-// file. Time does not grow with the size.
+// The approximate length of an unfinished file, estimated from about its first minute and its size; exact for a file
+// that short. 0 for any other file. Takes the same time for every size.
 double unfinishedSeconds(const QString &path);
 
 // Makes an ordinary M4A at copyPath of all whole fragments of the file; what is damaged between them is passed over,

@@ -273,7 +273,6 @@ Result<void> RecordingWorker::drain(AudioFileWriter &writer) {
     }
     mWritten += frames;
     const std::span<const float> stereo = mMix.mix(std::span(mBatch.data(), frames * channels));
-    mLimited.store(mMix.limitedSamples(), std::memory_order_relaxed);
     if (mEvents.tap)
         mEvents.tap(stereo);
     const Result<void> written = writer.append(stereo);

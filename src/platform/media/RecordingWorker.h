@@ -80,7 +80,6 @@ public:
     std::uint64_t frames() const;       // captured for this file, up to now or its end
     std::uint64_t filledFrames() const; // of those, silence for what the device did not bring
     std::uint64_t bytes() const { return mBytes.load(std::memory_order_relaxed); }
-    std::uint64_t limitedSamples() const { return mLimited.load(std::memory_order_relaxed); }
 
 private:
     static constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
@@ -110,7 +109,6 @@ private:
     bool mStarted = false;
     std::uint64_t mWritten = 0; // frames handed to the coder
     std::atomic<std::uint64_t> mBytes{0};
-    std::atomic<std::uint64_t> mLimited{0};
     mutable std::mutex mMutex; // guards the next ones; positions are those of the queue
     std::condition_variable mWake;
     std::uint64_t mBegin;           // the first frame; where another reader is at work yet, it moves on

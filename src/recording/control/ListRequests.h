@@ -5,9 +5,8 @@
 
 namespace cantorel {
 
-// Changes to recordings as a person names them, on the command line or from another program. Only for the
-// owner of the list; the change is on the disk when they return. A failure is one sentence, and nothing has changed
-// then. file: an absolute path.
+// Changes to recordings, requested on the command line or by another program. Only for the owner of the list; the
+// change is on the disk when they return. On failure, one sentence, nothing has changed. file: an absolute path.
 
 // The new path.
 foundation::Result<QString> renameRecording(RecordedList &list, const QString &file, const QString &name);

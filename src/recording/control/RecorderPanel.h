@@ -21,7 +21,7 @@ public:
     const RecordingDisplay &display() const { return mDisplay; }
     const SoundHistory &history() const { return mHistory; }
     LevelDisplay &level() { return mLevel; }
-    // The file that is written and the device that is recorded; empty when there is none.
+    // The file being written and the device being recorded; empty while nothing is recorded.
     QString file() const { return mFile; }
     QString device() const { return mDevice; }
 
@@ -30,10 +30,10 @@ public:
     QString timeLeftText() const;
     // What went wrong last, or what the person should know now; empty when all is well.
     QString sentence() const;
-    // sentence: of the core, in English, or in the language in force. kept: where the file lies that it is about.
+    // sentence: from the core in English, or in the current language. kept: the path of the file that it is about.
     void setSentence(const foundation::Sentence &sentence, const QString &kept = {});
     const TaskCountdown &countdown() const { return mCountdown; }
-    // Which task is made next, and that it needs the program; empty when none lies ahead.
+    // Which task comes next, and that the program must keep running for it; empty without one.
     QString taskAheadText() const;
 
     void recordingStarted(const QString &file, const QString &device) override;
@@ -72,7 +72,7 @@ Q_SIGNALS:
     void playbackShallStop();
     void countdownDidChange();
     void missed(const QString &sentence);
-    // Seconds until the computer is shut down; less than 0: it is not after all.
+    // Seconds until the computer is shut down; below 0 if the shutdown was cancelled.
     void shutdownIn(int seconds);
 
 private:

@@ -2,7 +2,6 @@
 
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
-#include "platform/desktop/Services.h"
 #include "recording/control/ListRequests.h"
 #include "recording/schedule/ScheduleTaskText.h"
 #include "recording/schedule/TaskList.h"
@@ -38,19 +37,19 @@ void insertTimeLeft(QVariantMap &status, double seconds, qint64 bytes) {
 
 } // namespace
 
-RecordingControl::RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins)
-    : mSession(session), mList(list), mTasks(tasks), mBegins(begins) {}
+RecordingControl::RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins,
+                                   desktop::RemoteControl *remote)
+    : mSession(session), mList(list), mTasks(tasks), mBegins(begins), mRemote(remote) {}
 
 RecordingControl::~RecordingControl() {
-    if (const auto &remote = desktop::InstalledServices::current().remote; mIsOffered && remote)
-        remote->withdraw();
+    if (mIsOffered)
+        mRemote->withdraw();
 }
 
 void RecordingControl::offer() {
-    const auto &remote = desktop::InstalledServices::current().remote;
-    if (!remote)
+    if (mRemote == nullptr)
         return;
-    const auto offered = remote->offer(*this);
+    const auto offered = mRemote->offer(*this);
     mIsOffered = offered.ok();
     if (!mIsOffered) // The recorder works without.
         Log(offered.failure().detail);
@@ -103,7 +102,7 @@ RecordingControl::Answer RecordingControl::start(const QStringList &) {
                                       "cantorel-cli record"));
     if (const auto started = mSession.startRecording(); !started) {
         if (mSession.phase() == SessionPhase::Refused)
-            mSession.stopRecording(); // A failed start leaves a recording shown; nobody would see it here.
+            mSession.stopRecording(); // A failed start leaves a recording shown, which only a window can show.
         return refusal(started.failure().sentence.isEmpty() ? QStringLiteral("The recording was not begun.")
                                                             : started.failure().sentence);
     }
@@ -165,8 +164,9 @@ QVariantMap RecordingControl::statusNow() const {
     if (mSession.isSettled())
         return stoppedStatus();
     QVariantMap status{{kState, QString::fromLatin1(state())}};
-    double seconds = mSession.recordedSeconds();
-    qint64 bytes = mSession.recordedBytes();
+    const media::RecordingCounts counts = mSession.recordingCounts();
+    double seconds = counts.wholeSeconds();
+    qint64 bytes = counts.bytes;
     if (const QString file = mSession.currentFile().path; !file.isEmpty()) {
         status.insert(kFile, file);
         if (const RecordedAudioInfo *item = mList.itemWithFile(file); item && !mSession.isWriting()) {

@@ -27,28 +27,29 @@ inline constexpr const char *kRemoveTasks = "RemoveTasks";         // name
 
 } // namespace control
 
-// Answers them. The first seven answer the status: "state", the "file" that is written or converted, "seconds",
-// "bytes", and "timeLeftSeconds" until the disk is full, where it tells. Owned by the application or a command; main
-// thread.
+// Executes those commands. The first seven return the status: "state", the "file" being written or converted,
+// "seconds", "bytes", and "timeLeftSeconds" until the disk is full, if known. Owned by the application or a command;
+// main thread.
 class RecordingControl : public desktop::RemoteCommands {
 public:
-    // Whether it may begin recordings beside the one that runs.
+    // Whether it may begin recordings itself.
     enum class Begins { Any, None };
 
-    // All outlive the control.
-    RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins);
+    // remote: how others reach it; null where the desktop has no way. All outlive the control.
+    RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins,
+                     desktop::RemoteControl *remote);
     ~RecordingControl() override;
 
-    // Makes it reachable, if the desktop has a way; a failure is a line of the log.
+    // Makes it reachable; a failure is a line of the log.
     void offer();
 
-    // Brings the window to the front; empty where there is none.
+    // Brings the window to the front; empty without a window.
     std::function<void()> show;
 
     std::vector<desktop::RemoteMethod> methods() const override;
     foundation::Result<QVariantMap> call(const QString &method, const QStringList &arguments) override;
 
-    // The status where nothing is recorded, whoever asks.
+    // The status while nothing is recorded.
     static QVariantMap stoppedStatus();
 
 private:
@@ -80,6 +81,7 @@ private:
     RecordedList &mList;
     TaskList &mTasks;
     const Begins mBegins;
+    desktop::RemoteControl *const mRemote;
     bool mIsOffered = false;
 };
 

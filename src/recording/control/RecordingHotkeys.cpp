@@ -2,7 +2,6 @@
 
 #include "log/CommLog.h"
 #include "log/GuardedAction.h"
-#include "platform/desktop/Services.h"
 #include "settings/AppSettings.h"
 
 #include <algorithm>
@@ -30,9 +29,9 @@ private:
     RecordingHotkeyActions &mActions;
 };
 
-RecordingHotkeys::RecordingHotkeys(RecordingHotkeyActions &actions,
+RecordingHotkeys::RecordingHotkeys(RecordingHotkeyActions &actions, std::shared_ptr<desktop::HotKeys> hotKeys,
                                    std::function<void(const foundation::Sentence &)> trouble)
-    : mDispatch(std::make_shared<Dispatch>(actions)), mHotKeys(desktop::InstalledServices::current().hotKeys) {
+    : mDispatch(std::make_shared<Dispatch>(actions)), mHotKeys(std::move(hotKeys)) {
     if (!mHotKeys)
         return;
     mHotKeys->trouble = [trouble = std::move(trouble)](const foundation::Failure &failure) {
@@ -57,7 +56,7 @@ void RecordingHotkeys::RegisteHotkey() {
         {{"hotkeyStartRecording", AppSettings::hotkeyStartRecording()},
          {"hotkeyStopRecording", AppSettings::hotkeyStopRecording()},
          {"hotkeyPauseRecording", AppSettings::hotkeyPauseRecording()}}};
-    auto manager = std::make_unique<HotkeyManager>();
+    auto manager = std::make_unique<HotkeyManager>(mHotKeys);
     std::transform(keys.begin(), keys.end(), mIdentifiers.begin(),
                    [&](const auto &key) { return manager->bind(key.second, mDispatch, &HotkeyTarget::pressedHotkey); });
     mManagers.push_back(std::move(manager));
@@ -66,7 +65,7 @@ void RecordingHotkeys::RegisteHotkey() {
 }
 
 void RecordingHotkeys::UnregisterHotkey() {
-    HotkeyManager manager; // Deliberately a fresh one, which holds nothing to unbind.
+    HotkeyManager manager(mHotKeys); // Deliberately a fresh one, which holds nothing to unbind.
     for (const quint32 identifier : mIdentifiers)
         manager.unbind(identifier);
     Log(QStringLiteral("UnregisterHotkey"));

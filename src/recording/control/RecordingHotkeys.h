@@ -25,9 +25,10 @@ public:
 // main thread.
 class RecordingHotkeys {
 public:
-    // Outlives the hot keys. trouble: told one sentence why a key does not work, once for each reason; may be empty.
-    explicit RecordingHotkeys(RecordingHotkeyActions &actions,
-                              std::function<void(const foundation::Sentence &)> trouble = {});
+    // The actions outlive the hot keys. hotKeys: null where the desktop has none. trouble: told one sentence why a key
+    // does not work, once for each reason; may be empty.
+    RecordingHotkeys(RecordingHotkeyActions &actions, std::shared_ptr<desktop::HotKeys> hotKeys,
+                     std::function<void(const foundation::Sentence &)> trouble = {});
     ~RecordingHotkeys();
 
     // Registers the keys if the settings enable them.
@@ -43,7 +44,7 @@ private:
     class Dispatch;
 
     const std::shared_ptr<Dispatch> mDispatch;
-    const std::shared_ptr<desktop::HotKeys> mHotKeys;      // null where there are none
+    const std::shared_ptr<desktop::HotKeys> mHotKeys;
     std::vector<std::unique_ptr<HotkeyManager>> mManagers; // all that have registered, since they stay in force
     std::array<quint32, 3> mIdentifiers{};                 // of the last one
 };

@@ -1,7 +1,6 @@
 #include "recording/control/RecordingNotices.h"
 
 #include "lang/Lang.h"
-#include "platform/desktop/Services.h"
 
 #include <QFileInfo>
 #include <QPointer>
@@ -15,18 +14,18 @@ namespace {
 const QString kReady = QStringLiteral("ready"), kTold = QStringLiteral("told"), kSign = QStringLiteral("sign");
 const QString kShowInFolder = QStringLiteral("show-in-folder"), kStop = QStringLiteral("stop");
 
-void show(const QString &tag, const Notification &notification) {
-    if (const auto &notifications = desktop::InstalledServices::current().notifications; notifications)
-        notifications->show(tag, notification);
-    else if (notification.refused)
-        notification.refused();
-}
-
 Notification::Action click() { return {Notification::click(), Lang::menuShowMainWindow()}; }
 
 } // namespace
 
 RecordingNotices::~RecordingNotices() { endSign(); }
+
+void RecordingNotices::show(const QString &tag, const Notification &notification) const {
+    if (mNotifications != nullptr)
+        mNotifications->show(tag, notification);
+    else if (notification.refused)
+        notification.refused();
+}
 
 void RecordingNotices::ready(const QString &file) {
     const QString name = QFileInfo(file).fileName();
@@ -86,16 +85,15 @@ void RecordingNotices::showSign(std::function<void(bool)> isThere) {
 }
 
 void RecordingNotices::endSign() {
-    if (const auto &notifications = desktop::InstalledServices::current().notifications; notifications)
-        notifications->close(kSign);
+    if (mNotifications != nullptr)
+        mNotifications->close(kSign);
 }
 
 // A file that has gone meanwhile is in the wastebasket or has another name: the library knows.
 void RecordingNotices::reveal(const QString &file) const {
-    const auto &files = desktop::InstalledServices::current().files;
-    if (!files || !QFileInfo::exists(file))
+    if (mFiles == nullptr || !QFileInfo::exists(file))
         mActions.showWindow();
-    else if (const auto revealed = files->reveal({file}); !revealed)
+    else if (const auto revealed = mFiles->reveal({file}); !revealed)
         mActions.tellOtherwise(QFileInfo(file).fileName(), Lang::sentence(revealed.failure().sentence));
 }
 

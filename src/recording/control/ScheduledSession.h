@@ -27,11 +27,11 @@ public:
 
     // The start control and its hot key.
     void onStartRecording() override;
-    // Ends what is recorded for good: a task's recording counts as stopped by hand.
+    // Ends the recording with all that would follow it; a task counts as stopped by hand.
     void stopByHand() { mSession.stopByHand(); }
 
 Q_SIGNALS:
-    // The start control, or its hot key, could not begin a recording, and one sentence why.
+    // One sentence on why the start control or its hot key could not begin a recording.
     void startRefused(const foundation::Sentence &sentence);
 
 private:

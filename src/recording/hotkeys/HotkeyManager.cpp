@@ -72,7 +72,8 @@ quint32 HotkeyManager::bind(const QString &hotkey, std::shared_ptr<HotkeyTarget>
 quint32 HotkeyManager::bindKeyRef(quint32 keyRef, quint32 withModifiers, std::shared_ptr<HotkeyTarget> target,
                                   HotkeyAction action) {
     const quint32 identifier = _nextId++;
-    auto record = std::make_unique<HotkeyRecord>(identifier, keyRef, withModifiers, std::move(target), action, *this);
+    auto record =
+        std::make_unique<HotkeyRecord>(mHotKeys, identifier, keyRef, withModifiers, std::move(target), action, *this);
     record->setHotkey(_hotkeyString);
     _hotkeys[identifier] = std::move(record);
     return identifier;

@@ -6,6 +6,7 @@
 
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace cantorel {
 
@@ -13,6 +14,9 @@ namespace cantorel {
 // RecordingHotkeys; main thread.
 class HotkeyManager : public desktop::HotKeyTarget {
 public:
+    // Null where the desktop has no hot keys.
+    explicit HotkeyManager(std::shared_ptr<desktop::HotKeys> hotKeys) : mHotKeys(std::move(hotKeys)) {}
+
     // The key code and the sum of the modifiers of a text, in any case. Unknown words are ignored, of several keys the
     // last one counts, and a text without a key is the key with code 0.
     static desktop::HotKeyCombination combinationOf(const QString &hotkey);
@@ -30,6 +34,7 @@ public:
 private:
     void hotKeyPressed(const desktop::EventHotKeyID &identity) override;
 
+    const std::shared_ptr<desktop::HotKeys> mHotKeys;
     std::map<quint32, std::unique_ptr<HotkeyRecord>> _hotkeys;
     quint32 _nextId = 1;
     QString _hotkeyString;

@@ -1,12 +1,13 @@
 #include "recording/hotkeys/HotkeyRecord.h"
 
-#include "platform/desktop/Services.h"
+#include <utility>
 
 namespace cantorel {
 
-HotkeyRecord::HotkeyRecord(quint32 HotkeyID, quint32 keyRef, quint32 modifiers, std::shared_ptr<HotkeyTarget> target,
-                           HotkeyAction action, desktop::HotKeyTarget &receiver)
-    : mHotKeys(desktop::InstalledServices::current().hotKeys), _target(std::move(target)), _action(action) {
+HotkeyRecord::HotkeyRecord(std::shared_ptr<desktop::HotKeys> hotKeys, quint32 HotkeyID, quint32 keyRef,
+                           quint32 modifiers, std::shared_ptr<HotkeyTarget> target, HotkeyAction action,
+                           desktop::HotKeyTarget &receiver)
+    : mHotKeys(std::move(hotKeys)), _target(std::move(target)), _action(action) {
     if (mHotKeys)
         _ref = mHotKeys->RegisterEventHotKey({keyRef, modifiers}, {HotkeyID, HotkeyID}, receiver);
 }

@@ -21,9 +21,10 @@ using HotkeyAction = void (HotkeyTarget::*)(const QString &hotkey);
 // its HotkeyManager; main thread.
 class HotkeyRecord {
 public:
-    // The identity's signature and number are both the identifier. receiver: is told of presses; outlives the record.
-    HotkeyRecord(quint32 HotkeyID, quint32 keyRef, quint32 modifiers, std::shared_ptr<HotkeyTarget> target,
-                 HotkeyAction action, desktop::HotKeyTarget &receiver);
+    // The identity's signature and number are both the identifier. hotKeys: null where the desktop has none.
+    // receiver: hears of presses; outlives the record.
+    HotkeyRecord(std::shared_ptr<desktop::HotKeys> hotKeys, quint32 HotkeyID, quint32 keyRef, quint32 modifiers,
+                 std::shared_ptr<HotkeyTarget> target, HotkeyAction action, desktop::HotKeyTarget &receiver);
     ~HotkeyRecord();
     HotkeyRecord(const HotkeyRecord &) = delete;
     HotkeyRecord &operator=(const HotkeyRecord &) = delete;
@@ -36,7 +37,7 @@ public:
     QString trigger() const;
 
 private:
-    const std::shared_ptr<desktop::HotKeys> mHotKeys; // null where there are none
+    const std::shared_ptr<desktop::HotKeys> mHotKeys;
     desktop::EventHotKeyRef _ref = 0;
     const std::shared_ptr<HotkeyTarget> _target;
     const HotkeyAction _action;

@@ -1,7 +1,6 @@
 #include "recording/library/LibraryMedia.h"
 
 #include "log/Log.h"
-#include "platform/desktop/Services.h"
 #include "recording/library/LibraryPlayer.h"
 #include "recording/library/RecordedAudioInfo.h"
 #include "recording/library/RecordingsModel.h"
@@ -15,8 +14,6 @@ namespace cantorel {
 using desktop::MediaState;
 
 namespace {
-
-desktop::MediaControls *controls() { return desktop::InstalledServices::current().media.get(); }
 
 bool isPlayable(const RecordedAudioInfo &item) {
     return !item.isRecording && !item.isProcessing && QFileInfo::exists(item.getFileName());
@@ -32,7 +29,8 @@ QString closest(const RecordingsModel &model, int row, int step) {
 
 } // namespace
 
-LibraryMedia::LibraryMedia(LibraryPlayer &player, const RecordingsModel &model) : mPlayer(player), mModel(model) {
+LibraryMedia::LibraryMedia(LibraryPlayer &player, const RecordingsModel &model, desktop::MediaControls *controls)
+    : mPlayer(player), mModel(model), mControls(controls) {
     const auto lookAgain = [this] {
         if (mIsOffered && !std::exchange(mMustLook, true)) // once the model is done
             QMetaObject::invokeMethod(
@@ -48,8 +46,8 @@ LibraryMedia::LibraryMedia(LibraryPlayer &player, const RecordingsModel &model) 
 }
 
 LibraryMedia::~LibraryMedia() {
-    if (mIsOffered && controls() != nullptr)
-        controls()->withdraw();
+    if (mIsOffered)
+        mControls->withdraw();
 }
 
 void LibraryMedia::playerDidChange() {
@@ -61,16 +59,16 @@ void LibraryMedia::playerDidChange() {
 }
 
 void LibraryMedia::offer() {
-    if (controls() == nullptr)
+    if (mControls == nullptr)
         return;
     mIsOffered = true; // Asked once.
-    if (const auto offered = controls()->offer(*this); !offered)
+    if (const auto offered = mControls->offer(*this); !offered)
         Log(offered.failure().detail);
 }
 
 void LibraryMedia::positionDidJump() {
-    if (mIsOffered && controls() != nullptr)
-        controls()->positionDidJump();
+    if (mIsOffered)
+        mControls->positionDidJump();
 }
 
 void LibraryMedia::setRecording(bool isRecording) {
@@ -101,7 +99,7 @@ void LibraryMedia::look() {
 }
 
 void LibraryMedia::show() {
-    if (!mIsOffered || controls() == nullptr)
+    if (!mIsOffered)
         return;
     look();
     MediaState state;
@@ -116,7 +114,7 @@ void LibraryMedia::show() {
     state.canPlay = !mIsRecording && !mLast.isEmpty();
     state.canGoNext = !mIsRecording && !mNext.isEmpty();
     state.canGoPrevious = !mIsRecording && !mPrevious.isEmpty();
-    controls()->show(state);
+    mControls->show(state);
 }
 
 // Asking. What fails is as it was: the window shows it.

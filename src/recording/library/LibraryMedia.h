@@ -15,8 +15,8 @@ class LibraryMedia : public QObject, public desktop::MediaCommands {
     Q_OBJECT
 
 public:
-    // Both outlive it.
-    LibraryMedia(LibraryPlayer &player, const RecordingsModel &model);
+    // controls: null where the desktop has none. All outlive it.
+    LibraryMedia(LibraryPlayer &player, const RecordingsModel &model, desktop::MediaControls *controls);
     ~LibraryMedia() override;
 
     // While something is recorded, no key begins to play: it would be heard in the recording.
@@ -34,7 +34,7 @@ public:
     void quit() override;
 
 Q_SIGNALS:
-    // What leads elsewhere.
+    // The desktop asks for the window, or for the end of the program.
     void toWindow();
     void toEnd();
 
@@ -42,13 +42,14 @@ private:
     void playerDidChange();
     void positionDidJump();
     void offer();
-    // Where the track stands in the library.
+    // Looks up the track and its neighbours in the library.
     void look();
     void go(const QString &file);
     void show();
 
     LibraryPlayer &mPlayer;
     const RecordingsModel &mModel;
+    desktop::MediaControls *const mControls;
     bool mIsOffered = false, mIsRecording = false;
     QString mLast;                        // what was played last
     bool mMustLook = true;                // at the library, for what follows:

@@ -20,9 +20,9 @@ public:
     // The changes to this archive, in order. A journal of another archive is stale and has none. Only reads.
     std::vector<QJsonObject> changesTo(const QByteArray &archive) const;
 
-    // What is appended from now on are the first changes to this archive; the file is made anew with the first of them.
+    // Starts the journal of this archive; the first append() replaces the file.
     void begin(const QByteArray &archive);
-    // Takes away what an archive that is on the disk now has in it.
+    // Removes the journal once the archive on the disk holds its changes.
     void remove();
     // On the disk before this returns; false when it could not be brought there.
     bool append(const QJsonObject &change);

@@ -65,7 +65,7 @@ public:
     QString FileName() const { return mFields._fileName; }
     // The path as first created.
     QString originalFileName() const { return _originalFileName; }
-    // The item's view is told from the event loop.
+    // The item's view hears of it from the event loop.
     void setFileName(const QString &path);
     void updateInfo();
 
@@ -105,7 +105,7 @@ public:
     bool shutdownEnable = false; // shut the computer down when this recording has ended
     bool isIdentifying = false;
     bool isProcessing = false;
-    bool isInterrupted = false; // a crash left it, and nobody has decided yet
+    bool isInterrupted = false; // left by a crash, while the person has not decided what to do
     double Seconds = 0;         // exact length, as far as it is known
     QByteArray cover;           // an encoded picture
 

@@ -57,7 +57,7 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
             foundation::WallClock clock;
             result = AudioConverter::convertRecording(format, file, {converter, clock, {}, stop});
         });
-        // Waits for the worker when it goes, so this is there; the call is not made then.
+        // The destructor waits for this worker, so "this" is valid here; calls still queued by then are dropped.
         QMetaObject::invokeMethod(this, [this, item, file, recording, result, completion] {
             (void)guarded("converted", [&] { finish(item, file, *recording, result, completion); });
         });

@@ -22,7 +22,7 @@ class RecordedList;
 // Owned by RecordingSession; main thread.
 class RecordedConversions : public QObject {
 public:
-    // The path of the converted file, or why there is none.
+    // The path of the converted file, or the failure.
     using Completion = std::function<void(const foundation::Result<QString> &)>;
 
     explicit RecordedConversions(RecordedList &list);

@@ -154,7 +154,7 @@ void RecordedList::saveRecordedList() {
     for (const auto &item : mItems)
         archived.append(archivedItem(item->fields()));
     const QByteArray archive = foundation::archivedData(archived);
-    // The journal belongs to the archive on the disk, and goes only when another one is there.
+    // The journal belongs to the archive on the disk, and is removed only once another archive has replaced it.
     mJournalFits = ZQUserDefaultSetValue_Object(archive, storedKey());
     if (!mJournalFits) {
         // Our next change stores the list as it is then; another setting's save must not store it as it is now.
@@ -223,7 +223,7 @@ void RecordedList::remove(RecordedAudioInfo &item) {
     const std::size_t at = indexOf(item);
     if (at == mItems.size())
         return;
-    const auto gone = std::move(mItems[at]); // The caller may still name it while the change is told.
+    const auto gone = std::move(mItems[at]); // The caller may still use it while the view hears of the change.
     mItems.erase(mItems.begin() + static_cast<std::ptrdiff_t>(at));
     store(kRemove, at);
     changed();

@@ -36,21 +36,21 @@ public:
     ~RecordedList();
 
     RecordedListView *view = nullptr; // outlives the list, or is taken away before
-    // Told of a listed file before another may take its place, and when the list has what has become of it.
+    // Called before a listed file may be replaced by another, and once the list holds the result.
     std::function<void(const QString &file)> willConvert, didConvert;
 
     // Reads the stored list, leaving out what is no longer on disk, and starts the sweeper.
     void initRecordedList();
-    // The same on a thread of its own, and tells from the event loop when the items are there. Until then there are
-    // none; a change to the list waits for them.
+    // The same on a separate thread; calls back from the event loop when the items are loaded. Until then the list is
+    // empty, and a change to it waits.
     void initRecordedListBehind(std::function<void()> loaded);
     bool isLoading() const { return mLoading.valid(); }
-    // Stores the whole list anew.
+    // Stores the whole list again.
     void saveRecordedList();
-    // Why the list as it is here is not on the disk, as one sentence; empty when it is there. What is missing there
-    // goes with the next change.
+    // One sentence on why the disk lacks the latest changes; empty if it has them. What is missing is stored with the
+    // next change.
     const foundation::Sentence &unsaved() const { return mUnsaved; }
-    // Tries once more where that is so, and answers what is unsaved() then.
+    // Tries again to store what is missing, and returns unsaved().
     foundation::Sentence storedAtLast();
 
     using Items = std::vector<std::unique_ptr<RecordedAudioInfo>>;
@@ -73,7 +73,7 @@ public:
     foundation::Result<void> rename(RecordedAudioInfo &item, const QString &name);
     void move(std::size_t from, std::size_t to);
 
-    // The sweeper's set: a file that shall go as soon as it exists, and one that shall not after all.
+    // Adds a file that the sweeper deletes as soon as it exists, and takes one back.
     void addInvalidFile(const QString &path) { mInvalidFiles.insert(path); }
     void removeInvalidFile(const QString &path) { mInvalidFiles.remove(path); }
 

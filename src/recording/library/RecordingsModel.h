@@ -40,7 +40,7 @@ public:
     // Whether a column has anything to show for any recording of the list.
     bool isUsed(Column column) const;
 
-    // A stored date as the window's language writes it; what is none, as it is.
+    // A stored date in the window's language; any other text unchanged.
     QString shownDate(const QString &stored) const;
 
     RecordedAudioInfo *item(int row) const;

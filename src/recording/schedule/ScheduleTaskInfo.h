@@ -51,7 +51,7 @@ struct ScheduleTaskInfo {
     static QStringList getAllWeeks();
 
     using Tasks = std::vector<std::shared_ptr<ScheduleTaskInfo>>;
-    // Those of the TaskList that lives; nothing happens where there is none.
+    // These act on the one TaskList that exists; without one they do nothing.
     static void LoadTasks();
     static bool SaveTasks();
     static Tasks tasks();

@@ -66,7 +66,7 @@ void ScheduleTaskRunner::initScheduleTaskList() {
     Log(QStringLiteral("initScheduleTaskList end"));
 }
 
-// Reading the list anew is no reason to start a task twice, or to lose sight of the executed one.
+// Keeps the executed task across a new reading of the list, so that no task starts twice.
 void ScheduleTaskRunner::keepWhatIsKnown(const ScheduleTaskInfo::Tasks &before) const {
     for (const TaskPtr &task : mTasks.tasks()) {
         const auto same = std::find_if(before.begin(), before.end(), [&](const TaskPtr &other) {

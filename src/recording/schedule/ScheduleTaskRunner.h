@@ -15,7 +15,7 @@ class ScheduledRecorder {
 public:
     virtual ~ScheduledRecorder() = default;
 
-    // Something is recorded or goes on being recorded in a moment, whoever has started it.
+    // Something is recorded, or will be in a moment, started by a task or by hand.
     virtual bool isBusy() const = 0;
     // Begins a recording that belongs to the task, with the source of the settings, and ends it at the task's length.
     // Where a file is still being finished, begins after that.
@@ -61,10 +61,10 @@ public:
         TaskList &tasks, ScheduledRecorder &recorder, ScheduleTaskView &view, foundation::Clock &clock,
         LocalTime localTime = [] { return QDateTime::currentDateTime(); });
 
-    // Reads the stored list and begins to look at it; called again, only the list is read anew.
+    // Reads the stored list and starts the timer; later calls only read the list again.
     void initScheduleTaskList();
 
-    // The one whose recordings are made now; null when there is none.
+    // The task being recorded; null if there is none.
     std::shared_ptr<ScheduleTaskInfo> currentScheduleTask() const { return m_currentScheduleTaskInfo; }
 
     // The person has ended the recording of the executed task.

@@ -41,7 +41,7 @@ public:
     const Task &currentRuningTask() const { return mRunning; }           // Spelling is fixed.
 
 Q_SIGNALS:
-    // Tasks have come or gone, whoever did it.
+    // Tasks were added or removed, by this program or another.
     void changed();
 
 private:

@@ -129,7 +129,7 @@ void CrashLeftovers::recoverBehind(std::function<void(const Recovered &)> done) 
             for (const QString &file : files)
                 repaired.push_back(RecordingJournal::recover(file));
         });
-        // Waits for the worker when it goes, so this is there; the call is not made then.
+        // The destructor waits for this worker, so "this" is valid here; calls still queued by then are dropped.
         QMetaObject::invokeMethod(this, [this, files, repaired = std::move(repaired), done] {
             mIsRecovering = false;
             Recovered all;

@@ -24,14 +24,15 @@ public:
     // Waits for a repair under way.
     ~CrashLeftovers() override;
 
-    // What somebody has to decide about; nearly always nothing. Its items in the list are left alone until then. What
-    // holds nothing at all, and the hidden files of a program that was ended, go without a word, here or in recover().
+    // The leftovers that the person has to decide about, nearly always none. Their list items stay unchanged until
+    // then. What holds nothing at all, and the hidden files of a program that was ended, are removed without a word,
+    // here or in recover().
     std::vector<RecordingJournal::Leftover> pending();
 
-    // Repairs all of it and has it in the list; the view is told of each.
+    // Repairs all of it, puts it into the list and tells the view of each.
     void recover();
-    // The same on a worker, while the event loop goes on. done: called at its end with what has become of it; not
-    // called where there is nothing to repair.
+    // The same on a worker thread. done: called on the main thread with the result; not called if there is nothing to
+    // repair.
     void recoverBehind(std::function<void(const Recovered &)> done);
     bool isRecovering() const { return mIsRecovering; }
     // Takes the pending ones out of the list and moves their files into the wastebasket. Fails with the first one that

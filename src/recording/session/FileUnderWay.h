@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/media/RecordingCounts.h"
 #include "recording/library/RecordedAudioInfo.h"
 #include "settings/RecordingSource.h"
 
@@ -19,8 +20,8 @@ struct ExecutedTask {
     double seconds = 0; // how long it records
 };
 
-// The file that is written, from its start until it is settled: what it records, what it has lost, and whom it belongs
-// to. A value of RecordingSession.
+// The file being written, from its start until it is settled: what it records, what it has lost, and its task and list
+// item. A value of RecordingSession.
 struct FileUnderWay {
     QString path;   // empty before the first frames
     QString device; // the one that is recorded
@@ -29,15 +30,16 @@ struct FileUnderWay {
     std::optional<ExecutedTask> task;
     double taskSecondsBefore = 0; // in the task's files before this one
 
-    qint64 droppedFrames = 0, filledFrames = 0; // as counted last
-    qint64 lostFrames = 0;                      // dropped, or filled with silence though the device was there
-    bool fillsAbsence = false;                  // the next silence that is filled in is the device's absence
+    media::RecordingCounts counted; // at the last count
+    qint64 lostFrames = 0;          // dropped, or filled with silence though the device was there
+    bool fillsAbsence = false;      // the next filled silence stands for the device's absence
     bool deviceIsAway = false;
 
     // Frames lost since the last count.
-    qint64 countLost(qint64 dropped, qint64 filled) {
-        qint64 lost = dropped - std::exchange(droppedFrames, dropped);
-        if (const qint64 silence = filled - std::exchange(filledFrames, filled); silence > 0)
+    qint64 countLost(const media::RecordingCounts &counts) {
+        const media::RecordingCounts before = std::exchange(counted, counts);
+        qint64 lost = counts.droppedFrames - before.droppedFrames;
+        if (const qint64 silence = counts.filledFrames - before.filledFrames; silence > 0)
             lost += std::exchange(fillsAbsence, false) ? 0 : silence;
         lostFrames += lost;
         return lost;

@@ -67,10 +67,7 @@ bool RecordManager::start(const QUrl &file) {
     mSource = recordingSource(AppSettings::getAudioType());
     mAudioRecorder->setAudioDevice(ZQAudioKextKit::getTheCaptureDeviceWithName(
         getAudioDeviceNameWithAudioDeviceType(AppSettings::getAudioType())));
-    mDuration = 0;
-    mFileSize = 0;
-    mDroppedFrames = 0;
-    mFilledFrames = 0;
+    mCounts = {};
 
     const QString output = ZQAudioKextKit::getDefaultAudioOutputName();
     AppSettings::setAudioOutputDeviceNameBeforeRecording(output);
@@ -107,7 +104,7 @@ void RecordManager::routeSystemSound() {
 
 void RecordManager::stopRecord() {
     if (isRecording()) {
-        takeMeasures();
+        mCounts = mAudioRecorder->recordingCounts();
         mAudioRecorder->stopRecording();
     } else {
         endJoin();
@@ -160,25 +157,10 @@ bool RecordManager::isRecording() const { return mAudioRecorder && mAudioRecorde
 
 bool RecordManager::isPaused() const { return mAudioRecorder && mAudioRecorder->isPaused(); }
 
-double RecordManager::recordingDuration() const { return mAudioRecorder ? mAudioRecorder->recordingDuration() : 0; }
-
-qint64 RecordManager::recordedFileSize() const {
-    return mAudioRecorder ? mAudioRecorder->recordedFileSize() : mFileSize;
-}
-
 void RecordManager::postRecordingNotification() {
     foundation::NotificationCenter::defaultCenter().post(
-        kNotificationUpdateRecordingState, RecordingStateUpdate{this, mDuration, static_cast<int>(mRecordState)});
-}
-
-// The recorder knows how long its file has become only while it is still held.
-void RecordManager::takeMeasures() {
-    if (!mAudioRecorder)
-        return;
-    mDuration = mAudioRecorder->recordedSeconds();
-    mFileSize = mAudioRecorder->recordedFileSize();
-    mDroppedFrames = mAudioRecorder->droppedFrames();
-    mFilledFrames = mAudioRecorder->filledFrames();
+        kNotificationUpdateRecordingState,
+        RecordingStateUpdate{this, mCounts.seconds(), static_cast<int>(mRecordState)});
 }
 
 void RecordManager::captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url) {
@@ -188,20 +170,21 @@ void RecordManager::captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const 
 }
 
 void RecordManager::captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url,
+                                                           const media::RecordingCounts &counts,
                                                            const std::optional<foundation::Failure> &failure) {
-    takeMeasures();
+    mCounts = counts;
     if (failure) {
         logFailure(*failure);
         clear();
-        delegate->RecordManagerDidFinishRecordingToOutputAtURL(*this, url, mDuration, failure);
+        delegate->RecordManagerDidFinishRecordingToOutputAtURL(*this, url, mCounts, failure);
         return;
     }
     if (!delegate->RecordManagerRecordFileIsNeedSave()) {
         QFile::remove(url.toLocalFile());
-        mDuration = 0;
+        mCounts.frames = 0;
         return;
     }
-    delegate->RecordManagerDidFinishRecordingToOutputAtURL(*this, url, mDuration, std::nullopt);
+    delegate->RecordManagerDidFinishRecordingToOutputAtURL(*this, url, mCounts, std::nullopt);
 }
 
 void RecordManager::captureUpdateAudioLevel(ZQAVRecorder &, float level) {

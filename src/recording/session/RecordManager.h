@@ -20,22 +20,23 @@ struct RecordingStateUpdate {
 inline constexpr foundation::NotificationName<RecordingStateUpdate> kNotificationUpdateRecordingState{
     "UpdateRecordingState"};
 
-// What the owner of a RecordManager is told, always on the main thread. All optional.
+// Hears what a RecordManager does, always on the main thread. All functions are optional.
 class RecordManagerDelegate {
 public:
     virtual ~RecordManagerDelegate() = default;
 
     virtual void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &) {}
-    // duration: exact seconds. Nothing for a file that is whole.
-    virtual void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &, double /*duration*/,
+    // The failure is empty for a file that is whole.
+    virtual void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &,
+                                                              const media::RecordingCounts &,
                                                               const std::optional<foundation::Failure> &) {}
     virtual void RecordManagerUpdateAudioLevel(RecordManager &, float) {}
-    // False: the file is deleted, and its end is not reported.
+    // If false, the file is deleted and not reported as finished.
     virtual bool RecordManagerRecordFileIsNeedSave() { return true; }
     // The device of the running recording has gone, or has come back; the recording stays open meanwhile.
     virtual void RecordManagerDeviceLost(RecordManager &) {}
     virtual void RecordManagerDeviceBack(RecordManager &) {}
-    // System sound is recorded and nobody hears it for lack of an output; or it is heard again.
+    // The system sound being recorded cannot be heard, since there is no output; or can be heard again.
     virtual void RecordManagerOutputLost(RecordManager &) {}
     virtual void RecordManagerOutputBack(RecordManager &) {}
 };
@@ -51,7 +52,7 @@ public:
 
     foundation::WeakDelegate<RecordManagerDelegate> delegate;
 
-    // The capture device of a recording source; a null text for a source that there is not.
+    // The capture device of a recording source; a null text for an unknown source.
     static QString getAudioDeviceNameWithAudioDeviceType(int type);
 
     // False when there is no recorder or it refuses; the reason is in the log. A missing virtual device is no failure:
@@ -59,37 +60,35 @@ public:
     bool startRecord(const QUrl &file);
     // Ends the recording and gives the devices back at once; the finished file is reported later.
     void stopRecord();
-    // Before the stop of a split: the next start on the same device, ten seconds later at most, records from the frame
-    // behind the last of this file, and system sound is not interrupted meanwhile. A second stop, a start that fails,
-    // and the end of the manager give the devices back.
+    // Call before the stop of a split. The next start on the same device within ten seconds then records from the frame
+    // after the last of this file, and system sound is not interrupted meanwhile. A second stop, a failed start, and
+    // the manager's destruction give the devices back.
     void joinNextRecording();
     void forgetNextRecording() { endJoin(); }
-    // For silence: the frames of the last 0.9 s of the pause are in the file when it is resumed, unless the person has
-    // paused as well.
+    // After a pause for silence the file also gets the last 0.9 s before the resume, unless the person has paused as
+    // well.
     void pauseRecording(Pause pause = Pause::ByPerson);
     void resumeRecording();
-    // Lets the recorder go.
+    // Releases the recorder.
     void clear();
 
     bool isRecording() const;
     bool isPaused() const;
-    // While startRecord runs, and deliberately for ever after one that ended by an exception.
+    // True while startRecord() runs. Deliberately stays true after it ended with an exception.
     bool isPrepareRecording() const { return mIsPrepareRecording; }
-    double recordingDuration() const; // whole seconds
-    qint64 recordedFileSize() const;  // bytes
-    // Of the recording under way or the last one.
-    qint64 droppedFrames() const { return mAudioRecorder ? mAudioRecorder->droppedFrames() : mDroppedFrames; }
-
-    // Silence that was filled in while the device was away, of the recording under way or the last one; and how long it
-    // was away, when it is told that it is back.
-    qint64 filledFrames() const { return mAudioRecorder ? mAudioRecorder->filledFrames() : mFilledFrames; }
-    double secondsAway() const { return mAudioRecorder ? mAudioRecorder->secondsAway() : 0; }
+    // Of the recording under way, else of the last one.
+    media::RecordingCounts recordingCounts() const {
+        return mAudioRecorder ? mAudioRecorder->recordingCounts() : mCounts;
+    }
+    // Whole seconds; 0 without a recorder.
+    double recordingDuration() const { return mAudioRecorder ? recordingCounts().wholeSeconds() : 0; }
+    qint64 recordedFileSize() const { return recordingCounts().bytes; }
 
     void postRecordingNotification();
 
 private:
     void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url) override;
-    void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url,
+    void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url, const media::RecordingCounts &counts,
                                                 const std::optional<foundation::Failure> &failure) override;
     void captureUpdateAudioLevel(ZQAVRecorder &, float level) override;
     void captureDeviceLost(ZQAVRecorder &) override { delegate->RecordManagerDeviceLost(*this); }
@@ -97,18 +96,14 @@ private:
     bool start(const QUrl &file);
     void routeSystemSound();
     void endJoin();
-    void takeMeasures();
 
     ZQAudioRecorder *mAudioRecorder = nullptr; // the shared one; null unless a recording is prepared or running
     media::RecordingContinuation mContinuation;
     foundation::NotificationCenter::Subscription mHearing;
-    std::unique_ptr<foundation::Timer> mJoin; // while the next recording is awaited; ends the waiting
-    double mDuration = 0;                     // seconds, exact once the recording has ended
-    qint64 mFileSize = 0;                     // bytes, likewise
-    qint64 mDroppedFrames = 0;
-    qint64 mFilledFrames = 0;
+    std::unique_ptr<foundation::Timer> mJoin; // runs while the next recording is awaited, and ends the wait
+    media::RecordingCounts mCounts;           // of the last recording, from its stop on
     State mRecordState = State::Idle;
-    std::optional<RecordingSource> mSource; // of the recording under way; nothing for a number that none has
+    std::optional<RecordingSource> mSource; // of the recording under way; nothing for an unknown number
     bool mIsPrepareRecording = false;
 };
 

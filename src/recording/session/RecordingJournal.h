@@ -19,29 +19,29 @@ public:
     // folder: made when needed.
     explicit RecordingJournal(const QString &folder);
 
-    // Makes this process the recorder. False when another one is; in a folder that can't be written to nobody is, and
-    // begin() fails.
+    // Makes this process the recorder; false if another process is. In a folder that can't be written to no process is
+    // the recorder: this returns true, and begin() fails.
     bool claim();
 
-    // The recording, or the conversion of one, that is begun now; written down before this returns. Ended once its file
-    // is whole, or given up where it could not be made whole: then it is a leftover as after a crash.
+    // A recording, or its conversion, begins; this is on the disk when begin() returns. Call end() once the file is
+    // whole, or giveUp() if it could not be made whole: it is then a leftover, as after a crash.
     bool begin(const QString &file);
     void end(const QString &file);
     void giveUp(const QString &file);
-    // Whether the list on the disk has what has been ended; until it does, that stays written down. Without one it
-    // does.
+    // Whether the stored list holds the files that have ended. Until it does, the journal keeps them. If this is not
+    // set, it counts as true.
     std::function<bool()> listIsStored;
 
-    // What a crash has left of a recording, and nobody has decided about.
+    // A recording that a crash left unfinished, while the person has not decided what to do with it.
     struct Leftover {
         QString file;
         qint64 bytes = 0;
         double seconds = 0; // about
         QDateTime written;  // for the last time
     };
-    // The unfinished ones; nothing is changed. What this process writes is none.
+    // The unfinished recordings, without those that this process writes. Changes nothing.
     std::vector<Leftover> leftovers() const;
-    // All that was begun and never ended, whole ones and missing ones too.
+    // All files that were begun and never ended, also those that are whole or missing.
     QStringList abandoned() const;
 
     // A recording that a crash left behind, and what became of it.
@@ -55,14 +55,13 @@ public:
         // It is as it was, and the next start tries again.
         bool isPending() const { return !failure.isEmpty() && file == original; }
     };
-    // Repairs what was left of a recording, on a copy that takes the file's place once it is whole; what was whole
-    // already is named as well, and what it was converted to. What holds no sound that could be repaired is kept under
-    // a name that says so and not tried again. Any thread; its end is left to the caller. Nothing for what is no
-    // recording.
+    // Repairs an unfinished recording on a copy, which then replaces the file. Also returns files that were whole
+    // already, and what they were converted to. A file that can't be repaired is kept under a name that says so and is
+    // not tried again. Empty if the file is no recording. Any thread; the caller calls end().
     static std::vector<Recovered> recover(const QString &file);
-    // Removes the recordings whose program ended before their first sound, and answers which.
+    // Removes the recordings whose program ended before their first sound, and returns which.
     QStringList dropEmpty();
-    // Whether nothing can be said of the file, since its folder is not there, as one on a disk that is not plugged in.
+    // Whether the folder of the file is missing, as on a disk that is not plugged in.
     static bool isOutOfReach(const QString &file);
 
 private:

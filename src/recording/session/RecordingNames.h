@@ -9,8 +9,8 @@ namespace cantorel {
 // Whether the person is asked for the name of the next recording that no task makes.
 bool recordingIsNamedByHand();
 
-// The path that a recording shall have, for a task or by the settings; empty when the person has been asked and does
-// not want to. Main thread.
+// The path for a new recording, from its task or the settings; empty if the person was asked for a name and cancelled.
+// Main thread.
 QString chosenRecordingPath(const std::optional<ExecutedTask> &task);
 
 // A name beside the chosen one that neither a recording has nor what it will be converted to: it must still be free

@@ -152,7 +152,7 @@ void RecordingSession::stopRecording() {
     case Phase::Idle:
         return;
     case Phase::Naming:
-        mPhase = Phase::Idle; // Whoever asks for the name finds that nothing shall begin.
+        mPhase = Phase::Idle; // The question for the name then finds that nothing shall begin.
         return;
     case Phase::Starting:
     case Phase::Writing:
@@ -182,7 +182,7 @@ void RecordingSession::close(AfterFile next) {
 
 void RecordingSession::showStopped() {
     mTimerRestart.reset();
-    mFile.deviceIsAway = false; // Nobody waits for it any more.
+    mFile.deviceIsAway = false; // The recording does not wait for it any more.
     if (mRunning)
         mRunning->end();
     recordingControlsDidChange();
@@ -193,17 +193,18 @@ void RecordingSession::recordedFileIsGone() {
     stopRecording();
 }
 
-void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
+void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url,
+                                                                    const media::RecordingCounts &counts,
                                                                     const std::optional<Failure> &failure) {
-    const qint64 dropped = mRecordManager->droppedFrames(); // The last ones came behind the last level.
-    const FinishedRecording recording{url.toLocalFile(), duration, mRecordManager->recordedFileSize(), dropped,
-                                      mFile.lostFrames + dropped - mFile.droppedFrames};
+    // The last frames were lost after the last level.
+    const qint64 lost = mFile.lostFrames + counts.droppedFrames - mFile.counted.droppedFrames;
+    const FinishedRecording recording{url.toLocalFile(), counts.seconds(), counts.bytes, counts.droppedFrames, lost};
     if (isRecording() && !failure) // It has ended by itself.
         close(AfterFile::Nothing);
     if (failure)
         mRecordManager->stopRecord();
     mRecordManager->clear();
-    mFile.taskSecondsBefore += duration;
+    mFile.taskSecondsBefore += recording.seconds;
     const EndedFile ended = mFiles.take(mFile, recording, failure, std::exchange(stopRecordingByRemoveFile, false));
     if (ended.isElsewhere) // Its folder was removed.
         forgetNext();
@@ -222,7 +223,7 @@ void RecordingSession::RecordManagerDidFinishRecordingToOutputAtURL(RecordManage
         follow();
 }
 
-// After an error the recording is started again, unless nobody wants that any more.
+// Starts the recording again after an error, unless it was stopped meanwhile.
 void RecordingSession::interrupted(const EndedFile &ended) {
     const bool goesOn = isRecording() || isStoppedBySilence() || isAutoSplitEverySeconds();
     mRunning->end();

@@ -28,13 +28,13 @@ public:
 
     // The start control and its hot key: ends what is recorded, or begins a recording.
     foundation::Result<void> onStartRecording();
-    // Begins with the source, folder and format of the settings, for a task or for nobody; ends one that runs. Where
-    // the file before is still being finished, begins after that. A failure is one sentence, empty where the person has
-    // changed their mind. One before the devices are touched changes nothing; a later one deliberately leaves the
-    // recording shown, until it is stopped.
+    // Starts a recording with the settings' source, folder and format, for a task if one is given. If a recording runs,
+    // ends it instead. While the last file is still being finished, the start waits for it. A failure is one sentence,
+    // empty if the person has changed their mind. A failure before the devices are touched changes nothing; a later one
+    // deliberately leaves the recording shown until it is stopped.
     foundation::Result<void> startRecording(const std::optional<ExecutedTask> &task = {});
     void stopRecording();
-    // The same, and a task whose recording it is ends with it.
+    // Stops it, and ends the task that it was made for.
     void stopByHand();
     // The pause control and its hot key.
     void onPauseRecording();
@@ -46,7 +46,7 @@ public:
     SessionPhase phase() const { return mPhase; }
     RecorderState state() const;
     bool isRecording() const { return isShownAsRecording(mPhase); }
-    // Something is recorded or goes on in a moment: the start control ends it, and no other recording begins beside it.
+    // Something is recorded, or will be in a moment. The start control then ends it, and no second recording begins.
     bool isBusy() const { return isRecording() || mNext != AfterFile::Nothing; }
     bool isWriting() const { return hasOpenFile(mPhase) || mPhase == SessionPhase::Closing; }
     // Nothing is recorded, finished, started again, converted or repaired.
@@ -57,11 +57,12 @@ public:
     bool isStoppedBySilence() const { return mNext == AfterFile::SplitBySilence; }
     bool isAutoSplitEverySeconds() const { return mNext == AfterFile::Split; }
     bool isPrepareStartRecording() const { return mRecordManager && mRecordManager->isPrepareRecording(); }
-    // Kept after its end, until the next begins.
+    // The current file; after its end the last one, until the next begins.
     const FileUnderWay &currentFile() const { return mFile; }
-    // What the file that is written holds, until it is whole.
-    double recordedSeconds() const { return isWriting() ? mRecordManager->recordingDuration() : 0; }
-    qint64 recordedBytes() const { return isWriting() ? mRecordManager->recordedFileSize() : 0; }
+    // Of the file being written or finished; all zero otherwise.
+    media::RecordingCounts recordingCounts() const {
+        return isWriting() ? mRecordManager->recordingCounts() : media::RecordingCounts();
+    }
     int pendingConversions() const { return mFiles.pendingConversions(); }
 
     // Makes this process the owner of recordings, list and tasks; false when another one is.
@@ -71,7 +72,8 @@ public:
 
 private:
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) override;
-    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url, double duration,
+    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &url,
+                                                      const media::RecordingCounts &counts,
                                                       const std::optional<foundation::Failure> &failure) override;
     void RecordManagerUpdateAudioLevel(RecordManager &, float level) override;
     void RecordManagerDeviceLost(RecordManager &) override { deviceIsAway(true); }
@@ -115,7 +117,7 @@ private:
     std::unique_ptr<RunningRecording> mRunning; // the last one, until the next begins
     SilenceRules mSilence;
     Restarts mRestarts;
-    bool stopRecordingByRemoveFile = false; // the stop came from that; an error is no reason to start again then
+    bool stopRecordingByRemoveFile = false; // stopped because the file was removed; an error then starts nothing again
 };
 
 } // namespace cantorel

@@ -21,7 +21,7 @@ public:
     // Until the next start.
     Duration wait(Duration now) const;
     static Duration interval();
-    // Where the last error has left something; empty where none has.
+    // The file that the last error left; empty if it left none.
     QString kept() const { return mKept; }
 
 private:

@@ -55,7 +55,7 @@ void RunningRecording::levelCame(float level) {
     mParts.view.recordingLevel(level);
     if (mSilenceWatch.level(level))
         mParts.view.recordingHeard();
-    const qint64 lost = mFile.countLost(mParts.manager.droppedFrames(), mParts.manager.filledFrames());
+    const qint64 lost = mFile.countLost(mParts.manager.recordingCounts());
     if (lost > 0)
         mParts.view.recordingFramesLost(lost);
 }

@@ -13,7 +13,7 @@ namespace cantorel {
 
 class RecordManager;
 
-// What a recording asks for by itself.
+// Hears what the running recording wants done.
 class RunningRecordingOwner {
 public:
     virtual ~RunningRecordingOwner() = default;
@@ -41,13 +41,14 @@ public:
 
     void framesCame();
     void levelCame(float level);
-    // It is stopped; nothing is asked for any more.
+    // The recording was stopped; ends the timers.
     void end();
 
     PausedBy pausedBy() const { return mPaused; }
     void pause();
     void resume();
-    // Once it is resumed or its device is back, where it waits: the next file could not begin, or would undo the pause.
+    // Splits at once, or as soon as a pause by the person ends or the device is back: until then the next file could
+    // not begin, or would undo the pause.
     void split();
 
 private:

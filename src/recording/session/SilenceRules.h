@@ -22,7 +22,7 @@ public:
     void level(float level);
     bool hearsSound() const { return hasSound; }
 
-    // What skipping asks for, five times a second.
+    // Whether to pause or resume; asked five times a second.
     Action skip(PausedBy paused, const Settings &settings) const;
     // Counts 0.1 s of the recording; true when it shall be split. showsTime: the recording shows a whole second at
     // least. canSplit: a next file could begin now.

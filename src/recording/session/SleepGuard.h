@@ -10,7 +10,7 @@ namespace cantorel {
 // thread.
 class SleepGuard {
 public:
-    // delay: null where the desktop has none; outlives the guard. The two are told as SleepDelay says.
+    // delay: null where the desktop has none; outlives the guard. The two functions are called as SleepDelay says.
     SleepGuard(desktop::SleepDelay *delay, std::function<void(bool shutsDown)> willSleep,
                std::function<void()> didWake);
     ~SleepGuard();

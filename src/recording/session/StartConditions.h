@@ -18,9 +18,9 @@ public:
     // Both outlive it.
     StartConditions(RecordingJournal &journal, RecordingSessionView &view) : mJournal(journal), mView(view) {}
 
-    // Fills in the source and answers the free path of the file. Where the person is asked for a name, phase is Naming
-    // meanwhile; whoever changes it has begun something else, or calls this start off. The sentence of a failure is
-    // empty where the person has changed their mind.
+    // Fills in the source and returns a free path for the file. While the person is asked for a name, phase is Naming;
+    // if it has another value afterwards, this start is given up. The failure's sentence is empty if the person has
+    // changed their mind.
     foundation::Result<QString> meet(FileUnderWay &file, SessionPhase &phase);
 
     // The last failure was for a device, which may come back.

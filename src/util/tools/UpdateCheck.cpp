@@ -24,7 +24,7 @@ using VersionParts = std::array<int, 3>;
 
 VersionParts partsOfID(int version) { return {version / 100, version / 10 % 10, version % 10}; }
 
-// "2.5.1" and "251" are both 2, 5 and 1; none for what is no version.
+// "2.5.1" and "251" are both 2, 5 and 1; empty for any other text.
 VersionParts versionParts(const QString &text) {
     const QStringList parts = text.trimmed().split(QLatin1Char('.'));
     if (parts.size() == 1)

@@ -78,6 +78,8 @@ struct World {
     std::unique_ptr<BackendWorld> (*make)();
 };
 
+void PrintTo(const World &world, std::ostream *out) { *out << world.name; }
+
 struct HardwareContract : testing::TestWithParam<World> {
     HardwareContract() : world(GetParam().make()), backend(world->backend()) {}
 

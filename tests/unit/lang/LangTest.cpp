@@ -1,6 +1,7 @@
 #include "lang/Lang.h"
 
 #include "lang/LangTable.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,47 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 namespace cantorel {
 namespace {
-
-// The fixed pairings: attribute and key where the key is not the group's prefix followed by the attribute.
-const std::map<std::string, std::string> kPairings = {
-    {"EnableHotkeys", "settingsEnableHotkeys"},
-    {"ConfigureDidChange", "settingsConfigureDidChange"},
-    {"StopTime", "toolsScheduleTaskToTime"},
-    {"Sleep", "toolsScheduleSleep"},
-    {"DailyTask", "toolsScheduleDailyTask"},
-    {"Repeat", "toolsScheduleRepeat"},
-    {"RepeatStopManually", "toolsScheduleRepeatStopManually"},
-    {"RepeatStopAtCount", "toolsScheduleRepeatStopAtCount"},
-    {"WeeksOn", "toolsScheduleWeeksOn"},
-    {"Weeks", "toolsScheduleWeeks"},
-    {"AtTimeEveryDay", "toolsScheduleAtTimeEveryDay"},
-    {"EditorInsert", "toolsEditorButtonInsert"},
-    {"EditorInsertSettings", "toolsEditorLabelInsertSettings"},
-};
-
-// "//tools//Editor" is "toolsEditor"; the first groups have short prefixes.
-std::string prefixOf(const TextGroup &group) {
-    std::string prefix = QString::fromLatin1(group.path).remove(QStringLiteral("//")).toStdString();
-    return prefix == "common" ? "comm" : prefix == "button" ? "btn" : prefix;
-}
-
-TEST(LangTable, AKeyIsThePrefixAndTheAttributeButForTheFixedPairings) {
-    std::size_t exceptions = 0;
-    for (const TextGroup &group : textGroups())
-        for (const TextRow &row : group.rows) {
-            if (row.attribute == nullptr || row.key == prefixOf(group) + row.attribute)
-                continue;
-            const auto pairing = kPairings.find(row.attribute);
-            ASSERT_NE(pairing, kPairings.end()) << row.key;
-            EXPECT_EQ(row.key, pairing->second);
-            ++exceptions;
-        }
-    EXPECT_EQ(exceptions, kPairings.size());
-}
 
 TEST(LangTable, EveryKeyStandsOnceWithATextAndKnownMarkers) {
     const QSet<QString> known = {QStringLiteral("AppName"),    QStringLiteral("NewLine"),   QStringLiteral("FileName"),
@@ -76,22 +38,6 @@ TEST(LangTable, EveryKeyStandsOnceWithATextAndKnownMarkers) {
     EXPECT_EQ(neverLoaded, 27); // 25 keys that no file has and the two twins of loaded ones
 }
 
-TEST(Lang, BuiltInTextsAreAnsweredBeforeAFileIsLoaded) {
-    EXPECT_EQ(Lang::commTitle(), QStringLiteral("Title"));
-    EXPECT_EQ(Lang::commFileName(), QStringLiteral("File name"));
-    EXPECT_EQ(Lang::commAppName(), QStringLiteral("Cantorel"));
-    EXPECT_EQ(Lang::commFileIncorrect(), QStringLiteral("The '[#FileName#]' file is incorrect!"));
-    EXPECT_EQ(Lang::updateNewVersionIsAvailable(),
-              QStringLiteral("A new version of [#AppName#] is available.[#NewLine#]Do you want to upgrade now?"));
-    EXPECT_TRUE(Lang::text(QStringLiteral("noSuchKey")).isNull());
-}
-
-TEST(Lang, TheQualitiesDifferSinceTheyAreComparedAsTexts) {
-    EXPECT_NE(Lang::video2mp3StandardQuality(), Lang::video2mp3HighQuality());
-    EXPECT_NE(Lang::video2mp3HighQuality(), Lang::video2mp3ExtremeQuality());
-    EXPECT_NE(Lang::video2mp3StandardQuality(), Lang::video2mp3ExtremeQuality());
-}
-
 // A folder of language files that the program takes for its own.
 class LanguageFiles : public ::testing::Test {
 public:
@@ -101,9 +47,7 @@ public:
     }
     void TearDown() override { qunsetenv("CANTOREL_RESOURCES"); }
     void put(const char *name, const QByteArray &content) const {
-        QFile file(mFolder.filePath(QStringLiteral("lang/%1.xml").arg(QLatin1String(name))));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
+        testing::store(mFolder.filePath(QStringLiteral("lang/%1.xml").arg(QLatin1String(name))), content);
     }
     const QTemporaryDir mFolder;
 };

@@ -4,6 +4,7 @@
 #include "platform/foundation/SearchPaths.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -17,10 +18,7 @@
 namespace cantorel {
 namespace {
 
-void touch(const QString &path) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-}
+using testing::touch;
 
 // A value of the row's kind that is not its default and that its getter hands back unchanged.
 QVariant otherValue(const SettingRow &row) {

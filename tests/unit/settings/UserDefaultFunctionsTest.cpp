@@ -4,6 +4,7 @@
 #include "platform/foundation/PropertyList.h"
 #include "platform/foundation/SearchPaths.h"
 #include "settings/AppSettings.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QFile>
 
@@ -17,9 +18,8 @@ namespace {
 const QString kKey = QStringLiteral("someKey");
 
 void storeFormer(const QVariantMap &content) {
-    QFile file(foundation::configurationFolder() + QStringLiteral("/com.tessolar.CantorelClassic.plist"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(foundation::propertyListXml(content));
+    testing::store(foundation::configurationFolder() + QStringLiteral("/com.tessolar.CantorelClassic.plist"),
+                   foundation::propertyListXml(content));
 }
 
 TEST(UserDefaultFunctions, ValuesLieInTheFileOfTheIdentifierAsSoonAsTheyAreSet) {

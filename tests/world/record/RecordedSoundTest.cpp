@@ -75,6 +75,8 @@ struct Route {
     bool spoken; // into the microphone
 };
 
+void PrintTo(const Route &route, std::ostream *out) { *out << route.name; }
+
 class RecordedSound : public ::testing::TestWithParam<Route> {};
 
 } // namespace

@@ -36,7 +36,7 @@ Result<void> DBusMediaControls::offer(MediaCommands &commands) {
     if (!bus.isConnected() || !bus.registerObject(kPath, object.get(), QDBusConnection::ExportAdaptors))
         return Failure{QStringLiteral("Media keys can't reach the player, since there is no session bus."),
                        QStringLiteral("no session bus: %1").arg(bus.lastError().message())};
-    // Where another program of that name plays, ours has a name of its own.
+    // If another instance has the name, this one takes a name with its process id.
     const QString name = QStringLiteral("org.mpris.MediaPlayer2.") + mPlayerName;
     if (!connection->take(name)
         && !connection->take(QStringLiteral("%1.instance%2").arg(name).arg(QCoreApplication::applicationPid())))

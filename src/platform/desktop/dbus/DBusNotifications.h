@@ -12,8 +12,8 @@
 
 namespace cantorel::desktop {
 
-// Over org.freedesktop.Notifications of the session bus, which is first touched with the first message. A server that
-// goes takes its messages with it; the next message looks for a server anew. Main thread.
+// Over org.freedesktop.Notifications of the session bus, which is first touched with the first message. When a server
+// exits, its messages are gone; the next message looks for a server again. Main thread.
 class DBusNotifications : public QObject, public Notifications {
     Q_OBJECT
 

@@ -5,8 +5,8 @@
 
 namespace cantorel::desktop {
 
-// A desktop in software that knows the player: notes "media offer", "media withdraw", "media jump". What was shown and
-// what it may ask stands in its fields.
+// A desktop in software that knows the player: notes "media offer", "media withdraw", "media jump". Its fields
+// hold what was shown and the commands that it may use.
 class RecordedMediaControls : public MediaControls {
 public:
     explicit RecordedMediaControls(std::shared_ptr<CallRecord> record) : mRecord(std::move(record)) {}

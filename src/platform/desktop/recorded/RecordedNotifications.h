@@ -16,7 +16,7 @@ public:
     // Where it is false, every message is refused.
     bool hasServer = true;
     bool isShown(const QString &tag) const { return mShown.contains(tag); }
-    // What the person does with a message that is shown; pressed, it goes unless it lasts.
+    // Acts as the person on a shown message. A pressed message disappears unless it is lasting.
     void press(const QString &tag, const QString &action);
     void putAway(const QString &tag);
 

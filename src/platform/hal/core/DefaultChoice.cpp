@@ -22,7 +22,7 @@ bool DefaultChoice::set(const QString &uid, bool standIn) {
             mState = State::StandsIn;
         return true;
     }
-    // One stand-in after another still stands in for the choice before the first.
+    // If one replacement follows another, the choice before the first is what is remembered.
     const bool stoodIn = mState == State::StandsIn || mState == State::GoesBack;
     const DisplacedDefault before = mDisplaced;
     DisplacedDefault displaced = standIn && stoodIn ? mDisplaced : DisplacedDefault{configured, inForce, {}};

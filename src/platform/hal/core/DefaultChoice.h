@@ -26,13 +26,13 @@ public:
     // Gives back what could not be given back before; called when something has changed.
     void settle();
     LeftDefault left() const;
-    // UID of what the person's choice amounted to while another device stands in for it; else empty.
+    // UID of the device that the person chose, while another device is the default in its place; else empty.
     QString displaced() const { return mState == State::StandsIn ? mDisplaced.device : QString(); }
 
 private:
     enum class State {
         Plain,    // nothing is remembered
-        Chosen,   // another device was chosen for good
+        Chosen,   // another device was chosen to stay
         StandsIn, // for a while only
         GoesBack  // given back, and not yet seen to be back
     };

@@ -8,7 +8,7 @@
 
 namespace cantorel::hal {
 
-// A choice of the person's that a device of the program's own stands in for.
+// A default device that the person chose and that a device of this program replaces for now.
 struct DisplacedDefault {
     std::optional<QString> choice; // what the person had chosen
     QString device;                // what that choice amounted to

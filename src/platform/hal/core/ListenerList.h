@@ -6,7 +6,7 @@
 
 namespace cantorel::hal {
 
-// Who wants to be told of a property's change, and what has changed and was not told yet. Owned and locked by
+// The listeners of property changes, and the changes that they have not been called for yet. Owned and locked by
 // ObjectTable.
 class ListenerList {
 public:
@@ -31,7 +31,7 @@ public:
     bool remove(const Listener &listener);
     bool contains(const Listener &listener) const;
 
-    // Remembers a change, once however often it happens before it is told.
+    // Remembers a change; several before the next delivery count as one.
     void changed(const Change &change);
     bool hasChanges() const { return !mChanges.empty(); }
     // One call that is due: a listener and all its addresses that changed, in order. Forgets the changes.

@@ -43,7 +43,7 @@ public:
     void unplug(const QString &uid);
     void setSource(const QString &uid, SoundSource source);
     void setTap(const QString &uid, SoundTap tap);
-    // Its streams bring nothing any more, and say nothing of it; nobody can open one.
+    // Its streams stop delivering sound without saying so, and no new stream can be opened.
     void stall(const QString &uid, bool stalls);
     // Without the part of a server that keeps choices, which are what they were when it is back.
     void keepDefaults(bool keep);

@@ -105,7 +105,7 @@ std::optional<std::vector<std::uint32_t>> AggregateNodes::portsFor(Aggregate &ag
             aggregate.widths.push_back(side.size());
         aggregate.present.assign(members, true);
         if (!known)
-            return {}; // What is there is made anew.
+            return {}; // The existing one is made again.
     }
     std::vector<std::uint32_t> ports;
     for (std::size_t i = 0; i < members; ++i) {

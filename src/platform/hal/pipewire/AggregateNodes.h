@@ -4,10 +4,9 @@
 
 namespace cantorel::hal {
 
-// Keeps the aggregate devices on the server: for each a source of its own that other programs see, its inputs linked to
-// the members' ports. Made when all members are there; one that goes leaves its channels silent until it is back, and
-// the device goes with the last. Owned by PipeWireBackend; every
-// function is called with the loop locked.
+// Keeps the aggregate devices on the server. Each is a source that other programs see, with inputs linked to the
+// members' ports. It is made when all members exist; the channels of a member that disappears are silent until it is
+// back, and the device disappears with its last member. Owned by PipeWireBackend, which locks the loop for every call.
 class AggregateNodes {
 public:
     void put(const AggregateSpec &spec);

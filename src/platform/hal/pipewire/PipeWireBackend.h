@@ -22,7 +22,7 @@ namespace cantorel::hal {
 class PipeWireBackend : public HardwareBackend {
 public:
     // Waits up to the patience given for a server that carries sound. Fails with one sentence that names the cause.
-    // loopbackNames: of the sinks that are loopback devices, whoever made them.
+    // loopbackNames: names of the sinks that are loopback devices, made by this or another program.
     static foundation::Result<std::unique_ptr<PipeWireBackend>> connect(foundation::Clock::Duration patience,
                                                                         const QStringList &loopbackNames = {});
     ~PipeWireBackend() override;

@@ -20,7 +20,7 @@ constexpr double kUsualRate = 48000;
 constexpr std::uint32_t kUsualFrames = 512;
 constexpr std::uint32_t kMaxGains = 64;
 constexpr int kRounds = 2;
-// What the session manager lets players play to while there is no device at all; nobody hears it.
+// The silent sink that the session manager offers to players while there is no output device.
 constexpr const char *kNoDevice = "auto_null";
 
 QString lookUp(const spa_dict *props, const char *key) {
@@ -45,7 +45,7 @@ pw_metadata_events metadataEvents(decltype(pw_metadata_events::property) propert
     return events;
 }
 
-// In the place of what was bound before.
+// Replaces what was bound before.
 void bindMetadata(pw_registry *registry, std::uint32_t id, ProxyHandle &proxy, Hook &hook,
                   const pw_metadata_events &events, void *listener) {
     hook.remove();

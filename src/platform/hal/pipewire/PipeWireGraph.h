@@ -43,7 +43,7 @@ struct GraphLink {
 // function is called with the loop locked, and the changed function from the loop's thread.
 class PipeWireGraph {
 public:
-    // loopbackNames: of the sinks that are loopback devices, whoever made them.
+    // loopbackNames: names of the sinks that are loopback devices, made by this or another program.
     PipeWireGraph(pw_core *core, QStringList loopbackNames, std::function<void()> changed);
     ~PipeWireGraph();
 
@@ -58,10 +58,10 @@ public:
     // True once after a link has gone.
     bool takeUnlinking() { return std::exchange(mUnlinking, false); }
 
-    // Whether a session manager is there, which alone keeps the default devices, and all that it says has come.
+    // Whether a session manager, which keeps the default devices, runs and has sent all of them.
     bool hasDefaults() const { return mDefaultMetadata && mDefaultsKnown; }
     QString defaultInForce(Direction direction) const;
-    // Whether the session manager has settled where sound goes, be it nowhere for lack of devices.
+    // Whether the session manager has decided where sound goes, even if it is nowhere for lack of devices.
     bool hasSettled() const;
     std::optional<QString> configuredDefault(Direction direction) const;
     // Nothing takes the choice away. False without a session manager.
@@ -121,8 +121,8 @@ private:
     Hook mCoreHook;
     const QStringList mLoopbackNames;
     const std::function<void()> mChanged;
-    // Questions to the server that stand out until the default metadata, asked for anew, is known: the first is
-    // answered after all that we had asked before, the second after all that we ask because of that.
+    // The server's answers still awaited before the default devices count as known. It answers the first after all
+    // our earlier requests, the second after the requests that those answers caused.
     int mRoundsLeft = 0;
     int mAwaited = 0;
     bool mDefaultsKnown = false;
@@ -139,7 +139,7 @@ private:
     ProxyHandle mSettingsMetadata;
     Hook mSettingsHook;
     QHash<QString, QString> mDefaults; // metadata key to node name
-    QHash<QString, QString> mListed;   // the same while it is told anew
+    QHash<QString, QString> mListed;   // the same, while the server lists it again
     QHash<QString, double> mSettings;  // metadata key to number
     double mObservedRate = 0;
     std::uint32_t mObservedFrames = 0;

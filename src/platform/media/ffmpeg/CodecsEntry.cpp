@@ -7,7 +7,7 @@ namespace {
 
 class LibavCodecs : public Codecs {
 public:
-    // What goes wrong is answered to the caller; nothing is printed past him.
+    // Failures are returned to the caller; the library prints nothing.
     LibavCodecs() { av_log_set_level(AV_LOG_QUIET); }
 
     foundation::Result<std::unique_ptr<AacEncoder>> makeAacEncoder(int inputRate,

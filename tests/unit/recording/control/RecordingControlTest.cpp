@@ -11,11 +11,10 @@
 namespace cantorel {
 namespace {
 
-class RecordingControlTest : public test::RecordingFixture, public RecordingSessionView {
+class RecordingControlTest : public test::RecordingFixture, public test::SessionLog {
 public:
     using RecordingFixture::RecordingFixture;
 
-    void recordingStarted(const QString &file, const QString &) override { started << file; }
     void SetUp() override {
         AppSettings::setAudioFormat(4);
         AppSettings::setAudioType(1);
@@ -31,11 +30,10 @@ public:
     }
     bool refuses(const char *method) { return ask(method).contains(QStringLiteral("refused")); }
 
-    QStringList started;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
     RecordingSession session{*this, list, surroundings("state")};
     TaskList tasks;
-    RecordingControl control{session, list, tasks, RecordingControl::Begins::Any};
+    RecordingControl control{session, list, tasks, RecordingControl::Begins::Any, nullptr};
 };
 
 struct ControlWithoutVirtualDevice : RecordingControlTest {

@@ -11,31 +11,6 @@
 namespace cantorel {
 namespace {
 
-// Counts what a view is told.
-class View : public RecordingSessionView {
-public:
-    void recordingStarted(const QString &file, const QString &) override { started.append(file); }
-    void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
-    void recordingFailed(const RecordingTrouble &trouble) override { failed.append(Lang::english(trouble.sentence)); }
-    void recordingFiltered(const QString &file, double) override { filtered.append(file); }
-    void recordingPaused(bool bySilence) override { pauses += bySilence ? 's' : 'p'; }
-    void recordingResumed() override { pauses += 'r'; }
-    void recordingDisplay(const RecordingDisplay &shown) override { display = shown; }
-    void recordingControlsDidChange(const RecordingControls &shown) override { controls = shown; }
-    void recordingSettled() override { ++settled; }
-    void recordingFramesLost(qint64 frames) override { lost += frames; }
-    void recordingDeviceLost(const QString &) override { devices += 'l'; }
-    void recordingDeviceBack(const QString &) override { devices += 'b'; }
-
-    QStringList started, failed, filtered;
-    std::vector<FinishedRecording> finished;
-    QByteArray pauses, devices;
-    RecordingDisplay display;
-    RecordingControls controls;
-    int settled = 0;
-    qint64 lost = 0;
-};
-
 class Tasks : public QObject, public RecordingSessionTasks {
 public:
     void taskWasStoppedByHand() override { told += 'h'; }
@@ -105,7 +80,7 @@ public:
     }
 
     std::atomic<bool> loud = true;
-    View view;
+    test::SessionLog view;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
     RecordingSession session{view, list, surroundings("state")};
 
@@ -179,7 +154,7 @@ TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
         EXPECT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
         ASSERT_EQ(view.finished.size(), 2u);
         EXPECT_NEAR(totalSeconds(), passed, 0.2) << "and what is missing is silence";
-        EXPECT_EQ(view.lost, 0) << "which is told as an absence, and not as lost frames";
+        EXPECT_EQ(view.lostFrames, 0) << "which is told as an absence, and not as lost frames";
     }
 }
 
@@ -447,26 +422,6 @@ TEST_F(RecordingRulesTest, ATaskIsNamedCountedAndEndedAtItsLengthOverItsFiles) {
     ASSERT_TRUE(session.onStartRecording());
     ASSERT_TRUE(settles());
     EXPECT_EQ(tasks.told, "ehe");
-}
-
-TEST_F(RecordingRulesTest, AListSurvivesAndKeepsItsOrder) {
-    start();
-    pass(1);
-    session.stopRecording();
-    ASSERT_TRUE(settles());
-    start();
-    pass(2.4);
-    session.stopRecording();
-    ASSERT_TRUE(settles());
-    list.move(1, 0);
-    RecordedList again(QDir::homePath() + QStringLiteral("/state"), *world.clock);
-    again.initRecordedList();
-    ASSERT_EQ(again.items().size(), 2u);
-    EXPECT_EQ(QFileInfo(again.items()[0]->getFileName()).fileName(), "Track2.wav");
-    EXPECT_EQ(again.items()[0]->duration(), list.items()[0]->duration());
-    EXPECT_GE(again.items()[0]->duration(), QStringLiteral("00:00:02"));
-    EXPECT_EQ(again.items()[0]->status(), QString());
-    EXPECT_FALSE(again.items()[0]->isProcessing);
 }
 
 } // namespace cantorel

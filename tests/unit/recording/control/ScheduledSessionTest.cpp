@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class ScheduledSessionTest : public test::RecordingFixture, public RecordingSessionView, public ScheduleTaskView {
+class ScheduledSessionTest : public test::RecordingFixture, public test::SessionLog, public ScheduleTaskView {
 public:
     using RecordingFixture::RecordingFixture;
 
@@ -21,7 +21,6 @@ public:
         if (onConverting)
             std::exchange(onConverting, {})();
     }
-    void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
     void taskEnded(const ScheduleTaskInfo &task) override { ended << task._taskName; }
     void taskMissed(const ScheduleTaskInfo &, const QDateTime &, const foundation::Sentence &sentence) override {
         missed << Lang::english(sentence);
@@ -44,9 +43,8 @@ public:
 
     std::shared_ptr<desktop::CallRecord> calls = std::make_shared<desktop::CallRecord>();
     desktop::InstalledServices services{desktop::recordedServices(calls)};
-    QStringList started, ended, missed;
+    QStringList ended, missed;
     std::function<void()> onConverting; // once
-    std::vector<FinishedRecording> finished;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
     RecordingSession session{*this, list, surroundings("state")};
     TaskList tasks;

@@ -80,11 +80,6 @@ TEST(HotKey, ATextIsShownByBoxesAndAChooserAndComesBackInTheirOrder) {
 // A recording that notes what is done to it.
 class HotkeyTest : public ::testing::Test, public RecordingHotkeyActions {
 protected:
-    HotkeyTest() {
-        desktop::Services made = desktop::recordedServices(calls);
-        made.hotKeys = hotKeys;
-        services = std::make_unique<desktop::InstalledServices>(std::move(made));
-    }
     bool isRecording() const override { return recording; }
     void onStartRecording() override {
         done << QStringLiteral("start");
@@ -99,14 +94,13 @@ protected:
 
     std::shared_ptr<desktop::CallRecord> calls = std::make_shared<desktop::CallRecord>();
     std::shared_ptr<desktop::RecordedHotKeys> hotKeys = std::make_shared<desktop::RecordedHotKeys>(calls);
-    std::unique_ptr<desktop::InstalledServices> services;
     QStringList done;
     bool recording = false, fails = false;
 };
 
 TEST_F(HotkeyTest, TheThreeKeysDoWhatTheSettingsSay) {
     AppSettings::setHotkeyStopRecording(QStringLiteral("Ctrl OPT X"));
-    RecordingHotkeys keys(*this);
+    RecordingHotkeys keys(*this, hotKeys);
     testing::internal::CaptureStderr();
     keys.registerEnabled();
     const QString log = QString::fromStdString(testing::internal::GetCapturedStderr());
@@ -126,7 +120,7 @@ TEST_F(HotkeyTest, TheThreeKeysDoWhatTheSettingsSay) {
 }
 
 TEST_F(HotkeyTest, UnregisteringDeliberatelyLeavesAllKeysInForce) {
-    RecordingHotkeys keys(*this);
+    RecordingHotkeys keys(*this, hotKeys);
     keys.RegisteHotkey();
     testing::internal::CaptureStderr();
     keys.UnregisterHotkey();
@@ -138,7 +132,7 @@ TEST_F(HotkeyTest, UnregisteringDeliberatelyLeavesAllKeysInForce) {
 }
 
 TEST_F(HotkeyTest, AfterAnEditOnlyTheNewTextWorksAndOnce) {
-    RecordingHotkeys keys(*this);
+    RecordingHotkeys keys(*this, hotKeys);
     keys.RegisteHotkey();
     AppSettings::setHotkeyStartRecording(QStringLiteral("cmd ctrl r"));
     keys.UnregisterHotkey();
@@ -155,13 +149,13 @@ TEST_F(HotkeyTest, AfterAnEditOnlyTheNewTextWorksAndOnce) {
 
 TEST_F(HotkeyTest, DisabledKeysAreNotRegistered) {
     AppSettings::setEnableHotkeys(false);
-    RecordingHotkeys keys(*this);
+    RecordingHotkeys keys(*this, hotKeys);
     keys.registerEnabled();
     EXPECT_TRUE(calls->calls().isEmpty());
 }
 
 TEST_F(HotkeyTest, WhatAnActionThrowsIsLoggedAndKeysGoOnWorking) {
-    RecordingHotkeys keys(*this);
+    RecordingHotkeys keys(*this, hotKeys);
     keys.RegisteHotkey();
     fails = true;
     testing::internal::CaptureStderr();
@@ -174,7 +168,8 @@ TEST_F(HotkeyTest, WhatAnActionThrowsIsLoggedAndKeysGoOnWorking) {
 TEST_F(HotkeyTest, AKeyThatTheDesktopRefusesIsToldToThePerson) {
     calls->failOn(QStringLiteral("register"), QStringLiteral("Held."));
     QStringList troubles;
-    RecordingHotkeys keys(*this, [&](const foundation::Sentence &sentence) { troubles << Lang::english(sentence); });
+    RecordingHotkeys keys(*this, hotKeys,
+                          [&](const foundation::Sentence &sentence) { troubles << Lang::english(sentence); });
     keys.RegisteHotkey();
     EXPECT_EQ(troubles.value(0), QStringLiteral("Held."));
 }
@@ -187,7 +182,7 @@ public:
 
 TEST_F(HotkeyTest, AManagerUnbindsItsOwnAndIgnoresOthers) {
     const auto target = std::make_shared<Target>();
-    HotkeyManager manager, other;
+    HotkeyManager manager(hotKeys), other(hotKeys);
     EXPECT_EQ(manager.bind(QStringLiteral("ctrl A"), target, &HotkeyTarget::pressedHotkey), 1u);
     EXPECT_EQ(manager.bind(QStringLiteral("ctrl B"), target, &HotkeyTarget::pressedHotkey), 2u);
     EXPECT_EQ(other.bind(QStringLiteral("ctrl c"), target, &HotkeyTarget::pressedHotkey), 1u);
@@ -205,7 +200,7 @@ TEST_F(HotkeyTest, AManagerUnbindsItsOwnAndIgnoresOthers) {
 
 TEST(Hotkeys, WithoutADesktopRecordsExistButNeverFire) {
     const auto target = std::make_shared<Target>();
-    HotkeyManager manager;
+    HotkeyManager manager(nullptr);
     EXPECT_EQ(manager.bind(QString(), target, &HotkeyTarget::pressedHotkey), 1u);
     EXPECT_EQ(manager.trigger(1), QString());
     manager._dispatch(1);

@@ -25,10 +25,10 @@ public:
         model.sort(RecordingsModel::Title, Qt::AscendingOrder);
     }
 
-    static desktop::RecordedMediaControls &desktopSees() {
-        return static_cast<desktop::RecordedMediaControls &>(*desktop::InstalledServices::current().media);
+    desktop::RecordedMediaControls &desktopSees() {
+        return static_cast<desktop::RecordedMediaControls &>(*services.media);
     }
-    static const desktop::MediaState &state() {
+    const desktop::MediaState &state() {
         QCoreApplication::processEvents();
         return desktopSees().state;
     }
@@ -36,11 +36,11 @@ public:
     void begin(const char *name) { ASSERT_TRUE(player.play(path(name))); }
 
     std::shared_ptr<desktop::CallRecord> record = std::make_shared<desktop::CallRecord>();
-    desktop::InstalledServices services{desktop::recordedServices(record)};
+    desktop::Services services{desktop::recordedServices(record)};
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
     RecordingsModel model{list};
     LibraryPlayer player;
-    std::unique_ptr<LibraryMedia> media = std::make_unique<LibraryMedia>(player, model);
+    std::unique_ptr<LibraryMedia> media = std::make_unique<LibraryMedia>(player, model, services.media.get());
 };
 
 TEST_F(LibraryMediaTest, TheDesktopHearsOfItFromTheFirstPlayToTheEnd) {

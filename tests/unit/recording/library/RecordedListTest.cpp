@@ -6,6 +6,7 @@
 #include "recording/library/RecordingsRemoval.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/unit/recording/UnwritableSettings.h"
 
@@ -26,10 +27,8 @@ class RecordedListTest : public ::testing::Test {
 public:
     QString file(int number, bool onDisk = true) const {
         const QString path = mFolder.filePath(QStringLiteral("r%1.m4a").arg(number));
-        if (onDisk) {
-            QFile made(path);
-            EXPECT_TRUE(made.open(QIODevice::WriteOnly));
-        }
+        if (onDisk)
+            testing::touch(path);
         return path;
     }
     std::unique_ptr<RecordedList> opened() {

@@ -16,12 +16,6 @@ namespace {
 using testing::contents;
 using testing::packetsOf;
 
-struct View : RecordingSessionView {
-    void recordingFinished(const FinishedRecording &recording) override { finished.append(recording.file); }
-    void recordingRecovered(const RecordingJournal::Recovered &recording) override { recovered.append(recording.file); }
-    QStringList finished, recovered;
-};
-
 // A start of the program after a crash that left one recording, which the list has with the length last shown.
 class CrashLeftoversTest : public test::RecordingFixture {
 public:
@@ -44,10 +38,10 @@ public:
         world.advance(1000);
         session.stopRecording();
         EXPECT_TRUE(stepUntil([&] { return session.isSettled() && view.finished.size() > count; }));
-        return view.finished.value(count);
+        return view.finished.size() > count ? view.finished[count].file : QString();
     }
 
-    View view;
+    test::SessionLog view;
     const QString state = QDir::homePath() + QStringLiteral("/state");
     const QString left = path("Track1.m4a"); // the very name that the next recording would have
     QByteArray before;

@@ -24,7 +24,7 @@ float loudStamp(std::uint32_t number) { return 0.1f + static_cast<float>(number 
 std::uint32_t stampOfLoud(float sample) { return static_cast<std::uint32_t>(std::lround((sample - 0.1f) * 65536)); }
 
 // Time flies as fast as the machine can follow: the coder is one that codes nothing, the converter copies.
-class LongRecordingTest : public test::RecordingFixture, public RecordingSessionView {
+class LongRecordingTest : public test::RecordingFixture, public test::SessionLog {
 public:
     LongRecordingTest() {
         qputenv("CANTOREL_MODULES", CANTOREL_QUICK_CODECS);
@@ -46,12 +46,8 @@ public:
         watchRecorder();
     }
 
-    void recordingStarted(const QString &, const QString &) override { ++started; }
     // The file before is closed, the next one has not begun: the recorder is another from here on.
     void recordingConverting(const QString &) override { watchRecorder(); }
-    void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
-    void recordingFailed(const RecordingTrouble &trouble) override { failed.append(Lang::english(trouble.sentence)); }
-    void recordingPaused(bool) override { ++pauses; }
 
     // Time stands still while the thread of a file is behind, and from one file to the next.
     void pass(std::int64_t milliseconds) {
@@ -60,7 +56,7 @@ public:
             QCoreApplication::processEvents();
             const auto follows = [&] {
                 const bool runs = session.isRecording() && !session.currentFile().path.isEmpty();
-                return runs && tapped + 2 * kRate > kit.getAudioRecorder()->recordedFrames();
+                return runs && tapped + 2 * kRate > kit.getAudioRecorder()->recordingCounts().frames;
             };
             if (!session.isRecording())
                 world.advance(25); // the coder's block that the file before ends with
@@ -80,9 +76,6 @@ public:
     std::uint32_t played = 0;                        // loud frames
     std::atomic<std::uint32_t> heard = 0, wrong = 0; // of them, and those that are not the next
     std::atomic<std::int64_t> tapped = 0;            // frames of the file
-    int started = 0, pauses = 0;
-    QStringList failed;
-    std::vector<FinishedRecording> finished;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
     RecordingSession session{*this, list, surroundings("state")};
 
@@ -134,9 +127,9 @@ TEST_F(LongRecordingTest, TwentyMinutesWithSilencesAndSplitsHaveEveryLoudFrameOn
     EXPECT_TRUE(failed.isEmpty()) << failed.join(' ').toStdString();
     EXPECT_EQ(heard, played);
     EXPECT_EQ(wrong, 0u);
-    EXPECT_NEAR(pauses, silences, silences / 10) << "a split may come first";
+    EXPECT_NEAR(pauses.count('s'), silences, silences / 10) << "a split may come first";
 
-    ASSERT_EQ(static_cast<int>(finished.size()), started);
+    ASSERT_EQ(finished.size(), static_cast<std::size_t>(started.size()));
     ASSERT_EQ(list.items().size(), finished.size());
     double seconds = 0;
     for (std::size_t i = 0; i < finished.size(); ++i) {

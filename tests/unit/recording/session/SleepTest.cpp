@@ -10,12 +10,8 @@ namespace cantorel {
 namespace {
 
 // A machine that falls asleep beneath a recording.
-class SleepTest : public test::RecordingFixture, public RecordingSessionView {
+class SleepTest : public test::RecordingFixture, public test::SessionLog {
 public:
-    void recordingStarted(const QString &file, const QString &) override { started << file; }
-    void recordingFinished(const FinishedRecording &recording) override { finished.push_back(recording); }
-    void recordingFailed(const RecordingTrouble &trouble) override { failed << Lang::english(trouble.sentence); }
-    void recordingSettled() override { ++settled; }
     void SetUp() override {
         AppSettings::setAudioFormat(4);
         AppSettings::setAudioType(1);
@@ -33,9 +29,6 @@ public:
 
     std::shared_ptr<desktop::CallRecord> calls = std::make_shared<desktop::CallRecord>();
     desktop::InstalledServices services{desktop::recordedServices(calls)};
-    QStringList started, failed;
-    std::vector<FinishedRecording> finished;
-    int settled = 0;
     RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
     RecordingSession session{*this, list, surroundings("state")};
 };

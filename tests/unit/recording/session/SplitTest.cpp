@@ -11,22 +11,6 @@ namespace {
 
 using Pause = RecordManager::Pause;
 
-class Owner : public QObject, public RecordManagerDelegate {
-public:
-    void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &) override { ++started; }
-    void RecordManagerDidFinishRecordingToOutputAtURL(RecordManager &, const QUrl &, double duration,
-                                                      const std::optional<foundation::Failure> &failure) override {
-        ++finished;
-        seconds = duration;
-        sentence = failure ? Lang::english(failure->sentence) : QString();
-    }
-    void RecordManagerUpdateAudioLevel(RecordManager &, float) override {}
-
-    int started = 0, finished = 0;
-    double seconds = 0;
-    QString sentence;
-};
-
 class SplitTest : public test::RecordingFixture {
 public:
     SplitTest() { manager.delegate = &owner; }
@@ -76,7 +60,7 @@ public:
             ASSERT_EQ(files[file][i], files[file][i - 1] + 1) << "file " << file << " frame " << i;
     }
 
-    Owner owner;
+    test::ManagerLog owner;
     RecordManager manager;
     std::vector<std::vector<std::int64_t>> files;
     std::mutex mMutex;
@@ -208,13 +192,13 @@ TEST_F(SplitTest, TheFramesBeforeASoundThatEndsASilenceAreInTheFileOnce) {
         world.advance(1000);
         manager.pauseRecording(Pause::ForSilence);
         EXPECT_TRUE(manager.isPaused());
-        const std::int64_t before = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordedFrames();
+        const std::int64_t before = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordingCounts().frames;
         world.advance(silence);
-        const std::int64_t during = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordedFrames();
+        const std::int64_t during = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordingCounts().frames;
         EXPECT_EQ(during, before) << "the length stands still";
         manager.resumeRecording();
         world.advance(500);
-        const std::int64_t all = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordedFrames();
+        const std::int64_t all = ZQAVRecorderKit::sharedInstance().getAudioRecorder()->recordingCounts().frames;
         ASSERT_TRUE(stop(false));
         const std::lock_guard lock(mMutex);
         std::int64_t left = 0;
