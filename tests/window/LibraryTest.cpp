@@ -7,6 +7,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QScrollBar>
 #include <QSlider>
@@ -69,6 +70,29 @@ public:
 };
 
 } // namespace
+
+TEST_F(LongLibrary, PlayingIntoARecordingOfSystemSoundIsAskedAboutOnce) {
+    select({3});
+    session.claim();
+    ASSERT_TRUE(session.startRecording());
+    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+    const auto sheets = [&] { return window.findChildren<QMessageBox *>(QStringLiteral("sheet")).size(); };
+    auto *notice = find<QLabel>("notice");
+    key(table, Qt::Key_Return);
+    ASSERT_EQ(sheets(), 1);
+    EXPECT_TRUE((find<QMessageBox>("sheet")->text() + find<QMessageBox>("sheet")->informativeText())
+                    .contains(Lang::windowPlaysIntoRecording()));
+    answer(Lang::btnCancel());
+    EXPECT_FALSE(notice->isVisible()) << "nothing was tried";
+    key(table, Qt::Key_Return);
+    answer(Lang::btnPlay());
+    EXPECT_TRUE(notice->isVisible()) << "tried: this file holds no sound";
+    const auto before = sheets();
+    key(table, Qt::Key_Return);
+    EXPECT_EQ(sheets(), before) << "once a recording";
+    session.stopRecording();
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+}
 
 TEST_F(LongLibrary, EachSignThatIsTypedShowsTheRowsThatHaveIt) {
     auto *search = find<QLineEdit>("search");

@@ -114,7 +114,7 @@ void PipeWireStream::connect(Half &half, pw_core *core, bool triggered) {
     pw_properties *properties = pw_properties_new(
         PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, purpose, PW_KEY_NODE_NAME,
         half.isCapture ? "cantorel-capture" : "cantorel-playback", PW_KEY_NODE_DESCRIPTION, "Cantorel", PW_KEY_APP_NAME,
-        "Cantorel hardware layer", PW_KEY_TARGET_OBJECT, mTarget.nodeName.toUtf8().constData(), PW_KEY_NODE_LATENCY,
+        "Cantorel", PW_KEY_TARGET_OBJECT, mTarget.nodeName.toUtf8().constData(), PW_KEY_NODE_LATENCY,
         latency.constData(), PW_KEY_NODE_LOCK_QUANTUM, "true", PW_KEY_NODE_DONT_RECONNECT, "true", PW_KEY_NODE_GROUP,
         groupName().constData(), PW_KEY_STREAM_DONT_REMIX, "true", nullptr);
     if (half.isCapture && mTarget.captureMonitor)
