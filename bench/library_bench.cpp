@@ -190,7 +190,7 @@ int measure(const QString &folder, int count) {
     bench::storeMadeLibrary(folder, count);
     hal::ManualClock clock;
     RecordedList list(folder, clock);
-    ui::LibraryTab tab(list);
+    ui::LibraryTab tab(list, nullptr, nullptr, nullptr);
     tab.resize(kWindow);
     tab.show();
     auto &table = *tab.findChild<QTableView *>(QStringLiteral("recordings"));
