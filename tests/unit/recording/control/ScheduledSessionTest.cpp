@@ -104,7 +104,7 @@ TEST_F(ScheduledSessionTest, StoppedByHandARepeatedTaskEnds) {
 TEST_F(ScheduledSessionTest, StoppingAnotherRecordingBetweenTwoRepetitionsEndsNoTask) {
     const auto task = add("News", 2, 3);
     task->_repeatEnabled = true;
-    task->_repeatTotalCount = 2;
+    task->_repeatTotalCount = 3;
     onConverting = [&] { // The task's next one is not begun yet.
         scheduled.onStartRecording();
     };
@@ -112,7 +112,7 @@ TEST_F(ScheduledSessionTest, StoppingAnotherRecordingBetweenTwoRepetitionsEndsNo
     world.advance(2'000);
     scheduled.onStartRecording();
     ASSERT_TRUE(stepUntil([&] { return !ended.isEmpty(); }));
-    EXPECT_EQ(started, (QStringList{"News.m4a", "Track2.m4a", "News(1).m4a"}));
+    EXPECT_EQ(started, (QStringList{"News.m4a", "Track2.m4a", "News(1).m4a", "News(2).m4a"}));
 }
 
 TEST_F(ScheduledSessionTest, ATaskThatFallsDueWhileAFileClosesRecordsItsWholeLengthAfterIt) {
