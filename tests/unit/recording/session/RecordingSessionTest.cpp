@@ -59,6 +59,30 @@ struct WithoutVirtualDevice : RecordingSessionTest {
     WithoutVirtualDevice() : RecordingSessionTest(test::EmbeddedWorld::Virtual::Missing) {}
 };
 
+// The room ends before a second of noise is written, in every file anew.
+class ShortOfRoom : public RecordingSessionTest {
+protected:
+    ShortOfRoom() {
+        silencePlayer();
+        std::signal(SIGXFSZ, SIG_IGN); // a write beyond the limit fails, on whatever thread
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &mLimit), 0);
+    }
+    ~ShortOfRoom() override { moreRoom(); }
+
+    void moreRoom() {
+        const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    }
+
+private:
+    const rlimit mLimit{12000, RLIM_INFINITY};
+    std::minstd_rand mRandom;
+    std::shared_ptr<void> mNoise = world.backend->play([this](std::span<float> samples, int, std::int64_t) {
+        for (float &sample : samples)
+            sample = std::uniform_real_distribution<float>(-0.5f, 0.5f)(mRandom);
+    });
+};
+
 bool isOneSentence(const QString &text) { return text.endsWith(QLatin1Char('.')) && !text.contains(QLatin1Char('\n')); }
 
 } // namespace
@@ -155,21 +179,10 @@ TEST_F(RecordingSessionTest, AnotherRecorderIsRefused) {
     session.stopRecording();
 }
 
-// What is written until the room ends is less than a second.
-TEST_F(RecordingSessionTest, ErrorsStartTheRecordingAgainUntilThreeHaveBroughtNothing) {
-    silencePlayer();
-    std::minstd_rand random;
-    const auto noise = world.backend->play([&](std::span<float> samples, int, std::int64_t) {
-        for (float &sample : samples)
-            sample = std::uniform_real_distribution<float>(-0.5f, 0.5f)(random);
-    });
-    std::signal(SIGXFSZ, SIG_IGN);            // a write beyond the limit fails, on whatever thread
-    const rlimit limit{12000, RLIM_INFINITY}; // less than a second
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+TEST_F(ShortOfRoom, ErrorsStartTheRecordingAgainUntilThreeHaveBroughtNothing) {
     ASSERT_EQ(refusal(0), QString());
     ASSERT_TRUE(ends());
-    const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    moreRoom();
     EXPECT_EQ(view.interrupted.size(), 2);
     ASSERT_EQ(view.failed.size(), 1);
     EXPECT_TRUE(isOneSentence(view.failed[0])) << view.failed[0].toStdString();
@@ -183,10 +196,7 @@ TEST_F(RecordingSessionTest, ErrorsStartTheRecordingAgainUntilThreeHaveBroughtNo
     EXPECT_TRUE(testing::packetsOf(testing::contents(view.kept)));
 }
 
-TEST_F(RecordingSessionTest, AStopWhileARestartIsAwaitedForgetsTheErrorsBeforeIt) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{3000, RLIM_INFINITY}; // not even the first fragment
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+TEST_F(ShortOfRoom, AStopWhileARestartIsAwaitedForgetsTheErrorsBeforeIt) {
     view.onInterrupted = [&] {
         EXPECT_EQ(session.phase(), SessionPhase::WaitingToRestart);
         if (view.interrupted.size() == 2)
@@ -198,8 +208,6 @@ TEST_F(RecordingSessionTest, AStopWhileARestartIsAwaitedForgetsTheErrorsBeforeIt
     ASSERT_EQ(refusal(0), QString());
     ASSERT_TRUE(ends());
     EXPECT_EQ(view.interrupted.size(), 4) << "three attempts are made anew";
-    const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
 }
 
 TEST_F(RecordingSessionTest, SilenceIsToldOnceWithItsDeviceAndCause) {
