@@ -17,8 +17,8 @@ template <std::size_t Markers> class SentenceKey;
 // has it. Who shows it makes the text. A value; what is empty says nothing.
 class Sentence {
 public:
-    Sentence() = default;
-    Sentence(QString english) : mEnglish(std::move(english)) {} // deliberately from any text
+    Sentence();
+    Sentence(QString english); // deliberately from any text
 
     bool isEmpty() const { return mKey.empty() && mEnglish.isEmpty(); }
     // Empty where it is plain English.
@@ -45,6 +45,10 @@ struct SentenceArgument {
 
     bool operator==(const SentenceArgument &) const = default;
 };
+
+inline Sentence::Sentence() = default;
+
+inline Sentence::Sentence(QString english) : mEnglish(std::move(english)) {}
 
 inline Sentence::Sentence(std::string_view key, std::vector<SentenceArgument> arguments)
     : mKey(key), mArguments(std::move(arguments)) {}
