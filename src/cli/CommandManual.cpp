@@ -13,17 +13,6 @@ std::vector<const CLI::App *> commandsOf(const CLI::App &command) {
     return command.get_subcommands([](const CLI::App *each) { return !each->get_name().empty(); });
 }
 
-// Every command and what stands below it, with the words that lead to it, as "tasks add".
-using Visit = std::function<void(const CLI::App &command, const std::string &words)>;
-void visitCommands(const CLI::App &above, const std::string &wordsAbove, const Visit &visit) {
-    for (const CLI::App *command : commandsOf(above)) {
-        const std::string words = wordsAbove.empty() ? command->get_name() : wordsAbove + ' ' + command->get_name();
-        visit(*command, words);
-        visitCommands(*command, words, visit);
-    }
-}
-
-bool isHelp(const CLI::Option &option) { return option.check_name("--help"); }
 bool takesValue(const CLI::Option &option) { return option.get_items_expected_max() > 0; }
 
 std::vector<std::string> optionNames(const CLI::Option &option) {
@@ -44,6 +33,18 @@ std::vector<std::string> choicesOf(const CLI::Option &option) {
         return {};
     return CLI::detail::split(type.substr(begin + 1, end - begin - 1), ',');
 }
+
+// Every command and what stands below it, with the words that lead to it, as "tasks add".
+using Visit = std::function<void(const CLI::App &command, const std::string &words)>;
+void visitCommands(const CLI::App &above, const std::string &wordsAbove, const Visit &visit) {
+    for (const CLI::App *command : commandsOf(above)) {
+        const std::string words = wordsAbove.empty() ? command->get_name() : wordsAbove + ' ' + command->get_name();
+        visit(*command, words);
+        visitCommands(*command, words, visit);
+    }
+}
+
+bool isHelp(const CLI::Option &option) { return option.check_name("--help"); }
 
 std::string joined(const std::vector<std::string> &words, const std::string &between) {
     return CLI::detail::join(words, between);
@@ -100,103 +101,20 @@ void writeExample(std::ostream &page, const CLI::App &command) {
         page << ".PP\n.EX\n" << troff(footer.substr(lead.size())) << "\n.EE\n";
 }
 
-std::vector<std::string> namesBelow(const CLI::App &command) {
-    std::vector<std::string> names;
-    for (const CLI::App *below : commandsOf(command))
-        names.push_back(below->get_name());
-    return names;
+const CLI::App *commandNamed(const CLI::App &above, const std::string &name) {
+    for (const CLI::App *command : commandsOf(above))
+        if (command->get_name() == name)
+            return command;
+    return nullptr;
 }
 
-std::vector<std::string> wordsBehind(const CLI::App &command) {
-    std::vector<std::string> words = namesBelow(command);
-    for (const CLI::Option *option : command.get_options())
-        for (const std::string &name : optionNames(*option))
-            words.push_back(name);
-    return words;
-}
-
-// The cases in which the word before is an option that takes a value: its choices, else what the shell itself offers.
-void writeValueCases(std::ostream &script, const CLI::App &command, const std::string &before) {
-    for (const CLI::Option *option : command.get_options()) {
-        if (!takesValue(*option) || option->get_positional())
-            continue;
-        for (const std::string &name : optionNames(*option)) {
-            script << "        " << before << name << "\") ";
-            if (const auto choices = choicesOf(*option); !choices.empty())
-                script << "COMPREPLY=($(compgen -W \"" << joined(choices, " ") << "\" -- \"$word\")); ";
-            script << "return ;;\n";
-        }
-    }
-}
-
-// A text as one word of a shell.
-std::string quoted(const std::string &text) { return '\'' + CLI::detail::find_and_replace(text, "'", "'\\''") + '\''; }
-
-std::vector<const CLI::Option *> optionsOf(const CLI::App &command) {
-    return command.get_options([](const CLI::Option *option) { return !option->get_positional(); });
-}
-
-// Every path of commands as a shell's word, "tasks add" among them.
-std::vector<std::string> pathsOf(const CLI::App &root) {
-    std::vector<std::string> paths;
-    visitCommands(root, {}, [&](const CLI::App &, const std::string &path) { paths.push_back(path); });
-    return paths;
-}
-
-// "'word:description'", as zsh describes what it proposes.
-std::string described(const std::string &word, const std::string &description) {
-    const auto escaped = [](const std::string &text) { return CLI::detail::find_and_replace(text, ":", "\\:"); };
-    return quoted(escaped(word) + ':' + escaped(description));
-}
-
-std::string describedOptions(const CLI::App &command) {
-    std::string words;
-    for (const CLI::Option *option : optionsOf(command))
-        for (const std::string &name : optionNames(*option))
-            words += ' ' + described(name, option->get_description());
-    return words;
-}
-
-std::string describedCommands(const CLI::App &command) {
-    std::string words;
-    for (const CLI::App *below : commandsOf(command))
-        words += ' ' + described(below->get_name(), below->get_description());
-    return words;
-}
-
-// The cases of zsh in which the word before is an option that takes a value.
-void writeZshValues(std::ostream &script, const CLI::App &command, const std::string &before) {
-    for (const CLI::Option *option : optionsOf(command)) {
-        if (!takesValue(*option))
-            continue;
-        const auto choices = choicesOf(*option);
-        for (const std::string &name : optionNames(*option))
-            script << "    " << before << name << "\") "
-                   << (choices.empty() ? std::string("_files") : "compadd -- " + joined(choices, " "))
-                   << "; return ;;\n";
-    }
-}
-
-// One line of fish for each option of a command, at its path or, for the common ones, everywhere.
-void writeFishOptions(std::ostream &script, const CLI::App &command, const std::string &condition) {
-    for (const CLI::Option *option : optionsOf(command)) {
-        script << "complete -c cantorel-cli" << condition;
-        for (const std::string &name : option->get_snames())
-            script << " -s " << name;
-        for (const std::string &name : option->get_lnames())
-            script << " -l " << name;
-        if (const auto choices = choicesOf(*option); !choices.empty())
-            script << " -x -a " << quoted(joined(choices, " "));
-        else if (takesValue(*option))
-            script << " -r -F";
-        script << " -d " << quoted(option->get_description()) << '\n';
-    }
-}
-
-void writeFishCommands(std::ostream &script, const CLI::App &command, const std::string &condition) {
-    for (const CLI::App *below : commandsOf(command))
-        script << "complete -c cantorel-cli" << condition << " -a " << below->get_name() << " -d "
-               << quoted(below->get_description()) << '\n';
+// Of the command, or one of those that may stand anywhere.
+const CLI::Option *optionNamed(const CLI::App &root, const CLI::App &command, const std::string &name) {
+    for (const CLI::App *app : {&command, &root})
+        for (const CLI::Option *option : app->get_options())
+            if (!option->get_positional() && option->check_name(name))
+                return option;
+    return nullptr;
 }
 
 } // namespace
@@ -229,116 +147,39 @@ std::string manualPage(const CLI::App &root) {
     return page.str();
 }
 
-std::string bashCompletion(const CLI::App &root) {
-    std::ostringstream values, words;
-    std::vector<std::string> paths;
-    writeValueCases(values, root, "*\" "); // the common options may stand anywhere
-    visitCommands(root, {}, [&](const CLI::App &command, const std::string &path) {
-        writeValueCases(values, command, "\" " + path + " ");
-        paths.push_back("\" " + path + "\"");
-        words << "        \" " << path << "\") words=\"" << joined(wordsBehind(command), " ") << "\" ;;\n";
-    });
-    std::vector<std::string> common;
+std::vector<Proposal> proposals(const CLI::App &root, std::vector<std::string> typed) {
+    const std::string last = typed.empty() ? std::string() : typed.back();
+    if (!typed.empty())
+        typed.pop_back();
+    const CLI::App *command = &root;
+    const CLI::Option *asksForValue = nullptr; // the option just before
+    for (const std::string &word : typed) {
+        const CLI::Option *option = asksForValue != nullptr ? nullptr : optionNamed(root, *command, word);
+        if (const CLI::App *below = commandNamed(*command, word); below != nullptr && asksForValue == nullptr)
+            command = below;
+        asksForValue = option != nullptr && takesValue(*option) ? option : nullptr;
+    }
+
+    std::vector<Proposal> found;
+    const auto propose = [&](const std::string &word, const std::string &description) {
+        if (word.rfind(last, 0) == 0)
+            found.push_back({word, description});
+    };
+    if (asksForValue != nullptr) {
+        for (const std::string &choice : choicesOf(*asksForValue))
+            propose(choice, {});
+        return found;
+    }
+    for (const CLI::App *below : commandsOf(*command))
+        propose(below->get_name(), below->get_description());
+    for (const CLI::Option *option : command->get_options())
+        for (const std::string &name : optionNames(*option))
+            propose(name, option->get_description());
     for (const CLI::Option *option : root.get_options())
-        if (!isHelp(*option))
+        if (command != &root && !isHelp(*option)) // every command has its own
             for (const std::string &name : optionNames(*option))
-                common.push_back(name);
-
-    std::ostringstream script;
-    script << "# Completion of " << root.get_name() << " for bash, written by the build from the table of commands.\n"
-           << "_cantorel_cli() {\n"
-              "    local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} path= words= i\n"
-              "    for ((i = 1; i < COMP_CWORD; i++)); do\n"
-              "        case \"$path ${COMP_WORDS[i]}\" in\n"
-              "        "
-           << joined(paths, " | ")
-           << ") path=\"$path ${COMP_WORDS[i]}\" ;;\n"
-              "        esac\n"
-              "    done\n"
-              "    case \"$path $previous\" in\n"
-           << values.str()
-           << "    esac\n"
-              "    case \"$path\" in\n"
-              "        \"\") words=\""
-           << joined(namesBelow(root), " ") << " --help\" ;;\n"
-           << words.str()
-           << "    esac\n"
-              "    COMPREPLY=($(compgen -W \"$words "
-           << joined(common, " ")
-           << "\" -- \"$word\"))\n"
-              "}\n"
-              "complete -o default -F _cantorel_cli "
-           << root.get_name() << '\n';
-    return script.str();
-}
-
-std::string zshCompletion(const CLI::App &root) {
-    std::ostringstream values, words;
-    std::vector<std::string> paths;
-    for (const std::string &path : pathsOf(root))
-        paths.push_back("\" " + path + '"');
-    writeZshValues(values, root, "*\" "); // the common options may stand anywhere
-    visitCommands(root, {}, [&](const CLI::App &command, const std::string &path) {
-        writeZshValues(values, command, "\" " + path + " ");
-        words << "    \" " << path << "\") proposed=(" << describedCommands(command) << describedOptions(command)
-              << " ) ;;\n";
-    });
-    std::ostringstream script;
-    script << "#compdef " << root.get_name()
-           << "\n# Completion for zsh, written by the build from the table of commands.\n"
-              "_cantorel_cli() {\n"
-              "    local at= before=${words[CURRENT-1]} i\n" // "path" is zsh's own
-              "    local -a proposed\n"
-              "    for ((i = 2; i < CURRENT; i++)); do\n"
-              "        case \"$at ${words[i]}\" in\n        "
-           << joined(paths, " | ")
-           << ") at+=\" ${words[i]}\" ;;\n"
-              "        esac\n"
-              "    done\n"
-              "    case \"$at $before\" in\n"
-           << values.str()
-           << "    esac\n"
-              "    case \"$at\" in\n    \"\") proposed=("
-           << describedCommands(root) << " ) ;;\n"
-           << words.str() << "    esac\n    proposed+=(" << describedOptions(root)
-           << " )\n"
-              "    _describe -o 'cantorel-cli' proposed || _files\n"
-              "}\n"
-              "_cantorel_cli \"$@\"\n";
-    return script.str();
-}
-
-std::string fishCompletion(const CLI::App &root) {
-    const auto at = [](const std::string &path) { return " -n '__cantorel_cli_at \"" + path + "\"'"; };
-    std::vector<std::string> paths;
-    for (const std::string &path : pathsOf(root))
-        paths.push_back(quoted(path));
-    std::ostringstream script;
-    script << "# Completion of " << root.get_name()
-           << " for fish, written by the build from the table of commands.\n"
-              "function __cantorel_cli_at --description 'Whether these commands have been typed'\n"
-              "    set -l at\n"
-              "    for word in (commandline -opc)[2..-1]\n"
-              "        if contains -- \"$at $word\" "
-           <<
-        [&paths] {
-            std::string all;
-            for (const std::string &path : paths)
-                all += "\\\n            ' " + path.substr(1) + ' ';
-            return all;
-        }()
-           << "\n            set at \"$at $word\"\n"
-              "        end\n"
-              "    end\n"
-              "    test (string trim -- \"$at\") = \"$argv[1]\"\n"
-              "end\n";
-    writeFishOptions(script, root, {});
-    writeFishCommands(script, root, at({}) + " -f");
-    visitCommands(root, {}, [&](const CLI::App &command, const std::string &path) {
-        writeFishCommands(script, command, at(path) + " -f");
-        writeFishOptions(script, command, at(path));
-    });
-    return script.str();
+                propose(name, option->get_description());
+    return found;
 }
 
 } // namespace cantorel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -8,16 +9,18 @@ class App;
 
 namespace cantorel {
 
-// What is written of a command line for its readers and its shell, from the command line itself: commands, options,
-// choices and examples. The command line is only read.
+// What a command line tells of itself: commands, options, choices and examples. The command line is only read.
 
 // A manual page of section 1 for man.
 std::string manualPage(const CLI::App &root);
 
-// A completion for a shell: commands, options, and the values of options that have a choice; files elsewhere. Those for
-// zsh and fish say what each is for.
-std::string bashCompletion(const CLI::App &root);
-std::string zshCompletion(const CLI::App &root);
-std::string fishCompletion(const CLI::App &root);
+struct Proposal {
+    std::string word;
+    std::string description; // empty for a value
+};
+
+// What may stand where the last of the typed words stands (the program's name is none of them) and begins as it does.
+// Nothing where the value may be anything, as a file.
+std::vector<Proposal> proposals(const CLI::App &root, std::vector<std::string> typed);
 
 } // namespace cantorel

@@ -1,22 +1,14 @@
 #include "cli/CommandTable.h"
 
-#include "cli/ControlCommand.h"
-#include "cli/DevicesCommand.h"
-#include "cli/DoctorCommand.h"
-#include "cli/DriverCommand.h"
-#include "cli/HotkeysCommand.h"
-#include "cli/LangCommand.h"
-#include "cli/LibraryCommand.h"
-#include "cli/RecordCommand.h"
-#include "cli/SettingsCommand.h"
-#include "cli/TasksCommand.h"
-#include "cli/UpdateCommand.h"
+#include "cli/CommandManual.h"
+#include "cli/Commands.h"
 #include "log/GuardedAction.h"
 #include "platform/foundation/Console.h"
 #include "settings/AppSettings.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdio>
 
 namespace cantorel {
 
@@ -49,6 +41,20 @@ int fail(const Outcome &outcome) {
 
 } // namespace
 
+CLI::App &addVerb(CLI::App &above, CommandSession &session, const char *name, const char *what,
+                  const std::string &example, std::function<Outcome()> action) {
+    CLI::App *verb = above.add_subcommand(name, what);
+    verb->footer("Example: cantorel-cli " + example);
+    if (!action)
+        verb->require_subcommand(1);
+    else
+        verb->callback([&session, action = std::move(action)] {
+            if (!session.action) // that of a command below it stands
+                session.action = action;
+        });
+    return *verb;
+}
+
 std::span<const AddCommand> allCommands() {
     static constexpr AddCommand kCommands[] = {addDoctorCommand,   addDevicesCommand,  addDriverCommand,
                                                addRecordCommand,   addSettingsCommand, addTasksCommand,
@@ -64,6 +70,17 @@ void composeCommandLine(CLI::App &root, CommandSession &session, std::span<const
     root.footer("Example: cantorel-cli settings list");
     for (const AddCommand add : commands)
         add(root, session);
+}
+
+void printProposals(const QStringList &words, std::span<const AddCommand> commands) {
+    CommandSession session;
+    CLI::App root;
+    composeCommandLine(root, session, commands);
+    std::vector<std::string> typed;
+    for (const QString &word : words)
+        typed.push_back(word.toStdString());
+    for (const Proposal &proposal : proposals(root, typed))
+        std::printf("%s\t%s\n", proposal.word.c_str(), proposal.description.c_str());
 }
 
 int runCommandLine(const QStringList &arguments, std::span<const AddCommand> commands) {

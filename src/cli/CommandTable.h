@@ -22,6 +22,10 @@ std::span<const AddCommand> allCommands();
 // Makes the root the whole command line: its name, the common options and the commands. The session outlives the root.
 void composeCommandLine(CLI::App &root, CommandSession &session, std::span<const AddCommand> commands);
 
+// Prints what may stand where the last of the words stands, for the shells' completion: a line each, with what it is
+// for behind a tab.
+void printProposals(const QStringList &words, std::span<const AddCommand> commands);
+
 // Reads the arguments (without the program's name), runs the command, and answers the exit status. When it fails, the
 // last line on the console is the sentence that says why.
 int runCommandLine(const QStringList &arguments, std::span<const AddCommand> commands);

@@ -1,5 +1,4 @@
-#include "cli/ControlCommand.h"
-
+#include "cli/Commands.h"
 #include "cli/RunningInstance.h"
 #include "recording/control/RecordingControl.h"
 #include "recording/session/RecordingSpace.h"
@@ -60,12 +59,9 @@ Outcome ask(const CommandSession &session, const char *method) {
 } // namespace
 
 void addControlCommands(CLI::App &root, CommandSession &session) {
-    for (const ControlCommand &each : kCommands) {
-        CLI::App *command = root.add_subcommand(each.command, each.help);
-        command->footer(std::string("Example: cantorel-cli ") + each.command + " --json");
-        command->callback(
-            [&session, method = each.method] { session.action = [&session, method] { return ask(session, method); }; });
-    }
+    for (const ControlCommand &each : kCommands)
+        addVerb(root, session, each.command, each.help, std::string(each.command) + " --json",
+                [&session, method = each.method] { return ask(session, method); });
 }
 
 } // namespace cantorel

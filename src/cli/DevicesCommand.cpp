@@ -1,7 +1,6 @@
-#include "cli/DevicesCommand.h"
-
 #include "app/start/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "cli/Commands.h"
 
 #include <QJsonArray>
 
@@ -83,41 +82,28 @@ Outcome volume(const CommandSession &session, const QString &name, std::optional
 void addDevicesCommand(CLI::App &root, CommandSession &session) {
     struct Arguments {
         std::string direction, name;
-        double volume = 0;
+        std::optional<double> volume;
     };
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App *devices = root.add_subcommand("devices", "Lists the audio devices");
-    devices->require_subcommand(0, 1);
-    devices->footer("Example: cantorel-cli devices --json");
-    devices->callback([&session] {
-        if (!session.action)
-            session.action = [&session] { return list(session); };
-    });
+    CLI::App &devices = addVerb(root, session, "devices", "Lists the audio devices", "devices --json",
+                                [&session] { return list(session); });
+    devices.require_subcommand(0, 1);
 
-    CLI::App *defaults = devices->add_subcommand("default", "Switches the default device of a direction");
-    defaults->add_option("DIRECTION", arguments->direction, "input or output")
+    CLI::App &defaults = addVerb(devices, session, "default", "Switches the default device of a direction",
+                                 "devices default output \"Built-in Output\"", [&session, arguments] {
+                                     return setDefault(session, QString::fromStdString(arguments->direction),
+                                                       QString::fromStdString(arguments->name));
+                                 });
+    defaults.add_option("DIRECTION", arguments->direction, "input or output")
         ->required()
         ->check(CLI::IsMember({"input", "output"}));
-    defaults->add_option("NAME", arguments->name, "The device's name")->required();
-    defaults->footer("Example: cantorel-cli devices default output \"Built-in Output\"");
-    defaults->callback([&session, arguments] {
-        session.action = [&session, arguments] {
-            return setDefault(session, QString::fromStdString(arguments->direction),
-                              QString::fromStdString(arguments->name));
-        };
-    });
+    defaults.add_option("NAME", arguments->name, "The device's name")->required();
 
-    CLI::App *loudness = devices->add_subcommand("volume", "Reads or sets a device's volume");
-    loudness->add_option("NAME", arguments->name, "The device's name")->required();
-    CLI::Option *wanted =
-        loudness->add_option("VOLUME", arguments->volume, "0 to 1; below 0.001 mutes")->check(CLI::Range(0.0, 1.0));
-    loudness->footer("Example: cantorel-cli devices volume \"Built-in Output\" 0.5");
-    loudness->callback([&session, arguments, wanted] {
-        const std::optional<double> value = wanted->count() > 0 ? std::optional(arguments->volume) : std::nullopt;
-        session.action = [&session, arguments, value] {
-            return volume(session, QString::fromStdString(arguments->name), value);
-        };
-    });
+    CLI::App &loudness = addVerb(
+        devices, session, "volume", "Reads or sets a device's volume", "devices volume \"Built-in Output\" 0.5",
+        [&session, arguments] { return volume(session, QString::fromStdString(arguments->name), arguments->volume); });
+    loudness.add_option("NAME", arguments->name, "The device's name")->required();
+    loudness.add_option("VOLUME", arguments->volume, "0 to 1; below 0.001 mutes")->check(CLI::Range(0.0, 1.0));
 }
 
 } // namespace cantorel

@@ -1,7 +1,6 @@
-#include "cli/DoctorCommand.h"
-
 #include "app/start/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "cli/Commands.h"
 #include "lang/Lang.h"
 #include "platform/foundation/ChildProcess.h"
 #include "platform/media/Codecs.h"
@@ -156,9 +155,8 @@ Outcome doctor(const CommandSession &session) {
 } // namespace
 
 void addDoctorCommand(CLI::App &root, CommandSession &session) {
-    CLI::App *command = root.add_subcommand("doctor", "Checks all that recording needs and says how to mend it");
-    command->footer("Example: cantorel-cli doctor");
-    command->callback([&session] { session.action = [&session] { return doctor(session); }; });
+    addVerb(root, session, "doctor", "Checks all that recording needs and says how to mend it", "doctor",
+            [&session] { return doctor(session); });
 }
 
 } // namespace cantorel

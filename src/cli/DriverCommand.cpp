@@ -1,7 +1,6 @@
-#include "cli/DriverCommand.h"
-
 #include "app/start/Hardware.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "cli/Commands.h"
 #include "platform/foundation/Clock.h"
 #include "recording/session/RecordingJournal.h"
 
@@ -65,17 +64,12 @@ Outcome remove(const CommandSession &session) {
 } // namespace
 
 void addDriverCommand(CLI::App &root, CommandSession &session) {
-    CLI::App *driver = root.add_subcommand("driver", "The virtual device that system sound is recorded through");
-    driver->require_subcommand(1);
-    driver->footer("Example: cantorel-cli driver install");
+    CLI::App &driver =
+        addVerb(root, session, "driver", "The virtual device that system sound is recorded through", "driver install");
     const auto add = [&](const char *name, const char *what, Outcome (*act)(const CommandSession &)) {
-        CLI::App *command = driver->add_subcommand(name, what);
-        command->footer(std::string("Example: cantorel-cli driver ") + name);
-        command->callback([&session, act] {
-            session.action = [&session, act] {
-                const auto hardware = Hardware::open(session.backend);
-                return hardware ? act(session) : Outcome::failed(hardware.failure().sentence);
-            };
+        addVerb(driver, session, name, what, std::string("driver ") + name, [&session, act] {
+            const auto hardware = Hardware::open(session.backend);
+            return hardware ? act(session) : Outcome::failed(hardware.failure().sentence);
         });
     };
     add("status", "Whether it is installed and in use", show);

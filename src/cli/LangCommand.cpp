@@ -1,5 +1,4 @@
-#include "cli/LangCommand.h"
-
+#include "cli/Commands.h"
 #include "lang/Lang.h"
 
 #include <QJsonArray>
@@ -40,31 +39,22 @@ void addLangCommand(CLI::App &root, CommandSession &session) {
         std::string key, language, code;
     };
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App *lang = root.add_subcommand("lang", "Shows the languages and their texts");
-    lang->require_subcommand(1);
-    lang->footer("Example: cantorel-cli lang get commTitle");
+    CLI::App &lang = addVerb(root, session, "lang", "Shows the languages and their texts", "lang get commTitle");
+    addVerb(lang, session, "list", "All languages with their codes", "lang list --json",
+            [&session] { return list(session); });
 
-    CLI::App *listing = lang->add_subcommand("list", "All languages with their codes");
-    listing->footer("Example: cantorel-cli lang list --json");
-    listing->callback([&session] { session.action = [&session] { return list(session); }; });
-
-    CLI::App *getting = lang->add_subcommand("get", "One text");
-    getting->add_option("KEY", arguments->key, "The text's key")->required();
-    CLI::Option *byName = getting->add_option("--language", arguments->language, "A name that \"lang list\" shows");
-    getting->add_option("--code", arguments->code, "A language code; an unknown one means English")->excludes(byName);
-    getting->footer("Example: cantorel-cli lang get btnSave --code de");
-    getting->callback([&session, arguments] {
-        session.action = [&session, arguments] {
-            const QString name = QString::fromStdString(arguments->language);
-            if (!name.isEmpty() && !Lang::isLanguageName(name))
-                return Outcome::wrongUsage(
-                    QStringLiteral("There is no language \"%1\"; \"cantorel-cli lang list\" shows all of them.")
-                        .arg(name));
-            const QString code = QString::fromStdString(arguments->code);
-            Lang::ChangeLanguage(code.isEmpty() ? name : Lang::GetLangNameFromCode(code));
-            return get(session, QString::fromStdString(arguments->key));
-        };
+    CLI::App &getting = addVerb(lang, session, "get", "One text", "lang get btnSave --code de", [&session, arguments] {
+        const QString name = QString::fromStdString(arguments->language);
+        if (!name.isEmpty() && !Lang::isLanguageName(name))
+            return Outcome::wrongUsage(
+                QStringLiteral("There is no language \"%1\"; \"cantorel-cli lang list\" shows all of them.").arg(name));
+        const QString code = QString::fromStdString(arguments->code);
+        Lang::ChangeLanguage(code.isEmpty() ? name : Lang::GetLangNameFromCode(code));
+        return get(session, QString::fromStdString(arguments->key));
     });
+    getting.add_option("KEY", arguments->key, "The text's key")->required();
+    CLI::Option *byName = getting.add_option("--language", arguments->language, "A name that \"lang list\" shows");
+    getting.add_option("--code", arguments->code, "A language code; an unknown one means English")->excludes(byName);
 }
 
 } // namespace cantorel

@@ -1,6 +1,5 @@
-#include "cli/LibraryCommand.h"
-
 #include "app/start/Hardware.h"
+#include "cli/Commands.h"
 #include "cli/RunningInstance.h"
 #include "platform/foundation/Clock.h"
 #include "recording/control/ListRequests.h"
@@ -94,35 +93,27 @@ void addLibraryCommand(CLI::App &root, CommandSession &session) {
         bool deletes = false;
     };
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App *library = root.add_subcommand("library", "Shows and changes the list of recordings");
-    library->require_subcommand(1);
-    library->footer("Example: cantorel-cli library list");
+    CLI::App &library = addVerb(root, session, "library", "Shows and changes the list of recordings", "library list");
+    addVerb(library, session, "list", "All recordings in the order of the list", "library list --json",
+            [&session] { return list(session); });
 
-    CLI::App *listing = library->add_subcommand("list", "All recordings in the order of the list");
-    listing->footer("Example: cantorel-cli library list --json");
-    listing->callback([&session] { session.action = [&session] { return list(session); }; });
+    CLI::App &removing =
+        addVerb(library, session, "remove", "Takes a recording out of the list", "library remove ~/Music/Track1.mp3",
+                [arguments] { return remove(arguments->file, arguments->deletes); });
+    removing.add_option("FILE", arguments->file, "The recording's file")->required();
+    removing.add_flag("--delete", arguments->deletes, "Deletes the file as well");
 
-    CLI::App *removing = library->add_subcommand("remove", "Takes a recording out of the list");
-    removing->add_option("FILE", arguments->file, "The recording's file")->required();
-    removing->add_flag("--delete", arguments->deletes, "Deletes the file as well");
-    removing->footer("Example: cantorel-cli library remove ~/Music/Track1.mp3");
-    removing->callback([&session, arguments] {
-        session.action = [arguments] { return remove(arguments->file, arguments->deletes); };
-    });
-
-    CLI::App *renaming = library->add_subcommand("rename", "Renames a recording and its file");
-    renaming->add_option("FILE", arguments->file, "The recording's file")->required();
-    renaming->add_option("NAME", arguments->name, "The new name, without folder and extension")->required();
-    renaming->footer("Example: cantorel-cli library rename ~/Music/Track1.mp3 \"Evening concert\"");
-    renaming->callback([&session, arguments] {
-        session.action = [&session, arguments] {
-            const QString name = QString::fromStdString(arguments->name);
-            if (ToolFile::cleanFileName(name).isEmpty())
-                return Outcome::wrongUsage(
-                    QStringLiteral("\"%1\" can't be the name of a file; choose another.").arg(name));
-            return rename(session, arguments->file, name);
-        };
-    });
+    CLI::App &renaming =
+        addVerb(library, session, "rename", "Renames a recording and its file",
+                "library rename ~/Music/Track1.mp3 \"Evening concert\"", [&session, arguments] {
+                    const QString name = QString::fromStdString(arguments->name);
+                    if (ToolFile::cleanFileName(name).isEmpty())
+                        return Outcome::wrongUsage(
+                            QStringLiteral("\"%1\" can't be the name of a file; choose another.").arg(name));
+                    return rename(session, arguments->file, name);
+                });
+    renaming.add_option("FILE", arguments->file, "The recording's file")->required();
+    renaming.add_option("NAME", arguments->name, "The new name, without folder and extension")->required();
 }
 
 } // namespace cantorel

@@ -1,5 +1,4 @@
-#include "cli/SettingsCommand.h"
-
+#include "cli/Commands.h"
 #include "lang/Lang.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"
@@ -112,30 +111,22 @@ void addSettingsCommand(CLI::App &root, CommandSession &session) {
         std::string key, value;
     };
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App *settings = root.add_subcommand("settings", "Shows and changes the persistent options");
-    settings->require_subcommand(1);
-    settings->footer("Example: cantorel-cli settings set audioFormat 1");
+    CLI::App &settings =
+        addVerb(root, session, "settings", "Shows and changes the persistent options", "settings set audioFormat 1");
+    addVerb(settings, session, "list", "All options with the values in force", "settings list --json",
+            [&session] { return list(session); });
 
-    CLI::App *listing = settings->add_subcommand("list", "All options with the values in force");
-    listing->footer("Example: cantorel-cli settings list --json");
-    listing->callback([&session] { session.action = [&session] { return list(session); }; });
+    CLI::App &getting = addVerb(settings, session, "get", "The value of one option", "settings get outputFolderPath",
+                                [&session, arguments] { return get(session, QString::fromStdString(arguments->key)); });
+    getting.add_option("KEY", arguments->key, "The option's key")->required();
 
-    CLI::App *getting = settings->add_subcommand("get", "The value of one option");
-    getting->add_option("KEY", arguments->key, "The option's key")->required();
-    getting->footer("Example: cantorel-cli settings get outputFolderPath");
-    getting->callback([&session, arguments] {
-        session.action = [&session, arguments] { return get(session, QString::fromStdString(arguments->key)); };
-    });
-
-    CLI::App *setting = settings->add_subcommand("set", "Stores a value and shows what is in force then");
-    setting->add_option("KEY", arguments->key, "The option's key")->required();
-    setting->add_option("VALUE", arguments->value, "The new value, in the option's own type")->required();
-    setting->footer("Example: cantorel-cli settings set isAutoSkipSilence false");
-    setting->callback([&session, arguments] {
-        session.action = [&session, arguments] {
-            return set(session, QString::fromStdString(arguments->key), QString::fromStdString(arguments->value));
-        };
-    });
+    CLI::App &setting = addVerb(settings, session, "set", "Stores a value and shows what is in force then",
+                                "settings set isAutoSkipSilence false", [&session, arguments] {
+                                    return set(session, QString::fromStdString(arguments->key),
+                                               QString::fromStdString(arguments->value));
+                                });
+    setting.add_option("KEY", arguments->key, "The option's key")->required();
+    setting.add_option("VALUE", arguments->value, "The new value, in the option's own type")->required();
 }
 
 } // namespace cantorel

@@ -1,5 +1,4 @@
-#include "cli/TasksCommand.h"
-
+#include "cli/Commands.h"
 #include "cli/RunningInstance.h"
 #include "cli/TasksRun.h"
 #include "recording/control/RecordingControl.h"
@@ -151,26 +150,25 @@ Outcome next(const CommandSession &session, const QDateTime &now) {
 
 void addAdding(CLI::App &tasks, CommandSession &session) {
     const auto arguments = std::make_shared<AddArguments>();
-    CLI::App *adding = tasks.add_subcommand("add", "Schedules a recording");
-    adding->add_option("--name", arguments->name, "The task's name, which its recordings get")->required();
-    adding->add_option("--from", arguments->from, "Its start, as \"YYYY-MM-DD HH:MM:SS\" of local time")->required();
-    adding->add_option("--seconds", arguments->seconds, "How long it records")
+    CLI::App &adding = addVerb(
+        tasks, session, "add", "Schedules a recording",
+        "tasks add --name News --from \"2026-12-31 20:00:00\" --seconds 900 --source system --daily --weeks 1,3",
+        [&session, arguments] { return add(session, *arguments); });
+    adding.add_option("--name", arguments->name, "The task's name, which its recordings get")->required();
+    adding.add_option("--from", arguments->from, "Its start, as \"YYYY-MM-DD HH:MM:SS\" of local time")->required();
+    adding.add_option("--seconds", arguments->seconds, "How long it records")
         ->required()
         ->check(CLI::Range(qint64{1}, kLongestTaskSeconds));
-    adding->add_option("--source", arguments->source, "system, mic or both")
+    adding.add_option("--source", arguments->source, "system, mic or both")
         ->required()
         ->check(CLI::IsMember({"system", "mic", "both"}));
-    CLI::Option *daily = adding->add_flag("--daily", arguments->daily, "On weekdays, at the time of day of its start");
+    CLI::Option *daily = adding.add_flag("--daily", arguments->daily, "On weekdays, at the time of day of its start");
     arguments->weeks = "0,1,2,3,4,5,6";
-    adding->add_option("--weeks", arguments->weeks, "The weekdays, 0 for Sunday to 6 for Saturday; without it all")
+    adding.add_option("--weeks", arguments->weeks, "The weekdays, 0 for Sunday to 6 for Saturday; without it all")
         ->needs(daily);
-    adding->add_option("--repeat", arguments->repeat,
-                       "How many recordings it makes in a row; 0 or \"manual\": until it is stopped by hand");
-    adding->add_flag("--shutdown", arguments->shutdown, "Shut the computer down when it has finished");
-    adding->footer("Example: cantorel-cli tasks add --name News --from \"2026-12-31 20:00:00\" --seconds 900 --source "
-                   "system --daily --weeks 1,3");
-    adding->callback(
-        [&session, arguments] { session.action = [&session, arguments] { return add(session, *arguments); }; });
+    adding.add_option("--repeat", arguments->repeat,
+                      "How many recordings it makes in a row; 0 or \"manual\": until it is stopped by hand");
+    adding.add_flag("--shutdown", arguments->shutdown, "Shut the computer down when it has finished");
 }
 
 } // namespace
@@ -180,42 +178,30 @@ void addTasksCommand(CLI::App &root, CommandSession &session) {
         std::string name, now;
     };
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App *tasks = root.add_subcommand("tasks", "Shows and changes the scheduled recordings");
-    tasks->require_subcommand(1);
-    tasks->footer("Example: cantorel-cli tasks list");
-    addAdding(*tasks, session);
+    CLI::App &tasks = addVerb(root, session, "tasks", "Shows and changes the scheduled recordings", "tasks list");
+    addAdding(tasks, session);
+    addVerb(tasks, session, "list", "All tasks", "tasks list --json", [&session] { return list(session); });
 
-    CLI::App *listing = tasks->add_subcommand("list", "All tasks");
-    listing->footer("Example: cantorel-cli tasks list --json");
-    listing->callback([&session] { session.action = [&session] { return list(session); }; });
+    CLI::App &removing =
+        addVerb(tasks, session, "remove", "Removes every task of that name", "tasks remove News",
+                [&session, arguments] { return removeNamed(session, QString::fromStdString(arguments->name)); });
+    removing.add_option("NAME", arguments->name, "The task's name")->required();
 
-    CLI::App *removing = tasks->add_subcommand("remove", "Removes every task of that name");
-    removing->add_option("NAME", arguments->name, "The task's name")->required();
-    removing->footer("Example: cantorel-cli tasks remove News");
-    removing->callback([&session, arguments] {
-        session.action = [&session, arguments] {
-            return removeNamed(session, QString::fromStdString(arguments->name));
-        };
-    });
+    addVerb(tasks, session, "run", "Keeps the schedule until Ctrl-C", "tasks run",
+            [&session] { return TasksRun(session).run(); });
 
-    CLI::App *running = tasks->add_subcommand("run", "Keeps the schedule until Ctrl-C");
-    running->footer("Example: cantorel-cli tasks run");
-    running->callback([&session] { session.action = [&session] { return TasksRun(session).run(); }; });
-
-    CLI::App *looking = tasks->add_subcommand("next", "What one look at the list finds; changes nothing");
-    looking->add_option("--now", arguments->now, "The local time to look at, as \"YYYY-MM-DD HH:MM:SS\"");
-    looking->footer("Example: cantorel-cli tasks next --now \"2026-12-31 19:59:00\"");
-    looking->callback([&session, arguments] {
-        session.action = [&session, arguments] {
-            if (arguments->now.empty())
-                return next(session, QDateTime::currentDateTime());
-            const auto now = scheduleTimeFrom(QString::fromStdString(arguments->now));
-            if (!now)
-                return Outcome::wrongUsage(QStringLiteral("\"%1\" is no time; write it as \"2026-12-31 20:15:00\".")
-                                               .arg(QString::fromStdString(arguments->now)));
-            return next(session, *now);
-        };
-    });
+    CLI::App &looking = addVerb(tasks, session, "next", "What one look at the list finds; changes nothing",
+                                "tasks next --now \"2026-12-31 19:59:00\"", [&session, arguments] {
+                                    if (arguments->now.empty())
+                                        return next(session, QDateTime::currentDateTime());
+                                    const auto now = scheduleTimeFrom(QString::fromStdString(arguments->now));
+                                    if (!now)
+                                        return Outcome::wrongUsage(
+                                            QStringLiteral("\"%1\" is no time; write it as \"2026-12-31 20:15:00\".")
+                                                .arg(QString::fromStdString(arguments->now)));
+                                    return next(session, *now);
+                                });
+    looking.add_option("--now", arguments->now, "The local time to look at, as \"YYYY-MM-DD HH:MM:SS\"");
 }
 
 } // namespace cantorel

@@ -1,5 +1,4 @@
-#include "cli/UpdateCommand.h"
-
+#include "cli/Commands.h"
 #include "settings/AppSettings.h"
 #include "util/tools/UpdateCheck.h"
 
@@ -52,16 +51,11 @@ Outcome check(const CommandSession &session, const QString &server) {
 
 void addUpdateCommand(CLI::App &root, CommandSession &session) {
     const auto server = std::make_shared<std::string>();
-    CLI::App *update = root.add_subcommand("update", "Looks for a newer version");
-    update->require_subcommand(1);
-    update->footer("Example: cantorel-cli update check");
-
-    CLI::App *checking = update->add_subcommand("check", "Fetches the description of the latest release");
-    checking->add_option("--server", *server, "Another server than the maker's")->type_name("URL");
-    checking->footer("Example: cantorel-cli update check --json");
-    checking->callback([&session, server] {
-        session.action = [&session, server] { return check(session, QString::fromStdString(*server)); };
-    });
+    CLI::App &update = addVerb(root, session, "update", "Looks for a newer version", "update check");
+    addVerb(update, session, "check", "Fetches the description of the latest release", "update check --json",
+            [&session, server] { return check(session, QString::fromStdString(*server)); })
+        .add_option("--server", *server, "Another server than the maker's")
+        ->type_name("URL");
 }
 
 } // namespace cantorel

@@ -14,6 +14,10 @@ int main(int argc, char **argv) {
     using namespace cantorel;
     foundation::ignoreBrokenPipes();
     QCoreApplication application(argc, argv);
+    if (application.arguments().value(1) == QStringLiteral("__complete")) { // a shell asks, at each press of Tab
+        printProposals(application.arguments().mid(2), allCommands());
+        return 0;
+    }
     LogFileCheck(QString::fromLatin1(kApplicationLogName));
     AppSettings::initSettingInNeed();
     UserDefaultInit();

@@ -10,11 +10,11 @@
 
 namespace cantorel {
 
-// Posted with the new language's name, and with whether the main menu shows its editor item.
 // The names of the product's own devices.
 inline constexpr const char *kTessolarAudioDeviceName = "Tessolar_AudioDevice";
 inline constexpr const char *kTessolarAggregateDeviceName = "Tessolar_AggregateDevice";
 
+// Posted with the new language's name, and with whether the main menu shows its editor item.
 inline constexpr foundation::NotificationName<QString> kNotificationChangeLanguage{"changeLanguage"};
 inline constexpr foundation::NotificationName<bool> kNotificationShowEditorItem{"mainMenuNeedShowEditorItem"};
 

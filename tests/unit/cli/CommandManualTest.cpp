@@ -4,6 +4,7 @@
 #include "cli/CommandTable.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QProcess>
 
 #include <gtest/gtest.h>
@@ -53,56 +54,53 @@ struct Line {
 
 void PrintTo(const Line &line, std::ostream *stream) { *stream << line.typed; }
 
-class CompletionTest : public CommandManualTest, public testing::WithParamInterface<Line> {};
+// Each shell runs the completion that is installed, which asks the program that was built.
+class CompletionTest : public testing::TestWithParam<Line> {
+protected:
+    // What the script prints: in it $1 is the completion's file, $2 what is typed, its words parted by '|'.
+    static QStringList printed(const char *shell, const char *file, const QStringList &options, const QString &script) {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("PATH"),
+                           QFileInfo(QStringLiteral(CANTOREL_CLI)).path() + ":" + environment.value("PATH"));
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(QDir::homePath() + QStringLiteral("/empty"));
+        QDir().mkpath(process.workingDirectory()); // no files are proposed
+        const QString completion = QStringLiteral(CANTOREL_COMPLETIONS "/") + QLatin1String(file);
+        process.start(shell, options + QStringList{"-c", script, completion, GetParam().typed});
+        EXPECT_TRUE(process.waitForFinished());
+        EXPECT_EQ(process.readAllStandardError().toStdString(), "");
+        return QString::fromUtf8(process.readAllStandardOutput()).simplified().split(QLatin1Char(' '));
+    }
+    static QStringList expected() { return QString::fromLatin1(GetParam().proposed).split(QLatin1Char(' ')); }
+};
 
 TEST_P(CompletionTest, ProposesWhatMayStandThere) {
-    const QString script =
-        QString::fromStdString(bashCompletion(root))
-        + QStringLiteral("\nIFS=$'|' COMP_WORDS=($1) COMP_CWORD=$(( ${#COMP_WORDS[@]} - 1 ))\n"
-                         "IFS=$' \\t\\n'; [ \"${COMP_WORDS[COMP_CWORD]}\" != _ ] || COMP_WORDS[COMP_CWORD]=\n"
-                         "_cantorel_cli; printf %s \"${COMPREPLY[*]}\"");
-    QProcess bash;
-    bash.start("bash", {"-c", script, "bash", GetParam().typed});
-    ASSERT_TRUE(bash.waitForFinished());
-    EXPECT_EQ(bash.readAllStandardError().toStdString(), "");
-    EXPECT_EQ(bash.readAllStandardOutput().toStdString(), GetParam().proposed);
+    EXPECT_EQ(printed("bash", "cantorel-cli", {},
+                      "IFS='|' COMP_WORDS=($1) COMP_CWORD=$(( ${#COMP_WORDS[@]} - 1 )); IFS=$' \\t\\n'\n"
+                      "[ \"${COMP_WORDS[COMP_CWORD]}\" != _ ] || COMP_WORDS[COMP_CWORD]=\n"
+                      ". \"$0\"; _cantorel_cli; printf '%s ' \"${COMPREPLY[@]}\""),
+              expected());
 }
 
-// zsh's own completer is played: what it would be told is printed, and narrowed to what is typed.
+// zsh's own completer is played: what it would be told is printed.
 TEST_P(CompletionTest, ProposesTheSameInZsh) {
-    const QString script = QStringLiteral("words=(\"${(@s:|:)1}\"); CURRENT=${#words}\n"
-                                          "[[ $words[CURRENT] != _ ]] || words[CURRENT]=\n"
-                                          "show() { local w; local -a all\n"
-                                          "  for w; do [[ $w != $words[CURRENT]* ]] || all+=($w); done\n"
-                                          "  print -rn -- $all; }\n"
-                                          "compadd() { show ${@:2}; }\n"
-                                          "_describe() { show ${${(P)3}%%:*}; }\n"
-                                          "_files() { :; }\n")
-                           + QString::fromStdString(zshCompletion(root));
-    QProcess zsh;
-    zsh.start("zsh", {"-f", "-c", script, "zsh", GetParam().typed});
-    ASSERT_TRUE(zsh.waitForFinished());
-    EXPECT_EQ(zsh.readAllStandardError().toStdString(), "");
-    EXPECT_EQ(zsh.readAllStandardOutput().toStdString(), GetParam().proposed);
+    EXPECT_EQ(printed("zsh", "_cantorel-cli", {"-f"},
+                      "words=(\"${(@s:|:)1}\"); CURRENT=${#words}\n"
+                      "[[ $words[CURRENT] != _ ]] || words[CURRENT]=\n"
+                      "_describe() { print -rn -- ${${(P)3}%%:*}; }; _files() { :; }\n"
+                      ". \"$0\""),
+              expected());
 }
 
 TEST_P(CompletionTest, ProposesTheSameInFish) {
-    QStringList typed = QString::fromLatin1(GetParam().typed).split(QLatin1Char('|'));
-    if (typed.last() == QLatin1String("_"))
-        typed.last().clear();
-    const QString script = QString::fromStdString(fishCompletion(root))
-                           + QStringLiteral("complete -C \"$argv[1]\" | string replace -r '\\t.*' ''\n");
-    QProcess fish;
-    fish.setWorkingDirectory(QDir::homePath() + QStringLiteral("/empty"));
-    QDir().mkpath(fish.workingDirectory()); // No files are proposed.
-    fish.start("fish", {"--no-config", "-c", script, typed.join(QLatin1Char(' '))});
-    ASSERT_TRUE(fish.waitForFinished());
-    EXPECT_EQ(fish.readAllStandardError().toStdString(), "");
-    QStringList proposed = QString::fromUtf8(fish.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QStringList expected = QString::fromLatin1(GetParam().proposed).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    proposed.sort(); // as fish does
-    expected.sort();
-    EXPECT_EQ(proposed, expected) << proposed.join(QLatin1Char(' ')).toStdString();
+    QStringList sorted = expected();
+    sorted.sort(); // as fish does
+    EXPECT_EQ(
+        printed("fish", "cantorel-cli.fish", {"--no-config"},
+                "source $argv[1]; set -l typed (string replace -r '[|]_$' '|' $argv[2] | string replace -a '|' ' ')\n"
+                "complete -C \"$typed\" | string replace -r '\\t.*' ''"),
+        sorted);
 }
 
 // "_" stands for a word of which nothing is typed yet.

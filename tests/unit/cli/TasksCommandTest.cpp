@@ -1,6 +1,5 @@
-#include "cli/TasksCommand.h"
-
 #include "app/start/Hardware.h"
+#include "cli/Commands.h"
 #include "platform/foundation/ChildProcess.h"
 #include "recording/session/RecordingJournal.h"
 #include "settings/AppSettings.h"
