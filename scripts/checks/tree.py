@@ -49,6 +49,15 @@ def no_sleeping():
             yield f"{file.relative_to(ROOT)}: sleeps"
 
 
+def colours():
+    """Colours stand in the tokens only."""
+    pattern = re.compile(r"#[0-9A-Fa-f]{6}\b|\bQColor\((?:0x|\d)|\bQt::(?:white|black|\w*(?:[rR]ed|[gG]reen|[bB]lue|[gG]r[ae]y|[yY]ellow))\b|setStyleSheet")
+    for file in sources("src/ui"):
+        for number, line in enumerate(file.read_text().splitlines(), 1):
+            if file.stem != "Tokens" and pattern.search(line):
+                yield f"{file.relative_to(ROOT)}:{number}: names a colour that is no token"
+
+
 def handles():
     """C handles are released by their alias in a Handles.h header only."""
     pattern = re.compile(r"\b(av_\w+_free|avcodec_free_context|avformat_free_context|pw_\w+_destroy|plist_free|"
@@ -99,7 +108,7 @@ def texts():
             yield f"{file.name}: {element} {name} stands in one of this and English.xml only"
 
 
-CHECKS = {check.__name__: check for check in (test_targets, doc_paths, sizes, no_sleeping, handles, subjects, texts)}
+CHECKS = {check.__name__: check for check in (test_targets, doc_paths, sizes, no_sleeping, colours, handles, subjects, texts)}
 
 if __name__ == "__main__":
     chosen = sys.argv[1:] or list(CHECKS)

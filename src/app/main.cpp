@@ -18,6 +18,7 @@
 #include "ui/Icons.h"
 #include "ui/MainWindow.h"
 #include "ui/WindowFace.h"
+#include "ui/look/Look.h"
 #include "util/tools/ToolSystem.h"
 
 #include <QApplication>
@@ -198,6 +199,7 @@ int main(int argc, char **argv) {
     }
     foundation::ignoreBrokenPipes();
     SignalWatch::holdBack(); // before the application object and the sound server begin their threads
+    ui::Look::prepare();
     QApplication application(argc, argv);
     ui::installAccessibility();
     QApplication::setApplicationName(AppSettings::appIdenitfyName());
@@ -206,6 +208,7 @@ int main(int argc, char **argv) {
     AppSettings::initSettingInNeed();
     Lang::ChangeLanguage(AppSettings::appLanguage());
     const desktop::InstalledServices services(desktopServices());
+    const ui::Look look(desktop::InstalledServices::current().appearance.get());
     const QStringList arguments = QApplication::arguments();
     const auto backend =
         arguments.contains(QStringLiteral("--backend=embedded")) ? BackendChoice::Embedded : BackendChoice::Automatic;

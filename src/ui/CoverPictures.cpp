@@ -2,6 +2,7 @@
 
 #include "recording/library/RecordedAudioInfo.h"
 #include "ui/Icons.h"
+#include "ui/look/Look.h"
 
 #include <QBuffer>
 #include <QImageReader>
@@ -37,7 +38,7 @@ CoverPictures::CoverPictures() : mDecoded(kKept) { mDecoding.setMaxThreadCount(1
 
 QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale, const QColor &selectedText) {
     if (item.isRecording)
-        return drawn(QStringLiteral("record"), recordingColour(), selectedText, size, scale);
+        return drawn(QStringLiteral("record"), Look::tokens().red, selectedText, size, scale);
     if (!item.cover.isEmpty()) {
         const Decoded *known = mDecoded.object(nameOf(item.cover));
         if (!known)
@@ -45,7 +46,7 @@ QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scal
         else if (!known->picture.isNull())
             return known->picture;
     }
-    return drawn(QStringLiteral("sound"), Qt::darkGray, selectedText, size, scale); // seen on every ground
+    return drawn(QStringLiteral("sound"), Look::tokens().text2, selectedText, size, scale); // seen on every ground
 }
 
 const QIcon &CoverPictures::drawn(const QString &name, const QColor &colour, const QColor &selected, int size,

@@ -76,11 +76,4 @@ QSize textIconSize(const QWidget &widget, qreal lines) {
 
 QIcon applicationIcon() { return icon(QStringLiteral("com.tessolar.Cantorel"), {}); }
 
-QColor recordingColour() { return {0xE5, 0x48, 0x4D}; }
-
-QColor waitingColour(const QPalette &palette) {
-    const bool isDark = palette.color(QPalette::Window).lightness() < 128;
-    return isDark ? QColor(0xF0, 0xB4, 0x29) : QColor(0xA8, 0x6A, 0x00);
-}
-
 } // namespace cantorel::ui

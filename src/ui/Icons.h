@@ -19,9 +19,4 @@ QSize textIconSize(const QWidget &widget, qreal lines = 1.1);
 // The program's own icon.
 QIcon applicationIcon();
 
-// The one colour that means recording, readable on the palette's window.
-QColor recordingColour();
-// The colour of what waits or is paused.
-QColor waitingColour(const QPalette &palette);
-
 } // namespace cantorel::ui

@@ -7,18 +7,22 @@
 #include "ui/AlertAsker.h"
 #include "ui/Icons.h"
 #include "ui/LibraryTab.h"
+#include "ui/Pill.h"
 #include "ui/RecordingTab.h"
 #include "ui/SettingsWindow.h"
 #include "ui/StatusItem.h"
 #include "ui/TasksWindow.h"
 #include "ui/UpdateWindow.h"
+#include "ui/look/Look.h"
 #include "util/tools/Tools.h"
 
 #include <QApplication>
 #include <QBoxLayout>
 #include <QCloseEvent>
+#include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPainter>
 #include <QTabWidget>
 #include <QToolButton>
 
@@ -30,14 +34,28 @@ namespace {
 
 constexpr QSize kSmallest(560, 420), kFirst(820, 600);
 constexpr int kAboutIcon = 96;
+constexpr int kDot = 8, kLine = 3;
 const QString kGeometry = QStringLiteral("mainWindowGeometry"); // where it was left
+
+class RecordingLine : public QWidget {
+public:
+    explicit RecordingLine(QWidget *parent) : QWidget(parent) {
+        setFixedHeight(kLine);
+        hide();
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(rect(), Look::tokens().redFill); }
+};
 
 } // namespace
 
 MainWindow::MainWindow(const Parts &parts)
     : mParts(parts),
       mAlerts(std::make_unique<AlertAsker>(*this)),
+      mRecordingLine(new RecordingLine(this)),
       mTabs(new QTabWidget(this)),
+      mPill(new Pill(this)),
       mMenuButton(new QToolButton(this)),
       mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, this)),
       mLibraryPage(new QWidget(this)),
@@ -48,13 +66,22 @@ MainWindow::MainWindow(const Parts &parts)
     resize(kFirst);
     restoreGeometry(ZQUserDefaultGetDataValue(kGeometry, {})); // ignores invalid data
     mTabs->setDocumentMode(true);
-    mTabs->setIconSize(textIconSize(*this));
+    mTabs->setIconSize(QSize(kDot, kDot));
     mTabs->setObjectName(QStringLiteral("tabs"));
     mTabs->addTab(mRecordingTab, QString());
     mTabs->addTab(mLibraryPage, QString());
-    setCentralWidget(mTabs);
-    connect(mTabs, &QTabWidget::currentChanged, this, [this] { complete(); });
-    makeMenu();
+    auto *centre = new QWidget(this);
+    auto *grid = new QGridLayout(centre);
+    grid->setContentsMargins({});
+    grid->setSpacing(0);
+    grid->addWidget(mRecordingLine, 0, 0);
+    grid->addWidget(mTabs, 1, 0);
+    grid->addWidget(makeMenu(), 1, 0, Qt::AlignTop | Qt::AlignRight); // beside the tabs
+    setCentralWidget(centre);
+    connect(mTabs, &QTabWidget::currentChanged, this, [this] {
+        complete();
+        showRecordingEverywhere();
+    });
     listen();
     showIcons();
     showTexts();
@@ -109,7 +136,7 @@ bool MainWindow::event(QEvent *event) {
     return answer;
 }
 
-void MainWindow::makeMenu() {
+QWidget *MainWindow::makeMenu() {
     auto *menu = new QMenu(this);
     mTasksAction = menu->addAction(QString(), this, [this] {
         tasks().showTasks();
@@ -135,7 +162,20 @@ void MainWindow::makeMenu() {
     mMenuButton->setIconSize(textIconSize(*this));
     mMenuButton->setFocusPolicy(Qt::StrongFocus);
     mMenuButton->setObjectName(QStringLiteral("menu"));
-    mTabs->setCornerWidget(mMenuButton);
+    auto *corner = new QWidget(this);
+    corner->setMinimumHeight(Look::tall(*this, measure::kHeader));
+    auto *row = new QHBoxLayout(corner);
+    row->setContentsMargins(0, 0, measure::kGap * 2, 0);
+    row->addWidget(mPill);
+    row->addWidget(mMenuButton);
+    corner->setObjectName(QStringLiteral("corner"));
+    auto *lead = new QWidget(this);
+    (new QHBoxLayout(lead))->addSpacing(measure::kGap);
+    mTabs->setCornerWidget(lead, Qt::TopLeftCorner);
+    connect(mPill, &Pill::shown, this, [this] { showRecordPage(); });
+    connect(mPill, &Pill::paused, this, [this] { mParts.session.onPauseRecording(); });
+    connect(mPill, &Pill::stopped, this, [this] { mParts.recorder.stopByHand(); });
+    return corner;
 }
 
 void MainWindow::listen() {
@@ -146,6 +186,7 @@ void MainWindow::listen() {
     connect(&panel, &RecorderPanel::countdownDidChange, mRecordingTab, [this] { mRecordingTab->showPanel(); });
     connect(&panel, &RecorderPanel::playbackShallStop, this, [this] { library().stopPlayback(); });
     connect(&panel, &RecorderPanel::finished, this, [this](const FinishedRecording &recording) {
+        mRecordingTab->showResult(recording);
         if (!isActiveWindow())
             mNotices.ready(recording.file);
     });
@@ -164,7 +205,36 @@ void MainWindow::listen() {
     });
     connect(&mParts.recorder, &ScheduledSession::startRefused, this,
             [this](const foundation::Sentence &sentence) { mParts.panel.setSentence(sentence); });
+    connect(mRecordingTab, &RecordingTab::playWanted, this, [this](const QString &file) {
+        mTabs->setCurrentWidget(mLibraryPage);
+        library().playAllTheSame(file);
+    });
+    connect(mRecordingTab, &RecordingTab::revealWanted, this, [this](const QString &file) {
+        if (mParts.desktop.files)
+            (void)mParts.desktop.files->reveal({file}); // a person sees whether a folder opens
+    });
     mParts.list.view = this;
+}
+
+void MainWindow::showRecordPage() { mTabs->setCurrentWidget(mRecordingTab); }
+
+// A recording is never out of sight: in the title, on top, at the tab, and on every other page.
+void MainWindow::showRecordingEverywhere() {
+    const RecorderPanel &panel = mParts.panel;
+    const bool isShown = panel.controls().startShowsStop;
+    const QString name = QFileInfo(panel.file()).completeBaseName();
+    setWindowTitle(isShown && !name.isEmpty() ? QStringLiteral("\u25CF %1 \u2013 %2").arg(name, AppSettings::appName())
+                                              : AppSettings::appName());
+    mRecordingLine->setVisible(isShown);
+    const bool isPaused = panel.state() == RecorderState::Paused || panel.state() == RecorderState::WaitingForSound;
+    mTabs->setTabIcon(mTabs->indexOf(mRecordingTab),
+                      isShown
+                          ? QIcon(drawing(QStringLiteral("dot"), isPaused ? Look::tokens().amber : Look::tokens().red,
+                                          kDot, devicePixelRatioF()))
+                          : QIcon());
+    mPill->setVisible(isShown && mTabs->currentWidget() != mRecordingTab);
+    mPill->tell(panel.display().duration, isPaused);
+    mPill->setPauseEnabled(panel.controls().pauseEnabled);
 }
 
 SettingsWindow &MainWindow::settings() {
@@ -287,7 +357,7 @@ void MainWindow::changeLanguageText() {
 }
 
 void MainWindow::showTexts() {
-    setWindowTitle(AppSettings::appName());
+    showRecordingEverywhere();
     mTabs->setTabText(mTabs->indexOf(mRecordingTab), Lang::tabRecordTitle());
     mTabs->setTabText(mTabs->indexOf(mLibraryPage), Lang::tabPlaylistTitle());
     mTasksAction->setText(Lang::toolsScheduleTaskTitle());
@@ -324,6 +394,7 @@ void MainWindow::showAgain() {
 
 void MainWindow::showTriggers(const std::array<QString, 3> &triggers) {
     mTriggers = triggers;
+    mRecordingTab->showTriggers(triggers);
     if (mSettings)
         mSettings->setTriggers(triggers);
 }
@@ -347,6 +418,7 @@ void MainWindow::recordedListDidChange() { library().listDidChange(); }
 
 void MainWindow::showPanel() {
     mRecordingTab->showPanel();
+    showRecordingEverywhere();
     if (!mLibraryTab)
         return;
     mStatusItem->showPanel();
@@ -361,8 +433,6 @@ void MainWindow::showPanel() {
 }
 
 void MainWindow::showIcons() {
-    mTabs->setTabIcon(mTabs->indexOf(mRecordingTab), icon(QStringLiteral("record"), palette()));
-    mTabs->setTabIcon(mTabs->indexOf(mLibraryPage), icon(QStringLiteral("library"), palette()));
     mTasksAction->setIcon(icon(QStringLiteral("tasks"), palette()));
     mSettingsAction->setIcon(icon(QStringLiteral("settings"), palette()));
     mMenuButton->setIcon(icon(QStringLiteral("menu"), palette()));

@@ -22,6 +22,7 @@ namespace cantorel::ui {
 
 class AlertAsker;
 class LibraryTab;
+class Pill;
 class RecordingTab;
 class SettingsWindow;
 class StatusItem;
@@ -86,13 +87,15 @@ private:
     void recordedListDidChange() override;
     void showPanel();
     void listen();
-    void makeMenu();
+    QWidget *makeMenu();
     void showShutdown(int seconds);
     void showAbout();
     void recoverLeftovers();
     void askBeforeDiscarding();
     void showIcons();
     void showTexts();
+    void showRecordingEverywhere();
+    void showRecordPage();
     void showOrHide();
     // Ends the program, after asking if something is recorded or converted.
     void leave();
@@ -111,7 +114,9 @@ private:
 
     Parts mParts;
     std::unique_ptr<AlertAsker> mAlerts;
+    QWidget *mRecordingLine; // on top while something is recorded
     QTabWidget *mTabs;
+    Pill *mPill;
     QToolButton *mMenuButton;
     QAction *mTasksAction, *mSettingsAction, *mUpdateAction, *mAboutAction, *mQuitAction;
     RecordingTab *mRecordingTab;

@@ -2,6 +2,7 @@
 
 #include "recording/control/LevelDisplay.h"
 #include "ui/Icons.h"
+#include "ui/look/Look.h"
 
 #include <QPainter>
 
@@ -12,6 +13,7 @@ namespace cantorel::ui {
 namespace {
 
 constexpr std::chrono::milliseconds kFrame(33);
+constexpr int kHeight = 8;
 constexpr int kWarmStep = 15, kHotStep = 19; // from these on the steps change colour
 
 } // namespace
@@ -35,23 +37,21 @@ void MeterView::step() {
 
 void MeterView::hideEvent(QHideEvent *) { mTimer.stop(); }
 
-QSize MeterView::sizeHint() const { return {LevelDisplay::kSteps * 10, qMax(12, fontMetrics().height() * 3 / 4)}; }
+QSize MeterView::sizeHint() const { return {LevelDisplay::kSteps * 10, kHeight}; }
 
 void MeterView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const int lit = mLevel.litSteps(), peak = mLevel.peakStep();
     const qreal pitch = qreal(width()) / LevelDisplay::kSteps, gap = qMin<qreal>(3, pitch / 4);
-    const QColor quiet = palette().color(QPalette::Mid);
+    const Tokens &tokens = Look::tokens();
     painter.setPen(Qt::NoPen);
     for (int step = 1; step <= LevelDisplay::kSteps; ++step) {
-        QColor colour = step >= kHotStep    ? recordingColour()
-                        : step >= kWarmStep ? QColor(0xE0, 0xA0, 0x20)
-                                            : QColor(0x2F, 0xA8, 0x6E);
-        if (step > lit && step != peak)
-            colour = quiet;
-        painter.setBrush(colour);
-        painter.setOpacity(step > lit && step != peak ? 0.45 : 1);
+        const bool isLit = step <= lit || step == peak;
+        painter.setBrush(!isLit              ? tokens.track
+                         : step >= kHotStep  ? tokens.redFill
+                         : step >= kWarmStep ? tokens.amberFill
+                                             : tokens.wave);
         painter.drawRoundedRect(QRectF((step - 1) * pitch, 0, pitch - gap, height()), 2, 2);
     }
 }

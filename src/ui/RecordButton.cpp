@@ -1,6 +1,6 @@
 #include "ui/RecordButton.h"
 
-#include "ui/Icons.h"
+#include "ui/look/Look.h"
 
 #include <QPainter>
 
@@ -11,7 +11,10 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr qreal kRing = 4; // width of the ring around the disc
+constexpr int kSide = 64, kLowSide = 56;
+// In parts of the side.
+constexpr qreal kRing = 2.5 / 64, kDisc = 52.0 / 64, kSquare = 24.0 / 64, kSquareRadius = 4.0 / 64;
+constexpr int kTurn = 160; // milliseconds from the disc to the square
 
 } // namespace
 
@@ -19,26 +22,35 @@ RecordButton::RecordButton(QWidget *parent) : QAbstractButton(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    mTurn.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&mTurn, &QVariantAnimation::valueChanged, this, [this] { update(); });
 }
 
 void RecordButton::setRecording(bool recording) {
-    mIsRecording = recording;
-    update();
+    if (std::exchange(mIsRecording, recording) == recording)
+        return;
+    mTurn.stop();
+    mTurn.setDuration(Look::hasMotion() && isVisible() ? kTurn : 0);
+    mTurn.setStartValue(recording ? 0.0 : 1.0);
+    mTurn.setEndValue(recording ? 1.0 : 0.0);
+    mTurn.start();
 }
 
-QSize RecordButton::sizeHint() const {
-    const int side = qMax(72, fontMetrics().height() * 4);
-    return {side, side};
+void RecordButton::setLow(bool isLow) {
+    if (std::exchange(mIsLow, isLow) != isLow)
+        updateGeometry();
 }
 
-QRectF RecordButton::disc() const {
-    const qreal side = qMin(width(), height()) - 2 * kRing;
+QSize RecordButton::sizeHint() const { return QSize(1, 1) * Look::scaled(*this, mIsLow ? kLowSide : kSide); }
+
+QRectF RecordButton::ring() const {
+    const qreal side = qMin(width(), height());
     return {(width() - side) / 2, (height() - side) / 2, side, side};
 }
 
 bool RecordButton::hitButton(const QPoint &position) const {
-    const QPointF away = QPointF(position) - disc().center();
-    return QPointF::dotProduct(away, away) <= disc().width() * disc().width() / 4;
+    const QPointF away = QPointF(position) - ring().center();
+    return QPointF::dotProduct(away, away) <= ring().width() * ring().width() / 4;
 }
 
 void RecordButton::paintEvent(QPaintEvent *) {
@@ -46,30 +58,27 @@ void RecordButton::paintEvent(QPaintEvent *) {
         std::fputs("first frame\n", stderr);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF disc = this->disc();
-    QColor red = recordingColour();
-    if (!isEnabled())
-        red = palette().color(QPalette::Disabled, QPalette::ButtonText);
-    else if (isDown())
-        red = red.darker(125);
-    else if (underMouse())
-        red = red.lighter(110);
-
-    QColor ring = palette().color(hasFocus() ? QPalette::Highlight : QPalette::Mid);
-    painter.setPen(QPen(ring, hasFocus() ? kRing : kRing / 2));
+    const Tokens &tokens = Look::tokens();
+    const QRectF ring = this->ring();
+    const qreal side = ring.width(), width = qMax(2.0, side * kRing);
+    painter.setPen(QPen(hasFocus() ? tokens.focus : tokens.outline, hasFocus() ? 1.5 * width : width));
     painter.setBrush(Qt::NoBrush);
-    painter.drawEllipse(disc.adjusted(-kRing / 2, -kRing / 2, kRing / 2, kRing / 2));
+    painter.drawEllipse(ring.adjusted(width, width, -width, -width));
+
+    QColor red = tokens.redFill;
+    if (!isEnabled())
+        red = tokens.outline;
+    else if (isDown())
+        red = red.darker(120);
+    else if (underMouse())
+        red = red.lighter(108);
+    // From the disc to the square.
+    const qreal turned = mTurn.currentValue().isValid() ? mTurn.currentValue().toReal() : mIsRecording ? 1 : 0;
+    const qreal sign = side * (kDisc + (kSquare - kDisc) * turned);
+    const qreal radius = sign / 2 + (side * kSquareRadius - sign / 2) * turned;
     painter.setPen(Qt::NoPen);
     painter.setBrush(red);
-    const qreal gap = disc.width() * 0.07;
-    painter.drawEllipse(disc.adjusted(gap, gap, -gap, -gap));
-    painter.setBrush(Qt::white);
-    const qreal sign = disc.width() * 0.26;
-    if (mIsRecording)
-        painter.drawRoundedRect(QRectF(disc.center() - QPointF(sign, sign) / 2, QSizeF(sign, sign)), sign / 8,
-                                sign / 8);
-    else
-        painter.drawEllipse(disc.center(), sign / 2, sign / 2);
+    painter.drawRoundedRect(QRectF(ring.center() - QPointF(sign, sign) / 2, QSizeF(sign, sign)), radius, radius);
 }
 
 } // namespace cantorel::ui

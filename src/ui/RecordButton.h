@@ -1,16 +1,19 @@
 #pragma once
 
 #include <QAbstractButton>
+#include <QVariantAnimation>
 
 namespace cantorel::ui {
 
-// The one unmistakable button: a red disc that begins a recording, and a square in it that ends one. Its text is what
+// The one unmistakable button: a red disc that begins a recording, and a red square that ends one. Its text is what
 // it does, for those who cannot see it.
 class RecordButton : public QAbstractButton {
 public:
     explicit RecordButton(QWidget *parent = nullptr);
 
     void setRecording(bool recording);
+    // Smaller, where the window is low.
+    void setLow(bool isLow);
 
     QSize sizeHint() const override;
 
@@ -19,9 +22,10 @@ protected:
     bool hitButton(const QPoint &position) const override;
 
 private:
-    QRectF disc() const;
+    QRectF ring() const;
 
-    bool mIsRecording = false;
+    bool mIsRecording = false, mIsLow = false;
+    QVariantAnimation mTurn;
     bool mTellsFrame = qEnvironmentVariableIsSet("CANTOREL_SHOW_FRAME"); // for measuring the start
 };
 

@@ -7,10 +7,18 @@
 #include "recording/control/ScheduledSession.h"
 #include "recording/session/RecordingSession.h"
 #include "settings/AppSettings.h"
+#include "ui/DigitLabel.h"
 #include "ui/Icons.h"
+#include "ui/KeyCaps.h"
 #include "ui/MeterView.h"
 #include "ui/RecordButton.h"
 #include "ui/SoundPictureView.h"
+#include "ui/SourceSwitch.h"
+#include "ui/Strip.h"
+#include "ui/look/Look.h"
+#include "util/ToolFile.h"
+#include "util/ToolString.h"
+#include "util/tools/Tools.h"
 
 #include <QBoxLayout>
 #include <QButtonGroup>
@@ -18,33 +26,69 @@
 #include <QDir>
 #include <QEvent>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
+#include <QPainter>
+#include <QPushButton>
+#include <QScrollArea>
 #include <QToolButton>
 
 namespace cantorel::ui {
 
 namespace {
 
-constexpr qreal kElapsedScale = 3.4; // of the normal text
-constexpr int kMargin = 16;
-constexpr qreal kSourceIcon = 1.9, kControlIcon = 1.6; // heights of a line of text
+constexpr int kNarrow = 600, kLow = 400; // of the page
+constexpr int kDot = 8;
+constexpr int kControlIcon = 22, kControlWidth = 88;
 
 struct Source {
     const char *icon;
     QString (*text)();
+    QString (*shortText)();
     QString (*tip)();
+    QString (*ready)();
 };
 constexpr Source kSources[] = {
-    {"system", Lang::settingsRecordSystemSound, Lang::settingsRecordAudioSourceTipsSystemSound},
-    {"microphone", Lang::windowMicrophone, Lang::settingsRecordAudioSourceTipsMic},
-    {"both", Lang::settingsRecordBoth, Lang::settingsRecordAudioSourceTipsBoth},
+    {"system", Lang::settingsRecordSystemSound, Lang::settingsRecordSystemSound,
+     Lang::settingsRecordAudioSourceTipsSystemSound, Lang::windowReadySystem},
+    {"microphone", Lang::windowMicrophone, Lang::windowMicrophone, Lang::settingsRecordAudioSourceTipsMic,
+     Lang::windowReadyMicrophone},
+    {"both", Lang::settingsRecordBoth, Lang::windowBoth, Lang::settingsRecordAudioSourceTipsBoth,
+     Lang::windowReadyBoth},
 };
 
-QLabel *centred(QWidget *parent) {
-    auto *label = new QLabel(parent);
-    label->setAlignment(Qt::AlignCenter);
-    return label;
+const Source &chosenSource() {
+    const int type = AppSettings::getAudioType();
+    return kSources[qBound(0, type, static_cast<int>(std::size(kSources)) - 1)];
+}
+
+void colour(QLabel &label, const QColor &ink) {
+    QPalette palette = label.palette();
+    if (palette.color(QPalette::WindowText) == ink)
+        return;
+    palette.setColor(QPalette::WindowText, ink);
+    label.setPalette(palette);
+}
+
+// The ground of the deck, with a hairline on top.
+class Deck : public QWidget {
+public:
+    using QWidget::QWidget;
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        painter.fillRect(rect(), Look::tokens().surface);
+        painter.fillRect(0, 0, width(), 1, Look::tokens().line);
+    }
+};
+
+QHBoxLayout *rowIn(QWidget *widget, int spacing = measure::kGap) {
+    auto *row = new QHBoxLayout(widget);
+    row->setContentsMargins({});
+    row->setSpacing(spacing);
+    return row;
 }
 
 } // namespace
@@ -54,85 +98,66 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
       mPanel(panel),
       mRecorder(recorder),
       mSession(session),
-      mSources(new QButtonGroup(this)),
-      mDevice(new QLabel(this)),
-      mMicrophone(new QToolButton(this)),
-      mFolder(new QToolButton(this)),
-      mFormat(new QComboBox(this)),
-      mElapsed(centred(this)),
-      mState(centred(this)),
-      mSize(new QLabel(this)),
-      mTimeLeft(new QLabel(this)),
-      mSentence(centred(this)),
-      mCountdown(centred(this)),
-      mPicture(new SoundPictureView(panel.history(), this)),
-      mMeter(new MeterView(panel.level(), this)),
+      mPage(new QWidget),
+      mSources(new SourceSwitch(static_cast<int>(std::size(kSources)), mPage)),
+      mSourceIcon(new QLabel(mPage)),
+      mSource(new QLabel(mPage)),
+      mDevice(new QLabel(mPage)),
+      mMicrophone(new QToolButton(mPage)),
+      mStateDot(new QLabel(mPage)),
+      mState(new QLabel(mPage)),
+      mElapsed(new DigitLabel(mPage)),
+      mFile(new QLabel(mPage)),
+      mFileDetails(new QLabel(mPage)),
+      mFormat(new QComboBox(mPage)),
+      mFolder(new QToolButton(mPage)),
+      mSize(new DigitLabel(mPage)),
+      mTimeLeft(new DigitLabel(mPage)),
+      mPicture(new SoundPictureView(panel.history(), mPage)),
+      mMeterName(new QLabel(mPage)),
+      mMeter(new MeterView(panel.level(), mPage)),
+      mTrouble(new Strip(this)),
+      mResult(new Strip(this)),
+      mCountdown(new QLabel(this)),
       mRecord(new RecordButton(this)),
+      mRecordText(new QLabel(this)),
       mPause(new QToolButton(this)),
-      mSplit(new QToolButton(this)) {
-    QFont large = font();
-    large.setPointSizeF(large.pointSizeF() * kElapsedScale);
-    large.setWeight(QFont::Light);
-    mElapsed->setFont(large);
-    mElapsed->setObjectName(QStringLiteral("elapsed"));
-    mState->setObjectName(QStringLiteral("state"));
-    mSentence->setWordWrap(true);
-    mSentence->setObjectName(QStringLiteral("sentence"));
-    mMeter->setObjectName(QStringLiteral("meter"));
+      mSplit(new QToolButton(this)),
+      mKeys(new KeyCaps(this)),
+      mKeysText(new QLabel(this)) {
+    auto *page = new QVBoxLayout(mPage);
+    page->setSpacing(0);
+    page->addWidget(makeSources());
+    page->addWidget(makeHeadline());
+    page->addWidget(mPicture, 1);
+    page->addWidget(makeLevel());
     mPicture->setObjectName(QStringLiteral("picture"));
-    mCountdown->setEnabled(false); // A quiet line.
-    mTimeLeft->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
-    auto *numbers = new QHBoxLayout;
-    numbers->addWidget(mSize, 1);
-    numbers->addWidget(mElapsed);
-    numbers->addWidget(mTimeLeft, 1);
-
+    auto *scrolled = new QScrollArea(this);
+    scrolled->setFrameShape(QFrame::NoFrame);
+    scrolled->setWidgetResizable(true);
+    scrolled->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scrolled->setFocusPolicy(Qt::NoFocus);
+    scrolled->setWidget(mPage); // which it owns now
+    makeStrips();
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    column->addWidget(makeSources());
-    column->addWidget(makeDevices());
-    column->addWidget(makeDestination());
-    column->addStretch(1);
-    column->addLayout(numbers);
-    column->addWidget(mState);
-    column->addWidget(mPicture, 8);
-    column->addWidget(mMeter);
-    column->addWidget(mSentence);
-    column->addStretch(1);
-    column->addWidget(makeControls());
-    column->addWidget(mCountdown);
+    column->setContentsMargins({});
+    column->setSpacing(0);
+    column->addWidget(scrolled, 1);
+    column->addWidget(mTrouble);
+    column->addWidget(mResult);
+    column->addWidget(makeDeck());
 
+    fit();
     showIcons();
     showTexts();
     setAudioInputSelectedStatus();
 }
 
+// While something is recorded, what cannot be changed now is text.
 QWidget *RecordingTab::makeSources() {
-    auto *row = new QWidget(this);
-    auto *layout = new QHBoxLayout(row);
-    layout->setContentsMargins({});
-    layout->addStretch();
-    for (int type = 0; type < static_cast<int>(std::size(kSources)); ++type) {
-        auto *button = new QToolButton(row);
-        button->setCheckable(true);
-        button->setAutoRaise(true);
-        button->setFocusPolicy(Qt::StrongFocus);
-        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        button->setIconSize(textIconSize(*this, kSourceIcon));
-        button->setObjectName(QStringLiteral("source%1").arg(type));
-        mSources->addButton(button, type);
-        layout->addWidget(button);
-    }
-    layout->addStretch();
-    connect(mSources, &QButtonGroup::idClicked, this, [this](int type) { chooseSource(type); });
-    return row;
-}
-
-QWidget *RecordingTab::makeDevices() {
-    auto *row = new QWidget(this);
-    auto *layout = new QHBoxLayout(row);
-    layout->setContentsMargins({});
+    mSourceLine = new QWidget(mPage);
+    auto *row = rowIn(mSourceLine);
     mDevice->setObjectName(QStringLiteral("device"));
     mMicrophone->setObjectName(QStringLiteral("microphone"));
     mMicrophone->setAutoRaise(true);
@@ -141,15 +166,18 @@ QWidget *RecordingTab::makeDevices() {
     auto *menu = new QMenu(mMicrophone);
     connect(menu, &QMenu::aboutToShow, this, [this, menu] { offerMicrophones(*menu); });
     mMicrophone->setMenu(menu);
-    layout->addStretch();
-    layout->addWidget(mDevice);
-    layout->addWidget(mMicrophone);
-    layout->addStretch();
+    row->addWidget(mSources);
+    row->addWidget(mSourceIcon);
+    row->addWidget(mSource);
+    row->addStretch();
+    row->addWidget(mDevice);
+    row->addWidget(mMicrophone);
+    connect(&mSources->choices(), &QButtonGroup::idClicked, this, [this](int type) { chooseSource(type); });
     const auto showDevices = [this](const QVariantMap &) { showSettings(); };
     auto &center = foundation::NotificationCenter::defaultCenter();
     mDefaultInput = center.subscribe<QVariantMap>(kNotificationDefaultInputDidChange, showDevices);
     mDefaultOutput = center.subscribe<QVariantMap>(kNotificationDefaultOutputDidChange, showDevices);
-    return row;
+    return mSourceLine;
 }
 
 // The microphone that is recorded is the desktop's own choice, so another one is chosen there.
@@ -168,55 +196,136 @@ void RecordingTab::offerMicrophones(QMenu &menu) {
     }
 }
 
-QWidget *RecordingTab::makeDestination() {
-    auto *row = new QWidget(this);
-    auto *layout = new QHBoxLayout(row);
-    layout->setContentsMargins({});
+QWidget *RecordingTab::makeHeadline() {
+    auto *headline = new QWidget(mPage);
+    mState->setObjectName(QStringLiteral("state"));
+    mElapsed->setObjectName(QStringLiteral("elapsed"));
     mFolder->setAutoRaise(true);
     mFolder->setFocusPolicy(Qt::StrongFocus);
     mFolder->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    mFolder->setIconSize(textIconSize(*this));
     mFolder->setObjectName(QStringLiteral("folder"));
     connect(mFolder, &QToolButton::clicked, this, [this] { chooseFolder(); });
     mFormat->addItems(AppSettings::audioFormats());
     mFormat->setObjectName(QStringLiteral("format"));
     connect(mFormat, &QComboBox::activated, this, [](int index) { AppSettings::setAudioFormat(index); });
-    layout->addStretch();
-    layout->addWidget(mFormat);
-    layout->addWidget(mFolder);
-    layout->addStretch();
-    return row;
+
+    auto *state = new QHBoxLayout;
+    state->setSpacing(measure::kGap);
+    state->addWidget(mStateDot);
+    state->addWidget(mState, 1);
+    auto *numbers = new QVBoxLayout;
+    numbers->setSpacing(0);
+    numbers->addStretch();
+    numbers->addWidget(mSize, 0, Qt::AlignRight);
+    numbers->addWidget(mTimeLeft, 0, Qt::AlignRight);
+    auto *time = new QHBoxLayout;
+    time->addWidget(mElapsed);
+    time->addStretch();
+    time->addLayout(numbers);
+    mFileLine = new QWidget(headline);
+    auto *file = rowIn(mFileLine);
+    file->addWidget(mFile);
+    file->addWidget(mFileDetails);
+    file->addWidget(mFormat);
+    file->addWidget(mFolder);
+    file->addStretch();
+    auto *lines = new QVBoxLayout(headline);
+    lines->setContentsMargins(0, measure::kGap, 0, measure::kGap);
+    lines->setSpacing(2);
+    lines->addLayout(state);
+    lines->addLayout(time);
+    lines->addWidget(mFileLine);
+    return headline;
 }
 
-QWidget *RecordingTab::makeControls() {
-    auto *row = new QWidget(this);
-    auto *layout = new QHBoxLayout(row);
-    layout->setContentsMargins({});
+QWidget *RecordingTab::makeLevel() {
+    mLevel = new QWidget(mPage);
+    mMeter->setObjectName(QStringLiteral("meter"));
+    auto *row = rowIn(mLevel, 2 * measure::kGap);
+    row->setContentsMargins(0, measure::kGap, 0, measure::kGap);
+    row->addWidget(mMeterName);
+    row->addWidget(mMeter, 1);
+    return mLevel;
+}
+
+void RecordingTab::makeStrips() {
+    mTrouble->text().setObjectName(QStringLiteral("sentence"));
+    connect(mTrouble, &Strip::closed, this, [this] { mPanel.setSentence({}); });
+    mResult->text().setObjectName(QStringLiteral("result"));
+    mPlay = &mResult->addAction(QStringLiteral("playResult"), true);
+    mReveal = &mResult->addAction(QStringLiteral("revealResult"), false);
+    connect(mPlay, &QPushButton::clicked, this, [this] { Q_EMIT playWanted(mFinished.file); });
+    connect(mReveal, &QPushButton::clicked, this, [this] { Q_EMIT revealWanted(mFinished.file); });
+    connect(mResult, &Strip::closed, this, [this] {
+        mHasResult = false;
+        showPanel();
+    });
+}
+
+QWidget *RecordingTab::makeDeck() {
+    mDeck = new Deck(this);
     for (QToolButton *button : {mPause, mSplit}) {
         button->setAutoRaise(true);
         button->setFocusPolicy(Qt::StrongFocus);
-        button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-        button->setIconSize(textIconSize(*this, kControlIcon));
-        button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     }
     mRecord->setObjectName(QStringLiteral("record"));
+    mRecordText->setAlignment(Qt::AlignCenter);
     mPause->setObjectName(QStringLiteral("pause"));
     mSplit->setObjectName(QStringLiteral("split"));
     connect(mRecord, &RecordButton::clicked, this, [this] { mRecorder.onStartRecording(); });
     connect(mPause, &QToolButton::clicked, this, [this] { mSession.onPauseRecording(); });
     connect(mSplit, &QToolButton::clicked, this, [this] { mSession.splitRecording(); });
+
+    mCountdown->setWordWrap(true);
+    mCorners[0] = new QWidget(mDeck);
+    rowIn(mCorners[0])->addWidget(mCountdown, 1);
+    mCorners[1] = new QWidget(mDeck);
+    auto *keys = new QVBoxLayout(mCorners[1]);
+    keys->setContentsMargins({});
+    keys->setSpacing(measure::kGap / 2);
+    keys->addStretch();
+    keys->addWidget(mKeys, 0, Qt::AlignRight);
+    keys->addWidget(mKeysText, 0, Qt::AlignRight);
+    keys->addStretch();
+
+    auto *middle = new QVBoxLayout;
+    middle->setSpacing(measure::kGap / 2);
+    middle->addStretch();
+    middle->addWidget(mRecord, 0, Qt::AlignHCenter);
+    middle->addWidget(mRecordText);
+    middle->addStretch();
     // Both sides of the record button are equally wide, so that it stands in the middle whatever the language.
     auto *left = new QHBoxLayout, *right = new QHBoxLayout;
-    left->addStretch();
+    left->addWidget(mCorners[0], 1);
     left->addWidget(mPause);
     right->addWidget(mSplit);
-    right->addStretch();
-    layout->addLayout(left, 1);
-    layout->addSpacing(24);
-    layout->addWidget(mRecord);
-    layout->addSpacing(24);
-    layout->addLayout(right, 1);
-    return row;
+    right->addWidget(mCorners[1], 1);
+    auto *row = rowIn(mDeck, 2 * measure::kGap);
+    row->addLayout(left, 1);
+    row->addLayout(middle);
+    row->addLayout(right, 1);
+    return mDeck;
+}
+
+// What lacks room goes, and words stand beside icons where the window is low.
+void RecordingTab::fit() {
+    const bool isNarrow = width() < kNarrow, isLow = height() < Look::scaled(*this, kLow);
+    const int margin = isNarrow ? measure::kNarrowMargin : measure::kMargin;
+    mPage->layout()->setContentsMargins(margin, 0, margin, 0);
+    mDeck->layout()->setContentsMargins(margin, measure::kGap, margin, measure::kGap);
+    mDeck->setMinimumHeight(Look::tall(*this, isLow ? 84 : 112));
+    // The same with switch and fields as with text, so that nothing jumps.
+    mSourceLine->setFixedHeight(Look::tall(*this, isLow ? 48 : 64));
+    mFileLine->setFixedHeight(qMax(Look::tall(*this, measure::kControl), mFormat->sizeHint().height()));
+    mElapsed->setFont(Look::font(*this, isLow ? text_size::kLowTime : text_size::kTime, QFont::Light));
+    mRecord->setLow(isLow);
+    mRecordText->setVisible(!isLow);
+    for (QToolButton *button : {mPause, mSplit}) {
+        button->setToolButtonStyle(isLow ? Qt::ToolButtonTextBesideIcon : Qt::ToolButtonTextUnderIcon);
+        button->setMinimumWidth(isLow ? 0 : kControlWidth);
+    }
+    for (QWidget *corner : mCorners)
+        corner->setVisible(!isNarrow);
 }
 
 void RecordingTab::chooseSource(int type) {
@@ -232,7 +341,7 @@ void RecordingTab::chooseFolder() {
 }
 
 void RecordingTab::setAudioInputSelectedStatus() {
-    if (QAbstractButton *chosen = mSources->button(AppSettings::getAudioType()))
+    if (QAbstractButton *chosen = mSources->choices().button(AppSettings::getAudioType()))
         chosen->setChecked(true);
     showSettings();
 }
@@ -247,59 +356,132 @@ void RecordingTab::showSettings() {
         mDevice->setVisible(type != 1);
         mMicrophone->setText(input.isEmpty() ? Lang::tabRecordNoInputDeviceDetected() : input);
         mMicrophone->setVisible(type != 0);
+        mSource->setText(chosenSource().text());
+        mSourceIcon->setPixmap(drawing(QString::fromLatin1(chosenSource().icon), Look::tokens().text2,
+                                       Look::scaled(*this, measure::kIcon), devicePixelRatioF()));
     }
     mFormat->setCurrentIndex(AppSettings::getAudioFormat());
     const QString folder = AppSettings::outputPath();
-    mFolder->setText(QDir(folder).dirName());
+    mFolder->setText(fontMetrics().elidedText(QDir(folder).dirName(), Qt::ElideMiddle, width() / 4));
     mFolder->setToolTip(QDir::toNativeSeparators(folder));
+    showPanel();
 }
 
 void RecordingTab::showTexts() {
     for (int type = 0; type < static_cast<int>(std::size(kSources)); ++type) {
-        mSources->button(type)->setText(kSources[type].text());
-        mSources->button(type)->setToolTip(kSources[type].tip());
+        mSources->choices().button(type)->setText(kSources[type].shortText());
+        mSources->choices().button(type)->setToolTip(kSources[type].tip());
     }
     mMicrophone->setToolTip(Lang::windowMicrophone());
     mFolder->setAccessibleName(Lang::windowOutputFolder());
     mFormat->setAccessibleName(Lang::commFormat());
     mSplit->setText(Lang::windowSplitNow());
+    mMeterName->setText(Lang::windowMeterName());
     mMeter->setAccessibleName(Lang::windowMeterName());
     mPicture->setAccessibleName(Lang::windowPictureName());
+    mPlay->setText(Lang::btnPlay());
+    mReveal->setText(Lang::btnShowInFinder());
+    mResult->setAccessibleName(Lang::windowFileReady());
+    for (Strip *strip : {mTrouble, mResult})
+        strip->close().setToolTip(Lang::btnClose());
     showSettings();
+}
+
+void RecordingTab::showResult(const FinishedRecording &recording) {
+    mFinished = recording;
+    mHasResult = true;
+    showPanel();
+}
+
+QString RecordingTab::resultText() const {
+    const QStringList parts{QFileInfo(mFinished.file).fileName(), ToolString::stringFromDuration(mFinished.seconds),
+                            ToolFile::fileSizeFormatterToString(mFinished.bytes).trimmed(),
+                            QDir(QFileInfo(mFinished.file).path()).dirName()};
+    return parts.join(QStringLiteral("   "));
+}
+
+void RecordingTab::showTriggers(const std::array<QString, 3> &triggers) {
+    mTriggers = triggers;
     showPanel();
 }
 
 void RecordingTab::showPanel() {
     const RecorderState state = mPanel.state();
     const RecordingControls &controls = mPanel.controls();
-    mRecord->setRecording(controls.startShowsStop);
-    mRecord->setText(controls.startShowsStop ? Lang::btnStop() : Lang::windowRecord());
-    mRecord->setToolTip(mRecord->text());
-    mRecord->setAccessibleName(mRecord->text());
-    mPause->setEnabled(controls.pauseEnabled);
-    mPause->setText(controls.pauseShowsResume ? Lang::btnResume() : Lang::windowPause());
-    mSplit->setEnabled(controls.startShowsStop && mPanel.display().seconds > 0);
-    for (QAbstractButton *source : mSources->buttons())
-        source->setEnabled(!controls.startShowsStop);
-    mFormat->setEnabled(!controls.startShowsStop);
-    mFolder->setEnabled(!controls.startShowsStop);
-    mMicrophone->setEnabled(!controls.startShowsStop);
-
     const RecordingDisplay &display = mPanel.display();
-    mElapsed->setText(display.duration);
-    mSize->setText(controls.startShowsStop ? display.size : QString());
-    mTimeLeft->setText(mPanel.timeLeftText());
-    mState->setText(mPanel.stateText());
+    const Tokens &tokens = Look::tokens();
+    const bool isIdle = !controls.startShowsStop, isRunning = !isIdle && display.seconds > 0;
+    if (!isIdle)
+        mHasResult = false;
+
+    for (QWidget *choice : std::initializer_list<QWidget *>{mSources, mFormat, mFolder})
+        choice->setVisible(isIdle);
+    for (QWidget *text : std::initializer_list<QWidget *>{mSourceIcon, mSource, mFileDetails, mLevel})
+        text->setVisible(!isIdle);
+    mMicrophone->setEnabled(isIdle);
+    colour(*mDevice, tokens.text2);
+
     const bool waits =
         state == RecorderState::Paused || state == RecorderState::WaitingForSound || state == RecorderState::DeviceLost;
-    QPalette colours = palette();
-    if (state == RecorderState::Recording)
-        colours.setColor(QPalette::WindowText, recordingColour());
-    else if (waits)
-        colours.setColor(QPalette::WindowText, waitingColour(palette()));
-    mState->setPalette(colours);
-    mSentence->setText(mPanel.sentence());
+    const QColor stateColour = waits ? tokens.amber : state == RecorderState::Recording ? tokens.red : tokens.text2;
+    mState->setText(state == RecorderState::Idle ? chosenSource().ready() : mPanel.stateText());
+    mState->setFont(Look::font(*this, text_size::kSecondLine, isIdle ? QFont::Normal : QFont::Bold));
+    colour(*mState, stateColour);
+    mStateDot->setVisible(!isIdle);
+    if (!isIdle)
+        mStateDot->setPixmap(drawing(QStringLiteral("dot"), stateColour, kDot, devicePixelRatioF()));
+    mElapsed->setText(display.duration);
+    colour(*mElapsed, isRunning ? tokens.text : tokens.outline);
+    mSize->setText(isIdle ? QString() : display.size);
+    mTimeLeft->setText(mPanel.timeLeftText());
+    for (QLabel *number : {static_cast<QLabel *>(mSize), static_cast<QLabel *>(mTimeLeft)}) {
+        colour(*number, tokens.text2);
+        number->updateGeometry();
+    }
+
+    const QString file = isIdle ? QFileInfo(Tools::getAudioNameFromTrack()).completeBaseName()
+                                : QFileInfo(mPanel.file()).completeBaseName();
+    mFile->setText(!isIdle ? file
+                   : AppSettings::isAutoGenFileName()
+                       ? Lang::windowNextFile().replace(QLatin1String("[#FileName#]"), file)
+                       : QString());
+    mFile->setVisible(!mFile->text().isEmpty());
+    mFile->setFont(Look::font(*this, text_size::kBody, isIdle ? QFont::Normal : QFont::Bold));
+    colour(*mFile, isIdle ? tokens.text2 : tokens.text);
+    QString details = Lang::windowFormatInFolder()
+                          .replace(QLatin1String("[#Format#]"), mFormat->currentText().simplified())
+                          .replace(QLatin1String("[#Folder#]"), mFolder->text());
+    if (AppSettings::isAutoSkipSilence())
+        details += QLatin1Char(' ') + Lang::windowSilenceIsSkipped();
+    mFileDetails->setText(details);
+    colour(*mFileDetails, tokens.text2);
+
+    mRecord->setRecording(!isIdle);
+    mRecord->setText(isIdle ? Lang::windowRecord() : Lang::btnStop());
+    mRecord->setToolTip(mRecord->text());
+    mRecord->setAccessibleName(mRecord->text());
+    mRecordText->setText(mRecord->text());
+    mRecordText->setFont(Look::font(*this, text_size::kSecondLine, QFont::Bold));
+    mPause->setVisible(!isIdle);
+    mPause->setEnabled(controls.pauseEnabled);
+    mPause->setText(controls.pauseShowsResume ? Lang::btnResume() : Lang::windowPause());
+    mSplit->setVisible(!isIdle);
+    mSplit->setEnabled(isRunning);
+
     mCountdown->setText(mPanel.countdown().text);
+    mCountdown->setFont(Look::font(*this, text_size::kSecondLine));
+    colour(*mCountdown, tokens.text2);
+    const QString keys = mTriggers[isIdle ? 0 : 1];
+    mKeys->setKeys(keys);
+    mKeysText->setText(keys.isEmpty() ? QString()
+                       : isIdle       ? Lang::windowStartsFromAnywhere()
+                                      : Lang::windowStopsFromAnywhere());
+    mKeysText->setFont(Look::font(*this, text_size::kLabel));
+    colour(*mKeysText, tokens.text2);
+
+    const QString trouble = mPanel.sentence();
+    mTrouble->tell(isIdle ? Strip::Kind::Error : Strip::Kind::Warning, trouble);
+    mResult->tell(Strip::Kind::Result, mHasResult && trouble.isEmpty() ? resultText() : QString());
 }
 
 void RecordingTab::levelCame() {
@@ -309,8 +491,12 @@ void RecordingTab::levelCame() {
 
 void RecordingTab::showIcons() {
     for (int type = 0; type < static_cast<int>(std::size(kSources)); ++type)
-        mSources->button(type)->setIcon(icon(QString::fromLatin1(kSources[type].icon), palette()));
+        mSources->choices().button(type)->setIcon(icon(QString::fromLatin1(kSources[type].icon), palette()));
+    const QSize small = QSize(1, 1) * Look::scaled(*this, measure::kIcon);
+    mFolder->setIconSize(small);
     mFolder->setIcon(icon(QStringLiteral("folder"), palette()));
+    for (QToolButton *button : {mPause, mSplit})
+        button->setIconSize(QSize(1, 1) * Look::scaled(*this, kControlIcon));
     mPause->setIcon(icon(QStringLiteral("pause"), palette()));
     mSplit->setIcon(icon(QStringLiteral("split"), palette()));
 }
@@ -318,11 +504,18 @@ void RecordingTab::showIcons() {
 void RecordingTab::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange) {
         showIcons();
-        showPanel();
+        showSettings();
     }
+    if (event->type() == QEvent::FontChange)
+        fit();
     if (event->type() == QEvent::LanguageChange)
         showTexts();
     QWidget::changeEvent(event);
+}
+
+void RecordingTab::resizeEvent(QResizeEvent *event) {
+    fit();
+    QWidget::resizeEvent(event);
 }
 
 void RecordingTab::showEvent(QShowEvent *event) {

@@ -1,13 +1,17 @@
 #pragma once
 
 #include "platform/foundation/NotificationCenter.h"
+#include "recording/session/RecordingSessionView.h"
 
 #include <QWidget>
 
-class QButtonGroup;
+#include <array>
+
+class QBoxLayout;
 class QComboBox;
 class QLabel;
 class QMenu;
+class QPushButton;
 class QToolButton;
 
 namespace cantorel {
@@ -18,12 +22,19 @@ class ScheduledSession;
 
 namespace cantorel::ui {
 
+class DigitLabel;
+class KeyCaps;
 class MeterView;
 class RecordButton;
 class SoundPictureView;
+class SourceSwitch;
+class Strip;
 
-// What will be recorded and from where, the record button, and everything about the recording that runs.
+// The record page: what will be recorded and from where, state, time and file, the sound as it comes, and below it the
+// deck with the record button, which never scrolls away.
 class RecordingTab : public QWidget {
+    Q_OBJECT
+
 public:
     // All outlive the tab.
     RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session,
@@ -35,33 +46,60 @@ public:
     // The panel has changed; a level has come.
     void showPanel();
     void levelCame();
+    // A recording is ready; it is offered until the next start.
+    void showResult(const FinishedRecording &recording);
+    // How the keys for start and stop are pressed; empty where they are not.
+    void showTriggers(const std::array<QString, 3> &triggers);
+
+Q_SIGNALS:
+    void playWanted(const QString &file);
+    void revealWanted(const QString &file);
 
 private:
     void chooseSource(int type);
     void chooseFolder();
     QWidget *makeSources();
-    QWidget *makeDevices();
     void offerMicrophones(QMenu &menu);
-    QWidget *makeDestination();
-    QWidget *makeControls();
+    QWidget *makeHeadline();
+    QWidget *makeLevel();
+    QWidget *makeDeck();
+    void makeStrips();
+    void fit();
     void showIcons();
     void showTexts();
+    QString resultText() const;
     void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
 
     RecorderPanel &mPanel;
     ScheduledSession &mRecorder;
     RecordingSession &mSession;
-    QButtonGroup *mSources;
-    QLabel *mDevice;
+    QWidget *mPage, *mSourceLine = nullptr, *mFileLine = nullptr, *mDeck = nullptr, *mLevel = nullptr;
+    SourceSwitch *mSources;
+    QLabel *mSourceIcon, *mSource, *mDevice;
     QToolButton *mMicrophone;
-    QToolButton *mFolder;
+    QLabel *mStateDot, *mState;
+    DigitLabel *mElapsed;
+    QLabel *mFile, *mFileDetails;
     QComboBox *mFormat;
-    QLabel *mElapsed, *mState, *mSize, *mTimeLeft, *mSentence, *mCountdown;
+    QToolButton *mFolder;
+    DigitLabel *mSize, *mTimeLeft;
     SoundPictureView *mPicture;
+    QLabel *mMeterName;
     MeterView *mMeter;
+    Strip *mTrouble, *mResult;
+    QPushButton *mPlay = nullptr, *mReveal = nullptr;
+    QLabel *mCountdown;
     RecordButton *mRecord;
+    QLabel *mRecordText;
     QToolButton *mPause, *mSplit;
+    KeyCaps *mKeys;
+    QLabel *mKeysText;
+    QWidget *mCorners[2] = {};
+    std::array<QString, 3> mTriggers;
+    FinishedRecording mFinished;
+    bool mHasResult = false;
     foundation::NotificationCenter::Subscription mDefaultInput, mDefaultOutput;
 };
 

@@ -1,16 +1,19 @@
 #include "ui/SoundPictureView.h"
 
 #include "recording/control/SoundHistory.h"
-#include "ui/Icons.h"
+#include "ui/look/Look.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 
 namespace cantorel::ui {
 
 namespace {
 
-constexpr qreal kRadius = 6;
-constexpr int kSeconds = 60;
+constexpr std::size_t kColumnsOfBar = 3; // 0.3 s
+constexpr int kMostBars = 200;           // a minute
+constexpr qreal kBar = 2;
+constexpr int kLeastPitch = 4;
 
 } // namespace
 
@@ -18,61 +21,65 @@ SoundPictureView::SoundPictureView(const SoundHistory &history, QWidget *parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 
+int SoundPictureView::pitch() const { return qMax(kLeastPitch, (width() + kMostBars - 1) / kMostBars); }
+
+// Bars fill the width from the left; then the oldest go.
+std::size_t SoundPictureView::firstBar() const {
+    const std::size_t bars = (mHistory.total() + kColumnsOfBar - 1) / kColumnsOfBar;
+    const auto room = static_cast<std::size_t>(qMax(1, width() / pitch()));
+    return bars > room ? bars - room : 0;
+}
+
 void SoundPictureView::wake() {
-    if (isVisible() && !window()->isMinimized())
+    if (!isVisible() || window()->isMinimized())
+        return;
+    const std::size_t first = firstBar();
+    if (first != mShownFirst || mHistory.total() < mShownTotal) {
         update();
+    } else { // The last bar has grown, or the next one begins.
+        const auto last = static_cast<int>((mHistory.total() + kColumnsOfBar - 1) / kColumnsOfBar - first);
+        update((last - 2) * pitch(), 0, 3 * pitch(), height());
+    }
+    mShownFirst = first;
+    mShownTotal = mHistory.total();
 }
 
 QSize SoundPictureView::sizeHint() const { return {480, 120}; }
 
 QSize SoundPictureView::minimumSizeHint() const { return {200, 48}; }
 
-void SoundPictureView::paintEvent(QPaintEvent *) {
+void SoundPictureView::paintEvent(QPaintEvent *event) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(palette().color(QPalette::Base));
-    painter.drawRoundedRect(rect(), kRadius, kRadius);
-
-    const qreal middle = height() / 2.0, pitch = qreal(width()) / SoundHistory::kColumns;
-    QColor line = palette().color(QPalette::Mid);
-    painter.setPen(QPen(line, 1));
-    painter.drawLine(QPointF(kRadius, middle), QPointF(width() - kRadius, middle));
-    line.setAlpha(90);
-    painter.setPen(QPen(line, 1));
-    for (int second = 10; second < kSeconds; second += 10) {
-        const qreal x = width() * (1 - qreal(second) / kSeconds);
-        painter.drawLine(QPointF(x, height() - 6), QPointF(x, height()));
-    }
-
-    // One line for each point of the screen, as high as the loudest column that it stands for.
-    painter.setRenderHint(QPainter::Antialiasing, false);
-    const qreal first = width() - pitch * qreal(mHistory.size());
-    for (int x = qMax(0, static_cast<int>(first)); x < width(); ++x) {
-        const auto begin = static_cast<std::size_t>(qMax<qreal>(0, (x - first) / pitch));
-        const auto end = qMin(mHistory.size(), qMax(begin + 1, static_cast<std::size_t>((x + 1 - first) / pitch)));
+    const Tokens &tokens = Look::tokens();
+    const qreal middle = height() / 2.0, pitch = this->pitch();
+    const std::size_t first = firstBar(), gone = mHistory.total() - mHistory.size();
+    const auto firstPainted = first + static_cast<std::size_t>(qMax(0.0, (event->rect().left() - pitch) / pitch));
+    const std::size_t end = first + static_cast<std::size_t>((event->rect().right() + pitch) / pitch) + 1;
+    for (std::size_t bar = firstPainted; bar < end; ++bar) {
+        const qreal x = qreal(bar - first) * pitch;
+        if (x >= width())
+            break;
         float level = 0;
         bool isRecorded = false;
-        for (std::size_t i = begin; i < end; ++i) {
-            level = qMax(level, mHistory.column(i).level);
-            isRecorded |= mHistory.column(i).isRecorded;
+        auto mark = SoundHistory::Mark::None;
+        for (std::size_t i = qMax(gone, bar * kColumnsOfBar); i < qMin(mHistory.total(), (bar + 1) * kColumnsOfBar);
+             ++i) {
+            const SoundHistory::Column &column = mHistory.column(i - gone);
+            level = qMax(level, column.level);
+            isRecorded |= column.isRecorded;
+            mark = qMax(mark, column.mark);
         }
-        const qreal half = qreal(level) * (middle - 4);
-        painter.setPen(palette().color(isRecorded ? QPalette::Highlight : QPalette::Mid));
-        if (half >= 0.5)
-            painter.drawLine(QLineF(x, middle - half, x, middle + half));
-    }
-    painter.setRenderHint(QPainter::Antialiasing);
-    for (std::size_t i = 0; i < mHistory.size(); ++i) {
-        const auto mark = mHistory.column(i).mark;
-        if (mark == SoundHistory::Mark::None)
-            continue;
-        const QColor colour = mark == SoundHistory::Mark::Split || mark == SoundHistory::Mark::Start
-                                  ? palette().color(QPalette::WindowText)
-                                  : recordingColour();
-        const qreal x = first + pitch * qreal(i);
-        painter.setPen(QPen(colour, 1.5, mark == SoundHistory::Mark::Split ? Qt::DashLine : Qt::SolidLine));
-        painter.drawLine(QPointF(x, 4), QPointF(x, height() - 4));
+        const qreal half = qreal(level) * level * (middle - 2);
+        if (half >= 1)
+            painter.fillRect(QRectF(x, middle - half, kBar, 2 * half), isRecorded ? tokens.wave : tokens.waveRest);
+        else // nothing there, or nothing heard
+            painter.fillRect(QRectF(x, middle - 1, kBar, kBar), tokens.line);
+        if (mark == SoundHistory::Mark::Split || (mark == SoundHistory::Mark::Start && bar > 0)) {
+            painter.setPen(QPen(tokens.text2, 1, Qt::DashLine));
+            painter.drawLine(QPointF(x, 2), QPointF(x, height() - 2));
+        } else if (mark > SoundHistory::Mark::Split) {
+            painter.fillRect(QRectF(x, 2, kBar, height() - 4), tokens.red);
+        }
     }
 }
 

@@ -8,7 +8,8 @@ class SoundHistory;
 
 namespace cantorel::ui {
 
-// The last minute of sound, the newest at the right, with splits, lost frames and lost devices marked in it.
+// The last minute of sound at most, a bar for each 0.3 s, with splits, lost frames and lost devices marked in it. It
+// grows from the left, and scrolls once it is full.
 class SoundPictureView : public QWidget {
 public:
     // The history outlives the view.
@@ -24,7 +25,11 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    int pitch() const; // from one bar to the next
+    std::size_t firstBar() const;
+
     const SoundHistory &mHistory;
+    std::size_t mShownFirst = 0, mShownTotal = 0;
 };
 
 } // namespace cantorel::ui

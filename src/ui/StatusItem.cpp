@@ -4,6 +4,7 @@
 #include "recording/control/RecorderPanel.h"
 #include "settings/AppSettings.h"
 #include "ui/Icons.h"
+#include "ui/look/Look.h"
 
 #include <QGuiApplication>
 #include <QPainter>
@@ -20,7 +21,7 @@ QIcon badged(const QColor &colour) {
         QPixmap pixmap = applicationIcon().pixmap(size, size);
         QPainter painter(&pixmap);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(Qt::white, size / 16.0));
+        painter.setPen(QPen(Look::tokens().surface, size / 16.0));
         painter.setBrush(colour);
         const qreal side = size * 0.46;
         painter.drawEllipse(QRectF(size - side - 0.5, size - side - 0.5, side, side));
@@ -36,8 +37,8 @@ StatusItem::StatusItem(RecorderPanel &panel, Actions actions)
       mActions(std::move(actions)),
       mItem(applicationIcon()),
       mIdle(applicationIcon()),
-      mRecording(badged(recordingColour())),
-      mWaiting(badged(waitingColour(QGuiApplication::palette()))) {
+      mRecording(badged(Look::tokens().red)),
+      mWaiting(badged(Look::tokens().amber)) {
     const auto add = [this](const std::function<void()> &action) {
         QAction *added = mMenu.addAction(QString());
         connect(added, &QAction::triggered, this, [&action] { action(); });

@@ -4,6 +4,7 @@
 #include "recording/schedule/ScheduleCheck.h"
 #include "recording/schedule/ScheduleTaskText.h"
 #include "recording/schedule/TaskList.h"
+#include "ui/look/Tokens.h"
 
 #include <QBoxLayout>
 #include <QCheckBox>
@@ -27,7 +28,7 @@ namespace {
 
 constexpr int kFirstLength = 60; // minutes of a new task
 constexpr int kLeastTasks = 2;   // that the list shows
-constexpr int kRoomyList = 140;  // points, where the text leaves them
+constexpr int kRoomyList = 120;  // points, where the text leaves them
 
 QString shownTime(const QDateTime &moment) {
     return Lang::locale().toString(moment.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm:ss"));
@@ -120,6 +121,7 @@ QWidget *TasksWindow::makeEditor() {
     auto *box = new QWidget(this);
     auto *form = new QFormLayout(box);
     form->setContentsMargins({});
+    form->setVerticalSpacing(measure::kGap / 2); // the window fits on a small screen in large text
     const auto row = [&](std::initializer_list<QWidget *> widgets) {
         auto *layout = new QHBoxLayout;
         for (QWidget *widget : widgets)

@@ -1,8 +1,8 @@
 #include "recording/library/RecordingsModel.h"
 #include "tests/support/Unfinished.h"
 #include "tests/window/WindowFixture.h"
-#include "ui/Icons.h"
 #include "ui/LibraryTab.h"
+#include "ui/look/Look.h"
 #include "util/tools/UpdateCheck.h"
 
 #include <QAbstractButton>
@@ -52,7 +52,7 @@ TEST_F(MainWindow, LostFramesAreMarkedInThePictureAndCounted) {
         const QImage picture = find<QWidget>("picture")->grab().toImage();
         int points = 0;
         for (int x = 0; x < picture.width(); ++x)
-            points += picture.pixelColor(x, picture.height() / 4) == ui::recordingColour() ? 1 : 0;
+            points += picture.pixelColor(x, picture.height() / 4) == ui::Look::tokens().red ? 1 : 0;
         return points;
     };
     window.show();

@@ -4,6 +4,7 @@
 #include "tests/support/TestHome.h"
 #include "tests/window/Screen.h"
 #include "ui/Accessibility.h"
+#include "ui/look/Look.h"
 
 #include <QApplication>
 
@@ -24,7 +25,9 @@ int main(int argc, char **argv) {
     qputenv("DISPLAY", display.name().toLocal8Bit());
     qputenv("QT_QPA_PLATFORM", "xcb");
     qputenv("FONTCONFIG_FILE", CANTOREL_FONTS);
+    cantorel::ui::Look::prepare();
     QApplication application(argc, argv);
+    const cantorel::ui::Look look(nullptr);
     cantorel::ui::installAccessibility();
     return RUN_ALL_TESTS();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/desktop/Appearance.h"
 #include "platform/desktop/FileManagerReveal.h"
 #include "platform/desktop/MediaControls.h"
 #include "platform/desktop/Notifications.h"
@@ -24,6 +25,7 @@ struct Services {
     std::unique_ptr<Notifications> notifications;
     std::unique_ptr<RemoteControl> remote;
     std::unique_ptr<SleepDelay> sleep;
+    std::unique_ptr<Appearance> appearance;
     SystemVersion version = SystemVersion::current();
 };
 

@@ -9,6 +9,7 @@ void SoundHistory::add(float level, bool isRecorded) {
     mRing[mNext] = {level, isRecorded, Mark::None};
     mNext = (mNext + 1) % kColumns;
     mCount = std::min(mCount + 1, kColumns);
+    ++mTotal;
 }
 
 void SoundHistory::mark(Mark mark) {
@@ -18,7 +19,7 @@ void SoundHistory::mark(Mark mark) {
     newest.mark = std::max(newest.mark, mark);
 }
 
-void SoundHistory::clear() { mNext = mCount = 0; }
+void SoundHistory::clear() { mNext = mCount = mTotal = 0; }
 
 const SoundHistory::Column &SoundHistory::column(std::size_t index) const {
     return mRing[(mNext + kColumns - mCount + index) % kColumns];

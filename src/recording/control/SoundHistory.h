@@ -25,12 +25,14 @@ public:
     void clear();
 
     std::size_t size() const { return mCount; }
+    // All that were added since the history began, those that are gone too.
+    std::size_t total() const { return mTotal; }
     // 0 is the oldest.
     const Column &column(std::size_t index) const;
 
 private:
     std::vector<Column> mRing = std::vector<Column>(kColumns);
-    std::size_t mNext = 0, mCount = 0;
+    std::size_t mNext = 0, mCount = 0, mTotal = 0;
 };
 
 // The height at which a level is shown, 0 to 1: -60 dB and below is 0, full scale is 1. level: a linear amplitude times

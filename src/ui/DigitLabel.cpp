@@ -1,0 +1,36 @@
+#include "ui/DigitLabel.h"
+
+#include <QPainter>
+
+#include <cmath>
+
+namespace cantorel::ui {
+
+QVector<qreal> DigitLabel::positions() const {
+    const QFontMetricsF metrics(font());
+    qreal cell = 0;
+    for (char digit = '0'; digit <= '9'; ++digit)
+        cell = qMax(cell, metrics.horizontalAdvance(QLatin1Char(digit)));
+    QVector<qreal> places{0};
+    for (const QChar character : text())
+        places.append(places.last() + (character.isDigit() ? cell : metrics.horizontalAdvance(character)));
+    return places;
+}
+
+QSize DigitLabel::sizeHint() const { return {static_cast<int>(std::ceil(positions().last())), fontMetrics().height()}; }
+
+void DigitLabel::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    painter.setFont(font());
+    painter.setPen(palette().color(QPalette::WindowText));
+    const QVector<qreal> places = positions();
+    const QFontMetricsF metrics(font());
+    const qreal baseline = (height() - metrics.height()) / 2 + metrics.ascent();
+    const QString shown = text();
+    for (qsizetype i = 0; i < shown.size(); ++i) {
+        const qreal slack = places[i + 1] - places[i] - metrics.horizontalAdvance(shown[i]);
+        painter.drawText(QPointF(places[i] + slack / 2, baseline), QString(shown[i]));
+    }
+}
+
+} // namespace cantorel::ui

@@ -1,0 +1,100 @@
+#include "ui/Pill.h"
+
+#include "lang/Lang.h"
+#include "ui/DigitLabel.h"
+#include "ui/Icons.h"
+#include "ui/look/Look.h"
+
+#include <QBoxLayout>
+#include <QEvent>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QToolButton>
+
+namespace cantorel::ui {
+
+namespace {
+
+constexpr int kDot = 8, kBeside = 14;
+
+} // namespace
+
+Pill::Pill(QWidget *parent)
+    : QWidget(parent), mTime(new DigitLabel(this)), mPause(new QToolButton(this)), mStop(new QToolButton(this)) {
+    setFocusPolicy(Qt::StrongFocus);
+    setObjectName(QStringLiteral("pill"));
+    mPause->setObjectName(QStringLiteral("pillPause"));
+    mStop->setObjectName(QStringLiteral("pillStop"));
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(kBeside + kDot + measure::kGap, 0, measure::kGap, 0);
+    row->setSpacing(measure::kGap / 2);
+    row->addWidget(mTime);
+    for (QToolButton *button : {mPause, mStop}) {
+        button->setAutoRaise(true);
+        button->setFocusPolicy(Qt::StrongFocus);
+        row->addWidget(button);
+    }
+    connect(mPause, &QToolButton::clicked, this, &Pill::paused);
+    connect(mStop, &QToolButton::clicked, this, &Pill::stopped);
+    showIcons();
+    showTexts();
+    hide();
+}
+
+void Pill::tell(const QString &time, bool isPaused) {
+    mTime->setText(time);
+    setAccessibleName(Lang::tabRecordStatusRecording() + QStringLiteral(", ") + time);
+    if (std::exchange(mIsPaused, isPaused) != isPaused) {
+        showIcons();
+        showTexts();
+        update();
+    }
+}
+
+void Pill::setPauseEnabled(bool isEnabled) { mPause->setEnabled(isEnabled); }
+
+void Pill::showTexts() {
+    mPause->setToolTip(mIsPaused ? Lang::btnResume() : Lang::windowPause());
+    mPause->setAccessibleName(mPause->toolTip());
+    mStop->setToolTip(Lang::btnStop());
+    mStop->setAccessibleName(Lang::btnStop());
+    setToolTip(Lang::windowRecord());
+}
+
+void Pill::showIcons() {
+    mPause->setIcon(icon(mIsPaused ? QStringLiteral("play") : QStringLiteral("pause"), palette()));
+    mStop->setIcon(icon(QStringLiteral("stop"), palette()));
+}
+
+void Pill::paintEvent(QPaintEvent *) {
+    const Tokens &tokens = Look::tokens();
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF place = QRectF(rect()).adjusted(1, 1, -1, -1);
+    painter.setPen(hasFocus() ? QPen(tokens.focus, measure::kFocus)
+                              : QPen(mIsPaused ? tokens.amber : tokens.redFill, 1.5));
+    painter.setBrush(tokens.surface);
+    painter.drawRoundedRect(place, place.height() / 2, place.height() / 2);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(mIsPaused ? tokens.amber : tokens.red);
+    painter.drawEllipse(QRectF(kBeside, (height() - kDot) / 2.0, kDot, kDot));
+}
+
+void Pill::mouseReleaseEvent(QMouseEvent *) { Q_EMIT shown(); }
+
+void Pill::keyPressEvent(QKeyEvent *event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter || event->key() == Qt::Key_Space)
+        Q_EMIT shown();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void Pill::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange)
+        showIcons();
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
+    QWidget::changeEvent(event);
+}
+
+} // namespace cantorel::ui

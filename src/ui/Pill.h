@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QWidget>
+
+class QToolButton;
+
+namespace cantorel::ui {
+
+class DigitLabel;
+
+// The running recording as every other page shows it: its time, which leads to the record page, pause and stop.
+class Pill : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit Pill(QWidget *parent);
+
+    void tell(const QString &time, bool isPaused);
+    void setPauseEnabled(bool isEnabled);
+
+Q_SIGNALS:
+    void shown(); // the record page is asked for
+    void paused();
+    void stopped();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void showTexts();
+    void showIcons();
+
+    DigitLabel *mTime;
+    QToolButton *mPause, *mStop;
+    bool mIsPaused = false;
+};
+
+} // namespace cantorel::ui
