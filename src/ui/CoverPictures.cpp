@@ -6,6 +6,7 @@
 
 #include <QBuffer>
 #include <QImageReader>
+#include <QPainter>
 
 namespace cantorel::ui {
 
@@ -26,9 +27,9 @@ QImage decoded(const QByteArray &cover, int side) {
 }
 
 // Without a picture of its own for it, a style mixes a selected one with the colour of the selection.
-QIcon iconOf(const QPixmap &normal, const QPixmap &selected) {
-    QIcon icon(normal);
-    icon.addPixmap(selected, QIcon::Selected);
+QIcon unmixed(const QPixmap &picture) {
+    QIcon icon(picture);
+    icon.addPixmap(picture, QIcon::Selected);
     return icon;
 }
 
@@ -36,9 +37,9 @@ QIcon iconOf(const QPixmap &normal, const QPixmap &selected) {
 
 CoverPictures::CoverPictures() : mDecoded(kKept) { mDecoding.setMaxThreadCount(1); }
 
-QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale, const QColor &selectedText) {
+QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale) {
     if (item.isRecording)
-        return drawn(QStringLiteral("record"), Look::tokens().red, selectedText, size, scale);
+        return drawn(QStringLiteral("record"), Look::tokens().red, size, scale);
     if (!item.cover.isEmpty()) {
         const Decoded *known = mDecoded.object(nameOf(item.cover));
         if (!known)
@@ -46,14 +47,24 @@ QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scal
         else if (!known->picture.isNull())
             return known->picture;
     }
-    return drawn(QStringLiteral("sound"), Look::tokens().text2, selectedText, size, scale); // seen on every ground
+    return drawn(QStringLiteral("sound"), Look::tokens().text2, size, scale);
 }
 
-const QIcon &CoverPictures::drawn(const QString &name, const QColor &colour, const QColor &selected, int size,
-                                  qreal scale) {
-    QIcon &icon = mDrawn[QStringLiteral("%1 %2 %3 %4").arg(name).arg(size).arg(scale).arg(selected.rgb())];
-    if (icon.isNull())
-        icon = iconOf(drawing(name, colour, size, scale), drawing(name, selected, size, scale));
+const QIcon &CoverPictures::drawn(const QString &name, const QColor &colour, int size, qreal scale) {
+    QIcon &icon = mDrawn[QStringLiteral("%1 %2 %3 %4").arg(name).arg(size).arg(scale).arg(colour.rgb())];
+    if (!icon.isNull())
+        return icon;
+    QPixmap tile(QSize(size, size) * scale);
+    tile.setDevicePixelRatio(scale);
+    tile.fill(Qt::transparent);
+    QPainter painter(&tile);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Look::tokens().sunken);
+    painter.drawRoundedRect(QRectF(0, 0, size, size), measure::kFieldRadius, measure::kFieldRadius);
+    const int side = size * 6 / 10;
+    painter.drawPixmap((size - side) / 2, (size - side) / 2, drawing(name, colour, side, scale));
+    icon = unmixed(tile);
     return icon;
 }
 
@@ -67,7 +78,7 @@ void CoverPictures::decode(const QByteArray &cover, int side, qreal scale) {
                 return;
             QPixmap picture = QPixmap::fromImage(image);
             picture.setDevicePixelRatio(scale);
-            waiting->picture = iconOf(picture, picture);
+            waiting->picture = unmixed(picture);
             Q_EMIT changed();
         });
     });

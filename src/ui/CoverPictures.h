@@ -22,7 +22,7 @@ public:
     ~CoverPictures() override { mDecoding.waitForDone(); }
 
     // size: of its sides, in the pixels of a screen without scaling. It stays itself in a selected row.
-    QIcon picture(const RecordedAudioInfo &item, int size, qreal scale, const QColor &selectedText);
+    QIcon picture(const RecordedAudioInfo &item, int size, qreal scale);
 
 Q_SIGNALS:
     // A picture has been decoded and replaces its placeholder.
@@ -34,7 +34,7 @@ private:
         QIcon picture;    // null while it is decoded, or for what is no picture
     };
 
-    const QIcon &drawn(const QString &name, const QColor &colour, const QColor &selected, int size, qreal scale);
+    const QIcon &drawn(const QString &name, const QColor &colour, int size, qreal scale);
     void decode(const QByteArray &cover, int side, qreal scale);
 
     QHash<QString, QIcon> mDrawn;

@@ -1,5 +1,7 @@
 #include "ui/DigitLabel.h"
 
+#include "ui/look/Look.h"
+
 #include <QPainter>
 
 #include <cmath>
@@ -8,9 +10,7 @@ namespace cantorel::ui {
 
 QVector<qreal> DigitLabel::positions() const {
     const QFontMetricsF metrics(font());
-    qreal cell = 0;
-    for (char digit = '0'; digit <= '9'; ++digit)
-        cell = qMax(cell, metrics.horizontalAdvance(QLatin1Char(digit)));
+    const qreal cell = Look::digitWidth(metrics);
     QVector<qreal> places{0};
     for (const QChar character : text())
         places.append(places.last() + (character.isDigit() ? cell : metrics.horizontalAdvance(character)));

@@ -2,8 +2,14 @@
 
 #include "lang/Lang.h"
 #include "recording/library/RecordedList.h"
+#include "ui/Deck.h"
+#include "ui/DigitLabel.h"
 #include "ui/Icons.h"
+#include "ui/PlayButton.h"
 #include "ui/RecordingInfo.h"
+#include "ui/RowDelegate.h"
+#include "ui/Strip.h"
+#include "ui/look/Look.h"
 #include "util/ToolString.h"
 
 #include <QAction>
@@ -14,6 +20,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QSlider>
@@ -26,6 +33,7 @@ namespace cantorel::ui {
 namespace {
 
 constexpr int kSliderSteps = 1000;
+constexpr int kSearch = 320, kCover = 40, kPlayer = 72;
 
 QToolButton *flatButton(QWidget *parent, const char *name) {
     auto *button = new QToolButton(parent);
@@ -48,11 +56,10 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mSearch(new QLineEdit(this)),
       mTable(new QTableView(this)),
       mEmpty(new QLabel(this)),
-      mNoticeText(new QLabel(this)),
       mPlayed(new QLabel(this)),
-      mTime(new QLabel(this)),
-      mUndo(flatButton(this, "undo")),
-      mPlay(flatButton(this, "play")),
+      mTime(new DigitLabel(this)),
+      mLength(new DigitLabel(this)),
+      mPlay(new PlayButton(this)),
       mStop(flatButton(this, "stopPlaying")),
       mSeek(new QSlider(Qt::Horizontal, this)) {
     mSearch->setClearButtonEnabled(true);
@@ -63,14 +70,20 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
     });
     connect(&mModel, &RecordingsModel::renameFailed, this, [this](const auto &why) { notice(why, false); });
     mModel.picture = [this](const RecordedAudioInfo &item) {
-        return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF(),
-                                 palette().color(QPalette::HighlightedText));
+        return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF());
     };
     connect(&mPictures, &CoverPictures::changed, this, [this] { mTable->viewport()->update(); });
     connect(&mPlayer, &LibraryPlayer::changed, this, [this] { showPlayer(); });
 
+    auto *tools = new QHBoxLayout;
+    tools->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
+    mSearch->setMaximumWidth(Look::scaled(*this, kSearch));
+    tools->addWidget(mSearch, 1);
+    tools->addStretch();
     auto *column = new QVBoxLayout(this);
-    column->addWidget(mSearch);
+    column->setContentsMargins({});
+    column->setSpacing(0);
+    column->addLayout(tools);
     auto *stacked = new QWidget(this);
     mStack = new QStackedLayout(stacked);
     mStack->addWidget(makeTable());
@@ -98,20 +111,26 @@ QWidget *LibraryTab::makeTable() {
     mTable->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     mTable->setShowGrid(false);
     mTable->setWordWrap(false);
-    mTable->setAlternatingRowColors(true);
+    mTable->setFrameShape(QFrame::NoFrame);
+    mTable->setItemDelegate(new RowDelegate(mModel, mTable));
     mTable->setTabKeyNavigation(false); // Tab leaves the table.
     mTable->setContextMenuPolicy(Qt::CustomContextMenu);
     mTable->verticalHeader()->hide();
     mTable->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    mTable->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
+    mTable->verticalHeader()->setDefaultSectionSize(Look::scaled(*this, measure::kRow));
     mTable->horizontalHeader()->setSectionResizeMode(RecordingsModel::Title, QHeaderView::Stretch);
     mTable->horizontalHeader()->setHighlightSections(false);
+    mTable->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    mTable->horizontalHeader()->setMinimumHeight(Look::tall(*this, measure::kTarget));
     mTable->horizontalHeader()->setMinimumSectionSize(1);
     // The cover is seen first, while the title stays the first cell that the keys come to.
     mTable->horizontalHeader()->moveSection(RecordingsModel::Cover, 0);
     mTable->horizontalHeader()->setSectionResizeMode(RecordingsModel::Cover, QHeaderView::Fixed);
-    mTable->setIconSize(QSize(1, 1) * (fontMetrics().height() + 4));
-    mTable->setColumnWidth(RecordingsModel::Cover, mTable->iconSize().width() + 8);
+    mTable->setIconSize(QSize(1, 1) * Look::scaled(*this, kCover));
+    mTable->setColumnWidth(RecordingsModel::Cover, measure::kMargin + mTable->iconSize().width() + measure::kGap);
+    // What these say stands in the second line of the title.
+    for (const auto said : {RecordingsModel::Artist, RecordingsModel::Album, RecordingsModel::State})
+        mTable->setColumnHidden(said, true);
     mTable->setSortingEnabled(true);
     mTable->sortByColumn(RecordingsModel::Date, Qt::DescendingOrder);
     connect(mTable, &QTableView::customContextMenuRequested, this, [this](const QPoint &at) { showMenu(at); });
@@ -136,24 +155,21 @@ QWidget *LibraryTab::makeTable() {
 }
 
 QWidget *LibraryTab::makeNotice() {
-    mNotice = new QWidget(this);
-    auto *row = new QHBoxLayout(mNotice);
-    row->setContentsMargins({});
-    mNoticeText->setWordWrap(true);
-    mNoticeText->setObjectName(QStringLiteral("notice"));
-    mUndo->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    connect(mUndo, &QToolButton::clicked, this, [this] { undo(); });
-    row->addWidget(mNoticeText, 1);
-    row->addWidget(mUndo);
-    mNotice->hide();
+    mNotice = new Strip(this);
+    mNotice->text().setObjectName(QStringLiteral("notice"));
+    mUndo = &mNotice->addAction(QStringLiteral("undo"), false);
+    connect(mUndo, &QPushButton::clicked, this, [this] { undo(); });
+    connect(mNotice, &Strip::closed, this, [this] { notice({}, false); });
     return mNotice;
 }
 
 QWidget *LibraryTab::makePlayer() {
-    mPlayerBar = new QWidget(this);
+    mPlayerBar = new Deck(this);
+    mPlayerBar->setMinimumHeight(Look::tall(*this, kPlayer));
     auto *row = new QHBoxLayout(mPlayerBar);
-    row->setContentsMargins({});
-    connect(mPlay, &QToolButton::clicked, this, [this] { playOrPause(); });
+    row->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
+    row->setSpacing(2 * measure::kGap);
+    connect(mPlay, &PlayButton::clicked, this, [this] { playOrPause(); });
     connect(mStop, &QToolButton::clicked, this, [this] { mPlayer.stop(); });
     mSeek->setRange(0, kSliderSteps);
     mSeek->setObjectName(QStringLiteral("seek"));
@@ -167,8 +183,9 @@ QWidget *LibraryTab::makePlayer() {
     row->addWidget(mPlay);
     row->addWidget(mStop);
     row->addWidget(mPlayed);
-    row->addWidget(mSeek, 1);
     row->addWidget(mTime);
+    row->addWidget(mSeek, 1);
+    row->addWidget(mLength);
     mPlayerBar->hide();
     return mPlayerBar;
 }
@@ -291,14 +308,12 @@ void LibraryTab::undo() {
 }
 
 void LibraryTab::notice(const foundation::Sentence &text, bool withUndo) {
-    mNoticeText->setText(Lang::sentence(text));
     mUndo->setVisible(withUndo);
-    mNotice->setVisible(!text.isEmpty());
+    mNotice->tell(withUndo ? Strip::Kind::Result : Strip::Kind::Error, Lang::sentence(text));
 }
 
 void LibraryTab::listDidChange() {
     mModel.listDidChange();
-    showColumns();
     showEmptiness();
 }
 
@@ -340,23 +355,14 @@ void LibraryTab::restore() {
     mBefore = {};
 }
 
-// A column that no recording has anything for is left out.
-void LibraryTab::showColumns() {
-    for (const auto column : {RecordingsModel::Artist, RecordingsModel::Album})
-        mTable->setColumnHidden(column, !mModel.isUsed(column));
-}
-
 // As wide as what they show at most, and as their names with the sign of the order.
 void LibraryTab::fitColumns() {
     const std::pair<RecordingsModel::Column, QString> texts[] = {
-        {RecordingsModel::Artist, QString(14, QLatin1Char('n'))},
-        {RecordingsModel::Album, QString(14, QLatin1Char('n'))},
         {RecordingsModel::Length, QStringLiteral("00:00:00")},
         {RecordingsModel::Size, QStringLiteral("888.88 MB")},
-        {RecordingsModel::Date, mModel.shownDate(QStringLiteral("2028-12-28 22:58:58"))},
-        {RecordingsModel::State, Lang::tabRecordStatusRecording()}};
+        {RecordingsModel::Date, mModel.shownDate(QStringLiteral("2028-12-28 22:58:58"))}};
     const QFontMetrics metrics = fontMetrics();
-    const int air = metrics.height();
+    const int air = 2 * measure::kGap + metrics.height() / 2;
     for (const auto &[column, text] : texts) {
         const QString name = mModel.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
         mTable->setColumnWidth(column,
@@ -377,15 +383,15 @@ void LibraryTab::showPlayer() {
     mPlayerBar->setVisible(hasFile);
     if (!hasFile)
         return;
-    mPlay->setIcon(icon(mPlayer.isPlaying() ? QStringLiteral("pause") : QStringLiteral("play"), palette()));
+    mPlay->setPlaying(mPlayer.isPlaying());
     mPlay->setToolTip(mPlayer.isPlaying() ? Lang::windowPause() : Lang::btnPlay());
     mPlay->setAccessibleName(mPlay->toolTip());
     const QString name = QFileInfo(mPlayer.file()).fileName();
     mPlayed->setText(mPlayed->fontMetrics().elidedText(name, Qt::ElideMiddle, width() / 4));
     if (!mSeek->isSliderDown() && mPlayer.length() > 0)
         mSeek->setValue(static_cast<int>(mPlayer.position() / mPlayer.length() * kSliderSteps));
-    mTime->setText(QStringLiteral("%1 / %2").arg(ToolString::stringFromDuration(mPlayer.position()),
-                                                 ToolString::stringFromDuration(mPlayer.length())));
+    mTime->setText(ToolString::stringFromDuration(mPlayer.position()));
+    mLength->setText(ToolString::stringFromDuration(mPlayer.length()));
 }
 
 void LibraryTab::showTexts() {
@@ -403,7 +409,6 @@ void LibraryTab::showTexts() {
 }
 
 void LibraryTab::showIcons() {
-    mUndo->setIcon(icon(QStringLiteral("undo"), palette()));
     mStop->setIcon(icon(QStringLiteral("stop"), palette()));
     mSearch->addAction(icon(QStringLiteral("search"), palette()), QLineEdit::LeadingPosition);
 }

@@ -17,6 +17,7 @@ class QLabel;
 class QLineEdit;
 class QSlider;
 class QStackedLayout;
+class QPushButton;
 class QTableView;
 class QToolButton;
 
@@ -25,6 +26,10 @@ class RecordedList;
 }
 
 namespace cantorel::ui {
+
+class DigitLabel;
+class PlayButton;
+class Strip;
 
 // The recordings: a table to search, sort, play, rename, drag from and clear up in.
 class LibraryTab : public QWidget {
@@ -65,7 +70,6 @@ private:
     void notice(const foundation::Sentence &text, bool withUndo);
     void remember();
     void restore();
-    void showColumns();
     void fitColumns();
     void showEmptiness();
     void showPlayer();
@@ -89,9 +93,13 @@ private:
     QLineEdit *mSearch;
     QStackedLayout *mStack = nullptr;
     QTableView *mTable;
-    QLabel *mEmpty, *mNoticeText, *mPlayed, *mTime;
-    QWidget *mNotice = nullptr, *mPlayerBar = nullptr;
-    QToolButton *mUndo, *mPlay, *mStop;
+    QLabel *mEmpty, *mPlayed;
+    DigitLabel *mTime, *mLength;
+    Strip *mNotice = nullptr;
+    QWidget *mPlayerBar = nullptr;
+    QPushButton *mUndo = nullptr;
+    PlayButton *mPlay;
+    QToolButton *mStop;
     QSlider *mSeek;
     enum class Playing { Free, AsksFirst, Allowed } mPlaying = Playing::Free;
 };

@@ -52,7 +52,7 @@ void RecordingInfo::addRow(const QString &name, const QString &text) {
 
 void RecordingInfo::showAt(const QRect &place) {
     adjustSize();
-    const QRect room = parentWidget()->screen()->availableGeometry();
+    const QRect room = parentWidget()->screen()->availableGeometry() & parentWidget()->window()->frameGeometry();
     const int below = place.bottom() + 1;
     const int y = below + height() <= room.bottom() ? below : place.top() - height();
     move(qBound(room.left(), place.left(), qMax(room.left(), room.right() - width())), qMax(room.top(), y));

@@ -7,6 +7,7 @@
 #include "recording/control/ScheduledSession.h"
 #include "recording/session/RecordingSession.h"
 #include "settings/AppSettings.h"
+#include "ui/Deck.h"
 #include "ui/DigitLabel.h"
 #include "ui/Icons.h"
 #include "ui/KeyCaps.h"
@@ -29,7 +30,6 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
-#include <QPainter>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QToolButton>
@@ -70,19 +70,6 @@ void colour(QLabel &label, const QColor &ink) {
     palette.setColor(QPalette::WindowText, ink);
     label.setPalette(palette);
 }
-
-// The ground of the deck, with a hairline on top.
-class Deck : public QWidget {
-public:
-    using QWidget::QWidget;
-
-protected:
-    void paintEvent(QPaintEvent *) override {
-        QPainter painter(this);
-        painter.fillRect(rect(), Look::tokens().surface);
-        painter.fillRect(0, 0, width(), 1, Look::tokens().line);
-    }
-};
 
 QHBoxLayout *rowIn(QWidget *widget, int spacing = measure::kGap) {
     auto *row = new QHBoxLayout(widget);

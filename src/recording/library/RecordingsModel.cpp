@@ -129,13 +129,6 @@ bool RecordingsModel::isShown(const RecordedAudioInfo &item) const {
     });
 }
 
-bool RecordingsModel::isUsed(Column column) const {
-    return (column != Artist && column != Album)
-           || std::any_of(mList.items().begin(), mList.items().end(), [&](const auto &item) {
-                  return !(column == Artist ? item->fields()._artist : item->fields()._album).isEmpty();
-              });
-}
-
 void RecordingsModel::arrange() {
     mOrder.clear();
     mOrder.reserve(mList.items().size());
@@ -223,8 +216,7 @@ QVariant RecordingsModel::data(const QModelIndex &index, int role) const {
     case Qt::ToolTipRole:
         return item->getFileName();
     case Qt::TextAlignmentRole:
-        return index.column() == Length || index.column() == Size ? QVariant(Qt::AlignRight | Qt::AlignVCenter)
-                                                                  : QVariant();
+        return headerData(index.column(), Qt::Horizontal, role);
     default:
         return {};
     }
@@ -246,6 +238,8 @@ QVariant RecordingsModel::headerData(int section, Qt::Orientation orientation, i
         return {};
     if (section == Cover) // too narrow for its name
         return role == Qt::ToolTipRole || role == Qt::AccessibleTextRole ? Lang::windowCover() : QVariant();
+    if (role == Qt::TextAlignmentRole && (section == Length || section == Size || section == Date))
+        return QVariant(Qt::AlignRight | Qt::AlignVCenter);
     if (role != Qt::DisplayRole)
         return {};
     switch (section) {

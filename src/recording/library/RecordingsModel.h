@@ -37,8 +37,6 @@ public:
 
     // Shows what has every word of the text in its title, artist or album.
     void search(const QString &text);
-    // Whether a column has anything to show for any recording of the list.
-    bool isUsed(Column column) const;
 
     // A stored date in the window's language; any other text unchanged.
     QString shownDate(const QString &stored) const;

@@ -99,6 +99,13 @@ int Look::scaled(const QWidget &widget, int measure) {
     return qRound(measure * qMax(1.0, widget.fontMetrics().height() / kNormalLine));
 }
 
+qreal Look::digitWidth(const QFontMetricsF &metrics) {
+    qreal widest = 0;
+    for (char digit = '0'; digit <= '9'; ++digit)
+        widest = qMax(widest, metrics.horizontalAdvance(QLatin1Char(digit)));
+    return widest;
+}
+
 QFont Look::font(const QWidget &widget, qreal size, QFont::Weight weight) {
     QFont font = widget.font();
     const QFont normal = QApplication::font(&widget);

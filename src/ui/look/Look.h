@@ -5,6 +5,7 @@
 
 #include <QFont>
 
+class QFontMetricsF;
 class QWidget;
 
 namespace cantorel::ui {
@@ -33,6 +34,8 @@ public:
     static int tall(const QWidget &widget, int height);
     // A measure that grows with the text of the widget.
     static int scaled(const QWidget &widget, int measure);
+    // The widest digit's width: the cell of each where figures stand in columns.
+    static qreal digitWidth(const QFontMetricsF &metrics);
     // The widget's font, larger or smaller; sizes are in multiples of the desktop's.
     static QFont font(const QWidget &widget, qreal size, QFont::Weight weight = QFont::Normal);
 

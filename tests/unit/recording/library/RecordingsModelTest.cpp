@@ -102,13 +102,4 @@ TEST_F(RecordingsModelTest, DatesAreWrittenInTheWindowsLanguage) {
     EXPECT_EQ(model.index(0, RecordingsModel::Date).data().toString(), "yesterday") << "no date: as it is";
 }
 
-TEST_F(RecordingsModelTest, AColumnIsUsedOnceARecordingHasSomethingForIt) {
-    add("a");
-    EXPECT_FALSE(model.isUsed(RecordingsModel::Artist));
-    EXPECT_TRUE(model.isUsed(RecordingsModel::Title));
-    add("b", "1.00 KB", "", "Live");
-    EXPECT_FALSE(model.isUsed(RecordingsModel::Artist));
-    EXPECT_TRUE(model.isUsed(RecordingsModel::Album));
-}
-
 } // namespace cantorel
