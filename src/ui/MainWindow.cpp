@@ -163,7 +163,8 @@ void MainWindow::listen() {
             endOnceSettled();
     });
     connect(&mParts.recorder, &ScheduledSession::startRefused, this,
-            [this](const foundation::Sentence &sentence) { mParts.panel.setSentence(sentence); });
+            [this](const foundation::Sentence &sentence) { mParts.panel.refuseStart(sentence); });
+    mRecordingTab->virtualDeviceWanted = [this] { Q_EMIT virtualDeviceWanted(); };
     mParts.list.view = this;
 }
 

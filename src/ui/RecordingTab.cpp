@@ -18,8 +18,10 @@
 #include <QDir>
 #include <QEvent>
 #include <QFileDialog>
+#include <QFrame>
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QToolButton>
 
 namespace cantorel::ui {
@@ -27,7 +29,8 @@ namespace cantorel::ui {
 namespace {
 
 constexpr qreal kElapsedScale = 3.4; // of the normal text
-constexpr int kMargin = 16;
+constexpr int kMargin = 16, kAdviceMargin = 8;
+constexpr float kQuiet = 0.7f;                         // of the strength of other texts
 constexpr qreal kSourceIcon = 1.9, kControlIcon = 1.6; // heights of a line of text
 
 struct Source {
@@ -59,6 +62,8 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
       mMicrophone(new QToolButton(this)),
       mFolder(new QToolButton(this)),
       mFormat(new QComboBox(this)),
+      mAdvice(new QLabel(this)),
+      mMend(new QPushButton(this)),
       mElapsed(centred(this)),
       mState(centred(this)),
       mSize(new QLabel(this)),
@@ -93,6 +98,7 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     column->addWidget(makeSources());
     column->addWidget(makeDevices());
     column->addWidget(makeDestination());
+    column->addWidget(makeAdvice());
     column->addStretch(1);
     column->addLayout(numbers);
     column->addWidget(mState);
@@ -149,7 +155,44 @@ QWidget *RecordingTab::makeDevices() {
     auto &center = foundation::NotificationCenter::defaultCenter();
     mDefaultInput = center.subscribe<QVariantMap>(kNotificationDefaultInputDidChange, showDevices);
     mDefaultOutput = center.subscribe<QVariantMap>(kNotificationDefaultOutputDidChange, showDevices);
+    mDevices = center.subscribe<bool>(kNotificationSoundDevicesDidChange, [this](const bool &) { showSettings(); });
     return row;
+}
+
+QWidget *RecordingTab::makeAdvice() {
+    auto *row = new QFrame(this);
+    row->setFrameShape(QFrame::StyledPanel);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(kAdviceMargin, kAdviceMargin / 4, kAdviceMargin / 4, kAdviceMargin / 4);
+    mAdvice->setWordWrap(true);
+    mAdvice->setObjectName(QStringLiteral("advice"));
+    mMend->setObjectName(QStringLiteral("mend"));
+    connect(mMend, &QPushButton::clicked, this, [this] {
+        if (mLack == RecordingAdvice::Lack::SoundServer)
+            RecordingAdvice::lookForServer();
+        else if (virtualDeviceWanted)
+            virtualDeviceWanted();
+        showSettings();
+    });
+    layout->addWidget(mAdvice, 1);
+    layout->addWidget(mMend);
+    return row;
+}
+
+void RecordingTab::showAdvice() {
+    const auto source = recordingSource(AppSettings::getAudioType()).value_or(RecordingSource::SystemSound);
+    const RecordingAdvice advice = RecordingAdvice::of(source);
+    mLack = advice.lack;
+    mAdvice->parentWidget()->setVisible(mLack != RecordingAdvice::Lack::Nothing);
+    mAdvice->setText(Lang::sentence(advice.sentence));
+    QPalette colours = palette();
+    if (mLack != RecordingAdvice::Lack::SoundServer) { // One records all the same.
+        QColor quiet = colours.color(QPalette::WindowText);
+        quiet.setAlphaF(kQuiet);
+        colours.setColor(QPalette::WindowText, quiet);
+    }
+    mAdvice->setPalette(colours);
+    mMend->setText(mLack == RecordingAdvice::Lack::SoundServer ? Lang::windowTryAgain() : Lang::windowInstall());
 }
 
 // The microphone that is recorded is the desktop's own choice, so another one is chosen there.
@@ -252,6 +295,7 @@ void RecordingTab::showSettings() {
     const QString folder = AppSettings::outputPath();
     mFolder->setText(QDir(folder).dirName());
     mFolder->setToolTip(QDir::toNativeSeparators(folder));
+    showAdvice();
 }
 
 void RecordingTab::showTexts() {
@@ -283,6 +327,7 @@ void RecordingTab::showPanel() {
         source->setEnabled(!controls.startShowsStop);
     mFormat->setEnabled(!controls.startShowsStop);
     mFolder->setEnabled(!controls.startShowsStop);
+    mMend->setEnabled(mLack == RecordingAdvice::Lack::SoundServer || !controls.startShowsStop);
     mMicrophone->setEnabled(!controls.startShowsStop);
 
     const RecordingDisplay &display = mPanel.display();
@@ -300,6 +345,7 @@ void RecordingTab::showPanel() {
     mState->setPalette(colours);
     mSentence->setText(mPanel.sentence());
     mCountdown->setText(mPanel.countdown().text);
+    mCountdown->setVisible(!mCountdown->text().isEmpty());
 }
 
 void RecordingTab::levelCame() {
@@ -319,6 +365,7 @@ void RecordingTab::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange) {
         showIcons();
         showPanel();
+        showAdvice();
     }
     if (event->type() == QEvent::LanguageChange)
         showTexts();

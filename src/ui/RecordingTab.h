@@ -1,13 +1,17 @@
 #pragma once
 
 #include "platform/foundation/NotificationCenter.h"
+#include "recording/control/RecordingAdvice.h"
 
 #include <QWidget>
+
+#include <functional>
 
 class QButtonGroup;
 class QComboBox;
 class QLabel;
 class QMenu;
+class QPushButton;
 class QToolButton;
 
 namespace cantorel {
@@ -36,6 +40,9 @@ public:
     void showPanel();
     void levelCame();
 
+    // The person wants the virtual device installed.
+    std::function<void()> virtualDeviceWanted;
+
 private:
     void chooseSource(int type);
     void chooseFolder();
@@ -43,6 +50,8 @@ private:
     QWidget *makeDevices();
     void offerMicrophones(QMenu &menu);
     QWidget *makeDestination();
+    QWidget *makeAdvice();
+    void showAdvice();
     QWidget *makeControls();
     void showIcons();
     void showTexts();
@@ -57,12 +66,15 @@ private:
     QToolButton *mMicrophone;
     QToolButton *mFolder;
     QComboBox *mFormat;
+    QLabel *mAdvice;
+    QPushButton *mMend;
+    RecordingAdvice::Lack mLack = RecordingAdvice::Lack::Nothing;
     QLabel *mElapsed, *mState, *mSize, *mTimeLeft, *mSentence, *mCountdown;
     SoundPictureView *mPicture;
     MeterView *mMeter;
     RecordButton *mRecord;
     QToolButton *mPause, *mSplit;
-    foundation::NotificationCenter::Subscription mDefaultInput, mDefaultOutput;
+    foundation::NotificationCenter::Subscription mDefaultInput, mDefaultOutput, mDevices;
 };
 
 } // namespace cantorel::ui
