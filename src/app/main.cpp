@@ -34,8 +34,9 @@ namespace cantorel {
 
 namespace {
 
-// How long the start waits for a sound server, and for the recorder, before it says that there is none.
-constexpr std::chrono::seconds kPatience(3);
+// How long the start waits for a sound server before it goes on without, and for the recorder before it says that
+// another has it.
+constexpr std::chrono::seconds kServerPatience(1), kPatience(3);
 constexpr std::chrono::milliseconds kBetweenClaims(50);
 // How long the window may take to be painted before the rest of the start stops waiting for it.
 constexpr std::chrono::seconds kUnpainted(1);
@@ -69,6 +70,8 @@ public:
         const SignalWatch signals([this] { mWindow->stopAndQuit(); });
         QObject::connect(&*mWindow, &ui::MainWindow::mayEnd, qApp, [this] { mApplication.terminate(); });
         mApplication.willEnd = [this] { giveNameBack(); };
+        QObject::connect(&*mWindow, &ui::MainWindow::virtualDeviceWanted, &delegate,
+                         &AppDelegate::installVirtualDevice);
         QObject::connect(&*mWindow, &ui::MainWindow::updatesWanted, qApp, [this] { mCommonUtils.checkByHand(); });
         mCommonUtils.updateIsOffered = [this](const UpdateDescription &update) { mWindow->offerUpdate(update); };
         mCommonUtils.nothingIsOffered = [this](const std::optional<UpdateDescription> &update) {
@@ -164,12 +167,7 @@ int runWindow(BackendChoice backend) {
     // A second start shows the window of the first.
     if (showsAnother())
         return 0;
-    auto hardware = Hardware::open(backend, kPatience);
-    if (!hardware) {
-        showTrouble(Lang::windowNoServer() + QLatin1Char('\n') + Lang::sentence(hardware.failure().sentence));
-        return 1;
-    }
-    WindowProgram program(std::move(hardware).value());
+    WindowProgram program(Hardware::openInAnyCase(backend, kServerPatience));
     // Another one that is ending leaves the recorder soon.
     const QDeadlineTimer patience(kPatience);
     while (!program.claim() && !patience.hasExpired()) {

@@ -18,6 +18,8 @@ constexpr AudioObjectPropertyAddress kDefaultInput = {kAudioHardwarePropertyDefa
 constexpr AudioObjectPropertyAddress kDefaultOutput = {kAudioHardwarePropertyDefaultOutputDevice,
                                                        kAudioObjectPropertyScopeGlobal, 0};
 constexpr AudioObjectPropertyAddress kDevices = {kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal, 0};
+constexpr AudioObjectPropertyAddress kServer = {kAudioHardwarePropertyServiceRestarted, kAudioObjectPropertyScopeGlobal,
+                                                0};
 
 // When an output that is there is tried again.
 constexpr std::chrono::milliseconds kRetry(500);
@@ -70,10 +72,7 @@ std::pair<AudioDeviceID, QString> findVirtualDevice() {
     return {kAudioObjectUnknown, QString()};
 }
 
-QString uidOfCaptureDevice(const QString &name) {
-    const auto device = AudioDevices().getTheCaptureDeviceWithName(name);
-    return device ? device->uniqueID : QString();
-}
+QString uidOf(const std::optional<media::CaptureDevice> &device) { return device ? device->uniqueID : QString(); }
 
 AudioObjectID aggregatePlugIn() {
     const QString bundle = QStringLiteral("com.apple.audio.CoreAudio");
@@ -205,11 +204,17 @@ bool AudioDeviceEngine::activateSVAD() {
     mInputDeviceID = getCurrentAudioInputDevice();
     mOutputDeviceID = getCurrentAudioOutputDevice();
     const auto [device, found] = findVirtualDevice();
+    mSystemSoundDeviceID =
+        device == kAudioObjectUnknown ? PDAudioDeviceGetObjectID(QLatin1String(hal::kOutputMonitorUid)) : device;
     if (device == kAudioObjectUnknown)
         return false;
     _systemDeviceName.with([&found = found](QString &known) { known = found; });
     mSVADDeviceID = device;
     return true;
+}
+
+std::optional<media::CaptureDevice> AudioDeviceEngine::systemSoundDevice() const {
+    return media::captureDeviceWithUniqueID(getDevice_UID_FromDevice(mSystemSoundDeviceID));
 }
 
 bool AudioDeviceEngine::isOwnDevice(AudioDeviceID device) const {
@@ -357,7 +362,8 @@ void AudioDeviceEngine::followRouting() {
 QVariantMap AudioDeviceEngine::renewAggregateDevice(const QVariantMap &saved) {
     const std::lock_guard lock(mAggregateMutex);
     for (const QVariantMap &known : {saved, mMadeAggregate}) {
-        if (!isAggregateDeviceChanged(known))
+        if (!isAggregateDeviceChanged(known)
+            && known.value(QLatin1String(kAggregateOutputUID)).toString() == uidOf(systemSoundDevice()))
             return known;
     }
     destroyAggregateDevice();
@@ -369,14 +375,9 @@ QVariantMap AudioDeviceEngine::createAggregateDevice() {
     mMadeAggregate.clear();
     if (mInputDeviceID == kAudioObjectUnknown)
         mInputDeviceID = getCurrentAudioInputDevice();
-    const QString inputName = getDevice_Name_FromDevice(mInputDeviceID);
-    QString inputUid, outputUid;
-    for (const QString &name : AudioDevices().audioDevices()) {
-        if (name == getSystemSoundDeviceName())
-            outputUid = uidOfCaptureDevice(name);
-        if (name == inputName)
-            inputUid = uidOfCaptureDevice(name);
-    }
+    const QString inputUid =
+        uidOf(AudioDevices().getTheCaptureDeviceWithName(getDevice_Name_FromDevice(mInputDeviceID)));
+    const QString outputUid = uidOf(systemSoundDevice());
     const AudioObjectID plugIn = aggregatePlugIn();
     if (inputUid.isEmpty() || outputUid.isEmpty() || plugIn == kAudioObjectUnknown)
         return {};
@@ -460,12 +461,12 @@ void AudioDeviceEngine::resetDefaultAudioDevice() {
 void AudioDeviceEngine::resetDefaultAudioInputDevice(const QString &, const QString &) { resetDefaultAudioDevice(); }
 
 void AudioDeviceEngine::addSystemAudioDeviceChangeListener() {
-    for (const auto &address : {kDefaultInput, kDefaultOutput})
+    for (const auto &address : {kDefaultInput, kDefaultOutput, kDevices, kServer})
         (void)AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, defaultDeviceChanged, this);
 }
 
 void AudioDeviceEngine::removeSystemAudioDeviceChangeListener() {
-    for (const auto &address : {kDefaultInput, kDefaultOutput})
+    for (const auto &address : {kDefaultInput, kDefaultOutput, kDevices, kServer})
         (void)AudioObjectRemovePropertyListener(kAudioObjectSystemObject, &address, defaultDeviceChanged, this);
 }
 
@@ -474,11 +475,13 @@ OSStatus AudioDeviceEngine::defaultDeviceChanged(AudioObjectID, std::uint32_t co
     // The hardware layer calls from the main thread's event loop, so observers can be called right here.
     const auto &center = foundation::NotificationCenter::defaultCenter();
     for (std::uint32_t i = 0; i < count; ++i) {
-        const QVariantMap info = defaultDeviceInfo(addresses[i].mSelector);
-        if (addresses[i].mSelector == kAudioHardwarePropertyDefaultOutputDevice)
-            center.post(kNotificationDefaultOutputDidChange, info);
-        else if (addresses[i].mSelector == kAudioHardwarePropertyDefaultInputDevice)
-            center.post(kNotificationDefaultInputDidChange, info);
+        const AudioObjectPropertySelector changed = addresses[i].mSelector;
+        if (changed == kAudioHardwarePropertyDefaultOutputDevice)
+            center.post(kNotificationDefaultOutputDidChange, defaultDeviceInfo(changed));
+        else if (changed == kAudioHardwarePropertyDefaultInputDevice)
+            center.post(kNotificationDefaultInputDidChange, defaultDeviceInfo(changed));
+        else
+            center.post(kNotificationSoundDevicesDidChange, hal::HardwareSystem::reach().ok());
     }
     return kAudioHardwareNoError;
 }

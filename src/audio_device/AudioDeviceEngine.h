@@ -4,6 +4,7 @@
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/Guarded.h"
 #include "platform/foundation/NotificationCenter.h"
+#include "platform/media/CaptureDevice.h"
 #include "settings/AppSettings.h"
 
 #include <QStringList>
@@ -12,6 +13,7 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace cantorel {
 
@@ -24,6 +26,9 @@ inline constexpr foundation::NotificationName<QVariantMap> kNotificationDefaultO
 // Posted while system sound is routed: false when nobody hears it any more for lack of an output, true when it is heard
 // again.
 inline constexpr foundation::NotificationName<bool> kNotificationRoutedSoundIsHeard{"RoutedSoundIsHeard"};
+
+// Posted when the devices, or whether a sound server carries sound, may be others: whether it does.
+inline constexpr foundation::NotificationName<bool> kNotificationSoundDevicesDidChange{"SoundDevicesDidChange"};
 
 // Names of further virtual devices that the engine takes where the product's own is missing.
 inline constexpr const char *kOlderVirtualDeviceName = "System Sound";
@@ -68,6 +73,9 @@ public:
     bool availableSVAD() const;
     // Remembers the default devices and the virtual one. False when there is none.
     bool activateSVAD();
+    // What system sound is recorded from, as activateSVAD found it: the virtual device, or without one what the default
+    // output plays, as it is. Nothing before, or where there is neither.
+    std::optional<media::CaptureDevice> systemSoundDevice() const;
     // Routes system sound into the virtual device and lets it be heard. False when none is activated.
     bool setSVAD();
     // Gives the remembered real device back; harmless when nothing is routed.
@@ -79,8 +87,8 @@ public:
     // Whether a noted unsetSVAD() can still be undone by setSVAD().
     bool isRoutingKept() const { return mUnsetIsKept && isRouted(); }
 
-    // Joins the default input and the virtual device to "Tessolar_AggregateDevice". The UIDs of both, or empty on
-    // failure.
+    // Joins the default input and what system sound is recorded from to "Tessolar_AggregateDevice". The UIDs of both,
+    // or empty on failure.
     QVariantMap createAggregateDevice();
     void destroyAggregateDevice();
     // The same, but keeps the existing aggregate if it still joins these two, as saved or as made before. Locked: any
@@ -131,6 +139,7 @@ private:
 
     AudioDeviceID mOutputDeviceID = 0; // the real one: heard while routed, restored afterwards
     AudioDeviceID mSVADDeviceID = 0;   // the virtual device
+    std::atomic<AudioDeviceID> mSystemSoundDeviceID{0};
     std::atomic<AudioDeviceID> mInputDeviceID{0};
     std::recursive_mutex mAggregateMutex; // held while the aggregate is made or destroyed
     QVariantMap mMadeAggregate;           // as made last

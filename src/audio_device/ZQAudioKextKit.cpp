@@ -63,6 +63,10 @@ bool ZQAudioKextKit::isAggregateDeviceChanged(const QVariantMap &saved) {
     return gKit && gKit->mAudioDeviceEngine.isAggregateDeviceChanged(saved);
 }
 
+std::optional<media::CaptureDevice> ZQAudioKextKit::systemSoundDevice() {
+    return gKit ? gKit->mAudioDeviceEngine.systemSoundDevice() : std::nullopt;
+}
+
 QVariantMap ZQAudioKextKit::createAggregateDevice() {
     return gKit ? gKit->mAudioDeviceEngine.createAggregateDevice() : QVariantMap();
 }

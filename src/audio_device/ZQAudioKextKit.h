@@ -35,6 +35,7 @@ public:
     // These do not.
     static QStringList audioDevices();
     static bool isAggregateDeviceChanged(const QVariantMap &saved);
+    static std::optional<media::CaptureDevice> systemSoundDevice();
     static QVariantMap createAggregateDevice();
     static QVariantMap renewAggregateDevice(const QVariantMap &saved);
     static bool setSVAD();

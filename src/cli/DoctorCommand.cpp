@@ -36,7 +36,8 @@ Check virtualDevice(bool hasHardware) {
     return {QStringLiteral("virtual device"), there, false,
             there
                 ? ZQAudioKextKit::getSystemSoundDeviceName()
-                : QStringLiteral("Not installed, so system sound can't be recorded; run: cantorel-cli driver install")};
+                : QStringLiteral("Not installed, so system sound is recorded straight from the output; for full level "
+                                 "whatever its volume, run: cantorel-cli driver install")};
 }
 
 Check microphone(bool hasHardware) {

@@ -1,6 +1,7 @@
 #include "cli/RecordingEvents.h"
 
 #include "lang/Lang.h"
+#include "recording/control/RecordingAdvice.h"
 #include "recording/session/RecordingSpace.h"
 #include "settings/AppSettings.h"
 #include "settings/RecordingSource.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace cantorel {
 
@@ -42,13 +44,17 @@ void RecordingEvents::recordingRecovered(const RecordingJournal::Recovered &reco
 
 void RecordingEvents::recordingStarted(const QString &file, const QString &device) {
     mFile = file;
-    const QString source = nameOf(recordingSource(AppSettings::getAudioType()).value_or(RecordingSource::SystemSound));
+    const auto recorded = recordingSource(AppSettings::getAudioType()).value_or(RecordingSource::SystemSound);
+    const QString source = nameOf(recorded);
     tellEvent("started",
               {{QStringLiteral("file"), file},
                {QStringLiteral("source"), source},
                {QStringLiteral("device"), device},
                {QStringLiteral("backend"), mBackendName}},
               QStringLiteral("Recording %1 (%2) to %3").arg(source, device, file));
+    const RecordingAdvice advice = RecordingAdvice::of(recorded);
+    if (advice.lack == RecordingAdvice::Lack::VirtualDevice && !std::exchange(mHasAdvised, true))
+        mCommand.note(QStringLiteral("%1 (cantorel-cli driver install)").arg(Lang::english(advice.sentence)));
 }
 
 void RecordingEvents::recordingDisplay(const RecordingDisplay &display) {

@@ -47,6 +47,7 @@ private:
     QString mFile;
     const bool mShowsProgress;
     bool mProgressShown = false;
+    bool mHasAdvised = false;
 };
 
 } // namespace cantorel

@@ -204,7 +204,7 @@ void MainWindow::listen() {
             endOnceSettled();
     });
     connect(&mParts.recorder, &ScheduledSession::startRefused, this,
-            [this](const foundation::Sentence &sentence) { mParts.panel.setSentence(sentence); });
+            [this](const foundation::Sentence &sentence) { mParts.panel.refuseStart(sentence); });
     connect(mRecordingTab, &RecordingTab::playWanted, this, [this](const QString &file) {
         mTabs->setCurrentWidget(mLibraryPage);
         library().playAllTheSame(file);
@@ -213,6 +213,7 @@ void MainWindow::listen() {
         if (mParts.desktop.files)
             (void)mParts.desktop.files->reveal({file}); // a person sees whether a folder opens
     });
+    connect(mRecordingTab, &RecordingTab::virtualDeviceWanted, this, &MainWindow::virtualDeviceWanted);
     mParts.list.view = this;
 }
 

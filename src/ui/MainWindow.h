@@ -82,6 +82,8 @@ Q_SIGNALS:
     void hotkeysChanged();
     // The person asks for a newer version and expects an answer in any case.
     void updatesWanted();
+    // The person wants the virtual device installed.
+    void virtualDeviceWanted();
 
 private:
     void recordedListDidChange() override;

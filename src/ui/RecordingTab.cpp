@@ -103,6 +103,7 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
       mPicture(new SoundPictureView(panel.history(), mPage)),
       mMeterName(new QLabel(mPage)),
       mMeter(new MeterView(panel.level(), mPage)),
+      mAdvice(new Strip(this)),
       mTrouble(new Strip(this)),
       mResult(new Strip(this)),
       mCountdown(new QLabel(this)),
@@ -131,6 +132,7 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     column->setContentsMargins({});
     column->setSpacing(0);
     column->addWidget(scrolled, 1);
+    column->addWidget(mAdvice);
     column->addWidget(mTrouble);
     column->addWidget(mResult);
     column->addWidget(makeDeck());
@@ -164,6 +166,7 @@ QWidget *RecordingTab::makeSources() {
     auto &center = foundation::NotificationCenter::defaultCenter();
     mDefaultInput = center.subscribe<QVariantMap>(kNotificationDefaultInputDidChange, showDevices);
     mDefaultOutput = center.subscribe<QVariantMap>(kNotificationDefaultOutputDidChange, showDevices);
+    mDevices = center.subscribe<bool>(kNotificationSoundDevicesDidChange, [this](const bool &) { showSettings(); });
     return mSourceLine;
 }
 
@@ -236,6 +239,10 @@ QWidget *RecordingTab::makeLevel() {
 }
 
 void RecordingTab::makeStrips() {
+    mAdvice->text().setObjectName(QStringLiteral("advice"));
+    mAdvice->close().hide(); // it stays as long as it holds
+    mMend = &mAdvice->addAction(QStringLiteral("mend"), false);
+    connect(mMend, &QPushButton::clicked, this, [this] { mend(); });
     mTrouble->text().setObjectName(QStringLiteral("sentence"));
     connect(mTrouble, &Strip::closed, this, [this] { mPanel.setSentence({}); });
     mResult->text().setObjectName(QStringLiteral("result"));
@@ -247,6 +254,23 @@ void RecordingTab::makeStrips() {
         mHasResult = false;
         showPanel();
     });
+}
+
+void RecordingTab::mend() {
+    if (mLack == RecordingAdvice::Lack::SoundServer)
+        RecordingAdvice::lookForServer();
+    else
+        Q_EMIT virtualDeviceWanted();
+    showSettings();
+}
+
+void RecordingTab::showAdvice() {
+    const auto source = recordingSource(AppSettings::getAudioType()).value_or(RecordingSource::SystemSound);
+    const RecordingAdvice advice = RecordingAdvice::of(source);
+    mLack = advice.lack;
+    const bool lacksServer = mLack == RecordingAdvice::Lack::SoundServer;
+    mMend->setText(lacksServer ? Lang::windowTryAgain() : Lang::windowInstall());
+    mAdvice->tell(lacksServer ? Strip::Kind::Warning : Strip::Kind::Hint, Lang::sentence(advice.sentence));
 }
 
 QWidget *RecordingTab::makeDeck() {
@@ -351,6 +375,7 @@ void RecordingTab::showSettings() {
     const QString folder = AppSettings::outputPath();
     mFolder->setText(fontMetrics().elidedText(QDir(folder).dirName(), Qt::ElideMiddle, width() / 4));
     mFolder->setToolTip(QDir::toNativeSeparators(folder));
+    showAdvice();
     showPanel();
 }
 
@@ -442,6 +467,8 @@ void RecordingTab::showPanel() {
         details += QLatin1Char(' ') + Lang::windowSilenceIsSkipped();
     mFileDetails->setText(details);
     colour(*mFileDetails, tokens.text2);
+
+    mMend->setEnabled(mLack == RecordingAdvice::Lack::SoundServer || isIdle);
 
     mRecord->setRecording(!isIdle);
     mRecord->setText(isIdle ? Lang::windowRecord() : Lang::btnStop());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/NotificationCenter.h"
+#include "recording/control/RecordingAdvice.h"
 #include "recording/session/RecordingSessionView.h"
 
 #include <QWidget>
@@ -52,6 +53,8 @@ public:
     void showTriggers(const std::array<QString, 3> &triggers);
 
 Q_SIGNALS:
+    // The person wants the virtual device installed.
+    void virtualDeviceWanted();
     void playWanted(const QString &file);
     void revealWanted(const QString &file);
 
@@ -64,6 +67,8 @@ private:
     QWidget *makeLevel();
     QWidget *makeDeck();
     void makeStrips();
+    void showAdvice();
+    void mend();
     void fit();
     void showIcons();
     void showTexts();
@@ -88,8 +93,9 @@ private:
     SoundPictureView *mPicture;
     QLabel *mMeterName;
     MeterView *mMeter;
-    Strip *mTrouble, *mResult;
-    QPushButton *mPlay = nullptr, *mReveal = nullptr;
+    Strip *mAdvice, *mTrouble, *mResult;
+    RecordingAdvice::Lack mLack = RecordingAdvice::Lack::Nothing;
+    QPushButton *mMend = nullptr, *mPlay = nullptr, *mReveal = nullptr;
     QLabel *mCountdown;
     RecordButton *mRecord;
     QLabel *mRecordText;
@@ -100,7 +106,7 @@ private:
     std::array<QString, 3> mTriggers;
     FinishedRecording mFinished;
     bool mHasResult = false;
-    foundation::NotificationCenter::Subscription mDefaultInput, mDefaultOutput;
+    foundation::NotificationCenter::Subscription mDefaultInput, mDefaultOutput, mDevices;
 };
 
 } // namespace cantorel::ui

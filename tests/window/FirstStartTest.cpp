@@ -4,6 +4,8 @@
 #include "util/tools/Tools.h"
 
 #include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
 
 namespace cantorel {
 namespace {
@@ -70,24 +72,45 @@ TEST_F(FirstStart, OneSheetInstallsTheDeviceAndThenNothingStandsInTheWay) {
     record();
 }
 
-TEST_F(FirstStart, WhoDoesNotWantItIsToldWhatToDoAndRecordsTheMicrophone) {
+TEST_F(FirstStart, WhoDoesNotWantItRecordsTheOutputAndIsQuietlyOfferedItAgain) {
     answer(Lang::btnNo());
     EXPECT_EQ(sheet(), QString());
+    EXPECT_TRUE(find<QLabel>("advice")->text().contains(QStringLiteral("straight from the output")));
+    photograph(window, QStringLiteral("first-start-declined"));
+    record();
+    QTest::mouseClick(find<QAbstractButton>("source1"), Qt::LeftButton);
+    EXPECT_FALSE(find<QLabel>("advice")->isVisible()) << "a microphone needs none";
+    QTest::mouseClick(find<QAbstractButton>("source2"), Qt::LeftButton);
+    QSignalSpy wanted(&window, &ui::MainWindow::virtualDeviceWanted);
+    click("mend");
+    EXPECT_EQ(wanted.size(), 1);
+    delegate.installVirtualDevice();
+    pass(50);
+    EXPECT_FALSE(find<QLabel>("advice")->isVisible()) << "it is there";
+}
+
+TEST_F(FirstStart, WithoutASoundServerThePageSaysSoUntilOneComes) {
+    answer(Lang::btnNo());
+    world.backend->loseServer(true);
+    pass(50);
+    auto *advice = find<QLabel>("advice"), *sentence = find<QLabel>("sentence");
+    EXPECT_TRUE(advice->isVisible());
+    EXPECT_EQ(find<QPushButton>("mend")->text(), Lang::windowTryAgain());
     click("record");
     pass(500);
     EXPECT_EQ(panel.state(), RecorderState::Idle);
-    EXPECT_TRUE(find<QLabel>("sentence")->text().contains(QStringLiteral("virtual device")));
+    EXPECT_TRUE(sentence->text().contains(QStringLiteral("No sound server answers")));
+    photograph(window, QStringLiteral("no-server"));
+    world.backend->loseServer(false);
     Lang::ChangeLanguage(QStringLiteral("Greek")); // the longest words
     window.changeLanguageText();
-    window.resize(720, 480);
+    window.resize(560, 420);
     pass(50);
-    auto *sentence = find<QLabel>("sentence");
-    EXPECT_TRUE(sentence->text().contains(QStringLiteral("εικονική"))) << "live";
-    EXPECT_GE(sentence->height(), sentence->heightForWidth(sentence->width())) << "whole";
-    photograph(window, QStringLiteral("first-start-declined"));
-    QTest::mouseClick(find<QAbstractButton>("source1"), Qt::LeftButton);
+    EXPECT_EQ(sentence->text(), QString());
+    EXPECT_TRUE(advice->text().contains(QStringLiteral("εικονική"))) << "live";
+    EXPECT_GE(advice->height(), advice->heightForWidth(advice->width())) << "whole";
+    photograph(window, QStringLiteral("unrouted-smallest"));
     record();
-    EXPECT_EQ(find<QLabel>("sentence")->text(), QString());
 }
 
 } // namespace

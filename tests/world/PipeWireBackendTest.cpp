@@ -196,6 +196,17 @@ TEST(PipeWire, ServerThatDiesIsMetAgain) {
     EXPECT_TRUE(eventually([&] { return client.cycles > before; }));
 }
 
+TEST(PipeWire, ServerThatComesLaterIsMetAndTold) {
+    PipeWireBackend backend(test::kLoopbackNames);
+    EXPECT_FALSE(backend.reach(std::chrono::milliseconds(200)));
+    std::atomic<bool> told{false};
+    backend.subscribe([&] { told = told || backend.reach({}); });
+    const PrivateWorld world;
+    EXPECT_TRUE(eventually([&] { return told && backend.devices().size() == 3; }));
+    EXPECT_EQ(backend.defaultDevice(Direction::Output), "builtin_output");
+    backend.subscribe({});
+}
+
 // Links that somebody takes away: the server drives the stream on, on silence.
 TEST(PipeWire, LinksThatAreTakenAwayAreMissed) {
     const PrivateWorld world;

@@ -7,6 +7,7 @@
 #include "log/CommLog.h"
 #include "log/GuardedAction.h"
 #include "platform/desktop/Services.h"
+#include "platform/hal/HardwareSystem.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsTable.h"
 #include "settings/UserDefaultFunctions.h"
@@ -100,6 +101,17 @@ void AppDelegate::showMainWindow() {
 }
 
 void AppDelegate::activateVirtualDevice() {
+    // Without a sound server nobody can tell yet whether the virtual device is installed.
+    if (!hal::HardwareSystem::reach()) {
+        mServer = foundation::NotificationCenter::defaultCenter().subscribe<bool>(
+            kNotificationSoundDevicesDidChange, [this](const bool &carriesSound) {
+                if (!carriesSound)
+                    return;
+                mServer.cancel();
+                (void)guarded("activate the virtual device", [this] { activateVirtualDevice(); }); // logged there
+            });
+        return;
+    }
     if (!ZQAudioKextKit::activateSVAD()) {
         beginSheet(sheetOf(AlertStyle::Warning, Lang::commErrorNoVirtualSoundCard(), {Lang::btnYes(), Lang::btnNo()}),
                    &AppDelegate::alertDidEndSheetForInstallTessolarAudioDevice);

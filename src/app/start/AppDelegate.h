@@ -36,6 +36,8 @@ public:
     // Gives the person's devices back. Always true: a recording that runs is not asked about here.
     bool applicationShouldTerminate() override;
 
+    // Installs the virtual device, and tells what came of it.
+    void installVirtualDevice() { alertDidEndSheetForInstallTessolarAudioDevice(MainWindowFace::kFirstButton); }
     void needRelaunchApp();
     void openPreferencesWindowAndShowRecordInterface();
 
@@ -72,6 +74,7 @@ private:
     std::unique_ptr<foundation::Timer> mPreferences;
     std::unique_ptr<foundation::Timer> mRelaunch; // while a recording has to be closed first
     foundation::NotificationCenter::Subscription mRelaunchAfterUpdate;
+    foundation::NotificationCenter::Subscription mServer; // until one carries sound for the first time
     foundation::NotificationCenter::Subscription mDefaultInput;
     foundation::NotificationCenter::Subscription mDefaultOutput;
     foundation::NotificationCenter::Subscription mAppInfo;

@@ -24,6 +24,13 @@ bool isDriverInstalled() {
         + QStringLiteral("/pipewire/pipewire.conf.d/50-%1.conf").arg(QLatin1String(kTessolarAudioDeviceName)));
 }
 
+std::unique_ptr<hal::HardwareBackend> makeBackend(BackendChoice choice) {
+    if (choice != BackendChoice::Embedded)
+        return std::make_unique<hal::PipeWireBackend>(AudioDeviceEngine::virtualDeviceNames());
+    return std::make_unique<hal::EmbeddedBackend>(hal::makeWallDeviceClock(), isDriverInstalled,
+                                                  QLatin1String(kTessolarAudioDeviceName));
+}
+
 } // namespace
 
 Hardware::Hardware(std::unique_ptr<hal::HardwareBackend> backend)
@@ -43,17 +50,16 @@ QString Hardware::backendName() const { return hal::HardwareSystem::backend()->n
 
 foundation::Result<std::unique_ptr<Hardware>> Hardware::open(BackendChoice choice,
                                                              foundation::Clock::Duration patience) {
-    std::unique_ptr<hal::HardwareBackend> backend;
-    if (choice == BackendChoice::Embedded) {
-        backend = std::make_unique<hal::EmbeddedBackend>(hal::makeWallDeviceClock(), isDriverInstalled,
-                                                         QLatin1String(kTessolarAudioDeviceName));
-    } else {
-        auto connected = hal::PipeWireBackend::connect(patience, AudioDeviceEngine::virtualDeviceNames());
-        if (!connected)
-            return connected.failure();
-        backend = std::move(connected).value();
-    }
+    auto backend = makeBackend(choice);
+    if (const auto reached = backend->reach(patience); !reached)
+        return reached.failure();
     return std::unique_ptr<Hardware>(new Hardware(std::move(backend))); // Its constructor is private.
+}
+
+std::unique_ptr<Hardware> Hardware::openInAnyCase(BackendChoice choice, foundation::Clock::Duration patience) {
+    auto backend = makeBackend(choice);
+    (void)backend->reach(patience); // Whoever wants sound asks again.
+    return std::unique_ptr<Hardware>(new Hardware(std::move(backend)));
 }
 
 } // namespace cantorel

@@ -152,6 +152,8 @@ constexpr AudioObjectPropertySelector kAudioHardwarePropertyDefaultOutputDevice 
 constexpr AudioObjectPropertySelector kAudioHardwarePropertyPlugInForBundleID = fourCharCode("pibi");
 // AudioValueTranslation: CFStringRef device UID to AudioDeviceID (0 when no device has it).
 constexpr AudioObjectPropertySelector kAudioHardwarePropertyDeviceForUID = fourCharCode("duid");
+// Has no value. Announced when a sound server has come or gone, or there is another reason why none carries sound.
+constexpr AudioObjectPropertySelector kAudioHardwarePropertyServiceRestarted = fourCharCode("srst");
 
 // --- Properties of a device
 // ---------------------------------------------------------------------------------------------- char[], UTF-8 with an

@@ -4,6 +4,7 @@
 // property, listener, aggregate and I/O procedure on top of these few functions, once for all backends.
 
 #include "platform/foundation/Clock.h"
+#include "platform/foundation/Result.h"
 
 #include <QString>
 #include <QStringList>
@@ -17,6 +18,12 @@
 namespace cantorel::hal {
 
 enum class Direction { Input, Output };
+
+// The UID under which a backend reads what the default output plays, whichever that is: the first two channels, or its
+// only one twice. It is no device of devices(), and can be a member of an aggregate, where it follows the default. A
+// stream of its own ends when another output becomes the default, and reads that one when it is opened again.
+inline constexpr const char *kOutputMonitorUid = "default_output.monitor";
+inline constexpr int kOutputMonitorChannels = 2;
 
 // One side of a device.
 struct DeviceSide {
@@ -110,6 +117,11 @@ public:
 
     // "pipewire" or "embedded".
     virtual QString name() const = 0;
+
+    // Whether a server carries sound. Where none does, one is looked for at once and waited for as long as the patience
+    // says; with none, it only answers. A server that is not there yet, or is lost, is met whenever it comes. A failure
+    // is one sentence that names the cause.
+    virtual foundation::Result<void> reach(foundation::Clock::Duration patience) = 0;
 
     // The clock that the devices run on; code that polls them waits on it too.
     virtual foundation::Clock &clock() = 0;

@@ -32,6 +32,9 @@ public:
     static HardwareBackend *backend();
     static foundation::Clock &clock();
 
+    // See HardwareBackend. Without a living system there is nothing to complain of.
+    static foundation::Result<void> reach(foundation::Clock::Duration patience = {});
+
     // Makes the device the default of a direction until it is given back, or this program ends in whatever way. What
     // was chosen before then comes back, absence included, unless somebody has chosen yet another device meanwhile.
     static OSStatus borrowDefault(Direction direction, AudioObjectID device);

@@ -40,4 +40,15 @@ std::vector<CaptureDevice> captureAudioDevices() {
     return devices;
 }
 
+std::optional<CaptureDevice> captureDeviceWithUniqueID(const QString &uniqueID) {
+    CFStringRef name = &uniqueID;
+    AudioObjectID id = kAudioObjectUnknown;
+    AudioValueTranslation translation = {&name, sizeof name, &id, sizeof id};
+    std::uint32_t size = sizeof translation;
+    if (AudioHardwareGetProperty(kAudioHardwarePropertyDeviceForUID, &size, &translation) != kAudioHardwareNoError
+        || !hasInput(id))
+        return std::nullopt;
+    return CaptureDevice{id, uniqueID, text(id, kAudioObjectPropertyName)};
+}
+
 } // namespace cantorel::media

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 namespace cantorel::media {
@@ -20,5 +21,7 @@ struct CaptureDevice {
 
 // Every device that has an input side now, in the hardware layer's order. Not on a real-time thread.
 std::vector<CaptureDevice> captureAudioDevices();
+// The device of that identifier while it has an input side, also where no list shows it. Not on a real-time thread.
+std::optional<CaptureDevice> captureDeviceWithUniqueID(const QString &uniqueID);
 
 } // namespace cantorel::media

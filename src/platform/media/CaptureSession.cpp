@@ -1,6 +1,5 @@
 #include "platform/media/CaptureSession.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace cantorel::media {
@@ -9,15 +8,7 @@ namespace {
 
 // The device under its present number: one that was made anew, as aggregates are, keeps its identifier only.
 CaptureDevice present(const CaptureDevice &wanted) {
-    const auto devices = captureAudioDevices();
-    const auto find = [&](auto member) {
-        return std::find_if(devices.begin(), devices.end(),
-                            [&](const CaptureDevice &device) { return device.*member == wanted.*member; });
-    };
-    if (find(&CaptureDevice::objectID) != devices.end())
-        return wanted;
-    const auto again = find(&CaptureDevice::uniqueID);
-    return again != devices.end() ? *again : wanted;
+    return captureDeviceWithUniqueID(wanted.uniqueID).value_or(wanted);
 }
 
 } // namespace
@@ -34,10 +25,7 @@ bool CaptureSession::canSetSessionPreset(const QString &preset) const {
 }
 
 bool CaptureSession::canAddInput(const CaptureDeviceInput &input) const {
-    const auto devices = captureAudioDevices();
-    return !mInput && std::any_of(devices.begin(), devices.end(), [&](const CaptureDevice &device) {
-        return device.objectID == input.device.objectID;
-    });
+    return !mInput && captureDeviceWithUniqueID(input.device.uniqueID).has_value();
 }
 
 void CaptureSession::addInput(const CaptureDeviceInput &input) {

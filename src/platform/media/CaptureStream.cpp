@@ -39,15 +39,6 @@ AudioStreamBasicDescription inputFormat(AudioObjectID device) {
     return format;
 }
 
-AudioObjectID deviceOf(const QString &uid) {
-    CFStringRef name = &uid;
-    AudioObjectID device = kAudioObjectUnknown;
-    AudioValueTranslation translation = {&name, sizeof name, &device, sizeof device};
-    std::uint32_t size = sizeof translation;
-    const OSStatus status = AudioHardwareGetProperty(kAudioHardwarePropertyDeviceForUID, &size, &translation);
-    return status == kAudioHardwareNoError ? device : kAudioObjectUnknown;
-}
-
 } // namespace
 
 CaptureStream::CaptureStream(const CaptureDevice &device, double sampleRate, int channels)
@@ -66,7 +57,7 @@ std::vector<CaptureStream::Part> CaptureStream::partsOf(AudioObjectID device) {
     std::vector<Part> parts;
     if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &list) == kAudioHardwareNoError) {
         for (const QString &uid : adoptRef(list)) {
-            const AudioObjectID part = deviceOf(uid);
+            const AudioObjectID part = captureDeviceWithUniqueID(uid).value_or(CaptureDevice()).objectID;
             parts.push_back({part, static_cast<int>(inputFormat(part).mChannelsPerFrame)});
         }
     }

@@ -1,5 +1,6 @@
 #include "recording/control/RecorderPanel.h"
 
+#include "audio_device/AudioDeviceEngine.h"
 #include "lang/Lang.h"
 #include "util/tools/Tools.h"
 
@@ -20,6 +21,14 @@ QString hoursAndMinutes(qint64 seconds) {
 }
 
 } // namespace
+
+RecorderPanel::RecorderPanel() {
+    mDevices = foundation::NotificationCenter::defaultCenter().subscribe<bool>(kNotificationSoundDevicesDidChange,
+                                                                               [this](const bool &) {
+                                                                                   if (mSentenceStays == Until::Devices)
+                                                                                       setSentence({});
+                                                                               });
+}
 
 QString RecorderPanel::stateText() const {
     switch (state()) {
@@ -68,6 +77,11 @@ void RecorderPanel::setSentence(const foundation::Sentence &sentence, const QStr
     Q_EMIT changed();
 }
 
+void RecorderPanel::refuseStart(const foundation::Sentence &sentence) {
+    setSentence(sentence);
+    mSentenceStays = Until::Devices;
+}
+
 void RecorderPanel::recordingStarted(const QString &file, const QString &device) {
     mHistory.mark(mIsSettled ? SoundHistory::Mark::Start : SoundHistory::Mark::Split);
     mIsSettled = false;
@@ -90,7 +104,7 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
         mLevel.setLevel(0);
         mFile.clear();
         mDevice.clear();
-        if (mSentenceStays != Until::Replaced)
+        if (mSentenceStays == Until::Sound || mSentenceStays == Until::Output)
             setSentence({});
     }
     Q_EMIT changed();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/Sentence.h"
 #include "recording/control/LevelDisplay.h"
 #include "recording/control/SoundHistory.h"
@@ -16,6 +17,8 @@ class RecorderPanel : public QObject, public RecordingSessionView, public Schedu
     Q_OBJECT
 
 public:
+    RecorderPanel();
+
     RecorderState state() const { return mControls.state; }
     const RecordingControls &controls() const { return mControls; }
     const RecordingDisplay &display() const { return mDisplay; }
@@ -32,6 +35,8 @@ public:
     QString sentence() const;
     // sentence: from the core in English, or in the current language. kept: the path of the file that it is about.
     void setSentence(const foundation::Sentence &sentence, const QString &kept = {});
+    // Why a recording could not be begun; until the devices are others.
+    void refuseStart(const foundation::Sentence &sentence);
     const TaskCountdown &countdown() const { return mCountdown; }
     // Which task comes next, and that the program must keep running for it; empty without one.
     QString taskAheadText() const;
@@ -88,7 +93,8 @@ private:
     foundation::Sentence mSentence;
     QString mFile, mDevice, mKept;
     // What the sentence goes with.
-    enum class Until { Replaced, Sound, Output } mSentenceStays = Until::Replaced;
+    enum class Until { Replaced, Sound, Output, Devices } mSentenceStays = Until::Replaced;
+    foundation::NotificationCenter::Subscription mDevices;
     bool mIsSettled = true; // since the last recording; between the files of a split it is not
 };
 

@@ -31,8 +31,10 @@ void logFailure(const foundation::Failure &failure) {
 
 QString RecordManager::getAudioDeviceNameWithAudioDeviceType(int type) {
     const auto source = recordingSource(type);
-    if (source == RecordingSource::SystemSound)
-        return ZQAudioKextKit::getSystemSoundDeviceName();
+    if (source == RecordingSource::SystemSound) {
+        const auto device = ZQAudioKextKit::systemSoundDevice();
+        return device ? device->localizedName : QString();
+    }
     if (source == RecordingSource::Microphone)
         return ZQAudioKextKit::getDefaultAudioInputName();
     return source ? QString::fromLatin1(kTessolarAggregateDeviceName) : QString();
@@ -65,8 +67,10 @@ bool RecordManager::start(const QUrl &file) {
     mAudioRecorder->takeOver(std::exchange(mContinuation, {}));
 
     mSource = recordingSource(AppSettings::getAudioType());
-    mAudioRecorder->setAudioDevice(ZQAudioKextKit::getTheCaptureDeviceWithName(
-        getAudioDeviceNameWithAudioDeviceType(AppSettings::getAudioType())));
+    mAudioRecorder->setAudioDevice(mSource == RecordingSource::SystemSound
+                                       ? ZQAudioKextKit::systemSoundDevice()
+                                       : ZQAudioKextKit::getTheCaptureDeviceWithName(
+                                           getAudioDeviceNameWithAudioDeviceType(AppSettings::getAudioType())));
     mCounts = {};
 
     const QString output = ZQAudioKextKit::getDefaultAudioOutputName();
@@ -96,9 +100,10 @@ void RecordManager::routeSystemSound() {
                 delegate->RecordManagerOutputLost(*this);
         });
     const bool stays = ZQAudioKextKit::isRoutingKept();
-    (void)ZQAudioKextKit::setSVAD(); // Without a virtual device the recording starts unrouted.
-    // Where the routing goes on, so does the volume that the person has chosen meanwhile.
-    if (!stays)
+    const bool isRouted = ZQAudioKextKit::setSVAD();
+    // Where the routing goes on, so does the volume that the person has chosen meanwhile. An output that is recorded
+    // itself, for lack of a virtual device, deliberately keeps its volume: turned up, it would be heard so.
+    if (isRouted && !stays)
         (void)ZQAudioKextKit::setVolume(1.0f, ZQAudioKextKit::getDefaultAudioOutputName());
 }
 

@@ -52,7 +52,8 @@ public:
 
     foundation::WeakDelegate<RecordManagerDelegate> delegate;
 
-    // The capture device of a recording source; a null text for an unknown source.
+    // The capture device of a recording source; a null text for an unknown source. Without a virtual device system
+    // sound is recorded from the default output itself.
     static QString getAudioDeviceNameWithAudioDeviceType(int type);
 
     // False when there is no recorder or it refuses; the reason is in the log. A missing virtual device is no failure:

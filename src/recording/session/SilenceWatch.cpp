@@ -53,6 +53,8 @@ foundation::Sentence likelyCauseOfSilence(RecordingSource source, const QString 
         return kSilentMicrophone(device);
     }
     const QString output = ZQAudioKextKit::getDefaultAudioOutputName();
+    if (!ZQAudioKextKit::availableSVAD())
+        return kSilentPlayer(output.isEmpty() ? device : output);
     if (output != ZQAudioKextKit::getSystemSoundDeviceName())
         return kSilentRoute(ZQAudioKextKit::getSystemSoundDeviceName(), output);
     // The person knows the output that is heard, not the device that stands in for it.

@@ -1,6 +1,7 @@
 #include "recording/session/StartConditions.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "platform/hal/HardwareSystem.h"
 #include "recording/session/RecordingJournal.h"
 #include "recording/session/RecordingNames.h"
 #include "recording/session/RecordingSessionView.h"
@@ -19,7 +20,7 @@ namespace {
 
 constexpr foundation::SentenceKey kCannotWriteTo("CannotWriteTo", "Folder");
 constexpr foundation::SentenceKey kDiskFull("DiskFull", "Folder");
-constexpr foundation::SentenceKey kNoVirtualDevice("NoVirtualDevice");
+constexpr foundation::SentenceKey kNoServer("NoServer");
 constexpr foundation::SentenceKey kNoMicrophone("NoMicrophone");
 constexpr foundation::SentenceKey kNotJoined("NotJoined");
 constexpr foundation::SentenceKey kNameFirst("NameFirst");
@@ -38,10 +39,13 @@ std::optional<Failure> folderTrouble(const QString &folder) {
 }
 
 std::optional<Failure> deviceTrouble(RecordingSource source) {
-    // What is remembered of the real devices follows the person's choice up to now.
-    const bool hasVirtual = ZQAudioKextKit::activateSVAD();
-    if (includesSystemSound(source) && !hasVirtual)
-        return Failure{kNoVirtualDevice(), QStringLiteral("no virtual device")};
+    if (const auto reached = hal::HardwareSystem::reach(); !reached)
+        return Failure{kNoServer(), reached.failure().detail};
+    // What is remembered of the real devices follows the person's choice up to now. Without a virtual device system
+    // sound is recorded from the output itself.
+    (void)ZQAudioKextKit::activateSVAD();
+    if (includesSystemSound(source) && !ZQAudioKextKit::systemSoundDevice())
+        return Failure{kNoSystemSound(), QStringLiteral("no virtual device and no output")};
     if (includesMicrophone(source) && ZQAudioKextKit::getDefaultAudioInputName().isEmpty())
         return Failure{kNoMicrophone(), QStringLiteral("no default input")};
     if (source != RecordingSource::Both)

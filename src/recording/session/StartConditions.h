@@ -7,6 +7,7 @@
 namespace cantorel {
 
 inline constexpr foundation::SentenceKey kAnotherRecorder("AnotherRecorder");
+inline constexpr foundation::SentenceKey kNoSystemSound("NoSystemSound");
 
 class RecordingJournal;
 class RecordingSessionView;

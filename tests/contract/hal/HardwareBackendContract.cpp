@@ -19,6 +19,7 @@ constexpr std::size_t kEnough = 24000; // frames that have to come through witho
 const QString kOutput = QStringLiteral("builtin_output");
 const QString kMicrophone = QStringLiteral("builtin_microphone");
 const QString kLoopback = QStringLiteral("Tessolar_AudioDevice");
+const QString kMonitor = QLatin1String(kOutputMonitorUid);
 
 // Keeps what its stream brings, up to a bound, and plays stamps.
 struct Client : StreamClient {
@@ -218,6 +219,28 @@ TEST_P(HardwareContract, LoopbackGivesBackWhatProgramsPlayWhateverItsLoudness) {
     EXPECT_TRUE(world->until([&] { return client.run() > kEnough; })) << client.run();
 }
 
+TEST_P(HardwareContract, OutputMonitorGivesBackWhatTheDefaultOutputPlaysWhicheverThatIs) {
+    constexpr std::int64_t kFar = 4000000;
+    world->plug("usb_output", Direction::Output);
+    ASSERT_TRUE(world->until([&] { return isThere("usb_output"); }));
+    ASSERT_TRUE(backend.setConfiguredDefault(Direction::Output, kOutput, std::nullopt));
+    ASSERT_TRUE(backend.setGains(kOutput, Direction::Output, {0.25f, 0.25f}));
+    Client client, second;
+    EXPECT_FALSE(backend.openStream(playing(kMonitor), client));
+    auto stream = backend.openStream(reading(kMonitor), client);
+    ASSERT_TRUE(stream);
+    const auto program = world->play(kOutput, 0);
+    EXPECT_TRUE(world->until([&] { return client.run() > kEnough; })) << client.run();
+    const auto other = world->play("usb_output", kFar);
+    EXPECT_EQ(client.endings, 0u) << "what others play, and where, is no change";
+    ASSERT_TRUE(backend.setConfiguredDefault(Direction::Output, QString("usb_output"), std::nullopt));
+    EXPECT_TRUE(world->until([&] { return client.endings == 1; }));
+    stream = backend.openStream(reading(kMonitor), second);
+    ASSERT_TRUE(stream);
+    EXPECT_TRUE(world->until([&] { return second.run() > kEnough; })) << second.run();
+    EXPECT_GT(test::stampOf(second.kept[second.count / 2 * 2 - 2]), kFar);
+}
+
 TEST_P(HardwareContract, FollowerRunsInsideItsLeadersCyclesAndGoesOnAlone) {
     Client leader, follower;
     follower.leader = &leader;
@@ -268,9 +291,9 @@ TEST_P(HardwareContract, VanishedDeviceEndsItsStreamOnceAndNoOtherTakesItsPlace)
 
 TEST_P(HardwareContract, AggregateHasItsMembersChannelsInOrder) {
     constexpr std::int64_t kFar = 4000000;
-    for (const bool microphoneFirst : {true, false}) {
-        const QStringList members =
-            microphoneFirst ? QStringList{kMicrophone, kLoopback} : QStringList{kLoopback, kMicrophone};
+    const QStringList orders[] = {{kMicrophone, kLoopback}, {kLoopback, kMicrophone}, {kMicrophone, kMonitor}};
+    for (const QStringList &members : orders) {
+        const bool microphoneFirst = members[0] == kMicrophone;
         ASSERT_TRUE(backend.makeAggregate({"test.both", "Both", members, kMicrophone}));
         EXPECT_EQ(record("test.both").input.channels, 4) << "there when the call returns";
         EXPECT_EQ(record("test.both").output.channels, 0);
@@ -279,7 +302,7 @@ TEST_P(HardwareContract, AggregateHasItsMembersChannelsInOrder) {
         const auto stream = backend.openStream(reading("test.both"), client);
         ASSERT_TRUE(stream);
         const auto voice = world->feed(kMicrophone, 0);
-        const auto program = world->play(kLoopback, kFar);
+        const auto program = world->play(members.contains(kMonitor) ? kOutput : kLoopback, kFar);
         EXPECT_TRUE(world->until([&] { return client.run(0) > kEnough && client.run(2) > kEnough; }))
             << client.run(0) << " " << client.run(2);
         const std::size_t end = client.count / 4 - 1;

@@ -51,6 +51,21 @@ TEST_F(LaunchTest, FollowsTheFixedOrderAndFrontsTheWindowTwiceAfterTwoSeconds) {
     EXPECT_TRUE(calls.take().isEmpty());
 }
 
+TEST_F(LaunchTest, WithoutASoundServerTheDeviceIsActivatedOnceOneHasCome) {
+    world.backend->loseServer(true);
+    QCoreApplication::processEvents();
+    launch();
+    const qsizetype before = kLaunch.indexOf("initCaptureSession");
+    EXPECT_EQ(calls.take(), kLaunch.first(before));
+    for (const QStringList &expected : {kLaunch.mid(before), QStringList()}) {
+        world.backend->loseServer(false);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(calls.take(), expected);
+        world.backend->loseServer(true);
+        QCoreApplication::processEvents();
+    }
+}
+
 TEST_F(LaunchTest, ADialogKeepsTheFocusWhenTheWindowComesToTheFrontAgain) {
     launch();
     calls.take();
@@ -234,6 +249,7 @@ TEST_F(LaunchTest, TheAggregateThatARecordingHasMadeIsNotMadeAgain) {
 
 TEST_F(MissingDriverTest, AnAggregateThatCannotBeMadeIsNeitherSavedNorTold) {
     AppSettings::setAudioType(2);
+    world.backend->unplug("builtin_output"); // whose sound would take the virtual device's place
     launch();
     background.runAll();
     calls.take();

@@ -5,6 +5,8 @@
 #include "tests/support/Sound.h"
 #include "tests/support/StampedSound.h"
 
+#include <QElapsedTimer>
+
 namespace cantorel {
 namespace {
 
@@ -32,7 +34,6 @@ double usualAmplitude(const std::vector<float> &samples) {
 } // namespace
 
 TEST_F(RecordProgramTest, FaultsEndInOneSentenceAndTheirStatus) {
-    const QStringList system{"--backend", "embedded", "--source", "system", "--seconds", "0.3"};
     const struct {
         QStringList options, environment;
         int status;
@@ -51,7 +52,6 @@ TEST_F(RecordProgramTest, FaultsEndInOneSentenceAndTheirStatus) {
         {mSoftware + QStringList{"--louder"}, {}, 2, "louder", false},
         {mSoftware + QStringList{"--play", "/no/such"}, {}, 2, "/no/such", false},
         {mSoftware + QStringList{"--play", CANTOREL_CLI}, {}, 1, "cantorel-cli", false},
-        {system, {}, 1, "cantorel-cli driver install", false},
     };
     for (const auto &[options, environment, status, sentence, kept] : cases) {
         SCOPED_TRACE((options + environment).join(' ').toStdString());
@@ -111,6 +111,51 @@ TEST_F(RecordProgramTest, SignalsAndCrashesGiveTheDevicesBackAndLoseNothing) {
         EXPECT_NEAR(20 * std::log10(usualAmplitude(samples) / testing::kToneAmplitude), 0, 0.1) << "dB";
     }
     test::finish(*player);
+}
+
+TEST_F(RecordProgramTest, WithoutTheVirtualDeviceTheOutputItselfIsRecordedFollowedAndLeftAlone) {
+    PrivateWorld::Options options;
+    options.virtualDevice = false;
+    options.moreSinks = {"headset=Headset"};
+    const PrivateWorld world(options);
+    ASSERT_TRUE(world.ready());
+    const QString sound = QDir::homePath() + "/sound.wav";
+    test::writeWav(sound, testing::tone(48000 * 60, 48000));
+    const auto player = world.start("pw-cat", {"-p", sound});
+    const auto isDefault = [&](const char *node) { return world.metadata("default.audio.sink").contains(node); };
+    for (const char *source : {"system", "both"}) {
+        SCOPED_TRACE(source);
+        auto run = start({"--source", source, "--format", "4"});
+        ASSERT_TRUE(run->begins()) << run->error.constData();
+        EXPECT_TRUE(isDefault("builtin_output") && world.metadata("default.configured.audio.sink").isEmpty());
+        QElapsedTimer since;
+        since.start();
+        world.choose("audio.sink", "headset");
+        EXPECT_TRUE(eventually([&] { return isDefault("headset"); }));
+        eventually([] { return false; }, 2500);
+        const double least = static_cast<double>(since.elapsed()) / 1000 - 0.3;
+        run->signal(SIGINT);
+        EXPECT_EQ(run->status(), 130) << run->error.constData();
+        EXPECT_TRUE(isDefault("headset")) << "as the person has chosen";
+        const std::vector<float> samples = testing::decoded(run->event("finished")["file"].toString());
+        EXPECT_GT(static_cast<double>(samples.size()) / 2 / 44100, least) << "the hole is filled";
+        EXPECT_NEAR(20 * std::log10(usualAmplitude(samples) / testing::kToneAmplitude), 0, 0.1) << "dB";
+        run = start({"--source", source});
+        ASSERT_TRUE(run->begins()) << run->error.constData();
+        run->signal(SIGKILL);
+        run->status();
+        for (const char *node : {"cantorel-capture", "com.tessolar.Cantorel.AggregateDevice"})
+            EXPECT_TRUE(eventually([&] { return world.idOf(node).isEmpty(); })) << node;
+        EXPECT_TRUE(isDefault("headset"));
+        world.choose("audio.sink", "");
+        world.choose("audio.sink", "builtin_output");
+        world.choose("audio.sink", "");
+        EXPECT_TRUE(eventually([&] { return isDefault("builtin_output"); }));
+    }
+    test::finish(*player);
+    EXPECT_TRUE(
+        world.run(CANTOREL_CLI, {"record", "--source", "system", "--seconds", "0.3", "--folder", mFolder.path()})
+            .contains("cantorel-cli driver install"));
 }
 
 // A log-out ends everything of a session at once, the guard of the devices first, and nobody reads what is printed.

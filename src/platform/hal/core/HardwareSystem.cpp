@@ -30,6 +30,10 @@ foundation::Clock &HardwareSystem::clock() {
     return gSystem ? gSystem->mBackend->clock() : wall;
 }
 
+foundation::Result<void> HardwareSystem::reach(foundation::Clock::Duration patience) {
+    return gSystem ? gSystem->mBackend->reach(patience) : foundation::Result<void>();
+}
+
 OSStatus HardwareSystem::borrowDefault(Direction direction, AudioObjectID device) {
     return gObjects ? gObjects->borrowDefault(direction, device) : OSStatus(kAudioHardwareNotRunningError);
 }

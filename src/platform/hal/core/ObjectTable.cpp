@@ -3,6 +3,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace cantorel::hal {
 
@@ -10,6 +11,7 @@ namespace {
 
 using Lock = std::lock_guard<std::recursive_mutex>;
 
+constexpr const char *kOutputMonitorName = "Default Output";
 constexpr int kRetryMilliseconds = 500;
 constexpr std::chrono::milliseconds kWatchInterval(250);
 
@@ -49,6 +51,7 @@ ObjectTable::ObjectTable(HardwareBackend &backend, const QString &stateFolder)
     for (const Direction direction : {Direction::Input, Direction::Output})
         choiceOf(direction).recover();
     sync();
+    announceServer();
 }
 
 ObjectTable::~ObjectTable() {
@@ -71,6 +74,7 @@ void ObjectTable::deliver() {
         for (const Direction direction : {Direction::Input, Direction::Output})
             choiceOf(direction).settle();
         sync();
+        announceServer();
         if (takeUpStreams())
             QTimer::singleShot(kRetryMilliseconds, this, [this] { schedule(); });
         calls = mListeners.takeCalls();
@@ -120,9 +124,28 @@ void ObjectTable::announce(AudioObjectID object, AudioObjectPropertySelector sel
     mListeners.changed({object, {selector, scope, element}});
 }
 
+// The backend's devices, and the monitor of the default output as long as there is one.
+std::vector<DeviceRecord> ObjectTable::records() const {
+    std::vector<DeviceRecord> records = mBackend.devices();
+    const QString uid = mBackend.defaultDevice(Direction::Output);
+    const auto output =
+        std::find_if(records.begin(), records.end(), [&](const DeviceRecord &record) { return record.uid == uid; });
+    if (output == records.end())
+        return records;
+    DeviceRecord monitor;
+    monitor.uid = QLatin1String(kOutputMonitorUid);
+    monitor.name = QLatin1String(kOutputMonitorName);
+    monitor.sampleRate = output->sampleRate;
+    monitor.cycleFrames = output->cycleFrames;
+    monitor.safetyOffsetFrames = output->safetyOffsetFrames;
+    monitor.input.channels = kOutputMonitorChannels;
+    records.push_back(monitor);
+    return records;
+}
+
 void ObjectTable::sync() {
     const std::vector<Device> before = mDevices.present();
-    mDevices.update(mBackend.devices());
+    mDevices.update(records());
     for (auto &[id, io] : mIO) {
         io.sweep();
         for (const Device &device : mDevices.present()) {
@@ -147,6 +170,13 @@ void ObjectTable::sync() {
     mSynced = true;
     if (mListeners.hasChanges())
         schedule();
+}
+
+void ObjectTable::announceServer() {
+    const auto reached = mBackend.reach({});
+    const QString trouble = reached ? QString() : reached.failure().detail;
+    if (std::exchange(mTrouble, trouble) != trouble)
+        announce(kAudioObjectSystemObject, kAudioHardwarePropertyServiceRestarted);
 }
 
 void ObjectTable::announceDifferences(const std::vector<Device> &before) {
@@ -213,8 +243,10 @@ std::optional<PropertyValue> ObjectTable::systemProperty(const AudioObjectProper
     switch (address.mSelector) {
     case kAudioHardwarePropertyDevices: {
         std::vector<AudioObjectID> ids;
-        for (const Device &device : mDevices.present())
-            ids.push_back(device.id);
+        for (const Device &device : mDevices.present()) {
+            if (device.record.uid != QLatin1String(kOutputMonitorUid)) // Who knows its UID finds it.
+                ids.push_back(device.id);
+        }
         return PropertyValue::ofArray(ids);
     }
     case kAudioHardwarePropertyDefaultInputDevice:

@@ -50,7 +50,9 @@ public:
 private:
     // All below expect the lock to be held, but for schedule().
     void sync();
+    std::vector<DeviceRecord> records() const;
     void announceDifferences(const std::vector<Device> &before);
+    void announceServer();
     void announce(AudioObjectID object, AudioObjectPropertySelector selector,
                   AudioObjectPropertyScope scope = kAudioObjectPropertyScopeGlobal,
                   AudioObjectPropertyElement element = 0);
@@ -84,6 +86,7 @@ private:
     std::map<AudioObjectID, DeviceIO> mIO;
     AudioObjectID mDefaults[2] = {0, 0};       // as last told: input, output
     std::unique_ptr<foundation::Timer> mWatch; // while procedures run
+    QString mTrouble;                          // why there is no sound, as last told; empty while a server carries it
     bool mSynced = false;
     std::uintptr_t mNextProcID = 1;
     std::atomic<bool> mScheduled{false};

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace cantorel::hal {
 
@@ -104,7 +105,21 @@ bool EmbeddedBackend::isComplete(const SoftwareDevice &device) const {
     return device.members.empty()
            || (!device.widths.empty()
                && std::any_of(device.members.begin(), device.members.end(),
-                              [this](const QString &uid) { return find(uid) != nullptr; }));
+                              [this](const QString &uid) { return isThere(uid); }));
+}
+
+bool EmbeddedBackend::isThere(const QString &uid) const {
+    if (uid == QLatin1String(kOutputMonitorUid))
+        return !defaultUid(Direction::Output).isEmpty();
+    const SoftwareDevice *device = mServerIsLost ? nullptr : find(uid);
+    return device && isComplete(*device);
+}
+
+int EmbeddedBackend::inputChannelsOf(const QString &uid) const {
+    if (uid == QLatin1String(kOutputMonitorUid))
+        return kOutputMonitorChannels;
+    const SoftwareDevice *device = find(uid);
+    return device ? device->record.input.channels : 0;
 }
 
 void EmbeddedBackend::announce() const {
@@ -129,13 +144,15 @@ std::vector<DeviceRecord> EmbeddedBackend::devices() const {
     const Lock lock(mMutex);
     std::vector<DeviceRecord> records;
     for (const auto &device : mDevices) {
-        if (isComplete(*device))
+        if (isThere(device->record.uid))
             records.push_back(device->record);
     }
     return records;
 }
 
 QString EmbeddedBackend::defaultUid(Direction direction) const {
+    if (mServerIsLost)
+        return {};
     const auto fits = [&](const SoftwareDevice &device) {
         return (direction == Direction::Input ? device.record.input : device.record.output).channels > 0;
     };
@@ -157,12 +174,12 @@ QString EmbeddedBackend::defaultDevice(Direction direction) const {
 
 std::optional<QString> EmbeddedBackend::configuredDefault(Direction direction) const {
     const Lock lock(mMutex);
-    return mKeepsDefaults ? mConfigured[index(direction)] : std::nullopt;
+    return keepsDefaults() ? mConfigured[index(direction)] : std::nullopt;
 }
 
 bool EmbeddedBackend::keepsDefaults() const {
     const Lock lock(mMutex);
-    return mKeepsDefaults;
+    return mKeepsDefaults && !mServerIsLost;
 }
 
 void EmbeddedBackend::keepDefaults(bool keep) {
@@ -177,11 +194,11 @@ bool EmbeddedBackend::setConfiguredDefault(Direction direction, const DefaultSet
                                            const std::optional<DefaultSetting> &) {
     {
         const Lock lock(mMutex);
-        if (!mKeepsDefaults)
+        if (!keepsDefaults())
             return false;
         mConfigured[index(direction)] = setting.choice;
     }
-    announce();
+    worldChanged();
     return true;
 }
 
@@ -233,9 +250,10 @@ std::unique_ptr<DeviceStream> EmbeddedBackend::openStream(const StreamRequest &r
     SoftwareStream *opened = nullptr;
     {
         const Lock lock(mMutex);
-        const SoftwareDevice *device = find(request.uid);
-        if (!device || device->stalls || !isComplete(*device) || (request.input && device->record.input.channels == 0)
-            || (request.output && device->record.output.channels == 0))
+        const bool isMonitor = request.uid == QLatin1String(kOutputMonitorUid);
+        const SoftwareDevice *device = find(isMonitor ? defaultUid(Direction::Output) : request.uid);
+        if (!device || device->stalls || !isThere(request.uid) || (request.input && inputChannelsOf(request.uid) == 0)
+            || (request.output && (isMonitor || device->record.output.channels == 0)))
             return nullptr;
         auto stream = std::make_unique<SoftwareStream>();
         stream->uid = request.uid;
@@ -272,8 +290,7 @@ bool EmbeddedBackend::makeAggregate(const AggregateSpec &spec) {
     }
     plug(std::move(device));
     const Lock lock(mMutex);
-    const SoftwareDevice *made = find(spec.uid);
-    return made && !made->widths.empty();
+    return isThere(spec.uid);
 }
 
 void EmbeddedBackend::removeAggregate(const QString &uid) { unplug(uid); }
@@ -292,30 +309,54 @@ void EmbeddedBackend::plug(SoftwareDevice device) {
                          [](const auto &a, const auto &b) { return orderOf(*a) < orderOf(*b); });
         widenAggregates();
     }
-    announce();
+    worldChanged();
     mClock->wake();
 }
 
 void EmbeddedBackend::widenAggregates() {
     for (const auto &device : mDevices) {
-        const auto isThere = [this](const QString &uid) { return find(uid) != nullptr; };
-        if (!device->widths.empty() || !std::all_of(device->members.begin(), device->members.end(), isThere))
+        const auto isMemberThere = [this](const QString &uid) { return isThere(uid); };
+        if (!device->widths.empty() || !std::all_of(device->members.begin(), device->members.end(), isMemberThere))
             continue;
         for (const QString &member : device->members) {
-            device->widths.push_back(find(member)->record.input.channels);
+            device->widths.push_back(inputChannelsOf(member));
             device->record.input.channels += device->widths.back();
         }
     }
 }
 
 void EmbeddedBackend::unplug(const QString &uid) {
-    std::vector<StreamClient *> orphans;
     {
         const Lock lock(mMutex);
         std::erase_if(mDevices, [&](const auto &device) { return device->record.uid == uid; });
+    }
+    worldChanged();
+}
+
+void EmbeddedBackend::loseServer(bool lost) {
+    {
+        const Lock lock(mMutex);
+        mServerIsLost = lost;
+    }
+    worldChanged();
+}
+
+foundation::Result<void> EmbeddedBackend::reach(Clock::Duration) {
+    const Lock lock(mMutex);
+    if (!mServerIsLost)
+        return {};
+    return foundation::Failure{QStringLiteral("The software devices are away."), QStringLiteral("away")};
+}
+
+// Ends the streams of what is not there any more, and those of the monitor when another output is the default.
+void EmbeddedBackend::worldChanged() {
+    std::vector<StreamClient *> orphans;
+    {
+        const Lock lock(mMutex);
+        const QString before = std::exchange(mMonitored, defaultUid(Direction::Output));
         for (const auto &stream : mStreams) {
-            const SoftwareDevice *device = find(stream->uid);
-            if (!stream->ended && (!device || !isComplete(*device))) {
+            const bool moved = stream->uid == QLatin1String(kOutputMonitorUid) && before != mMonitored;
+            if (!stream->ended && (moved || !isThere(stream->uid))) {
                 stream->ended = true;
                 orphans.push_back(stream->client);
             }

@@ -20,6 +20,7 @@ public:
     ~EmbeddedBackend() override;
 
     QString name() const override { return QStringLiteral("embedded"); }
+    foundation::Result<void> reach(foundation::Clock::Duration patience) override;
     foundation::Clock &clock() override { return *mClock; }
     std::vector<DeviceRecord> devices() const override;
     QString defaultDevice(Direction direction) const override;
@@ -45,6 +46,8 @@ public:
     void setTap(const QString &uid, SoundTap tap);
     // Its streams stop delivering sound without saying so, and no new stream can be opened.
     void stall(const QString &uid, bool stalls);
+    // As where no sound server answers: there are no devices, and streams end.
+    void loseServer(bool lost);
     // Without the part of a server that keeps choices, which are what they were when it is back.
     void keepDefaults(bool keep);
     // Another program that plays: to the device, or with an empty UID to the default output wherever that is. Ends with
@@ -73,6 +76,10 @@ private:
     void widenAggregates();
     void refreshLoopback() const;
     void announce() const;
+    void worldChanged();
+    bool isThere(const QString &uid) const;
+    int inputChannelsOf(const QString &uid) const;
+    std::vector<float> lastHeard(const QString &uid) const;
 
     std::shared_ptr<DeviceClock> mClock;
     const std::function<bool()> mLoopbackInstalled;
@@ -84,6 +91,8 @@ private:
     std::vector<std::shared_ptr<Program>> mPrograms;
     std::optional<QString> mConfigured[2];
     bool mKeepsDefaults = true;
+    bool mServerIsLost = false;
+    QString mMonitored; // the default output as known last
     // Held while the listener is told, so that ending the subscription waits for it.
     mutable std::recursive_mutex mListenerMutex;
     std::function<void()> mChanged;

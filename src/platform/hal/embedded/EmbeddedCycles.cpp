@@ -8,6 +8,19 @@ namespace cantorel::hal {
 
 using foundation::Clock;
 
+namespace {
+
+// The first two channels, or the only one twice.
+std::vector<float> frontPair(const std::vector<float> &samples, int channels) {
+    std::vector<float> pair;
+    const auto width = static_cast<std::size_t>(channels);
+    for (std::size_t frame = 0; frame + width <= samples.size(); frame += width)
+        pair.insert(pair.end(), {samples[frame], samples[frame + (width > 1 ? 1 : 0)]});
+    return pair;
+}
+
+} // namespace
+
 // Devices rest while nobody listens and nobody plays, and begin at the moment somebody does.
 void EmbeddedBackend::beginIfIdle() {
     if (!mStreams.empty() || !mPrograms.empty())
@@ -15,6 +28,7 @@ void EmbeddedBackend::beginIfIdle() {
     for (const auto &device : mDevices) {
         device->start = mClock->now();
         device->position = 0;
+        device->played.clear();
     }
 }
 
@@ -50,7 +64,21 @@ void EmbeddedBackend::runCycle(SoftwareDevice &device, Clock::Duration now) {
     // A device with both sides whose stream plays as well has mixed by now.
     if (device.record.output.channels > 0 && device.tap && !device.record.isLoopback)
         device.tap(device.played, device.record.output.channels, device.position);
+    for (const auto &stream : mStreams) {
+        if (!stream->ended && stream->uid == QLatin1String(kOutputMonitorUid) && device.record.uid == mMonitored)
+            runStream(*stream, lastHeard(stream->uid).data(), nullptr, frames, hostTime);
+    }
     device.position += frames;
+}
+
+// The last cycle that can be read from a device; nothing while it is away.
+std::vector<float> EmbeddedBackend::lastHeard(const QString &uid) const {
+    if (!isThere(uid))
+        return {};
+    if (uid != QLatin1String(kOutputMonitorUid))
+        return find(uid)->heard;
+    const SoftwareDevice &output = *find(defaultUid(Direction::Output));
+    return frontPair(output.played, output.record.output.channels);
 }
 
 void EmbeddedBackend::playInto(SoftwareDevice &device, std::uint32_t frames) {
@@ -96,12 +124,12 @@ void EmbeddedBackend::readFrom(SoftwareDevice &device, std::uint32_t frames, std
     } else if (!device.members.empty()) {
         std::size_t first = 0;
         for (std::size_t i = 0; i < device.members.size() && i < device.widths.size(); ++i) {
-            const SoftwareDevice *member = find(device.members[i]); // null: silence
-            const std::size_t width = member ? static_cast<std::size_t>(member->record.input.channels) : 0;
+            const std::vector<float> member = lastHeard(device.members[i]);
+            const auto width = static_cast<std::size_t>(inputChannelsOf(device.members[i]));
             const std::size_t kept = std::min(width, static_cast<std::size_t>(device.widths[i]));
-            const std::size_t have = width > 0 ? std::min<std::size_t>(frames, member->heard.size() / width) : 0;
+            const std::size_t have = width > 0 ? std::min<std::size_t>(frames, member.size() / width) : 0;
             for (std::size_t frame = 0; frame < have; ++frame)
-                std::copy_n(&member->heard[frame * width], kept, &device.heard[frame * channels + first]);
+                std::copy_n(&member[frame * width], kept, &device.heard[frame * channels + first]);
             first += static_cast<std::size_t>(device.widths[i]);
         }
     } else if (device.source) {

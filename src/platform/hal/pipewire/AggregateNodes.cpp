@@ -10,10 +10,13 @@ namespace {
 // The ports that give a device's input side, in order; empty while it is not there.
 std::vector<std::uint32_t> inputSideOf(const PipeWireGraph &graph, const QString &uid) {
     std::vector<std::uint32_t> ports;
-    if (const GraphNode *node = graph.nodeNamed(uid)) {
+    if (const GraphNode *node = graph.nodeBehind(uid)) {
         for (const GraphPort &port : graph.portsOf(node->id, false))
             ports.push_back(port.id);
     }
+    // Links mix nothing down: of an output with more channels the front ones are taken.
+    if (uid == QLatin1String(kOutputMonitorUid) && !ports.empty())
+        ports.resize(kOutputMonitorChannels, ports.front());
     return ports;
 }
 
@@ -156,6 +159,12 @@ void AggregateNodes::maintain(Aggregate &aggregate, PipeWireGraph &graph) {
     aggregate.complete = aggregate.links.size() == ports->size()
                          && std::find(ports->begin(), ports->end(), SPA_ID_INVALID) == ports->end()
                          && graph.portsOf(node->id, false).size() == ports->size();
+}
+
+bool AggregateNodes::joins(const QString &uid, const char *member) const {
+    return std::any_of(mAggregates.begin(), mAggregates.end(), [&](const auto &other) {
+        return other->spec.uid == uid && other->spec.subDeviceUids.contains(QLatin1String(member));
+    });
 }
 
 bool AggregateNodes::isComplete(const QString &uid) const {

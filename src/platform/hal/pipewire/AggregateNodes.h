@@ -15,6 +15,8 @@ public:
     // Makes what is missing and removes what has lost a member; called whenever the graph has changed. The links follow
     // the node's ports, so that a device takes several changes to be complete.
     void maintain(PipeWireGraph &graph);
+    // Whether it is an aggregate with that member.
+    bool joins(const QString &uid, const char *member) const;
     // Whether the device is there with the links of all members.
     bool isComplete(const QString &uid) const;
     // The server is gone, and what we made on it.

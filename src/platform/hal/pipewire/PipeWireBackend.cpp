@@ -25,11 +25,17 @@ constexpr foundation::SentenceKey kNoSoundServer("NoSoundServer");
 constexpr foundation::SentenceKey kSoundElsewhere("SoundElsewhere");
 constexpr foundation::SentenceKey kSoundServerMute("SoundServerMute");
 
-constexpr auto kReconnectPause = std::chrono::milliseconds(100);
+// A server is looked for again after a tenth of the time that it has been away for, within these bounds.
+constexpr std::chrono::nanoseconds kShortestPause = std::chrono::milliseconds(100);
+constexpr std::chrono::nanoseconds kLongestPause = std::chrono::seconds(1);
 constexpr auto kSettlePatience = std::chrono::seconds(2);
 constexpr auto kNewsPatience = std::chrono::milliseconds(200);
 constexpr int kAttempts = 15;
 constexpr auto kNewcomerPause = std::chrono::milliseconds(100); // by then it has introduced itself
+
+bool hasRuntimeFolder() {
+    return !qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR") || !qEnvironmentVariableIsEmpty("PIPEWIRE_RUNTIME_DIR");
+}
 
 std::uint32_t channelNumber(const QString &name) {
     for (const spa_type_info *info = spa_type_audio_channel; info->name; ++info) {
@@ -44,18 +50,15 @@ std::uint32_t channelNumber(const QString &name) {
 PipeWireBackend::PipeWireBackend(QStringList loopbackNames) : mLoopbackNames(std::move(loopbackNames)) {
     pw_init(nullptr, nullptr);
     mLoop.reset(pw_thread_loop_new("pipewire-loop", nullptr));
-    // This configuration alone has the module that makes the data thread a real-time one.
-    mContext.reset(pw_context_new(pw_thread_loop_get_loop(mLoop.get()),
-                                  pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0));
+    makeContext();
     pw_thread_loop_start(mLoop.get());
+    mKeeper = std::jthread([this](const std::stop_token &stopping) { keep(stopping); });
 }
 
 PipeWireBackend::~PipeWireBackend() {
     subscribe({});
-    if (mKeeper.joinable()) {
-        mKeeper.request_stop();
-        mKeeper.join();
-    }
+    mKeeper.request_stop();
+    mKeeper.join();
     {
         const LoopLock lock(mLoop.get());
         dropServer();
@@ -64,49 +67,41 @@ PipeWireBackend::~PipeWireBackend() {
     pw_thread_loop_stop(mLoop.get());
 }
 
+// This configuration alone has the module that makes the data thread a real-time one.
+void PipeWireBackend::makeContext() {
+    mContext.reset(pw_context_new(pw_thread_loop_get_loop(mLoop.get()),
+                                  pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0));
+}
+
 Result<std::unique_ptr<PipeWireBackend>> PipeWireBackend::connect(Clock::Duration patience,
                                                                   const QStringList &loopbackNames) {
-    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR") && qEnvironmentVariableIsEmpty("PIPEWIRE_RUNTIME_DIR"))
-        return explain();
-    std::unique_ptr<PipeWireBackend> backend(new PipeWireBackend(loopbackNames)); // Its constructor is private.
-    if (!backend->mContext)
-        return explainConfiguration();
-    const Clock::Duration deadline = backend->mClock.now() + patience;
-    while (true) {
-        {
-            const LoopLock lock(backend->mLoop.get());
-            const Clock::Duration left = deadline - backend->mClock.now();
-            const bool met = backend->mCore || backend->connectToServer();
-            if (!met && errno == ENOTSUP)
-                return explainConfiguration(); // It names none of the modules that speak to a server.
-            if (met && backend->waitUntil([&] { return backend->mLost || backend->carriesSound(); }, left)
-                && !backend->mLost)
-                break;
-            if (backend->mLost)
-                backend->dropServer();
-        }
-        if (backend->mClock.now() >= deadline)
-            return explain();
-        backend->mClock.sleepFor(kReconnectPause);
-    }
-    backend->mKeeper = std::jthread([raw = backend.get()](const std::stop_token &stopping) { raw->keep(stopping); });
+    auto backend = std::make_unique<PipeWireBackend>(loopbackNames);
+    if (const auto reached = backend->reach(patience); !reached)
+        return reached.failure();
     return backend;
 }
 
-Failure PipeWireBackend::explainConfiguration() {
+Result<void> PipeWireBackend::reach(Clock::Duration patience) {
+    const bool waits = patience > Clock::Duration::zero();
+    if (waits)
+        graphChanged(); // The keeper looks at once.
+    const LoopLock lock(mLoop.get());
+    if (waits && hasRuntimeFolder())
+        (void)waitUntil([this] { return carriesSound() || !mContext; }, patience);
+    return carriesSound() ? Result<void>() : explain();
+}
+
+Failure PipeWireBackend::explain() const {
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    const QString ours = qEnvironmentVariable("PIPEWIRE_RUNTIME_DIR", runtime);
+    if (!hasRuntimeFolder())
+        return {kNoRuntimeFolder(), QStringLiteral("XDG_RUNTIME_DIR is not set")};
+    // Without any configuration the library is here alone, and no server.
     const QString own = foundation::configurationFolder() + QStringLiteral("/pipewire/client-rt.conf");
-    if (QFile::exists(own))
+    if (!mContext && QFile::exists(own))
         return {QStringLiteral("PipeWire can't be used because its configuration \"%1\" is damaged; mend or remove it.")
                     .arg(own),
                 QStringLiteral("no context")};
-    return explain(); // The library is here, but none of its configuration: so is no server.
-}
-
-Failure PipeWireBackend::explain() {
-    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    const QString ours = qEnvironmentVariable("PIPEWIRE_RUNTIME_DIR", runtime);
-    if (ours.isEmpty())
-        return {kNoRuntimeFolder(), QStringLiteral("XDG_RUNTIME_DIR is not set")};
     const bool pulse = QFile::exists(runtime + QStringLiteral("/pulse/native"));
     if (!QFile::exists(ours + QStringLiteral("/pipewire-0")) && !pulse)
         return {kNoSoundServer(), QStringLiteral("no socket in ") + ours};
@@ -123,9 +118,16 @@ bool PipeWireBackend::connectToServer() {
         return table;
     }();
     mLost = false;
-    mCore.reset(pw_context_connect(mContext.get(), nullptr, 0));
-    if (!mCore)
-        return false; // errno says why
+    if (!mContext)
+        makeContext();
+    if (mContext)
+        mCore.reset(pw_context_connect(mContext.get(), nullptr, 0));
+    if (!mCore) {
+        if (mContext && errno == ENOTSUP) // It names none of the modules that speak to a server.
+            mContext.reset();
+        pw_thread_loop_signal(mLoop.get(), false);
+        return false;
+    }
     pw_core_add_listener(mCore.get(), &mCoreHook.hook, &events, this);
     mGraph = std::make_unique<PipeWireGraph>(mCore.get(), mLoopbackNames, [this] { graphChanged(); });
     return true;
@@ -153,7 +155,7 @@ void PipeWireBackend::onCoreError(void *data, std::uint32_t id, int, int result,
 }
 
 bool PipeWireBackend::carriesSound() const {
-    return mGraph && mGraph->hasDefaults() && (mGraph->hasSettled() || !mGraph->devices().empty());
+    return mGraph && !mLost && mGraph->hasDefaults() && (mGraph->hasSettled() || !mGraph->devices().empty());
 }
 
 bool PipeWireBackend::waitUntil(const std::function<bool()> &condition, Clock::Duration patience) const {
@@ -209,7 +211,8 @@ void PipeWireBackend::keep(const std::stop_token &stopping) {
     using Moment = std::chrono::steady_clock::time_point;
     constexpr Moment kNever = Moment::max();
     // When to look for the server again, and to ask for what may have been missed.
-    Moment retry = kNever, refresh = kNever;
+    Moment awaySince = std::chrono::steady_clock::now();
+    Moment retry = awaySince, refresh = kNever;
     while (!stopping.stop_requested()) {
         bool changed = false;
         {
@@ -229,18 +232,24 @@ void PipeWireBackend::keep(const std::stop_token &stopping) {
         };
         if (isDue(retry) || changed) {
             const LoopLock lock(mLoop.get());
-            if (mLost)
+            if (mLost) {
                 dropServer();
-            if (!mCore && !connectToServer())
-                retry = now + kReconnectPause;
-            if (mGraph)
-                mAggregates.maintain(*mGraph);
-            if (mGraph && mGraph->takeUnlinking()) {
-                for (PipeWireStream *stream : mStreams)
-                    stream->endIfUnlinked(*mGraph);
+                awaySince = now;
             }
-            if (mGraph && mGraph->takeNewcomer())
-                refresh = std::min(refresh, now + kNewcomerPause);
+            // Nothing tells when a damaged configuration is mended; who asks for a server has it read again.
+            if (!mCore && !connectToServer() && mContext)
+                retry = now + std::clamp((now - awaySince) / 10, kShortestPause, kLongestPause);
+            if (mGraph) {
+                mAggregates.maintain(*mGraph);
+                const bool isUnlinking = mGraph->takeUnlinking();
+                for (PipeWireStream *stream : mStreams) {
+                    if (isUnlinking)
+                        stream->endIfUnlinked(*mGraph);
+                    stream->endIfDefaultMoved(*mGraph);
+                }
+                if (mGraph->takeNewcomer())
+                    refresh = std::min(refresh, now + kNewcomerPause);
+            }
         }
         if (isDue(refresh)) {
             const LoopLock lock(mLoop.get());
@@ -360,20 +369,27 @@ std::unique_ptr<DeviceStream> PipeWireBackend::openStream(const StreamRequest &r
     const LoopLock lock(mLoop.get());
     // Without a session manager nobody would link it.
     const bool canLink = mGraph && !mLost && mGraph->hasDefaults();
-    const GraphNode *node = canLink ? mGraph->nodeNamed(request.uid) : nullptr;
-    if (!node || (request.input && node->isSink() && !node->isLoopback) || (request.output && !node->isSink()))
+    const GraphNode *node = canLink ? mGraph->nodeBehind(request.uid) : nullptr;
+    const bool isMonitor = request.uid == QLatin1String(kOutputMonitorUid);
+    if (!node || (request.input && node->isSink() && !node->isLoopback && !isMonitor)
+        || (request.output && (isMonitor || !node->isSink())))
         return nullptr;
     PipeWireStream::Target target;
     target.nodeName = node->name;
     target.captureMonitor = node->isSink();
+    target.followsDefault = isMonitor;
     target.rate = mGraph->rate();
-    target.frames = request.preferredCycleFrames;
+    // While players move to another output, which both follow, a change of the cycle would leave them silent there.
+    target.frames = isMonitor || mAggregates.joins(request.uid, kOutputMonitorUid) ? 0 : request.preferredCycleFrames;
     target.input = request.input;
     target.output = request.output;
     for (const GraphPort &port : mGraph->portsOf(node->id, node->isSink()))
         target.positions.push_back(channelNumber(port.channel));
-    if (target.positions.empty())
+    target.ports = target.positions.size();
+    if (target.ports == 0)
         return nullptr;
+    if (isMonitor)
+        target.positions = {SPA_AUDIO_CHANNEL_FL, SPA_AUDIO_CHANNEL_FR};
 
     auto stream = std::make_unique<PipeWireStream>(*this, mCore.get(), std::move(target), client,
                                                    static_cast<PipeWireStream *>(request.leader));

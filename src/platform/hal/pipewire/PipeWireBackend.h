@@ -15,19 +15,22 @@ namespace cantorel::hal {
 // The devices of a PipeWire server. Safe from any thread but a real-time one.
 //
 // Threads: the library's loop thread receives the server's events and holds the loop's lock meanwhile; its real-time
-// thread "data-loop.0" runs the cycles; our own "pipewire-keeper" meets a server again that went away, asks
-// again for news that may have been missed, keeps the aggregates, and tells clients and the subscriber, holding no lock
-// while it does. Everything of the library is reached under the loop's lock; the keeper's own words under mKeeperMutex.
-// The loop's lock may be held when the other is taken, never the reverse.
+// thread "data-loop.0" runs the cycles; our own "pipewire-keeper" meets a server that is not there yet, or went away,
+// asks again for news that may have been missed, keeps the aggregates, and tells clients and the subscriber, holding no
+// lock while it does. Everything of the library is reached under the loop's lock; the keeper's own words under
+// mKeeperMutex. The loop's lock may be held when the other is taken, never the reverse.
 class PipeWireBackend : public HardwareBackend {
 public:
-    // Waits up to the patience given for a server that carries sound. Fails with one sentence that names the cause.
+    // Begins as after the loss of a server: reach() tells whether there is one.
     // loopbackNames: names of the sinks that are loopback devices, made by this or another program.
+    explicit PipeWireBackend(QStringList loopbackNames = {});
+    // A backend that has reached a server, or why there is none.
     static foundation::Result<std::unique_ptr<PipeWireBackend>> connect(foundation::Clock::Duration patience,
                                                                         const QStringList &loopbackNames = {});
     ~PipeWireBackend() override;
 
     QString name() const override { return QStringLiteral("pipewire"); }
+    foundation::Result<void> reach(foundation::Clock::Duration patience) override;
     foundation::Clock &clock() override { return mClock; }
     std::vector<DeviceRecord> devices() const override;
     QString defaultDevice(Direction direction) const override;
@@ -46,9 +49,8 @@ public:
 private:
     friend class PipeWireStream;
 
-    explicit PipeWireBackend(QStringList loopbackNames);
-
     // With the loop locked.
+    void makeContext();
     bool connectToServer();
     void dropServer();
     bool carriesSound() const;
@@ -58,8 +60,7 @@ private:
     // gone.
     bool waitForDefaults(const std::function<bool()> &condition) const;
     static void onCoreError(void *data, std::uint32_t id, int seq, int result, const char *message);
-    static foundation::Failure explain();
-    static foundation::Failure explainConfiguration();
+    foundation::Failure explain() const;
 
     // From the loop's thread or with the loop locked; only wakes the keeper.
     void graphChanged();
@@ -73,7 +74,7 @@ private:
     const QStringList mLoopbackNames;
     foundation::WallClock mClock;
     ThreadLoopHandle mLoop;
-    ContextHandle mContext;
+    ContextHandle mContext; // null while the library's configuration is damaged
     CoreHandle mCore;
     Hook mCoreHook;
     std::unique_ptr<PipeWireGraph> mGraph;

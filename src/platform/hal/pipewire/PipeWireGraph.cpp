@@ -299,6 +299,10 @@ const GraphNode *PipeWireGraph::nodeNamed(const QString &name) const {
     return bound ? &bound->node : nullptr;
 }
 
+const GraphNode *PipeWireGraph::nodeBehind(const QString &uid) const {
+    return nodeNamed(uid == QLatin1String(kOutputMonitorUid) ? defaultInForce(Direction::Output) : uid);
+}
+
 std::vector<GraphPort> PipeWireGraph::portsOf(std::uint32_t nodeId, bool inputs) const {
     std::vector<GraphPort> ports;
     for (const auto &[id, port] : mPorts) {

@@ -50,6 +50,8 @@ public:
     // The devices in the order of their UIDs.
     std::vector<DeviceRecord> devices() const;
     const GraphNode *nodeNamed(const QString &name) const;
+    // The node behind a UID: for that of the output's monitor the default output's.
+    const GraphNode *nodeBehind(const QString &uid) const;
     // The ports of a node, in order: those it takes sound by, or those it gives it by (its monitors for a sink).
     std::vector<GraphPort> portsOf(std::uint32_t nodeId, bool inputs) const;
     // How many of the node's ports on that side are linked to anything.

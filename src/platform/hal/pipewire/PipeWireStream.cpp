@@ -108,15 +108,18 @@ void PipeWireStream::connect(Half &half, pw_core *core, bool triggered) {
         table.process = onProcess;
         return table;
     }();
-    const QByteArray latency =
-        QByteArray::number(mTarget.frames) + '/' + QByteArray::number(static_cast<int>(mTarget.rate));
     const char *purpose = half.isCapture ? "Capture" : "Playback";
     pw_properties *properties = pw_properties_new(
         PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, purpose, PW_KEY_NODE_NAME,
         half.isCapture ? "cantorel-capture" : "cantorel-playback", PW_KEY_NODE_DESCRIPTION, "Cantorel", PW_KEY_APP_NAME,
-        "Cantorel", PW_KEY_TARGET_OBJECT, mTarget.nodeName.toUtf8().constData(), PW_KEY_NODE_LATENCY,
-        latency.constData(), PW_KEY_NODE_LOCK_QUANTUM, "true", PW_KEY_NODE_DONT_RECONNECT, "true", PW_KEY_NODE_GROUP,
-        groupName().constData(), PW_KEY_STREAM_DONT_REMIX, "true", nullptr);
+        "Cantorel", PW_KEY_TARGET_OBJECT, mTarget.nodeName.toUtf8().constData(), PW_KEY_NODE_LOCK_QUANTUM, "true",
+        PW_KEY_NODE_DONT_RECONNECT, "true", PW_KEY_NODE_GROUP, groupName().constData(), nullptr);
+    if (mTarget.frames > 0)
+        pw_properties_setf(properties, PW_KEY_NODE_LATENCY, "%u/%u", mTarget.frames,
+                           static_cast<unsigned>(mTarget.rate));
+    // Outputs that take each other's place may have other channels.
+    if (!mTarget.followsDefault)
+        pw_properties_set(properties, PW_KEY_STREAM_DONT_REMIX, "true");
     if (half.isCapture && mTarget.captureMonitor)
         pw_properties_set(properties, PW_KEY_STREAM_CAPTURE_SINK, "true");
     half.position.store(nullptr);
@@ -154,10 +157,15 @@ void PipeWireStream::end() {
 void PipeWireStream::endIfUnlinked(const PipeWireGraph &graph) {
     for (const Half *half : {&mCapture, &mPlayback}) {
         if (half->running
-            && graph.linkedPortsOf(pw_stream_get_node_id(half->stream.get()), half->isCapture)
-                   < mTarget.positions.size())
+            && graph.linkedPortsOf(pw_stream_get_node_id(half->stream.get()), half->isCapture) < mTarget.ports)
             end();
     }
+}
+
+void PipeWireStream::endIfDefaultMoved(const PipeWireGraph &graph) {
+    const QString output = graph.defaultInForce(Direction::Output); // empty where the news is still on its way
+    if (mTarget.followsDefault && !output.isEmpty() && output != mTarget.nodeName)
+        end();
 }
 
 void PipeWireStream::onState(void *data, pw_stream_state, pw_stream_state state, const char *) {

@@ -27,9 +27,11 @@ public:
     struct Target {
         QString nodeName;
         bool captureMonitor = false;          // the input side is a sink's monitor
+        bool followsDefault = false;          // it shall be the default output's
+        std::size_t ports = 0;                // that are linked while it runs
         std::vector<std::uint32_t> positions; // of the channels, SPA numbers
         double rate = 48000;
-        std::uint32_t frames = 512;
+        std::uint32_t frames = 512; // wished for in a cycle; 0: whatever others wish
         bool input = false;
         bool output = false;
     };
@@ -51,6 +53,8 @@ public:
     // Ends where a part that runs is not linked with its whole device any more. The server drives it on within the
     // program's group, on silence.
     void endIfUnlinked(const PipeWireGraph &graph);
+    // Ends where another output than the one that it reads has become the default.
+    void endIfDefaultMoved(const PipeWireGraph &graph);
     // Lets go of the server's objects; the connection is going away.
     void detach();
     // The leader is no more: go on by the own clock.

@@ -134,13 +134,65 @@ TEST_F(RecordingSessionTest, AMicrophoneIsAskedForWhereOneIsRecorded) {
     EXPECT_TRUE(view.failed.isEmpty()) << "system sound needs none";
 }
 
-TEST_F(WithoutVirtualDevice, SystemSoundNamesTheCommandThatMendsIt) {
+TEST_F(WithoutVirtualDevice, SystemSoundIsRecordedFromTheOutputWhichStaysAsItIsAndIsFollowed) {
+    world.backend->plug(hal::EmbeddedBackend::plainDevice(QStringLiteral("usb"), QStringLiteral("USB"), 0, 2));
+    world.backend->setSource(QStringLiteral("builtin_microphone"), {});
+    ASSERT_TRUE(ZQAudioKextKit::setVolume(0.5f, output()));
+    std::atomic<int> loud = 0; // half seconds
     for (const int source : {0, 2}) {
-        EXPECT_TRUE(refusal(source).endsWith(QStringLiteral("cantorel-cli driver install"))) << source;
-        EXPECT_TRUE(isUnchanged());
+        SCOPED_TRACE(source);
+        view = {};
+        ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap([&](std::span<const float> samples) {
+            loud += std::any_of(samples.begin(), samples.end(), [](float sample) { return sample != 0; }) ? 1 : 0;
+        });
+        ASSERT_EQ(refusal(source), QString());
+        EXPECT_TRUE(stepUntil([&] { return loud > 0; }));
+        EXPECT_EQ(chosenOutput(), std::nullopt);
+        EXPECT_EQ(ZQAudioKextKit::getVolumeValueFromDeviceName(output()), 0.5f);
+        world.backend->setConfiguredDefault(hal::Direction::Output, QStringLiteral("usb"), std::nullopt);
+        world.advance(2000); // what the other has played is written
+        ASSERT_TRUE(stepUntil([&, before = loud.load()] { return loud > before + 4; }));
+        session.stopRecording();
+        ASSERT_TRUE(ends());
+        EXPECT_TRUE(view.failed.isEmpty());
+        EXPECT_EQ(chosenOutput(), QStringLiteral("usb"));
+        world.backend->setConfiguredDefault(hal::Direction::Output, std::nullopt, std::nullopt);
     }
-    record(1);
+    for (const char *device : {"usb", "builtin_output"})
+        world.backend->unplug(QLatin1String(device));
+    EXPECT_TRUE(refusal(0).endsWith(QStringLiteral("cantorel-cli driver install")));
+}
+
+// It may be installed between two recordings, or lose its node.
+TEST_F(RecordingSessionTest, BothSourcesAreJoinedFromWhatSystemSoundIsRecordedFromNow) {
+    for (const bool installed : {true, false, true}) {
+        world.virtualInstalled = installed;
+        view = {};
+        record(2);
+        ASSERT_TRUE(ends());
+        EXPECT_TRUE(view.failed.isEmpty());
+        const QVariantMap made =
+            ZQUserDefaultGetObjectValue(QString::fromLatin1(setting::kOldAggregateSubDeivceUIDs), {}).toMap();
+        EXPECT_EQ(made.value(kAggregateOutputUID), installed ? "Tessolar_AudioDevice" : hal::kOutputMonitorUid);
+    }
+}
+
+TEST_F(RecordingSessionTest, WithoutASoundServerARecordingWaitsAndAStartIsRefused) {
+    ASSERT_EQ(refusal(0), QString());
+    ASSERT_TRUE(stepUntil([&] { return !view.file.isEmpty(); }));
+    world.backend->loseServer(true);
+    ASSERT_TRUE(stepUntil([&] { return view.devices == "l"; }));
+    world.backend->loseServer(false);
+    ASSERT_TRUE(stepUntil([&] { return view.devices == "lb"; }));
+    world.backend->loseServer(true);
+    session.stopRecording();
     ASSERT_TRUE(ends());
+    for (const int source : {0, 1, 2})
+        EXPECT_EQ(refusal(source), QStringLiteral("No sound server answers, so nothing can be recorded."));
+    world.backend->loseServer(false);
+    record(1);
+    ASSERT_TRUE(ends(2));
+    EXPECT_EQ(chosenOutput(), std::nullopt);
     EXPECT_TRUE(view.failed.isEmpty());
 }
 
