@@ -12,7 +12,7 @@
 #include <vector>
 
 // Sounds of a known form, and what ffmpeg, as an independent reader, makes of a file.
-namespace cantorel::testing {
+namespace cantorel::test {
 
 inline constexpr double kToneHertz = 997;
 inline constexpr double kToneAmplitude = 0.1; // -20 dBFS as a peak
@@ -69,4 +69,4 @@ inline double farthestFromTone(const std::vector<float> &samples, double rate, s
     return farthest;
 }
 
-} // namespace cantorel::testing
+} // namespace cantorel::test

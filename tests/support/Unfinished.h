@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace cantorel::testing {
+namespace cantorel::test {
 
 // Makes the file a recording of two seconds of which a crash left all fragments but the last half; answers its name.
 inline QString unfinished(const QString &file) {
@@ -24,4 +24,4 @@ inline QString unfinished(const QString &file) {
     return file;
 }
 
-} // namespace cantorel::testing
+} // namespace cantorel::test

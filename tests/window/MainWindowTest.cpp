@@ -169,8 +169,8 @@ TEST_F(MainWindow, AnUpdateIsOfferedAsPlainTextAndCanBeSkipped) {
 class Leftovers : public MainWindow {
 public:
     Leftovers() {
-        testing::unfinished(left);
-        before = testing::contents(left);
+        test::unfinished(left);
+        before = test::contents(left);
         EXPECT_TRUE(RecordingJournal(state).begin(left));
         list.addRecordedFile(left, QStringLiteral("00:00:00"), {});
         window.show();
@@ -179,7 +179,7 @@ public:
         pass(50);
     }
     bool isUntouched() const {
-        return testing::contents(left) == before && RecordingJournal(state).leftovers().size() == 1
+        return test::contents(left) == before && RecordingJournal(state).leftovers().size() == 1
                && list.itemWithFile(left);
     }
     void key(Qt::Key key) {

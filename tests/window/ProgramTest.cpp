@@ -31,7 +31,7 @@ QByteArray logOf() {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-struct ProgramTest : ::testing::Test {
+struct ProgramTest : testing::Test {
     ProgramTest() { qputenv("CANTOREL_DEBUG", "1"); } // nothing is asked of the maker
     int endBySignal(const QStringList &arguments, const QByteArray &logged) {
         program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -51,12 +51,12 @@ TEST_F(ProgramTest, TheEndOfALogInEndsTheWindowInOrder) {
 
 TEST_F(ProgramTest, WhatACrashLeftIsAskedAboutAndNotTouchedBefore) {
     const QString state = Hardware::stateFolder(), left = QDir::homePath() + QStringLiteral("/left.m4a");
-    testing::unfinished(left);
-    const QByteArray before = testing::contents(left);
+    test::unfinished(left);
+    const QByteArray before = test::contents(left);
     ASSERT_TRUE(RecordingJournal(state).claim()) << "makes the folder";
     ASSERT_TRUE(RecordingJournal(state).begin(left));
     EXPECT_EQ(endBySignal({"--backend=embedded"}, "RegisterHotkey -> "), 0);
-    EXPECT_EQ(testing::contents(left), before);
+    EXPECT_EQ(test::contents(left), before);
     EXPECT_EQ(RecordingJournal(state).leftovers().size(), 1u);
 }
 
@@ -99,7 +99,7 @@ TEST_F(ProgramTest, TheEndOfALogInEndsAStartWithoutASoundServerToo) {
 }
 
 // Programs of one session, which find each other.
-struct Session : ::testing::Test {
+struct Session : testing::Test {
     Session() { qputenv("CANTOREL_DEBUG", "1"); }
     ~Session() override {
         for (const auto &program : programs)

@@ -23,7 +23,7 @@ TEST(Relaunch, CommandHasItsFixedShape) {
 
 TEST(Relaunch, AShellOpensJustThePathWhateverIsInIt) {
     const QTemporaryDir folder;
-    testing::storeProgram(folder.filePath("open"), "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\"\n");
+    test::storeProgram(folder.filePath("open"), "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\"\n");
     for (const char *path : {"/opt/a b/c", "/opt/\"; touch PWNED; \"", "/opt/$(touch PWNED)", "/opt/`touch PWNED`",
                              "/opt/$HOME/\\", "/opt/\\\"$x", "/opt/'*?'", "/opt/new\nline", "/opt/ümläut & co"}) {
         const auto finished =
@@ -50,10 +50,10 @@ TEST(Relaunch, TheProgramIsStartedByAShellOfItsOwnThroughTheProductsHelper) {
     RestartedApplication application;
     application.path = folder.filePath("a \"program\" for $5");
     // It reads by itself: a shell that waits for another program blocks signals for a moment.
-    testing::storeProgram(application.path,
-                          "#!/bin/sh\ncd '" + folder.path().toUtf8()
-                              + "'\nfor file in stat status; do while read -r line; do echo \"$line\"; done "
-                                "</proc/$$/$file; done >part && mv part whole\n");
+    test::storeProgram(application.path,
+                       "#!/bin/sh\ncd '" + folder.path().toUtf8()
+                           + "'\nfor file in stat status; do while read -r line; do echo \"$line\"; done "
+                             "</proc/$$/$file; done >part && mv part whole\n");
     ASSERT_TRUE(application.relaunchAfterDelay(0).ok());
     QFile told(folder.filePath("whole"));
     ASSERT_TRUE(test::eventually([&] { return told.exists(); }));

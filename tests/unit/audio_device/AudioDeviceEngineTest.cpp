@@ -150,7 +150,7 @@ TEST(DeviceEngine, TheOnlyOutputThatComesBackIsHeardAsBefore) {
                  {1200, 2, {"builtin_output", "Tessolar"}, 2},
                  {1200, 2, {"Tessolar"}, 2}};
     for (const auto &[away, channels, gone, streams] : cases) {
-        SCOPED_TRACE(::testing::Message() << away << " ms, " << channels << " channels, " << gone.size());
+        SCOPED_TRACE(testing::Message() << away << " ms, " << channels << " channels, " << gone.size());
         RoutedWorld world;
         std::vector<bool> told;
         const auto hearing = foundation::NotificationCenter::defaultCenter().subscribe<bool>(
@@ -202,7 +202,7 @@ TEST(DeviceEngine, AnAbsenceLeavesThePersonsChoiceAsItWas) {
                  {std::nullopt, true, true},
                  {QString("Headset"), true, true}};
     for (const auto &[choice, atTheStart, comesBack] : cases) {
-        SCOPED_TRACE(::testing::Message() << choice.value_or("none").toStdString() << atTheStart << comesBack);
+        SCOPED_TRACE(testing::Message() << choice.value_or("none").toStdString() << atTheStart << comesBack);
         RoutedWorld world;
         if (atTheStart)
             world.backend->unplug("builtin_output");

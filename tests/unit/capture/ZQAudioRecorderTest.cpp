@@ -18,9 +18,9 @@
 namespace cantorel {
 namespace {
 
-using testing::contents;
-using testing::packetsOf;
-using testing::store;
+using test::contents;
+using test::packetsOf;
+using test::store;
 
 const QString kMicrophone = QStringLiteral("Built-in Microphone");
 
@@ -45,7 +45,7 @@ public:
     int back = 0;
 };
 
-class ZQAudioRecorderTest : public ::testing::Test {
+class ZQAudioRecorderTest : public testing::Test {
 protected:
     void SetUp() override {
         for (const media::CaptureDevice &device : media::captureAudioDevices()) {

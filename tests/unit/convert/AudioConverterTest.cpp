@@ -14,9 +14,9 @@
 namespace cantorel {
 namespace {
 
-using testing::contents;
-using testing::store;
-using testing::storeProgram;
+using test::contents;
+using test::store;
+using test::storeProgram;
 
 // Counts the seconds that were waited, and does something after some of them.
 class CountingClock : public foundation::Clock {
@@ -33,7 +33,7 @@ private:
     Duration mNow{0};
 };
 
-class AudioConverterTest : public ::testing::Test {
+class AudioConverterTest : public testing::Test {
 protected:
     void SetUp() override { store(mInput, mRecording); }
 

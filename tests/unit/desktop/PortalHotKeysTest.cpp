@@ -131,7 +131,7 @@ private:
     int mBinds = 0;
 };
 
-class PortalHotKeysTest : public ::testing::Test, public HotKeyTarget {
+class PortalHotKeysTest : public testing::Test, public HotKeyTarget {
 protected:
     void hotKeyPressed(const EventHotKeyID &identity) override { pressed.push_back(identity.id); }
 

@@ -45,7 +45,7 @@ TEST(ShellScriptHost, AScriptThatHangsIsEnded) {
 
 TEST(ShellScriptHost, ThePreludeShutsDownThroughLogin1AndRefusesWhatItDoesNotKnow) {
     const QTemporaryDir folder;
-    testing::storeProgram(folder.filePath(QStringLiteral("dbus-send")), "#!/bin/sh\necho \"$@\"\n");
+    test::storeProgram(folder.filePath(QStringLiteral("dbus-send")), "#!/bin/sh\necho \"$@\"\n");
     qputenv("PATH", (folder.path() + QLatin1Char(':')).toUtf8() + qgetenv("PATH"));
     ShellScriptHost host;
     const auto shutDown = host.execute(QStringLiteral("tell application \"Finder\" to shut down"));
@@ -56,8 +56,8 @@ TEST(ShellScriptHost, ThePreludeShutsDownThroughLogin1AndRefusesWhatItDoesNotKno
 
 TEST(ShellScriptHost, OpenIsTheProductsOwnAndHandsFilesToTheDesktop) {
     const QTemporaryDir folder;
-    testing::storeProgram(folder.filePath(QStringLiteral("open")), "#!/bin/sh\necho another open\n");
-    testing::storeProgram(folder.filePath(QStringLiteral("xdg-open")), "#!/bin/sh\necho \"desktop opens $1\"\n");
+    test::storeProgram(folder.filePath(QStringLiteral("open")), "#!/bin/sh\necho another open\n");
+    test::storeProgram(folder.filePath(QStringLiteral("xdg-open")), "#!/bin/sh\necho \"desktop opens $1\"\n");
     qputenv("PATH", (folder.path() + QLatin1Char(':')).toUtf8() + qgetenv("PATH"));
     ShellScriptHost host;
     EXPECT_EQ(host.execute(QStringLiteral("open '/tmp/a b'")).value(), QStringLiteral("desktop opens /tmp/a b\n"));

@@ -24,7 +24,7 @@ public:
     void hotKeyPressed(const EventHotKeyID &identity) override { identities.push_back(identity.id); }
 };
 
-class X11HotKeysTest : public ::testing::Test {
+class X11HotKeysTest : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(display.ready());

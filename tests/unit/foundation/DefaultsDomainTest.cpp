@@ -30,7 +30,7 @@ const QString kIdentifier = QStringLiteral("com.example.Settings");
 
 QString path() { return configurationFolder() + QStringLiteral("/com.example.Settings.plist"); }
 
-void write(const QByteArray &content) { testing::store(path(), content); }
+void write(const QByteArray &content) { test::store(path(), content); }
 
 QStringList damagedCopies() {
     return QDir(configurationFolder()).entryList({QStringLiteral("*.damaged*")}, QDir::Files, QDir::Name);
@@ -129,11 +129,11 @@ TEST(DefaultsDomain, ADamagedFileIsCopiedAsideOnceAndStandsUntilTheNextSave) {
     int told = 0;
     DefaultsDomain domain(kIdentifier, [&](const Failure &) { ++told; });
     EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
-    EXPECT_EQ(testing::contents(path()), damaged);
+    EXPECT_EQ(test::contents(path()), damaged);
     EXPECT_FALSE(DefaultsDomain(kIdentifier).object(QStringLiteral("k")).isValid());
     ASSERT_EQ(damagedCopies().size(), 1);
     ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
-    EXPECT_EQ(testing::contents(configurationFolder() + QLatin1Char('/') + damagedCopies().first()), damaged);
+    EXPECT_EQ(test::contents(configurationFolder() + QLatin1Char('/') + damagedCopies().first()), damaged);
     EXPECT_EQ(DefaultsDomain(kIdentifier).object(QStringLiteral("k")), 1);
     write("other damage");
     EXPECT_FALSE(domain.object(QStringLiteral("k")).isValid());
@@ -198,7 +198,7 @@ TEST(DefaultsDomain, APipeInThePlaceOfTheFileIsNotWaitedFor) {
 
 TEST(DefaultsDomain, AFolderThatCannotBeMadeIsFalseAndToldOnce) {
     const QString file = QDir::homePath() + QStringLiteral("/file");
-    testing::touch(file);
+    test::touch(file);
     qputenv("XDG_CONFIG_HOME", (file + QStringLiteral("/below")).toUtf8());
     int told = 0;
     DefaultsDomain domain(kIdentifier, [&](const Failure &) { ++told; });
@@ -229,13 +229,13 @@ TEST(DefaultsDomain, AFailedSaveLeavesTheOldFileAndNoRemains) {
 TEST(DefaultsDomain, ALinkedFileStaysALinkAndKeepsItsRights) {
     const QString real = QDir::homePath() + QStringLiteral("/real.plist");
     ASSERT_TRUE(QFile::link(real, path()));
-    testing::store(real, propertyListXml(QVariantMap{}));
+    test::store(real, propertyListXml(QVariantMap{}));
     QFile::setPermissions(real, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
     const auto rights = QFileInfo(real).permissions();
     DefaultsDomain domain(kIdentifier);
     ASSERT_TRUE(domain.setObject(QStringLiteral("k"), 1) && domain.synchronize());
     EXPECT_TRUE(QFileInfo(path()).isSymLink());
-    EXPECT_TRUE(testing::contents(real).contains("<key>k</key>"));
+    EXPECT_TRUE(test::contents(real).contains("<key>k</key>"));
     EXPECT_EQ(QFileInfo(real).permissions(), rights);
 }
 
@@ -276,7 +276,7 @@ TEST(DefaultsDomain, LargeDataAreWhatAPlainParserReadsAndOutliveOtherChanges) {
     for (std::size_t i = 0; i < lists.size(); ++i) {
         SCOPED_TRACE(i);
         write(head + lists[i] + "</dict></plist>\n");
-        const auto plain = parsePropertyList(testing::contents(path()));
+        const auto plain = parsePropertyList(test::contents(path()));
         ASSERT_TRUE(plain);
         QVariantMap expected = plain.value().toMap();
         ASSERT_GE(expected.size(), 1);
@@ -288,7 +288,7 @@ TEST(DefaultsDomain, LargeDataAreWhatAPlainParserReadsAndOutliveOtherChanges) {
             ASSERT_TRUE(domain.setObject(QStringLiteral("change"), change) && domain.synchronize());
             expected.insert(QStringLiteral("change"), qlonglong(change));
             EXPECT_TRUE(domain.storedObjects() == expected);
-            EXPECT_TRUE(parsePropertyList(testing::contents(path())).value().toMap() == expected);
+            EXPECT_TRUE(parsePropertyList(test::contents(path())).value().toMap() == expected);
         }
     }
 }
@@ -322,7 +322,7 @@ TEST(DefaultsDomain, AFileCutWithinLargeDataIsDamagedAndKeptWhole) {
     DefaultsDomain domain(kIdentifier);
     EXPECT_FALSE(domain.object(QStringLiteral("list")).isValid());
     ASSERT_EQ(damagedCopies().size(), 1);
-    EXPECT_TRUE(testing::contents(configurationFolder() + QLatin1Char('/') + damagedCopies().first()) == cut);
+    EXPECT_TRUE(test::contents(configurationFolder() + QLatin1Char('/') + damagedCopies().first()) == cut);
 }
 
 TEST(DefaultsDomain, OnlyPropertyListValuesAreTaken) {
@@ -360,7 +360,7 @@ TEST(PropertyList, PythonReadsWhatIsStoredAndWeReadWhatPythonStores) {
     QVariantMap expected = values;
     expected.remove(QStringLiteral("control"));
     for (const char *form : {"XML", "BINARY"}) {
-        const auto read = parsePropertyList(testing::contents(path() + QLatin1String(form)));
+        const auto read = parsePropertyList(test::contents(path() + QLatin1String(form)));
         ASSERT_TRUE(read.ok()) << form;
         EXPECT_EQ(read.value().toMap(), expected) << form;
     }

@@ -12,7 +12,7 @@
 namespace cantorel::foundation {
 namespace {
 
-class HiddenFileTest : public ::testing::Test {
+class HiddenFileTest : public testing::Test {
 protected:
     HiddenFile make() {
         int error = 0;
@@ -27,12 +27,12 @@ protected:
 
 TEST_F(HiddenFileTest, TakesNoNameThatIsTakenAndLeavesNothing) {
     const QString name = mFolder.filePath(QStringLiteral("a"));
-    testing::store(name, "theirs");
+    test::store(name, "theirs");
     EXPECT_EQ(make().take(name), EEXIST);
     EXPECT_EQ(make().replace(name, FileIdentity(mFolder.path())), ESTALE);
-    EXPECT_EQ(testing::contents(name), "theirs");
+    EXPECT_EQ(test::contents(name), "theirs");
     EXPECT_EQ(make().replace(name, FileIdentity(name)), 0);
-    EXPECT_EQ(testing::contents(name), "");
+    EXPECT_EQ(test::contents(name), "");
     EXPECT_EQ(make().take(mFolder.filePath(QStringLiteral("b"))), 0);
     EXPECT_EQ(files(), QStringList({"a", "b"}));
 }
@@ -47,7 +47,7 @@ TEST_F(HiddenFileTest, SweepTakesOnlyWhatAnEndedProgramLeft) {
     ::waitpid(child, nullptr, 0);
     const char *theirs[] = {".cantorel-notes.m4a", ".cantorel-0123456789abcdef", ".converting-12.mp3", "track.m4a"};
     for (const char *name : theirs)
-        testing::store(mFolder.filePath(QString::fromLatin1(name)), "x");
+        test::store(mFolder.filePath(QString::fromLatin1(name)), "x");
     ASSERT_TRUE(QFile::link("track.m4a", mFolder.filePath(QStringLiteral(".cantorel-0123456789abcdee.m4a"))));
     ASSERT_EQ(files().size(), 7);
     HiddenFile::sweep(mFolder.path());

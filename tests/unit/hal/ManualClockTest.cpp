@@ -9,7 +9,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-struct ManualClockTest : ::testing::Test {
+struct ManualClockTest : testing::Test {
     ManualClock clock;
     std::vector<long> calls; // the milliseconds of each
 

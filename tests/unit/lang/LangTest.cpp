@@ -39,7 +39,7 @@ TEST(LangTable, EveryKeyStandsOnceWithATextAndKnownMarkers) {
 }
 
 // A folder of language files that the program takes for its own.
-class LanguageFiles : public ::testing::Test {
+class LanguageFiles : public testing::Test {
 public:
     void SetUp() override {
         ASSERT_TRUE(QDir(mFolder.path()).mkdir(QStringLiteral("lang")));
@@ -47,7 +47,7 @@ public:
     }
     void TearDown() override { qunsetenv("CANTOREL_RESOURCES"); }
     void put(const char *name, const QByteArray &content) const {
-        testing::store(mFolder.filePath(QStringLiteral("lang/%1.xml").arg(QLatin1String(name))), content);
+        test::store(mFolder.filePath(QStringLiteral("lang/%1.xml").arg(QLatin1String(name))), content);
     }
     const QTemporaryDir mFolder;
 };

@@ -20,13 +20,13 @@
 namespace cantorel::media {
 namespace {
 
-using testing::bigEndian;
-using testing::contents;
-using testing::packetsOf;
-using testing::plainFormat;
-using testing::stampedPackets;
+using test::bigEndian;
+using test::contents;
+using test::packetsOf;
+using test::plainFormat;
+using test::stampedPackets;
 
-class FragmentedFileTest : public ::testing::Test {
+class FragmentedFileTest : public testing::Test {
 public:
     QString path(const char *name) const { return mFolder.filePath(QString::fromLatin1(name)); }
 

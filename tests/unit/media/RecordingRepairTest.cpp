@@ -17,17 +17,17 @@
 namespace cantorel::media {
 namespace {
 
-using testing::bigEndian;
-using testing::contents;
-using testing::packetsOf;
-using testing::plainFormat;
-using testing::stampedPackets;
-using testing::store;
+using test::bigEndian;
+using test::contents;
+using test::packetsOf;
+using test::plainFormat;
+using test::stampedPackets;
+using test::store;
 
 constexpr std::uint32_t kFragments = 4;
 constexpr std::uint32_t kPacketsEach = 2;
 
-class RecordingRepairTest : public ::testing::Test {
+class RecordingRepairTest : public testing::Test {
 protected:
     // A recording that was never closed, and where its fragments end.
     void SetUp() override {

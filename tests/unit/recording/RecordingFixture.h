@@ -83,7 +83,7 @@ struct ManagerLog : QObject, RecordManagerDelegate {
 };
 
 // Recordings on software devices, stepped by hand: sound plays to the default output and into the microphone.
-class RecordingFixture : public ::testing::Test {
+class RecordingFixture : public testing::Test {
 public:
     explicit RecordingFixture(EmbeddedWorld::Virtual installed = EmbeddedWorld::Virtual::Installed) : world(installed) {
         standardUserDefaults().setArgument(QString::fromLatin1(setting::kOutputFolderPath.key), folder.path());

@@ -18,7 +18,7 @@
 namespace cantorel {
 namespace {
 
-using testing::touch;
+using test::touch;
 
 // A value of the row's kind that is not its default and that its getter hands back unchanged.
 QVariant otherValue(const SettingRow &row) {

@@ -18,8 +18,8 @@ namespace {
 const QString kKey = QStringLiteral("someKey");
 
 void storeFormer(const QVariantMap &content) {
-    testing::store(foundation::configurationFolder() + QStringLiteral("/com.tessolar.CantorelClassic.plist"),
-                   foundation::propertyListXml(content));
+    test::store(foundation::configurationFolder() + QStringLiteral("/com.tessolar.CantorelClassic.plist"),
+                foundation::propertyListXml(content));
 }
 
 TEST(UserDefaultFunctions, ValuesLieInTheFileOfTheIdentifierAsSoonAsTheyAreSet) {

@@ -13,7 +13,7 @@
 namespace cantorel {
 namespace {
 
-using testing::contents;
+using test::contents;
 
 TEST(ToolFile, NamesAndExtensionsFollowTheLastComponent) {
     const struct {

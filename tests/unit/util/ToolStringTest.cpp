@@ -65,18 +65,18 @@ TEST(ToolString, RenamingCountsUpAndReplacesEveryCountInTheName) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("name.mp3"));
     EXPECT_EQ(ToolString::renameFromFilePath(path, 0), path);
-    testing::store(path, {});
+    test::store(path, {});
     EXPECT_EQ(ToolString::renameFromFilePath(path, 0), folder.filePath(QStringLiteral("name(1).mp3")));
-    testing::store(folder.filePath(QStringLiteral("name(1).mp3")), {});
+    test::store(folder.filePath(QStringLiteral("name(1).mp3")), {});
     EXPECT_EQ(ToolString::renameFromFilePath(path, 0), folder.filePath(QStringLiteral("name(2).mp3")));
 
     const QString marked = folder.filePath(QStringLiteral("b(1).mp3"));
-    testing::store(marked, {});
-    testing::store(folder.filePath(QStringLiteral("b(1)(1).mp3")), {});
+    test::store(marked, {});
+    test::store(folder.filePath(QStringLiteral("b(1)(1).mp3")), {});
     EXPECT_EQ(ToolString::renameFromFilePath(marked, 0), folder.filePath(QStringLiteral("b(2)(2).mp3")));
 
     const QString bare = folder.filePath(QStringLiteral("bare"));
-    testing::store(bare, {});
+    test::store(bare, {});
     EXPECT_EQ(ToolString::renameFromFilePath(bare, 0), folder.filePath(QStringLiteral("bare(1)")));
 }
 

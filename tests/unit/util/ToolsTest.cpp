@@ -76,9 +76,9 @@ TEST(Tools, ADuplicateNameTakesTheFirstFreeNumber) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("b.mp3"));
     EXPECT_EQ(Tools::getNonDuplicateFileName(path), path);
-    testing::store(path, {});
-    testing::store(folder.filePath(QStringLiteral("b(1).mp3")), {});
-    testing::store(folder.filePath(QStringLiteral("b(3).mp3")), {});
+    test::store(path, {});
+    test::store(folder.filePath(QStringLiteral("b(1).mp3")), {});
+    test::store(folder.filePath(QStringLiteral("b(3).mp3")), {});
     EXPECT_EQ(Tools::getNonDuplicateFileName(path), folder.filePath(QStringLiteral("b(2).mp3")));
 }
 

@@ -15,14 +15,14 @@ namespace cantorel {
 namespace {
 
 using foundation::ChildProcess;
-using testing::contents;
-using testing::probed;
-using testing::store;
-using testing::tone;
+using test::contents;
+using test::probed;
+using test::store;
+using test::tone;
 
 constexpr int kRate = 48000;
 
-class ConvertedRecordingTest : public ::testing::Test {
+class ConvertedRecordingTest : public testing::Test {
 protected:
     void SetUp() override {
         auto writer = media::AudioFileWriter::open(mInput, kRate);
@@ -72,7 +72,7 @@ TEST_F(ConvertedRecordingTest, EachIndexGivesItsFormat) {
         if (!converted->endsWith(QStringLiteral("m4a"))) {
             EXPECT_EQ(probed(*converted, "format_tags=major_brand,minor_version,compatible_brands"), QString());
         }
-        EXPECT_NEAR(testing::decoded(*converted).size() / 2.0, 2.0 * (index == 2 || index == 3 ? kRate : 44100), 3000);
+        EXPECT_NEAR(test::decoded(*converted).size() / 2.0, 2.0 * (index == 2 || index == 3 ? kRate : 44100), 3000);
     }
     EXPECT_EQ(hidden(), QStringList());
 }

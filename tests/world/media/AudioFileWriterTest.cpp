@@ -12,11 +12,11 @@
 namespace cantorel::media {
 namespace {
 
-using testing::decoded;
-using testing::farthestFromTone;
-using testing::kToneAmplitude;
-using testing::probed;
-using testing::tone;
+using test::decoded;
+using test::farthestFromTone;
+using test::kToneAmplitude;
+using test::probed;
+using test::tone;
 
 struct Length {
     int rate;
@@ -25,7 +25,7 @@ struct Length {
     friend void PrintTo(const Length &length, std::ostream *out) { *out << length.frames << "_at_" << length.rate; }
 };
 
-class WrittenFile : public ::testing::TestWithParam<Length> {
+class WrittenFile : public testing::TestWithParam<Length> {
 protected:
     QTemporaryDir mFolder;
     const QString mPath = mFolder.filePath(QStringLiteral("a b's \"file\".m4a"));
@@ -67,10 +67,10 @@ TEST_P(WrittenFile, SaysItsExactLengthAndHoldsTheSoundInPhase) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Lengths, WrittenFile,
-                         ::testing::Values(Length{48000, 0}, Length{48000, 1}, Length{48000, 1023}, Length{48000, 1024},
-                                           Length{48000, 1025}, Length{48000, 2048}, Length{48000, 144000},
-                                           Length{48000, 144001}, Length{44100, 100001}, Length{96000, 200000},
-                                           Length{16000, 50000}, Length{8000, 20000}));
+                         testing::Values(Length{48000, 0}, Length{48000, 1}, Length{48000, 1023}, Length{48000, 1024},
+                                         Length{48000, 1025}, Length{48000, 2048}, Length{48000, 144000},
+                                         Length{48000, 144001}, Length{44100, 100001}, Length{96000, 200000},
+                                         Length{16000, 50000}, Length{8000, 20000}));
 
 TEST_F(WrittenFile, RateThatAacDoesNotKnowIsResampledToTheNearest) {
     auto writer = AudioFileWriter::open(mPath, 192000);

@@ -13,17 +13,17 @@
 namespace cantorel::media {
 namespace {
 
-using testing::contents;
-using testing::decoded;
-using testing::farthestFromTone;
-using testing::kToneAmplitude;
-using testing::store;
-using testing::tone;
+using test::contents;
+using test::decoded;
+using test::farthestFromTone;
+using test::kToneAmplitude;
+using test::store;
+using test::tone;
 
 constexpr int kRate = 48000;
 constexpr std::size_t kBatch = kRate / 2;
 
-class CrashTest : public ::testing::Test {
+class CrashTest : public testing::Test {
 protected:
     void expectToneOf(const QString &path, std::size_t frames) {
         const std::vector<float> samples = decoded(path);

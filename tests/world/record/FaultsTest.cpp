@@ -18,7 +18,7 @@ using test::PrivateWorld;
 struct FaultsTest : test::RecordProgramTest {
     // The frames of the file that an event names.
     static std::size_t framesOf(const QJsonObject &event, const char *key) {
-        return testing::decoded(event[key].toString()).size() / 2;
+        return test::decoded(event[key].toString()).size() / 2;
     }
 };
 
@@ -60,7 +60,7 @@ TEST_F(FaultsTest, AFullDiskCostsNothingThatWasRecorded) {
         const QString kept = failed["kept"].toString();
         ASSERT_TRUE(kept.startsWith(mFolder.path())) << run->out.constData() << run->error.constData();
         const QString file = rescued.path() + "/" + QFileInfo(kept).fileName();
-        EXPECT_GT(testing::decoded(file).size() / 2, 24000u) << when; // the last second may be missing
+        EXPECT_GT(test::decoded(file).size() / 2, 24000u) << when; // the last second may be missing
         QFile::remove(file);
     }
 }
@@ -166,7 +166,7 @@ TEST_F(FaultsTest, EqualNamesAreToldApart) {
     const PrivateWorld world(options);
     ASSERT_TRUE(world.ready());
     const QString sound = QDir::homePath() + "/sound.wav";
-    test::writeWav(sound, testing::tone(48000 * 20, 48000));
+    test::writeWav(sound, test::tone(48000 * 20, 48000));
     const QJsonObject devices = QJsonDocument::fromJson(world.run(CANTOREL_CLI, {"devices", "--json"})).object();
     QSet<QString> outputs;
     for (const QJsonValue &name : devices["outputs"].toArray())
@@ -183,7 +183,7 @@ TEST_F(FaultsTest, EqualNamesAreToldApart) {
         const auto run = start({"--source", "mic", "--microphone", name, "--format", "2", "--seconds", "0.5"});
         EXPECT_EQ(run->status(), 0) << run->error.constData();
         EXPECT_EQ(run->event("started")["device"].toString(), name);
-        const std::vector<float> samples = testing::decoded(run->event("finished")["file"].toString());
+        const std::vector<float> samples = test::decoded(run->event("finished")["file"].toString());
         test::finish(*player);
         ASSERT_FALSE(samples.empty()) << run->error.constData();
         EXPECT_GT(*std::max_element(samples.begin(), samples.end()), 0.05f) << "the sound of another device";
@@ -207,11 +207,11 @@ TEST_F(FaultsTest, OnlyTheVirtualDeviceIsEnoughForSystemSound) {
         expectOneSentence(run->lastLine(), "no microphone");
     }
     const QString sound = QDir::homePath() + "/sound.wav";
-    test::writeWav(sound, testing::tone(48000 * 20, 48000));
+    test::writeWav(sound, test::tone(48000 * 20, 48000));
     const auto player = world.start("pw-cat", {"-p", sound});
     const auto run = start({"--source", "system", "--seconds", "0.7", "--format", "2"});
     EXPECT_EQ(run->status(), 0) << run->error.constData();
-    const std::vector<float> samples = testing::decoded(run->event("finished")["file"].toString());
+    const std::vector<float> samples = test::decoded(run->event("finished")["file"].toString());
     ASSERT_FALSE(samples.empty());
     EXPECT_GT(*std::max_element(samples.begin(), samples.end()), 0.05f);
     EXPECT_EQ(world.metadata("default.configured.audio.sink"), "");
@@ -267,7 +267,7 @@ TEST_F(FaultsTest, WithoutASoundServerTheCauseIsNamed) {
         QDir().mkpath(folder + "/pulse");
         environment.insert("XDG_RUNTIME_DIR", *place.name ? folder : QString());
         if (place.pulse)
-            testing::store(folder + "/pulse/native", {});
+            test::store(folder + "/pulse/native", {});
         if (place.server) {
             servers.push_back(std::make_unique<QProcess>());
             servers.back()->setProcessEnvironment(environment);

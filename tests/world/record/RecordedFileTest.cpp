@@ -23,8 +23,8 @@ std::vector<float> sweepAndTone() {
     for (std::size_t i = 0; i < kSweepFrames + kToneFrames; ++i) {
         const double phase = i < kSweepFrames
                                  ? 50 * 2 * std::numbers::pi / kRate * std::expm1(growth * double(i)) / growth
-                                 : 2 * std::numbers::pi * testing::kToneHertz * double(i - kSweepFrames) / kRate;
-        samples.insert(samples.end(), 2, static_cast<float>(testing::kToneAmplitude * std::sin(phase)));
+                                 : 2 * std::numbers::pi * test::kToneHertz * double(i - kSweepFrames) / kRate;
+        samples.insert(samples.end(), 2, static_cast<float>(test::kToneAmplitude * std::sin(phase)));
     }
     return samples;
 }
@@ -84,7 +84,7 @@ struct Source {
     friend void PrintTo(const Source &source, std::ostream *out) { *out << source.name; }
 };
 
-class RecordedFile : public test::RecordProgramTest, public ::testing::WithParamInterface<Source> {};
+class RecordedFile : public test::RecordProgramTest, public testing::WithParamInterface<Source> {};
 
 } // namespace
 
@@ -112,7 +112,7 @@ TEST_P(RecordedFile, HoldsTheSoundInPhaseAndAsLoud) {
     ASSERT_EQ(run->status(), 130) << run->error.constData();
 
     const QJsonObject finished = run->event("finished");
-    const std::vector<float> samples = testing::decoded(finished["file"].toString());
+    const std::vector<float> samples = test::decoded(finished["file"].toString());
     const auto captured = static_cast<std::size_t>(std::llround(finished["seconds"].toDouble() * kRate));
     EXPECT_GE(samples.size() / 2, captured);
     EXPECT_LT(samples.size() / 2, captured + 1024) << "only the last packet is filled up";
@@ -128,9 +128,9 @@ TEST_P(RecordedFile, HoldsTheSoundInPhaseAndAsLoud) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, RecordedFile,
-                         ::testing::Values(Source{"System", "system", false}, Source{"Microphone", "mic", true},
-                                           Source{"SystemOfBoth", "both", false},
-                                           Source{"MicrophoneOfBoth", "both", true}),
+                         testing::Values(Source{"System", "system", false}, Source{"Microphone", "mic", true},
+                                         Source{"SystemOfBoth", "both", false},
+                                         Source{"MicrophoneOfBoth", "both", true}),
                          [](const auto &source) { return std::string(source.param.name); });
 
 } // namespace cantorel

@@ -77,7 +77,7 @@ struct Route {
 
 void PrintTo(const Route &route, std::ostream *out) { *out << route.name; }
 
-class RecordedSound : public ::testing::TestWithParam<Route> {};
+class RecordedSound : public testing::TestWithParam<Route> {};
 
 } // namespace
 
@@ -121,15 +121,15 @@ TEST_P(RecordedSound, ReachesTheCoderAndTheEarWholeAndToTheBit) {
     if (!GetParam().spoken) {
         EXPECT_EQ(test::longestStampedRun(test::readWav(heard)), kFrames);
     }
-    EXPECT_EQ(testing::probed(view.kept, "stream=duration_ts").toULongLong(), bench.frames());
-    const std::size_t decoded = testing::decoded(view.kept).size() / 2;
+    EXPECT_EQ(test::probed(view.kept, "stream=duration_ts").toULongLong(), bench.frames());
+    const std::size_t decoded = test::decoded(view.kept).size() / 2;
     EXPECT_GE(decoded, bench.frames());
     EXPECT_LT(decoded, bench.frames() + 1024) << "only the last packet is filled up";
 }
 
 INSTANTIATE_TEST_SUITE_P(, RecordedSound,
-                         ::testing::Values(Route{"System", 0, false}, Route{"Microphone", 1, true},
-                                           Route{"SystemOfBoth", 2, false}, Route{"MicrophoneOfBoth", 2, true}),
+                         testing::Values(Route{"System", 0, false}, Route{"Microphone", 1, true},
+                                         Route{"SystemOfBoth", 2, false}, Route{"MicrophoneOfBoth", 2, true}),
                          [](const auto &route) { return std::string(route.param.name); });
 
 // The sound of another device must never take the place of the one that went: the sink that plays all the while would

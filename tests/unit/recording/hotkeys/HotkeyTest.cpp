@@ -78,7 +78,7 @@ TEST(HotKey, ATextIsShownByBoxesAndAChooserAndComesBackInTheirOrder) {
 }
 
 // A recording that notes what is done to it.
-class HotkeyTest : public ::testing::Test, public RecordingHotkeyActions {
+class HotkeyTest : public testing::Test, public RecordingHotkeyActions {
 protected:
     bool isRecording() const override { return recording; }
     void onStartRecording() override {

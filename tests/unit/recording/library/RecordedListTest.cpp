@@ -23,12 +23,12 @@
 namespace cantorel {
 namespace {
 
-class RecordedListTest : public ::testing::Test {
+class RecordedListTest : public testing::Test {
 public:
     QString file(int number, bool onDisk = true) const {
         const QString path = mFolder.filePath(QStringLiteral("r%1.m4a").arg(number));
         if (onDisk)
-            testing::touch(path);
+            test::touch(path);
         return path;
     }
     std::unique_ptr<RecordedList> opened() {

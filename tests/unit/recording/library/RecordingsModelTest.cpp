@@ -11,7 +11,7 @@
 namespace cantorel {
 namespace {
 
-class RecordingsModelTest : public ::testing::Test {
+class RecordingsModelTest : public testing::Test {
 public:
     void add(const char *name, const char *size = "1.00 KB", const char *artist = "", const char *album = "") {
         list.insert(list.items().size(), {QStringLiteral("/music/") + QString::fromUtf8(name),

@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 QString stamp(const QDateTime &moment) { return moment.toLocalTime().toString(QStringLiteral("MM-dd HH:mm")); }
 
 // A recorder and a face that note what happens, on a clock whose hands can be moved.
-class ScheduleTaskRunnerTest : public ::testing::Test, public ScheduledRecorder, public ScheduleTaskView {
+class ScheduleTaskRunnerTest : public testing::Test, public ScheduledRecorder, public ScheduleTaskView {
 protected:
     ScheduleTaskRunnerTest() {
         qputenv("TZ", "Europe/Berlin");
@@ -472,7 +472,7 @@ TEST_F(ScheduleTaskRunnerTest, ANameCannotPretendToBeAPlaceholder) {
 }
 
 // Five weeks around a change of the clocks, second by second.
-class ScheduleMonths : public ScheduleTaskRunnerTest, public ::testing::WithParamInterface<const char *> {};
+class ScheduleMonths : public ScheduleTaskRunnerTest, public testing::WithParamInterface<const char *> {};
 
 TEST_P(ScheduleMonths, EveryStartComesOnceAtItsTimeOfDay) {
     begin(GetParam());
@@ -504,7 +504,7 @@ TEST_P(ScheduleMonths, EveryStartComesOnceAtItsTimeOfDay) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AroundClockChanges, ScheduleMonths,
-                         ::testing::Values("2026-03-10 00:00:00", "2026-10-08 00:00:00"));
+                         testing::Values("2026-03-10 00:00:00", "2026-10-08 00:00:00"));
 
 } // namespace
 } // namespace cantorel

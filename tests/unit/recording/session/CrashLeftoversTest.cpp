@@ -13,14 +13,14 @@
 namespace cantorel {
 namespace {
 
-using testing::contents;
-using testing::packetsOf;
+using test::contents;
+using test::packetsOf;
 
 // A start of the program after a crash that left one recording, which the list has with the length last shown.
 class CrashLeftoversTest : public test::RecordingFixture {
 public:
     CrashLeftoversTest() {
-        testing::unfinished(left);
+        test::unfinished(left);
         before = contents(left);
         EXPECT_TRUE(session.claim());
         EXPECT_TRUE(RecordingJournal(state).begin(left));
@@ -129,8 +129,8 @@ TEST_F(CrashLeftoversTest, WhatHoldsNothingGoesWithoutAWord) {
     const QString elsewhere = path("elsewhere"), empty = elsewhere + QStringLiteral("/Track2.m4a");
     const QString hidden = elsewhere + QStringLiteral("/.cantorel-0123456789abcdef.mp3");
     ASSERT_TRUE(QDir().mkdir(elsewhere));
-    testing::store(empty, before.first(before.indexOf("moof") - 4));
-    testing::store(hidden, "half");
+    test::store(empty, before.first(before.indexOf("moof") - 4));
+    test::store(hidden, "half");
     ASSERT_TRUE(RecordingJournal(state).begin(empty));
     {
         RecordedList another(state + QStringLiteral("2"), *world.clock);

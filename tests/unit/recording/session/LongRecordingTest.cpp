@@ -29,8 +29,8 @@ public:
     LongRecordingTest() {
         qputenv("CANTOREL_MODULES", CANTOREL_QUICK_CODECS);
         const QString copy = QDir::homePath() + "/copy";
-        testing::store(copy, "#!/bin/sh\nfor last; do :; done\n[ \"$1\" = -i ] || shift\nwhile [ \"$1\" != -i ]; do "
-                             "shift; done\ncp \"${2#file:}\" \"${last#file:}\"\n");
+        test::store(copy, "#!/bin/sh\nfor last; do :; done\n[ \"$1\" = -i ] || shift\nwhile [ \"$1\" != -i ]; do "
+                          "shift; done\ncp \"${2#file:}\" \"${last#file:}\"\n");
         QFile::setPermissions(copy, QFile::ReadOwner | QFile::ExeOwner);
         qputenv("CANTOREL_FFMPEG", copy.toUtf8());
         AppSettings::setAudioType(1);
@@ -135,7 +135,7 @@ TEST_F(LongRecordingTest, TwentyMinutesWithSilencesAndSplitsHaveEveryLoudFrameOn
     for (std::size_t i = 0; i < finished.size(); ++i) {
         const FinishedRecording &recording = finished[i];
         EXPECT_EQ(list.items()[i]->getFileName(), recording.file);
-        const auto packets = testing::packetsOf(testing::contents(recording.file));
+        const auto packets = test::packetsOf(test::contents(recording.file));
         ASSERT_TRUE(packets) << recording.file.toStdString();
         EXPECT_EQ(packets->size(),
                   static_cast<std::size_t>((std::llround(recording.seconds * kRate) + 1023) / 1024 + 1));

@@ -21,14 +21,14 @@
 namespace cantorel {
 namespace {
 
-using testing::contents;
-using testing::packetsOf;
-using testing::store;
+using test::contents;
+using test::packetsOf;
+using test::store;
 
-class RecordingJournalTest : public ::testing::Test {
+class RecordingJournalTest : public testing::Test {
 protected:
     QString path(const QString &name) const { return mFolder.filePath(name); }
-    QString unfinished(const QString &name) const { return testing::unfinished(path(name)); }
+    QString unfinished(const QString &name) const { return test::unfinished(path(name)); }
 
     // What a start makes of all that it names.
     static std::vector<RecordingJournal::Recovered> recovered(RecordingJournal &&journal) { return recovered(journal); }

@@ -193,7 +193,7 @@ TEST_F(ShortOfRoom, ErrorsStartTheRecordingAgainUntilThreeHaveBroughtNothing) {
     // Whole at the latest when the program starts the next time.
     session.leftovers().recover();
     EXPECT_FALSE(media::isUnfinished(view.kept));
-    EXPECT_TRUE(testing::packetsOf(testing::contents(view.kept)));
+    EXPECT_TRUE(test::packetsOf(test::contents(view.kept)));
 }
 
 TEST_F(ShortOfRoom, AStopWhileARestartIsAwaitedForgetsTheErrorsBeforeIt) {
@@ -296,8 +296,8 @@ TEST_F(RecordingSessionTest, AFolderThatIsRemovedMeanwhileCostsNothingThatWasRec
         // Neither the name nor that of its conversion is free there.
         const QString name = QFileInfo(lost).completeBaseName();
         ASSERT_TRUE(QDir().mkpath(music));
-        testing::store(music + '/' + name + ".m4a", "other");
-        testing::store(music + '/' + name + "(1).wav", "other");
+        test::store(music + '/' + name + ".m4a", "other");
+        test::store(music + '/' + name + "(1).wav", "other");
         if (QByteArray(when) == "paused")
             session.pauseRecording();
         if (QByteArray(when) == "splitting")

@@ -96,7 +96,7 @@ TEST_F(SplitTest, FiftySplitsOfSystemSoundLoseAndDoubleNothingAndAreHeardWithout
         if (file > 0) {
             EXPECT_EQ(gapBefore(file), 0) << file;
         }
-        const auto packets = testing::packetsOf(testing::contents(path(qPrintable(QString::number(file + 1)))));
+        const auto packets = test::packetsOf(test::contents(path(qPrintable(QString::number(file + 1)))));
         ASSERT_TRUE(packets) << file;
         EXPECT_EQ(packets->size(), (files[file].size() + 1023) / 1024 + 1) << file;
     }
