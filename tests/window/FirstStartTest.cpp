@@ -51,17 +51,16 @@ public:
 
 TEST_F(FirstStart, OneSheetInstallsTheDeviceAndThenNothingStandsInTheWay) {
     EXPECT_EQ(sheet(), Tools::fillTextMarkers(Lang::commErrorNoVirtualSoundCard()));
-    photograph(window, QStringLiteral("first-start"));
+    photograph(window, "first-start");
     answer(Lang::btnYes());
     EXPECT_TRUE(world.virtualInstalled);
     background.runAll();
     pass(50);
-    EXPECT_EQ(sheet(),
-              Tools::fillTextMarkers(Lang::commInstalledSuccess() + QLatin1Char('.') + Lang::commNeedRelaunch()));
-    EXPECT_FALSE(sheet().contains(QStringLiteral(".."))) << "two sentences with a full stop between them";
-    photograph(*window.findChild<QMessageBox *>(), QStringLiteral("first-start-installed"));
+    EXPECT_EQ(sheet(), Tools::fillTextMarkers(Lang::commInstalledSuccess() + '.' + Lang::commNeedRelaunch()));
+    EXPECT_FALSE(sheet().contains("..")) << "two sentences with a full stop between them";
+    photograph(*window.findChild<QMessageBox *>(), "first-start-installed");
     answer(Lang::btnYes());
-    EXPECT_TRUE(calls.made.contains(QStringLiteral("quit")));
+    EXPECT_TRUE(calls.made.contains("quit"));
     // The program that starts again.
     window.show();
     delegate.applicationDidFinishLaunching();
@@ -76,15 +75,15 @@ TEST_F(FirstStart, WhoDoesNotWantItIsToldWhatToDoAndRecordsTheMicrophone) {
     click("record");
     pass(500);
     EXPECT_EQ(panel.state(), RecorderState::Idle);
-    EXPECT_TRUE(find<QLabel>("sentence")->text().contains(QStringLiteral("virtual device")));
-    Lang::ChangeLanguage(QStringLiteral("Greek")); // the longest words
+    EXPECT_TRUE(find<QLabel>("sentence")->text().contains("virtual device"));
+    Lang::ChangeLanguage("Greek"); // the longest words
     window.changeLanguageText();
     window.resize(720, 480);
     pass(50);
     auto *sentence = find<QLabel>("sentence");
-    EXPECT_TRUE(sentence->text().contains(QStringLiteral("εικονική"))) << "live";
+    EXPECT_TRUE(sentence->text().contains("εικονική")) << "live";
     EXPECT_GE(sentence->height(), sentence->heightForWidth(sentence->width())) << "whole";
-    photograph(window, QStringLiteral("first-start-declined"));
+    photograph(window, "first-start-declined");
     QTest::mouseClick(find<QAbstractButton>("source1"), Qt::LeftButton);
     record();
     EXPECT_EQ(find<QLabel>("sentence")->text(), QString());

@@ -7,11 +7,10 @@
 using namespace cantorel;
 using namespace cantorel::hal;
 using test::EmbeddedWorld;
+using test::named;
 using test::stamp;
 
 namespace {
-
-AudioDeviceID named(const char *name) { return EmbeddedWorld::deviceNamed(QString::fromLatin1(name)); }
 
 struct RoutedWorld : EmbeddedWorld {
     using EmbeddedWorld::EmbeddedWorld;
@@ -28,9 +27,7 @@ struct RoutedWorld : EmbeddedWorld {
     AudioDeviceEngine engine;
 };
 
-SoftwareDevice outputDevice(const char *name) {
-    return EmbeddedBackend::plainDevice(QString::fromLatin1(name), QString::fromLatin1(name), 0, 2);
-}
+SoftwareDevice outputDevice(const char *name) { return EmbeddedBackend::plainDevice(name, name, 0, 2); }
 
 } // namespace
 
@@ -52,7 +49,7 @@ TEST(DeviceEngine, PrefersItsOwnVirtualDeviceWhateverComesFirst) {
         EXPECT_EQ(world.engine.availableSVAD(), found != nullptr);
         EXPECT_EQ(world.engine.getSystemSoundDeviceName(), QString()) << "looking has no side effects";
         EXPECT_EQ(world.engine.activateSVAD(), found != nullptr);
-        EXPECT_EQ(world.engine.getSystemSoundDeviceName(), QString::fromLatin1(found));
+        EXPECT_EQ(world.engine.getSystemSoundDeviceName(), found);
     }
 }
 
@@ -255,7 +252,7 @@ TEST(DeviceEngine, ResetsDefaultsThatWereLeftOnItsOwnDevices) {
         world.backend->setConfiguredDefault(Direction::Output, QString::fromLatin1(left), std::nullopt);
         world.engine.activateSVAD();
         world.engine.resetDefaultAudioDevice();
-        EXPECT_EQ(world.engine.defaultOutputDevice(), QString::fromLatin1(expected)) << left << builtIn;
+        EXPECT_EQ(world.engine.defaultOutputDevice(), expected) << left << builtIn;
     }
 }
 

@@ -87,22 +87,22 @@ TEST_P(CompletionTest, ProposesTheSameInZsh) {
 }
 
 TEST_P(CompletionTest, ProposesTheSameInFish) {
-    QStringList typed = QString::fromLatin1(GetParam().typed).split(QLatin1Char('|'));
-    if (typed.last() == QLatin1String("_"))
+    QStringList typed = QString::fromLatin1(GetParam().typed).split('|');
+    if (typed.last() == "_")
         typed.last().clear();
-    const QString script = QString::fromStdString(fishCompletion(root))
-                           + QStringLiteral("complete -C \"$argv[1]\" | string replace -r '\\t.*' ''\n");
+    const QString script =
+        QString::fromStdString(fishCompletion(root)) + "complete -C \"$argv[1]\" | string replace -r '\\t.*' ''\n";
     QProcess fish;
-    fish.setWorkingDirectory(QDir::homePath() + QStringLiteral("/empty"));
+    fish.setWorkingDirectory(QDir::homePath() + "/empty");
     QDir().mkpath(fish.workingDirectory()); // No files are proposed.
-    fish.start("fish", {"--no-config", "-c", script, typed.join(QLatin1Char(' '))});
+    fish.start("fish", {"--no-config", "-c", script, typed.join(' ')});
     ASSERT_TRUE(fish.waitForFinished());
     EXPECT_EQ(fish.readAllStandardError().toStdString(), "");
-    QStringList proposed = QString::fromUtf8(fish.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QStringList expected = QString::fromLatin1(GetParam().proposed).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QStringList proposed = QString::fromUtf8(fish.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+    QStringList expected = QString::fromLatin1(GetParam().proposed).split(' ', Qt::SkipEmptyParts);
     proposed.sort(); // as fish does
     expected.sort();
-    EXPECT_EQ(proposed, expected) << proposed.join(QLatin1Char(' ')).toStdString();
+    EXPECT_EQ(proposed, expected) << proposed.join(' ').toStdString();
 }
 
 // "_" stands for a word of which nothing is typed yet.

@@ -42,8 +42,8 @@ protected:
     }
 
     QTemporaryDir mFolder;
-    const QString mBroken = mFolder.filePath(QStringLiteral("broken.m4a"));
-    const QString mCopy = mFolder.filePath(QStringLiteral("copy.m4a"));
+    const QString mBroken = mFolder.filePath("broken.m4a");
+    const QString mCopy = mFolder.filePath("copy.m4a");
     std::vector<std::uint64_t> mEnds;
     QByteArray mWhole;
 };
@@ -160,7 +160,7 @@ TEST_F(RecordingRepairTest, OtherFilesAreNotUnfinished) {
         EXPECT_FALSE(repairUnfinished(mBroken, mCopy));
     }
     EXPECT_FALSE(isUnfinished(mFolder.path())) << "a folder";
-    EXPECT_FALSE(isUnfinished(mFolder.filePath(QStringLiteral("missing.m4a"))));
+    EXPECT_FALSE(isUnfinished(mFolder.filePath("missing.m4a")));
 }
 
 TEST_F(RecordingRepairTest, WhatEndedBeforeItsFirstSoundIsToldFromWhatIsDamaged) {
@@ -181,7 +181,7 @@ TEST_F(RecordingRepairTest, TheLengthOfALongOneIsToldByItsBeginning) {
 }
 
 TEST_F(RecordingRepairTest, UnwritableCopyIsTold) {
-    const auto repaired = repairUnfinished(mBroken, mFolder.filePath(QStringLiteral("missing/copy.m4a")));
+    const auto repaired = repairUnfinished(mBroken, mFolder.filePath("missing/copy.m4a"));
     ASSERT_FALSE(repaired);
     EXPECT_FALSE(repaired.failure().sentence.isEmpty());
 }

@@ -94,7 +94,7 @@ inline std::vector<pid_t> guardsOf(qint64 program) {
 }
 
 inline void expectOneSentence(const QString &line, const char *part) {
-    EXPECT_TRUE(line.contains(QString::fromUtf8(part))) << line.toStdString();
+    EXPECT_TRUE(line.contains(part)) << line.toStdString();
     EXPECT_FALSE(line.startsWith('[')) << "a line of the log: " << line.toStdString();
 }
 

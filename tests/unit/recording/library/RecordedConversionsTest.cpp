@@ -41,7 +41,7 @@ TEST_F(RecordedConversionsTest, TheRecordingGoesOnlyForAWholeSuccessor) {
         EXPECT_FALSE(convert(line)) << line;
         EXPECT_EQ(contents(file), recording) << line;
         EXPECT_EQ(list.items().front()->getFileName(), file);
-        EXPECT_EQ(list.items().front()->status(), QStringLiteral("Error"));
+        EXPECT_EQ(list.items().front()->status(), "Error");
     }
     ASSERT_TRUE(convert("cp \"$in\" \"$out\""));
     EXPECT_FALSE(QFile::exists(file));
