@@ -137,6 +137,7 @@ TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
         EXPECT_TRUE(session.isRecording());
         EXPECT_EQ(view.started.size(), 1);
         EXPECT_EQ(view.devices, "l");
+        EXPECT_EQ(view.lostDevice, "Built-in Microphone");
         world.plugMicrophone();
         pass(1.5);
         EXPECT_EQ(view.devices, "lb");
