@@ -127,7 +127,7 @@ Outcome measure(const Sound &sound, const media::AacSettings &settings, const QS
     if (!writer.value()->finish())
         std::exit(1);
     const double cpu = double(std::clock() - begin) / CLOCKS_PER_SEC;
-    return {cpu, segmentalSnr(sound, testing::decoded(path)),
+    return {cpu, segmentalSnr(sound, test::decoded(path)),
             writer.value()->bytes() * 8.0 * kRate / 1000 / (static_cast<double>(sound.size()) / 2)};
 }
 

@@ -64,9 +64,9 @@ struct SoakTest : test::RecordProgramTest {
         held.descriptors = QDir(place + "fd").entryList(QDir::Files | QDir::System).size();
         for (const QString &thread : QDir(place + "task").entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
             ++held.threads;
-            held.children += testing::contents(place + "task/" + thread + "/children").count(' ');
+            held.children += test::contents(place + "task/" + thread + "/children").count(' ');
         }
-        for (const QByteArray &line : testing::contents(place + "status").split('\n')) {
+        for (const QByteArray &line : test::contents(place + "status").split('\n')) {
             if (line.startsWith("VmRSS:"))
                 held.mebibytes = line.mid(6).trimmed().split(' ').first().toDouble() / 1024;
         }
@@ -94,14 +94,14 @@ struct SoakTest : test::RecordProgramTest {
         return items;
     }
     static double secondsIn(const QString &file) {
-        const double rate = testing::probed(file, "stream=sample_rate").toDouble();
-        return rate > 0 ? static_cast<double>(testing::decoded(file).size()) / 2 / rate : 0;
+        const double rate = test::probed(file, "stream=sample_rate").toDouble();
+        return rate > 0 ? static_cast<double>(test::decoded(file).size()) / 2 / rate : 0;
     }
     // Sound for both sources, until the server ends.
     void play() {
         const QString sound = QDir::homePath() + "/sound.wav";
         if (!QFile::exists(sound))
-            test::writeWav(sound, testing::tone(48000 * 60, 48000));
+            test::writeWav(sound, test::tone(48000 * 60, 48000));
         players.push_back(world.start("pw-cat", {"-p", sound}));
         players.push_back(world.feed(sound, "builtin_microphone"));
     }
@@ -224,8 +224,8 @@ TEST_F(SoakTest, AKillAtAnyMomentCostsALastSecondAndNothingElse) {
         const QString source = sources[atMost(2)];
         const QString choice = atMost(1) ? QStringLiteral("builtin_output") : QString();
         const int moment = atMost(6000);
-        SCOPED_TRACE(::testing::Message()
-                     << "kill " << kill << ": " << source.toStdString() << " after " << moment << " ms");
+        SCOPED_TRACE(testing::Message() << "kill " << kill << ": " << source.toStdString() << " after " << moment
+                                        << " ms");
         world.choose("audio.sink", choice);
         const QByteArray before[] = {world.metadata("default.configured.audio.sink"),
                                      world.metadata("default.configured.audio.source")};

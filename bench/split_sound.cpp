@@ -35,7 +35,7 @@ struct Owner : QObject, RecordManagerDelegate {
     int started = 0, finished = 0, failures = 0;
 };
 
-struct SplitSound : ::testing::Test {
+struct SplitSound : testing::Test {
     SplitSound() {
         auto connected = hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
         EXPECT_TRUE(connected.ok());

@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QStringList>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -24,6 +25,11 @@ inline void stamp(std::span<float> samples, int channels, std::int64_t position)
 }
 // The position that a stamped left sample names; -1 for silence.
 inline std::int64_t stampOf(float left) { return static_cast<std::int64_t>(left / kStampScale) - 1; }
+
+// A sound of one level.
+inline hal::SoundSource constant(float level) {
+    return [level](std::span<float> samples, int, std::int64_t) { std::fill(samples.begin(), samples.end(), level); };
+}
 
 // Software devices that count the streams opened on them.
 struct CountingBackend : hal::EmbeddedBackend {
@@ -46,9 +52,21 @@ public:
         auto made = std::make_unique<CountingBackend>(
             clock, [this] { return virtualInstalled; }, kLoopbackNames.first());
         backend = made.get();
-        system = std::make_unique<hal::HardwareSystem>(std::move(made), QDir::homePath() + QStringLiteral("/state"));
+        system = std::make_unique<hal::HardwareSystem>(std::move(made), QDir::homePath() + "/state");
     }
 
+    void unplugMicrophone() {
+        backend->unplug("builtin_microphone");
+        system->deliverChanges();
+    }
+    void plugMicrophone(const hal::SoundSource &sound = {}, int channels = 2, double rate = 48000) {
+        hal::SoftwareDevice device =
+            hal::EmbeddedBackend::plainDevice("builtin_microphone", "Built-in Microphone", channels, 0);
+        device.record.sampleRate = rate;
+        device.source = sound;
+        backend->plug(std::move(device));
+        system->deliverChanges();
+    }
     void advance(std::int64_t milliseconds) { clock->advance(std::chrono::milliseconds(milliseconds)); }
 
     static std::vector<AudioDeviceID> devices() {
@@ -81,7 +99,7 @@ public:
     static AudioDeviceID defaultInput() { return systemDevice(kAudioHardwarePropertyDefaultInputDevice); }
 
     static AudioObjectID plugIn() {
-        const QString bundle = QStringLiteral("com.apple.audio.CoreAudio");
+        const QString bundle = "com.apple.audio.CoreAudio";
         CFStringRef input = &bundle;
         AudioObjectID found = 0;
         AudioValueTranslation translation = {&input, sizeof input, &found, sizeof found};
@@ -91,8 +109,7 @@ public:
     }
     // "Both", of those members.
     static AudioDeviceID makeAggregate(const QStringList &members) {
-        const QVariantMap description{{QStringLiteral("name"), QStringLiteral("Both")},
-                                      {QStringLiteral("uid"), QStringLiteral("test.both")}};
+        const QVariantMap description{{"name", "Both"}, {"uid", "test.both"}};
         CFDictionaryRef qualifier = &description;
         const AudioObjectPropertyAddress create = {kAudioPlugInCreateAggregateDevice, kAudioObjectPropertyScopeGlobal,
                                                    0};
@@ -119,5 +136,7 @@ private:
         return device;
     }
 };
+
+inline AudioDeviceID named(const QString &name) { return EmbeddedWorld::deviceNamed(name); }
 
 } // namespace cantorel::test

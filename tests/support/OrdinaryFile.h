@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace cantorel::testing {
+namespace cantorel::test {
 
 inline QByteArray contents(const QString &path) {
     QFile file(path);
@@ -80,4 +80,4 @@ inline std::optional<std::vector<QByteArray>> packetsOf(const QByteArray &file) 
     return packets.size() == bigEndian(file, stsz + 8, 4) ? std::optional(packets) : std::nullopt;
 }
 
-} // namespace cantorel::testing
+} // namespace cantorel::test

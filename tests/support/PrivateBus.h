@@ -20,25 +20,21 @@ namespace cantorel::test {
 class PrivateBus {
 public:
     PrivateBus() {
-        QFile configuration(mFolder.filePath(QStringLiteral("bus.conf")));
+        QFile configuration(mFolder.filePath("bus.conf"));
         if (!configuration.open(QIODevice::WriteOnly))
             return;
-        configuration.write("<busconfig><type>session</type><listen>unix:path="
-                            + mFolder.filePath(QStringLiteral("bus")).toUtf8()
+        configuration.write("<busconfig><type>session</type><listen>unix:path=" + mFolder.filePath("bus").toUtf8()
                             + "</listen><policy context=\"default\"><allow send_destination=\"*\"/>"
                               "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>");
         configuration.close();
-        auto started = foundation::ChildProcess::start({QStringLiteral("dbus-daemon"),
-                                                        {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
-                                                         QStringLiteral("--config-file=") + configuration.fileName()},
-                                                        {},
-                                                        {}});
+        auto started = foundation::ChildProcess::start(
+            {"dbus-daemon", {"--nofork", "--nopidfile", "--config-file=" + configuration.fileName()}, {}, {}});
         if (started)
             mDaemon = std::move(started.value());
         const QDeadlineTimer deadline(10'000);
         while (!answers() && !deadline.hasExpired())
             std::this_thread::yield();
-        const QByteArray address = "unix:path=" + mFolder.filePath(QStringLiteral("bus")).toUtf8();
+        const QByteArray address = "unix:path=" + mFolder.filePath("bus").toUtf8();
         qputenv("DBUS_SESSION_BUS_ADDRESS", address);
         qputenv("DBUS_SYSTEM_BUS_ADDRESS", address);
     }
@@ -46,7 +42,7 @@ public:
 private:
     // A socket is there before anybody listens.
     bool answers() const {
-        const QByteArray path = mFolder.filePath(QStringLiteral("bus")).toLocal8Bit();
+        const QByteArray path = mFolder.filePath("bus").toLocal8Bit();
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         std::copy_n(path.constData(), std::min<std::size_t>(path.size(), sizeof address.sun_path - 1),

@@ -20,18 +20,15 @@ namespace cantorel::test {
 class PrivateDisplay {
 public:
     // geometry: of the screen, as Xvfb takes it.
-    explicit PrivateDisplay(const QString &geometry = QStringLiteral("64x64x8")) {
+    explicit PrivateDisplay(const QString &geometry = "64x64x8") {
         mServer.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }); // a test that aborts leaves none
-        mServer.start(QStringLiteral("Xvfb"),
-                      {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                       QStringLiteral("0"), geometry, QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-                       QStringLiteral("-noreset")});
+        mServer.start("Xvfb", {"-displayfd", "1", "-screen", "0", geometry, "-nolisten", "tcp", "-noreset"});
         QByteArray number;
         while (!number.contains('\n') && mServer.waitForReadyRead(20'000))
             number += mServer.readAllStandardOutput();
         if (number.trimmed().isEmpty())
             return;
-        mName = QLatin1Char(':') + QString::fromLatin1(number.trimmed());
+        mName = ':' + QString::fromLatin1(number.trimmed());
         mConnection = xcb_connect(mName.toLocal8Bit().constData(), nullptr);
     }
     ~PrivateDisplay() {

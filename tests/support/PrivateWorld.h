@@ -22,9 +22,9 @@ public:
         bool output = true;
         bool microphone = true;
         bool virtualDevice = true;
-        bool pulse = false;    // a PulseAudio server on top, for paplay and pactl
-        QStringList moreSinks; // "node.name=Description"
-        QStringList moreSources;
+        bool pulse = false;         // a PulseAudio server on top, for paplay and pactl
+        QStringList moreSinks = {}; // "node.name=Description"
+        QStringList moreSources = {};
     };
 
     PrivateWorld() : PrivateWorld(Options()) {}

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace cantorel::testing {
+namespace cantorel::test {
 
 inline media::AacFormat plainFormat() { return {48000, 2, 256000, 1024, {0x11, 0x90}}; }
 
@@ -21,4 +21,4 @@ inline media::PacketRun stampedPackets(std::uint32_t first, std::uint32_t count)
     return run;
 }
 
-} // namespace cantorel::testing
+} // namespace cantorel::test

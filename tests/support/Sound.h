@@ -12,7 +12,7 @@
 #include <vector>
 
 // Sounds of a known form, and what ffmpeg, as an independent reader, makes of a file.
-namespace cantorel::testing {
+namespace cantorel::test {
 
 inline constexpr double kToneHertz = 997;
 inline constexpr double kToneAmplitude = 0.1; // -20 dBFS as a peak
@@ -30,14 +30,9 @@ inline std::vector<float> tone(std::size_t frames, double rate, std::size_t firs
 
 // Interleaved stereo of the file as ffmpeg decodes it, at its own rate; empty when ffmpeg finds any fault.
 inline std::vector<float> decoded(const QString &path) {
-    const QString raw = path + QStringLiteral(".decoded");
-    const auto run =
-        foundation::ChildProcess::run({QStringLiteral("ffmpeg"),
-                                       {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-xerror"),
-                                        QStringLiteral("-y"), QStringLiteral("-i"), QStringLiteral("file:") + path,
-                                        QStringLiteral("-f"), QStringLiteral("f32le"), QStringLiteral("file:") + raw},
-                                       {},
-                                       {}});
+    const QString raw = path + ".decoded";
+    const auto run = foundation::ChildProcess::run(
+        {"ffmpeg", {"-v", "error", "-xerror", "-y", "-i", "file:" + path, "-f", "f32le", "file:" + raw}, {}, {}});
     if (!run || !run.value().ending.succeeded() || !run.value().output.isEmpty())
         return {};
     const QByteArray bytes = contents(raw);
@@ -51,11 +46,7 @@ inline std::vector<float> decoded(const QString &path) {
 // One value that ffprobe answers about the audio of a file, such as "stream=duration_ts".
 inline QString probed(const QString &path, const char *entry) {
     const auto run = foundation::ChildProcess::run(
-        {QStringLiteral("ffprobe"),
-         {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_entries"), QString::fromLatin1(entry),
-          QStringLiteral("-of"), QStringLiteral("csv=p=0"), QStringLiteral("-i"), QStringLiteral("file:") + path},
-         {},
-         {}});
+        {"ffprobe", {"-v", "error", "-show_entries", entry, "-of", "csv=p=0", "-i", "file:" + path}, {}, {}});
     return run ? QString::fromUtf8(run.value().output).trimmed() : QString();
 }
 
@@ -69,4 +60,4 @@ inline double farthestFromTone(const std::vector<float> &samples, double rate, s
     return farthest;
 }
 
-} // namespace cantorel::testing
+} // namespace cantorel::test

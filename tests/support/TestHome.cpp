@@ -4,20 +4,19 @@
 
 namespace cantorel::test {
 
-TestHome::TestHome() : mFolder(QDir::tempPath() + QStringLiteral("/cantorel-test-XXXXXX")) {
+TestHome::TestHome() : mFolder(QDir::tempPath() + "/cantorel-test-XXXXXX") {
     const auto folder = [&](const char *variable, const QString &name) {
         const QString path = mFolder.filePath(name);
         QDir().mkpath(path);
         qputenv(variable, path.toUtf8());
     };
-    folder("HOME", QStringLiteral("home"));
-    folder("XDG_CONFIG_HOME", QStringLiteral("home/.config"));
-    folder("XDG_CACHE_HOME", QStringLiteral("home/.cache"));
-    folder("XDG_DATA_HOME", QStringLiteral("home/.local/share"));
-    folder("XDG_STATE_HOME", QStringLiteral("home/.local/state"));
-    folder("XDG_RUNTIME_DIR", QStringLiteral("run"));
-    QFile::setPermissions(mFolder.filePath(QStringLiteral("run")),
-                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    folder("HOME", "home");
+    folder("XDG_CONFIG_HOME", "home/.config");
+    folder("XDG_CACHE_HOME", "home/.cache");
+    folder("XDG_DATA_HOME", "home/.local/share");
+    folder("XDG_STATE_HOME", "home/.local/state");
+    folder("XDG_RUNTIME_DIR", "run");
+    QFile::setPermissions(mFolder.filePath("run"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     for (const char *variable : {"PIPEWIRE_RUNTIME_DIR", "PIPEWIRE_REMOTE", "PULSE_SERVER", "DISPLAY",
                                  "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"})
         qunsetenv(variable);

@@ -2,11 +2,15 @@
 
 #include "platform/desktop/recorded/RecordedMediaControls.h"
 #include "platform/desktop/recorded/RecordedNotifications.h"
-#include "platform/desktop/x11/X11Handles.h"
 #include "recording/control/ListRequests.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
 
+#include <QAbstractButton>
+#include <QDBusConnection>
+#include <QDBusInterface>
+#include <QMessageBox>
 #include <QSystemTrayIcon>
 
 namespace cantorel {
@@ -14,8 +18,8 @@ namespace {
 
 using desktop::Notification;
 
-const QString kReady = QStringLiteral("ready"), kSign = QStringLiteral("sign");
-const QString kFolder = QStringLiteral("show-in-folder"), kStop = QStringLiteral("stop");
+const QString kReady = "ready", kSign = "sign";
+const QString kFolder = "show-in-folder", kStop = "stop";
 
 class Background : public test::WindowFixture {
 public:
@@ -47,10 +51,10 @@ public:
     // A task of tomorrow.
     void addTask(const char *name) {
         const QDateTime start = QDateTime::currentDateTime().addDays(1);
-        ASSERT_TRUE(taskList.add({QString::fromUtf8(name), start, start.addSecs(60), 1, false}));
+        ASSERT_TRUE(taskList.add({name, start, start.addSecs(60), 1, false}));
         pass(1100);
     }
-    int sheets() const { return static_cast<int>(window.findChildren<QMessageBox *>(QStringLiteral("sheet")).size()); }
+    int sheets() const { return static_cast<int>(window.findChildren<QMessageBox *>("sheet").size()); }
 
     std::shared_ptr<desktop::CallRecord> record;
     int quits = 0;
@@ -63,14 +67,14 @@ TEST_F(Background, TheLatestFileIsTakenToItsFolderOrTheWindow) {
     pass(2000);
     stop();
     const QString file = list.items().back()->getFileName();
-    EXPECT_EQ(record->calls().filter(QStringLiteral("notify ready: ")),
+    EXPECT_EQ(record->calls().filter("notify ready: "),
               (QStringList{QStringLiteral("notify ready: The recording is ready | Track1.mp3 | Show the main window | "
                                           "Show in folder"),
                            QStringLiteral("notify ready: The recording is ready | Track2.mp3 | Show the main window | "
                                           "Show in folder")}));
     window.showMinimized();
     desktopMessages().press(kReady, kFolder);
-    EXPECT_EQ(record->calls().last(), QStringLiteral("reveal ") + file);
+    EXPECT_EQ(record->calls().last(), "reveal " + file);
     EXPECT_TRUE(window.isMinimized());
 
     recordByButton();
@@ -93,7 +97,7 @@ TEST_F(Background, WhoLooksAtTheWindowIsNotTold) {
     QApplication::setActiveWindow(&window); // There is no window manager to do it.
     recordByButton();
     stop();
-    EXPECT_TRUE(record->calls().filter(QStringLiteral("notify")).isEmpty());
+    EXPECT_TRUE(record->calls().filter("notify").isEmpty());
 }
 
 TEST_F(Background, WithoutATrayALastingMessageStandsForTheHiddenRecording) {
@@ -141,15 +145,15 @@ TEST_F(Background, ATaskAheadIsNamedBeforeTheProgramEnds) {
     window.close();
     window.close();
     EXPECT_EQ(sheets(), 1) << "asked once";
-    EXPECT_TRUE(find<QMessageBox>("sheet")->informativeText().contains(QStringLiteral("'News [#AppName#]'"))
-                || find<QMessageBox>("sheet")->text().contains(QStringLiteral("'News [#AppName#]'")));
-    photograph(*find<QMessageBox>("sheet"), QStringLiteral("task-ahead"));
+    EXPECT_TRUE(find<QMessageBox>("sheet")->informativeText().contains("'News [#AppName#]'")
+                || find<QMessageBox>("sheet")->text().contains("'News [#AppName#]'"));
+    photograph(*find<QMessageBox>("sheet"), "task-ahead");
     answer(Lang::btnCancel());
     EXPECT_FALSE(window.isMinimized());
     window.close();
     answer(Lang::windowKeepWaiting());
     EXPECT_TRUE(window.isMinimized()) << "no tray here";
-    EXPECT_TRUE(record->calls().filter(QStringLiteral("notify")).isEmpty());
+    EXPECT_TRUE(record->calls().filter("notify").isEmpty());
     EXPECT_EQ(quits, 0);
     window.close();
     answer(Lang::btnExit());
@@ -159,7 +163,7 @@ TEST_F(Background, ATaskAheadIsNamedBeforeTheProgramEnds) {
 TEST_F(Background, ATaskThatIsOverKeepsNothingOpen) {
     recorder.schedule().initScheduleTaskList();
     addTask("News");
-    ASSERT_TRUE(taskList.removeNamed(QStringLiteral("News")));
+    ASSERT_TRUE(taskList.removeNamed("News"));
     pass(1100);
     window.close();
     EXPECT_EQ(quits, 1);
@@ -188,7 +192,7 @@ TEST_F(Background, MediaKeysReachTheLibraryAndTheWindow) {
     media.commands->playOrPause();
     EXPECT_FALSE(player.isPlaying());
     media.commands->seek(1);
-    EXPECT_EQ(record->calls().last(), QStringLiteral("media jump"));
+    EXPECT_EQ(record->calls().last(), "media jump");
     window.showMinimized();
     media.commands->showWindow();
     EXPECT_FALSE(window.isMinimized());
@@ -201,31 +205,23 @@ TEST_F(Background, MediaKeysReachTheLibraryAndTheWindow) {
     EXPECT_TRUE(media.state.canPlay);
 }
 
-// A tray as X11 knows it: the owner of a selection.
-class Tray {
-public:
-    Tray() {
-        constexpr std::string_view name = "_NET_SYSTEM_TRAY_S0";
-        const desktop::X11Memory<xcb_intern_atom_reply_t> atom(
-            xcb_intern_atom_reply(mX.get(), xcb_intern_atom(mX.get(), 0, name.size(), name.data()), nullptr));
-        const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(mX.get())).data;
-        const xcb_window_t window = xcb_generate_id(mX.get());
-        xcb_create_window(mX.get(), XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 1, 1, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-        xcb_set_selection_owner(mX.get(), window, atom->atom, XCB_CURRENT_TIME);
-        const desktop::X11Memory<xcb_get_selection_owner_reply_t> owner(
-            xcb_get_selection_owner_reply(mX.get(), xcb_get_selection_owner(mX.get(), atom->atom), nullptr));
-        EXPECT_EQ(owner->owner, window);
+// A desktop with a tray; it has to be there before the window.
+struct DesktopTray {
+    DesktopTray() {
+        tray.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        tray.start(QStringLiteral(CANTOREL_TRAY));
+        EXPECT_TRUE(tray.waitForReadyRead());
+        EXPECT_EQ(tray.readLine(), "ready\n");
     }
-
-private:
-    desktop::X11Connection mX{xcb_connect(nullptr, nullptr)};
+    ~DesktopTray() {
+        tray.terminate();
+        tray.waitForFinished();
+    }
+    test::PrivateBus bus;
+    QProcess tray;
 };
 
-struct TrayFirst {
-    Tray tray;
-};
-class BackgroundWithTray : public TrayFirst, public Background {};
+class BackgroundWithTray : public DesktopTray, public Background {};
 
 TEST_F(BackgroundWithTray, AClosedWindowWaitsForTheTaskThereAndSaysSoOnce) {
     ASSERT_TRUE(QSystemTrayIcon::isSystemTrayAvailable());
@@ -238,9 +234,9 @@ TEST_F(BackgroundWithTray, AClosedWindowWaitsForTheTaskThereAndSaysSoOnce) {
         EXPECT_EQ(quits, 0);
         window.bringToFront();
     }
-    const QStringList told = record->calls().filter(QStringLiteral("notify "));
+    const QStringList told = record->calls().filter("notify ");
     ASSERT_EQ(told.size(), 1);
-    EXPECT_TRUE(told.first().contains(QStringLiteral("'News'")));
+    EXPECT_TRUE(told.first().contains("'News'"));
 
     QApplication::setActiveWindow(&window);
     QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
@@ -256,6 +252,54 @@ TEST_F(BackgroundWithTray, AHiddenRecordingNeedsNoOtherSign) {
     EXPECT_FALSE(desktopMessages().isShown(kSign));
     stop();
     EXPECT_FALSE(window.isVisible()) << "it stays in the tray";
+}
+
+class StatusItemTest : public BackgroundWithTray {
+public:
+    StatusItemTest() {
+        window.library(); // The item comes with what stands behind the first picture.
+        EXPECT_TRUE(test::eventually([this] {
+            QTest::qWait(10);
+            return tray.canReadLine();
+        }));
+        mItem = QString::fromUtf8(tray.readLine()).trimmed();
+    }
+    // A click on the item, as the desktop tells it.
+    void clickItem() {
+        QDBusMessage call =
+            QDBusMessage::createMethodCall(mItem, "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate");
+        call << 0 << 0;
+        auto pending = QDBusConnection::sessionBus().asyncCall(call);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return pending.isFinished(); }));
+        EXPECT_FALSE(pending.isError()) << pending.error().message().toStdString();
+        pass(50);
+    }
+
+private:
+    QString mItem;
+};
+
+TEST_F(StatusItemTest, AClickHidesAndShowsTheWindow) {
+    clickItem();
+    EXPECT_FALSE(window.isVisible());
+    clickItem();
+    EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(StatusItemTest, KeepsARecordingInSightWhoseWindowIsClosed) {
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+    window.close();
+    auto *sheet = find<QMessageBox>("sheet");
+    clickItem();
+    EXPECT_TRUE(window.isVisible()) << "the question is not hidden";
+    QTest::mouseClick(sheet->buttons().constFirst(), Qt::LeftButton);
+    pass(50);
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_TRUE(session.isRecording());
+    clickItem();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(panel.state(), RecorderState::Recording);
 }
 
 } // namespace

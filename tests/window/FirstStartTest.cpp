@@ -53,17 +53,16 @@ public:
 
 TEST_F(FirstStart, OneSheetInstallsTheDeviceAndThenNothingStandsInTheWay) {
     EXPECT_EQ(sheet(), Tools::fillTextMarkers(Lang::commErrorNoVirtualSoundCard()));
-    photograph(window, QStringLiteral("first-start"));
+    photograph(window, "first-start");
     answer(Lang::btnYes());
     EXPECT_TRUE(world.virtualInstalled);
     background.runAll();
     pass(50);
-    EXPECT_EQ(sheet(),
-              Tools::fillTextMarkers(Lang::commInstalledSuccess() + QLatin1Char('.') + Lang::commNeedRelaunch()));
-    EXPECT_FALSE(sheet().contains(QStringLiteral(".."))) << "two sentences with a full stop between them";
-    photograph(*window.findChild<QMessageBox *>(), QStringLiteral("first-start-installed"));
+    EXPECT_EQ(sheet(), Tools::fillTextMarkers(Lang::commInstalledSuccess() + '.' + Lang::commNeedRelaunch()));
+    EXPECT_FALSE(sheet().contains("..")) << "two sentences with a full stop between them";
+    photograph(*window.findChild<QMessageBox *>(), "first-start-installed");
     answer(Lang::btnYes());
-    EXPECT_TRUE(calls.made.contains(QStringLiteral("quit")));
+    EXPECT_TRUE(calls.made.contains("quit"));
     // The program that starts again.
     window.show();
     delegate.applicationDidFinishLaunching();

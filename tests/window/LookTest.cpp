@@ -1,5 +1,6 @@
-#include "tests/window/WindowFixture.h"
 #include "ui/look/Look.h"
+
+#include "tests/window/WindowFixture.h"
 
 #include <cmath>
 

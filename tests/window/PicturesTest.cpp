@@ -22,11 +22,11 @@ QStringList clippedNow(const QWidget &window) {
     QStringList found;
     for (const auto *button : window.findChildren<QAbstractButton *>())
         if (button->isVisibleTo(&window) && !button->text().isEmpty() && button->width() < button->sizeHint().width())
-            found << button->objectName() + QStringLiteral(": ") + button->text();
+            found << button->objectName() + ": " + button->text();
     for (const auto *label : window.findChildren<QLabel *>())
         if (label->isVisibleTo(&window) && !label->wordWrap() && !label->text().isEmpty()
             && label->width() < label->sizeHint().width())
-            found << label->objectName() + QStringLiteral(": ") + label->text();
+            found << label->objectName() + ": " + label->text();
     return found;
 }
 
@@ -36,7 +36,7 @@ std::string clipped(const QWidget &window) {
         QTest::qWait(5);
         return clippedNow(window).isEmpty();
     });
-    return clippedNow(window).join(QStringLiteral("; ")).toStdString();
+    return clippedNow(window).join("; ").toStdString();
 }
 
 // Every window in every language; prefix: of the photographs' names; largest: what the windows may grow to.
@@ -60,7 +60,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
         }
         window.openPreferencesWindowAndShowRecordInterface();
         for (const int page : {0, 1, 2}) {
-            window.settings().findChild<QTabWidget *>(QStringLiteral("pages"))->setCurrentIndex(page);
+            window.settings().findChild<QTabWidget *>("pages")->setCurrentIndex(page);
             look(window.settings(), name + "-settings-" + std::to_string(page));
         }
         window.settings().close();
@@ -71,7 +71,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
 }
 
 TEST_F(Pictures, NoTextIsCutOffInAnyLanguageAtTheSmallestSize) {
-    expectAllTextsShown({720, 480}, {720, 600}, QStringLiteral("small-"));
+    expectAllTextsShown({720, 480}, {720, 600}, "small-");
 }
 
 // Fonts are asked for when a window is made.
@@ -85,9 +85,7 @@ struct LargeText {
 
 class LargePictures : public LargeText, public Pictures {};
 
-TEST_F(LargePictures, TextOfTwiceTheSizeFitsOnASmallLaptop) {
-    expectAllTextsShown({1100, 680}, {1366, 720}, QStringLiteral("large-"));
-}
+TEST_F(LargePictures, TextOfTwiceTheSizeFitsOnASmallLaptop) { expectAllTextsShown({1100, 680}, {1366, 720}, "large-"); }
 
 // A font may be a fifth taller than the one of the tests.
 struct TallText : LargeText {

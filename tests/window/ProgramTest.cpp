@@ -8,30 +8,21 @@
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateWorld.h"
-#include "tests/support/Unfinished.h"
 #include "tests/window/Screen.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusVirtualObject>
 #include <QDir>
 #include <QLineEdit>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QWidget>
 
 #include <gtest/gtest.h>
 
 namespace cantorel::test {
 namespace {
 
-QByteArray logOf() {
-    QFile file(LogFilePath(QString::fromLatin1(kApplicationLogName)));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+QByteArray logOf() { return contents(LogFilePath(kApplicationLogName)); }
 
-struct ProgramTest : ::testing::Test {
+struct ProgramTest : testing::Test {
     ProgramTest() { qputenv("CANTOREL_DEBUG", "1"); } // nothing is asked of the maker
     int endBySignal(const QStringList &arguments, const QByteArray &logged) {
         program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -49,20 +40,9 @@ TEST_F(ProgramTest, TheEndOfALogInEndsTheWindowInOrder) {
     EXPECT_EQ(endBySignal({"--backend=embedded"}, "RegisterHotkey -> "), 0);
 }
 
-TEST_F(ProgramTest, WhatACrashLeftIsAskedAboutAndNotTouchedBefore) {
-    const QString state = Hardware::stateFolder(), left = QDir::homePath() + QStringLiteral("/left.m4a");
-    testing::unfinished(left);
-    const QByteArray before = testing::contents(left);
-    ASSERT_TRUE(RecordingJournal(state).claim()) << "makes the folder";
-    ASSERT_TRUE(RecordingJournal(state).begin(left));
-    EXPECT_EQ(endBySignal({"--backend=embedded"}, "RegisterHotkey -> "), 0);
-    EXPECT_EQ(testing::contents(left), before);
-    EXPECT_EQ(RecordingJournal(state).leftovers().size(), 1u);
-}
-
 TEST_F(ProgramTest, HotKeysRecordWhileAnotherWindowHasTheKeyboard) {
     constexpr xcb_keysym_t kControl = 0xffe3, kSuper = 0xffeb; // on the left
-    const QDir music(QDir::homePath() + QStringLiteral("/Music"));
+    const QDir music(QDir::homePath() + "/Music");
     AppSettings::setOutputPath(music.path());
     AppSettings::setAudioFormat(4);
     AppSettings::setAutoSkipSilence(false);
@@ -84,18 +64,18 @@ TEST_F(ProgramTest, HotKeysRecordWhileAnotherWindowHasTheKeyboard) {
         QTest::qWait(50);
     };
     strike({'a'});
-    EXPECT_EQ(other.text(), QStringLiteral("a")) << "the keyboard is the other window's";
+    EXPECT_EQ(other.text(), "a") << "the keyboard is the other window's";
     strike({kControl, kSuper, 's'});
     EXPECT_TRUE(eventually([&] { return !music.entryList({"*.m4a"}).isEmpty(); }));
     strike({kControl, kSuper, 't'});
     EXPECT_TRUE(eventually([&] { return !music.entryList({"*.wav"}).isEmpty(); })) << logOf().toStdString();
-    EXPECT_EQ(other.text(), QStringLiteral("a")) << "a hot key is typed nowhere";
+    EXPECT_EQ(other.text(), "a") << "a hot key is typed nowhere";
     program.terminate();
     EXPECT_TRUE(program.waitForFinished());
 }
 
 // Programs of one session, which find each other.
-struct Session : ::testing::Test {
+struct Session : testing::Test {
     Session() { qputenv("CANTOREL_DEBUG", "1"); }
     ~Session() override {
         for (const auto &program : programs)
@@ -115,7 +95,7 @@ struct Session : ::testing::Test {
         return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
     }
     bool showsWindow() {
-        const auto shown = remote.ask(QString::fromLatin1(control::kShow), {});
+        const auto shown = remote.ask(control::kShow, {});
         return shown && shown->ok();
     }
     bool soonShowsWindow() {
@@ -123,8 +103,7 @@ struct Session : ::testing::Test {
     }
 
     PrivateBus bus;
-    desktop::DBusRemoteControl remote{QString::fromLatin1(kBundleIdentifier), QStringLiteral("/com/tessolar/Cantorel"),
-                                      QStringLiteral("com.tessolar.Cantorel.Recorder")};
+    desktop::DBusRemoteControl remote{kBundleIdentifier, "/com/tessolar/Cantorel", "com.tessolar.Cantorel.Recorder"};
     std::vector<std::unique_ptr<QProcess>> programs;
 };
 
@@ -146,40 +125,6 @@ TEST_F(Session, AStartWhileTheOneBeforeEndsStays) {
     EXPECT_FALSE(showsWindow());
 }
 
-// The desktop's messages and its file manager, whose person presses the button of each message.
-class Desktop : public QDBusVirtualObject {
-public:
-    Desktop() {
-        for (const char *name : {"org.freedesktop.Notifications", "org.freedesktop.FileManager1"})
-            EXPECT_TRUE(mBus.registerService(QString::fromLatin1(name)));
-        for (const char *path : {"/org/freedesktop/Notifications", "/org/freedesktop/FileManager1"})
-            EXPECT_TRUE(mBus.registerVirtualObject(QString::fromLatin1(path), this));
-    }
-    ~Desktop() override { QDBusConnection::disconnectFromBus(QStringLiteral("desktop")); }
-    QStringList told, revealed;
-
-    QString introspect(const QString &) const override { return {}; }
-    bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
-        const QVariantList arguments = message.arguments();
-        if (message.member() == QStringLiteral("GetCapabilities"))
-            return bus.send(message.createReply(QStringList{QStringLiteral("actions"), QStringLiteral("body")}));
-        if (message.member() == QStringLiteral("ShowItems")) {
-            revealed << arguments[0].toStringList();
-            return bus.send(message.createReply());
-        }
-        if (message.member() != QStringLiteral("Notify"))
-            return false;
-        told << arguments[3].toString() + QStringLiteral(": ") + arguments[4].toString();
-        const bool sent = bus.send(message.createReply(quint32{1}));
-        auto pressed = QDBusMessage::createSignal(message.path(), message.interface(), QStringLiteral("ActionInvoked"));
-        pressed << quint32{1} << arguments[5].toStringList().value(2);
-        return sent && mBus.send(pressed);
-    }
-
-private:
-    QDBusConnection mBus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("desktop"));
-};
-
 TEST_F(Session, AWindowWithoutASoundServerStaysAndTakesUpTheOneThatComes) {
     const QTemporaryDir music;
     AppSettings::setAudioType(0);
@@ -197,31 +142,6 @@ TEST_F(Session, AWindowWithoutASoundServerStaysAndTakesUpTheOneThatComes) {
     EXPECT_TRUE(eventually([&] { return !QDir(music.path()).entryList({"*.m4a"}).isEmpty(); }));
     EXPECT_EQ(end(window), 0);
     EXPECT_TRUE(eventually([&] { return world.metadata("default.audio.sink").contains("builtin_output"); }));
-}
-
-TEST_F(Session, ARecordingOfTheWindowIsStartedStoppedAndShownByTheDesktopAlone) {
-    Desktop desktop;
-    const QTemporaryDir music;
-    AppSettings::setAudioType(1);
-    AppSettings::setOutputPath(music.path());
-    start();
-    ASSERT_TRUE(soonShowsWindow());
-    QWidget other; // has the person's attention
-    other.show();
-    other.activateWindow();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&other));
-    const auto launch = [&](const char *action) {
-        return remote.ask(QString::fromLatin1(action), {}).value_or(QVariantMap());
-    };
-    ASSERT_TRUE(launch(control::kToggle).ok());
-    EXPECT_TRUE(
-        eventually([&] { return launch(control::kStatus).value().value(QStringLiteral("bytes")).toInt() > 0; }));
-    ASSERT_TRUE(launch(control::kStop).ok());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !desktop.revealed.isEmpty(); }, 30'000));
-    const QStringList files = QDir(music.path()).entryList(QDir::Files);
-    ASSERT_EQ(files.size(), 1) << "converted";
-    EXPECT_EQ(desktop.told, QStringList{QStringLiteral("The recording is ready: ") + files[0]});
-    EXPECT_EQ(desktop.revealed, QStringList{QUrl::fromLocalFile(music.filePath(files[0])).toString()});
 }
 
 TEST_F(Session, AStartWaitsForTheRecorderOfOneThatEnds) {

@@ -31,7 +31,7 @@ public:
 };
 
 TEST_F(Settings, WhatIsChangedIsStoredAtOnceAndShownWhenOpenedAgain) {
-    photograph(window.settings(), QStringLiteral("settings-recording"));
+    photograph(window.settings(), "settings-recording");
     click("splitByInterval");
     EXPECT_TRUE(AppSettings::isAutoSplitEverySeconds());
     auto *row = find<QCheckBox>("splitByInterval")->parentWidget();
@@ -66,37 +66,22 @@ TEST_F(Settings, WhatIsStoredIsShownWhateverItIsAndNotStoredAnew) {
               (std::vector<int>{2500, 100'000, 0, 1'000'000}));
 }
 
-// What one program stores with clicks another reads that starts later.
-TEST_F(Settings, WhatIsChangedIsThereAfterARestart) {
-    click("skipSilence");
-    click("splitByInterval");
-    page(2);
-    press("hotkey0", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
-    QProcess later;
-    later.start(QStringLiteral(CANTOREL_CLI), {"settings", "list"});
-    ASSERT_TRUE(later.waitForFinished());
-    const QString stored = QString::fromUtf8(later.readAllStandardOutput());
-    for (const char *line : {"isAutoSkipSilence = false", "isAutoSplitEverySeconds = true",
-                             "hotkeyStartRecording = ctrl opt r", "isAutoFilterAudioFile = false"})
-        EXPECT_TRUE(stored.contains(QLatin1String(line))) << line << "\n" << stored.toStdString();
-}
-
 TEST_F(Settings, AHotKeyIsPressedIntoItsFieldAndEachIsTakenOnce) {
     int told = 0;
     QObject::connect(&window, &ui::MainWindow::hotkeysChanged, &window, [&] { ++told; });
     page(2);
-    photograph(window.settings(), QStringLiteral("settings-hotkeys"));
+    photograph(window.settings(), "settings-hotkeys");
     press("hotkey0", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
-    EXPECT_EQ(AppSettings::hotkeyStartRecording(), QStringLiteral("ctrl opt r"));
+    EXPECT_EQ(AppSettings::hotkeyStartRecording(), "ctrl opt r");
     EXPECT_EQ(told, 1);
     press("hotkey1", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
-    EXPECT_EQ(AppSettings::hotkeyStopRecording(), QStringLiteral("ctrl cmd t")) << "taken";
+    EXPECT_EQ(AppSettings::hotkeyStopRecording(), "ctrl cmd t") << "taken";
     EXPECT_EQ(find<QLabel>("hotkeyNote")->text(), Lang::settingsGeneralHotkeyErrorDuplicate());
     for (const auto &[key, modifiers] : {std::pair<Qt::Key, Qt::KeyboardModifiers>(Qt::Key_X, Qt::ShiftModifier),
                                          {Qt::Key_X, Qt::NoModifier},
                                          {Qt::Key_1, Qt::ControlModifier}})
         press("hotkey1", key, modifiers);
-    EXPECT_EQ(AppSettings::hotkeyStopRecording(), QStringLiteral("ctrl cmd t")) << "typing is no hot key";
+    EXPECT_EQ(AppSettings::hotkeyStopRecording(), "ctrl cmd t") << "typing is no hot key";
     EXPECT_EQ(told, 1);
 }
 
@@ -112,12 +97,12 @@ TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
                            find<QTabWidget>("tabs")->tabText(1)};
     };
     const QStringList english = shown();
-    language->setCurrentText(QStringLiteral("Deutsch"));
+    language->setCurrentText("Deutsch");
     Q_EMIT language->textActivated(language->currentText());
-    EXPECT_EQ(AppSettings::appLanguage(), QStringLiteral("German"));
+    EXPECT_EQ(AppSettings::appLanguage(), "German");
     for (qsizetype i = 0; i < english.size(); ++i)
         EXPECT_NE(shown()[i], english[i]);
-    photograph(window.settings(), QStringLiteral("settings-german"));
+    photograph(window.settings(), "settings-german");
 }
 
 } // namespace

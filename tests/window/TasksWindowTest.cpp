@@ -20,7 +20,7 @@ public:
         window.tasks().show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window.tasks()));
     }
-    void name(const char *text) { find<QLineEdit>("taskName")->setText(QString::fromLatin1(text)); }
+    void name(const char *text) { find<QLineEdit>("taskName")->setText(text); }
     void start(const QDateTime &moment) { find<QDateTimeEdit>("taskStart")->setDateTime(moment); }
     void length(int seconds) {
         find<QSpinBox>("hours")->setValue(0);
@@ -65,19 +65,19 @@ TEST_F(Tasks, ATaskIsStoredStartsByItselfAndIsRemoved) {
     ASSERT_EQ(add(), QString());
     auto *tasks = find<QListWidget>("tasks");
     EXPECT_EQ(tasks->count(), 2);
-    photograph(window.tasks(), QStringLiteral("tasks-two"));
+    photograph(window.tasks(), "tasks-two");
     ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; })) << "by the clock of the wall";
     EXPECT_TRUE(find<QToolButton>("source1")->isChecked()) << "what is recorded is what is shown";
     tasks->setCurrentRow(0);
     click("removeTask");
     EXPECT_FALSE(find<QLabel>("taskTrouble")->text().isEmpty()) << "it is recorded now";
     ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
-    EXPECT_EQ(QFileInfo(list.items().back()->getFileName()).completeBaseName(), QStringLiteral("Concert"));
+    EXPECT_EQ(QFileInfo(list.items().back()->getFileName()).completeBaseName(), "Concert");
     tasks->setCurrentRow(tasks->count() - 1);
     click("removeTask");
     taskList.LoadTasks();
     for (const auto &task : taskList.tasks())
-        EXPECT_NE(task->_taskName, QStringLiteral("Later"));
+        EXPECT_NE(task->_taskName, "Later");
 }
 
 // Of two tasks of one name the row that is chosen goes, also when others have gone elsewhere meanwhile.

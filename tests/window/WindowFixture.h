@@ -38,7 +38,7 @@ public:
         });
     }
     template <class Widget> Widget *find(const char *name) {
-        auto *found = window.findChild<Widget *>(QString::fromLatin1(name));
+        auto *found = window.findChild<Widget *>(name);
         EXPECT_NE(found, nullptr) << name;
         return found;
     }
@@ -72,13 +72,13 @@ public:
         const QString folder = qEnvironmentVariable("CANTOREL_PICTURES");
         if (!folder.isEmpty()) {
             QTest::qWait(50);
-            EXPECT_TRUE(widget.grab().save(folder + QLatin1Char('/') + name + QStringLiteral(".png")));
+            EXPECT_TRUE(widget.grab().save(folder + '/' + name + ".png"));
         }
     }
 
     desktop::InstalledServices services;
     RecorderPanel panel;
-    RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
+    RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordingSession session{panel, list, surroundings("state")};
     TaskList taskList;
     ScheduledSession recorder{session, taskList, panel, *world.clock};

@@ -18,7 +18,7 @@ int main(int argc, char **argv) {
     // To be listed, the tests need no screen.
     if (testing::GTEST_FLAG(list_tests))
         return RUN_ALL_TESTS();
-    const cantorel::test::PrivateDisplay display(QStringLiteral("1600x1200x24"));
+    const cantorel::test::PrivateDisplay display("1600x1200x24");
     if (!display.ready())
         return 2;
     cantorel::test::screenOfThisProcess = &display;

@@ -6,7 +6,11 @@
 #include "lang/Lang.h"
 #include "tests/support/EmbeddedWorld.h"
 #include "tests/support/LoopbackNames.h"
+#include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateWorld.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -42,14 +46,14 @@ QStringList uids(const HardwareBackend &backend) {
     return found;
 }
 
-StreamRequest reading(const char *uid) { return {QString::fromLatin1(uid), true, false, 512, nullptr}; }
+constexpr const char *kOddName = "odd \" \\ \t \xc3\xb6"; // absent, as JSON must carry it
+
+StreamRequest reading(const char *uid) { return {uid, true, false, 512, nullptr}; }
 
 } // namespace
 
 TEST(PipeWire, WithoutAMicrophoneThereIsNoDefaultInput) {
-    PrivateWorld::Options options;
-    options.microphone = false;
-    PrivateWorld world(options);
+    const PrivateWorld world({.microphone = false});
     const auto backend = connected();
     ASSERT_TRUE(backend);
     EXPECT_TRUE(eventually([&] { return !world.metadata("default.audio.source").isEmpty(); }));
@@ -59,9 +63,7 @@ TEST(PipeWire, WithoutAMicrophoneThereIsNoDefaultInput) {
 
 // What the session manager puts in the place of no device is none.
 TEST(PipeWire, WithoutAnyDeviceNothingIsListed) {
-    PrivateWorld::Options options;
-    options.microphone = options.virtualDevice = false;
-    PrivateWorld world(options);
+    const PrivateWorld world({.microphone = false, .virtualDevice = false});
     ASSERT_TRUE(world.ready());
     ASSERT_TRUE(world.plugSink("auto_null", "Dummy Output"));
     world.unplug("builtin_output");
@@ -77,10 +79,7 @@ TEST(PipeWire, WithoutAnyDeviceNothingIsListed) {
 TEST(PipeWire, ADamagedConfigurationIsNamed) {
     const QString file = qEnvironmentVariable("XDG_CONFIG_HOME") + "/pipewire/client-rt.conf";
     const PrivateWorld world;
-    QFile damaged(file);
-    ASSERT_TRUE(damaged.open(QIODevice::WriteOnly));
-    damaged.write("context.properties = { ] {");
-    damaged.close();
+    test::store(file, "context.properties = { ] {");
     // The library leaks a little on this way, so a process of its own takes it.
     const auto attempt = [&] {
         const auto backend = PipeWireBackend::connect(std::chrono::seconds(1), test::kLoopbackNames);
@@ -100,15 +99,12 @@ TEST(PipeWire, KilledProgramGivesTheDefaultsBack) {
         const char *meanwhile;
         const char *after;
     } cases[] = {{Direction::Output, "", "", ""},
-                 {Direction::Output, "builtin_output", "", "builtin_output"},
+                 {Direction::Output, kOddName, "", kOddName},
                  {Direction::Output, "builtin_output", "headset", "headset"},
                  {Direction::Input, "", "", ""},
                  {Direction::Input, "usb_gone", "", "usb_gone"},
                  {Direction::Input, "builtin_microphone", "headset_mic", "headset_mic"}};
-    PrivateWorld::Options options;
-    options.moreSinks = {"headset=Headset"};
-    options.moreSources = {"lent=Lent", "headset_mic=Headset"};
-    PrivateWorld world(options);
+    const PrivateWorld world({.moreSinks = {"headset=Headset"}, .moreSources = {"lent=Lent", "headset_mic=Headset"}});
     ASSERT_TRUE(world.ready());
     for (const auto &[direction, before, meanwhile, after] : cases) {
         const bool input = direction == Direction::Input;
@@ -125,8 +121,7 @@ TEST(PipeWire, KilledProgramGivesTheDefaultsBack) {
         const pid_t child = fork();
         if (child == 0) {
             auto backend = PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
-            const std::optional<QString> choice =
-                *before ? std::optional<QString>(QString::fromLatin1(before)) : std::nullopt;
+            const std::optional<QString> choice = *before ? std::optional<QString>(before) : std::nullopt;
             const bool done =
                 backend && backend.value()->setConfiguredDefault(direction, standIn, DefaultSetting(choice, usual));
             (void)!write(ready[1], done ? "y" : "n", 1);
@@ -144,8 +139,8 @@ TEST(PipeWire, KilledProgramGivesTheDefaultsBack) {
         close(ready[0]);
         close(ready[1]);
         EXPECT_TRUE(eventually([&] {
-            return (*after ? configured().contains(after) : configured().isEmpty())
-                   && !inForce().contains(standIn.toUtf8());
+            const QString chosen = QJsonDocument::fromJson(configured()).object()["name"].toString();
+            return chosen == after && !inForce().contains(standIn.toUtf8());
         })) << configured().constData()
             << " " << inForce().constData();
     }
@@ -227,17 +222,6 @@ TEST(PipeWire, LinksThatAreTakenAwayAreMissed) {
     EXPECT_TRUE(eventually(isLinked)) << world.links().constData();
 }
 
-TEST(PipeWire, AggregateIsASourceThatOtherProgramsSee) {
-    PrivateWorld world;
-    const auto backend = connected();
-    ASSERT_TRUE(backend);
-    ASSERT_TRUE(backend->makeAggregate({"test.both", "Both", {"builtin_microphone", "Tessolar_AudioDevice"}, {}}));
-    EXPECT_TRUE(eventually([&] { return world.links().contains("Tessolar_AudioDevice:monitor_FR"); }));
-    EXPECT_TRUE(world.run("wpctl", {"status"}).contains("Both"));
-    backend->removeAggregate("test.both");
-    EXPECT_TRUE(world.idOf("test.both").isEmpty());
-}
-
 TEST(PipeWire, SaysWhyThereIsNoSound) {
     const auto sentence = [](int milliseconds) {
         const auto backend = PipeWireBackend::connect(std::chrono::milliseconds(milliseconds), test::kLoopbackNames);
@@ -246,10 +230,9 @@ TEST(PipeWire, SaysWhyThereIsNoSound) {
     EXPECT_TRUE(sentence(50).contains("No PipeWire sound server is running"));
     const QString run = qEnvironmentVariable("XDG_RUNTIME_DIR");
     QDir().mkpath(run + "/pulse");
-    QFile socket(run + "/pulse/native");
-    ASSERT_TRUE(socket.open(QIODevice::WriteOnly));
+    test::touch(run + "/pulse/native");
     EXPECT_TRUE(sentence(50).contains("PulseAudio carries the sound"));
-    socket.remove();
+    QFile::remove(run + "/pulse/native");
     QProcess server;
     server.start("pipewire", QStringList());
     ASSERT_TRUE(eventually([&] { return QFile::exists(run + "/pipewire-0"); }));
@@ -274,9 +257,7 @@ TEST(PipeWire, ConnectedBackendKnowsTheChoicesAndDevicesAtOnce) {
 
 // While a client introduces itself, the server swallows the news of the defaults for all others.
 TEST(PipeWire, ChoicesAreKnownWhateverClientsComeAndGo) {
-    PrivateWorld::Options options;
-    options.moreSources = {"lent=Lent"};
-    PrivateWorld world(options);
+    const PrivateWorld world({.moreSources = {"lent=Lent"}});
     const auto backend = connected();
     ASSERT_TRUE(backend);
     const auto newcomers = world.start("sh", {"-c", "while :; do pw-metadata 0 nothing; done"});

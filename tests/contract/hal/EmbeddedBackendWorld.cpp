@@ -20,7 +20,7 @@ public:
           mBackend(
               mManual ? std::static_pointer_cast<DeviceClock>(mManual) : makeWallDeviceClock(), [] { return true; },
               test::kLoopbackNames.first()) {
-        mBackend.setSource(QStringLiteral("builtin_microphone"), {});
+        mBackend.setSource("builtin_microphone", {});
         (void)mBackend.devices(); // Looking is what finds the virtual device.
     }
 

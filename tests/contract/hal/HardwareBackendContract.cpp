@@ -16,9 +16,9 @@ using test::longestStampedRun;
 namespace {
 
 constexpr std::size_t kEnough = 24000; // frames that have to come through without a gap
-const QString kOutput = QStringLiteral("builtin_output");
-const QString kMicrophone = QStringLiteral("builtin_microphone");
-const QString kLoopback = QStringLiteral("Tessolar_AudioDevice");
+const QString kOutput = "builtin_output";
+const QString kMicrophone = "builtin_microphone";
+const QString kLoopback = "Tessolar_AudioDevice";
 const QString kMonitor = QLatin1String(kOutputMonitorUid);
 
 // Keeps what its stream brings, up to a bound, and plays stamps.
@@ -138,7 +138,7 @@ TEST_P(HardwareContract, DefaultsAreChosenAndAbsenceIsKept) {
     EXPECT_EQ(backend.configuredDefault(Direction::Output), std::nullopt);
     EXPECT_TRUE(inForce(kOutput)());
 
-    const QString absent = QStringLiteral("usb_output");
+    const QString absent = "usb_output";
     ASSERT_TRUE(backend.setConfiguredDefault(Direction::Output, {absent, kOutput}, std::nullopt));
     EXPECT_EQ(backend.configuredDefault(Direction::Output), absent);
     EXPECT_TRUE(inForce(kOutput)());

@@ -24,7 +24,7 @@ const QStringList kLaunch = {"initWithCommAppInfo",
                              "startCheckingUpdates",
                              "background"}; // the recognition service
 
-QString aggregateKey() { return QString::fromLatin1(setting::kOldAggregateSubDeivceUIDs); }
+QString aggregateKey() { return setting::kOldAggregateSubDeivceUIDs; }
 
 struct LaunchTest : AppFixture {};
 struct MissingDriverTest : AppFixture {
@@ -120,10 +120,7 @@ TEST_F(LaunchTest, EditorAndConverterHideBelowTheirToolkit) {
 TEST_F(LaunchTest, TheWindowLoadsTheSavedLanguageAndListensToTheNextOnes) {
     const QTemporaryDir resources;
     QDir(resources.path()).mkdir("lang");
-    QFile german(resources.filePath("lang/German.xml"));
-    ASSERT_TRUE(german.open(QIODevice::WriteOnly));
-    german.write("<l><common Title='Auf Deutsch'/></l>");
-    german.close();
+    store(resources.filePath("lang/German.xml"), "<l><common Title='Auf Deutsch'/></l>");
     qputenv("CANTOREL_RESOURCES", resources.path().toUtf8());
     AppSettings::setAppLanguage("German");
     window.applicationDidFinishLaunching();

@@ -6,9 +6,9 @@
 #include "platform/desktop/Services.h"
 #include "settings/AppSettings.h"
 #include "tests/support/EmbeddedWorld.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QCoreApplication>
-#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -91,7 +91,7 @@ struct FakeUtils : ZQCommonUtils {
 
 struct FakeApplication : Application {
     explicit FakeApplication(Calls &calls) : calls(calls) {}
-    QString bundlePath() const override { return QStringLiteral("/opt/cantorel"); }
+    QString bundlePath() const override { return "/opt/cantorel"; }
     foundation::Result<void> startShell(const QString &command) override {
         if (!hasShell)
             return foundation::Failure{QStringLiteral("no shell"), QStringLiteral("no shell")};
@@ -162,10 +162,7 @@ struct AppFixture : testing::Test {
         ZQAudioKextKit::end();
     }
     void launch() { delegate->applicationDidFinishLaunching(); }
-    static QByteArray log() {
-        QFile file(LogFilePath(QString::fromLatin1(kApplicationLogName)));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    static QByteArray log() { return contents(LogFilePath(kApplicationLogName)); }
 
     EmbeddedWorld world;
     Calls calls;

@@ -2,8 +2,7 @@
 
 #include "log/Log.h"
 #include "settings/AppSettings.h"
-
-#include <QFile>
+#include "tests/support/OrdinaryFile.h"
 
 #include <gtest/gtest.h>
 
@@ -33,7 +32,7 @@ TEST(EntryPoint, OnlyTheLanguageIsObeyed) {
                  {"&&=&", ""}};
     for (const auto &[argument, language] : cases) {
         AppSettings::setOnlineLanguage({});
-        printed({"/usr/bin/cantorel", QString::fromUtf8(argument)});
+        printed({"/usr/bin/cantorel", argument});
         EXPECT_EQ(AppSettings::onlineLanguage(), language) << argument;
     }
 }
@@ -44,16 +43,12 @@ TEST(EntryPoint, PrintsEveryArgumentAndEachPair) {
                               "argv[1] = lang=de&foo=1\n**** lang = de\n**** foo = 1\n"
                               "argv[2] = %1 plain\n"))
         << text.toStdString();
-    QFile file(LogFilePath(QString::fromLatin1(kApplicationLogName)));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(file.readAll().endsWith("] event -> main -> main\n"));
+    EXPECT_TRUE(test::contents(LogFilePath(kApplicationLogName)).endsWith("] event -> main -> main\n"));
 }
 
 TEST(EntryPoint, AnExceptionIsLoggedAndDeliberatelyAnsweredWithZero) {
     EXPECT_EQ(runMain({"cantorel"}, []() -> int { throw std::runtime_error("lost"); }), 0);
-    QFile file(LogFilePath(QString::fromLatin1(kApplicationLogName)));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(file.readAll().contains("std::runtime_error -> lost"));
+    EXPECT_TRUE(test::contents(LogFilePath(kApplicationLogName)).contains("std::runtime_error -> lost"));
 }
 
 } // namespace

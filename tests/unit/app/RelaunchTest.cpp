@@ -15,20 +15,14 @@
 namespace cantorel {
 namespace {
 
-TEST(Relaunch, CommandHasItsFixedShape) {
-    EXPECT_EQ(Application::relaunchCommand(1.0F, "/opt/Cantorel App/bin/cantorel"),
-              "sleep 1.000000; open \"/opt/Cantorel App/bin/cantorel\"");
-    EXPECT_EQ(Application::relaunchCommand(0.25F, "/a %1 %f"), "sleep 0.250000; open \"/a %1 %f\"");
-}
-
 TEST(Relaunch, AShellOpensJustThePathWhateverIsInIt) {
     const QTemporaryDir folder;
-    testing::storeProgram(folder.filePath("open"), "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\"\n");
+    test::storeProgram(folder.filePath("open"), "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\"\n");
     for (const char *path : {"/opt/a b/c", "/opt/\"; touch PWNED; \"", "/opt/$(touch PWNED)", "/opt/`touch PWNED`",
                              "/opt/$HOME/\\", "/opt/\\\"$x", "/opt/'*?'", "/opt/new\nline", "/opt/ümläut & co"}) {
         const auto finished =
             foundation::ChildProcess::run({"/bin/sh",
-                                           {"-c", Application::relaunchCommand(0, QString::fromUtf8(path))},
+                                           {"-c", Application::relaunchCommand(0, path)},
                                            folder.path(),
                                            {"PATH=" + folder.path() + ":" + qEnvironmentVariable("PATH")}});
         ASSERT_TRUE(finished.ok());
@@ -50,15 +44,14 @@ TEST(Relaunch, TheProgramIsStartedByAShellOfItsOwnThroughTheProductsHelper) {
     RestartedApplication application;
     application.path = folder.filePath("a \"program\" for $5");
     // It reads by itself: a shell that waits for another program blocks signals for a moment.
-    testing::storeProgram(application.path,
-                          "#!/bin/sh\ncd '" + folder.path().toUtf8()
-                              + "'\nfor file in stat status; do while read -r line; do echo \"$line\"; done "
-                                "</proc/$$/$file; done >part && mv part whole\n");
+    test::storeProgram(application.path,
+                       "#!/bin/sh\ncd '" + folder.path().toUtf8()
+                           + "'\nfor file in stat status; do while read -r line; do echo \"$line\"; done "
+                             "</proc/$$/$file; done >part && mv part whole\n");
     ASSERT_TRUE(application.relaunchAfterDelay(0).ok());
-    QFile told(folder.filePath("whole"));
-    ASSERT_TRUE(test::eventually([&] { return told.exists(); }));
-    ASSERT_TRUE(told.open(QIODevice::ReadOnly));
-    const QByteArray text = told.readAll();
+    const QString told = folder.filePath("whole");
+    ASSERT_TRUE(test::eventually([&] { return QFile::exists(told); }));
+    const QByteArray text = test::contents(told);
     const QList<QByteArray> fields = text.mid(text.indexOf(") ") + 2).split(' '); // behind the name
     EXPECT_NE(fields.value(3).toInt(), static_cast<int>(getsid(0)));
     EXPECT_TRUE(text.contains("SigBlk:\t0000000000000000\n")) << "signals reach it";

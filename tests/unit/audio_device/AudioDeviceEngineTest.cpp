@@ -7,11 +7,10 @@
 using namespace cantorel;
 using namespace cantorel::hal;
 using test::EmbeddedWorld;
+using test::named;
 using test::stamp;
 
 namespace {
-
-AudioDeviceID named(const char *name) { return EmbeddedWorld::deviceNamed(QString::fromLatin1(name)); }
 
 struct RoutedWorld : EmbeddedWorld {
     using EmbeddedWorld::EmbeddedWorld;
@@ -28,9 +27,7 @@ struct RoutedWorld : EmbeddedWorld {
     AudioDeviceEngine engine;
 };
 
-SoftwareDevice outputDevice(const char *name) {
-    return EmbeddedBackend::plainDevice(QString::fromLatin1(name), QString::fromLatin1(name), 0, 2);
-}
+SoftwareDevice outputDevice(const char *name) { return EmbeddedBackend::plainDevice(name, name, 0, 2); }
 
 } // namespace
 
@@ -52,7 +49,7 @@ TEST(DeviceEngine, PrefersItsOwnVirtualDeviceWhateverComesFirst) {
         EXPECT_EQ(world.engine.availableSVAD(), found != nullptr);
         EXPECT_EQ(world.engine.getSystemSoundDeviceName(), QString()) << "looking has no side effects";
         EXPECT_EQ(world.engine.activateSVAD(), found != nullptr);
-        EXPECT_EQ(world.engine.getSystemSoundDeviceName(), QString::fromLatin1(found));
+        EXPECT_EQ(world.engine.getSystemSoundDeviceName(), found);
     }
 }
 
@@ -150,7 +147,7 @@ TEST(DeviceEngine, TheOnlyOutputThatComesBackIsHeardAsBefore) {
                  {1200, 2, {"builtin_output", "Tessolar"}, 2},
                  {1200, 2, {"Tessolar"}, 2}};
     for (const auto &[away, channels, gone, streams] : cases) {
-        SCOPED_TRACE(::testing::Message() << away << " ms, " << channels << " channels, " << gone.size());
+        SCOPED_TRACE(testing::Message() << away << " ms, " << channels << " channels, " << gone.size());
         RoutedWorld world;
         std::vector<bool> told;
         const auto hearing = foundation::NotificationCenter::defaultCenter().subscribe<bool>(
@@ -202,7 +199,7 @@ TEST(DeviceEngine, AnAbsenceLeavesThePersonsChoiceAsItWas) {
                  {std::nullopt, true, true},
                  {QString("Headset"), true, true}};
     for (const auto &[choice, atTheStart, comesBack] : cases) {
-        SCOPED_TRACE(::testing::Message() << choice.value_or("none").toStdString() << atTheStart << comesBack);
+        SCOPED_TRACE(testing::Message() << choice.value_or("none").toStdString() << atTheStart << comesBack);
         RoutedWorld world;
         if (atTheStart)
             world.backend->unplug("builtin_output");
@@ -255,7 +252,7 @@ TEST(DeviceEngine, ResetsDefaultsThatWereLeftOnItsOwnDevices) {
         world.backend->setConfiguredDefault(Direction::Output, QString::fromLatin1(left), std::nullopt);
         world.engine.activateSVAD();
         world.engine.resetDefaultAudioDevice();
-        EXPECT_EQ(world.engine.defaultOutputDevice(), QString::fromLatin1(expected)) << left << builtIn;
+        EXPECT_EQ(world.engine.defaultOutputDevice(), expected) << left << builtIn;
     }
 }
 

@@ -1,10 +1,8 @@
 #include "capture/ZQAVAudioPlayer.h"
 
-#include "platform/hal/ExtendedAudioFile.h"
-#include "tests/support/EmbeddedWorld.h"
+#include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateWorld.h"
-
-#include <QFile>
+#include "tests/support/StampedSound.h"
 
 #include <gtest/gtest.h>
 
@@ -16,19 +14,9 @@ namespace {
 constexpr std::uint32_t kFrames = 100000; // more than the player's queue holds
 
 QString stampedWave(std::uint32_t frames) {
-    const FSRef folder{QDir::homePath()};
-    const QString name = QString("stamped-%1.wav").arg(frames);
-    const AudioStreamBasicDescription format = {
-        48000, kAudioFormatLinearPCM, kAudioFormatFlagsNativeFloatPacked, 8, 1, 8, 2, 32, 0};
-    QFile::remove(folder.path + "/" + name);
-    std::vector<float> samples(frames * 2);
-    test::stamp(samples, 2, 0);
-    ExtAudioFileRef file = nullptr;
-    EXPECT_EQ(ExtAudioFileCreateNew(&folder, &name, kAudioFileWAVEType, &format, nullptr, &file), 0);
-    const AudioBufferList data = {1, {{2, static_cast<std::uint32_t>(samples.size() * sizeof(float)), samples.data()}}};
-    EXPECT_EQ(ExtAudioFileWrite(file, frames, &data), 0);
-    EXPECT_EQ(ExtAudioFileDispose(file), 0);
-    return folder.path + "/" + name;
+    const QString path = QDir::homePath() + "/stamped.wav";
+    EXPECT_TRUE(test::writeWav(path, test::stamped(frames)));
+    return path;
 }
 
 struct Listener : QObject, ZQAVAudioPlayerDelegate {
@@ -125,13 +113,10 @@ TEST(Player, GoesOnAtTheNextOutputAndEndsWithoutOne) {
 TEST(Player, RefusesWhatCannotBePlayed) {
     EmbeddedWorld world;
     const QString garbage = QDir::homePath() + "/garbage.wav";
-    QFile file(garbage);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(5000, 'x'));
-    file.close();
-    QFile empty(QDir::homePath() + "/empty.mp3");
-    ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
-    for (const QString &path : {QString(), QString("/nowhere/x.wav"), QDir::homePath(), garbage, empty.fileName()}) {
+    const QString empty = QDir::homePath() + "/empty.mp3";
+    test::store(garbage, QByteArray(5000, 'x'));
+    test::touch(empty);
+    for (const QString &path : {QString(), QString("/nowhere/x.wav"), QDir::homePath(), garbage, empty}) {
         foundation::Failure why;
         EXPECT_FALSE(ZQAVAudioPlayer::initWithFilePath(path, &why)) << path.toStdString();
         EXPECT_FALSE(why.sentence.isEmpty());

@@ -13,16 +13,17 @@
 #include <sys/resource.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <mutex>
 
 namespace cantorel {
 namespace {
 
-using testing::contents;
-using testing::packetsOf;
-using testing::store;
+using test::contents;
+using test::packetsOf;
+using test::store;
 
-const QString kMicrophone = QStringLiteral("Built-in Microphone");
+const QString kMicrophone = "Built-in Microphone";
 
 // Writes down what it is told.
 class Listener : public QObject, public ZQAVRecorderDelegate {
@@ -45,7 +46,7 @@ public:
     int back = 0;
 };
 
-class ZQAudioRecorderTest : public ::testing::Test {
+class ZQAudioRecorderTest : public testing::Test {
 protected:
     void SetUp() override {
         for (const media::CaptureDevice &device : media::captureAudioDevices()) {
@@ -53,10 +54,7 @@ protected:
                 mMicrophone = device;
         }
         ASSERT_TRUE(mMicrophone);
-        mWorld.backend->setSource(mMicrophone->uniqueID,
-                                  [](std::span<float> samples, int channels, std::int64_t position) {
-                                      test::stamp(samples, channels, position);
-                                  });
+        mWorld.backend->setSource(mMicrophone->uniqueID, test::stamp);
         mRecorder = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
         ASSERT_TRUE(mRecorder);
         mRecorder->delegate = &mListener;
@@ -81,10 +79,14 @@ protected:
         for (int done = 0; done < milliseconds; done += 100)
             mWorld.advance(std::min(100, milliseconds - done));
     }
-    QString path(const char *name) const { return mFolder.filePath(QString::fromLatin1(name)); }
+    QString path(const char *name) const { return mFolder.filePath(name); }
     void start(const char *name) { mRecorder->startRecording(QUrl::fromLocalFile(path(name)), nullptr); }
     bool finished(std::size_t count = 1) {
         return eventually([&] { return mListener.finished.size() >= count; });
+    }
+    void stop() {
+        mRecorder->stopRecording();
+        ASSERT_TRUE(finished());
     }
     // The stamps of the frames handed to the coder must follow one another.
     void expectUnbroken(std::size_t frames) {
@@ -162,8 +164,7 @@ TEST_F(ZQAudioRecorderTest, PauseLeavesOutWhatIsHeardMeanwhile) {
     advance(1000);
     const std::int64_t all = frames();
     EXPECT_GT(all, first);
-    mRecorder->stopRecording();
-    ASSERT_TRUE(finished());
+    stop();
     ASSERT_EQ(mTapped.size(), static_cast<std::size_t>(all) * 2);
     int gaps = 0;
     for (std::size_t i = 2; i < mTapped.size(); i += 2)
@@ -190,12 +191,12 @@ TEST_F(ZQAudioRecorderTest, TwoFilesOfASplitAreNeighbours) {
 TEST_F(ZQAudioRecorderTest, DeviceOfTheSameNameKeepsTheInput) {
     mRecorder->setAudioDevice(mMicrophone);
     media::CaptureDevice namesake = *mMicrophone;
-    namesake.uniqueID = QStringLiteral("another");
+    namesake.uniqueID = "another";
     mRecorder->setAudioDevice(namesake);
     EXPECT_EQ(mRecorder->currentAudioDevice(), mMicrophone);
     mRecorder->setAudioDevice({});
     EXPECT_EQ(mRecorder->currentAudioDevice(), std::nullopt);
-    mRecorder->setAudioDevice(media::CaptureDevice{4711, QStringLiteral("x"), QStringLiteral("gone")});
+    mRecorder->setAudioDevice(media::CaptureDevice{4711, "x", "gone"});
     EXPECT_EQ(mRecorder->currentAudioDevice(), std::nullopt) << "a device that cannot be opened is not added";
 }
 
@@ -246,7 +247,7 @@ TEST_F(ZQAudioRecorderTest, FullDiskEndsTheRecordingAndKeepsWhatWasWritten) {
         mWorld.advance(50);
         return !mListener.finished.empty();
     }));
-    EXPECT_TRUE(mListener.failures.front().contains(QStringLiteral("no room left")));
+    EXPECT_TRUE(mListener.failures.front().contains("no room left"));
     EXPECT_FALSE(mRecorder->isRecording());
     const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
@@ -266,8 +267,7 @@ TEST_F(ZQAudioRecorderTest, DeviceThatVanishesIsToldAndTheRecordingStaysOpen) {
     mWorld.backend->unplug(mMicrophone->uniqueID);
     ASSERT_TRUE(eventually([&] { return mListener.lost == 1; }));
     EXPECT_TRUE(mRecorder->isRecording());
-    mRecorder->stopRecording();
-    ASSERT_TRUE(finished());
+    stop();
     EXPECT_EQ(mListener.failures, std::vector<QString>{QString()});
     EXPECT_EQ(frames(), before);
     EXPECT_TRUE(packetsOf(contents(path("a.m4a"))));
@@ -283,7 +283,7 @@ TEST_F(ZQAudioRecorderTest, ARecordingEndsWholeBeforeTheDiskIsFull) {
         mWorld.advance(50);
         return !mListener.finished.empty();
     }));
-    EXPECT_TRUE(mListener.failures.front().contains(QStringLiteral("nearly full")));
+    EXPECT_TRUE(mListener.failures.front().contains("nearly full"));
     EXPECT_FALSE(mRecorder->isRecording());
     const auto packets = packetsOf(contents(path("a.m4a")));
     ASSERT_TRUE(packets);
@@ -296,96 +296,37 @@ TEST_F(ZQAudioRecorderTest, ARecordingEndsWholeBeforeTheDiskIsFull) {
 
 // What the device did not bring is silence of the same length, wherever a pause or the end of a file lies.
 TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
-    const auto plug = [this] {
-        mWorld.backend->plug(hal::EmbeddedBackend::plainDevice(mMicrophone->uniqueID, kMicrophone, 2, 0));
-        mWorld.backend->setSource(mMicrophone->uniqueID, test::stamp);
-        mWorld.system->deliverChanges();
-    };
-    const auto unplug = [this] {
-        mWorld.backend->unplug(mMicrophone->uniqueID);
-        mWorld.system->deliverChanges();
-    };
-    using Pause = media::AudioFileOutput::Pause;
+    // Each sign with the milliseconds that follow it: - away, + back, s stalled, b brings again, p paused, q paused for
+    // silence, r resumed, a space for nothing.
     const struct {
-        const char *what;
-        std::function<void()> events; // takes four seconds
-        double filled;                // seconds
+        const char *what, *events; // in all four seconds
+        double filled;             // seconds
         double length;
-    } cases[] = {
-        {"away for two seconds",
-         [&] {
-             unplug();
-             advance(2000);
-             plug();
-             advance(2000);
-         },
-         2, 6},
-        {"there without bringing anything for two seconds",
-         [&] {
-             const int lost = mListener.lost;
-             mWorld.backend->stall(mMicrophone->uniqueID, true);
-             advance(1100);
-             mWorld.system->deliverChanges();
-             EXPECT_EQ(mListener.lost, lost + 1) << "within a second";
-             advance(900);
-             mWorld.backend->stall(mMicrophone->uniqueID, false);
-             mWorld.system->deliverChanges();
-             advance(2000);
-         },
-         2, 6},
-        {"away twice",
-         [&] {
-             unplug();
-             advance(1000);
-             plug();
-             advance(1000);
-             unplug();
-             advance(1000);
-             plug();
-             advance(1000);
-         },
-         2, 6},
-        {"away when it ends",
-         [&] {
-             advance(2000);
-             unplug();
-             advance(2000);
-         },
-         0, 4},
-        {"paused while away",
-         [&] {
-             unplug();
-             advance(500);
-             mRecorder->pauseRecording();
-             advance(1500);
-             plug();
-             advance(1000);
-             mRecorder->resumeRecording();
-             advance(1000);
-         },
-         0, 3},
-        {"resumed while away",
-         [&] {
-             unplug();
-             mRecorder->pauseRecording();
-             advance(2000);
-             mRecorder->resumeRecording();
-             advance(1000);
-             plug();
-             advance(1000);
-         },
-         1, 4},
-        {"away while paused for silence",
-         [&] {
-             mRecorder->pauseRecording(Pause::ForSilence);
-             unplug();
-             advance(2000);
-             plug();
-             advance(500);
-             mRecorder->resumeRecording();
-             advance(1500);
-         },
-         0, 4},
+    } cases[] = {{"away for two seconds", "-2000+2000", 2, 6},
+                 {"there without bringing anything for two seconds", "s1100 900b2000", 2, 6},
+                 {"away twice", "-1000+1000-1000+1000", 2, 6},
+                 {"away when it ends", " 2000-2000", 0, 4},
+                 {"paused while away", "-500p1500+1000r1000", 0, 3},
+                 {"resumed while away", "-0p2000r1000+1000", 1, 4},
+                 {"away while paused for silence", "q0-2000+500r1500", 0, 4}};
+    const auto happens = [this](char sign) {
+        switch (sign) {
+        case '-':
+            return mWorld.unplugMicrophone();
+        case '+':
+            return mWorld.plugMicrophone(test::stamp);
+        case 's':
+        case 'b':
+            return mWorld.backend->stall(mMicrophone->uniqueID, sign == 's');
+        case 'p':
+            return mRecorder->pauseRecording();
+        case 'q':
+            return mRecorder->pauseRecording(media::AudioFileOutput::Pause::ForSilence);
+        case 'r':
+            return mRecorder->resumeRecording();
+        default:
+            return;
+        }
     };
     for (const auto &[what, events, filled, length] : cases) {
         SCOPED_TRACE(what);
@@ -394,9 +335,21 @@ TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
         mRecorder->setAudioDevice(mMicrophone);
         start("a.m4a");
         advance(2000);
-        events();
-        mRecorder->stopRecording();
-        ASSERT_TRUE(finished());
+        for (const char *event = events; *event;) {
+            const char sign = *event++;
+            const int lost = mListener.lost;
+            happens(sign);
+            if (sign == 'b')
+                mWorld.system->deliverChanges();
+            char *next = nullptr;
+            advance(static_cast<int>(std::strtol(event, &next, 10)));
+            event = next;
+            if (sign == 's') {
+                mWorld.system->deliverChanges();
+                EXPECT_EQ(mListener.lost, lost + 1) << "within a second";
+            }
+        }
+        stop();
         const std::lock_guard lock(mTapMutex);
         std::size_t silent = 0;
         for (std::size_t i = 0; i < mTapped.size(); i += 2)
@@ -410,39 +363,30 @@ TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
             EXPECT_NEAR(mRecorder->recordingCounts().secondsAway, 1.5, 0.55);
         }
         mRecorder->setAudioDevice({});
-        unplug();
-        plug();
+        mWorld.unplugMicrophone();
+        mWorld.plugMicrophone(test::stamp);
     }
 }
 
 // One of two sources that goes leaves the other in the file: its own place is silent until it is back, and counted.
 TEST_F(ZQAudioRecorderTest, ASourceThatIsAwayEndsNotTheOther) {
-    const QString system = QStringLiteral("Tessolar_AudioDevice");
+    const QString system = "Tessolar_AudioDevice";
     ASSERT_NE(test::EmbeddedWorld::makeAggregate({mMicrophone->uniqueID, system}), 0u);
-    const auto constant = [](float value) {
-        return
-            [value](std::span<float> samples, int, std::int64_t) { std::fill(samples.begin(), samples.end(), value); };
-    };
-    mWorld.backend->setSource(mMicrophone->uniqueID, constant(0.25f));
-    const auto program = mWorld.backend->play(constant(0.5f), system);
+    mWorld.backend->setSource(mMicrophone->uniqueID, test::constant(0.25f));
+    const auto program = mWorld.backend->play(test::constant(0.5f), system);
     for (const media::CaptureDevice &device : media::captureAudioDevices()) {
-        if (device.localizedName == QStringLiteral("Both"))
+        if (device.localizedName == "Both")
             mRecorder->setAudioDevice(device);
     }
     start("a.m4a");
     advance(1000);
-    mWorld.backend->unplug(mMicrophone->uniqueID);
-    mWorld.system->deliverChanges();
+    mWorld.unplugMicrophone();
     EXPECT_EQ(mListener.lost, 1);
     advance(2000);
-    auto microphone = hal::EmbeddedBackend::plainDevice(mMicrophone->uniqueID, kMicrophone, 2, 0);
-    microphone.source = constant(0.25f);
-    mWorld.backend->plug(std::move(microphone));
-    mWorld.system->deliverChanges();
+    mWorld.plugMicrophone(test::constant(0.25f));
     EXPECT_NEAR(mRecorder->recordingCounts().secondsAway, 2, 0.1);
     advance(1000);
-    mRecorder->stopRecording();
-    ASSERT_TRUE(finished());
+    stop();
     EXPECT_EQ(mListener.failures, std::vector<QString>{QString()});
     const std::lock_guard lock(mTapMutex);
     EXPECT_NEAR(static_cast<double>(mTapped.size()) / 96000, 4, 0.025);
@@ -459,11 +403,7 @@ TEST_F(ZQAudioRecorderTest, AnotherSampleRateOrOtherChannelsEndTheRecordingWithA
         mWorld.backend->unplug(mMicrophone->uniqueID);
         mWorld.system->deliverChanges();
         advance(300);
-        hal::SoftwareDevice device = hal::EmbeddedBackend::plainDevice(mMicrophone->uniqueID, kMicrophone, channels, 0);
-        device.record.sampleRate = rate;
-        mWorld.backend->plug(device);
-        mWorld.backend->setSource(mMicrophone->uniqueID, test::stamp);
-        mWorld.system->deliverChanges();
+        mWorld.plugMicrophone(test::stamp, channels, rate);
     };
     const struct {
         const char *what;
@@ -503,8 +443,7 @@ TEST_F(ZQAudioRecorderTest, AnotherSampleRateOrOtherChannelsEndTheRecordingWithA
         start("b.m4a");
         advance(1000);
         EXPECT_NEAR(static_cast<double>(frames()), rate, 0.03 * rate);
-        mRecorder->stopRecording();
-        ASSERT_TRUE(finished());
+        stop();
         EXPECT_EQ(mListener.failures.back(), QString());
         mRecorder->setAudioDevice({});
     }
@@ -526,16 +465,14 @@ TEST_F(ZQAudioRecorderTest, ADeviceThatIsRightAgainSoonIsRecordedOnWithItsHole) 
     mRecorder->setAudioDevice(mMicrophone);
     start("a.m4a");
     advance(1000);
-    mWorld.backend->unplug(mMicrophone->uniqueID);
-    mWorld.system->deliverChanges();
+    mWorld.unplugMicrophone();
     advance(500);
     replug(44100);
     advance(200);
     replug(48000);
     advance(1500);
     EXPECT_TRUE(mRecorder->isRecording());
-    mRecorder->stopRecording();
-    ASSERT_TRUE(finished());
+    stop();
     EXPECT_EQ(mListener.failures, std::vector<QString>{QString()});
     EXPECT_NEAR(static_cast<double>(frames()), 3.2 * 48000, 1500);
     EXPECT_EQ(mTapped.size(), static_cast<std::size_t>(frames()) * 2);
@@ -550,8 +487,7 @@ TEST_F(ZQAudioRecorderTest, OverrunIsCounted) {
     const std::int64_t dropped = mRecorder->recordingCounts().droppedFrames;
     EXPECT_GT(dropped, 0);
     EXPECT_NEAR(static_cast<double>(accepted + dropped), 60 * 48000, 2 * 512);
-    mRecorder->stopRecording();
-    ASSERT_TRUE(finished());
+    stop();
     EXPECT_EQ(mTapped.size(), static_cast<std::size_t>(accepted) * 2);
 }
 

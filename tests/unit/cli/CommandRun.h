@@ -19,7 +19,7 @@ inline CommandRun runCommand(const QStringList &arguments, std::span<const AddCo
     testing::internal::CaptureStderr();
     const int status = runCommandLine(arguments, commands);
     const auto lines = [](const std::string &text) {
-        return QString::fromStdString(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        return QString::fromStdString(text).split('\n', Qt::SkipEmptyParts);
     };
     return {status, lines(testing::internal::GetCapturedStdout()), lines(testing::internal::GetCapturedStderr())};
 }

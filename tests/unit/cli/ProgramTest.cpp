@@ -2,6 +2,7 @@
 
 #include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/SearchPaths.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,23 +22,22 @@ using foundation::ChildProcess;
 // Runs a shell line in which "cli" is the program; the output holds standard output and standard error as redirected.
 QString shell(const char *line, int *status = nullptr) {
     const auto finished = ChildProcess::run(
-        {QStringLiteral("/bin/sh"),
-         {QStringLiteral("-c"),
-          QStringLiteral("cli() { \"%1\" \"$@\"; }; ").arg(QStringLiteral(CANTOREL_CLI)) + QString::fromUtf8(line)},
+        {"/bin/sh",
+         {"-c", QStringLiteral("cli() { \"%1\" \"$@\"; }; ").arg(QStringLiteral(CANTOREL_CLI)) + line},
          {},
          {}});
     if (!finished)
-        return QStringLiteral("not started");
+        return "not started";
     if (status != nullptr)
         *status = finished.value().ending.exitStatus;
     return QString::fromUtf8(finished.value().output);
 }
 
 TEST(Program, StandardOutputCarriesTheAnswerAndStandardErrorNothingElse) {
-    EXPECT_EQ(shell("cli settings get audioFormat 2>/dev/null"), QStringLiteral("0\n"));
+    EXPECT_EQ(shell("cli settings get audioFormat 2>/dev/null"), "0\n");
     EXPECT_EQ(shell("cli settings get audioFormat 2>&1 >/dev/null"), QString());
     const auto object = QJsonDocument::fromJson(shell("cli --json settings get audioFormat").toUtf8()).object();
-    EXPECT_EQ(object.value(QStringLiteral("value")), QJsonValue(0));
+    EXPECT_EQ(object.value("value"), QJsonValue(0));
 }
 
 TEST(Program, FailuresKeepStandardOutputEmptyAndTellTheirStatus) {
@@ -49,47 +49,43 @@ TEST(Program, FailuresKeepStandardOutputEmptyAndTellTheirStatus) {
 }
 
 TEST(Program, ADamagedSettingsFileIsOneLineAndTheDefaults) {
-    QFile file(foundation::configurationFolder() + QStringLiteral("/com.tessolar.Cantorel.plist"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("<plist><dict>");
-    file.close();
+    const QString file = foundation::configurationFolder() + "/com.tessolar.Cantorel.plist";
+    test::store(file, "<plist><dict>");
     int status = -1;
     const QString first = shell("cli settings list 2>&1 >/dev/null");
-    EXPECT_EQ(first.count(QLatin1Char('\n')), 1);
-    EXPECT_TRUE(first.contains(QStringLiteral("damaged")));
-    EXPECT_EQ(shell("cli settings get audioFormat 2>&1", &status), QStringLiteral("0\n")); // told once, at the copy
+    EXPECT_EQ(first.count('\n'), 1);
+    EXPECT_TRUE(first.contains("damaged"));
+    EXPECT_EQ(shell("cli settings get audioFormat 2>&1", &status), "0\n"); // told once, at the copy
     EXPECT_EQ(status, 0);
-    EXPECT_TRUE(QFile::exists(file.fileName() + QStringLiteral(".damaged")));
+    EXPECT_TRUE(QFile::exists(file + ".damaged"));
 }
 
 TEST(Program, ARecordingThatTheListDoesNotGetIsAFailureAndJoinsItLater) {
     const char *const record = "cli --backend embedded record --source mic --seconds 0.3 --skip-silence off 2>&1";
-    const QString lock = foundation::configurationFolder() + QStringLiteral("/.com.tessolar.Cantorel.lock");
+    const QString lock = foundation::configurationFolder() + "/.com.tessolar.Cantorel.lock";
     ASSERT_TRUE(QDir().mkpath(lock)); // in its place, so that nothing is saved
     int status = 0;
     const QString lines = shell(record, &status);
     EXPECT_EQ(status, 1);
-    EXPECT_TRUE(lines.section(QLatin1Char('\n'), -2, -2).startsWith(QStringLiteral("The list was not saved")))
-        << lines.toStdString();
+    EXPECT_TRUE(lines.section('\n', -2, -2).startsWith("The list was not saved")) << lines.toStdString();
     ASSERT_TRUE(QDir().rmdir(lock));
     shell(record, &status);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(shell("cli library list").count(QLatin1Char('\n')), 2);
+    EXPECT_EQ(shell("cli library list").count('\n'), 2);
 }
 
 TEST(Program, CommandsThatChangeTheTasksAtOnceAllSucceed) {
     constexpr int kCommands = 6;
     std::vector<std::unique_ptr<ChildProcess>> running;
     for (int i = 0; i < kCommands; ++i) {
-        const QString line =
-            QStringLiteral("tasks|add|--name|Task%1|--from|2030-01-01 08:00:00|--seconds|9|--source|mic");
-        auto started = ChildProcess::start({QStringLiteral(CANTOREL_CLI), line.arg(i).split(QLatin1Char('|')), {}, {}});
+        const QString line = "tasks|add|--name|Task%1|--from|2030-01-01 08:00:00|--seconds|9|--source|mic";
+        auto started = ChildProcess::start({QStringLiteral(CANTOREL_CLI), line.arg(i).split('|'), {}, {}});
         ASSERT_TRUE(started.ok());
         running.push_back(std::move(started.value()));
     }
     for (const auto &child : running)
         EXPECT_TRUE(child->wait().succeeded());
-    EXPECT_EQ(shell("cli tasks list").count(QStringLiteral("Task")), kCommands);
+    EXPECT_EQ(shell("cli tasks list").count("Task"), kCommands);
 }
 
 } // namespace

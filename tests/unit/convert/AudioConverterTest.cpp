@@ -1,5 +1,6 @@
 #include "convert/AudioConverter.h"
 
+#include "convert/ConverterOutputParser.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/Wave.h"
 
@@ -14,9 +15,9 @@
 namespace cantorel {
 namespace {
 
-using testing::contents;
-using testing::store;
-using testing::storeProgram;
+using test::contents;
+using test::store;
+using test::storeProgram;
 
 // Counts the seconds that were waited, and does something after some of them.
 class CountingClock : public foundation::Clock {
@@ -33,13 +34,13 @@ private:
     Duration mNow{0};
 };
 
-class AudioConverterTest : public ::testing::Test {
+class AudioConverterTest : public testing::Test {
 protected:
     void SetUp() override { store(mInput, mRecording); }
 
     // A converter made of one line of shell; $in is the recording, $out what shall be its successor.
     QString converter(const QByteArray &line) {
-        const QString path = mFolder.filePath(QStringLiteral("converter"));
+        const QString path = mFolder.filePath("converter");
         storeProgram(path, "#!/bin/sh\nout=$CANTOREL_CONVERT_INTO in=$2\n" + line + "\n");
         return path;
     }
@@ -47,18 +48,18 @@ protected:
                                         std::optional<foundation::Clock::Duration> limit = {}) {
         return AudioConverter::convertRecording(index, mInput, {program, mClock, limit});
     }
-    QString path(const char *name) const { return mFolder.filePath(QString::fromUtf8(name)); }
+    QString path(const char *name) const { return mFolder.filePath(name); }
 
     // All there is but the converter.
     QStringList files() const {
         QStringList names = QDir(mFolder.path()).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
-        names.removeOne(QStringLiteral("converter"));
+        names.removeOne("converter");
         return names;
     }
 
     QTemporaryDir mFolder;
     const QByteArray mRecording = test::wave(std::vector<float>(2 * 48000 * 2));
-    const QString mInput = mFolder.filePath(QStringLiteral("Track1.m4a"));
+    const QString mInput = mFolder.filePath("Track1.m4a");
     CountingClock mClock;
 };
 
@@ -76,14 +77,10 @@ TEST_F(AudioConverterTest, ArgumentsFollowTheIndex) {
         {6, "-acodec|aac|-strict| -2|-ab|256k|-ac|2|-ar|44100"},
         {7, "-acodec|aac|-strict| -2|-ab|128|-ac|2|-ar|44100"},
         {8, "-ab|320k|-ac|2|-ar|44100"},
-        {9, "-ab|128k|-ac|2|-ar|44100"},
         {-1, "-ab|128k|-ac|2|-ar|44100"},
-        {10, "-ab|128k|-ac|2|-ar|44100"},
     };
     for (const auto &[index, arguments] : cases)
-        EXPECT_EQ(AudioConverter::recordingArguments(index, QStringLiteral("in"), QStringLiteral("out"))
-                      .join(QLatin1Char('|'))
-                      .toStdString(),
+        EXPECT_EQ(AudioConverter::recordingArguments(index, "in", "out").join('|').toStdString(),
                   std::string("-i|in|") + arguments + "|-y|out")
             << index;
 }
@@ -144,7 +141,7 @@ TEST_F(AudioConverterTest, FailingConverterNeverCostsTheRecording) {
 TEST_F(AudioConverterTest, HangingConverterIsEnded) {
     const auto converted = convert(2, converter("exec sleep 600"), std::chrono::milliseconds(100));
     ASSERT_FALSE(converted);
-    EXPECT_TRUE(converted.failure().detail.contains(QStringLiteral("too long")));
+    EXPECT_TRUE(converted.failure().detail.contains("too long"));
     EXPECT_EQ(contents(mInput), mRecording);
 }
 
@@ -178,6 +175,31 @@ TEST_F(AudioConverterTest, InputMayAppearWithinThirtySeconds) {
         EXPECT_EQ(converted.ok(), converts) << appearsAfter;
         EXPECT_EQ(clock.now(), std::chrono::seconds(appearsAfter));
     }
+}
+
+TEST(ConverterOutputParser, ProgressIsToldOnlyWhereItIsKnown) {
+    const struct {
+        const char *text;
+        int duration;
+        std::optional<double> percent;
+    } cases[] = {
+        {"size= 1406kB time=00:01:30.00 bitrate= 128.0kbits/s speed=  60x", 180, 50},
+        {"time= 00:00:45.99", 180, 25},
+        {"time=00:03:00.00", 180, {}}, // not below the duration
+        {"time=00:01:30.00", 0, {}},
+        {"time=N/A bitrate=N/A", 180, {}},
+        {"", 180, {}},
+        {"time=-00:00:00.02", 180, {}},
+    };
+    for (const auto &[text, duration, percent] : cases)
+        EXPECT_EQ(ConverterOutputParser::progress(text, duration), percent) << text;
+}
+
+TEST(ConverterOutputParser, DurationIsTheFirstWithoutItsFraction) {
+    EXPECT_EQ(
+        ConverterOutputParser::durationText("Input #0\n  Duration: 00:03:25.31, start: 0.0\n  Duration: 00:00:01.00"),
+        "00:03:25");
+    EXPECT_EQ(ConverterOutputParser::durationText("Duration: N/A"), QString());
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "platform/desktop/dbus/DBusMediaControls.h"
 
 #include "platform/desktop/dbus/OwnConnection.h"
+#include "tests/support/FakeService.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateWorld.h"
 
@@ -13,34 +14,31 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 namespace cantorel::desktop {
 namespace {
 
 using test::PrivateBus;
 
-const QString kName = QStringLiteral("org.mpris.MediaPlayer2.test");
-const QString kPath = QStringLiteral("/org/mpris/MediaPlayer2");
-const QString kPlayer = QStringLiteral("org.mpris.MediaPlayer2.Player");
-const QString kRoot = QStringLiteral("org.mpris.MediaPlayer2");
-const QString kProperties = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString kName = "org.mpris.MediaPlayer2.test";
+const QString kPath = "/org/mpris/MediaPlayer2";
+const QString kPlayer = "org.mpris.MediaPlayer2.Player";
+const QString kRoot = "org.mpris.MediaPlayer2";
+const QString kProperties = "org.freedesktop.DBus.Properties";
 
 struct Commands : MediaCommands {
     QStringList calls;
     double at = 30;
 
-    void play() override { calls << QStringLiteral("play"); }
-    void pause() override { calls << QStringLiteral("pause"); }
-    void playOrPause() override { calls << QStringLiteral("playOrPause"); }
-    void stop() override { calls << QStringLiteral("stop"); }
-    void next() override { calls << QStringLiteral("next"); }
-    void previous() override { calls << QStringLiteral("previous"); }
+    void play() override { calls << "play"; }
+    void pause() override { calls << "pause"; }
+    void playOrPause() override { calls << "playOrPause"; }
+    void stop() override { calls << "stop"; }
+    void next() override { calls << "next"; }
+    void previous() override { calls << "previous"; }
     void seek(double seconds) override { calls << QStringLiteral("seek %1").arg(seconds); }
     double position() const override { return at; }
-    void showWindow() override { calls << QStringLiteral("show"); }
-    void quit() override { calls << QStringLiteral("quit"); }
+    void showWindow() override { calls << "show"; }
+    void quit() override { calls << "quit"; }
 };
 
 // Another program of the session: asks from a thread of its own while this one serves, and hears the player's signals.
@@ -50,26 +48,17 @@ class Panel : public QObject {
 public:
     Panel() {
         auto bus = QDBusConnection::sessionBus();
-        bus.connect({}, kPath, kProperties, QStringLiteral("PropertiesChanged"), this,
+        bus.connect({}, kPath, kProperties, "PropertiesChanged", this,
                     SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
-        bus.connect({}, kPath, kPlayer, QStringLiteral("Seeked"), this, SLOT(seeked(qlonglong)));
+        bus.connect({}, kPath, kPlayer, "Seeked", this, SLOT(seeked(qlonglong)));
     }
     QList<QVariantMap> changes;
     QList<qlonglong> jumps;
 
     static QDBusMessage call(const QString &interface, const char *method, const QVariantList &arguments = {}) {
-        QDBusMessage call = QDBusMessage::createMethodCall(kName, kPath, interface, QString::fromLatin1(method));
+        QDBusMessage call = QDBusMessage::createMethodCall(kName, kPath, interface, method);
         call.setArguments(arguments);
-        std::atomic<bool> done = false;
-        QDBusMessage answer;
-        std::thread worker([&] {
-            answer = OwnConnection(QStringLiteral("panel")).bus().call(call);
-            done = true;
-        });
-        while (!done)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        worker.join();
-        return answer;
+        return test::whileServing([&] { return OwnConnection("panel").bus().call(call); });
     }
     static QVariantMap all(const QString &interface) {
         return qdbus_cast<QVariantMap>(call(kProperties, "GetAll", {interface}).arguments().value(0));
@@ -78,7 +67,7 @@ public:
     QStringList changed() const {
         QStringList names;
         for (const QVariantMap &change : changes)
-            names << change.keys().join(QLatin1Char(' '));
+            names << change.keys().join(' ');
         return names;
     }
 
@@ -94,8 +83,8 @@ private Q_SLOTS:
 MediaState playing(const char *title) {
     MediaState state;
     state.playback = MediaState::Playback::Playing;
-    state.track = QUrl::fromLocalFile(QStringLiteral("/music/%1.mp3").arg(QString::fromUtf8(title)));
-    state.title = QString::fromUtf8(title);
+    state.track = QUrl::fromLocalFile(QStringLiteral("/music/%1.mp3").arg(title));
+    state.title = title;
     state.seconds = 60;
     state.canPlay = true;
     return state;
@@ -103,16 +92,10 @@ MediaState playing(const char *title) {
 
 struct DBusMediaControlsTest : testing::Test {
     bool namesHave(const QString &name) { return QDBusConnection::sessionBus().interface()->isServiceRegistered(name); }
-    bool soon(const std::function<bool()> &condition) {
-        return test::eventually([&] {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-            return condition();
-        });
-    }
     PrivateBus bus;
     Panel panel;
     Commands commands;
-    DBusMediaControls controls{QStringLiteral("test"), QStringLiteral("Test"), QStringLiteral("com.example.Test")};
+    DBusMediaControls controls{"test", "Test", "com.example.Test"};
 };
 
 TEST_F(DBusMediaControlsTest, ThePlayerIsThereWhileItIsOffered) {
@@ -121,7 +104,7 @@ TEST_F(DBusMediaControlsTest, ThePlayerIsThereWhileItIsOffered) {
     EXPECT_FALSE(namesHave(kName));
     ASSERT_TRUE(controls.offer(commands));
     EXPECT_TRUE(namesHave(kName));
-    DBusMediaControls other(QStringLiteral("test"), QStringLiteral("Test"), QStringLiteral("com.example.Test"));
+    DBusMediaControls other("test", "Test", "com.example.Test");
     ASSERT_TRUE(other.offer(commands));
     const QString second = kName + QStringLiteral(".instance%1").arg(QCoreApplication::applicationPid());
     EXPECT_TRUE(namesHave(second));
@@ -137,34 +120,31 @@ TEST_F(DBusMediaControlsTest, ThePlayerIsThereWhileItIsOffered) {
 TEST_F(DBusMediaControlsTest, ItTellsWhatIsPlayed) {
     ASSERT_TRUE(controls.offer(commands));
     MediaState state = playing("Rain & Wind");
-    state.artist = QStringLiteral("A");
-    state.album = QStringLiteral("B");
+    state.artist = "A";
+    state.album = "B";
     state.seconds = 61.5;
     controls.show(state);
     QVariantMap player = Panel::all(kPlayer);
-    EXPECT_EQ(player.value(QStringLiteral("PlaybackStatus")), QStringLiteral("Playing"));
-    EXPECT_EQ(player.value(QStringLiteral("Position")).toLongLong(), 30'000'000);
-    EXPECT_EQ(player.value(QStringLiteral("Rate")).toDouble(), 1);
-    EXPECT_EQ(player.value(QStringLiteral("Position")).typeId(), QMetaType::LongLong);
-    const QVariantMap metadata = qdbus_cast<QVariantMap>(player.value(QStringLiteral("Metadata")));
-    EXPECT_EQ(metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path(),
-              QStringLiteral("/com/example/Test/track/1"));
-    EXPECT_EQ(metadata.value(QStringLiteral("mpris:length")), QVariant(61'500'000LL));
-    EXPECT_EQ(metadata.value(QStringLiteral("xesam:title")), QStringLiteral("Rain & Wind"));
-    EXPECT_EQ(metadata.value(QStringLiteral("xesam:artist")).toStringList(), QStringList{QStringLiteral("A")});
-    EXPECT_EQ(metadata.value(QStringLiteral("xesam:album")), QStringLiteral("B"));
-    EXPECT_EQ(metadata.value(QStringLiteral("xesam:url")), QStringLiteral("file:///music/Rain%20&%20Wind.mp3"));
-    EXPECT_EQ(
-        Panel::call(kProperties, "Set", {kPlayer, QStringLiteral("Volume"), QVariant::fromValue(QDBusVariant(0.5))})
-            .type(),
-        QDBusMessage::ErrorMessage);
+    EXPECT_EQ(player.value("PlaybackStatus"), "Playing");
+    EXPECT_EQ(player.value("Position").toLongLong(), 30'000'000);
+    EXPECT_EQ(player.value("Rate").toDouble(), 1);
+    EXPECT_EQ(player.value("Position").typeId(), QMetaType::LongLong);
+    const QVariantMap metadata = qdbus_cast<QVariantMap>(player.value("Metadata"));
+    EXPECT_EQ(metadata.value("mpris:trackid").value<QDBusObjectPath>().path(), "/com/example/Test/track/1");
+    EXPECT_EQ(metadata.value("mpris:length"), QVariant(61'500'000LL));
+    EXPECT_EQ(metadata.value("xesam:title"), "Rain & Wind");
+    EXPECT_EQ(metadata.value("xesam:artist").toStringList(), QStringList{"A"});
+    EXPECT_EQ(metadata.value("xesam:album"), "B");
+    EXPECT_EQ(metadata.value("xesam:url"), "file:///music/Rain%20&%20Wind.mp3");
+    EXPECT_EQ(Panel::call(kProperties, "Set", {kPlayer, "Volume", QVariant::fromValue(QDBusVariant(0.5))}).type(),
+              QDBusMessage::ErrorMessage);
 }
 
 TEST_F(DBusMediaControlsTest, OnlyWhatHasChangedIsTold) {
     ASSERT_TRUE(controls.offer(commands));
     MediaState state = playing("Rain");
     // Each change is waited for: what is sent in one go may come in any order.
-    const auto told = [&](qsizetype count) { return soon([&] { return panel.changes.size() == count; }); };
+    const auto told = [&](qsizetype count) { return test::eventually([&] { return panel.changes.size() == count; }); };
     controls.show(state);
     controls.show(state);
     commands.at = 31; // is asked for, never told
@@ -176,25 +156,24 @@ TEST_F(DBusMediaControlsTest, OnlyWhatHasChangedIsTold) {
     state.canGoNext = true;
     controls.show(state);
     ASSERT_TRUE(told(3));
-    state.track = QUrl::fromLocalFile(QStringLiteral("/music/other/Rain.mp3"));
+    state.track = QUrl::fromLocalFile("/music/other/Rain.mp3");
     controls.show(state);
     ASSERT_TRUE(told(4));
     controls.positionDidJump();
     controls.show({});
-    ASSERT_TRUE(told(5) && soon([&] { return !panel.jumps.isEmpty(); }));
+    ASSERT_TRUE(told(5) && test::eventually([&] { return !panel.jumps.isEmpty(); }));
     EXPECT_EQ(panel.changed(),
-              (QStringList{QStringLiteral("CanPause CanPlay CanSeek Metadata PlaybackStatus"),
-                           QStringLiteral("PlaybackStatus"), QStringLiteral("CanGoNext"), QStringLiteral("Metadata"),
-                           QStringLiteral("CanGoNext CanPause CanPlay CanSeek Metadata PlaybackStatus")}));
-    EXPECT_EQ(panel.changes[1].value(QStringLiteral("PlaybackStatus")), QStringLiteral("Paused"));
+              (QStringList{"CanPause CanPlay CanSeek Metadata PlaybackStatus", "PlaybackStatus", "CanGoNext",
+                           "Metadata", "CanGoNext CanPause CanPlay CanSeek Metadata PlaybackStatus"}));
+    EXPECT_EQ(panel.changes[1].value("PlaybackStatus"), "Paused");
     EXPECT_EQ(panel.jumps, QList<qlonglong>{31'000'000});
 }
 
 TEST_F(DBusMediaControlsTest, WhatIsAskedReachesThePlayerAndNothingElseDoes) {
     ASSERT_TRUE(controls.offer(commands));
     const auto track = [] {
-        const auto metadata = qdbus_cast<QVariantMap>(Panel::all(kPlayer).value(QStringLiteral("Metadata")));
-        return metadata.value(QStringLiteral("mpris:trackid"));
+        const auto metadata = qdbus_cast<QVariantMap>(Panel::all(kPlayer).value("Metadata"));
+        return metadata.value("mpris:trackid");
     };
     Panel::call(kPlayer, "Seek", {5'000'000LL}); // Nothing is played.
     controls.show(playing("Rain"));
@@ -217,15 +196,13 @@ TEST_F(DBusMediaControlsTest, WhatIsAskedReachesThePlayerAndNothingElseDoes) {
                  {"SetPosition", {first, 60'000'000LL}, "seek 60"},
                  {"SetPosition", {first, 60'000'001LL}, nullptr},
                  {"SetPosition", {first, -1LL}, nullptr},
-                 {"SetPosition", {QVariant::fromValue(QDBusObjectPath(QStringLiteral("/a/b"))), 1LL}, nullptr},
-                 {"Seek", {QStringLiteral("far")}, nullptr},
-                 {"OpenUri", {QStringLiteral("file:///etc/passwd")}, nullptr}};
+                 {"SetPosition", {QVariant::fromValue(QDBusObjectPath("/a/b")), 1LL}, nullptr},
+                 {"Seek", {"far"}, nullptr},
+                 {"OpenUri", {"file:///etc/passwd"}, nullptr}};
     for (const auto &one : cases) {
         commands.calls.clear();
         Panel::call(kPlayer, one.method, one.arguments);
-        EXPECT_EQ(commands.calls,
-                  one.reaches == nullptr ? QStringList() : QStringList{QString::fromLatin1(one.reaches)})
-            << one.method;
+        EXPECT_EQ(commands.calls, one.reaches == nullptr ? QStringList() : QStringList{one.reaches}) << one.method;
     }
     controls.show(playing("Wind"));
     commands.calls.clear();
@@ -234,13 +211,13 @@ TEST_F(DBusMediaControlsTest, WhatIsAskedReachesThePlayerAndNothingElseDoes) {
     EXPECT_NE(track(), first);
     Panel::call(kRoot, "Raise");
     Panel::call(kRoot, "Quit");
-    EXPECT_EQ(commands.calls, (QStringList{QStringLiteral("show"), QStringLiteral("quit")}));
+    EXPECT_EQ(commands.calls, (QStringList{"show", "quit"}));
 }
 
 TEST(DBusMediaControls, WithoutABusNobodyCanAsk) {
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/no/such/bus");
     Commands commands;
-    DBusMediaControls controls(QStringLiteral("test"), QStringLiteral("Test"), {});
+    DBusMediaControls controls("test", "Test", {});
     EXPECT_FALSE(controls.offer(commands));
     controls.show(playing("Rain"));
     controls.positionDidJump();

@@ -1,12 +1,11 @@
 #include "platform/desktop/dbus/DBusNotifications.h"
 
+#include "tests/support/FakeService.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateWorld.h"
 
-#include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
-#include <QDBusVirtualObject>
 
 #include <gtest/gtest.h>
 
@@ -14,27 +13,17 @@ namespace cantorel::desktop {
 namespace {
 
 using test::eventually;
+using test::FakeService;
 using test::PrivateBus;
 
-const QString kName = QStringLiteral("org.freedesktop.Notifications");
-const QString kPath = QStringLiteral("/org/freedesktop/Notifications");
-
-bool soon(const std::function<bool()> &condition) {
-    return eventually([&] {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        return condition();
-    });
-}
+const QString kName = "org.freedesktop.Notifications";
+const QString kPath = "/org/freedesktop/Notifications";
 
 // A notification server: what it is asked stands in calls, what it showed last in its fields.
-class FakeServer : public QDBusVirtualObject {
+class FakeServer : public FakeService {
 public:
-    explicit FakeServer(QStringList capabilities) : mCapabilities(std::move(capabilities)) {
-        EXPECT_TRUE(mBus.registerVirtualObject(kPath, this) && mBus.registerService(kName));
-    }
-    ~FakeServer() override { QDBusConnection::disconnectFromBus(kName); }
+    explicit FakeServer(QStringList capabilities) : FakeService(kName, kPath), mCapabilities(std::move(capabilities)) {}
 
-    QStringList calls;
     QStringList actions;
     QVariantMap hints;
     int timeout = 0;
@@ -42,9 +31,7 @@ public:
     bool refuses = false, isSlow = false;
 
     void tell(const char *signal, quint32 id, const QVariant &second) {
-        QDBusMessage message = QDBusMessage::createSignal(kPath, kName, QString::fromLatin1(signal));
-        message << id << second;
-        mBus.send(message);
+        FakeService::tell(kName, signal, {id, second});
     }
     // What a slow server has not answered yet.
     void answerAll() {
@@ -52,19 +39,18 @@ public:
             mBus.send(reply);
     }
 
-    QString introspect(const QString &) const override { return {}; }
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
         const QVariantList arguments = message.arguments();
         calls << message.member();
-        if (message.member() == QStringLiteral("GetCapabilities"))
+        if (message.member() == "GetCapabilities")
             return bus.send(message.createReply(mCapabilities));
-        if (message.member() == QStringLiteral("CloseNotification")) {
+        if (message.member() == "CloseNotification") {
             calls.last() += QStringLiteral(" %1").arg(arguments[0].toUInt());
             return bus.send(message.createReply());
         }
-        EXPECT_EQ(message.signature(), QStringLiteral("susssasa{sv}i"));
+        EXPECT_EQ(message.signature(), "susssasa{sv}i");
         if (refuses)
-            return bus.send(message.createErrorReply(QDBusError::LimitsExceeded, QStringLiteral("too many")));
+            return bus.send(message.createErrorReply(QDBusError::LimitsExceeded, "too many"));
         calls.last() = QStringLiteral("%1 replaces %2: %3 | %4")
                            .arg(arguments[0].toString())
                            .arg(arguments[1].toUInt())
@@ -82,52 +68,47 @@ public:
 
 private:
     const QStringList mCapabilities;
-    QDBusConnection mBus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, kName);
     std::vector<QDBusMessage> mHeld;
 };
 
 struct DBusNotificationsTest : testing::Test {
     // A message with a button, whose fate is written down.
     Notification message(const char *title, const char *text = "") {
-        const QString name = QString::fromLatin1(title);
+        const QString name = title;
         return {.title = name,
-                .text = QString::fromUtf8(text),
-                .actions = {{Notification::click(), QStringLiteral("Open")},
-                            {QStringLiteral("folder"), QStringLiteral("Folder")}},
-                .shown = [this, name] { told << name + QStringLiteral(" shown"); },
-                .refused = [this, name] { told << name + QStringLiteral(" refused"); },
-                .pressed = [this, name](const QString &action) { told << name + QLatin1Char(' ') + action; },
-                .ended = [this, name] { told << name + QStringLiteral(" ended"); }};
+                .text = text,
+                .actions = {{Notification::click(), "Open"}, {"folder", "Folder"}},
+                .shown = [this, name] { told << name + " shown"; },
+                .refused = [this, name] { told << name + " refused"; },
+                .pressed = [this, name](const QString &action) { told << name + ' ' + action; },
+                .ended = [this, name] { told << name + " ended"; }};
     }
     Notification lasting(const char *title) {
         Notification made = message(title);
         made.isLasting = true;
         return made;
     }
-    void show(const Notification &notification, const char *tag = "tag") {
-        notifications->show(QString::fromLatin1(tag), notification);
-    }
-    void close(const char *tag = "tag") { notifications->close(QString::fromLatin1(tag)); }
+    void show(const Notification &notification, const char *tag = "tag") { notifications->show(tag, notification); }
+    void close(const char *tag = "tag") { notifications->close(tag); }
     bool tells(const QStringList &what) {
-        return soon([&] { return told.size() >= what.size(); }) && told == what;
+        return eventually([&] { return told.size() >= what.size(); }) && told == what;
     }
 
     PrivateBus bus;
     QStringList told;
-    std::unique_ptr<DBusNotifications> notifications =
-        std::make_unique<DBusNotifications>(QStringLiteral("App"), QStringLiteral("com.example.App"));
+    std::unique_ptr<DBusNotifications> notifications = std::make_unique<DBusNotifications>("App", "com.example.App");
 };
 
 TEST_F(DBusNotificationsTest, NothingIsAskedBeforeTheFirstMessageAndTheCapabilitiesOnce) {
-    FakeServer server({QStringLiteral("actions"), QStringLiteral("body")});
-    const auto look = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("look"));
+    FakeServer server({"actions", "body"});
+    const auto look = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "look");
     const QStringList names = look.interface()->registeredServiceNames();
-    EXPECT_EQ(names.filter(QStringLiteral(":")).size(), 2) << "the server and who looks";
+    EXPECT_EQ(names.filter(":").size(), 2) << "the server and who looks";
     show(message("One", "a"));
     show(message("Two", "b"), "other");
     ASSERT_TRUE(tells({"Two shown", "One shown"})) << told.join(',').toStdString();
     EXPECT_EQ(server.calls, (QStringList{"GetCapabilities", "App replaces 0: Two | b", "App replaces 0: One | a"}));
-    EXPECT_EQ(server.hints.value(QStringLiteral("desktop-entry")).toString(), QStringLiteral("com.example.App"));
+    EXPECT_EQ(server.hints.value("desktop-entry").toString(), "com.example.App");
     EXPECT_EQ(server.timeout, -1);
 }
 
@@ -142,7 +123,7 @@ TEST_F(DBusNotificationsTest, WhatAServerCannotDoIsLeftOut) {
     for (const auto &one : cases) {
         told.clear();
         FakeServer server(one.capabilities);
-        notifications = std::make_unique<DBusNotifications>(QStringLiteral("App"), QStringLiteral("com.example.App"));
+        notifications = std::make_unique<DBusNotifications>("App", "com.example.App");
         show(message("Ready", "a <b>&.mp3"));
         ASSERT_TRUE(tells({"Ready shown"}));
         EXPECT_EQ(server.actions, one.actions);
@@ -156,7 +137,7 @@ TEST_F(DBusNotificationsTest, AMessageReplacesTheOneOfItsTagAlsoWhileThatIsOnIts
     ASSERT_TRUE(tells({"One shown"}));
     server.isSlow = true;
     show(message("Two"));
-    ASSERT_TRUE(soon([&] { return server.calls.size() == 3; }));
+    ASSERT_TRUE(eventually([&] { return server.calls.size() == 3; }));
     show(message("Three"));
     show(message("Four"));
     server.isSlow = false;
@@ -164,7 +145,7 @@ TEST_F(DBusNotificationsTest, AMessageReplacesTheOneOfItsTagAlsoWhileThatIsOnIts
     ASSERT_TRUE(tells({"One shown", "Four shown"})) << told.join(',').toStdString();
     EXPECT_EQ(server.calls, (QStringList{"GetCapabilities", "App replaces 0: One | ", "App replaces 7: Two | ",
                                          "App replaces 7: Four | "}));
-    server.tell("ActionInvoked", 7, QStringLiteral("folder"));
+    server.tell("ActionInvoked", 7, "folder");
     EXPECT_TRUE(tells({"One shown", "Four shown", "Four folder"}));
 }
 
@@ -172,19 +153,19 @@ TEST_F(DBusNotificationsTest, WhatIsPressedAndPutAwayIsToldOnceAndOnlyOfOwnMessa
     FakeServer server({"actions"});
     show(message("One"));
     ASSERT_TRUE(tells({"One shown"}));
-    server.tell("ActionInvoked", 99, QStringLiteral("folder"));
+    server.tell("ActionInvoked", 99, "folder");
     // Another program cannot press.
-    auto stranger = QDBusMessage::createSignal(kPath, kName, QStringLiteral("ActionInvoked"));
-    stranger << quint32{7} << QStringLiteral("folder");
+    auto stranger = QDBusMessage::createSignal(kPath, kName, "ActionInvoked");
+    stranger << quint32{7} << "folder";
     QDBusConnection::sessionBus().send(stranger);
-    server.tell("ActionInvoked", 7, QStringLiteral("default"));
+    server.tell("ActionInvoked", 7, "default");
     server.tell("NotificationClosed", 7, quint32{2});
     server.tell("NotificationClosed", 7, quint32{2});
-    server.tell("ActionInvoked", 7, QStringLiteral("folder"));
+    server.tell("ActionInvoked", 7, "folder");
     ASSERT_TRUE(tells({"One shown", "One default", "One ended"})) << told.join(',').toStdString();
     show(message("Two"));
     EXPECT_TRUE(tells({"One shown", "One default", "One ended", "Two shown"})) << told.join(',').toStdString();
-    EXPECT_EQ(server.calls.last(), QStringLiteral("App replaces 0: Two | ")) << "the first one is gone";
+    EXPECT_EQ(server.calls.last(), "App replaces 0: Two | ") << "the first one is gone";
 }
 
 TEST_F(DBusNotificationsTest, WhatIsClosedGoesAndHearsNothingAlsoWhileItIsOnItsWay) {
@@ -197,10 +178,10 @@ TEST_F(DBusNotificationsTest, WhatIsClosedGoesAndHearsNothingAlsoWhileItIsOnItsW
     close();
     server.isSlow = true;
     show(message("Two"));
-    ASSERT_TRUE(soon([&] { return server.calls.size() == 4; }));
+    ASSERT_TRUE(eventually([&] { return server.calls.size() == 4; }));
     close();
     server.answerAll();
-    ASSERT_TRUE(soon([&] { return server.calls.size() == 5; }));
+    ASSERT_TRUE(eventually([&] { return server.calls.size() == 5; }));
     EXPECT_EQ(server.calls, (QStringList{"GetCapabilities", "App replaces 0: One | ", "CloseNotification 7",
                                          "App replaces 0: Two | ", "CloseNotification 8"}));
     EXPECT_EQ(told, QStringList{"One shown"});
@@ -212,7 +193,7 @@ TEST_F(DBusNotificationsTest, ALastingMessageStaysAndIsOnlyShownWithItsButtons) 
         show(lasting("Sign"));
         ASSERT_TRUE(tells({"Sign shown"}));
         EXPECT_EQ(server.timeout, 0);
-        EXPECT_TRUE(server.hints.value(QStringLiteral("resident")).toBool());
+        EXPECT_TRUE(server.hints.value("resident").toBool());
     }
     ASSERT_TRUE(tells({"Sign shown", "Sign ended"})) << "its server has gone";
     told.clear();

@@ -1,43 +1,37 @@
 #include "platform/desktop/dbus/DBusRemoteControl.h"
 
 #include "lang/Lang.h"
-#include "platform/desktop/dbus/OwnConnection.h"
+#include "tests/support/FakeService.h"
 #include "tests/support/PrivateBus.h"
 
-#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusVirtualObject>
+#include <QTimer>
 
 #include <gtest/gtest.h>
-
-#include <atomic>
-#include <thread>
 
 namespace cantorel::desktop {
 namespace {
 
+using test::FakeService;
 using test::PrivateBus;
+using test::whileServing;
 
-const QString kName = QStringLiteral("com.example.Test");
-const QString kPath = QStringLiteral("/com/example/Test");
-const QString kInterface = QStringLiteral("com.example.Test.Commands");
+const QString kName = "com.example.Test";
+const QString kPath = "/com/example/Test";
+const QString kInterface = "com.example.Test.Commands";
 
 struct Commands : RemoteCommands {
     QStringList calls;
 
     std::vector<RemoteMethod> methods() const override {
-        return {{QStringLiteral("Tell"), {}},
-                {QStringLiteral("Rename"), {QStringLiteral("from"), QStringLiteral("to")}},
-                {QStringLiteral("Refuse"), {}}};
+        return {{"Tell", {}}, {"Rename", {"from", "to"}}, {"Refuse", {}}};
     }
     foundation::Result<QVariantMap> call(const QString &method, const QStringList &arguments) override {
-        calls << method + arguments.join(QLatin1Char('|'));
-        if (method == QStringLiteral("Refuse"))
+        calls << method + arguments.join('|');
+        if (method == "Refuse")
             return foundation::Failure{QStringLiteral("It can't be."), {}};
-        return QVariantMap{{QStringLiteral("text"), QStringLiteral("ü")},
-                           {QStringLiteral("bytes"), qint64{1} << 40},
-                           {QStringLiteral("seconds"), 1.5}};
+        return QVariantMap{{"text", "ü"}, {"bytes", qint64{1} << 40}, {"seconds", 1.5}};
     }
 };
 
@@ -47,23 +41,8 @@ struct Offer {
     bool ok = control.offer(commands).ok();
 };
 
-// What another program is answered while this thread serves.
-template <class Question> auto whileServing(Question question) {
-    std::atomic<bool> done = false;
-    decltype(question()) answer;
-    std::thread worker([&] {
-        answer = question();
-        done = true;
-    });
-    while (!done)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    worker.join();
-    return answer;
-}
-
 std::optional<foundation::Result<QVariantMap>> ask(const char *method, const QStringList &arguments = {}) {
-    return whileServing(
-        [&] { return DBusRemoteControl(kName, kPath, kInterface).ask(QString::fromLatin1(method), arguments); });
+    return whileServing([&] { return DBusRemoteControl(kName, kPath, kInterface).ask(method, arguments); });
 }
 
 } // namespace
@@ -74,28 +53,24 @@ TEST(DBusRemoteControl, AnswersAndRefusalsArriveAsTheyWereGiven) {
     ASSERT_TRUE(offer.ok);
     const auto told = ask("Tell");
     ASSERT_TRUE(told && told->ok());
-    EXPECT_EQ(told->value(), (QVariantMap{{QStringLiteral("text"), QStringLiteral("ü")},
-                                          {QStringLiteral("bytes"), qint64{1} << 40},
-                                          {QStringLiteral("seconds"), 1.5}}));
-    EXPECT_TRUE(ask("Rename", {QStringLiteral("/a b"), QStringLiteral("ä")})->ok());
+    EXPECT_EQ(told->value(), (QVariantMap{{"text", "ü"}, {"bytes", qint64{1} << 40}, {"seconds", 1.5}}));
+    EXPECT_TRUE(ask("Rename", {"/a b", "ä"})->ok());
     const auto refused = ask("Refuse");
     ASSERT_TRUE(refused && !refused->ok());
     EXPECT_EQ(Lang::english(refused->failure().sentence), QStringLiteral("It can't be."));
-    EXPECT_EQ(offer.commands.calls,
-              (QStringList{QStringLiteral("Tell"), QStringLiteral("Rename/a b|ä"), QStringLiteral("Refuse")}));
+    EXPECT_EQ(offer.commands.calls, (QStringList{"Tell", "Rename/a b|ä", "Refuse"}));
 }
 
 TEST(DBusRemoteControl, CallsOfAnotherShapeNeverReachTheCommands) {
     const PrivateBus bus;
     Offer offer;
     ASSERT_TRUE(offer.ok);
-    for (const auto &[method, arguments] :
-         {std::pair{"Rename", QStringList{QStringLiteral("one")}}, {"Tell", {QStringLiteral("more")}}, {"No", {}}}) {
+    for (const auto &[method, arguments] : {std::pair{"Rename", QStringList{"one"}}, {"Tell", {"more"}}, {"No", {}}}) {
         const auto answer = ask(method, arguments);
         EXPECT_TRUE(answer && !answer->ok()) << method;
     }
     const auto number = whileServing([] {
-        auto call = QDBusMessage::createMethodCall(kName, kPath, kInterface, QStringLiteral("Rename"));
+        auto call = QDBusMessage::createMethodCall(kName, kPath, kInterface, "Rename");
         call << 1 << 2;
         return QDBusConnection::sessionBus().call(call);
     });
@@ -119,31 +94,19 @@ TEST(DBusRemoteControl, OneProgramOffersAtATimeAndTheNextOneAfterIt) {
     EXPECT_TRUE(Offer().ok);
 }
 
-// Takes a call, and owes the answer.
-struct Silent : QDBusVirtualObject {
-    bool wasAsked = false;
-    QString introspect(const QString &) const override { return {}; }
-    bool handleMessage(const QDBusMessage &, const QDBusConnection &) override { return wasAsked = true; }
+// Ends instead of answering.
+struct Silent : FakeService {
+    using FakeService::FakeService;
+    bool handleMessage(const QDBusMessage &, const QDBusConnection &) override {
+        QTimer::singleShot(0, qApp, [this] { delete this; });
+        return true;
+    }
 };
 
 TEST(DBusRemoteControl, OneThatEndsInsteadOfAnsweringIsNobody) {
     const PrivateBus bus;
-    Silent silent;
-    auto connection = std::make_unique<OwnConnection>(QStringLiteral("silent"));
-    ASSERT_TRUE(connection->bus().registerVirtualObject(kPath, &silent) && connection->bus().registerService(kName));
-    std::atomic<bool> done = false;
-    std::optional<foundation::Result<QVariantMap>> answer = QVariantMap();
-    std::thread worker([&] {
-        answer = DBusRemoteControl(kName, kPath, kInterface).ask(QStringLiteral("Tell"), {});
-        done = true;
-    });
-    while (!done) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        if (silent.wasAsked)
-            connection.reset();
-    }
-    worker.join();
-    EXPECT_FALSE(answer.has_value());
+    new Silent(kName, kPath);
+    EXPECT_FALSE(ask("Tell").has_value());
 }
 
 TEST(DBusRemoteControl, WithoutABusNobodyIsReachedAndThatIsSaid) {
@@ -151,9 +114,9 @@ TEST(DBusRemoteControl, WithoutABusNobodyIsReachedAndThatIsSaid) {
     Commands commands;
     DBusRemoteControl control(kName, kPath, kInterface);
     EXPECT_FALSE(control.offer(commands).ok());
-    const auto answer = control.ask(QStringLiteral("Tell"), {});
+    const auto answer = control.ask("Tell", {});
     ASSERT_TRUE(answer && !answer->ok());
-    EXPECT_TRUE(Lang::english(answer->failure().sentence).contains(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")));
+    EXPECT_TRUE(Lang::english(answer->failure().sentence).contains("DBUS_SESSION_BUS_ADDRESS"));
 }
 
 TEST(DBusRemoteControl, TheBusCanTellWhatThereIsToAsk) {
@@ -161,12 +124,12 @@ TEST(DBusRemoteControl, TheBusCanTellWhatThereIsToAsk) {
     Offer offer;
     ASSERT_TRUE(offer.ok);
     const auto xml = whileServing([] {
-        return QDBusConnection::sessionBus().call(QDBusMessage::createMethodCall(
-            kName, kPath, QStringLiteral("org.freedesktop.DBus.Introspectable"), QStringLiteral("Introspect")));
+        return QDBusConnection::sessionBus().call(
+            QDBusMessage::createMethodCall(kName, kPath, "org.freedesktop.DBus.Introspectable", "Introspect"));
     });
     const QString text = xml.arguments().value(0).toString();
-    EXPECT_TRUE(text.contains(QStringLiteral("<method name=\"Rename\">"))) << text.toStdString();
-    EXPECT_TRUE(text.contains(QStringLiteral("<arg name=\"to\" type=\"s\" direction=\"in\"/>")));
+    EXPECT_TRUE(text.contains("<method name=\"Rename\">")) << text.toStdString();
+    EXPECT_TRUE(text.contains("<arg name=\"to\" type=\"s\" direction=\"in\"/>"));
 }
 
 } // namespace cantorel::desktop

@@ -17,50 +17,50 @@ namespace {
 TEST(ShellScriptHost, ATextThatIsNoScriptDoesNotCompileAndIsNotRun) {
     ShellScriptHost host;
     const QTemporaryDir folder;
-    const QString mark = folder.filePath(QStringLiteral("mark"));
+    const QString mark = folder.filePath("mark");
     const auto compiled = host.compile(QStringLiteral("touch %1; if true; then").arg(mark));
     ASSERT_FALSE(compiled.ok());
-    EXPECT_TRUE(compiled.failure().detail.contains(QStringLiteral("yntax error")));
+    EXPECT_TRUE(compiled.failure().detail.contains("yntax error"));
     EXPECT_TRUE(host.compile(QStringLiteral("touch %1").arg(mark)).ok());
-    EXPECT_TRUE(host.compile(QStringLiteral("tell application \"Finder\" to shut down")).ok());
+    EXPECT_TRUE(host.compile("tell application \"Finder\" to shut down").ok());
     EXPECT_FALSE(QFile::exists(mark));
 }
 
 TEST(ShellScriptHost, ExecutingAnswersTheOutputOrHowItFailed) {
     ShellScriptHost host;
-    EXPECT_EQ(host.execute(QStringLiteral("echo \"$#\"; echo two >&2")).value(), QStringLiteral("0\ntwo\n"));
-    const auto failed = host.execute(QStringLiteral("echo why; exit 3"));
+    EXPECT_EQ(host.execute("echo \"$#\"; echo two >&2").value(), "0\ntwo\n");
+    const auto failed = host.execute("echo why; exit 3");
     ASSERT_FALSE(failed.ok());
-    EXPECT_EQ(failed.failure().detail, QStringLiteral("why\n(status 3)"));
-    EXPECT_EQ(Lang::english(failed.failure().sentence), QStringLiteral("why"));
-    EXPECT_EQ(host.execute(QStringLiteral("exit 3")).failure().sentence, QStringLiteral("A script failed: status 3."));
+    EXPECT_EQ(failed.failure().detail, "why\n(status 3)");
+    EXPECT_EQ(Lang::english(failed.failure().sentence), "why");
+    EXPECT_EQ(host.execute("exit 3").failure().sentence, QStringLiteral("A script failed: status 3."));
 }
 
 TEST(ShellScriptHost, AScriptThatHangsIsEnded) {
     ShellScriptHost host(std::chrono::milliseconds(100));
-    const auto ended = host.execute(QStringLiteral("exec sleep 60"));
+    const auto ended = host.execute("exec sleep 60");
     ASSERT_FALSE(ended.ok());
-    EXPECT_TRUE(ended.failure().detail.contains(QStringLiteral("too long")));
+    EXPECT_TRUE(ended.failure().detail.contains("too long"));
 }
 
 TEST(ShellScriptHost, ThePreludeShutsDownThroughLogin1AndRefusesWhatItDoesNotKnow) {
     const QTemporaryDir folder;
-    testing::storeProgram(folder.filePath(QStringLiteral("dbus-send")), "#!/bin/sh\necho \"$@\"\n");
-    qputenv("PATH", (folder.path() + QLatin1Char(':')).toUtf8() + qgetenv("PATH"));
+    test::storeProgram(folder.filePath("dbus-send"), "#!/bin/sh\necho \"$@\"\n");
+    qputenv("PATH", (folder.path() + ':').toUtf8() + qgetenv("PATH"));
     ShellScriptHost host;
-    const auto shutDown = host.execute(QStringLiteral("tell application \"Finder\" to shut down"));
+    const auto shutDown = host.execute("tell application \"Finder\" to shut down");
     ASSERT_TRUE(shutDown.ok());
-    EXPECT_TRUE(shutDown.value().contains(QStringLiteral("org.freedesktop.login1.Manager.PowerOff boolean:true")));
-    EXPECT_FALSE(host.execute(QStringLiteral("tell application \"Finder\" to dance")).ok());
+    EXPECT_TRUE(shutDown.value().contains("org.freedesktop.login1.Manager.PowerOff boolean:true"));
+    EXPECT_FALSE(host.execute("tell application \"Finder\" to dance").ok());
 }
 
 TEST(ShellScriptHost, OpenIsTheProductsOwnAndHandsFilesToTheDesktop) {
     const QTemporaryDir folder;
-    testing::storeProgram(folder.filePath(QStringLiteral("open")), "#!/bin/sh\necho another open\n");
-    testing::storeProgram(folder.filePath(QStringLiteral("xdg-open")), "#!/bin/sh\necho \"desktop opens $1\"\n");
-    qputenv("PATH", (folder.path() + QLatin1Char(':')).toUtf8() + qgetenv("PATH"));
+    test::storeProgram(folder.filePath("open"), "#!/bin/sh\necho another open\n");
+    test::storeProgram(folder.filePath("xdg-open"), "#!/bin/sh\necho \"desktop opens $1\"\n");
+    qputenv("PATH", (folder.path() + ':').toUtf8() + qgetenv("PATH"));
     ShellScriptHost host;
-    EXPECT_EQ(host.execute(QStringLiteral("open '/tmp/a b'")).value(), QStringLiteral("desktop opens /tmp/a b\n"));
+    EXPECT_EQ(host.execute("open '/tmp/a b'").value(), "desktop opens /tmp/a b\n");
 }
 
 } // namespace

@@ -24,7 +24,7 @@ public:
     void hotKeyPressed(const EventHotKeyID &identity) override { identities.push_back(identity.id); }
 };
 
-class X11HotKeysTest : public ::testing::Test {
+class X11HotKeysTest : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(display.ready());
@@ -119,12 +119,12 @@ TEST_F(X11HotKeysTest, ACombinationThatIsHeldElsewhereIsToldOnceAndTheOthersWork
     ASSERT_TRUE(other);
     Presses others;
     const EventHotKeyRef held = other->RegisterEventHotKey(kStart, {1, 1}, others);
-    EXPECT_EQ(other->triggerOf(held), QStringLiteral("Ctrl+Super+S"));
+    EXPECT_EQ(other->triggerOf(held), "Ctrl+Super+S");
     watchTheEnd();
     const EventHotKeyRef refused = hotKeys->RegisterEventHotKey(kStart, {1, 1}, presses);
     hotKeys->RegisterEventHotKey(kStart, {2, 2}, presses);
     EXPECT_EQ(troubles.size(), 1);
-    EXPECT_TRUE(troubles.value(0).contains(QStringLiteral("Ctrl+Super+S"))) << troubles.value(0).toStdString();
+    EXPECT_TRUE(troubles.value(0).contains("Ctrl+Super+S")) << troubles.value(0).toStdString();
     EXPECT_EQ(hotKeys->triggerOf(refused), QString());
     display.strike({kControl, kSuper, 's'});
     EXPECT_TRUE(eventually([&] { return others.identities.size() == 1; }));
@@ -161,7 +161,7 @@ TEST_F(X11HotKeysTest, KeysThatAreNeededForTypingAreLeftAloneAndMissingOnesNamed
     hotKeys->RegisterEventHotKey({999, kControlModifier}, {4, 4}, presses); // no key at all
     EXPECT_EQ(troubles.size(), 4);
     for (const QString &trouble : troubles)
-        EXPECT_TRUE(trouble.endsWith(QLatin1Char('.')));
+        EXPECT_TRUE(trouble.endsWith('.'));
     for (const xcb_keysym_t key : {xcb_keysym_t{'a'}, xcb_keysym_t{'s'}, xcb_keysym_t{' '}})
         display.strike({key});
     EXPECT_TRUE(pressedTimes(0));
@@ -177,9 +177,9 @@ TEST_F(X11HotKeysTest, AServerThatVanishesIsToldAndNothingElseHappens) {
 }
 
 TEST(X11HotKeys, WithoutAServerTheReasonIsASentence) {
-    const auto opened = X11HotKeys::open(QStringLiteral(":61234"));
+    const auto opened = X11HotKeys::open(":61234");
     ASSERT_FALSE(opened.ok());
-    EXPECT_TRUE(Lang::english(opened.failure().sentence).endsWith(QLatin1Char('.')));
+    EXPECT_TRUE(Lang::english(opened.failure().sentence).endsWith('.'));
 }
 
 } // namespace

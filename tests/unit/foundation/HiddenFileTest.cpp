@@ -1,5 +1,6 @@
 #include "platform/foundation/HiddenFile.h"
 
+#include "platform/foundation/SearchPaths.h"
 #include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
@@ -12,11 +13,11 @@
 namespace cantorel::foundation {
 namespace {
 
-class HiddenFileTest : public ::testing::Test {
+class HiddenFileTest : public testing::Test {
 protected:
     HiddenFile make() {
         int error = 0;
-        auto made = HiddenFile::create(mFolder.path(), QStringLiteral("m4a"), error);
+        auto made = HiddenFile::create(mFolder.path(), "m4a", error);
         EXPECT_EQ(error, 0);
         return std::move(*made);
     }
@@ -26,14 +27,14 @@ protected:
 };
 
 TEST_F(HiddenFileTest, TakesNoNameThatIsTakenAndLeavesNothing) {
-    const QString name = mFolder.filePath(QStringLiteral("a"));
-    testing::store(name, "theirs");
+    const QString name = mFolder.filePath("a");
+    test::store(name, "theirs");
     EXPECT_EQ(make().take(name), EEXIST);
     EXPECT_EQ(make().replace(name, FileIdentity(mFolder.path())), ESTALE);
-    EXPECT_EQ(testing::contents(name), "theirs");
+    EXPECT_EQ(test::contents(name), "theirs");
     EXPECT_EQ(make().replace(name, FileIdentity(name)), 0);
-    EXPECT_EQ(testing::contents(name), "");
-    EXPECT_EQ(make().take(mFolder.filePath(QStringLiteral("b"))), 0);
+    EXPECT_EQ(test::contents(name), "");
+    EXPECT_EQ(make().take(mFolder.filePath("b")), 0);
     EXPECT_EQ(files(), QStringList({"a", "b"}));
 }
 
@@ -47,12 +48,30 @@ TEST_F(HiddenFileTest, SweepTakesOnlyWhatAnEndedProgramLeft) {
     ::waitpid(child, nullptr, 0);
     const char *theirs[] = {".cantorel-notes.m4a", ".cantorel-0123456789abcdef", ".converting-12.mp3", "track.m4a"};
     for (const char *name : theirs)
-        testing::store(mFolder.filePath(QString::fromLatin1(name)), "x");
-    ASSERT_TRUE(QFile::link("track.m4a", mFolder.filePath(QStringLiteral(".cantorel-0123456789abcdee.m4a"))));
+        test::store(mFolder.filePath(name), "x");
+    ASSERT_TRUE(QFile::link("track.m4a", mFolder.filePath(".cantorel-0123456789abcdee.m4a")));
     ASSERT_EQ(files().size(), 7);
     HiddenFile::sweep(mFolder.path());
     EXPECT_EQ(files().size(), 6);
     EXPECT_TRUE(QFile::exists(living.path()));
+}
+
+TEST(SearchPaths, TheMusicFolderIsTheOneOfUserDirs) {
+    EXPECT_EQ(searchPath(SearchPath::Music), QDir::homePath() + "/Music");
+    test::store(configurationFolder() + "/user-dirs.dirs", "XDG_MUSIC_DIR=\"$HOME/Klänge\"\n");
+    EXPECT_EQ(searchPath(SearchPath::Music), QDir::homePath() + "/Klänge");
+}
+
+TEST(SearchPaths, ARelativeXdgVariableIsIgnored) {
+    qputenv("XDG_STATE_HOME", "relative/path");
+    EXPECT_EQ(stateFolder(), QDir::homePath() + "/.local/state");
+}
+
+TEST(SearchPaths, ResourcesLieBesideTheProgramsFolderUnlessTheEnvironmentSaysOtherwise) {
+    const QString tests = QFile::symLinkTarget("/proc/self/exe").section('/', 0, -3);
+    EXPECT_EQ(resourcePath("a.plist"), tests + "/share/cantorel/a.plist");
+    qputenv("CANTOREL_RESOURCES", "/elsewhere/");
+    EXPECT_EQ(resourcePath("a.plist"), "/elsewhere/a.plist");
 }
 
 } // namespace

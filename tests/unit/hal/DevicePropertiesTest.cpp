@@ -7,6 +7,7 @@
 using namespace cantorel;
 using namespace cantorel::hal;
 using test::EmbeddedWorld;
+using test::named;
 
 namespace {
 
@@ -44,7 +45,7 @@ struct Heard {
 TEST(DeviceNames, AreUniqueWhateverTheServerCallsTheDevices) {
     EmbeddedWorld world;
     const auto plug = [&](const char *uid, const char *name, int in, int out) {
-        world.backend->plug(EmbeddedBackend::plainDevice(QString::fromLatin1(uid), QString::fromLatin1(name), in, out));
+        world.backend->plug(EmbeddedBackend::plainDevice(uid, name, in, out));
     };
     plug("headset_a_mic", "USB Headset", 1, 0);
     plug("headset_a", "USB Headset", 0, 2);
@@ -61,32 +62,31 @@ TEST(DeviceNames, AreUniqueWhateverTheServerCallsTheDevices) {
 
 TEST(DeviceNames, AndIdentifiersComeBackWithTheirDevice) {
     EmbeddedWorld world;
-    const AudioDeviceID microphone = EmbeddedWorld::deviceNamed(QStringLiteral("Built-in Microphone"));
-    world.backend->unplug(QStringLiteral("builtin_microphone"));
-    EXPECT_EQ(EmbeddedWorld::deviceNamed(QStringLiteral("Built-in Microphone")), 0u);
-    world.backend->plug(EmbeddedBackend::plainDevice(QStringLiteral("other"), QStringLiteral("Other"), 1, 0));
-    EXPECT_NE(EmbeddedWorld::deviceNamed(QStringLiteral("Other")), microphone);
-    world.backend->plug(
-        EmbeddedBackend::plainDevice(QStringLiteral("builtin_microphone"), QStringLiteral("Renamed"), 2, 0));
-    EXPECT_EQ(EmbeddedWorld::deviceNamed(QStringLiteral("Built-in Microphone")), microphone);
+    const AudioDeviceID microphone = named("Built-in Microphone");
+    world.backend->unplug("builtin_microphone");
+    EXPECT_EQ(named("Built-in Microphone"), 0u);
+    world.backend->plug(EmbeddedBackend::plainDevice("other", "Other", 1, 0));
+    EXPECT_NE(named("Other"), microphone);
+    world.backend->plug(EmbeddedBackend::plainDevice("builtin_microphone", "Renamed", 2, 0));
+    EXPECT_EQ(named("Built-in Microphone"), microphone);
     for (const AudioDeviceID device : EmbeddedWorld::devices())
         EXPECT_LT(device, 32768u);
 }
 
 TEST(DeviceProperties, TellSidesSizesAndFormats) {
     EmbeddedWorld world;
-    world.backend->plug(EmbeddedBackend::plainDevice(QStringLiteral("duplex"), QStringLiteral("Duplex"), 1, 4));
+    world.backend->plug(EmbeddedBackend::plainDevice("duplex", "Duplex", 1, 4));
     const struct {
         const char *name;
         std::uint32_t inputBuffers, outputBuffers;
     } expected[] = {
         {"Built-in Output", 0, 1}, {"Built-in Microphone", 1, 0}, {"Tessolar_AudioDevice", 1, 1}, {"Duplex", 1, 1}};
     for (const auto &[name, inputs, outputs] : expected) {
-        const AudioDeviceID device = EmbeddedWorld::deviceNamed(QString::fromLatin1(name));
+        const AudioDeviceID device = named(name);
         EXPECT_EQ(buffers(device, kAudioDevicePropertyScopeInput), inputs) << name;
         EXPECT_EQ(buffers(device, kAudioDevicePropertyScopeOutput), outputs) << name;
     }
-    const AudioDeviceID duplex = EmbeddedWorld::deviceNamed(QStringLiteral("Duplex"));
+    const AudioDeviceID duplex = named("Duplex");
     AudioStreamBasicDescription format = {};
     ASSERT_EQ(read(duplex, at(kAudioDevicePropertyStreamFormat, kAudioDevicePropertyScopeOutput), format), 0);
     EXPECT_EQ(format.mSampleRate, 48000);
@@ -111,9 +111,9 @@ TEST(DeviceProperties, TellSidesSizesAndFormats) {
 
 TEST(DeviceProperties, NamesFitTheRoomGiven) {
     EmbeddedWorld world;
-    const QString longName(100, QLatin1Char('x'));
-    world.backend->plug(EmbeddedBackend::plainDevice(QStringLiteral("long"), longName, 1, 0));
-    const AudioDeviceID device = EmbeddedWorld::deviceNamed(longName);
+    const QString longName(100, 'x');
+    world.backend->plug(EmbeddedBackend::plainDevice("long", longName, 1, 0));
+    const AudioDeviceID device = named(longName);
     char name[64 + 1];
     std::memset(name, '!', sizeof name);
     std::uint32_t size = 64;
@@ -130,7 +130,7 @@ TEST(DeviceProperties, NamesFitTheRoomGiven) {
 
 TEST(Volume, MovesByTheCubeRootAndIsAnnounced) {
     EmbeddedWorld world;
-    const AudioDeviceID output = EmbeddedWorld::deviceNamed(QStringLiteral("Built-in Output"));
+    const AudioDeviceID output = named("Built-in Output");
     const auto master = at(kAudioHardwareServiceDeviceProperty_VirtualMasterVolume, kAudioDevicePropertyScopeOutput);
     const auto left = at(kAudioDevicePropertyVolumeScalar, kAudioDevicePropertyScopeOutput, 1);
     Heard heard;
@@ -141,7 +141,7 @@ TEST(Volume, MovesByTheCubeRootAndIsAnnounced) {
     ASSERT_EQ(AudioHardwareServiceSetPropertyData(output, &master, 0, nullptr, sizeof half, &half), 0);
     const auto gains = world.backend->devices();
     for (const DeviceRecord &record : gains) {
-        if (record.uid == QStringLiteral("builtin_output")) {
+        if (record.uid == "builtin_output") {
             EXPECT_FLOAT_EQ(record.output.gains[1], 0.125f);
         }
     }
@@ -171,13 +171,13 @@ TEST(Listeners, HearOfDevicesAndDefaultsAndNothingAfterRemoval) {
     const auto defaultOutput = at(kAudioHardwarePropertyDefaultOutputDevice);
     for (const auto &address : {list, defaultOutput})
         AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, Heard::listen, &heard);
-    world.backend->unplug(QStringLiteral("builtin_output"));
+    world.backend->unplug("builtin_output");
     world.system->deliverChanges();
     EXPECT_EQ(heard.selectors, (std::vector{kAudioHardwarePropertyDefaultOutputDevice, kAudioHardwarePropertyDevices}));
     EXPECT_EQ(EmbeddedWorld::defaultOutput(), 0u) << "the virtual device is never chosen by itself";
 
     AudioObjectRemovePropertyListener(kAudioObjectSystemObject, &list, Heard::listen, &heard);
-    world.backend->plug(EmbeddedBackend::plainDevice(QStringLiteral("in"), QStringLiteral("In"), 1, 0));
+    world.backend->plug(EmbeddedBackend::plainDevice("in", "In", 1, 0));
     world.system->deliverChanges();
     EXPECT_EQ(heard.selectors.size(), 2u);
 }

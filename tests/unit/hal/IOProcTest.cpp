@@ -7,6 +7,7 @@
 using namespace cantorel;
 using namespace cantorel::hal;
 using test::EmbeddedWorld;
+using test::named;
 using test::stamp;
 using test::stampOf;
 
@@ -56,8 +57,6 @@ struct Recorder {
     }
 };
 
-AudioDeviceID named(const char *name) { return EmbeddedWorld::deviceNamed(QString::fromLatin1(name)); }
-
 void setBufferFrames(AudioDeviceID device, std::uint32_t frames) {
     ASSERT_EQ(
         AudioDeviceSetProperty(device, nullptr, 0, true, kAudioDevicePropertyBufferFrameSize, sizeof frames, &frames),
@@ -71,7 +70,7 @@ class Reblocking : public testing::TestWithParam<std::pair<std::uint32_t, std::u
 TEST_P(Reblocking, GivesExactlyTheBlockSizeAndEveryFrameOnce) {
     const auto [cycle, block] = GetParam();
     EmbeddedWorld world;
-    SoftwareDevice device = EmbeddedBackend::plainDevice(QStringLiteral("odd"), QStringLiteral("Odd"), 2, 0);
+    SoftwareDevice device = EmbeddedBackend::plainDevice("odd", "Odd", 2, 0);
     device.record.cycleFrames = cycle;
     device.source = stamp;
     world.backend->plug(std::move(device));
@@ -105,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, Reblocking,
 TEST(Playing, KeepsEveryFrameAndMixesProcedures) {
     for (const std::uint32_t cycle : {512u, 1024u, 480u, 300u}) {
         EmbeddedWorld world;
-        SoftwareDevice device = EmbeddedBackend::plainDevice(QStringLiteral("odd"), QStringLiteral("Odd"), 0, 2);
+        SoftwareDevice device = EmbeddedBackend::plainDevice("odd", "Odd", 0, 2);
         device.record.cycleFrames = cycle;
         std::vector<float> out;
         device.tap = [&](std::span<const float> samples, int, std::int64_t) {
@@ -218,11 +217,9 @@ TEST(Loopback, LoudnessTurnsWhatIsHeardAndNotWhatIsRecorded) {
     const AudioDeviceID loopback = named("Tessolar_AudioDevice");
     const AudioDeviceID output = named("Built-in Output");
     float heard = -1;
-    world.backend->setTap(QStringLiteral("builtin_output"),
+    world.backend->setTap("builtin_output",
                           [&](std::span<const float> samples, int, std::int64_t) { heard = samples.back(); });
-    const auto program = world.backend->play(
-        [](std::span<float> samples, int, std::int64_t) { std::fill(samples.begin(), samples.end(), 0.5f); },
-        QStringLiteral("Tessolar_AudioDevice"));
+    const auto program = world.backend->play(test::constant(0.5f), "Tessolar_AudioDevice");
     Recorder thru;
     thru.play = 0.5f;
     AudioDeviceAddIOProc(loopback, Recorder::input, &thru);
@@ -232,12 +229,12 @@ TEST(Loopback, LoudnessTurnsWhatIsHeardAndNotWhatIsRecorded) {
     world.advance(50);
     EXPECT_EQ(heard, 0.5f);
 
-    world.backend->setGains(QStringLiteral("Tessolar_AudioDevice"), Direction::Output, {0.25f, 0.25f});
+    world.backend->setGains("Tessolar_AudioDevice", Direction::Output, {0.25f, 0.25f});
     world.system->deliverChanges();
     world.advance(50);
     EXPECT_EQ(heard, 0.125f);
     EXPECT_EQ(thru.heard.back(), 0.5f);
-    world.backend->setMuted(QStringLiteral("Tessolar_AudioDevice"), Direction::Output, true);
+    world.backend->setMuted("Tessolar_AudioDevice", Direction::Output, true);
     world.system->deliverChanges();
     world.advance(50);
     EXPECT_EQ(heard, 0.0f);
@@ -248,22 +245,21 @@ TEST(Loopback, LoudnessTurnsWhatIsHeardAndNotWhatIsRecorded) {
 
 TEST(Vanishing, DeviceIsTakenUpAgainWithItsOwnSoundOnly) {
     EmbeddedWorld world;
-    world.backend->setSource(QStringLiteral("builtin_microphone"), stamp);
+    world.backend->setSource("builtin_microphone", stamp);
     const AudioDeviceID microphone = named("Built-in Microphone");
     Recorder recorder;
     AudioDeviceIOProcID proc = nullptr;
     AudioDeviceCreateIOProcID(microphone, Recorder::input, &recorder, &proc);
     AudioDeviceStart(microphone, proc);
     world.advance(100);
-    world.backend->unplug(QStringLiteral("builtin_microphone"));
-    world.backend->plug(EmbeddedBackend::plainDevice(QStringLiteral("other"), QStringLiteral("Other"), 2, 0));
+    world.backend->unplug("builtin_microphone");
+    world.backend->plug(EmbeddedBackend::plainDevice("other", "Other", 2, 0));
     const std::size_t calls = recorder.order.size();
     world.system->deliverChanges();
     world.advance(100);
     EXPECT_EQ(recorder.order.size(), calls) << "no other device takes its place";
 
-    SoftwareDevice back =
-        EmbeddedBackend::plainDevice(QStringLiteral("builtin_microphone"), QStringLiteral("Built-in Microphone"), 2, 0);
+    SoftwareDevice back = EmbeddedBackend::plainDevice("builtin_microphone", "Built-in Microphone", 2, 0);
     back.source = stamp;
     world.backend->plug(std::move(back));
     world.system->deliverChanges();
@@ -286,10 +282,9 @@ TEST(Vanishing, WallClockStreamsEndCleanlyUnderChurn) {
         ASSERT_EQ(AudioDeviceCreateIOProcID(microphone, Recorder::input, &recorder, &proc), 0);
         ASSERT_EQ(AudioDeviceStart(microphone, proc), 0);
         if (round % 3 == 0) {
-            backend->unplug(QStringLiteral("builtin_microphone"));
+            backend->unplug("builtin_microphone");
             system.deliverChanges();
-            backend->plug(EmbeddedBackend::plainDevice(QStringLiteral("builtin_microphone"),
-                                                       QStringLiteral("Built-in Microphone"), 2, 0));
+            backend->plug(EmbeddedBackend::plainDevice("builtin_microphone", "Built-in Microphone", 2, 0));
         }
         system.deliverChanges();
         ASSERT_EQ(AudioDeviceStop(microphone, proc), 0);

@@ -3,9 +3,9 @@
 #include "log/CommLog.h"
 #include "log/GuardedAction.h"
 #include "platform/foundation/SearchPaths.h"
+#include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -17,24 +17,19 @@
 namespace cantorel {
 namespace {
 
-const QString kName = QString::fromUtf8(kApplicationLogName);
+const QString kName = kApplicationLogName;
 
-QString logged() {
-    QFile file(LogFilePath(kName));
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QStringLiteral("(none)");
-}
+QString logged() { return test::contents(LogFilePath(kName)); }
 
 void makeLog(qint64 bytes) {
     QDir().mkpath(foundation::searchPath(foundation::SearchPath::Caches));
-    QFile file(LogFilePath(kName));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(bytes, 'x'));
+    test::store(LogFilePath(kName), QByteArray(bytes, 'x'));
 }
 
 TEST(Log, TheFileHasTheExtensionLogWhateverItsName) {
     const QString caches = foundation::searchPath(foundation::SearchPath::Caches);
-    EXPECT_EQ(LogFilePath(QStringLiteral("app.txt")), caches + QStringLiteral("/app.log"));
-    EXPECT_EQ(LogFilePath(kName), caches + QStringLiteral("/tessolar-cantorel-log.log"));
+    EXPECT_EQ(LogFilePath("app.txt"), caches + "/app.log");
+    EXPECT_EQ(LogFilePath(kName), caches + "/tessolar-cantorel-log.log");
 }
 
 TEST(Log, OneMebibyteIsKeptAndOneByteMoreIsEmptied) {
@@ -47,7 +42,7 @@ TEST(Log, OneMebibyteIsKeptAndOneByteMoreIsEmptied) {
 }
 
 TEST(Log, NothingIsWrittenBeforeTheFileIsChosen) {
-    Log(QStringLiteral("early"));
+    Log("early");
     EXPECT_EQ(GetLogFilePath(), QString());
     LogFileCheck(kName);
     EXPECT_EQ(logged(), QString());
@@ -58,8 +53,8 @@ TEST(Log, NothingIsWrittenBeforeTheFileIsChosen) {
 TEST(Log, EachCallWritesOneStampBeforeTheMessageAsItIs) {
     LogFileCheck(kName);
     LogStart();
-    Log(QStringLiteral("50% of %1\nsecond line"));
-    CommLog::W(QStringLiteral("careful"));
+    Log("50% of %1\nsecond line");
+    CommLog::W("careful");
     const QRegularExpression shape(
         QStringLiteral("^\n=+[^=]+=+\n"
                        "\\[\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\] 50% of %1\nsecond line\n"
@@ -69,9 +64,9 @@ TEST(Log, EachCallWritesOneStampBeforeTheMessageAsItIs) {
 
 TEST(Log, AnErrorWithoutAReasonStillHasAllFiveLines) {
     LogFileCheck(kName);
-    LogError({QStringLiteral("Files"), -7, {}, QStringLiteral("no %2 such"), {}});
+    LogError({"Files", -7, {}, "no %2 such", {}});
     EXPECT_TRUE(logged().endsWith(
-        QStringLiteral("*NSError*\n  domain:Files\n  code:-7\n  userInfo:\n  description:no %2 such\n  resaon:\n\n")));
+        "*NSError*\n  domain:Files\n  code:-7\n  userInfo:\n  description:no %2 such\n  resaon:\n\n"));
 }
 
 TEST(Log, AGuardedActionEndsAtItsExceptionAndLogsIt) {
@@ -79,8 +74,8 @@ TEST(Log, AGuardedActionEndsAtItsExceptionAndLogsIt) {
     EXPECT_TRUE(guarded("fine", [] {}));
     EXPECT_FALSE(guarded("tick", [] { throw std::runtime_error("lost"); }));
     EXPECT_FALSE(guarded("tick", [] { throw 7; }));
-    EXPECT_TRUE(logged().contains(QStringLiteral("*NSException*\n std::runtime_error -> lost\n")));
-    EXPECT_TRUE(logged().contains(QStringLiteral("*NSException*\n tick -> unknown exception\n")));
+    EXPECT_TRUE(logged().contains("*NSException*\n std::runtime_error -> lost\n"));
+    EXPECT_TRUE(logged().contains("*NSException*\n tick -> unknown exception\n"));
 }
 
 TEST(Log, LinesOfSeveralThreadsAreNeverSplit) {
@@ -94,9 +89,9 @@ TEST(Log, LinesOfSeveralThreadsAreNeverSplit) {
         });
     for (auto &thread : threads)
         thread.join();
-    const QStringList lines = logged().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QStringList lines = logged().split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), kThreads * kLines);
-    const QRegularExpression whole(QStringLiteral("^\\[[^]]+\\] <(a{100}|b{100}|c{100}|d{100})>$"));
+    const QRegularExpression whole("^\\[[^]]+\\] <(a{100}|b{100}|c{100}|d{100})>$");
     for (const QString &line : lines)
         ASSERT_TRUE(whole.match(line).hasMatch()) << line.toStdString();
 }

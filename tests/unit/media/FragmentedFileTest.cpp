@@ -20,15 +20,15 @@
 namespace cantorel::media {
 namespace {
 
-using testing::bigEndian;
-using testing::contents;
-using testing::packetsOf;
-using testing::plainFormat;
-using testing::stampedPackets;
+using test::bigEndian;
+using test::contents;
+using test::packetsOf;
+using test::plainFormat;
+using test::stampedPackets;
 
-class FragmentedFileTest : public ::testing::Test {
+class FragmentedFileTest : public testing::Test {
 public:
-    QString path(const char *name) const { return mFolder.filePath(QString::fromLatin1(name)); }
+    QString path(const char *name) const { return mFolder.filePath(name); }
 
     // Files of this process end at this size from now on, as on a full disk.
     static void fillDiskAt(rlim_t bytes) {
@@ -82,7 +82,7 @@ TEST_F(FragmentedFileTest, RecordingWithoutAPacketIsStillAWholeFile) {
 TEST_F(FragmentedFileTest, UnwritableFolderIsToldInOneSentence) {
     const auto file = FragmentedFile::create(path("missing/a.m4a"), plainFormat());
     ASSERT_FALSE(file);
-    EXPECT_TRUE(Lang::english(file.failure().sentence).contains(QStringLiteral("cannot be created")));
+    EXPECT_TRUE(Lang::english(file.failure().sentence).contains("cannot be created"));
 }
 
 // Who removes a file means it; a folder goes with what is in it by mistake, or with a disk.
@@ -139,7 +139,7 @@ TEST_F(FragmentedFileTest, FullDiskKeepsWholeFragmentsAtEveryLimit) {
             written += done ? 24 : 0;
             if (done)
                 continue;
-            EXPECT_TRUE(Lang::english(done.failure().sentence).contains(QStringLiteral("no room left")));
+            EXPECT_TRUE(Lang::english(done.failure().sentence).contains("no room left"));
         }
         const auto form = file.value()->finish(std::int64_t{written} * 1024 - 1024);
         fillDiskAt(RLIM_INFINITY);

@@ -17,17 +17,17 @@
 namespace cantorel::media {
 namespace {
 
-using testing::bigEndian;
-using testing::contents;
-using testing::packetsOf;
-using testing::plainFormat;
-using testing::stampedPackets;
-using testing::store;
+using test::bigEndian;
+using test::contents;
+using test::packetsOf;
+using test::plainFormat;
+using test::stampedPackets;
+using test::store;
 
 constexpr std::uint32_t kFragments = 4;
 constexpr std::uint32_t kPacketsEach = 2;
 
-class RecordingRepairTest : public ::testing::Test {
+class RecordingRepairTest : public testing::Test {
 protected:
     // A recording that was never closed, and where its fragments end.
     void SetUp() override {
@@ -42,8 +42,8 @@ protected:
     }
 
     QTemporaryDir mFolder;
-    const QString mBroken = mFolder.filePath(QStringLiteral("broken.m4a"));
-    const QString mCopy = mFolder.filePath(QStringLiteral("copy.m4a"));
+    const QString mBroken = mFolder.filePath("broken.m4a");
+    const QString mCopy = mFolder.filePath("copy.m4a");
     std::vector<std::uint64_t> mEnds;
     QByteArray mWhole;
 };
@@ -160,7 +160,7 @@ TEST_F(RecordingRepairTest, OtherFilesAreNotUnfinished) {
         EXPECT_FALSE(repairUnfinished(mBroken, mCopy));
     }
     EXPECT_FALSE(isUnfinished(mFolder.path())) << "a folder";
-    EXPECT_FALSE(isUnfinished(mFolder.filePath(QStringLiteral("missing.m4a"))));
+    EXPECT_FALSE(isUnfinished(mFolder.filePath("missing.m4a")));
 }
 
 TEST_F(RecordingRepairTest, WhatEndedBeforeItsFirstSoundIsToldFromWhatIsDamaged) {
@@ -181,7 +181,7 @@ TEST_F(RecordingRepairTest, TheLengthOfALongOneIsToldByItsBeginning) {
 }
 
 TEST_F(RecordingRepairTest, UnwritableCopyIsTold) {
-    const auto repaired = repairUnfinished(mBroken, mFolder.filePath(QStringLiteral("missing/copy.m4a")));
+    const auto repaired = repairUnfinished(mBroken, mFolder.filePath("missing/copy.m4a"));
     ASSERT_FALSE(repaired);
     EXPECT_FALSE(repaired.failure().sentence.isEmpty());
 }

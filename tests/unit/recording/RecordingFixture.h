@@ -83,16 +83,13 @@ struct ManagerLog : QObject, RecordManagerDelegate {
 };
 
 // Recordings on software devices, stepped by hand: sound plays to the default output and into the microphone.
-class RecordingFixture : public ::testing::Test {
+class RecordingFixture : public testing::Test {
 public:
     explicit RecordingFixture(EmbeddedWorld::Virtual installed = EmbeddedWorld::Virtual::Installed) : world(installed) {
-        standardUserDefaults().setArgument(QString::fromLatin1(setting::kOutputFolderPath.key), folder.path());
+        standardUserDefaults().setArgument(setting::kOutputFolderPath.key, folder.path());
         ZQAudioKextKit::activateSVAD();
-        world.backend->setSource(
-            QStringLiteral("builtin_microphone"),
-            [](std::span<float> samples, int channels, std::int64_t position) { stamp(samples, channels, position); });
-        mPlayer = world.backend->play(
-            [](std::span<float> samples, int channels, std::int64_t position) { stamp(samples, channels, position); });
+        world.backend->setSource("builtin_microphone", stamp);
+        mPlayer = world.backend->play(stamp);
     }
     ~RecordingFixture() override {
         RecorderRelease(ZQAVRecorderKit::sharedInstance().getAudioRecorder());
@@ -111,10 +108,9 @@ public:
     static QString output() { return ZQAudioKextKit::getDefaultAudioOutputName(); }
     std::optional<QString> chosenOutput() const { return world.backend->configuredDefault(hal::Direction::Output); }
     RecordingSession::Surroundings surroundings(const char *stateFolder) const {
-        return {*world.clock, desktop::InstalledServices::current().sleep.get(),
-                QDir::homePath() + QLatin1Char('/') + QLatin1String(stateFolder)};
+        return {*world.clock, desktop::InstalledServices::current().sleep.get(), QDir::homePath() + '/' + stateFolder};
     }
-    QString path(const char *name) const { return folder.filePath(QString::fromUtf8(name)); }
+    QString path(const char *name) const { return folder.filePath(name); }
 
     EmbeddedWorld world;
     QTemporaryDir folder;

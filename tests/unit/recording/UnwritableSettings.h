@@ -20,8 +20,7 @@ public:
     ~UnwritableSettings() { EXPECT_TRUE(QDir().rmdir(mLock)); }
 
 private:
-    const QString mLock = QFileInfo(standardUserDefaults().filePath()).path() + QStringLiteral("/.")
-                          + QLatin1String(kBundleIdentifier) + QStringLiteral(".lock");
+    const QString mLock = QFileInfo(standardUserDefaults().filePath()).path() + "/." + kBundleIdentifier + ".lock";
 };
 
 } // namespace cantorel::test

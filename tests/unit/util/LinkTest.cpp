@@ -1,6 +1,7 @@
 #include "util/tools/Link.h"
 
-#include <QFile>
+#include "tests/support/OrdinaryFile.h"
+
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -10,9 +11,8 @@ namespace {
 
 struct LinkTest : testing::Test {
     bool parse(const QByteArray &content) {
-        QFile file(folder.filePath("Link.xml"));
-        return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush()
-               && Link::parseLinkWithFilePath(file.fileName());
+        test::store(folder.filePath("Link.xml"), content);
+        return Link::parseLinkWithFilePath(folder.filePath("Link.xml"));
     }
     const QTemporaryDir folder;
 };

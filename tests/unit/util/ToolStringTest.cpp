@@ -1,6 +1,5 @@
 #include "util/ToolString.h"
 
-#include "platform/foundation/SearchPaths.h"
 #include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
@@ -33,9 +32,9 @@ TEST(ToolString, SecondsAreReadOnlyFromTextsWithAColon) {
                  {"-1:00", -60},
                  {"99999999999999:0", std::numeric_limits<int>::max()}};
     for (const auto &c : cases)
-        EXPECT_EQ(ToolString::secondFromString(QString::fromUtf8(c.text)), c.seconds) << c.text;
+        EXPECT_EQ(ToolString::secondFromString(c.text), c.seconds) << c.text;
     EXPECT_EQ(ToolString::secondFromString(QString()), 0);
-    EXPECT_EQ(ToolString::secondFromString(QStringLiteral("0:").repeated(300) + QStringLiteral("7")), 7);
+    EXPECT_EQ(ToolString::secondFromString(QStringLiteral("0:").repeated(300) + "7"), 7);
 }
 
 TEST(ToolString, DurationsAreTruncatedToWholeSeconds) {
@@ -63,75 +62,56 @@ TEST(ToolString, DecimalSizesBeginAtKilobytesAndEndAtTerabytes) {
 
 TEST(ToolString, RenamingCountsUpAndReplacesEveryCountInTheName) {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("name.mp3"));
+    const QString path = folder.filePath("name.mp3");
     EXPECT_EQ(ToolString::renameFromFilePath(path, 0), path);
-    testing::store(path, {});
-    EXPECT_EQ(ToolString::renameFromFilePath(path, 0), folder.filePath(QStringLiteral("name(1).mp3")));
-    testing::store(folder.filePath(QStringLiteral("name(1).mp3")), {});
-    EXPECT_EQ(ToolString::renameFromFilePath(path, 0), folder.filePath(QStringLiteral("name(2).mp3")));
+    test::store(path, {});
+    EXPECT_EQ(ToolString::renameFromFilePath(path, 0), folder.filePath("name(1).mp3"));
+    test::store(folder.filePath("name(1).mp3"), {});
+    EXPECT_EQ(ToolString::renameFromFilePath(path, 0), folder.filePath("name(2).mp3"));
 
-    const QString marked = folder.filePath(QStringLiteral("b(1).mp3"));
-    testing::store(marked, {});
-    testing::store(folder.filePath(QStringLiteral("b(1)(1).mp3")), {});
-    EXPECT_EQ(ToolString::renameFromFilePath(marked, 0), folder.filePath(QStringLiteral("b(2)(2).mp3")));
+    const QString marked = folder.filePath("b(1).mp3");
+    test::store(marked, {});
+    test::store(folder.filePath("b(1)(1).mp3"), {});
+    EXPECT_EQ(ToolString::renameFromFilePath(marked, 0), folder.filePath("b(2)(2).mp3"));
 
-    const QString bare = folder.filePath(QStringLiteral("bare"));
-    testing::store(bare, {});
-    EXPECT_EQ(ToolString::renameFromFilePath(bare, 0), folder.filePath(QStringLiteral("bare(1)")));
-}
-
-TEST(ToolString, TemporaryNamesLieInTheCachesFolderAndDiffer) {
-    const QString first = ToolString::getUniqeNameInTempDirWithExtenionName(QStringLiteral("txt"));
-    EXPECT_TRUE(first.startsWith(foundation::searchPath(foundation::SearchPath::Caches) + QLatin1Char('/')));
-    EXPECT_TRUE(first.endsWith(QStringLiteral(".txt")));
-    EXPECT_NE(first, ToolString::getUniqeNameInTempDirWithExtenionName(QStringLiteral("txt")));
+    const QString bare = folder.filePath("bare");
+    test::store(bare, {});
+    EXPECT_EQ(ToolString::renameFromFilePath(bare, 0), folder.filePath("bare(1)"));
 }
 
 TEST(ToolString, CapitalYearIsTheWeekYear) {
     const QDateTime date(QDate(2018, 12, 31), QTime(14, 7, 9)); // the first week of 2019
-    EXPECT_EQ(ToolString::stringFromDate(date, QStringLiteral("yyyy-MM-dd HH:mm:ss")),
-              QStringLiteral("2018-12-31 14:07:09"));
-    EXPECT_EQ(ToolString::stringFromDate(date, QStringLiteral("YYYY")), QStringLiteral("2019"));
-    EXPECT_EQ(ToolString::stringFromDate(QDateTime(), QStringLiteral("yyyy")), QString());
+    EXPECT_EQ(ToolString::stringFromDate(date, "yyyy-MM-dd HH:mm:ss"), "2018-12-31 14:07:09");
+    EXPECT_EQ(ToolString::stringFromDate(date, "YYYY"), "2019");
+    EXPECT_EQ(ToolString::stringFromDate(QDateTime(), "yyyy"), QString());
 }
 
 TEST(ToolString, DatesHaveTheDigitsAndTheCalendarThatProgramsRead) {
     for (const char *name : {"fa_IR", "ar_EG", "th_TH"}) {
         UErrorCode status = U_ZERO_ERROR;
         icu::Locale::setDefault(icu::Locale(name), status);
-        EXPECT_EQ(ToolString::stringFromDate(QDateTime(QDate(2018, 3, 5), QTime(14, 7, 9)),
-                                             QStringLiteral("yyyy-MM-dd HH:mm:ss")),
-                  QStringLiteral("2018-03-05 14:07:09"))
+        EXPECT_EQ(ToolString::stringFromDate(QDateTime(QDate(2018, 3, 5), QTime(14, 7, 9)), "yyyy-MM-dd HH:mm:ss"),
+                  "2018-03-05 14:07:09")
             << name;
     }
 }
 
 TEST(ToolString, ExpressionsAreIcusAndBrokenOnesMatchNothing) {
-    const QString text = QStringLiteral("Duration: 00:03:12.45, start");
-    EXPECT_EQ(ToolString::regexGetStringFromString(text, QStringLiteral("\\d[\\d\\:]+")), QStringLiteral("00:03:12"));
-    EXPECT_EQ(ToolString::regexGetArrayFromString(QStringLiteral("é1a22b333"), QStringLiteral("\\d+")),
-              (QStringList{QStringLiteral("1"), QStringLiteral("22"), QStringLiteral("333")}));
-    EXPECT_FALSE(ToolString::regexGetStringFromString(text, QStringLiteral("(")).has_value());
-    EXPECT_FALSE(ToolString::regexGetStringFromString(text, QStringLiteral("xyz")).has_value());
-    EXPECT_EQ(ToolString::regexGetArrayFromString(QStringLiteral("ab"), QStringLiteral("x*")).size(), 3);
-}
-
-TEST(ToolString, SubstringsAreClampedToTheText) {
-    const QString text = QStringLiteral("abc");
-    EXPECT_EQ(ToolString::substring(text, 1, 5), QStringLiteral("bc"));
-    EXPECT_EQ(ToolString::substring(text, 9, 1), QString());
-    EXPECT_EQ(ToolString::substring(text, -1, -1), QString());
-    EXPECT_EQ(ToolString::trim(QStringLiteral("--a-b--"), QStringLiteral("-")), QStringLiteral("a-b"));
-    EXPECT_EQ(ToolString::replaceString(text, QString(), QStringLiteral("x")), text);
+    const QString text = "Duration: 00:03:12.45, start";
+    EXPECT_EQ(ToolString::regexGetStringFromString(text, "\\d[\\d\\:]+"), "00:03:12");
+    EXPECT_EQ(ToolString::regexGetArrayFromString("é1a22b333", "\\d+"), (QStringList{"1", "22", "333"}));
+    EXPECT_FALSE(ToolString::regexGetStringFromString(text, "(").has_value());
+    EXPECT_FALSE(ToolString::regexGetStringFromString(text, "xyz").has_value());
+    EXPECT_EQ(ToolString::regexGetArrayFromString("ab", "x*").size(), 3);
 }
 
 TEST(ToolString, DigestsAndEncodingsAreTheStandardOnes) {
-    EXPECT_EQ(ToolString::md5(QStringLiteral("abc")), QStringLiteral("900150983cd24fb0d6963f7d28e17f72"));
+    EXPECT_EQ(ToolString::md5("abc"), "900150983cd24fb0d6963f7d28e17f72");
     EXPECT_EQ(ToolString::base64Decode(ToolString::base64Encode("\x00\xff ab")), QByteArray("\x00\xff ab"));
-    EXPECT_EQ(ToolString::base64Decode(QStringLiteral("a*b")), QByteArray());
-    EXPECT_EQ(ToolString::urlEncode(QStringLiteral("a b&é~")), QStringLiteral("a%20b%26%C3%A9~"));
-    EXPECT_TRUE(ToolString::validateEmail(QStringLiteral("a.b@c.de")));
-    EXPECT_FALSE(ToolString::validateEmail(QStringLiteral("x a.b@c.de")));
+    EXPECT_EQ(ToolString::base64Decode("a*b"), QByteArray());
+    EXPECT_EQ(ToolString::urlEncode("a b&é~"), "a%20b%26%C3%A9~");
+    EXPECT_TRUE(ToolString::validateEmail("a.b@c.de"));
+    EXPECT_FALSE(ToolString::validateEmail("x a.b@c.de"));
 }
 
 TEST(LeadingInteger, SaturatesInsteadOfWrapping) {
@@ -152,7 +132,7 @@ TEST(LeadingInteger, SaturatesInsteadOfWrapping) {
                  {"-9223372036854775808", least},
                  {"-99999999999999999999", least}};
     for (const auto &c : cases)
-        EXPECT_EQ(leadingInteger(QString::fromUtf8(c.text)), c.value) << c.text;
+        EXPECT_EQ(leadingInteger(c.text), c.value) << c.text;
 }
 
 } // namespace

@@ -4,12 +4,11 @@
 #include "platform/desktop/recorded/RecordedServices.h"
 #include "platform/foundation/SearchPaths.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaultFunctions.h"
 #include "tests/support/OrdinaryFile.h"
+#include "tests/support/PrivateWorld.h"
 #include "util/tools/KeepAwake.h"
 #include "util/tools/ToolSystem.h"
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -17,20 +16,12 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <thread>
 
 namespace cantorel {
 namespace {
 
 using desktop::CallRecord;
 using desktop::InstalledServices;
-
-template <class Condition> bool comesTrue(Condition condition) {
-    const QDeadlineTimer deadline(10'000);
-    while (!condition() && !deadline.hasExpired())
-        std::this_thread::yield();
-    return condition();
-}
 
 TEST(Tools, DurationsBelowAnHourMayBeShort) {
     const struct {
@@ -45,16 +36,6 @@ TEST(Tools, DurationsBelowAnHourMayBeShort) {
         EXPECT_EQ(Tools::formatDurationFromInteger(c.seconds, c.shortForm).toStdString(), c.text) << c.seconds;
 }
 
-TEST(Tools, SecondsAreReadFromTwoOrThreeParts) {
-    const struct {
-        const char *text;
-        int seconds;
-    } cases[] = {{"01:02:03", 3723}, {"02:03", 123}, {"7", 0},  {"", 0},
-                 {"1:2:3:4", 0},     {"a:5x", 5},    {"::", 0}, {"99999999999:0:0", std::numeric_limits<int>::max()}};
-    for (const auto &c : cases)
-        EXPECT_EQ(Tools::getSecondsFromString(QString::fromLatin1(c.text)), c.seconds) << c.text;
-}
-
 TEST(Tools, SizesAreBinaryAndNeverBytes) {
     const struct {
         qint64 bytes;
@@ -65,44 +46,26 @@ TEST(Tools, SizesAreBinaryAndNeverBytes) {
         EXPECT_EQ(Tools::formatSizeFromByte(c.bytes).toStdString(), c.text) << c.bytes;
 }
 
-TEST(Tools, OnlyDigitsAreNumeric) {
-    for (const char *text : {"2009", "0"})
-        EXPECT_TRUE(Tools::isNumerice(QString::fromLatin1(text))) << text;
-    for (const char *text : {"20a9", "", " 1", "-1", "1.5"})
-        EXPECT_FALSE(Tools::isNumerice(QString::fromLatin1(text))) << text;
-}
-
 TEST(Tools, ADuplicateNameTakesTheFirstFreeNumber) {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("b.mp3"));
+    const QString path = folder.filePath("b.mp3");
     EXPECT_EQ(Tools::getNonDuplicateFileName(path), path);
-    testing::store(path, {});
-    testing::store(folder.filePath(QStringLiteral("b(1).mp3")), {});
-    testing::store(folder.filePath(QStringLiteral("b(3).mp3")), {});
-    EXPECT_EQ(Tools::getNonDuplicateFileName(path), folder.filePath(QStringLiteral("b(2).mp3")));
+    test::store(path, {});
+    test::store(folder.filePath("b(1).mp3"), {});
+    test::store(folder.filePath("b(3).mp3"), {});
+    EXPECT_EQ(Tools::getNonDuplicateFileName(path), folder.filePath("b(2).mp3"));
 }
 
 TEST(Tools, WritingWithoutAppendDeliberatelyOverwritesInPlace) {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("f"));
-    EXPECT_TRUE(Tools::writeToFile(QStringLiteral("abcdef"), path, false));
-    EXPECT_TRUE(Tools::writeToFile(QStringLiteral("é"), path, false));
-    EXPECT_EQ(Tools::getFileContent(path), QStringLiteral("écdef"));
-    EXPECT_TRUE(Tools::writeToFile(QStringLiteral("!"), path, true));
-    EXPECT_EQ(Tools::getFileContent(path), QStringLiteral("écdef!"));
-    EXPECT_FALSE(Tools::writeToFile(QStringLiteral("x"), folder.path(), true));
+    const QString path = folder.filePath("f");
+    EXPECT_TRUE(Tools::writeToFile("abcdef", path, false));
+    EXPECT_TRUE(Tools::writeToFile("é", path, false));
+    EXPECT_EQ(Tools::getFileContent(path), "écdef");
+    EXPECT_TRUE(Tools::writeToFile("!", path, true));
+    EXPECT_EQ(Tools::getFileContent(path), "écdef!");
+    EXPECT_FALSE(Tools::writeToFile("x", folder.path(), true));
     EXPECT_EQ(Tools::getFileContent(folder.path()), QString());
-}
-
-TEST(Tools, AnAutomaticNameIsTheTrackWithTheRunningNumber) {
-    AppSettings::setrecordNameBaseOn(7);
-    EXPECT_EQ(Tools::getAudioNameFromTrack(), AppSettings::defaultMusicDirectoryPath() + QStringLiteral("/Track7.m4a"));
-}
-
-TEST(Tools, MarkersAreReplacedAndNothingReplacesNothing) {
-    const QString text = QStringLiteral("Quit [#AppName#]?");
-    EXPECT_EQ(Tools::strReplace(text, QStringLiteral("[#AppName#]"), QStringLiteral("X")), QStringLiteral("Quit X?"));
-    EXPECT_EQ(Tools::strReplace(text, QStringLiteral("[#AppName#]"), {}), QStringLiteral("Quit ?"));
 }
 
 class RecordingAsker : public Asker {
@@ -113,36 +76,33 @@ public:
     }
     int ask(const QString &, const QString &, const QStringList &, QObject *) override { return 0; }
     QString askForNewFile(const QString &folder, const QString &extension) override {
-        return folder + QStringLiteral("/chosen.") + extension;
+        return folder + "/chosen." + extension;
     }
 };
 
 TEST(Tools, AlertsGoThroughTheAskerWithTheirStyleAndTitle) {
     RecordingAsker asker;
     const InstalledAsker installed(asker);
-    Tools::showErrorMessage(QStringLiteral("bad"), nullptr);
-    Tools::showErrorMessage(QStringLiteral("bad"), QStringLiteral("Title"));
-    Tools::showInformationMessage(QStringLiteral("good"), nullptr);
-    EXPECT_EQ(asker.told, (QStringList{QStringLiteral("2|Cantorel|bad"), QStringLiteral("2|Title|bad"),
-                                       QStringLiteral("1|Cantorel|good")}));
-    EXPECT_TRUE(Tools::getAudioNameFromDialog().endsWith(QStringLiteral("/chosen.m4a")));
+    Tools::showErrorMessage("bad", nullptr);
+    Tools::showErrorMessage("bad", "Title");
+    Tools::showInformationMessage("good", nullptr);
+    EXPECT_EQ(asker.told, (QStringList{"2|Cantorel|bad", "2|Title|bad", "1|Cantorel|good"}));
+    EXPECT_TRUE(Tools::getAudioNameFromDialog().endsWith("/chosen.m4a"));
 }
 
 TEST(Tools, SoundsScriptsAndFilesGoThroughTheServices) {
-    LogFileCheck(QString::fromLatin1(kApplicationLogName));
+    LogFileCheck(kApplicationLogName);
     const auto record = std::make_shared<CallRecord>();
     const InstalledServices installed(desktop::recordedServices(record));
     Tools::playSoundStartRecording();
-    Tools::showInFinderWithFileNames({QStringLiteral("/a"), QStringLiteral("/b")});
-    record->failOn(QStringLiteral("execute"), QStringLiteral("not allowed"));
+    Tools::showInFinderWithFileNames({"/a", "/b"});
+    record->failOn("execute", "not allowed");
     Tools::ShutdownSystem();
-    EXPECT_EQ(record->calls(),
-              (QStringList{QStringLiteral("play ") + foundation::resourcePath(QStringLiteral("recordingStart.wav")),
-                           QStringLiteral("reveal /a /b"),
-                           QStringLiteral("execute tell application \"Finder\" to shut down")}));
-    EXPECT_TRUE(Tools::getFileContent(GetLogFilePath()).contains(QStringLiteral("ShutdownSystem: not allowed\n")));
-    EXPECT_TRUE(QFile::exists(foundation::resourcePath(QStringLiteral("recordingStart.wav"))));
-    EXPECT_TRUE(QFile::exists(foundation::resourcePath(QStringLiteral("recordingStop.wav"))));
+    EXPECT_EQ(record->calls(), (QStringList{"play " + foundation::resourcePath("recordingStart.wav"), "reveal /a /b",
+                                            "execute tell application \"Finder\" to shut down"}));
+    EXPECT_TRUE(Tools::getFileContent(GetLogFilePath()).contains("ShutdownSystem: not allowed\n"));
+    EXPECT_TRUE(QFile::exists(foundation::resourcePath("recordingStart.wav")));
+    EXPECT_TRUE(QFile::exists(foundation::resourcePath("recordingStop.wav")));
 }
 
 TEST(Tools, WithoutServicesNothingHappens) {
@@ -150,19 +110,7 @@ TEST(Tools, WithoutServicesNothingHappens) {
     Tools::ShutdownSystem();
     ToolSystem::setAllowKeepSystemWakeEnable(true);
     ToolSystem::setAllowKeepSystemWakeEnable(false);
-    EXPECT_FALSE(Tools::openFile(QStringLiteral("/a")));
-}
-
-TEST(Tools, TheSystemIsWhatTheServicesSay) {
-    auto services = desktop::recordedServices(std::make_shared<CallRecord>());
-    services.version.minorVersion = 8;
-    services.version.bugFixVersion = 5;
-    const InstalledServices installed(std::move(services));
-    EXPECT_EQ(Tools::getOSversion(), QStringLiteral("Mac version: 10.8.5"));
-    EXPECT_FALSE(Tools::getOSLanguage().isEmpty());
-    standardUserDefaults().setArgument(QStringLiteral("AppleLanguages"),
-                                       QStringList{QStringLiteral("de"), QStringLiteral("en")});
-    EXPECT_EQ(Tools::getOSLanguage(), QStringLiteral("de"));
+    EXPECT_FALSE(Tools::openFile("/a"));
 }
 
 TEST(ToolSystem, KeepAwakeHoldsAtOnceReturnsAndLetsGo) {
@@ -170,23 +118,22 @@ TEST(ToolSystem, KeepAwakeHoldsAtOnceReturnsAndLetsGo) {
     const InstalledServices installed(desktop::recordedServices(record));
     ToolSystem::setAllowKeepSystemWakeEnable(true);
     ToolSystem::setAllowKeepSystemWakeEnable(true);
-    EXPECT_TRUE(comesTrue([&] { return record->calls().size() == 1; }));
+    EXPECT_TRUE(test::eventually([&] { return record->calls().size() == 1; }));
     ToolSystem::setAllowKeepSystemWakeEnable(false);
-    EXPECT_EQ(record->calls(), (QStringList{QStringLiteral("hold Recording sound, or ready for the next recording"),
-                                            QStringLiteral("release")}));
+    EXPECT_EQ(record->calls(), (QStringList{"hold Recording sound, or ready for the next recording", "release"}));
 }
 
 TEST(KeepAwake, AServiceThatIsMissingIsLoggedOnceAndAskedAgain) {
-    LogFileCheck(QString::fromLatin1(kApplicationLogName));
+    LogFileCheck(kApplicationLogName);
     const auto record = std::make_shared<CallRecord>();
-    record->failOn(QStringLiteral("hold"), QStringLiteral("nobody keeps us awake"));
+    record->failOn("hold", "nobody keeps us awake");
     auto services = desktop::recordedServices(record);
     {
         const KeepAwake keepAwake(services.power, std::chrono::milliseconds(1));
-        EXPECT_TRUE(comesTrue([&] { return record->calls().size() >= 5; }));
+        EXPECT_TRUE(test::eventually([&] { return record->calls().size() >= 5; }));
     }
-    EXPECT_EQ(Tools::getFileContent(GetLogFilePath()).count(QStringLiteral("nobody keeps us awake")), 1);
-    EXPECT_EQ(record->calls().constLast(), QStringLiteral("release"));
+    EXPECT_EQ(Tools::getFileContent(GetLogFilePath()).count("nobody keeps us awake"), 1);
+    EXPECT_EQ(record->calls().constLast(), "release");
 }
 
 } // namespace

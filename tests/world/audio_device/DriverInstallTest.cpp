@@ -8,6 +8,7 @@
 #include "platform/hal/pipewire/PipeWireBackend.h"
 #include "tests/support/EmbeddedWorld.h"
 #include "tests/support/LoopbackNames.h"
+#include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateWorld.h"
 
 #include <QFileInfo>
@@ -28,12 +29,6 @@ desktop::Services withScripts() {
     return services;
 }
 
-PrivateWorld::Options withoutVirtualDevice() {
-    PrivateWorld::Options options;
-    options.virtualDevice = false;
-    return options;
-}
-
 struct DriverInstallTest : testing::Test {
     ~DriverInstallTest() override { ZQAudioKextKit::end(); }
 
@@ -44,7 +39,7 @@ struct DriverInstallTest : testing::Test {
         return world.run("pw-cli", {"ls", "Node"}).count("node.name = \"Tessolar_AudioDevice\"");
     }
 
-    PrivateWorld world{withoutVirtualDevice()};
+    PrivateWorld world{{.virtualDevice = false}};
     desktop::InstalledServices services{withScripts()};
 };
 
@@ -133,12 +128,11 @@ TEST_F(DriverInstallTest, AFolderThatCannotBeWrittenIsNamedInOneSentence) {
         return !done;
     };
     ASSERT_TRUE(QDir(folder).removeRecursively());
-    QFile inTheWay(folder);
-    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    test::touch(folder); // in the way
     EXPECT_TRUE(inOneSentence(ZQAudioKextKit::loadAudioKext()));
     EXPECT_EQ(nodes(), 0);
 
-    inTheWay.remove();
+    QFile::remove(folder);
     QDir().mkpath(description() + "/full");
     EXPECT_TRUE(inOneSentence(ZQAudioKextKit::unloadAudioKext()));
 }

@@ -15,14 +15,14 @@ namespace cantorel {
 namespace {
 
 using foundation::ChildProcess;
-using testing::contents;
-using testing::probed;
-using testing::store;
-using testing::tone;
+using test::contents;
+using test::probed;
+using test::store;
+using test::tone;
 
 constexpr int kRate = 48000;
 
-class ConvertedRecordingTest : public ::testing::Test {
+class ConvertedRecordingTest : public testing::Test {
 protected:
     void SetUp() override {
         auto writer = media::AudioFileWriter::open(mInput, kRate);
@@ -34,13 +34,11 @@ protected:
     ChildProcess::Finished run(const QStringList &arguments, const QStringList &environment = {}) {
         return ChildProcess::run({AppSettings::TessolarConverterPath(), arguments, {}, environment}).value();
     }
-    QStringList hidden() const {
-        return QDir(mFolder.path()).entryList({QStringLiteral(".c*")}, QDir::Files | QDir::Hidden);
-    }
-    QString path(const char *name) const { return mFolder.filePath(QString::fromUtf8(name)); }
+    QStringList hidden() const { return QDir(mFolder.path()).entryList({".c*"}, QDir::Files | QDir::Hidden); }
+    QString path(const char *name) const { return mFolder.filePath(name); }
 
     QTemporaryDir mFolder;
-    const QString mInput = mFolder.filePath(QStringLiteral("Track1.m4a"));
+    const QString mInput = mFolder.filePath("Track1.m4a");
 };
 
 TEST_F(ConvertedRecordingTest, EachIndexGivesItsFormat) {
@@ -69,10 +67,10 @@ TEST_F(ConvertedRecordingTest, EachIndexGivesItsFormat) {
         if (bitRate) {
             EXPECT_EQ(probed(*converted, "stream=bit_rate").toInt(), bitRate);
         }
-        if (!converted->endsWith(QStringLiteral("m4a"))) {
+        if (!converted->endsWith("m4a")) {
             EXPECT_EQ(probed(*converted, "format_tags=major_brand,minor_version,compatible_brands"), QString());
         }
-        EXPECT_NEAR(testing::decoded(*converted).size() / 2.0, 2.0 * (index == 2 || index == 3 ? kRate : 44100), 3000);
+        EXPECT_NEAR(test::decoded(*converted).size() / 2.0, 2.0 * (index == 2 || index == 3 ? kRate : 44100), 3000);
     }
     EXPECT_EQ(hidden(), QStringList());
 }
@@ -89,12 +87,12 @@ TEST_F(ConvertedRecordingTest, NamesAreTakenAsTheyStand) {
     for (const char *name : {"it's \"quoted\"", "new\nline", "-dash", "50%d off", "a:b", "$HOME `x` \\", " blank ",
                              "\xC3\xBC\xF0\x9F\x8E\xB5", "*"}) {
         SCOPED_TRACE(name);
-        const QString input = path(name) + QStringLiteral(".m4a");
+        const QString input = path(name) + ".m4a";
         ASSERT_TRUE(QFile::copy(mInput, input));
         const auto converted = AudioConverter::convert_to_format(1, input);
         ASSERT_TRUE(converted);
-        EXPECT_EQ(*converted, path(name) + QStringLiteral(".mp3"));
-        EXPECT_EQ(probed(*converted, "stream=codec_name"), QStringLiteral("mp3"));
+        EXPECT_EQ(*converted, path(name) + ".mp3");
+        EXPECT_EQ(probed(*converted, "stream=codec_name"), "mp3");
     }
     // Names without a folder, too.
     const auto bare = ChildProcess::run(
@@ -119,7 +117,7 @@ TEST_F(ConvertedRecordingTest, FailureLeavesNeitherAResultNorAHiddenFile) {
 
 TEST_F(ConvertedRecordingTest, OutputOntoItselfReplacesTheInputWhole) {
     ASSERT_TRUE(run({"-i", mInput, "-acodec", "alac", "-y", mInput}).ending.succeeded());
-    EXPECT_EQ(probed(mInput, "stream=codec_name"), QStringLiteral("alac"));
+    EXPECT_EQ(probed(mInput, "stream=codec_name"), "alac");
 }
 
 TEST_F(ConvertedRecordingTest, ConcatListNamesAnyFile) {

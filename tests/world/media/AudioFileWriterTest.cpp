@@ -1,22 +1,26 @@
 #include "platform/media/AudioFileWriter.h"
 
 #include "lang/Lang.h"
+#include "platform/media/RecordingRepair.h"
 #include "tests/support/Sound.h"
 
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <ostream>
+#include <random>
 
 namespace cantorel::media {
 namespace {
 
-using testing::decoded;
-using testing::farthestFromTone;
-using testing::kToneAmplitude;
-using testing::probed;
-using testing::tone;
+using test::decoded;
+using test::farthestFromTone;
+using test::kToneAmplitude;
+using test::probed;
+using test::tone;
 
 struct Length {
     int rate;
@@ -25,10 +29,10 @@ struct Length {
     friend void PrintTo(const Length &length, std::ostream *out) { *out << length.frames << "_at_" << length.rate; }
 };
 
-class WrittenFile : public ::testing::TestWithParam<Length> {
+class WrittenFile : public testing::TestWithParam<Length> {
 protected:
     QTemporaryDir mFolder;
-    const QString mPath = mFolder.filePath(QStringLiteral("a b's \"file\".m4a"));
+    const QString mPath = mFolder.filePath("a b's \"file\".m4a");
 };
 
 double level(const std::vector<float> &samples, std::size_t from, std::size_t to) {
@@ -61,23 +65,23 @@ TEST_P(WrittenFile, SaysItsExactLengthAndHoldsTheSoundInPhase) {
     ASSERT_LT(samples.size() / 2, frames + kFramesPerPacket);
     if (frames < 10000)
         return;
-    EXPECT_EQ(probed(mPath, "stream=profile"), QStringLiteral("LC"));
+    EXPECT_EQ(probed(mPath, "stream=profile"), "LC");
     EXPECT_LT(farthestFromTone(samples, rate, 4096, frames - 2048), 0.1 * kToneAmplitude);
     EXPECT_NEAR(level(samples, 4096, frames - 2048), 20 * std::log10(kToneAmplitude / std::sqrt(2)), 0.1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Lengths, WrittenFile,
-                         ::testing::Values(Length{48000, 0}, Length{48000, 1}, Length{48000, 1023}, Length{48000, 1024},
-                                           Length{48000, 1025}, Length{48000, 2048}, Length{48000, 144000},
-                                           Length{48000, 144001}, Length{44100, 100001}, Length{96000, 200000},
-                                           Length{16000, 50000}, Length{8000, 20000}));
+                         testing::Values(Length{48000, 0}, Length{48000, 1}, Length{48000, 1023}, Length{48000, 1024},
+                                         Length{48000, 1025}, Length{48000, 2048}, Length{48000, 144000},
+                                         Length{48000, 144001}, Length{44100, 100001}, Length{96000, 200000},
+                                         Length{16000, 50000}, Length{8000, 20000}));
 
 TEST_F(WrittenFile, RateThatAacDoesNotKnowIsResampledToTheNearest) {
     auto writer = AudioFileWriter::open(mPath, 192000);
     ASSERT_TRUE(writer);
     ASSERT_TRUE(writer.value()->append(tone(384000, 192000)));
     ASSERT_TRUE(writer.value()->finish());
-    EXPECT_EQ(probed(mPath, "stream=sample_rate"), QStringLiteral("96000"));
+    EXPECT_EQ(probed(mPath, "stream=sample_rate"), "96000");
     EXPECT_NEAR(probed(mPath, "stream=duration_ts").toDouble(), 192000, 2);
     EXPECT_LT(farthestFromTone(decoded(mPath), 96000, 4096, 180000), 0.1 * kToneAmplitude);
 }
@@ -94,7 +98,62 @@ TEST_F(WrittenFile, MissingCodecsAreToldInOneSentence) {
     qputenv("CANTOREL_MODULES", "/nowhere");
     const auto writer = AudioFileWriter::open(mPath, 48000);
     ASSERT_FALSE(writer);
-    EXPECT_TRUE(Lang::english(writer.failure().sentence).contains(QStringLiteral("codecs")));
+    EXPECT_TRUE(Lang::english(writer.failure().sentence).contains("codecs"));
+}
+
+using test::contents;
+using test::store;
+
+constexpr int kRate = 48000;
+constexpr std::size_t kBatch = kRate / 2;
+
+class CrashTest : public testing::Test {
+protected:
+    void expectToneOf(const QString &path, std::size_t frames) {
+        const std::vector<float> samples = decoded(path);
+        ASSERT_EQ(samples.size() / 2, frames);
+        EXPECT_LT(farthestFromTone(samples, kRate, 4096, frames - 2048), 0.1 * kToneAmplitude);
+    }
+
+    QTemporaryDir mFolder;
+    const QString mPath = mFolder.filePath("recording.m4a");
+    const QString mCopy = mFolder.filePath("repaired.m4a");
+};
+
+TEST_F(CrashTest, RecordingCutAnywhereIsRepairedToTheSoundBeforeTheCut) {
+    auto writer = AudioFileWriter::open(mPath, kRate);
+    ASSERT_TRUE(writer);
+    std::vector<std::uint64_t> ends;
+    for (std::size_t i = 0; i < 12; ++i) {
+        ASSERT_TRUE(writer.value()->append(tone(kBatch, kRate, i * kBatch)));
+        ends.push_back(writer.value()->bytes());
+    }
+    const QByteArray whole = contents(mPath);
+    std::mt19937 random(7);
+    for (int round = 0; round < 8; ++round) {
+        const auto cut = ends[1] + random() % (ends.back() - ends[1]);
+        SCOPED_TRACE(cut);
+        store(mPath, whole.left(static_cast<qsizetype>(cut)));
+        const auto repaired = repairUnfinished(mPath, mCopy);
+        ASSERT_TRUE(repaired);
+        const std::size_t batches = std::count_if(ends.begin(), ends.end(), [&](auto end) { return end <= cut; });
+        const auto frames = static_cast<std::size_t>(std::lround(repaired.value().durationSeconds * kRate));
+        EXPECT_GE(frames + 3 * kFramesPerPacket, batches * kBatch);
+        expectToneOf(mCopy, frames);
+    }
+}
+
+// A growing recording plays as it stands, for instance where the disk had no room for its index.
+TEST_F(CrashTest, UnfinishedRecordingPlays) {
+    auto writer = AudioFileWriter::open(mPath, kRate);
+    ASSERT_TRUE(writer);
+    for (std::size_t i = 0; i < 4; ++i)
+        ASSERT_TRUE(writer.value()->append(tone(kBatch, kRate, i * kBatch)));
+    std::vector<float> samples = decoded(mPath);
+    ASSERT_GT(samples.size(), 2 * 1024u);
+    samples.erase(samples.begin(), samples.begin() + 2 * 1024); // this reader keeps the priming of a growing file
+    ASSERT_GE(samples.size() / 2, 4 * kBatch - 3 * kFramesPerPacket);
+    EXPECT_LT(farthestFromTone(samples, kRate, 4096, samples.size() / 2 - 2048), 0.1 * kToneAmplitude);
 }
 
 } // namespace

@@ -41,6 +41,7 @@ struct ControlTest : test::RecordProgramTest {
         cli({"settings", "set", "audioInputType", "1"});
         cli({"settings", "set", "audioFormat", "4"});
         cli({"settings", "set", "isAutoSkipSilence", "false"});
+        cli({"tasks", "add", "--name", "Late", "--from", "2020-01-01 08:00:00", "--seconds", "9", "--source", "mic"});
         run->process.start(CANTOREL_CLI, {"tasks", "run", "--json", "--backend", "embedded"});
         EXPECT_TRUE(eventually([] { return ask("stop").status == 0; }));
         return run;
@@ -163,6 +164,7 @@ TEST_F(ControlTest, TheScheduleRecordsByHandToo) {
     EXPECT_EQ(cli({"tasks", "remove", "Soon"}).status, 1); // It is being recorded.
     EXPECT_EQ(ask("stop").status, 0);
     ASSERT_TRUE(eventually([&] { return run->has("taskEnded"); }));
+    EXPECT_TRUE(run->has("missed") && run->has("taskStarted")) << run->out.constData();
     run->signal(SIGTERM);
     EXPECT_EQ(run->status(), 130);
 }

@@ -37,17 +37,11 @@ constexpr End kEnds[] = {
 };
 
 struct DefaultDevicesTest : test::RecordProgramTest {
-    static PrivateWorld::Options devices() {
-        PrivateWorld::Options options;
-        options.moreSinks = {"headset=Headset"};
-        options.moreSources = {"headset_mic=Headset", "lent=Lent"};
-        return options;
-    }
     QByteArray configured(int side) const { return world.metadata("default.configured." + kKeys[side]); }
     QByteArray inForce(int side) const { return world.metadata("default." + kKeys[side]); }
 
     const QString kKeys[2] = {"audio.sink", "audio.source"};
-    const PrivateWorld world{devices()};
+    const PrivateWorld world{{.moreSinks = {"headset=Headset"}, .moreSources = {"headset_mic=Headset", "lent=Lent"}}};
 };
 
 bool names(const QByteArray &value, const QByteArray &device) {

@@ -15,7 +15,7 @@
 // "record" as a program of its own, as a person or a script runs it.
 namespace cantorel::test {
 
-class RecordProgramTest : public ::testing::Test {
+class RecordProgramTest : public testing::Test {
 protected:
     // The program while it runs, and what it has told.
     struct Run {
@@ -70,7 +70,7 @@ protected:
     }
     QString script(const char *body) const {
         const QString path = mFolder.path() + "/../" + QFileInfo(mFolder.path()).fileName() + "-ffmpeg";
-        testing::storeProgram(path, QByteArray("#!/bin/sh\n") + body + '\n');
+        test::storeProgram(path, QByteArray("#!/bin/sh\n") + body + '\n');
         return path;
     }
     ~RecordProgramTest() override { QFile::remove(mFolder.path() + "-ffmpeg"); }
@@ -85,8 +85,8 @@ inline std::vector<pid_t> guardsOf(qint64 program) {
     std::vector<pid_t> guards;
     const QDir tasks(QString("/proc/%1/task").arg(program));
     for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        for (const QByteArray &child : testing::contents(tasks.filePath(task + "/children")).simplified().split(' ')) {
-            if (testing::contents("/proc/" + child + "/cmdline").contains("cantorel-guard"))
+        for (const QByteArray &child : test::contents(tasks.filePath(task + "/children")).simplified().split(' ')) {
+            if (test::contents("/proc/" + child + "/cmdline").contains("cantorel-guard"))
                 guards.push_back(child.toInt());
         }
     }
@@ -94,7 +94,7 @@ inline std::vector<pid_t> guardsOf(qint64 program) {
 }
 
 inline void expectOneSentence(const QString &line, const char *part) {
-    EXPECT_TRUE(line.contains(QString::fromUtf8(part))) << line.toStdString();
+    EXPECT_TRUE(line.contains(part)) << line.toStdString();
     EXPECT_FALSE(line.startsWith('[')) << "a line of the log: " << line.toStdString();
 }
 

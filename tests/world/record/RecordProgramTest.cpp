@@ -60,7 +60,7 @@ TEST_F(RecordProgramTest, FaultsEndInOneSentenceAndTheirStatus) {
         expectOneSentence(run->lastLine(), sentence);
         if (kept) {
             const QString file = run->event("failed")["kept"].toString();
-            EXPECT_FALSE(testing::decoded(file).empty()) << file.toStdString();
+            EXPECT_FALSE(test::decoded(file).empty()) << file.toStdString();
         }
     }
 }
@@ -76,7 +76,7 @@ TEST_F(RecordProgramTest, ASecondSignalLeavesAConverterThatHangsAndKeepsTheRecor
     EXPECT_EQ(run->status(), 130);
     const QString file = run->event("started")["file"].toString();
     expectOneSentence(run->lastLine(), file.toUtf8());
-    EXPECT_FALSE(testing::decoded(file).empty());
+    EXPECT_FALSE(test::decoded(file).empty());
 }
 
 // On a real server: whatever ends the program, the person's devices are as before, and the sound is there.
@@ -84,7 +84,7 @@ TEST_F(RecordProgramTest, SignalsAndCrashesGiveTheDevicesBackAndLoseNothing) {
     const PrivateWorld world;
     ASSERT_TRUE(world.ready());
     const QString sound = QDir::homePath() + "/sound.wav";
-    test::writeWav(sound, testing::tone(48000 * 30, 48000));
+    test::writeWav(sound, test::tone(48000 * 30, 48000));
     const auto player = world.start("pw-cat", {"-p", sound});
     for (const int number : {SIGINT, SIGTERM, SIGKILL}) {
         SCOPED_TRACE(number);
@@ -104,11 +104,11 @@ TEST_F(RecordProgramTest, SignalsAndCrashesGiveTheDevicesBackAndLoseNothing) {
             const auto next = start({"--source", "mic", "--seconds", "0.3"});
             EXPECT_EQ(next->status(), 0) << next->error.constData();
             file = crashed;
-            EXPECT_TRUE(testing::packetsOf(testing::contents(file))) << "repaired";
+            EXPECT_TRUE(test::packetsOf(test::contents(file))) << "repaired";
         }
-        const std::vector<float> samples = testing::decoded(file);
+        const std::vector<float> samples = test::decoded(file);
         EXPECT_GT(samples.size() / 2, 44100u) << "at most the last second is missing";
-        EXPECT_NEAR(20 * std::log10(usualAmplitude(samples) / testing::kToneAmplitude), 0, 0.1) << "dB";
+        EXPECT_NEAR(20 * std::log10(usualAmplitude(samples) / test::kToneAmplitude), 0, 0.1) << "dB";
     }
     test::finish(*player);
 }
@@ -172,7 +172,7 @@ TEST_F(RecordProgramTest, ALogOutLeavesTheFileWholeAndTheDevicesAsTheyWere) {
             ::kill(guard, guardSignal);
         run->signal(SIGTERM);
         EXPECT_EQ(run->status(), 130);
-        EXPECT_FALSE(testing::decoded(run->event("finished")["file"].toString()).empty()) << run->out.constData();
+        EXPECT_FALSE(test::decoded(run->event("finished")["file"].toString()).empty()) << run->out.constData();
         EXPECT_TRUE(eventually([&] {
             return world.metadata("default.audio.sink").contains("builtin_output")
                    && world.metadata("default.configured.audio.sink").isEmpty();

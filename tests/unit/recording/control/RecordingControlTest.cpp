@@ -22,15 +22,14 @@ public:
         ASSERT_TRUE(session.claim());
         list.initRecordedList();
     }
-    QString state() { return ask(control::kStatus).value(QStringLiteral("state")).toString(); }
+    QString state() { return ask(control::kStatus).value("state").toString(); }
     QVariantMap ask(const char *method) {
-        const auto answer = control.call(QString::fromLatin1(method), {});
-        return answer ? answer.value()
-                      : QVariantMap{{QStringLiteral("refused"), answer.failure().sentence.plainEnglish()}};
+        const auto answer = control.call(method, {});
+        return answer ? answer.value() : QVariantMap{{"refused", answer.failure().sentence.plainEnglish()}};
     }
-    bool refuses(const char *method) { return ask(method).contains(QStringLiteral("refused")); }
+    bool refuses(const char *method) { return ask(method).contains("refused"); }
 
-    RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
+    RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordingSession session{*this, list, surroundings("state")};
     TaskList tasks;
     RecordingControl control{session, list, tasks, RecordingControl::Begins::Any, nullptr};
@@ -39,18 +38,18 @@ public:
 } // namespace
 
 TEST_F(RecordingControlTest, EachStateIsNamedFromTheFirstFramesToTheConvertedFile) {
-    EXPECT_EQ(state(), QStringLiteral("stopped"));
-    EXPECT_EQ(ask(control::kStart).value(QStringLiteral("state")), QStringLiteral("starting"));
-    ASSERT_TRUE(stepUntil([&] { return state() == QStringLiteral("recording"); }));
-    EXPECT_EQ(ask(control::kPause).value(QStringLiteral("state")), QStringLiteral("paused"));
-    EXPECT_EQ(ask(control::kPause).value(QStringLiteral("state")), QStringLiteral("recording"));
+    EXPECT_EQ(state(), "stopped");
+    EXPECT_EQ(ask(control::kStart).value("state"), "starting");
+    ASSERT_TRUE(stepUntil([&] { return state() == "recording"; }));
+    EXPECT_EQ(ask(control::kPause).value("state"), "paused");
+    EXPECT_EQ(ask(control::kPause).value("state"), "recording");
     world.advance(2'000);
-    EXPECT_GE(ask(control::kStatus).value(QStringLiteral("seconds")).toDouble(), 1);
+    EXPECT_GE(ask(control::kStatus).value("seconds").toDouble(), 1);
     const QVariantMap stopped = ask(control::kStop);
-    EXPECT_EQ(stopped.value(QStringLiteral("state")), QStringLiteral("finishing"));
-    EXPECT_EQ(stopped.value(QStringLiteral("file")), started.value(0));
-    ASSERT_TRUE(stepUntil([&] { return state() == QStringLiteral("stopped"); }));
-    EXPECT_FALSE(ask(control::kStatus).contains(QStringLiteral("file")));
+    EXPECT_EQ(stopped.value("state"), "finishing");
+    EXPECT_EQ(stopped.value("file"), started.value(0));
+    ASSERT_TRUE(stepUntil([&] { return state() == "stopped"; }));
+    EXPECT_FALSE(ask(control::kStatus).contains("file"));
 }
 
 TEST_F(RecordingControlTest, StartAndStopAskForAStateAndToggleForTheOther) {
@@ -58,14 +57,14 @@ TEST_F(RecordingControlTest, StartAndStopAskForAStateAndToggleForTheOther) {
     EXPECT_TRUE(refuses(control::kPause));
     EXPECT_TRUE(refuses(control::kSplit));
     EXPECT_FALSE(refuses(control::kStart));
-    ASSERT_TRUE(stepUntil([&] { return state() == QStringLiteral("recording"); }));
-    EXPECT_EQ(ask(control::kStart).value(QStringLiteral("state")), QStringLiteral("recording"));
+    ASSERT_TRUE(stepUntil([&] { return state() == "recording"; }));
+    EXPECT_EQ(ask(control::kStart).value("state"), "recording");
     world.advance(1'000);
     // Between two files a toggle ends what is recorded, as a person sees it.
     ask(control::kSplit);
-    EXPECT_EQ(state(), QStringLiteral("recording"));
-    EXPECT_EQ(ask(control::kToggle).value(QStringLiteral("state")), QStringLiteral("finishing"));
-    ASSERT_TRUE(stepUntil([&] { return state() == QStringLiteral("stopped"); }));
+    EXPECT_EQ(state(), "recording");
+    EXPECT_EQ(ask(control::kToggle).value("state"), "finishing");
+    ASSERT_TRUE(stepUntil([&] { return state() == "stopped"; }));
     EXPECT_EQ(started.size(), 1);
 }
 
@@ -78,33 +77,26 @@ TEST_F(RecordingControlTest, AStartThatFailsIsRefusedWithItsReasonAndLeavesNothi
 }
 
 TEST_F(RecordingControlTest, TasksThatCannotBeAreRefusedAndStoreNothing) {
-    ScheduleTaskInfo good(QStringLiteral("News"), QDateTime(QDate(2099, 7, 1), QTime(8, 0)),
-                          QDateTime(QDate(2099, 7, 1), QTime(8, 1)), 2, true);
+    ScheduleTaskInfo good("News", QDateTime(QDate(2099, 7, 1), QTime(8, 0)), QDateTime(QDate(2099, 7, 1), QTime(8, 1)),
+                          2, true);
     good._repeatEnabled = good._repeatStopByManually = true;
     const QJsonObject json = jsonOfTask(good);
     const auto add = [&](const QJsonObject &task) {
-        return control
-            .call(QString::fromLatin1(control::kAddTask),
-                  {QString::fromUtf8(QJsonDocument(task).toJson(QJsonDocument::Compact))})
+        return control.call(control::kAddTask, {QString::fromUtf8(QJsonDocument(task).toJson(QJsonDocument::Compact))})
             .ok();
     };
-    const std::pair<const char *, QJsonValue> wrong[] = {{"name", QStringLiteral("/")},
-                                                         {"from", QStringLiteral("2099-02-30 08:00:00")},
-                                                         {"seconds", 0},
-                                                         {"seconds", 1e12},
-                                                         {"source", 1},
-                                                         {"weeks", QJsonArray{7}},
-                                                         {"repeat", -1},
-                                                         {"repeat", QStringLiteral("often")},
-                                                         {"daily", true}};
+    const std::pair<const char *, QJsonValue> wrong[] = {
+        {"name", "/"},  {"from", "2099-02-30 08:00:00"}, {"seconds", 0}, {"seconds", 1e12},
+        {"source", 1},  {"weeks", QJsonArray{7}},        {"repeat", -1}, {"repeat", "often"},
+        {"daily", true}};
     for (const auto &[key, value] : wrong) {
         QJsonObject task = json;
-        task.insert(QLatin1String(key), value);
+        task.insert(key, value);
         EXPECT_FALSE(add(task)) << key;
     }
     EXPECT_FALSE(add({}));
     QJsonObject endless = json;
-    endless.insert(QStringLiteral("name"), QString(400'000, QLatin1Char('x')));
+    endless.insert("name", QString(400'000, 'x'));
     EXPECT_FALSE(add(endless));
     EXPECT_TRUE(AppSettings::scheduleTaskList().isEmpty());
     EXPECT_TRUE(add(json));

@@ -54,14 +54,9 @@ public:
             }
         }
     }
-    void unplug() {
-        world.backend->unplug(QStringLiteral("builtin_microphone"));
-        world.system->deliverChanges();
-    }
-    void plug() {
-        world.backend->plug(hal::EmbeddedBackend::plainDevice(QStringLiteral("builtin_microphone"),
-                                                              QStringLiteral("Built-in Microphone"), 2, 0));
-        world.system->deliverChanges();
+    void stop() {
+        session.stopRecording();
+        ASSERT_TRUE(settles());
     }
     bool settles() {
         return stepUntil([&] { return session.isSettled(); });
@@ -81,7 +76,7 @@ public:
 
     std::atomic<bool> loud = true;
     test::SessionLog view;
-    RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
+    RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordingSession session{view, list, surroundings("state")};
 
 private:
@@ -99,8 +94,7 @@ TEST_F(RecordingRulesTest, APeriodSplitsAtItsWholeSecondAndLosesNoFrame) {
     EXPECT_EQ(view.started.size(), 1);
     pass(8);
     const double passed = static_cast<double>((world.clock->now() - began).count()) / 1e9;
-    session.stopRecording();
-    ASSERT_TRUE(settles());
+    stop();
     EXPECT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
     ASSERT_EQ(view.finished.size(), 4u);
     for (std::size_t i = 0; i + 1 < view.finished.size(); ++i)
@@ -117,8 +111,7 @@ TEST_F(RecordingRulesTest, AStopBetweenTwoFilesOfASplitEndsItAll) {
     start();
     pass(1);
     session.splitRecording();
-    session.stopRecording();
-    ASSERT_TRUE(settles());
+    stop();
     pass(1);
     EXPECT_EQ(view.finished.size(), 1u);
     EXPECT_EQ(view.started.size(), 1);
@@ -136,7 +129,7 @@ TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
         const auto began = world.clock->now();
         start();
         pass(2.8);
-        unplug();
+        world.unplugMicrophone();
         AppSettings::setAutoSplitEverySeconds(2); // due at once
         if (byHand)
             session.splitRecording();
@@ -144,13 +137,13 @@ TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
         EXPECT_TRUE(session.isRecording());
         EXPECT_EQ(view.started.size(), 1);
         EXPECT_EQ(view.devices, "l");
-        plug();
+        EXPECT_EQ(view.lostDevice, "Built-in Microphone");
+        world.plugMicrophone();
         pass(1.5);
         EXPECT_EQ(view.devices, "lb");
         EXPECT_EQ(view.started.size(), 2) << "made up for";
         const double passed = static_cast<double>((world.clock->now() - began).count()) / 1e9;
-        session.stopRecording();
-        ASSERT_TRUE(settles());
+        stop();
         EXPECT_TRUE(view.failed.isEmpty()) << view.failed.join(' ').toStdString();
         ASSERT_EQ(view.finished.size(), 2u);
         EXPECT_NEAR(totalSeconds(), passed, 0.2) << "and what is missing is silence";
@@ -162,15 +155,15 @@ TEST_F(RecordingRulesTest, WhatGoesWrongIsSaidInTheLanguageInForce) {
     AppSettings::setAudioType(1);
     RecorderPanel panel;
     RecordingSession watched(panel, list, surroundings("watched"));
-    unplug();
+    world.unplugMicrophone();
     const auto refused = watched.startRecording();
     ASSERT_FALSE(refused);
     panel.setSentence(refused.failure().sentence);
     EXPECT_EQ(panel.sentence(), Lang::english(refused.failure().sentence));
-    Lang::ChangeLanguage(QStringLiteral("German"));
-    EXPECT_EQ(panel.sentence(), Lang::text(QStringLiteral("sentenceNoMicrophone"))) << "live";
-    panel.recordingFailed({refused.failure().sentence, QStringLiteral("/music/a.m4a")});
-    EXPECT_EQ(panel.sentence(), Lang::text(QStringLiteral("sentenceNoMicrophone")) + QStringLiteral(" (/music/a.m4a)"));
+    Lang::ChangeLanguage("German");
+    EXPECT_EQ(panel.sentence(), Lang::text("sentenceNoMicrophone")) << "live";
+    panel.recordingFailed({refused.failure().sentence, "/music/a.m4a"});
+    EXPECT_EQ(panel.sentence(), Lang::text("sentenceNoMicrophone") + " (/music/a.m4a)");
 }
 
 // The clock runs away from the coder: more than the queue holds is lost, and told where it happens.
@@ -195,7 +188,7 @@ TEST_F(RecordingRulesTest, LostFramesAreToldWithTheLevelsAndInAll) {
     EXPECT_GT(shown, 48000);
     EXPECT_GE(static_cast<qint64>(marks() + 2) * 4800, shown) << "everywhere where it was";
     EXPECT_LT(marks() + 60, panel.history().size()) << "and not before";
-    EXPECT_TRUE(panel.sentence().contains(QStringLiteral("frames"))) << panel.sentence().toStdString();
+    EXPECT_TRUE(panel.sentence().contains("frames")) << panel.sentence().toStdString();
     std::optional<FinishedRecording> finished;
     QObject::connect(&panel, &RecorderPanel::finished, &panel,
                      [&](const FinishedRecording &recording) { finished = recording; });
@@ -221,20 +214,19 @@ TEST_F(RecordingRulesTest, ADeviceThatGoesBetweenTwoFilesIsWaitedFor) {
         start();
         pass(1);
         session.splitRecording();
-        unplug();
+        world.unplugMicrophone();
         ASSERT_TRUE(stepUntil([&] { return view.devices == "l"; }));
         world.advance(3000);
         EXPECT_TRUE(session.isRecording() && !session.isSettled());
         EXPECT_TRUE(view.controls.startShowsStop);
         EXPECT_TRUE(view.failed.isEmpty());
-        plug();
+        world.plugMicrophone();
         if (comesBack) {
             ASSERT_TRUE(stepUntil([&] { return view.started.size() == 2; }));
             EXPECT_EQ(view.devices, "lb");
             pass(1);
         }
-        session.stopRecording();
-        ASSERT_TRUE(settles());
+        stop();
         world.advance(3000);
         EXPECT_FALSE(session.isRecording()) << "who has stopped it does not wait";
         EXPECT_TRUE(view.failed.isEmpty());
@@ -260,8 +252,7 @@ TEST_F(RecordingRulesTest, SilenceSplitsAfterSoMuchInAllNotInOne) {
     loud = true;
     pass(1);
     EXPECT_EQ(view.started.size(), 2);
-    session.stopRecording();
-    ASSERT_TRUE(settles());
+    stop();
     EXPECT_EQ(view.finished.size(), 2u);
 }
 
@@ -283,8 +274,7 @@ TEST_F(RecordingRulesTest, SilenceIsSkippedAndWhatComesBeforeASoundIsKept) {
     loud = true;
     pass(2);
     EXPECT_EQ(view.pauses, "sr");
-    session.stopRecording();
-    ASSERT_TRUE(settles());
+    stop();
     EXPECT_NEAR(totalSeconds(), 5, 0.8) << "of 8 s, 4 of them loud";
     // The silence right before the sound that ended the pause is in the file, the first loud frame follows it.
     const auto isLoud = [](float sample) { return sample != 0; };
@@ -312,8 +302,7 @@ TEST_F(RecordingRulesTest, PauseWhilePausedBySilenceIsThePersons) {
     session.onPauseRecording();
     EXPECT_FALSE(session.isPaused());
     EXPECT_EQ(view.pauses, "spr");
-    session.stopRecording();
-    ASSERT_TRUE(settles());
+    stop();
 }
 
 // Neither silence nor the split button makes a file that nobody has resumed.
@@ -334,8 +323,7 @@ TEST_F(RecordingRulesTest, WhatThePersonHasPausedIsSplitOnceItIsResumed) {
     session.resumeRecording();
     pass(1.5);
     EXPECT_EQ(view.started.size(), 2) << "the button is made up for";
-    session.stopRecording();
-    ASSERT_TRUE(settles());
+    stop();
     EXPECT_NEAR(totalSeconds(), 3.5, 0.4);
 }
 
@@ -355,8 +343,7 @@ TEST_F(RecordingRulesTest, APressWhileAFileClosesIsNotLost) {
     ASSERT_TRUE(session.onStartRecording());
     EXPECT_TRUE(session.isBusy());
     ASSERT_TRUE(stepUntil([&] { return view.started.size() == 2; })) << view.failed.join(' ').toStdString();
-    session.stopRecording();
-    ASSERT_TRUE(settles());
+    stop();
 }
 
 TEST_F(RecordingRulesTest, TheWordOfSilenceEndsWithTheFirstSoundAndWithTheRecording) {
@@ -391,8 +378,7 @@ TEST_F(RecordingRulesTest, WhatIsTooShortIsFilteredWithItsItem) {
         AppSettings::setAutoFilterSeconds(shortest);
         start();
         pass(seconds);
-        session.stopRecording();
-        ASSERT_TRUE(settles());
+        stop();
         (isKept ? kept : filtered) += 1;
         EXPECT_EQ(static_cast<qsizetype>(view.finished.size()), kept);
         EXPECT_EQ(view.filtered.size(), filtered);

@@ -32,7 +32,7 @@ public:
     }
     std::shared_ptr<ScheduleTaskInfo> add(const char *name, int inSeconds, int seconds) {
         const QDateTime from = now().addSecs(inSeconds);
-        return tasks.add(ScheduleTaskInfo(QString::fromUtf8(name), from, from.addSecs(seconds), 1, false)).value();
+        return tasks.add(ScheduleTaskInfo(name, from, from.addSecs(seconds), 1, false)).value();
     }
     void SetUp() override {
         AppSettings::setAudioFormat(4);
@@ -45,7 +45,7 @@ public:
     desktop::InstalledServices services{desktop::recordedServices(calls)};
     QStringList ended, missed;
     std::function<void()> onConverting; // once
-    RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
+    RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordingSession session{*this, list, surroundings("state")};
     TaskList tasks;
     ScheduledSession scheduled{session, tasks, *this, *world.clock, [this] { return now(); }};
@@ -59,16 +59,16 @@ TEST_F(ScheduledSessionTest, ATaskRecordsItsLengthUnderItsNameAsOftenAsItShall) 
     task->_repeatTotalCount = 2;
     task->_shutdownAfterRecording = true;
     ASSERT_TRUE(stepUntil([&] { return finished.size() == 2 && !ended.isEmpty(); }));
-    EXPECT_EQ(started, (QStringList{QStringLiteral("News.m4a"), QStringLiteral("News(1).m4a")}));
+    EXPECT_EQ(started, (QStringList{"News.m4a", "News(1).m4a"}));
     for (const FinishedRecording &recording : finished) {
         EXPECT_GE(recording.seconds, 3.0);
         EXPECT_LT(recording.seconds, 4.5);
     }
     EXPECT_EQ(list.items().size(), 2u);
-    EXPECT_EQ(ended, QStringList{QStringLiteral("News")});
+    EXPECT_EQ(ended, QStringList{"News"});
     EXPECT_TRUE(tasks.tasks().empty());
     EXPECT_EQ(AppSettings::getAudioType(), 1);
-    EXPECT_TRUE(stepUntil([&] { return calls->calls().filter(QStringLiteral("shut down")).size() == 1; }));
+    EXPECT_TRUE(stepUntil([&] { return calls->calls().filter("shut down").size() == 1; }));
 }
 
 TEST_F(ScheduledSessionTest, ARecordingByHandIsNeitherCutNorNamedByATaskThatFallsDue) {
@@ -91,7 +91,7 @@ TEST_F(ScheduledSessionTest, StoppedByHandARepeatedTaskEnds) {
     world.advance(1'000);
     scheduled.onStartRecording(); // the start control ends it
     ASSERT_TRUE(stepUntil([&] { return finished.size() == 1; }));
-    EXPECT_EQ(ended, QStringList{QStringLiteral("News")});
+    EXPECT_EQ(ended, QStringList{"News"});
     world.advance(5'000);
     EXPECT_EQ(started.size(), 1);
 }

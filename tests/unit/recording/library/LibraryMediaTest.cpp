@@ -37,35 +37,35 @@ public:
 
     std::shared_ptr<desktop::CallRecord> record = std::make_shared<desktop::CallRecord>();
     desktop::Services services{desktop::recordedServices(record)};
-    RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
+    RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordingsModel model{list};
     LibraryPlayer player;
     std::unique_ptr<LibraryMedia> media = std::make_unique<LibraryMedia>(player, model, services.media.get());
 };
 
 TEST_F(LibraryMediaTest, TheDesktopHearsOfItFromTheFirstPlayToTheEnd) {
-    model.search(QStringLiteral("a"));
+    model.search("a");
     media->setRecording(true);
     media->setRecording(false);
     EXPECT_TRUE(record->calls().isEmpty());
     begin("a.wav");
     player.stop();
     begin("b.wav");
-    EXPECT_EQ(record->calls(), QStringList{QStringLiteral("media offer")});
+    EXPECT_EQ(record->calls(), QStringList{"media offer"});
     media.reset();
-    EXPECT_EQ(record->calls().last(), QStringLiteral("media withdraw"));
+    EXPECT_EQ(record->calls().last(), "media withdraw");
 }
 
 TEST_F(LibraryMediaTest, TellsWhatIsPlayed) {
     RecordedAudioInfo &item = *list.itemWithFile(path("b.wav"));
-    item.setArtist(QStringLiteral("Artist"));
-    item.setAlbum(QStringLiteral("Album"));
+    item.setArtist("Artist");
+    item.setAlbum("Album");
     begin("b.wav");
     EXPECT_EQ(state().playback, Playback::Playing);
     EXPECT_EQ(state().track, QUrl::fromLocalFile(path("b.wav")));
-    EXPECT_EQ(state().title, QStringLiteral("b"));
-    EXPECT_EQ(state().artist, QStringLiteral("Artist"));
-    EXPECT_EQ(state().album, QStringLiteral("Album"));
+    EXPECT_EQ(state().title, "b");
+    EXPECT_EQ(state().artist, "Artist");
+    EXPECT_EQ(state().album, "Album");
     EXPECT_NEAR(state().seconds, 4, 0.01);
     player.pause();
     EXPECT_EQ(state().playback, Playback::Paused);
@@ -74,7 +74,7 @@ TEST_F(LibraryMediaTest, TellsWhatIsPlayed) {
     EXPECT_TRUE(state().track.isEmpty());
     EXPECT_TRUE(state().canPlay) << "the last one again";
     media->play();
-    EXPECT_EQ(played(), QStringLiteral("b.wav"));
+    EXPECT_EQ(played(), "b.wav");
     media->playOrPause();
     EXPECT_FALSE(player.isPlaying());
     media->playOrPause();
@@ -88,11 +88,11 @@ TEST_F(LibraryMediaTest, NextAndPreviousFollowTheOrderShownPastWhatCannotBePlaye
     EXPECT_TRUE(state().canGoNext);
     EXPECT_FALSE(state().canGoPrevious);
     media->previous();
-    EXPECT_EQ(played(), QStringLiteral("a.wav"));
+    EXPECT_EQ(played(), "a.wav");
     media->next();
-    EXPECT_EQ(played(), QStringLiteral("b.wav"));
+    EXPECT_EQ(played(), "b.wav");
     media->next();
-    EXPECT_EQ(played(), QStringLiteral("d.wav")) << "c is being converted";
+    EXPECT_EQ(played(), "d.wav") << "c is being converted";
     EXPECT_FALSE(state().canGoNext);
     EXPECT_TRUE(state().canGoPrevious);
 
@@ -106,10 +106,10 @@ TEST_F(LibraryMediaTest, NextAndPreviousFollowTheOrderShownPastWhatCannotBePlaye
     EXPECT_TRUE(state().canGoNext);
     player.pause();
     media->next();
-    EXPECT_EQ(played(), QStringLiteral("a.wav")) << "the file of b has gone";
+    EXPECT_EQ(played(), "a.wav") << "the file of b has gone";
     EXPECT_FALSE(player.isPlaying()) << "what is paused stays so";
 
-    model.search(QStringLiteral("d"));
+    model.search("d");
     EXPECT_FALSE(state().canGoNext || state().canGoPrevious) << "it is not shown";
 }
 
@@ -123,7 +123,7 @@ TEST_F(LibraryMediaTest, SeeksWhereItPlaysAndWhereItIsPaused) {
     media->seek(1);
     EXPECT_NEAR(media->position(), 1, 0.1);
     EXPECT_FALSE(player.isPlaying());
-    EXPECT_EQ(record->calls().count(QStringLiteral("media jump")), 2);
+    EXPECT_EQ(record->calls().count("media jump"), 2);
 }
 
 TEST_F(LibraryMediaTest, NoKeyIsHeardInARecording) {
@@ -147,11 +147,11 @@ TEST_F(LibraryMediaTest, LeadsToTheWindowAndItsEnd) {
     QStringList led;
     media->showWindow();
     media->quit();
-    QObject::connect(media.get(), &LibraryMedia::toWindow, media.get(), [&] { led << QStringLiteral("window"); });
-    QObject::connect(media.get(), &LibraryMedia::toEnd, media.get(), [&] { led << QStringLiteral("end"); });
+    QObject::connect(media.get(), &LibraryMedia::toWindow, media.get(), [&] { led << "window"; });
+    QObject::connect(media.get(), &LibraryMedia::toEnd, media.get(), [&] { led << "end"; });
     media->showWindow();
     media->quit();
-    EXPECT_EQ(led, (QStringList{QStringLiteral("window"), QStringLiteral("end")}));
+    EXPECT_EQ(led, (QStringList{"window", "end"}));
 }
 
 } // namespace

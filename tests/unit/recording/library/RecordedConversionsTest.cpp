@@ -7,21 +7,21 @@
 namespace cantorel {
 namespace {
 
-using testing::contents;
+using test::contents;
 
 // One recording in the list; ffmpeg is a line of shell, in which $in is the recording and $out what it writes.
 class RecordedConversionsTest : public test::RecordingFixture {
 public:
     RecordedConversionsTest() {
-        testing::store(file, recording);
+        test::store(file, recording);
         list.initRecordedList();
         list.addRecordedFile(file, {}, {});
         AppSettings::setAudioFormat(4);
     }
     foundation::Result<QString> convert(const char *line) {
         const QString program = QDir::homePath() + "/ffmpeg";
-        testing::storeProgram(program,
-                              "#!/bin/sh\nfor out; do :; done\nout=${out#file:} in=${3#file:}\n" + QByteArray(line));
+        test::storeProgram(program,
+                           "#!/bin/sh\nfor out; do :; done\nout=${out#file:} in=${3#file:}\n" + QByteArray(line));
         qputenv("CANTOREL_FFMPEG", program.toUtf8());
         std::optional<foundation::Result<QString>> ended;
         conversions.convertRecordedfileFormat(*list.items().front(), [&](const auto &result) { ended = result; });
@@ -41,7 +41,7 @@ TEST_F(RecordedConversionsTest, TheRecordingGoesOnlyForAWholeSuccessor) {
         EXPECT_FALSE(convert(line)) << line;
         EXPECT_EQ(contents(file), recording) << line;
         EXPECT_EQ(list.items().front()->getFileName(), file);
-        EXPECT_EQ(list.items().front()->status(), QStringLiteral("Error"));
+        EXPECT_EQ(list.items().front()->status(), "Error");
     }
     ASSERT_TRUE(convert("cp \"$in\" \"$out\""));
     EXPECT_FALSE(QFile::exists(file));

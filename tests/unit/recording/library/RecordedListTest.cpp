@@ -23,12 +23,12 @@
 namespace cantorel {
 namespace {
 
-class RecordedListTest : public ::testing::Test {
+class RecordedListTest : public testing::Test {
 public:
     QString file(int number, bool onDisk = true) const {
         const QString path = mFolder.filePath(QStringLiteral("r%1.m4a").arg(number));
         if (onDisk)
-            testing::touch(path);
+            test::touch(path);
         return path;
     }
     std::unique_ptr<RecordedList> opened() {
@@ -36,8 +36,8 @@ public:
         list->initRecordedList();
         return list;
     }
-    QString state() const { return mFolder.filePath(QStringLiteral("state")); }
-    QString journal() const { return state() + QStringLiteral("/recordedList.journal"); }
+    QString state() const { return mFolder.filePath("state"); }
+    QString journal() const { return state() + "/recordedList.journal"; }
     static QStringList names(const RecordedList &list) {
         QStringList names;
         for (const auto &item : list.items())
@@ -54,13 +54,13 @@ public:
     }
     // What a process finds that knows nothing of what is here, where all changes are additions.
     int itemsForAnotherProcess() const {
-        const foundation::DefaultsDomain settings(QString::fromLatin1(kBundleIdentifier));
-        ListJournal journal(state() + QStringLiteral("/recordedList.journal"));
-        const QByteArray archive = settings.object(QStringLiteral("recordedList")).toByteArray();
+        const foundation::DefaultsDomain settings(kBundleIdentifier);
+        ListJournal journal(state() + "/recordedList.journal");
+        const QByteArray archive = settings.object("recordedList").toByteArray();
         return static_cast<int>(foundation::unarchivedObject(archive)->toList().size())
                + static_cast<int>(journal.changesTo(archive).size());
     }
-    static QByteArray stored() { return AppSettings::getFromUserDefaults_Data(QStringLiteral("recordedList")); }
+    static QByteArray stored() { return AppSettings::getFromUserDefaults_Data("recordedList"); }
 
     QTemporaryDir mFolder;
     hal::ManualClock mClock;
@@ -77,7 +77,7 @@ TEST_F(RecordedListTest, ItemsStoreSevenFieldsAndNothingElse) {
     // What is none of ours, or damaged, is no recording; fields of another type are empty.
     using foundation::ArchivedObject;
     const foundation::ArchivedValues wrong{{"_fileName", 7}};
-    EXPECT_FALSE(recordedAudioFields(QVariant(QStringLiteral("text"))));
+    EXPECT_FALSE(recordedAudioFields(QVariant("text")));
     EXPECT_FALSE(recordedAudioFields(QVariant::fromValue(ArchivedObject{"RecordedAudioInfo", wrong})));
     EXPECT_FALSE(recordedAudioFields(QVariant::fromValue(ArchivedObject{"Other", {{"_fileName", "a"}}})));
     const auto half = recordedAudioFields(
@@ -87,19 +87,18 @@ TEST_F(RecordedListTest, ItemsStoreSevenFieldsAndNothingElse) {
 }
 
 TEST_F(RecordedListTest, TitlesFollowTheFileAndTheProcessing) {
-    RecordedAudioInfo item(QStringLiteral("/music/A song.m4a"));
+    RecordedAudioInfo item("/music/A song.m4a");
     EXPECT_EQ(item.getTitle(), "A song.m4a");
     item.isProcessing = true;
     EXPECT_EQ(item.getTitle(), "A song");
-    item.setFileName(QStringLiteral("/music/B.mp3"));
+    item.setFileName("/music/B.mp3");
     EXPECT_EQ(item.getTitle(), "B");
     EXPECT_EQ(item.originalFileName(), "/music/A song.m4a");
 }
 
 TEST_F(RecordedListTest, WhatIsGoneFromTheDiskIsLeftOutAndForgottenAtTheNextSave) {
     AppSettings::setRecordedMovieList({archivedItem({file(1), {}, {}, {}, {}, {}, {}}),
-                                       archivedItem({file(2, false), {}, {}, {}, {}, {}, {}}),
-                                       QVariant(QStringLiteral("no item"))});
+                                       archivedItem({file(2, false), {}, {}, {}, {}, {}, {}}), QVariant("no item")});
     const auto list = opened();
     EXPECT_EQ(names(*list), QStringList{"r1"});
     EXPECT_EQ(AppSettings::recordedMovieList().size(), 3);
@@ -109,13 +108,11 @@ TEST_F(RecordedListTest, WhatIsGoneFromTheDiskIsLeftOutAndForgottenAtTheNextSave
 
 TEST_F(RecordedListTest, ADamagedListIsCopiedAsideAndStaysUntilTheNextSave) {
     const QByteArray damaged = "bplist00 but not really";
-    AppSettings::saveToUserDefaultsForKeyObjectValue(QStringLiteral("recordedList"), damaged);
+    AppSettings::saveToUserDefaultsForKeyObjectValue("recordedList", damaged);
     const auto list = opened();
     EXPECT_TRUE(list->items().empty());
     EXPECT_EQ(stored(), damaged);
-    QFile copy(state() + QStringLiteral("/recordedList.damaged"));
-    ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
-    EXPECT_EQ(copy.readAll(), damaged);
+    EXPECT_EQ(test::contents(state() + "/recordedList.damaged"), damaged);
     list->addRecordedFile(file(1), {}, {});
     EXPECT_EQ(names(*opened()), QStringList{"r1"});
 }
@@ -214,16 +211,6 @@ TEST_F(RecordedListTest, ALoadingListTellsWhenItIsThereAndLosesNothingToAnEarlyC
     QCoreApplication::processEvents();
 }
 
-TEST_F(RecordedListTest, WhatIsSearchedForFollowsTheFieldsOfAnItem) {
-    RecordedAudioInfo item(QStringLiteral("/music/Straße.m4a"));
-    EXPECT_EQ(item.searchKey(), "straße.m4a\n\n");
-    item.setArtist(QStringLiteral("ÄB"));
-    EXPECT_EQ(item.searchKey(), "straße.m4a\näb\n");
-    item.setAlbum(QStringLiteral("C"));
-    item.setFileName(QStringLiteral("/music/D.mp3"));
-    EXPECT_EQ(item.searchKey(), "d.mp3\näb\nc");
-}
-
 TEST_F(RecordedListTest, TheSweeperDeletesOneFileASecondOnceItExists) {
     const auto list = opened();
     list->addInvalidFile(file(1));
@@ -252,14 +239,14 @@ TEST_F(RecordedListTest, AFailedSaveSaysSoAndCostsNothingThatIsOnTheDisk) {
     {
         const test::UnwritableSettings unwritable;
         list->remove(*list->items().front());
-        EXPECT_TRUE(Lang::english(list->unsaved()).startsWith(QStringLiteral("The list was not saved")));
-        EXPECT_FALSE(list->rename(*list->items().back(), QStringLiteral("new")));
+        EXPECT_TRUE(Lang::english(list->unsaved()).startsWith("The list was not saved"));
+        EXPECT_FALSE(list->rename(*list->items().back(), "new"));
         EXPECT_TRUE(QFile::exists(file(1000, false))) << "nothing has changed";
         EXPECT_EQ(list->items().back()->getFileName(), file(1000, false));
     }
     ASSERT_TRUE(QFile::exists(journal()));
     EXPECT_EQ(itemsForAnotherProcess(), 601);
-    ASSERT_TRUE(list->rename(*list->items().back(), QStringLiteral("n/ew/")));
+    ASSERT_TRUE(list->rename(*list->items().back(), "n/ew/"));
     EXPECT_TRUE(list->unsaved().isEmpty());
     EXPECT_EQ(names(*opened()), names(*list)) << "what was missing went along";
     EXPECT_EQ(names(*list).back(), "n-ew") << "a stroke stays in sight";
@@ -271,7 +258,7 @@ TEST_F(RecordedListTest, ReadersLeaveTheJournalOfAnotherArchiveAlone) {
     const QByteArray archive = stored();
     AppSettings::setRecordedMovieList({}); // as a reader that comes between two saves finds it
     EXPECT_TRUE(opened()->items().empty());
-    AppSettings::saveToUserDefaultsForKeyObjectValue(QStringLiteral("recordedList"), archive);
+    AppSettings::saveToUserDefaultsForKeyObjectValue("recordedList", archive);
     owner->addRecordedFile(file(1001), {}, {});
     EXPECT_EQ(names(*opened()).mid(600), (QStringList{"r1000", "r1001"}));
 }
@@ -282,7 +269,7 @@ TEST_F(RecordedListTest, AVanishedFileShiftsNothingAndTheJournalStaysSmallerThan
     QStringList left;
     {
         const auto list = opened();
-        list->items()[3]->setArtist(QStringLiteral("X"));
+        list->items()[3]->setArtist("X");
         list->save(*list->items()[3]);
         list->remove(*list->items().back());
         left = names(*list);
@@ -298,7 +285,7 @@ TEST_F(RecordedListTest, AVanishedFileShiftsNothingAndTheJournalStaysSmallerThan
 
 TEST_F(RecordedListTest, WhatTheWastebasketRefusesStaysAndWhatComesBackReplacesNothing) {
     const auto list = opened();
-    const QString fixed = QStringLiteral("/proc/self/status"); // not to be moved by anybody
+    const QString fixed = "/proc/self/status"; // not to be moved by anybody
     for (const QString &path : {fixed, file(1)})
         list->addRecordedFile(path, {}, {});
     RecordingsRemoval removal(*list);
@@ -309,11 +296,9 @@ TEST_F(RecordedListTest, WhatTheWastebasketRefusesStaysAndWhatComesBackReplacesN
     EXPECT_EQ(names(*list), QStringList{"status"});
     EXPECT_FALSE(QFile::exists(file(1, false)));
 
-    QFile taken(file(1, false));
-    ASSERT_TRUE(taken.open(QIODevice::WriteOnly) && taken.write("another") == 7);
-    taken.close();
+    test::store(file(1, false), "another");
     EXPECT_FALSE(removal.undo());
-    EXPECT_EQ(taken.size(), 7);
+    EXPECT_EQ(test::contents(file(1, false)), "another");
     EXPECT_EQ(names(*list), QStringList{"status"});
 }
 

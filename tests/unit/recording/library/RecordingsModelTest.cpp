@@ -11,15 +11,15 @@
 namespace cantorel {
 namespace {
 
-class RecordingsModelTest : public ::testing::Test {
+class RecordingsModelTest : public testing::Test {
 public:
     void add(const char *name, const char *size = "1.00 KB", const char *artist = "", const char *album = "") {
         list.insert(list.items().size(), {QStringLiteral("/music/") + QString::fromUtf8(name),
                                           "00:00:01",
-                                          QString::fromUtf8(size),
+                                          size,
                                           "2026-11-21 10:04:05",
-                                          QString::fromUtf8(artist),
-                                          QString::fromUtf8(album),
+                                          artist,
+                                          album,
                                           {}});
         model.listDidChange();
     }
@@ -31,7 +31,7 @@ public:
     }
 
     hal::ManualClock clock;
-    RecordedList list{QDir::homePath() + QStringLiteral("/state"), clock};
+    RecordedList list{QDir::homePath() + "/state", clock};
     RecordingsModel model{list};
 };
 
@@ -45,16 +45,16 @@ TEST_F(RecordingsModelTest, WhatIsFoundDoesNotDependOnHowTheSearchWasTyped) {
     const char *const typed[] = {"a",  "ab", "abc", "ab",   "b",          "ba", "b a", "a b", "a",     "",
                                  "äb", "Ä",  "q",   "qu x", "quartet li", "l",  "  ",  "zzz", "zzz z", "z"};
     for (const char *text : typed) {
-        model.search(QString::fromUtf8(text));
+        model.search(text);
         RecordingsModel anew(list);
         anew.sort(RecordingsModel::Title, Qt::AscendingOrder);
-        anew.search(QString::fromUtf8(text));
+        anew.search(text);
         QStringList expected;
         for (int row = 0; row < anew.rowCount(); ++row)
             expected << anew.index(row, RecordingsModel::Title).data().toString();
         EXPECT_EQ(shown(), expected) << text;
     }
-    model.search(QStringLiteral("QUART LIVE xa"));
+    model.search("QUART LIVE xa");
     EXPECT_EQ(shown(), QStringList{"xab"});
     add("quart live xaver");
     EXPECT_EQ(shown(), (QStringList{"quart live xaver", "xab"})) << "what comes is searched, too";
@@ -67,7 +67,7 @@ TEST_F(RecordingsModelTest, NumbersAndWordsAreOrderedAsAPersonWould) {
     const QStringList ordered{"Äpfel.mp3", "Track1.mp3", "track2.mp3", "Track10.mp3", "Zebra.mp3"};
     EXPECT_EQ(shown(), ordered);
     // A change of one item, and of the list, finds its place among those that were ordered before.
-    list.items()[0]->setFileName(QStringLiteral("/music/Aa.mp3"));
+    list.items()[0]->setFileName("/music/Aa.mp3");
     list.remove(*list.items()[2]);
     add("Track1.mp3");
     EXPECT_EQ(shown(), (QStringList{"Aa.mp3", "Äpfel.mp3", "Track1.mp3", "Track1.mp3", "track2.mp3"}));
@@ -88,17 +88,17 @@ TEST_F(RecordingsModelTest, SizesAreOrderedByTheirBytesAndDatesByTheirAge) {
 
 TEST_F(RecordingsModelTest, DatesAreWrittenInTheWindowsLanguage) {
     add("a");
-    list.items()[0]->setDateAdded(QStringLiteral("2026-03-05 14:07:09"));
+    list.items()[0]->setDateAdded("2026-03-05 14:07:09");
     const std::pair<const char *, const char *> languages[] = {{"German", "05.03.2026 14:07"},
                                                                {"Japanese", "2026/03/05 14:07"},
                                                                {"Czech", "05.03.2026 14:07"},
                                                                {"ChineseTraditional", "2026/3/5 下午2:07"}};
     for (const auto &[language, expected] : languages) {
-        Lang::ChangeLanguage(QString::fromLatin1(language));
+        Lang::ChangeLanguage(language);
         model.languageDidChange();
-        EXPECT_EQ(model.index(0, RecordingsModel::Date).data().toString(), QString::fromUtf8(expected)) << language;
+        EXPECT_EQ(model.index(0, RecordingsModel::Date).data().toString(), expected) << language;
     }
-    list.items()[0]->setDateAdded(QStringLiteral("yesterday"));
+    list.items()[0]->setDateAdded("yesterday");
     EXPECT_EQ(model.index(0, RecordingsModel::Date).data().toString(), "yesterday") << "no date: as it is";
 }
 

@@ -13,10 +13,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-QString stamp(const QDateTime &moment) { return moment.toLocalTime().toString(QStringLiteral("MM-dd HH:mm")); }
+QString stamp(const QDateTime &moment) { return moment.toLocalTime().toString("MM-dd HH:mm"); }
 
 // A recorder and a face that note what happens, on a clock whose hands can be moved.
-class ScheduleTaskRunnerTest : public ::testing::Test, public ScheduledRecorder, public ScheduleTaskView {
+class ScheduleTaskRunnerTest : public testing::Test, public ScheduledRecorder, public ScheduleTaskView {
 protected:
     ScheduleTaskRunnerTest() {
         qputenv("TZ", "Europe/Berlin");
@@ -41,7 +41,7 @@ protected:
     }
     void stopRecording() override {
         recording = false;
-        events << QStringLiteral("stop");
+        events << "stop";
     }
     bool isSettled() const override { return !recording && settled; }
 
@@ -49,14 +49,12 @@ protected:
     void taskEnded(const ScheduleTaskInfo &task) override { events << QStringLiteral("end %1").arg(task._taskName); }
     void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const foundation::Sentence &why) override {
         const QString sentence = Lang::english(why);
-        EXPECT_TRUE(sentence.endsWith(QLatin1Char('.')));
-        const char *reason = sentence.contains(QStringLiteral("slept"))         ? "slept"
-                             : sentence.contains(QStringLiteral("not running")) ? "not running"
-                             : sentence.contains(QStringLiteral("another"))     ? "another"
-                                                                                : "failed";
-        events << QStringLiteral("%1 missed %2: %3")
-                      .arg(stamp(start), task._taskName, QString::fromLatin1(reason))
-                      .trimmed();
+        EXPECT_TRUE(sentence.endsWith('.'));
+        const char *reason = sentence.contains("slept")         ? "slept"
+                             : sentence.contains("not running") ? "not running"
+                             : sentence.contains("another")     ? "another"
+                                                                : "failed";
+        events << QStringLiteral("%1 missed %2: %3").arg(stamp(start), task._taskName, reason).trimmed();
     }
     void shutdownCountdown(int secondsLeft) override { shutdownShown << secondsLeft; }
 
@@ -65,7 +63,7 @@ protected:
                                     + handsMoved);
     }
     void begin(const char *moment) {
-        startOfTime = QDateTime::fromString(QString::fromLatin1(moment), QStringLiteral("yyyy-MM-dd HH:mm:ss")).toUTC();
+        startOfTime = QDateTime::fromString(moment, "yyyy-MM-dd HH:mm:ss").toUTC();
         runner.initScheduleTaskList();
     }
     // A second passes; a recording that has its length ends.
@@ -84,13 +82,19 @@ protected:
             second();
     }
     std::shared_ptr<ScheduleTaskInfo> add(const char *name, const char *from, qint64 seconds, QList<int> weeks = {}) {
-        const QDateTime start = QDateTime::fromString(QString::fromLatin1(from), QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-        ScheduleTaskInfo task(QString::fromLatin1(name), start, start.addSecs(seconds), 1, false);
+        const QDateTime start = QDateTime::fromString(from, "yyyy-MM-dd HH:mm:ss");
+        ScheduleTaskInfo task(name, start, start.addSecs(seconds), 1, false);
         task._daily = !weeks.isEmpty();
         task.WeeksOn_ = std::move(weeks);
         return tasks.add(task).value();
     }
-    std::string told() { return std::exchange(events, {}).join(QStringLiteral("; ")).toStdString(); }
+    std::shared_ptr<ScheduleTaskInfo> repeated(int count, const char *from, qint64 seconds, QList<int> weeks = {}) {
+        const auto task = add("a", from, seconds, std::move(weeks));
+        task->_repeatEnabled = true;
+        task->_repeatTotalCount = count;
+        return task;
+    }
+    std::string told() { return std::exchange(events, {}).join("; ").toStdString(); }
     static QStringList storedNames() {
         TaskList stored;
         QStringList names;
@@ -119,9 +123,9 @@ TEST_F(ScheduleTaskRunnerTest, AOneTimeTaskRunsOnceAndLeavesTheStoredList) {
     begin("2026-07-12 07:59:00");
     add("a", "2026-07-12 08:00:00", 60);
     pass(50);
-    EXPECT_EQ(countdown.taskName, QStringLiteral("a"));
+    EXPECT_EQ(countdown.taskName, "a");
     EXPECT_EQ(countdown.seconds, 10);
-    EXPECT_EQ(countdown.text, QStringLiteral("Next task: a in 10 s"));
+    EXPECT_EQ(countdown.text, "Next task: a in 10 s");
     pass(10);
     EXPECT_EQ(told(), "07-12 08:00 start a 1");
     EXPECT_EQ(AppSettings::getAudioType(), 1);
@@ -190,20 +194,18 @@ TEST_F(ScheduleTaskRunnerTest, RepetitionsCountAsTheyShould) {
         tasks.drop(tasks.tasks());
         handsMoved = -std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count();
         begin("2026-07-12 07:59:58");
-        const auto task = add("a", "2026-07-12 08:00:00", 10, c.daily ? QList<int>{0} : QList<int>{});
-        task->_repeatEnabled = true;
-        task->_repeatTotalCount = c.total;
+        const auto task = repeated(c.total, "2026-07-12 08:00:00", 10, c.daily ? QList<int>{0} : QList<int>{});
         int started = 0;
         for (int i = 0; i < 100; ++i) {
             second();
-            const auto now = static_cast<int>(events.filter(QStringLiteral("start")).size());
+            const auto now = static_cast<int>(events.filter("start").size());
             if (now != std::exchange(started, now) && now == c.stopAt) {
                 runner.taskWasStoppedByHand();
                 endRecording();
             }
         }
         QString events = QString::fromStdString(told());
-        events.remove(QStringLiteral("07-12 ")).replace(QStringLiteral("; 08:00 start"), QStringLiteral("; start"));
+        events.remove("07-12 ").replace("; 08:00 start", "; start");
         EXPECT_EQ(events.toStdString(), c.told) << c.total;
         EXPECT_EQ(task->_repeatLoopedCount, 0);
         EXPECT_EQ(tasks.tasks().size(), c.daily ? 1u : 0u);
@@ -231,9 +233,7 @@ TEST_F(ScheduleTaskRunnerTest, ARepeatedTaskWaitsForTheEndOfItsFileAndForManualR
 
 TEST_F(ScheduleTaskRunnerTest, TheLoopedCountIsStoredAtEveryEnd) {
     begin("2026-07-12 07:59:58");
-    const auto task = add("a", "2026-07-12 08:00:00", 5);
-    task->_repeatEnabled = true;
-    task->_repeatTotalCount = 3;
+    const auto task = repeated(3, "2026-07-12 08:00:00", 5);
     pass(10);
     tasks.LoadTasks();
     ASSERT_EQ(tasks.tasks().size(), 1u);
@@ -241,25 +241,12 @@ TEST_F(ScheduleTaskRunnerTest, TheLoopedCountIsStoredAtEveryEnd) {
 }
 
 TEST_F(ScheduleTaskRunnerTest, ADailyTaskThatACrashCutShortMakesAllItsRecordingsTheNextDay) {
-    const auto task = add("a", "2026-07-12 08:00:00", 5, {0, 1});
-    task->_repeatEnabled = true;
-    task->_repeatTotalCount = 3;
+    const auto task = repeated(3, "2026-07-12 08:00:00", 5, {0, 1});
     task->_repeatLoopedCount = 2; // as a killed program has stored it
     ASSERT_TRUE(tasks.SaveTasks());
     begin("2026-07-13 07:59:50");
     pass(60);
     EXPECT_EQ(told(), "07-13 08:00 start a 1; 07-13 08:00 start a(1) 1; 07-13 08:00 start a(2) 1; end a");
-}
-
-TEST_F(ScheduleTaskRunnerTest, EveryRepetitionCountsDownToItsOwnEnd) {
-    begin("2026-07-12 07:59:58");
-    add("a", "2026-07-12 08:00:00", 10)->_repeatEnabled = true;
-    pass(4);
-    EXPECT_NEAR(static_cast<double>(countdown.seconds), 7, 1);
-    while (events.size() < 2)
-        second();
-    pass(3);
-    EXPECT_NEAR(static_cast<double>(countdown.seconds), 7, 1);
 }
 
 TEST_F(ScheduleTaskRunnerTest, AStartInTheProgramsFirstSecondIsKept) {
@@ -272,7 +259,7 @@ TEST_F(ScheduleTaskRunnerTest, AStartInTheProgramsFirstSecondIsKept) {
         ScheduleTaskRunner fresh(tasks, *this, *this, clock, [this] { return now(); });
         fresh.initScheduleTaskList();
         clock.advance(1s);
-        EXPECT_EQ(events.filter(QStringLiteral("start a")).size(), 1) << milliseconds << told();
+        EXPECT_EQ(events.filter("start a").size(), 1) << milliseconds << told();
         recording = false;
         fresh.taskRecordingDidEnd();
         told();
@@ -289,10 +276,10 @@ TEST_F(ScheduleTaskRunnerTest, AJourneyThroughTimeZonesStartsNothingTwiceAndLose
         ::tzset();
     }
     pass(86'400 + 9'000 - 120);
-    const QStringList starts = events.filter(QStringLiteral("start"));
-    EXPECT_EQ(starts.filter(QStringLiteral("once")).size(), 1);
-    EXPECT_EQ(starts.filter(QStringLiteral("daily")).size(), 2);
-    EXPECT_TRUE(events.filter(QStringLiteral("missed")).isEmpty()) << told();
+    const QStringList starts = events.filter("start");
+    EXPECT_EQ(starts.filter("once").size(), 1);
+    EXPECT_EQ(starts.filter("daily").size(), 2);
+    EXPECT_TRUE(events.filter("missed").isEmpty()) << told();
 }
 
 TEST_F(ScheduleTaskRunnerTest, ALateTickReplaysTenSecondsAndWhatWasSleptThroughIsReported) {
@@ -310,7 +297,7 @@ TEST_F(ScheduleTaskRunnerTest, ALateTickReplaysTenSecondsAndWhatWasSleptThroughI
     handsMoved += 7'200'000;
     pass(3);
     EXPECT_EQ(told(), "07-12 09:00 missed b: slept; 07-12 09:00 missed daily: slept");
-    EXPECT_EQ(countdown.taskName, QStringLiteral("daily"));
+    EXPECT_EQ(countdown.taskName, "daily");
 }
 
 TEST_F(ScheduleTaskRunnerTest, AClockThatIsSetBackStartsNothingTwice) {
@@ -346,7 +333,7 @@ TEST_F(ScheduleTaskRunnerTest, WhatWasDueWhileNothingRanIsReportedAndForgotten) 
     begin("2026-07-12 07:00:00");
     pass(1);
     EXPECT_EQ(told(), "07-11 08:00 missed old: not running; missed never: not running");
-    EXPECT_EQ(storedNames(), QStringList{QStringLiteral("daily")});
+    EXPECT_EQ(storedNames(), QStringList{"daily"});
 }
 
 TEST_F(ScheduleTaskRunnerTest, AProgramThatEndsWithinAStartNeitherMakesItAgainNorCallsItMissed) {
@@ -359,7 +346,7 @@ TEST_F(ScheduleTaskRunnerTest, AProgramThatEndsWithinAStartNeitherMakesItAgainNo
         ends = {};
         auto again =
             std::make_unique<ScheduleTaskRunner>(read.emplace(), *this, *this, clock, [this] { return now(); });
-        startOfTime = QDateTime::fromString(QString::fromLatin1(moment), QStringLiteral("yyyy-MM-dd HH:mm:ss")).toUTC();
+        startOfTime = QDateTime::fromString(moment, "yyyy-MM-dd HH:mm:ss").toUTC();
         handsMoved = -std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count();
         again->initScheduleTaskList();
         return again;
@@ -380,7 +367,7 @@ TEST_F(ScheduleTaskRunnerTest, AProgramThatEndsWithinAStartNeitherMakesItAgainNo
         const auto third = restart("2026-07-06 09:05:00");
         pass(60);
         EXPECT_EQ(told(), "");
-        EXPECT_EQ(storedNames(), QStringList{QStringLiteral("Daily")});
+        EXPECT_EQ(storedNames(), QStringList{"Daily"});
     }
     const auto fourth = restart("2026-07-07 07:59:58");
     pass(5);
@@ -391,7 +378,7 @@ TEST_F(ScheduleTaskRunnerTest, AStartThatFailsIsToldAndHindersNoLaterTask) {
     begin("2026-07-12 07:59:58");
     add("a", "2026-07-12 08:00:00", 5)->_repeatEnabled = true;
     add("b", "2026-07-12 08:01:00", 5);
-    startFailure = QStringLiteral("There is no microphone.");
+    startFailure = "There is no microphone.";
     failureLeavesRecordingShown = true;
     pass(10);
     EXPECT_EQ(told(), "stop; 07-12 08:00 missed a: failed");
@@ -403,9 +390,7 @@ TEST_F(ScheduleTaskRunnerTest, AStartThatFailsIsToldAndHindersNoLaterTask) {
 
 TEST_F(ScheduleTaskRunnerTest, ReadingTheListAnewKeepsTheExecutedTaskAndTheTimer) {
     begin("2026-07-12 07:59:58");
-    const auto task = add("a", "2026-07-12 08:00:00", 60);
-    task->_repeatEnabled = true;
-    task->_repeatTotalCount = 2;
+    const auto task = repeated(2, "2026-07-12 08:00:00", 60);
     ASSERT_TRUE(tasks.SaveTasks());
     pass(10);
     testing::internal::CaptureStderr();
@@ -413,7 +398,7 @@ TEST_F(ScheduleTaskRunnerTest, ReadingTheListAnewKeepsTheExecutedTaskAndTheTimer
     const QString log = QString::fromStdString(testing::internal::GetCapturedStderr());
     for (const char *line :
          {"initScheduleTaskList start\n", "initScheduleTaskList task count: 1\n", "initScheduleTaskList end\n"})
-        EXPECT_TRUE(log.contains(QString::fromLatin1(line))) << line;
+        EXPECT_TRUE(log.contains(line)) << line;
     pass(200);
     EXPECT_EQ(told(), "07-12 08:00 start a 1; 07-12 08:01 start a(1) 1; end a");
     EXPECT_TRUE(storedNames().isEmpty());
@@ -431,7 +416,7 @@ TEST_F(ScheduleTaskRunnerTest, TheComputerIsShutDownAfterConversionsAndACountdow
     EXPECT_EQ(shutdownShown.constFirst(), 30);
     EXPECT_TRUE(calls->calls().isEmpty());
     pass(1);
-    EXPECT_EQ(calls->calls().value(0), QStringLiteral("execute tell application \"Finder\" to shut down"));
+    EXPECT_EQ(calls->calls().value(0), "execute tell application \"Finder\" to shut down");
     pass(60);
     EXPECT_EQ(calls->calls().size(), 1);
 }
@@ -468,16 +453,16 @@ TEST_F(ScheduleTaskRunnerTest, ANameCannotPretendToBeAPlaceholder) {
     begin("2026-07-12 07:59:50");
     add("#seconds# #taskname#", "2026-07-12 08:00:00", 5);
     pass(1);
-    EXPECT_EQ(countdown.text, QStringLiteral("Next task: #seconds# #taskname# in 9 s"));
+    EXPECT_EQ(countdown.text, "Next task: #seconds# #taskname# in 9 s");
 }
 
-// Five weeks around a change of the clocks, second by second.
-class ScheduleMonths : public ScheduleTaskRunnerTest, public ::testing::WithParamInterface<const char *> {};
+// Ten days around a change of the clocks, second by second.
+class ScheduleDays : public ScheduleTaskRunnerTest, public testing::WithParamInterface<const char *> {};
 
-TEST_P(ScheduleMonths, EveryStartComesOnceAtItsTimeOfDay) {
+TEST_P(ScheduleDays, EveryStartComesOnceAtItsTimeOfDay) {
     begin(GetParam());
     const QDateTime from = now().toLocalTime();
-    constexpr int kDays = 33;
+    constexpr int kDays = 10;
     add("morning", "2026-01-01 08:00:00", 600, {1, 2, 3, 4, 5});
     add("night", "2026-01-01 02:30:00", 600, {0, 1, 2, 3, 4, 5, 6});
     add("sunday", "2026-01-01 20:15:00", 600, {0});
@@ -485,10 +470,8 @@ TEST_P(ScheduleMonths, EveryStartComesOnceAtItsTimeOfDay) {
     for (int day = 0; day < kDays; ++day) {
         const QDate date = from.date().addDays(day);
         const auto expect = [&](const char *name, const QTime &time) {
-            expected << QStringLiteral("%1 start %2 1")
-                            .arg(QDateTime(date, time).toString(QStringLiteral("MM-dd HH:mm")),
-                                 QString::fromLatin1(name));
-            expected << QStringLiteral("end %1").arg(QString::fromLatin1(name));
+            expected << QStringLiteral("%1 start %2 1").arg(QDateTime(date, time).toString("MM-dd HH:mm"), name);
+            expected << QStringLiteral("end %1").arg(name);
         };
         const bool isLeapt = date == QDate(2026, 3, 29);
         const int weekday = date.dayOfWeek() % 7;
@@ -503,8 +486,8 @@ TEST_P(ScheduleMonths, EveryStartComesOnceAtItsTimeOfDay) {
     EXPECT_EQ(events, expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(AroundClockChanges, ScheduleMonths,
-                         ::testing::Values("2026-03-10 00:00:00", "2026-10-08 00:00:00"));
+INSTANTIATE_TEST_SUITE_P(AroundClockChanges, ScheduleDays,
+                         testing::Values("2026-03-24 00:00:00", "2026-10-20 00:00:00"));
 
 } // namespace
 } // namespace cantorel

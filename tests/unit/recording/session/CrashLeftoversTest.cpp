@@ -13,19 +13,19 @@
 namespace cantorel {
 namespace {
 
-using testing::contents;
-using testing::packetsOf;
+using test::contents;
+using test::packetsOf;
 
 // A start of the program after a crash that left one recording, which the list has with the length last shown.
 class CrashLeftoversTest : public test::RecordingFixture {
 public:
     CrashLeftoversTest() {
-        testing::unfinished(left);
+        test::unfinished(left);
         before = contents(left);
         EXPECT_TRUE(session.claim());
         EXPECT_TRUE(RecordingJournal(state).begin(left));
         list.initRecordedList();
-        list.addRecordedFile(left, QStringLiteral("00:00:00"), {});
+        list.addRecordedFile(left, "00:00:00", {});
     }
     // What the next start of the program would find.
     QStringList abandoned() const { return RecordingJournal(state).abandoned(); }
@@ -42,7 +42,7 @@ public:
     }
 
     test::SessionLog view;
-    const QString state = QDir::homePath() + QStringLiteral("/state");
+    const QString state = QDir::homePath() + "/state";
     const QString left = path("Track1.m4a"); // the very name that the next recording would have
     QByteArray before;
     RecordedList list{state, *world.clock};
@@ -54,13 +54,13 @@ TEST_F(CrashLeftoversTest, LaterLeavesEverythingAndTheNextStartTellsOfItAgain) {
     ASSERT_EQ(leftovers.pending().size(), 1u);
     const QString recorded = record();
     EXPECT_TRUE(QFile::exists(recorded));
-    EXPECT_NE(QFileInfo(recorded).completeBaseName(), QStringLiteral("Track1")) << "nor does its successor";
+    EXPECT_NE(QFileInfo(recorded).completeBaseName(), "Track1") << "nor does its successor";
     RecordedAudioInfo *item = list.itemWithFile(left);
     ASSERT_NE(item, nullptr);
     EXPECT_EQ(RecordingsModel(list).index(1, RecordingsModel::State).data().toString(), Lang::windowInterrupted());
     (void)RecordingsRemoval(list).remove({item}, RecordingsRemoval::Files::IntoWastebasket);
     EXPECT_EQ(contents(left), before) << "removed by the way by nobody";
-    EXPECT_EQ(item->duration(), QStringLiteral("00:00:00"));
+    EXPECT_EQ(item->duration(), "00:00:00");
     EXPECT_EQ(abandoned(), QStringList{left});
     EXPECT_EQ(leftovers.pending().size(), 1u);
     EXPECT_TRUE(view.recovered.isEmpty());
@@ -89,7 +89,7 @@ TEST_F(CrashLeftoversTest, RecoveredBehindWhileAnotherRecordingRuns) {
 
 TEST_F(CrashLeftoversTest, TheEndOfTheProgramWaitsForARepair) {
     {
-        RecordedList another(state + QStringLiteral("2"), *world.clock);
+        RecordedList another(state + "2", *world.clock);
         RecordingJournal journal(state);
         CrashLeftovers ended(view, another, journal);
         ended.recoverBehind([](const auto &) { FAIL() << "there is nobody to be told"; });
@@ -99,7 +99,7 @@ TEST_F(CrashLeftoversTest, TheEndOfTheProgramWaitsForARepair) {
     EXPECT_EQ(abandoned(), QStringList{left}) << "the next start sees that it is whole";
     leftovers.recover();
     EXPECT_EQ(view.recovered, QStringList{left});
-    EXPECT_EQ(item(), QStringLiteral("00:00:01"));
+    EXPECT_EQ(item(), "00:00:01");
 }
 
 TEST_F(CrashLeftoversTest, WhatTheStoredListLacksJoinsItAtTheNextStart) {
@@ -126,14 +126,14 @@ TEST_F(CrashLeftoversTest, WhatTheStoredListLacksJoinsItAtTheNextStart) {
 
 // One that ended before its first sound, and the hidden file of a conversion or a repair.
 TEST_F(CrashLeftoversTest, WhatHoldsNothingGoesWithoutAWord) {
-    const QString elsewhere = path("elsewhere"), empty = elsewhere + QStringLiteral("/Track2.m4a");
-    const QString hidden = elsewhere + QStringLiteral("/.cantorel-0123456789abcdef.mp3");
+    const QString elsewhere = path("elsewhere"), empty = elsewhere + "/Track2.m4a";
+    const QString hidden = elsewhere + "/.cantorel-0123456789abcdef.mp3";
     ASSERT_TRUE(QDir().mkdir(elsewhere));
-    testing::store(empty, before.first(before.indexOf("moof") - 4));
-    testing::store(hidden, "half");
+    test::store(empty, before.first(before.indexOf("moof") - 4));
+    test::store(hidden, "half");
     ASSERT_TRUE(RecordingJournal(state).begin(empty));
     {
-        RecordedList another(state + QStringLiteral("2"), *world.clock);
+        RecordedList another(state + "2", *world.clock);
         another.addRecordedFile(empty, {}, {});
         RecordingJournal journal(state);
         CrashLeftovers next(view, another, journal);
@@ -146,10 +146,10 @@ TEST_F(CrashLeftoversTest, WhatHoldsNothingGoesWithoutAWord) {
 }
 
 TEST_F(CrashLeftoversTest, DiscardedOnesAreInTheWastebasketAndOutOfTheList) {
-    const QString basket = QDir::homePath() + QStringLiteral("/.local/share/Trash");
+    const QString basket = QDir::homePath() + "/.local/share/Trash";
     ASSERT_TRUE(leftovers.discard());
     EXPECT_FALSE(QFile::exists(left));
-    EXPECT_EQ(contents(basket + QStringLiteral("/files/Track1.m4a")), before);
+    EXPECT_EQ(contents(basket + "/files/Track1.m4a"), before);
     EXPECT_EQ(item(), QString());
     EXPECT_TRUE(abandoned().isEmpty());
     EXPECT_TRUE(leftovers.pending().empty());
@@ -158,22 +158,22 @@ TEST_F(CrashLeftoversTest, DiscardedOnesAreInTheWastebasketAndOutOfTheList) {
 }
 
 TEST(CrashLeftoversTexts, NameEachLeftoverUpToFive) {
-    const RecordingJournal::Leftover one{QStringLiteral("/music/Rain.m4a"), 12'000'000, 3723, {}};
+    const RecordingJournal::Leftover one{"/music/Rain.m4a", 12'000'000, 3723, {}};
     const QString text = leftoversText({one});
     for (const char *part : {"Rain.m4a", "01:02:03", "/music"})
-        EXPECT_TRUE(text.contains(QLatin1String(part))) << part;
-    EXPECT_EQ(leftoversText(std::vector(5, one)).count(QStringLiteral("Rain")), 5);
-    EXPECT_EQ(leftoversText(std::vector(8, one)).count(QStringLiteral("Rain")), 5);
-    EXPECT_TRUE(leftoversText(std::vector(8, one)).endsWith(QStringLiteral("(+3)")));
+        EXPECT_TRUE(text.contains(part)) << part;
+    EXPECT_EQ(leftoversText(std::vector(5, one)).count("Rain"), 5);
+    EXPECT_EQ(leftoversText(std::vector(8, one)).count("Rain"), 5);
+    EXPECT_TRUE(leftoversText(std::vector(8, one)).endsWith("(+3)"));
 }
 
 TEST(CrashLeftoversTexts, WhatHasBecomeOfThemIsOneSentenceAndAFailureComesFirst) {
-    const RecordingJournal::Recovered whole{{}, QStringLiteral("/music/Rain.m4a"), 61, {}},
+    const RecordingJournal::Recovered whole{{}, "/music/Rain.m4a", 61, {}},
         kept{{}, QStringLiteral("/music/Sun (unfinished).m4a"), 0, QStringLiteral("It holds no sound.")};
     EXPECT_EQ(recoveredText({}), QString());
-    EXPECT_EQ(recoveredText({whole}), QStringLiteral("'Rain.m4a' was recovered; it is 00:01:01 long."));
-    EXPECT_EQ(recoveredText({whole, whole}), QStringLiteral("2 recordings were recovered."));
-    EXPECT_TRUE(recoveredText({whole, kept}).contains(QStringLiteral("'Sun (unfinished).m4a'")));
+    EXPECT_EQ(recoveredText({whole}), "'Rain.m4a' was recovered; it is 00:01:01 long.");
+    EXPECT_EQ(recoveredText({whole, whole}), "2 recordings were recovered.");
+    EXPECT_TRUE(recoveredText({whole, kept}).contains("'Sun (unfinished).m4a'"));
 }
 
 } // namespace

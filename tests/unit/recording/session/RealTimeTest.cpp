@@ -110,7 +110,7 @@ TEST_F(RealTimeTest, CaptureThruAndPlayerNeitherAllocateNorLock) {
     world.advance(1500);
     manager.resumeRecording();
     world.advance(60000); // the queue overflows as well
-    world.backend->unplug(QStringLiteral("builtin_output"));
+    world.backend->unplug("builtin_output");
     world.advance(500);
     manager.stopRecord();
     EXPECT_GT(gCalls, 3 * 94) << "all procedures have run";

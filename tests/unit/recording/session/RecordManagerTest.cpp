@@ -47,7 +47,7 @@ private:
 } // namespace
 
 TEST_F(RecordManagerTest, SystemSoundIsBorrowedAndGivenBackAtTheStop) {
-    EXPECT_TRUE(ZQAudioKextKit::setVolume(0.25f, QStringLiteral("Tessolar_AudioDevice")));
+    EXPECT_TRUE(ZQAudioKextKit::setVolume(0.25f, "Tessolar_AudioDevice"));
     ASSERT_TRUE(start(0));
     EXPECT_FALSE(manager.isPrepareRecording());
     EXPECT_EQ(output(), "Tessolar_AudioDevice");

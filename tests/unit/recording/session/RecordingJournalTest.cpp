@@ -21,14 +21,14 @@
 namespace cantorel {
 namespace {
 
-using testing::contents;
-using testing::packetsOf;
-using testing::store;
+using test::contents;
+using test::packetsOf;
+using test::store;
 
-class RecordingJournalTest : public ::testing::Test {
+class RecordingJournalTest : public testing::Test {
 protected:
     QString path(const QString &name) const { return mFolder.filePath(name); }
-    QString unfinished(const QString &name) const { return testing::unfinished(path(name)); }
+    QString unfinished(const QString &name) const { return test::unfinished(path(name)); }
 
     // What a start makes of all that it names.
     static std::vector<RecordingJournal::Recovered> recovered(RecordingJournal &&journal) { return recovered(journal); }
@@ -44,7 +44,7 @@ protected:
     }
 
     QTemporaryDir mFolder;
-    const QString mState = mFolder.filePath(QStringLiteral("state/deep"));
+    const QString mState = mFolder.filePath("state/deep");
     RecordingJournal mJournal{mState};
 };
 
@@ -68,7 +68,7 @@ TEST_F(RecordingJournalTest, OneProcessAtATimeRecords) {
 }
 
 TEST_F(RecordingJournalTest, WhatIsEndedIsForgotten) {
-    const QString file = unfinished(QStringLiteral("a.m4a"));
+    const QString file = unfinished("a.m4a");
     const QByteArray before = contents(file);
     ASSERT_TRUE(mJournal.claim());
     ASSERT_TRUE(mJournal.begin(file));
@@ -78,12 +78,11 @@ TEST_F(RecordingJournalTest, WhatIsEndedIsForgotten) {
 }
 
 TEST_F(RecordingJournalTest, UnfinishedRecordingsAreWholeAgainUnderTheirNames) {
-    const QStringList names{QStringLiteral("a.m4a"), QStringLiteral("two\nlines \"and\" %1.m4a"),
-                            QStringLiteral("Größe 録音.m4a"), QStringLiteral("-x.m4a")};
+    const QStringList names{"a.m4a", "two\nlines \"and\" %1.m4a", "Größe 録音.m4a", "-x.m4a"};
     ASSERT_TRUE(mJournal.claim());
     for (const QString &name : names)
         ASSERT_TRUE(mJournal.begin(unfinished(name)));
-    ASSERT_TRUE(mJournal.begin(path(QStringLiteral("never made.m4a"))));
+    ASSERT_TRUE(mJournal.begin(path("never made.m4a")));
     RecordingJournal next(mState);
     const auto all = recovered(next);
     ASSERT_EQ(all.size(), static_cast<std::size_t>(names.size()));
@@ -98,7 +97,7 @@ TEST_F(RecordingJournalTest, UnfinishedRecordingsAreWholeAgainUnderTheirNames) {
 }
 
 TEST_F(RecordingJournalTest, WhatHoldsNoSoundIsKeptUnderAClearNameAndNotTriedAgain) {
-    const QString file = unfinished(QStringLiteral("a.m4a")), empty = unfinished(QStringLiteral("b.m4a"));
+    const QString file = unfinished("a.m4a"), empty = unfinished("b.m4a");
     const QByteArray before = contents(file).replace("moof", "mooo");
     store(file, before);
     store(empty, before.first(before.indexOf("mooo") - 4));
@@ -110,9 +109,8 @@ TEST_F(RecordingJournalTest, WhatHoldsNoSoundIsKeptUnderAClearNameAndNotTriedAga
     EXPECT_FALSE(QFile::exists(empty));
     const auto all = recovered(next);
     ASSERT_EQ(all.size(), 1u);
-    EXPECT_TRUE(Lang::english(all[0].failure).endsWith(QLatin1Char('.')))
-        << Lang::english(all[0].failure).toStdString();
-    EXPECT_EQ(all[0].file, path(QStringLiteral("a (unfinished).m4a")));
+    EXPECT_TRUE(Lang::english(all[0].failure).endsWith('.')) << Lang::english(all[0].failure).toStdString();
+    EXPECT_EQ(all[0].file, path("a (unfinished).m4a"));
     EXPECT_EQ(contents(all[0].file), before);
     EXPECT_FALSE(QFile::exists(file));
     EXPECT_TRUE(recovered(next).empty());
@@ -120,7 +118,7 @@ TEST_F(RecordingJournalTest, WhatHoldsNoSoundIsKeptUnderAClearNameAndNotTriedAga
 
 // The disk is full, or the program is ended in the middle: the next start finds everything as it was and tries again.
 TEST_F(RecordingJournalTest, ARecoveryThatWasInterruptedIsDoneAgain) {
-    const QString file = unfinished(QStringLiteral("a.m4a"));
+    const QString file = unfinished("a.m4a");
     const QByteArray before = contents(file);
     ASSERT_TRUE(mJournal.claim());
     ASSERT_TRUE(mJournal.begin(file));
@@ -156,11 +154,11 @@ TEST_F(RecordingJournalTest, ARecoveryThatWasInterruptedIsDoneAgain) {
 }
 
 TEST_F(RecordingJournalTest, LeftoversAreToldAndNotTouched) {
-    const QString file = unfinished(QStringLiteral("a.m4a")), whole = path(QStringLiteral("b.m4a"));
+    const QString file = unfinished("a.m4a"), whole = path("b.m4a");
     const QByteArray before = contents(file);
     ASSERT_TRUE(media::repairUnfinished(file, whole));
     ASSERT_TRUE(mJournal.claim());
-    for (const QString &begun : {file, whole, file, path(QStringLiteral("never made.m4a"))})
+    for (const QString &begun : {file, whole, file, path("never made.m4a")})
         ASSERT_TRUE(mJournal.begin(begun));
     EXPECT_TRUE(mJournal.leftovers().empty()) << "what is written here is none";
     EXPECT_TRUE(recovered(mJournal).empty()) << "and nobody repairs it under the writer's hands";
@@ -179,7 +177,7 @@ TEST_F(RecordingJournalTest, LeftoversAreToldAndNotTouched) {
 }
 
 TEST_F(RecordingJournalTest, WhatIsRecordedBesideLeftoversLosesNone) {
-    const QString left = unfinished(QStringLiteral("left.m4a")), other = unfinished(QStringLiteral("other.m4a"));
+    const QString left = unfinished("left.m4a"), other = unfinished("other.m4a");
     ASSERT_TRUE(mJournal.claim());
     ASSERT_TRUE(mJournal.begin(left));
     RecordingJournal next(mState);
@@ -191,7 +189,7 @@ TEST_F(RecordingJournalTest, WhatIsRecordedBesideLeftoversLosesNone) {
 }
 
 TEST_F(RecordingJournalTest, ForeignAndEmptyFilesAreLeftAlone) {
-    const QString foreign = path(QStringLiteral("a.m4a")), empty = path(QStringLiteral("b.m4a"));
+    const QString foreign = path("a.m4a"), empty = path("b.m4a");
     store(foreign, "somebody else's");
     store(empty, {});
     ASSERT_TRUE(mJournal.claim());
@@ -203,10 +201,10 @@ TEST_F(RecordingJournalTest, ForeignAndEmptyFilesAreLeftAlone) {
 }
 
 TEST_F(RecordingJournalTest, WhatIsWholeIsNamedWithWhatItWasConvertedTo) {
-    const QString recording = path(QStringLiteral("a.m4a")), converted = path(QStringLiteral("a.mp3"));
-    ASSERT_TRUE(media::repairUnfinished(unfinished(QStringLiteral("other.m4a")), recording));
+    const QString recording = path("a.m4a"), converted = path("a.mp3");
+    ASSERT_TRUE(media::repairUnfinished(unfinished("other.m4a"), recording));
     ASSERT_TRUE(QFile::copy(recording, converted));
-    store(path(QStringLiteral("a.wav")), "no sound");
+    store(path("a.wav"), "no sound");
     const auto files = [&] {
         QStringList files;
         for (const auto &one : RecordingJournal::recover(recording))
@@ -217,7 +215,7 @@ TEST_F(RecordingJournalTest, WhatIsWholeIsNamedWithWhatItWasConvertedTo) {
     ASSERT_TRUE(QFile::remove(recording));
     EXPECT_EQ(files(), QStringList{converted});
     EXPECT_FALSE(RecordingJournal::isOutOfReach(recording));
-    EXPECT_TRUE(RecordingJournal::isOutOfReach(path(QStringLiteral("unplugged/a.m4a"))));
+    EXPECT_TRUE(RecordingJournal::isOutOfReach(path("unplugged/a.m4a")));
 }
 
 TEST_F(RecordingJournalTest, TheJournalIsItsOwnersAloneAndRecordingsFollowTheUmask) {
@@ -227,23 +225,23 @@ TEST_F(RecordingJournalTest, TheJournalIsItsOwnersAloneAndRecordingsFollowTheUma
         return status.st_mode & 0777;
     };
     ::umask(0002);
-    const QString file = unfinished(QStringLiteral("a.m4a"));
+    const QString file = unfinished("a.m4a");
     ASSERT_TRUE(mJournal.claim() && mJournal.begin(file));
-    EXPECT_EQ(rights(mState + QStringLiteral("/recording")), 0600u);
+    EXPECT_EQ(rights(mState + "/recording"), 0600u);
     EXPECT_EQ(rights(file), 0664u);
     EXPECT_EQ(recovered(RecordingJournal(mState)).size(), 1u);
     EXPECT_EQ(rights(file), 0664u);
 }
 
 TEST_F(RecordingJournalTest, APipeUnderARecordingsNameIsNotWaitedFor) {
-    ASSERT_EQ(::mkfifo(QFile::encodeName(path(QStringLiteral("a.m4a"))).constData(), 0600), 0);
-    ASSERT_TRUE(mJournal.claim() && mJournal.begin(path(QStringLiteral("a.m4a"))));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path("a.m4a")).constData(), 0600), 0);
+    ASSERT_TRUE(mJournal.claim() && mJournal.begin(path("a.m4a")));
     EXPECT_TRUE(RecordingJournal(mState).leftovers().empty());
     EXPECT_TRUE(recovered(RecordingJournal(mState)).empty());
 }
 
 TEST_F(RecordingJournalTest, WhatIsEndedStaysWrittenDownUntilTheStoredListHasIt) {
-    const QString first = path(QStringLiteral("a.m4a")), second = path(QStringLiteral("b.m4a"));
+    const QString first = path("a.m4a"), second = path("b.m4a");
     bool isStored = false;
     mJournal.listIsStored = [&] { return isStored; };
     ASSERT_TRUE(mJournal.claim() && mJournal.begin(first) && mJournal.begin(second));
@@ -256,10 +254,10 @@ TEST_F(RecordingJournalTest, WhatIsEndedStaysWrittenDownUntilTheStoredListHasIt)
 }
 
 TEST_F(RecordingJournalTest, AFolderThatCannotBeWrittenIsTold) {
-    store(path(QStringLiteral("file")), "x");
-    RecordingJournal journal(path(QStringLiteral("file/state")));
+    store(path("file"), "x");
+    RecordingJournal journal(path("file/state"));
     EXPECT_TRUE(journal.claim()) << "nobody else records";
-    EXPECT_FALSE(journal.begin(path(QStringLiteral("a.m4a"))));
+    EXPECT_FALSE(journal.begin(path("a.m4a")));
     EXPECT_TRUE(recovered(journal).empty());
 }
 

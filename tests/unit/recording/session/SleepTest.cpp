@@ -19,17 +19,21 @@ public:
         ASSERT_TRUE(session.claim());
         list.initRecordedList();
     }
+    void start() {
+        ASSERT_TRUE(session.startRecording().ok());
+        ASSERT_TRUE(records(1));
+    }
     bool records(int files) {
         return stepUntil([&] { return started.size() == files; });
     }
     void willSleep(bool shutsDown = false) { desktop::InstalledServices::current().sleep->willSleep(shutsDown); }
     void wakes() { desktop::InstalledServices::current().sleep->didWake(); }
-    QStringList held() const { return calls->calls().filter(QStringLiteral("machine")); }
-    bool isHeld() const { return !held().isEmpty() && held().constLast() == QStringLiteral("hold machine"); }
+    QStringList held() const { return calls->calls().filter("machine"); }
+    bool isHeld() const { return !held().isEmpty() && held().constLast() == "hold machine"; }
 
     std::shared_ptr<desktop::CallRecord> calls = std::make_shared<desktop::CallRecord>();
     desktop::InstalledServices services{desktop::recordedServices(calls)};
-    RecordedList list{QDir::homePath() + QStringLiteral("/state"), *world.clock};
+    RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordingSession session{*this, list, surroundings("state")};
 };
 
@@ -37,8 +41,7 @@ public:
 
 TEST_F(SleepTest, TheMachineWaitsWhileThereIsAFileToFinishAndForNothingElse) {
     EXPECT_FALSE(isHeld());
-    ASSERT_TRUE(session.startRecording().ok());
-    ASSERT_TRUE(records(1));
+    start();
     EXPECT_TRUE(isHeld());
     world.advance(1'000);
     session.splitRecording();
@@ -54,8 +57,7 @@ TEST_F(SleepTest, TheMachineWaitsWhileThereIsAFileToFinishAndForNothingElse) {
 }
 
 TEST_F(SleepTest, ARecordingIsFinishedBeforeTheSleepAndGoesOnAfterIt) {
-    ASSERT_TRUE(session.startRecording().ok());
-    ASSERT_TRUE(records(1));
+    start();
     world.advance(2'000);
     willSleep();
     EXPECT_TRUE(isHeld()); // until the file is whole
@@ -74,8 +76,7 @@ TEST_F(SleepTest, ARecordingIsFinishedBeforeTheSleepAndGoesOnAfterIt) {
 }
 
 TEST_F(SleepTest, StoppedInTheSleepNothingGoesOn) {
-    ASSERT_TRUE(session.startRecording().ok());
-    ASSERT_TRUE(records(1));
+    start();
     world.advance(1'000);
     willSleep(true);
     ASSERT_TRUE(stepUntil([&] { return finished.size() == 1; }));
@@ -88,8 +89,7 @@ TEST_F(SleepTest, StoppedInTheSleepNothingGoesOn) {
 }
 
 TEST_F(SleepTest, WhatIsPausedSleepsAsItIsAndIsFinishedOnlyForAShutdown) {
-    ASSERT_TRUE(session.startRecording().ok());
-    ASSERT_TRUE(records(1));
+    start();
     world.advance(1'000);
     session.pauseRecording();
     willSleep();

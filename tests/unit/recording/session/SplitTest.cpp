@@ -70,7 +70,7 @@ public:
 
 TEST_F(SplitTest, FiftySplitsOfSystemSoundLoseAndDoubleNothingAndAreHeardWithoutAGap) {
     std::vector<float> heard;
-    world.backend->setTap(QStringLiteral("builtin_output"), [&](std::span<const float> samples, int, std::int64_t) {
+    world.backend->setTap("builtin_output", [&](std::span<const float> samples, int, std::int64_t) {
         for (std::size_t i = 0; i < samples.size(); i += 2)
             heard.push_back(samples[i]);
     });
@@ -96,7 +96,7 @@ TEST_F(SplitTest, FiftySplitsOfSystemSoundLoseAndDoubleNothingAndAreHeardWithout
         if (file > 0) {
             EXPECT_EQ(gapBefore(file), 0) << file;
         }
-        const auto packets = testing::packetsOf(testing::contents(path(qPrintable(QString::number(file + 1)))));
+        const auto packets = test::packetsOf(test::contents(path(qPrintable(QString::number(file + 1)))));
         ASSERT_TRUE(packets) << file;
         EXPECT_EQ(packets->size(), (files[file].size() + 1023) / 1024 + 1) << file;
     }
@@ -149,7 +149,7 @@ TEST_F(SplitTest, WhatIsKeptIsGivenUpWhenNoRecordingFollows) {
         ASSERT_TRUE(start(0));
         ASSERT_TRUE(begins());
         ASSERT_TRUE(stop(true));
-        EXPECT_EQ(chosenOutput(), QStringLiteral("Tessolar_AudioDevice")) << "still routed, under the surface";
+        EXPECT_EQ(chosenOutput(), "Tessolar_AudioDevice") << "still routed, under the surface";
         end(*this);
         EXPECT_EQ(chosenOutput(), std::nullopt);
         EXPECT_EQ(output(), "Built-in Output");
@@ -158,7 +158,7 @@ TEST_F(SplitTest, WhatIsKeptIsGivenUpWhenNoRecordingFollows) {
 }
 
 TEST_F(SplitTest, ThePersonsChoiceDuringASplitStands) {
-    world.backend->plug(hal::EmbeddedBackend::plainDevice(QStringLiteral("headset"), QStringLiteral("Headset"), 0, 2));
+    world.backend->plug(hal::EmbeddedBackend::plainDevice("headset", "Headset", 0, 2));
     files.reserve(60);
     ASSERT_TRUE(start(0));
     ASSERT_TRUE(begins());

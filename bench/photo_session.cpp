@@ -80,12 +80,11 @@ TEST_F(PhotoSession, InLightAndDarkRecordingAndInTheLibrary) {
         {"Band rehearsal", "00:31:26", "43.18 MB", "2026-11-19 19:45:12", "The Lodgers", ""},
         {"Voice memo", "00:00:48", "1.10 MB", "2026-11-20 07:58:30", "", ""}};
     const QDir folder(this->folder.path());
-    ASSERT_TRUE(folder.mkdir(QStringLiteral("Music")));
-    standardUserDefaults().setArgument(QString::fromLatin1(setting::kOutputFolderPath.key),
-                                       folder.filePath(QStringLiteral("Music")));
+    ASSERT_TRUE(folder.mkdir("Music"));
+    standardUserDefaults().setArgument(setting::kOutputFolderPath.key, folder.filePath("Music"));
     AppSettings::setAudioFormat(0);
     for (const auto &[name, length, size, date, artist, album] : recordings) {
-        const auto text = [](const char *latin) { return QString::fromLatin1(latin); };
+        const auto text = [](const char *latin) { return latin; };
         QFile file(folder.filePath(QStringLiteral("Music/%1.mp3").arg(text(name))));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly)); // A recording without its file would be shown as missing.
         list.insert(list.items().size(),
@@ -102,15 +101,15 @@ TEST_F(PhotoSession, InLightAndDarkRecordingAndInTheLibrary) {
     for (const auto &[name, palette] : {std::pair("light", QApplication::palette()), {"dark", darkPalette()}}) {
         QApplication::setPalette(palette);
         find<QTabWidget>("tabs")->setCurrentIndex(0);
-        photograph(window, QStringLiteral("recording-%1").arg(QString::fromLatin1(name)));
+        photograph(window, QStringLiteral("recording-%1").arg(name));
         find<QTabWidget>("tabs")->setCurrentIndex(1);
         find<QTableView>("recordings")->selectRow(3);
-        photograph(window, QStringLiteral("library-%1").arg(QString::fromLatin1(name)));
+        photograph(window, QStringLiteral("library-%1").arg(name));
         window.settings().openRecordingPage();
-        photograph(window.settings(), QStringLiteral("settings-%1").arg(QString::fromLatin1(name)));
+        photograph(window.settings(), QStringLiteral("settings-%1").arg(name));
         window.settings().close();
         window.tasks().show();
-        photograph(window.tasks(), QStringLiteral("tasks-%1").arg(QString::fromLatin1(name)));
+        photograph(window.tasks(), QStringLiteral("tasks-%1").arg(name));
         window.tasks().close();
     }
     stop();
