@@ -162,7 +162,8 @@ private:
         } else if (!into.key) {
             refuse("a value without a key");
         } else {
-            into.map.insert(*std::exchange(into.key, {}), std::move(made));
+            into.map.insert(*into.key, std::move(made));
+            into.key.reset();
         }
     }
 
