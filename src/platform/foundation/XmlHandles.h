@@ -13,6 +13,7 @@ inline void freeXmlText(xmlChar *text) { xmlFree(text); }
 // The handles of libxml2; the only place that names its release functions.
 using XmlText = Handle<xmlChar, freeXmlText>;
 using XmlParser = Handle<xmlParserCtxt, xmlFreeParserCtxt>;
+using XmlTree = Handle<xmlDoc, xmlFreeDoc>;
 using XmlSearch = Handle<xmlXPathContext, xmlXPathFreeContext>;
 using XmlFound = Handle<xmlXPathObject, xmlXPathFreeObject>;
 

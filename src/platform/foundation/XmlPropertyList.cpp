@@ -162,7 +162,8 @@ private:
         } else if (!into.key) {
             refuse("a value without a key");
         } else {
-            into.map.insert(*std::exchange(into.key, {}), std::move(made));
+            into.map.insert(*into.key, std::move(made));
+            into.key.reset();
         }
     }
 
@@ -268,8 +269,9 @@ Result<QVariant> readXmlPropertyList(const QByteArray &bytes) {
     ListBuilder builder(parser.get());
     // No limit of the library's own on what a comment may hold; depth is ours to count, and there are no entities.
     constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
-    (void)xmlCtxtReadMemory(parser.get(), bytes.constData(), static_cast<int>(bytes.size()), nullptr, nullptr,
-                            kOptions); // The builder has the value; there is no document.
+    // The builder has the value. The document is empty; the library makes one for a declaration.
+    const XmlTree document(
+        xmlCtxtReadMemory(parser.get(), bytes.constData(), static_cast<int>(bytes.size()), nullptr, nullptr, kOptions));
     if (builder.trouble() != nullptr)
         return broken(builder.trouble());
     if (parser->wellFormed == 0 || !builder.value)

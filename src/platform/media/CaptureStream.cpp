@@ -28,7 +28,7 @@ constexpr AudioObjectPropertyAddress kFormat[] = {
     {kAudioDevicePropertyStreamConfiguration, kAudioDevicePropertyScopeInput, kAudioObjectPropertyElementMaster}};
 
 // Two clocks that meet disagree by less; what is missing is more.
-constexpr std::uint64_t kLeastHole = 10'000'000; // ns
+constexpr std::int64_t kLeastHole = 10'000'000; // ns
 
 AudioStreamBasicDescription inputFormat(AudioObjectID device) {
     const AudioObjectPropertyAddress address = {kAudioDevicePropertyStreamFormat, kAudioDevicePropertyScopeInput, 0};
@@ -129,10 +129,8 @@ OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const Audio
     }
     self.mCycles.fetch_add(1);
     if (inputTime) {
-        self.mCycleFrames = inputTime->mHostTime == self.mCycleBegan ? self.mCycleFrames + frames : frames;
-        self.mCycleBegan = inputTime->mHostTime;
-        const double duration = static_cast<double>(self.mCycleFrames) / self.mSampleRate * 1e9;
-        self.mExpected.store(self.mCycleBegan + static_cast<std::uint64_t>(duration), std::memory_order_relaxed);
+        const double duration = static_cast<double>(frames) / self.mSampleRate * 1e9;
+        self.mExpected.store(inputTime->mHostTime + static_cast<std::uint64_t>(duration), std::memory_order_relaxed);
     }
     self.mMeter.feed(samples, frames);
     return kAudioHardwareNoError;
@@ -141,10 +139,14 @@ OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const Audio
 void CaptureStream::meetHole(FrameQueue &queue, const AudioTimeStamp &time) noexcept {
     queue.countDiscontinuity();
     const std::uint64_t expected = mExpected.load(std::memory_order_relaxed);
-    if (expected == 0 || time.mHostTime < expected + kLeastHole)
+    if (expected == 0)
         return;
-    queue.noteHole(
-        static_cast<std::uint64_t>(std::llround(static_cast<double>(time.mHostTime - expected) / 1e9 * mSampleRate)));
+    // What is too short for a hole of its own, or too long, counts towards the next one.
+    mMissing += static_cast<std::int64_t>(time.mHostTime - expected);
+    if (mMissing < kLeastHole)
+        return;
+    if (queue.noteHole(static_cast<std::uint64_t>(std::llround(static_cast<double>(mMissing) / 1e9 * mSampleRate))))
+        mMissing = 0;
 }
 
 double CaptureStream::secondsAway() const {

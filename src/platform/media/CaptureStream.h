@@ -96,8 +96,7 @@ private:
     std::atomic<bool> mLacksPart{false};
     std::atomic<std::uint32_t> mCycles{0};   // odd while one is under way
     std::atomic<std::uint64_t> mExpected{0}; // ns, host time at which the next frame is due; 0 before the first
-    std::uint64_t mCycleBegan = 0;           // ns, host time of the server's cycle; the procedure's own
-    std::uint64_t mCycleFrames = 0;          // that it has brought
+    std::int64_t mMissing = 0; // ns, in all gaps since the last hole, less what came twice; the procedure's own
 };
 
 } // namespace cantorel::media

@@ -42,17 +42,18 @@ public:
         mDiscontinuities.fetch_add(1, std::memory_order_relaxed);
     }
 
-    // The writer. That many frames are missing in front of the next one. What finds no room for its note is not filled.
+    // The writer. That many frames are missing in front of the next one. False when there is no room for the note.
     struct Hole {
         std::uint64_t position = 0; // frames accepted before it
         std::uint64_t frames = 0;
     };
-    void noteHole(std::uint64_t frames) noexcept [[clang::nonblocking]] {
+    bool noteHole(std::uint64_t frames) noexcept [[clang::nonblocking]] {
         const std::uint32_t noted = mHolesNoted.load(std::memory_order_relaxed);
         if (noted - mHolesPassed.load(std::memory_order_acquire) == mHoles.size())
-            return;
+            return false;
         mHoles[noted % mHoles.size()] = {mWritten.load(std::memory_order_relaxed), frames};
         mHolesNoted.store(noted + 1, std::memory_order_release);
+        return true;
     }
     // The reader. The first hole that was not passed yet. One is noted before the frame behind it is accepted.
     std::optional<Hole> nextHole() const {
@@ -105,7 +106,7 @@ private:
     std::atomic<std::uint64_t> mFilled{0};
     alignas(64) std::atomic<std::uint64_t> mRead{0};
     std::mutex mReading;
-    std::array<Hole, 16> mHoles;
+    std::array<Hole, 64> mHoles;
     std::atomic<std::uint32_t> mHolesNoted{0};
     std::atomic<std::uint32_t> mHolesPassed{0};
 };

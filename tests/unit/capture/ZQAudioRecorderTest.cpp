@@ -368,6 +368,38 @@ TEST_F(ZQAudioRecorderTest, HolesAreFilledWithSilenceOfTheirTrueLength) {
     }
 }
 
+// However often it goes, however short it is away, and however its cycles and our blocks meet: nothing adds up.
+TEST_F(ZQAudioRecorderTest, ADeviceThatComesAndGoesLeavesARecordingOfItsTrueLength) {
+    for (const std::uint32_t cycleFrames : {160u, 470u, 512u, 1000u}) {
+        SCOPED_TRACE(cycleFrames);
+        const auto replug = [&](int away) {
+            mWorld.backend->unplug(mMicrophone->uniqueID);
+            mWorld.system->deliverChanges();
+            mWorld.advance(away);
+            auto device = hal::EmbeddedBackend::plainDevice(mMicrophone->uniqueID, kMicrophone, 2, 0);
+            device.record.cycleFrames = cycleFrames;
+            mWorld.backend->plug(device);
+            mWorld.system->deliverChanges();
+        };
+        replug(0);
+        mListener.finished.clear();
+        mTapped.clear();
+        mRecorder->setAudioDevice(mMicrophone);
+        start("a.m4a");
+        int length = 0; // ms
+        for (int i = 0; i < 40; ++i) {
+            const int there = 97 + i % 11, away = 2 + i % 8 * 3;
+            advance(there);
+            replug(away);
+            length += there + away;
+        }
+        mRecorder->stopRecording();
+        ASSERT_TRUE(finished());
+        EXPECT_NEAR(static_cast<double>(mTapped.size()) / 96, length, 50);
+        mRecorder->setAudioDevice({});
+    }
+}
+
 // One of two sources that goes leaves the other in the file: its own place is silent until it is back, and counted.
 TEST_F(ZQAudioRecorderTest, ASourceThatIsAwayEndsNotTheOther) {
     const QString system = "Tessolar_AudioDevice";

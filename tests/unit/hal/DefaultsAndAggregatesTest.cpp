@@ -32,6 +32,7 @@ TEST(Defaults, GoingBackRestoresExactlyTheChoiceThatWasDisplaced) {
         {"a choice of an absent device stays", "gone", std::nullopt, "gone"},
         {"a plain choice comes back", output, std::nullopt, output},
         {"a choice made meanwhile stands", output, headset, headset},
+        {"the same device, chosen meanwhile, stays chosen", std::nullopt, output, output},
     };
     for (const auto &[what, before, meanwhile, after] : cases) {
         EmbeddedWorld world;
@@ -42,7 +43,7 @@ TEST(Defaults, GoingBackRestoresExactlyTheChoiceThatWasDisplaced) {
         ASSERT_EQ(EmbeddedWorld::defaultOutput(), named("Tessolar_AudioDevice"));
         if (meanwhile)
             world.backend->setConfiguredDefault(Direction::Output, {meanwhile, QString()}, std::nullopt);
-        ASSERT_EQ(setDefaultOutput(meanwhile ? named("Headset") : real), 0);
+        ASSERT_EQ(setDefaultOutput(meanwhile == headset ? named("Headset") : real), 0);
         EXPECT_EQ(world.backend->configuredDefault(Direction::Output), after) << what;
     }
 }
@@ -76,6 +77,45 @@ TEST(Defaults, WhatIsBorrowedIsGivenBackUnlessAnotherWasChosenMeanwhile) {
         EXPECT_EQ(world.backend->configuredDefault(direction), after);
     }
     EXPECT_NE(HardwareSystem::borrowDefault(Direction::Input, 4711), 0) << "without a system";
+}
+
+// What is lent may please: a choice that the person makes here is told from the loan of the same device.
+TEST(Defaults, TheDeviceThatIsLentStaysWhenItIsChosenMeanwhile) {
+    for (const bool isGivenBack : {false, true}) { // as well as the server lets it
+        EmbeddedWorld world;
+        world.backend->plug(EmbeddedBackend::plainDevice(QStringLiteral("lent"), QStringLiteral("lent"), 0, 2));
+        ASSERT_EQ(HardwareSystem::borrowDefault(Direction::Output, named("lent")), 0);
+        world.backend->keepDefaults(!isGivenBack);
+        if (isGivenBack)
+            HardwareSystem::giveBackDefault(Direction::Output);
+        world.backend->keepDefaults(true);
+        ASSERT_EQ(setDefaultOutput(named("lent")), 0);
+        HardwareSystem::giveBackDefault(Direction::Output);
+        world.system->deliverChanges();
+        EXPECT_EQ(world.backend->configuredDefault(Direction::Output), QStringLiteral("lent"));
+        EXPECT_FALSE(QFile::exists(QDir::homePath() + QStringLiteral("/state/displaced-output.json")));
+    }
+}
+
+// A server takes a choice at once, and tells later that it is in force.
+TEST(Defaults, AChoiceThatIsNotYetInForceIsGivenBackAsWell) {
+    struct SlowServer : EmbeddedBackend {
+        using EmbeddedBackend::EmbeddedBackend;
+        bool setConfiguredDefault(Direction direction, const DefaultSetting &setting,
+                                  const std::optional<DefaultSetting> &guard) override {
+            (void)EmbeddedBackend::setConfiguredDefault(direction, setting, guard);
+            return false;
+        }
+    };
+    auto backend = std::make_unique<SlowServer>(
+        std::make_shared<ManualClock>(), [] { return true; }, test::kLoopbackNames.first());
+    SlowServer &server = *backend;
+    server.setConfiguredDefault(Direction::Output, QStringLiteral("gone"), std::nullopt);
+    const HardwareSystem system(std::move(backend), QDir::homePath() + QStringLiteral("/state"));
+    EXPECT_NE(setDefaultOutput(named("Tessolar_AudioDevice")), 0);
+    ASSERT_EQ(server.configuredDefault(Direction::Output), QStringLiteral("Tessolar_AudioDevice"));
+    HardwareSystem::giveBackDefault(Direction::Output);
+    EXPECT_EQ(server.configuredDefault(Direction::Output), QStringLiteral("gone"));
 }
 
 // Killed with its guard, a power cut, a log-out that ends the server first: the next start gives back what was chosen.

@@ -16,14 +16,15 @@ bool DefaultChoice::set(const QString &uid, bool standIn) {
         settle();
         return mState == State::Plain;
     }
-    // Where nothing was chosen and the device is the default anyway, it stays so without a choice.
-    if (inForce == uid && (configured == uid || (!standIn && !configured))) {
+    const bool stoodIn = mState == State::StandsIn || mState == State::GoesBack;
+    // Where nothing was chosen and the device is the default anyway, it stays so without a choice. What stands in only
+    // for a while is chosen to stay below.
+    if (inForce == uid && (configured == uid || (!standIn && !configured)) && (standIn || !stoodIn)) {
         if (standIn && mState == State::GoesBack)
             mState = State::StandsIn;
         return true;
     }
     // If one replacement follows another, the choice before the first is what is remembered.
-    const bool stoodIn = mState == State::StandsIn || mState == State::GoesBack;
     const DisplacedDefault before = mDisplaced;
     DisplacedDefault displaced = standIn && stoodIn ? mDisplaced : DisplacedDefault{configured, inForce, {}};
     displaced.instead = uid;

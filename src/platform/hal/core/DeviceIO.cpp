@@ -94,7 +94,7 @@ OSStatus DeviceIO::start(Registration &registration, HardwareBackend &backend, c
         engine.close();
     const bool opens = !engine.stream();
     engine.start(slot);
-    if (!engine.open(backend, device->record.uid, leader ? leader->stream() : nullptr)) {
+    if (!engine.open(backend, device->record, leader ? leader->stream() : nullptr)) {
         stop(registration);
         return kAudioHardwareUnspecifiedError;
     }
@@ -187,7 +187,7 @@ bool DeviceIO::takeUp(HardwareBackend &backend, const Device &device,
             continue;
         }
         entry.misfit = {};
-        if (entry.engine->open(backend, device.record.uid, leader ? leader->stream() : nullptr, kRetryPatience)) {
+        if (entry.engine->open(backend, device.record, leader ? leader->stream() : nullptr, kRetryPatience)) {
             entry.leaderOpening = leader ? leader->openings() : 0;
             tellFlow(entry);
         } else {

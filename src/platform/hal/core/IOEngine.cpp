@@ -1,6 +1,7 @@
 #include "platform/hal/core/IOEngine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <thread>
 
@@ -61,18 +62,19 @@ bool IOEngine::anyRunning() const {
                        [](const Slot &slot) { return slot.state.load() == SlotState::Running; });
 }
 
-bool IOEngine::open(HardwareBackend &backend, const QString &uid, DeviceStream *leader,
+bool IOEngine::open(HardwareBackend &backend, const DeviceRecord &device, DeviceStream *leader,
                     foundation::Clock::Duration patience) {
     if (mStream)
         return true;
     mHasEnded.store(false);
+    mRate = device.sampleRate;
     mInputFill = 0;
     mQueued = 0;
     mFirstCycle = true;
     mLost = mInputSampleTime > 0 || mOutputSampleTime > 0;
     mHasLeader = leader != nullptr;
     StreamRequest request;
-    request.uid = uid;
+    request.uid = device.uid;
     request.input = mInputChannels > 0;
     request.output = mOutputChannels > 0;
     request.preferredCycleFrames = mWantedBlock.load();
@@ -151,22 +153,22 @@ void IOEngine::takeBlockSize() noexcept [[clang::nonblocking]] {
 
 void IOEngine::inputCycle(const CycleTime &time, const float *input, std::uint32_t frames) noexcept
     [[clang::nonblocking]] {
-    while (frames > 0) {
+    for (std::uint32_t done = 0; done < frames;) {
         takeBlockSize();
-        const std::uint32_t taken = std::min(frames, mBlock - mInputFill);
+        const std::uint32_t taken = std::min(frames - done, mBlock - mInputFill);
+        done += taken;
         if (taken == mBlock) {
-            runBlock(time, input, nullptr);
+            runBlock(time, std::int64_t(done) - mBlock, input, nullptr);
         } else {
             std::memcpy(mInputBlock.data() + std::size_t(mInputFill) * mInputChannels, input,
                         sizeof(float) * taken * mInputChannels);
             mInputFill += taken;
             if (mInputFill == mBlock) {
                 mInputFill = 0;
-                runBlock(time, mInputBlock.data(), nullptr);
+                runBlock(time, std::int64_t(done) - mBlock, mInputBlock.data(), nullptr);
             }
         }
         input += std::size_t(taken) * mInputChannels;
-        frames -= taken;
     }
 }
 
@@ -180,21 +182,21 @@ std::uint32_t IOEngine::playQueued(float *output, std::uint32_t frames) noexcept
 }
 
 void IOEngine::outputCycle(const CycleTime &time, float *output, std::uint32_t frames) noexcept [[clang::nonblocking]] {
-    while (frames > 0) {
-        std::uint32_t played = playQueued(output, frames);
+    for (std::uint32_t done = 0; done < frames;) {
+        std::uint32_t played = playQueued(output, frames - done);
         if (played == 0) {
             takeBlockSize();
-            if (frames >= mBlock) {
-                runBlock(time, nullptr, output);
+            if (frames - done >= mBlock) {
+                runBlock(time, done, nullptr, output);
                 played = mBlock;
             } else {
                 std::fill_n(mOutputQueue.data(), std::size_t(mBlock) * mOutputChannels, 0.0f);
-                runBlock(time, nullptr, mOutputQueue.data());
+                runBlock(time, done, nullptr, mOutputQueue.data());
                 mQueued = mBlock;
             }
         }
         output += std::size_t(played) * mOutputChannels;
-        frames -= played;
+        done += played;
     }
 }
 
@@ -206,28 +208,31 @@ void IOEngine::duplexCycle(const CycleTime &time, const float *input, float *out
         std::fill_n(mOutputQueue.data(), std::size_t(mQueued) * mOutputChannels, 0.0f);
     }
     mFirstCycle = false;
-    for (std::uint32_t left = frames; left > 0;) {
+    for (std::uint32_t done = 0; done < frames;) {
         takeBlockSize();
-        const std::uint32_t taken = std::min(left, mBlock - mInputFill);
+        const std::uint32_t taken = std::min(frames - done, mBlock - mInputFill);
         std::memcpy(mInputBlock.data() + std::size_t(mInputFill) * mInputChannels, input,
                     sizeof(float) * taken * mInputChannels);
         input += std::size_t(taken) * mInputChannels;
-        left -= taken;
+        done += taken;
         mInputFill += taken;
         if (mInputFill < mBlock)
             continue;
         mInputFill = 0;
         float *const block = mOutputQueue.data() + std::size_t(mQueued) * mOutputChannels;
         std::fill_n(block, std::size_t(mBlock) * mOutputChannels, 0.0f);
-        runBlock(time, mInputBlock.data(), block);
+        runBlock(time, std::int64_t(done) - mBlock, mInputBlock.data(), block);
         mQueued += mBlock;
     }
     (void)playQueued(output, frames);
 }
 
-void IOEngine::runBlock(const CycleTime &time, const float *input, float *output) noexcept [[clang::nonblocking]] {
+void IOEngine::runBlock(const CycleTime &time, std::int64_t offset, const float *input, float *output) noexcept
+    [[clang::nonblocking]] {
     AudioTimeStamp now = {};
-    now.mHostTime = time.hostTime;
+    const std::int64_t began =
+        static_cast<std::int64_t>(time.hostTime) + std::llround(static_cast<double>(offset) / mRate * 1e9);
+    now.mHostTime = static_cast<std::uint64_t>(std::max<std::int64_t>(0, began));
     now.mRateScalar = 1;
     now.mFlags =
         kAudioTimeStampSampleTimeValid | kAudioTimeStampHostTimeValid | (mLost ? kAudioTimeStampDiscontinuity : 0);

@@ -39,7 +39,7 @@ public:
 
     // Opens the stream if there is none. False when the backend refuses; the running procedures then wait for a later
     // try.
-    bool open(HardwareBackend &backend, const QString &uid, DeviceStream *leader,
+    bool open(HardwareBackend &backend, const DeviceRecord &device, DeviceStream *leader,
               foundation::Clock::Duration patience = StreamRequest().patience);
     void close();
     // Closes the stream if it has ended by itself. True when it had.
@@ -77,7 +77,9 @@ private:
     void outputCycle(const CycleTime &time, float *output, std::uint32_t frames) noexcept [[clang::nonblocking]];
     void duplexCycle(const CycleTime &time, const float *input, float *output, std::uint32_t frames) noexcept
         [[clang::nonblocking]];
-    void runBlock(const CycleTime &time, const float *input, float *output) noexcept [[clang::nonblocking]];
+    // offset: of the block's first frame in this cycle; below 0 when it came with an earlier one.
+    void runBlock(const CycleTime &time, std::int64_t offset, const float *input, float *output) noexcept
+        [[clang::nonblocking]];
     std::uint32_t playQueued(float *output, std::uint32_t frames) noexcept [[clang::nonblocking]];
     void takeBlockSize() noexcept [[clang::nonblocking]];
 
@@ -97,6 +99,7 @@ private:
     std::uint32_t mOpenings = 0;
 
     // Real-time thread only, or the owner's while there is no stream.
+    double mRate = 0; // frames a second
     std::uint32_t mBlock;
     std::vector<float> mInputBlock;     // one block being filled
     std::vector<float> mOutputQueue;    // produced and not yet played

@@ -243,23 +243,41 @@ TEST_F(SplitTest, APauseByThePersonKeepsNothing) {
     }
 }
 
-// The next file begins a moment before the stop, so that a sound that had just begun is in it, and never earlier.
+// The next file begins a moment before the stop, so that a sound that had just begun is in it, and never earlier;
+// behind a hole, if one lies in that moment.
 TEST_F(SplitTest, ASplitDuringSilenceKeepsTheMomentThatNoticingTakes) {
+    const QString uid = QStringLiteral("builtin_microphone");
     files.reserve(60);
-    ASSERT_TRUE(start(1));
-    ASSERT_TRUE(begins());
-    world.advance(1000);
-    manager.pauseRecording(Pause::ForSilence);
-    world.advance(3000);
-    ASSERT_TRUE(stop(true));
-    ASSERT_TRUE(start(1));
-    ASSERT_TRUE(begins());
-    EXPECT_FALSE(manager.isPaused());
-    world.advance(300);
-    ASSERT_TRUE(stop(false));
-    expectUnbroken(0);
-    expectUnbroken(1);
-    EXPECT_NEAR(static_cast<double>(gapBefore(1)), 48000 * 2.6, 512);
+    for (const bool hole : {false, true}) {
+        files.clear();
+        owner.finished = 0;
+        ASSERT_TRUE(start(1));
+        ASSERT_TRUE(begins());
+        world.advance(1000);
+        manager.pauseRecording(Pause::ForSilence);
+        world.advance(hole ? 2600 : 3000);
+        if (hole) {
+            world.backend->unplug(uid);
+            world.system->deliverChanges();
+            world.advance(200);
+            world.backend->plug(hal::EmbeddedBackend::plainDevice(uid, QStringLiteral("Built-in Microphone"), 2, 0));
+            world.backend->setSource(uid, test::stamp); // from 0 again
+            world.system->deliverChanges();
+            world.advance(200);
+        }
+        ASSERT_TRUE(stop(true));
+        ASSERT_TRUE(start(1));
+        ASSERT_TRUE(begins());
+        EXPECT_FALSE(manager.isPaused());
+        world.advance(300);
+        ASSERT_TRUE(stop(false));
+        expectUnbroken(0);
+        expectUnbroken(1);
+        if (hole)
+            EXPECT_EQ(files[1].front(), 0) << "the first frame behind it";
+        else
+            EXPECT_NEAR(static_cast<double>(gapBefore(1)), 48000 * 2.6, 512);
+    }
 }
 
 } // namespace cantorel
