@@ -4,6 +4,7 @@
 #include "tests/window/WindowFixture.h"
 #include "ui/SettingsWindow.h"
 #include "ui/TasksWindow.h"
+#include "ui/look/Look.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,27 +20,6 @@ float music(std::int64_t position, int channel) {
     const double swell = 0.30 + 0.28 * std::sin(seconds * 0.9) + 0.22 * std::sin(seconds * 2.7 + channel * 0.4)
                          + 0.18 * std::sin(seconds * 7.1);
     return static_cast<float>(qMax(0.004, swell * swell) * std::sin(seconds * 2 * 3.14159265 * 220));
-}
-
-QPalette darkPalette() {
-    QPalette dark;
-    const QColor ground(0x23, 0x26, 0x2B), field(0x1B, 0x1D, 0x21), text(0xE8, 0xEA, 0xED), quiet(0x7C, 0x82, 0x8C);
-    for (const auto role : {QPalette::Window, QPalette::Button})
-        dark.setColor(role, ground);
-    dark.setColor(QPalette::Base, field);
-    dark.setColor(QPalette::AlternateBase, ground);
-    for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text, QPalette::BrightText})
-        dark.setColor(role, text);
-    for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
-        dark.setColor(QPalette::Disabled, role, quiet);
-    dark.setColor(QPalette::PlaceholderText, quiet);
-    dark.setColor(QPalette::Light, QColor(0x3A, 0x3F, 0x47));
-    dark.setColor(QPalette::Midlight, QColor(0x30, 0x34, 0x3B));
-    dark.setColor(QPalette::Dark, QColor(0x14, 0x16, 0x19));
-    dark.setColor(QPalette::Mid, QColor(0x55, 0x5B, 0x66));
-    dark.setColor(QPalette::Highlight, QColor(0x4C, 0x9B, 0xE8));
-    dark.setColor(QPalette::HighlightedText, Qt::black);
-    return dark;
 }
 
 class PhotoSession : public test::WindowFixture {
@@ -98,8 +78,11 @@ TEST_F(PhotoSession, InLightAndDarkRecordingAndInTheLibrary) {
         pass(1000);
         QTest::qWait(50);
     }
-    for (const auto &[name, palette] : {std::pair("light", QApplication::palette()), {"dark", darkPalette()}}) {
-        QApplication::setPalette(palette);
+    ui::Look look(nullptr);
+    using Scheme = desktop::AppearanceState::Scheme;
+    for (const auto &[name, scheme] : {std::pair("light", Scheme::Light), {"dark", Scheme::Dark}}) {
+        look.follow({scheme, false, false});
+        QTest::qWait(50); // the windows hear of it from the event loop
         find<QTabWidget>("tabs")->setCurrentIndex(0);
         photograph(window, QStringLiteral("recording-%1").arg(name));
         find<QTabWidget>("tabs")->setCurrentIndex(1);

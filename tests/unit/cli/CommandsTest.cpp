@@ -1,3 +1,5 @@
+#include "cli/Commands.h"
+
 #include "cli/TerminalAsker.h"
 #include "platform/foundation/Console.h"
 #include "platform/media/DiskSpace.h"

@@ -1,4 +1,5 @@
 #include "app/start/Hardware.h"
+#include "cli/Commands.h"
 #include "recording/session/RecordingJournal.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
