@@ -120,7 +120,7 @@ TEST_F(RecordProgramTest, WithoutTheVirtualDeviceTheOutputItselfIsRecordedFollow
     const PrivateWorld world(options);
     ASSERT_TRUE(world.ready());
     const QString sound = QDir::homePath() + "/sound.wav";
-    test::writeWav(sound, testing::tone(48000 * 60, 48000));
+    test::writeWav(sound, test::tone(48000 * 60, 48000));
     const auto player = world.start("pw-cat", {"-p", sound});
     const auto isDefault = [&](const char *node) { return world.metadata("default.audio.sink").contains(node); };
     for (const char *source : {"system", "both"}) {
@@ -137,9 +137,9 @@ TEST_F(RecordProgramTest, WithoutTheVirtualDeviceTheOutputItselfIsRecordedFollow
         run->signal(SIGINT);
         EXPECT_EQ(run->status(), 130) << run->error.constData();
         EXPECT_TRUE(isDefault("headset")) << "as the person has chosen";
-        const std::vector<float> samples = testing::decoded(run->event("finished")["file"].toString());
+        const std::vector<float> samples = test::decoded(run->event("finished")["file"].toString());
         EXPECT_GT(static_cast<double>(samples.size()) / 2 / 44100, least) << "the hole is filled";
-        EXPECT_NEAR(20 * std::log10(usualAmplitude(samples) / testing::kToneAmplitude), 0, 0.1) << "dB";
+        EXPECT_NEAR(20 * std::log10(usualAmplitude(samples) / test::kToneAmplitude), 0, 0.1) << "dB";
         run = start({"--source", source});
         ASSERT_TRUE(run->begins()) << run->error.constData();
         run->signal(SIGKILL);

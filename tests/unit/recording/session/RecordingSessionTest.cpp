@@ -277,6 +277,14 @@ TEST_F(RecordingSessionTest, TheLikelyCauseOfSilenceIsNamed) {
     EXPECT_TRUE(cause(RecordingSource::SystemSound).contains("nothing plays"));
 }
 
+TEST_F(WithoutVirtualDevice, SilenceIsThatOfTheOutput) {
+    silencePlayer();
+    ASSERT_EQ(refusal(0), QString());
+    ASSERT_TRUE(stepUntil([&] { return !view.silent.isEmpty(); }));
+    EXPECT_TRUE(view.silent[0].startsWith(QStringLiteral("\"Built-in Output\" hears only silence; nothing plays")));
+    session.stopRecording();
+}
+
 TEST_F(RecordingSessionTest, SoundIsNoSilence) {
     ASSERT_EQ(refusal(0), QString());
     const auto *recorder = ZQAVRecorderKit::sharedInstance().getAudioRecorder();
