@@ -17,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QLocale>
 #include <QPushButton>
 #include <QSpinBox>
 
@@ -80,6 +81,7 @@ TasksWindow::TasksWindow(TaskList &tasks, QWidget *parent)
       mRepeat(new QCheckBox(this)),
       mManual(new QCheckBox(this)),
       mShutdown(new QCheckBox(this)),
+      mDayRow(new QHBoxLayout),
       mAdd(new QPushButton(this)),
       mRemove(new QPushButton(this)),
       mClose(new QPushButton(this)) {
@@ -151,16 +153,14 @@ QWidget *TasksWindow::makeEditor() {
     form->addRow(mSourceLabel, mSource);
     form->addRow(mStartLabel, mStart);
     form->addRow(mLengthLabel, row({mHours, mMinutes, mSeconds}));
-    auto *days = new QHBoxLayout;
     for (std::size_t day = 0; day < mDays.size(); ++day) {
         mDays[day] = new QCheckBox(box);
         mDays[day]->setObjectName(QStringLiteral("day%1").arg(day));
-        days->addWidget(mDays[day]);
         connect(mDays[day], &QCheckBox::toggled, this, [this] { showEdited(); });
     }
-    days->addStretch();
+    mDayRow->addStretch();
     form->addRow(mDaily);
-    form->addRow(days);
+    form->addRow(mDayRow);
     form->addRow(row({mRepeat, mTimes, mManual}));
     form->addRow(mShutdown);
     auto *end = new QHBoxLayout;
@@ -275,11 +275,7 @@ void TasksWindow::showTexts() {
     mSource->addItems({Lang::settingsRecordSystemSound(), Lang::windowMicrophone(), Lang::settingsRecordBoth()});
     mSource->setCurrentIndex(source);
     mDaily->setText(Lang::windowDaily());
-    const QStringList days = ScheduleTaskInfo::getAllWeeks();
-    for (std::size_t day = 0; day < mDays.size(); ++day) {
-        mDays[day]->setText(days[static_cast<qsizetype>(day)].left(3));
-        mDays[day]->setAccessibleName(days[static_cast<qsizetype>(day)]);
-    }
+    showDays();
     mRepeat->setText(Lang::toolsScheduleRepeat());
     mTimes->setAccessibleName(Lang::toolsScheduleRepeat());
     mManual->setText(Lang::toolsScheduleRepeatStopManually());
@@ -289,6 +285,23 @@ void TasksWindow::showTexts() {
     mClose->setText(Lang::btnClose());
     showEdited();
     showTasks();
+}
+
+// The week begins as the language in force has it. A locale counts the days from 1, Monday; a task from 0, Sunday.
+void TasksWindow::showDays() {
+    const QLocale locale = Lang::locale();
+    const QStringList names = ScheduleTaskInfo::getAllWeeks();
+    QWidget *previous = mDaily;
+    for (int place = 0; place < names.size(); ++place) {
+        const int day = (static_cast<int>(locale.firstDayOfWeek()) + place) % 7;
+        QCheckBox *box = mDays[static_cast<std::size_t>(day)];
+        box->setText(locale.standaloneDayName(day == 0 ? 7 : day, QLocale::ShortFormat));
+        box->setAccessibleName(names[day]);
+        mDayRow->removeWidget(box);
+        mDayRow->insertWidget(place, box);
+        setTabOrder(previous, box);
+        previous = box;
+    }
 }
 
 void TasksWindow::changeEvent(QEvent *event) {

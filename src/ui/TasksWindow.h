@@ -10,6 +10,7 @@ class QButtonGroup;
 class QCheckBox;
 class QComboBox;
 class QDateTimeEdit;
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -34,6 +35,7 @@ public:
 
 private:
     void showTexts();
+    void showDays();
     void changeEvent(QEvent *event) override;
     QWidget *makeList();
     QWidget *makeEditor();
@@ -53,7 +55,8 @@ private:
     QDateTimeEdit *mStart;
     QSpinBox *mHours, *mMinutes, *mSeconds, *mTimes;
     QCheckBox *mDaily, *mRepeat, *mManual, *mShutdown;
-    std::array<QCheckBox *, 7> mDays{};
+    QHBoxLayout *mDayRow;
+    std::array<QCheckBox *, 7> mDays{}; // from Sunday on
     QPushButton *mAdd, *mRemove, *mClose;
 };
 
