@@ -15,13 +15,14 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr int kDot = 8, kBeside = 14;
+constexpr int kDot = 8, kBeside = 14, kHeight = 34;
 
 } // namespace
 
 Pill::Pill(QWidget *parent)
     : QWidget(parent), mTime(new DigitLabel(this)), mPause(new QToolButton(this)), mStop(new QToolButton(this)) {
     setFocusPolicy(Qt::StrongFocus);
+    setFixedHeight(Look::tall(*this, kHeight));
     setObjectName(QStringLiteral("pill"));
     mPause->setObjectName(QStringLiteral("pillPause"));
     mStop->setObjectName(QStringLiteral("pillStop"));

@@ -221,6 +221,7 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
         return;
     case PE_FrameLineEdit:
         return; // part of its panel
+    case PE_FrameTabWidget:
     case PE_FrameGroupBox: {
         Painting painting(*painter);
         painting.box(option->rect, measure::kCardRadius, tokens.surface, tokens.line);
@@ -542,6 +543,8 @@ int LookStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidg
         return Look::hasMotion() ? QProxyStyle::styleHint(hint, option, widget, more) : 0;
     case SH_BlinkCursorWhenTextSelected:
         return Look::hasMotion();
+    case SH_FormLayoutLabelAlignment:
+        return Qt::AlignLeft | Qt::AlignVCenter;
     case SH_EtchDisabledText:
     case SH_DialogButtonBox_ButtonsHaveIcons:
         return 0;
