@@ -1,5 +1,8 @@
 #include "tests/support/EmbeddedWorld.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+
 #include <gtest/gtest.h>
 
 #include <numeric>
@@ -269,6 +272,31 @@ TEST(Vanishing, DeviceIsTakenUpAgainWithItsOwnSoundOnly) {
     EXPECT_FALSE(recorder.flags[calls + 1] & kAudioTimeStampDiscontinuity);
     EXPECT_EQ(recorder.inputTimes[calls], recorder.inputTimes[calls - 1] + 512) << "the count of frames never jumps";
     EXPECT_EQ(AudioDeviceDestroyIOProcID(microphone, proc), 0);
+}
+
+TEST(Vanishing, ADeviceThatIsBackBeforeItIsReadyIsTriedAgainWithoutFurtherNews) {
+    EmbeddedWorld world;
+    const QString uid = QStringLiteral("builtin_microphone");
+    const AudioDeviceID microphone = named("Built-in Microphone");
+    Recorder recorder;
+    AudioDeviceIOProcID proc = nullptr;
+    AudioDeviceCreateIOProcID(microphone, Recorder::input, &recorder, &proc);
+    AudioDeviceStart(microphone, proc);
+    world.advance(100);
+    world.backend->unplug(uid);
+    world.system->deliverChanges();
+    world.backend->plug(EmbeddedBackend::plainDevice(uid, QStringLiteral("Built-in Microphone"), 2, 0));
+    world.backend->stall(uid, true);
+    for (int news = 0; news < 10; ++news)
+        QCoreApplication::processEvents();
+    const std::size_t calls = recorder.order.size();
+    world.backend->stall(uid, false);
+    for (const QDeadlineTimer deadline(20000); recorder.order.size() == calls && !deadline.hasExpired();) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        world.advance(1);
+    }
+    EXPECT_GT(recorder.order.size(), calls);
+    AudioDeviceStop(microphone, proc);
 }
 
 TEST(Vanishing, WallClockStreamsEndCleanlyUnderChurn) {

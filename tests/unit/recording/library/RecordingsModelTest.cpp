@@ -58,6 +58,9 @@ TEST_F(RecordingsModelTest, WhatIsFoundDoesNotDependOnHowTheSearchWasTyped) {
     EXPECT_EQ(shown(), QStringList{"xab"});
     add("quart live xaver");
     EXPECT_EQ(shown(), (QStringList{"quart live xaver", "xab"})) << "what comes is searched, too";
+    list.items()[2]->setFileName(QStringLiteral("/music/elsewhere"));
+    model.search(QStringLiteral("elsew"));
+    EXPECT_EQ(shown(), QStringList{"elsewhere"}) << "by its new name";
 }
 
 TEST_F(RecordingsModelTest, NumbersAndWordsAreOrderedAsAPersonWould) {
