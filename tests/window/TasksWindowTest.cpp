@@ -35,6 +35,23 @@ public:
     const QDateTime now = QDateTime::currentDateTime();
 };
 
+TEST_F(Tasks, NoTwoDaysReadAlikeAndTheWeekBeginsAsTheLanguageHasIt) {
+    for (const auto &[language, first] : {std::pair("Turkish", "day1"), {"English", "day0"}}) {
+        Lang::ChangeLanguage(language);
+        window.changeLanguageText();
+        pass(50);
+        QStringList texts;
+        int leftmost = window.tasks().width();
+        for (int day = 0; day < 7; ++day) {
+            const auto *box = find<QCheckBox>(qPrintable(QStringLiteral("day%1").arg(day)));
+            texts << box->text();
+            leftmost = qMin(leftmost, box->x());
+        }
+        EXPECT_EQ(texts.removeDuplicates(), 0) << language;
+        EXPECT_EQ(find<QCheckBox>(first)->x(), leftmost) << language;
+    }
+}
+
 TEST_F(Tasks, WhatCouldNeverRecordIsRefusedWithASentence) {
     EXPECT_EQ(add(), Lang::windowEnterTaskName());
     name("News");
