@@ -4,6 +4,8 @@
 
 #include <QAbstractButton>
 #include <QBuffer>
+#include <QFile>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -86,6 +88,14 @@ TEST_F(LongLibrary, PlayingIntoARecordingOfSystemSoundIsAskedAboutOnce) {
     EXPECT_EQ(sheets(), before) << "once a recording";
     session.stopRecording();
     ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+}
+
+TEST_F(LongLibrary, AFileThatHasGoneIsNamed) {
+    select({3});
+    const QString file = table->model()->index(3, RecordingsModel::Title).data(Qt::ToolTipRole).toString();
+    ASSERT_TRUE(QFile::remove(file));
+    key(table, Qt::Key_Return);
+    EXPECT_TRUE(find<QLabel>("notice")->text().contains(QFileInfo(file).fileName()));
 }
 
 TEST_F(LongLibrary, TheSelectionSurvivesASortASearchAndAChangedList) {

@@ -6,6 +6,7 @@
 #include "ui/TasksWindow.h"
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QLabel>
 #include <QTabWidget>
 
@@ -39,6 +40,18 @@ std::string clipped(const QWidget &window) {
     return clippedNow(window).join("; ").toStdString();
 }
 
+// Texts whose markers nobody has filled.
+std::string rawTexts(const QWidget &window) {
+    QStringList found;
+    for (const auto *label : window.findChildren<QLabel *>())
+        found << label->text();
+    for (const auto *button : window.findChildren<QAbstractButton *>())
+        found << button->text() << button->toolTip();
+    for (const auto *action : window.findChildren<QAction *>())
+        found << action->text();
+    return found.filter("[#").join("; ").toStdString();
+}
+
 // Every window in every language; prefix: of the photographs' names; largest: what the windows may grow to.
 void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &prefix) {
     window.resize(size);
@@ -46,6 +59,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
     const auto look = [&](QWidget &shown, const std::string &page) {
         EXPECT_EQ(clipped(shown), "") << page;
+        EXPECT_EQ(rawTexts(shown), "") << page;
         EXPECT_LE(shown.width(), largest.width()) << page;
         EXPECT_LE(shown.height(), largest.height()) << page;
         photograph(shown, prefix + QString::fromStdString(page));
