@@ -48,6 +48,7 @@ public:
     // While system sound is recorded, playing would be recorded too: play() then emits playsIntoRecording() instead,
     // once for each recording.
     void setRecordsSystemSound(bool records);
+    void play(const QString &file);
     void playAllTheSame(const QString &file);
     LibraryPlayer &player() { return mPlayer; }
     LibraryMedia &media() { return mMedia; }
@@ -62,7 +63,6 @@ private:
     std::vector<RecordedAudioInfo *> selected() const;
     void showMenu(const QPoint &position);
     void playOrPause();
-    void play(const QString &file);
     void reveal();
     void showInfo();
     void remove(RecordingsRemoval::Files files);

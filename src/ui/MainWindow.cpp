@@ -207,7 +207,7 @@ void MainWindow::listen() {
             [this](const foundation::Sentence &sentence) { mParts.panel.refuseStart(sentence); });
     connect(mRecordingTab, &RecordingTab::playWanted, this, [this](const QString &file) {
         mTabs->setCurrentWidget(mLibraryPage);
-        library().playAllTheSame(file);
+        library().play(file);
     });
     connect(mRecordingTab, &RecordingTab::revealWanted, this, [this](const QString &file) {
         if (mParts.desktop.files)

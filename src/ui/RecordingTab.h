@@ -8,7 +8,6 @@
 
 #include <array>
 
-class QBoxLayout;
 class QComboBox;
 class QLabel;
 class QMenu;
