@@ -86,9 +86,13 @@ device_defaults.properties["use-persistent-storage"] = false
     for (const QString &source : options.moreSources)
         objects += object(nodeArguments(source.section('=', 0, 0), source.section('=', 1), "Audio/Source/Virtual",
                                         "priority.session = 1500 priority.driver = 1500"));
+    QByteArray properties = "default.clock.allowed-rates = [ 44100 48000 ]";
+    if (options.cycle > 0) {
+        for (const char *quantum : {"quantum", "min-quantum", "max-quantum"})
+            properties += QByteArray(" default.clock.") + quantum + " = " + QByteArray::number(options.cycle);
+    }
     writeFile(config + "/pipewire/pipewire.conf.d/50-fixture.conf",
-              "context.properties = { default.clock.allowed-rates = [ 44100 48000 ] }\ncontext.objects = [\n" + objects
-                  + "]\n");
+              "context.properties = { " + properties + " }\ncontext.objects = [\n" + objects + "]\n");
     startServer();
 }
 

@@ -18,6 +18,9 @@ bool eventually(const std::function<bool()> &condition, int milliseconds = 10000
 // Microphone" and the virtual device, or what the options say. Ends its own processes, by their ids.
 class PrivateWorld {
 public:
+    // Frames of a cycle that bear a machine's pauses of some tens of milliseconds, for tests that count each frame.
+    static constexpr int kUnhurried = 4096;
+
     struct Options {
         bool output = true;
         bool microphone = true;
@@ -25,6 +28,7 @@ public:
         bool pulse = false;         // a PulseAudio server on top, for paplay and pactl
         QStringList moreSinks = {}; // "node.name=Description"
         QStringList moreSources = {};
+        int cycle = 0; // the frames of a cycle; 0 for the server's own
     };
 
     PrivateWorld() : PrivateWorld(Options()) {}

@@ -51,7 +51,7 @@ struct RoutingTest : testing::Test {
         return test::longestStampedRun(test::readWav(heard));
     }
 
-    const PrivateWorld world{{.pulse = true, .moreSinks = {"headset=Headset"}}};
+    const PrivateWorld world{{.pulse = true, .moreSinks = {"headset=Headset"}, .cycle = PrivateWorld::kUnhurried}};
 };
 
 } // namespace

@@ -95,7 +95,7 @@ class RecordedSound : public testing::TestWithParam<Route> {};
 // the file as were captured.
 TEST_P(RecordedSound, ReachesTheCoderAndTheEarWholeAndToTheBit) {
     constexpr std::size_t kFrames = 3 * 48000;
-    const PrivateWorld world({.pulse = true});
+    const PrivateWorld world({.pulse = true, .cycle = PrivateWorld::kUnhurried});
     ASSERT_TRUE(world.ready());
     const QString sound = QDir::homePath() + "/sound.wav", heard = QDir::homePath() + "/heard.wav";
     std::vector<float> samples = test::stamped(kFrames);
