@@ -204,7 +204,7 @@ int main(int argc, char **argv) {
     QApplication::setDesktopFileName(QString::fromLatin1(kBundleIdentifier));
     QApplication::setQuitOnLastWindowClosed(false); // It lives on in the tray.
     AppSettings::initSettingInNeed();
-    Lang::ChangeLanguage(AppSettings::appLanguage());
+    Lang::useLanguage(AppSettings::appLanguage());
     const desktop::InstalledServices services(desktopServices());
     const ui::Look look(desktop::InstalledServices::current().appearance.get());
     const QStringList arguments = QApplication::arguments();

@@ -152,6 +152,11 @@ void Lang::ChangeLanguage(const QString &name) {
     currentLanguage() = language;
 }
 
+void Lang::useLanguage(const QString &name) {
+    if (name != currentLanguage())
+        ChangeLanguage(name);
+}
+
 QLocale Lang::locale() {
     // The codes of the table are fixed, and not all are those of the languages.
     static const QHash<QString, QString> others{

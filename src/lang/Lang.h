@@ -37,6 +37,8 @@ public:
     // Loads every text from the language's file, for all at once; English for an empty name. Where the file cannot be
     // read nothing changes. A text that the file does not have is null from then on, not the built-in one.
     static void ChangeLanguage(const QString &name);
+    // The same, but reads nothing where that language is in force. The built-in texts are the English file's.
+    static void useLanguage(const QString &name);
     // How the loaded language writes dates and orders words: the desktop's own way where that is the same language.
     static QLocale locale();
 

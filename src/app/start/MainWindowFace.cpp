@@ -18,7 +18,7 @@ constexpr long kToolkitOfTheEditor = 1138;
 
 void MainWindowFace::applicationDidFinishLaunching() {
     auto &center = foundation::NotificationCenter::defaultCenter();
-    Lang::ChangeLanguage(AppSettings::appLanguage());
+    Lang::useLanguage(AppSettings::appLanguage());
     mLanguage =
         center.subscribe<QString>(kNotificationChangeLanguage, [this](const QString &) { changeLanguageText(); });
     if (std::lround(desktop::InstalledServices::current().version.toolkitVersion) < kToolkitOfTheEditor)
