@@ -14,7 +14,7 @@ FOREIGN = {
     r"^libav|^libsw": ["platform/media/ffmpeg"],
     r"^pipewire/|^spa/": ["platform/pipewire", "platform/hal/pipewire"],
     r"^libxml/": ["platform/foundation"],
-    r"^unicode/": ["util"],
+    r"^unicode/": ["lang", "util"],
     r"^QtDBus|^QDBus": ["platform/desktop", "cli", "app"],
     r"^QtWidgets|^QWidget|^QMessageBox|^QDialog": ["ui", "app", "editor/views"],
     r"^CLI/": ["cli"],

@@ -88,7 +88,7 @@ def texts():
     sentences = {key: set(re.findall(r"\[#(\w+)#\]", text)) for key, text in english.find("sentence").items()}
     code = {file: file.read_text() for file in sources("src")}
     shown = {key for text in code.values() for key in re.findall(r"Lang::window(\w+)", text)}
-    for key in set(english.find("window").keys()) - shown:
+    for key in {key.split(".")[0] for key in english.find("window").keys()} - shown:
         yield f"English.xml: no window shows {key}"
     said = set()
     for file, text in code.items():
@@ -101,10 +101,11 @@ def texts():
                 said.add(key)
     for key in sentences.keys() - said:
         yield f"English.xml: nobody says {key}"
-    names = {(element.tag, name) for element in english.iter() for name in element.keys()}
+    def names(root):
+        return {(element.tag, name) for element in root.iter() for name in element.keys() if "." not in name}
     for file in sorted((ROOT / "resources/lang").glob("*.xml")):
         root = ElementTree.parse(file).getroot()
-        for element, name in names ^ {(element.tag, name) for element in root.iter() for name in element.keys()}:
+        for element, name in names(english) ^ names(root):
             yield f"{file.name}: {element} {name} stands in one of this and English.xml only"
 
 

@@ -9,9 +9,14 @@
 #include <QHash>
 #include <QRegularExpression>
 
+#include <unicode/plurrule.h>
+
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace cantorel {
 
@@ -55,6 +60,16 @@ QString said(const foundation::Sentence &sentence, const Texts &texts) {
         done = found.capturedEnd();
     }
     return whole + text.mid(done);
+}
+
+// A row, and where it is the form for one, the other forms with it.
+std::vector<std::pair<QByteArray, QByteArray>> forms(const TextRow &row) {
+    std::vector<std::pair<QByteArray, QByteArray>> all{{row.key, row.attribute}};
+    constexpr QByteArrayView one(".one");
+    if (QByteArrayView(row.key).endsWith(one))
+        for (const char *form : {".zero", ".two", ".few", ".many"})
+            all.emplace_back(all[0].first.chopped(one.size()) + form, all[0].second.chopped(one.size()) + form);
+    return all;
 }
 
 QString &currentLanguage() {
@@ -146,8 +161,9 @@ void Lang::ChangeLanguage(const QString &name) {
             continue;
         for (const TextRow &row : group.rows)
             if (row.attribute)
-                currentTexts().insert(QString::fromLatin1(row.key),
-                                      element ? element->attribute(row.attribute) : QString());
+                for (const auto &[key, attribute] : forms(row))
+                    currentTexts().insert(QString::fromLatin1(key),
+                                          element ? element->attribute(attribute) : QString());
     }
     currentLanguage() = language;
 }
@@ -157,7 +173,10 @@ void Lang::useLanguage(const QString &name) {
         ChangeLanguage(name);
 }
 
-QLocale Lang::locale() {
+namespace {
+
+// The locale of the language in force itself, whatever the desktop is set to.
+QLocale ownLocale() {
     // The codes of the table are fixed, and not all are those of the languages.
     static const QHash<QString, QString> others{
         {QStringLiteral("ChineseSimplified"), QStringLiteral("zh_CN")},
@@ -169,10 +188,16 @@ QLocale Lang::locale() {
         {QStringLiteral("Swedish"), QStringLiteral("sv")},
         {QStringLiteral("Greek"), QStringLiteral("el")},
     };
-    const auto all = languages();
+    const auto all = Lang::languages();
     const auto found = std::find_if(all.begin(), all.end(),
                                     [](const LanguageInfo &language) { return language.name == currentLanguage(); });
-    const QLocale locale(others.value(found->name, found->codes.value(0)));
+    return QLocale(others.value(found->name, found->codes.value(0)));
+}
+
+} // namespace
+
+QLocale Lang::locale() {
+    const QLocale locale = ownLocale();
     const QLocale system = QLocale::system();
     return system.language() == locale.language() && system.script() == locale.script() ? system : locale;
 }
@@ -184,6 +209,21 @@ QString Lang::text(const QString &key) { return currentTexts().value(key); }
 QString Lang::sentence(const foundation::Sentence &sentence) { return said(sentence, currentTexts()); }
 
 QString Lang::english(const foundation::Sentence &sentence) { return said(sentence, builtInTexts()); }
+
+QString LangTexts::counted(const char *key, qint64 count) {
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::PluralRules> rules(
+        icu::PluralRules::forLocale(icu::Locale(ownLocale().name().toLatin1().constData()), status));
+    QString text;
+    if (U_SUCCESS(status)) {
+        const icu::UnicodeString form = rules->select(static_cast<double>(count));
+        text = Lang::text(QString::fromLatin1(key) + QLatin1Char('.')
+                          + QString(reinterpret_cast<const QChar *>(form.getBuffer()), form.length()));
+    }
+    if (text.isEmpty())
+        text = builtInOrLoaded(key);
+    return text.replace(QLatin1String("[#Count#]"), QString::number(count), Qt::CaseInsensitive);
+}
 
 QString LangTexts::builtInOrLoaded(const char *key) { return Lang::text(QString::fromLatin1(key)); }
 

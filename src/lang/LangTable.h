@@ -4,7 +4,9 @@
 
 namespace cantorel {
 
-// One text of the table. A text whose attribute is null is never loaded from a language file.
+// One text of the table. A text whose attribute is null is never loaded from a language file. A text that speaks of a
+// number has another row for one of it, "Key.one"; files may have further forms of it, "Key.few" and the like, named as
+// the plural categories of the Unicode CLDR, and none where the text itself serves.
 struct TextRow {
     const char *attribute;
     const char *key;

@@ -73,13 +73,17 @@ def quoted(text):
 def main(english, header, source):
     texts = list(groups(ElementTree.parse(english).getroot()))
     texts.append(("/*", [(None, key, text) for key, text in NEVER_LOADED.items()]))
-    operations = [f'    static QString {key}() {{ return builtInOrLoaded("{key}"); }}\n'
-                  for path, rows in texts if path != "//sentence" for _, key, _ in rows]
+    keys = [key for path, rows in texts if path != "//sentence" for _, key, _ in rows]
+    operations = [f'    static QString {key}(qint64 count) {{ return counted("{key}", count); }}\n'
+                  if f"{key}.one" in keys else f'    static QString {key}() {{ return builtInOrLoaded("{key}"); }}\n'
+                  for key in keys if "." not in key]
     with open(header, "w", encoding="utf-8") as file:
         file.write("#pragma once\n\n#include <QString>\n\nnamespace cantorel {\n\n"
                    "// Every text that a person sees, by its key; sentences have none of these operations.\n"
                    "class LangTexts {\npublic:\n" + "".join(operations)
-                   + "\nprotected:\n    static QString builtInOrLoaded(const char *key);\n};\n\n} // namespace cantorel\n")
+                   + "\nprotected:\n    static QString builtInOrLoaded(const char *key);\n"
+                   "    // The form for so many, with the number in it.\n"
+                   "    static QString counted(const char *key, qint64 count);\n};\n\n} // namespace cantorel\n")
     with open(source, "w", encoding="utf-8") as file:
         file.write('#include "lang/LangTable.h"\n\nnamespace cantorel {\n\nnamespace {\n\n')
         for index, (_, rows) in enumerate(texts):

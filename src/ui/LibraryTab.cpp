@@ -295,10 +295,10 @@ void LibraryTab::remove(RecordingsRemoval::Files files) {
     if (mRemoval.count() == 0)
         return;
     const bool isOne = mRemoval.count() == 1, moved = mRemoval.hasMovedFiles();
+    const auto count = static_cast<qint64>(mRemoval.count());
     QString text = isOne ? (moved ? Lang::windowMovedToWastebasket() : Lang::windowRemoved())
-                         : (moved ? Lang::windowSeveralMoved() : Lang::windowSeveralRemoved());
+                         : (moved ? Lang::windowSeveralMoved(count) : Lang::windowSeveralRemoved(count));
     text.replace(QLatin1String("[#FileName#]"), mRemoval.firstName());
-    text.replace(QLatin1String("[#Count#]"), QString::number(mRemoval.count()));
     notice(text, true);
 }
 

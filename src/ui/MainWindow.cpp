@@ -273,7 +273,7 @@ void MainWindow::showShutdown(int seconds) {
         connect(mShutdown, &QDialog::finished, this, [this] { mParts.recorder.schedule().cancelShutdown(); });
         mShutdown->open();
     }
-    mShutdown->setText(Lang::windowShutdownIn().replace(QLatin1String("[#Count#]"), QString::number(seconds)));
+    mShutdown->setText(Lang::windowShutdownIn(seconds));
 }
 
 void MainWindow::offerUpdate(const UpdateDescription &description) {

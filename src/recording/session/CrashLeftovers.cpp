@@ -178,9 +178,8 @@ QString recoveredText(const CrashLeftovers::Recovered &recovered) {
     const auto &told = failed == recovered.end() ? recovered.front() : *failed;
     QString text = failed != recovered.end() ? Lang::windowNotRecovered()
                    : recovered.size() == 1   ? Lang::windowRecovered()
-                                             : Lang::windowSeveralRecovered();
-    return text.replace(QLatin1String("[#Count#]"), QString::number(recovered.size()))
-        .replace(QLatin1String("[#Time#]"), ToolString::stringFromDuration(told.durationSeconds))
+                                             : Lang::windowSeveralRecovered(static_cast<qint64>(recovered.size()));
+    return text.replace(QLatin1String("[#Time#]"), ToolString::stringFromDuration(told.durationSeconds))
         .replace(QLatin1String("[#FileName#]"), QFileInfo(told.file).fileName());
 }
 

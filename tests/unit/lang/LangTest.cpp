@@ -96,6 +96,8 @@ TEST(LanguageFile, HasEveryTextWithItsMarkers) {
         for (const TextGroup &group : textGroups())
             for (const TextRow &row : group.rows) {
                 const QString text = Lang::text(row.key), english = row.builtIn;
+                if (QByteArrayView(row.key).contains('.'))
+                    continue; // a form, which may lack
                 EXPECT_FALSE(text.trimmed().isEmpty()) << language.name.toStdString() << " " << row.key;
                 EXPECT_EQ(markersOf(text), markersOf(english)) << language.name.toStdString() << " " << row.key;
                 if (text != english)
@@ -104,6 +106,27 @@ TEST(LanguageFile, HasEveryTextWithItsMarkers) {
         EXPECT_EQ(Lang::toolsScheduleWeeks().split(',').size(), 7) << language.name.toStdString();
         const bool isEnglish = language.name == "English";
         EXPECT_TRUE(!isEnglish || different.isEmpty()) << different.values().join(' ').toStdString();
+    }
+}
+
+TEST(LanguageFile, SpeaksOfOneOfSomeAndOfMany) {
+    const struct {
+        const char *language;
+        qint64 count;
+        const char *text;
+    } cases[] = {{"English", 1, "One recording is in the wastebasket."},
+                 {"English", 2, "2 recordings are in the wastebasket."},
+                 {"Polish", 1, "W koszu jest jedno nagranie."},
+                 {"Polish", 22, "W koszu są 22 nagrania."},
+                 {"Polish", 12, "W koszu jest 12 nagrań."},
+                 {"Czech", 22, "V koši je 22 nahrávek."},
+                 {"Japanese", 1, "1 件の録音をゴミ箱に移動しました。"}, // no form of the language before
+                 {"French", 0, "0 enregistrement est dans la corbeille."},
+                 {"French", 2, "2 enregistrements sont dans la corbeille."},
+                 {"Norwegian", 1, "Ett opptak ligger i papirkurven."}}; // its own rules, not those of its code
+    for (const auto &c : cases) {
+        Lang::ChangeLanguage(c.language);
+        EXPECT_EQ(Lang::windowSeveralMoved(c.count), c.text) << c.language;
     }
 }
 
