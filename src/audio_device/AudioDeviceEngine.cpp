@@ -421,7 +421,7 @@ void AudioDeviceEngine::destroyAggregateDevice() {
     AudioDeviceID aggregate = getTheDeviceIDFromName(kAggregateName);
     size = sizeof aggregate;
     (void)AudioObjectGetPropertyData(plugIn, &destroy, 0, nullptr, &size,
-                                     &aggregate); // None there: nothing to destroy.
+                                     &aggregate); // fails where there is none
 }
 
 bool AudioDeviceEngine::isExistAggregateDevice() const {

@@ -25,7 +25,7 @@ Outcome changeOwnedList(const QString &what, const std::function<Outcome()> &act
                         const QStringList &arguments, const std::function<void(const QVariantMap &)> &shown) {
     RecordingJournal owner(Hardware::stateFolder());
     std::optional<foundation::Result<QVariantMap>> answer;
-    // Who can't be asked may be another command, which ends soon.
+    // A holder of the lock that does not answer may be another command, which ends soon.
     const auto end = std::chrono::steady_clock::now() + kPatience;
     for (;; std::this_thread::sleep_for(kInterval)) {
         if (owner.claim())

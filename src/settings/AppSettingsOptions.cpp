@@ -73,7 +73,8 @@ void AppSettings::setIsBeepBeforeRecording(bool value) {
 }
 
 int AppSettings::recordNameBaseOn() {
-    return std::min(read(setting::kRecordNameBaseOn), setting::kRecordNameBaseOn.most); // It is counted up.
+    return std::min(read(setting::kRecordNameBaseOn),
+                    setting::kRecordNameBaseOn.most); // Each recording counts it up, beyond what the setter takes.
 }
 
 void AppSettings::setrecordNameBaseOn(int value) { write(setting::kRecordNameBaseOn, value); }

@@ -22,7 +22,7 @@ StoredList loadStoredList(const QString &key, const QString &folderForDamaged) {
     }
     const QString last = folderForDamaged + QLatin1Char('/') + key + QStringLiteral(".damaged");
     if (QFile copy(last); copy.open(QIODevice::ReadOnly) && copy.readAll() == stored.archive)
-        return stored; // It was met before.
+        return stored; // A start before has copied it.
     const QString aside = ToolString::renameFromFilePath(last, 0);
     const bool copied =
         ToolFile::createFolderAtPath(folderForDamaged) && ToolFile::writeData(stored.archive, aside, false);

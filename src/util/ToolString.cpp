@@ -67,7 +67,7 @@ QString ToolString::stringFromDate(const QDateTime &date, const QString &formatt
     UErrorCode status = U_ZERO_ERROR;
     const icu::UnicodeString pattern(reinterpret_cast<const char16_t *>(formatterString.utf16()),
                                      static_cast<int32_t>(formatterString.size()));
-    // Words are those of the person's language; digits and calendar are those that programs read.
+    // Names of months and days in the person's language, but digits and a calendar that programs can read.
     icu::Locale locale = icu::Locale::getDefault();
     locale.setKeywordValue("numbers", "latn", status);
     locale.setKeywordValue("calendar", "gregorian", status);
@@ -102,7 +102,7 @@ bool ToolString::isEqualIgnoreCase(const QString &text, const QString &toString)
 }
 
 bool ToolString::isSuperString(const QString &text, const QString &containsSubString) {
-    // An empty part is in no text, as the platform has it.
+    // Deliberately not in Qt's way: no text contains an empty one.
     return !containsSubString.isEmpty() && text.contains(containsSubString);
 }
 

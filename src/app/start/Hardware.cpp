@@ -58,7 +58,7 @@ foundation::Result<std::unique_ptr<Hardware>> Hardware::open(BackendChoice choic
 
 std::unique_ptr<Hardware> Hardware::openInAnyCase(BackendChoice choice, foundation::Clock::Duration patience) {
     auto backend = makeBackend(choice);
-    (void)backend->reach(patience); // Whoever wants sound asks again.
+    (void)backend->reach(patience); // A failure shows when sound is asked for.
     return std::unique_ptr<Hardware>(new Hardware(std::move(backend)));
 }
 

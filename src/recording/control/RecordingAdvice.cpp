@@ -9,7 +9,7 @@ namespace cantorel {
 namespace {
 
 constexpr foundation::SentenceKey kUnrouted("Unrouted");
-constexpr std::chrono::milliseconds kLook(50); // no longer than anybody notices
+constexpr std::chrono::milliseconds kLook(50); // short enough not to be noticed
 
 } // namespace
 

@@ -87,7 +87,7 @@ RecordingControl::Answer RecordingControl::call(const QString &method, const QSt
         return refusal(QStringLiteral("A text of more than %1 letters names no file and no task.").arg(kLongestText));
     if (found != table().end() && found->arguments.size() == arguments.size())
         (void)guarded("remoteControl", [&] { answer = (this->*found->answer)(arguments); }); // what is thrown is logged
-    if (!answer) // Other programs know no keys.
+    if (!answer) // Other programs cannot look a sentence up by its key.
         return Failure{Lang::english(answer.failure().sentence), answer.failure().detail};
     return answer;
 }

@@ -10,7 +10,7 @@ ScheduledSession::ScheduledSession(RecordingSession &session, TaskList &tasks, S
 
 void ScheduledSession::onStartRecording() {
     const auto started = mSession.onStartRecording();
-    if (!started && !started.failure().sentence.isEmpty()) // Empty when the person has changed their mind.
+    if (!started && !started.failure().sentence.isEmpty()) // Without a sentence the person has cancelled the start.
         Q_EMIT startRefused(started.failure().sentence);
 }
 

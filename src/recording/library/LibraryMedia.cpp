@@ -32,7 +32,7 @@ QString closest(const RecordingsModel &model, int row, int step) {
 LibraryMedia::LibraryMedia(LibraryPlayer &player, const RecordingsModel &model, desktop::MediaControls *controls)
     : mPlayer(player), mModel(model), mControls(controls) {
     const auto lookAgain = [this] {
-        if (mIsOffered && !std::exchange(mMustLook, true)) // once the model is done
+        if (mIsOffered && !std::exchange(mMustLook, true)) // not at once: the model is still changing
             QMetaObject::invokeMethod(
                 this, [this] { show(); }, Qt::QueuedConnection);
     };

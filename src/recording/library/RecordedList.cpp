@@ -44,7 +44,8 @@ QString storedKey() { return QString::fromLatin1(setting::kRecordedList); }
 // Tells one state of the settings file from another.
 auto stampOfSettings() {
     struct stat status = {};
-    (void)::stat(QFile::encodeName(standardUserDefaults().filePath()).constData(), &status); // of none it is zeros
+    (void)::stat(QFile::encodeName(standardUserDefaults().filePath()).constData(),
+                 &status); // stays zero without the file
     return std::tuple(status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
 }
 
@@ -105,7 +106,7 @@ RecordedList::Items RecordedList::load() {
             items.push_back(std::make_unique<RecordedAudioInfo>(*std::move(fields)));
     }
     mJournalFits = items.size() == static_cast<std::size_t>(stored.items.size());
-    if (!changes.empty()) // They are folded into the archive with the next change.
+    if (!changes.empty()) // The next change stores the whole list, and the journal begins anew.
         mJournalFits = false;
     apply(changes, items);
     mJournal.begin(stored.archive);

@@ -52,7 +52,8 @@ bool TaskList::SaveTasks() {
     for (const Task &task : tasks())
         list << archivedTask(*task);
     AppSettings::setScheduleTaskList(list);
-    return standardUserDefaults().synchronize(); // Nothing is left to be written unless that failed.
+    return standardUserDefaults()
+        .synchronize(); // The setter has written already; what it could not write is tried again here.
 }
 
 const TaskList::Tasks &TaskList::tasks() & {

@@ -16,7 +16,7 @@ void SilenceRules::level(float level) { hasSound = level >= kSoundLevel; }
 SilenceRules::Action SilenceRules::skip(PausedBy paused, const Settings &settings) const {
     if (paused == PausedBy::Nobody && settings.skips && !hasSound)
         return Action::Pause;
-    // Who switches skipping off does not mean to stay paused.
+    // Skipping that is switched off in the middle of silence ends its pause too.
     if (paused == PausedBy::Silence && (hasSound || !settings.skips))
         return Action::Resume;
     return Action::None;
