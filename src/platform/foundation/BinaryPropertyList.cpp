@@ -24,6 +24,12 @@ bool isAscii(const QString &text) {
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
 }
 
+// Writes a reference and answers the place behind it.
+char *put(char *out, BinaryPlistWriter::Ref ref) {
+    qToBigEndian(ref, out);
+    return out + kRefSize;
+}
+
 int bytesFor(std::uint64_t value) { return value <= 0xFF ? 1 : value <= 0xFFFF ? 2 : value <= 0xFFFF'FFFF ? 4 : 8; }
 
 } // namespace
@@ -51,10 +57,16 @@ BinaryPlistWriter::Ref BinaryPlistWriter::begin() {
     return static_cast<Ref>(mOffsets.size() - 1);
 }
 
+char *BinaryPlistWriter::more(std::size_t bytes) {
+    const qsizetype at = mBytes.size();
+    mBytes.resize(at + static_cast<qsizetype>(bytes));
+    return mBytes.data() + at;
+}
+
 void BinaryPlistWriter::bigEndian(std::uint64_t value, int bytes) {
     char buffer[8];
     qToBigEndian(value, buffer);
-    mBytes.append(buffer + (8 - bytes), bytes);
+    std::copy_n(buffer + (8 - bytes), bytes, more(static_cast<std::size_t>(bytes)));
 }
 
 void BinaryPlistWriter::marker(std::uint8_t kind, std::uint64_t count) {
@@ -83,11 +95,19 @@ BinaryPlistWriter::Ref BinaryPlistWriter::text(const QString &text) {
 }
 
 BinaryPlistWriter::Ref BinaryPlistWriter::key(const QString &text) {
-    if (const auto known = mKeys.constFind(text); known != mKeys.constEnd())
-        return *known;
-    const Ref ref = this->text(text);
-    mKeys.insert(text, ref);
-    return ref;
+    // Objects of a list have the same keys in the same order, so the one that followed last time is tried first.
+    std::size_t found = mKeys.empty() ? 0 : mKeys[mLastKey].next;
+    if (mKeys.empty() || mKeys[found].text != text) {
+        const auto known = mKeyPlaces.constFind(text);
+        found = known != mKeyPlaces.constEnd() ? *known : mKeys.size();
+        if (found == mKeys.size()) {
+            mKeys.push_back({text, this->text(text), 0});
+            mKeyPlaces.insert(text, found);
+        }
+        mKeys[mLastKey].next = found;
+    }
+    mLastKey = found;
+    return mKeys[found].ref;
 }
 
 BinaryPlistWriter::Ref BinaryPlistWriter::integer(qint64 value) {
@@ -146,23 +166,27 @@ BinaryPlistWriter::Ref BinaryPlistWriter::uid(std::uint32_t number) {
 BinaryPlistWriter::Ref BinaryPlistWriter::array(std::span<const Ref> items) {
     const Ref ref = begin();
     marker(0xA0, items.size());
+    char *out = more(items.size() * kRefSize);
     for (const Ref item : items)
-        bigEndian(item, kRefSize);
+        out = put(out, item);
     return ref;
 }
 
 BinaryPlistWriter::Ref BinaryPlistWriter::dictionary(std::span<const std::pair<Ref, Ref>> entries) {
     const Ref ref = begin();
     marker(0xD0, entries.size());
+    char *out = more(entries.size() * 2 * kRefSize);
     for (const auto &entry : entries)
-        bigEndian(entry.first, kRefSize);
+        out = put(out, entry.first);
     for (const auto &entry : entries)
-        bigEndian(entry.second, kRefSize);
+        out = put(out, entry.second);
     return ref;
 }
 
 BinaryPlistWriter::Ref BinaryPlistWriter::value(const QVariant &value) {
     switch (value.typeId()) {
+    case QMetaType::QString:
+        return text(*static_cast<const QString *>(value.constData()));
     case QMetaType::Bool:
         return boolean(value.toBool());
     case QMetaType::Int:

@@ -51,11 +51,19 @@ public:
 private:
     Ref begin();
     void marker(std::uint8_t kind, std::uint64_t count);
+    char *more(std::size_t bytes); // room at the end
     void bigEndian(std::uint64_t value, int bytes);
 
     QByteArray mBytes;
     std::vector<std::uint64_t> mOffsets;
-    QHash<QString, Ref> mKeys;
+    struct Key {
+        QString text;
+        Ref ref;
+        std::size_t next; // the key that was named after it
+    };
+    std::vector<Key> mKeys;
+    QHash<QString, std::size_t> mKeyPlaces;
+    std::size_t mLastKey = 0;
 };
 
 // Reads the objects of a binary list one by one. Whatever the bytes are, it stays within them, and a list whose objects
