@@ -4,11 +4,12 @@
 usage: bench/unplug.py CANTOREL_CLI [SECONDS] [SEED]
 
 Each round records both sources on a server of its own for a while and prints how far the length of the file is from the
-time recorded (against a first round that nothing disturbs, since start and end are told late), how long after each return the tone was heard again, and what was counted as filled or dropped.
+time recorded (against the median of the first rounds, which nothing disturbs, since start and end are told late), how long after each return the tone was heard again, and what was counted as filled or dropped.
 """
-import array, json, math, os, random, signal, subprocess, sys, tempfile, threading, time, wave
+import array, json, math, os, random, signal, statistics, subprocess, sys, tempfile, threading, time, wave
 
-RATE, ROUND, USUAL = 48000, 20, 10
+RATE, ROUND = 48000, 20
+CALM, CALM_ROUND = 5, 3  # rounds that nothing disturbs, and their seconds
 CLI = os.path.abspath(sys.argv[1])
 SECONDS = float(sys.argv[2]) if len(sys.argv) > 2 else 60
 SEED = int(sys.argv[3]) if len(sys.argv) > 3 else random.SystemRandom().randrange(1 << 30)
@@ -147,7 +148,7 @@ def main():
     print(f"seed {SEED}, {SECONDS:g} s")
     world = World()
     world.start()
-    worst, usual, returns, latest, unheard, rounds = 0.0, 0.0, 0, 0.0, 0, 0
+    worst, usual, returns, latest, unheard, rounds = 0.0, [], 0, 0.0, 0, 0
     begin = time.monotonic()
     while time.monotonic() - begin < SECONDS:
         player = play()
@@ -166,9 +167,9 @@ def main():
         reader.start()
         until(lambda: started)
         ear = Ear()
-        time.sleep(1 if rounds else USUAL)
+        time.sleep(1 if rounds >= CALM else CALM_ROUND)
         faults = []
-        while rounds > 0 and time.monotonic() - started[0] < ROUND:
+        while rounds >= CALM and time.monotonic() - started[0] < ROUND:
             fault = RANDOM.choice(["output", "microphone", "server", "session manager and server"])
             away = RANDOM.uniform(0.3, 3)
             if fault == "output":
@@ -210,9 +211,10 @@ def main():
         rounds += 1
         finished = next((event for event in events if event["event"] == "finished"), {})
         length, wall = finished.get("seconds", 0), stopped - started[0]
-        if rounds == 1:
-            usual = length - wall
-        worst = max(worst, abs(length - wall - usual))
+        if rounds <= CALM:
+            usual.append(length - wall)
+        else:
+            worst = max(worst, abs(length - wall - statistics.median(usual)))
         print(f"round {rounds}: {length:.3f} s recorded of {wall:.3f}, dropped {finished.get('droppedFrames')}, "
               f"told lost {sum(e['event'] == 'deviceLost' for e in events)}, "
               f"back {sum(e['event'] == 'deviceBack' for e in events)}; "
