@@ -440,8 +440,10 @@ void MainWindow::showIcons() {
 }
 
 void MainWindow::changeEvent(QEvent *event) {
-    if (event->type() == QEvent::PaletteChange)
+    if (event->type() == QEvent::PaletteChange) {
         showIcons();
+        showRecordingEverywhere();
+    }
     if (event->type() == QEvent::LanguageChange)
         showTexts();
     QMainWindow::changeEvent(event);

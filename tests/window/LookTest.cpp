@@ -1,8 +1,15 @@
 #include "ui/look/Look.h"
 
 #include "tests/window/WindowFixture.h"
+#include "ui/RecordButton.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QTabWidget>
+#include <QTableView>
 
 #include <cmath>
+#include <map>
 
 namespace cantorel {
 namespace {
@@ -44,7 +51,83 @@ const Pair kPairs[] = {
     {"focus", &Tokens::focus, {&Tokens::ground, &Tokens::surface}, 3},
 };
 
+// What a part of a picture shows: its ground, which most of its pixels have, and the contrast of what stands out most.
+double contrastIn(const QImage &picture, const QRect &part) {
+    std::map<QRgb, int> counts;
+    for (int y = part.top(); y <= part.bottom(); ++y)
+        for (int x = part.left(); x <= part.right(); ++x)
+            ++counts[picture.pixel(x, y)];
+    if (counts.empty())
+        return 21;
+    const QColor ground(std::max_element(counts.begin(), counts.end(), [](const auto &a, const auto &b) {
+                            return a.second < b.second;
+                        })->first);
+    double most = 1;
+    for (const auto &[colour, count] : counts)
+        most = std::max(most, contrast(QColor(colour), ground));
+    return most;
+}
+
+// The texts and icons that can hardly be told from what they are painted on, and how they stand out.
+QStringList faintParts(QWidget &window) {
+    const QPixmap shot = window.grab();
+    const QImage picture = shot.toImage();
+    QStringList found;
+    const auto look = [&](const QWidget &widget, const QString &text, bool isPicture) {
+        if (!widget.isVisibleTo(&window) || (text.trimmed().isEmpty() && !isPicture)
+            || widget.visibleRegion().isEmpty())
+            return;
+        const QRect seen = widget.visibleRegion().boundingRect().translated(widget.mapTo(&window, QPoint()));
+        const QRect part(seen.topLeft() * shot.devicePixelRatio(), seen.size() * shot.devicePixelRatio());
+        const double least = isPicture || widget.fontMetrics().height() >= 32 ? 3 : 4.5;
+        if (const double ratio = contrastIn(picture, part & picture.rect()); ratio < least)
+            found << QStringLiteral("%1 \"%2\": %3").arg(widget.objectName(), text).arg(ratio, 0, 'f', 1);
+    };
+    for (const auto *label : window.findChildren<QLabel *>())
+        look(*label, label->text(), !label->pixmap(Qt::ReturnByValue).isNull());
+    for (const auto *button : window.findChildren<QAbstractButton *>())
+        look(*button, button->text(), button->text().isEmpty() || dynamic_cast<const ui::RecordButton *>(button));
+    return found;
+}
+
+struct LookFirst {
+    Look look{nullptr};
+};
+
+class LookPixels : public LookFirst, public test::WindowFixture {
+public:
+    void expectReadable(QWidget &shown, const char *page) {
+        for (const bool isDark : {false, true}) {
+            look.follow({isDark ? Scheme::Dark : Scheme::Light, false, true});
+            QTest::qWait(50);
+            EXPECT_EQ(faintParts(shown).join("; ").toStdString(), "") << page << (isDark ? ", dark" : ", light");
+            if (const QIcon dot = find<QTabWidget>("tabs")->tabIcon(0); !dot.isNull()) {
+                const QImage drawn = dot.pixmap(8, 8).toImage();
+                EXPECT_EQ(drawn.pixelColor(drawn.rect().center()), Look::tokens().red) << page;
+            }
+            photograph(shown, QStringLiteral("contrast-%1-%2").arg(page).arg(isDark));
+        }
+    }
+};
+
 } // namespace
+
+// Measured on what is painted, so that what no list of pairs knows is found too.
+TEST_F(LookPixels, EveryTextAndIconStandsOutFromWhatItIsPaintedOn) {
+    window.resize(900, 640);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    expectReadable(window, "idle");
+    recordByButton();
+    expectReadable(window, "recording");
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    expectReadable(window, "result");
+    panel.setSentence(QStringLiteral("The disk is full."));
+    expectReadable(window, "trouble");
+    find<QTabWidget>("tabs")->setCurrentIndex(1);
+    expectReadable(window, "library");
+}
 
 TEST(Look, EveryColourStandsOutFromItsGround) {
     for (const Tokens *tokens : {&Tokens::light(), &Tokens::dark()})
