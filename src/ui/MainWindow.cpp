@@ -23,6 +23,8 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
+#include <QScreen>
+#include <QStyle>
 #include <QTabWidget>
 #include <QToolButton>
 
@@ -62,8 +64,10 @@ MainWindow::MainWindow(const Parts &parts)
       mNotices({[this] { bringToFront(); }, [this] { mParts.recorder.stopByHand(); },
                 [this](const QString &title, const QString &text) { statusItem().notify(title, text); }},
                parts.desktop.notifications.get(), parts.desktop.files.get()) {
-    setMinimumSize(kSmallest);
-    resize(kFirst);
+    // On a small screen with large text, too, the record button is above the screen's edge.
+    const QSize room = screen()->availableSize() - QSize(0, style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    setMinimumSize(kSmallest.boundedTo(room));
+    resize(kFirst.boundedTo(room));
     restoreGeometry(ZQUserDefaultGetDataValue(kGeometry, {})); // ignores invalid data
     mTabs->setDocumentMode(true);
     mTabs->setIconSize(QSize(kDot, kDot));

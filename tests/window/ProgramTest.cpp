@@ -10,6 +10,7 @@
 #include "tests/support/PrivateWorld.h"
 #include "tests/window/Screen.h"
 
+#include <QDataStream>
 #include <QDir>
 #include <QLineEdit>
 #include <QProcess>
@@ -72,6 +73,27 @@ TEST_F(ProgramTest, HotKeysRecordWhileAnotherWindowHasTheKeyboard) {
     EXPECT_EQ(other.text(), "a") << "a hot key is typed nowhere";
     program.terminate();
     EXPECT_TRUE(program.waitForFinished());
+}
+
+TEST_F(ProgramTest, TheWindowOpensWithinASmallLaptopsScreenHoweverLargeItsPixels) {
+    const PrivateDisplay laptop("1366x768x24");
+    ASSERT_TRUE(laptop.ready());
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("DISPLAY", laptop.name());
+    for (const double scale : {1.0, 1.5, 2.0}) {
+        environment.insert("QT_SCALE_FACTOR", QString::number(scale));
+        program.setProcessEnvironment(environment);
+        QFile::remove(LogFilePath(kApplicationLogName));
+        EXPECT_EQ(endBySignal({"--backend=embedded"}, "RegisterHotkey -> "), 0);
+        // What is kept of the window begins with a number, two versions and its place with the frame.
+        QDataStream kept(ZQUserDefaultGetDataValue("mainWindowGeometry", {}));
+        kept.skipRawData(8);
+        QRect place;
+        kept >> place;
+        EXPECT_TRUE(place.isValid() && place.width() <= 1366 / scale && place.height() <= 768 / scale)
+            << place.width() << "x" << place.height() << " at " << scale;
+        EXPECT_TRUE(ZQUserDefaultSetValue_Object(QByteArray(), "mainWindowGeometry"));
+    }
 }
 
 // Programs of one session, which find each other.
