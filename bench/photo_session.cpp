@@ -2,8 +2,8 @@
 // takes them.
 
 #include "tests/window/WindowFixture.h"
-#include "ui/SettingsWindow.h"
-#include "ui/TasksWindow.h"
+#include "ui/SettingsPage.h"
+#include "ui/TasksPage.h"
 #include "ui/look/Look.h"
 
 #include <QDir>

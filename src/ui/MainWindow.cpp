@@ -9,9 +9,9 @@
 #include "ui/LibraryTab.h"
 #include "ui/Pill.h"
 #include "ui/RecordingTab.h"
-#include "ui/SettingsWindow.h"
+#include "ui/SettingsPage.h"
 #include "ui/StatusItem.h"
-#include "ui/TasksWindow.h"
+#include "ui/TasksPage.h"
 #include "ui/UpdateWindow.h"
 #include "ui/look/Look.h"
 #include "util/tools/Tools.h"
@@ -238,22 +238,22 @@ void MainWindow::showRecordingEverywhere() {
     mPill->setPauseEnabled(panel.controls().pauseEnabled);
 }
 
-SettingsWindow &MainWindow::settings() {
+SettingsPage &MainWindow::settings() {
     if (mSettings)
         return *mSettings;
-    mSettings = new SettingsWindow(this);
-    connect(mSettings, &SettingsWindow::languageChanged, this, [] {
+    mSettings = new SettingsPage(this);
+    connect(mSettings, &SettingsPage::languageChanged, this, [] {
         foundation::NotificationCenter::defaultCenter().post(kNotificationChangeLanguage, AppSettings::appLanguage());
     });
-    connect(mSettings, &SettingsWindow::recordingChanged, this, [this] { mRecordingTab->showSettings(); });
-    connect(mSettings, &SettingsWindow::hotkeysChanged, this, &MainWindow::hotkeysChanged);
+    connect(mSettings, &SettingsPage::recordingChanged, this, [this] { mRecordingTab->showSettings(); });
+    connect(mSettings, &SettingsPage::hotkeysChanged, this, &MainWindow::hotkeysChanged);
     mSettings->setTriggers(mTriggers);
     return *mSettings;
 }
 
-TasksWindow &MainWindow::tasks() {
+TasksPage &MainWindow::tasks() {
     if (!mTasks)
-        mTasks = new TasksWindow(mParts.tasks, this);
+        mTasks = new TasksPage(mParts.tasks, this);
     return *mTasks;
 }
 

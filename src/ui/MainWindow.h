@@ -24,9 +24,9 @@ class AlertAsker;
 class LibraryTab;
 class Pill;
 class RecordingTab;
-class SettingsWindow;
+class SettingsPage;
 class StatusItem;
-class TasksWindow;
+class TasksPage;
 
 // The window: the recording and the library tab, and the ways to everything else. Owned by the application.
 class MainWindow : public QMainWindow, public RecordedListView {
@@ -70,8 +70,8 @@ public:
     AlertAsker &alerts() { return *mAlerts; }
     // Made when first needed; the library after the window was painted.
     LibraryTab &library();
-    SettingsWindow &settings();
-    TasksWindow &tasks();
+    SettingsPage &settings();
+    TasksPage &tasks();
 
 Q_SIGNALS:
     // The person wants to quit, and nothing is recorded or converted any more.
@@ -124,8 +124,8 @@ private:
     RecordingTab *mRecordingTab;
     QWidget *mLibraryPage;
     LibraryTab *mLibraryTab = nullptr;
-    SettingsWindow *mSettings = nullptr;
-    TasksWindow *mTasks = nullptr;
+    SettingsPage *mSettings = nullptr;
+    TasksPage *mTasks = nullptr;
     std::array<QString, 3> mTriggers;
     std::unique_ptr<StatusItem> mStatusItem;
     RecordingNotices mNotices;

@@ -1,7 +1,7 @@
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
-#include "ui/SettingsWindow.h"
-#include "ui/TasksWindow.h"
+#include "ui/SettingsPage.h"
+#include "ui/TasksPage.h"
 
 #include <QAbstractButton>
 #include <QAccessible>

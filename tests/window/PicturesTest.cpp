@@ -2,8 +2,8 @@
 // looked at is photographed as well.
 
 #include "tests/window/WindowFixture.h"
-#include "ui/SettingsWindow.h"
-#include "ui/TasksWindow.h"
+#include "ui/SettingsPage.h"
+#include "ui/TasksPage.h"
 
 #include <QAbstractButton>
 #include <QAction>

@@ -25,10 +25,10 @@ namespace cantorel::ui {
 
 // The scheduled tasks, and the editor for a new one, which tells the next start while one edits. Owned by the main
 // window.
-class TasksWindow : public QDialog {
+class TasksPage : public QDialog {
 public:
     // The list outlives the window.
-    explicit TasksWindow(TaskList &tasks, QWidget *parent = nullptr);
+    explicit TasksPage(TaskList &tasks, QWidget *parent = nullptr);
 
     void changeLanguageText();
     void showTasks();

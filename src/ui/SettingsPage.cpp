@@ -1,4 +1,4 @@
-#include "ui/SettingsWindow.h"
+#include "ui/SettingsPage.h"
 
 #include "lang/Lang.h"
 #include "recording/hotkeys/HotKey.h"
@@ -58,7 +58,7 @@ template <class Box, class Number> void showNumber(Box &box, Number value) {
 
 } // namespace
 
-SettingsWindow::SettingsWindow(QWidget *parent)
+SettingsPage::SettingsPage(QWidget *parent)
     : QDialog(parent),
       mPages(new QTabWidget(this)),
       mLanguageLabel(new QLabel(this)),
@@ -88,7 +88,7 @@ SettingsWindow::SettingsWindow(QWidget *parent)
     showSettings();
 }
 
-QWidget *SettingsWindow::makeGeneral() {
+QWidget *SettingsPage::makeGeneral() {
     auto *page = new QWidget(this);
     auto *form = new QFormLayout(page);
     mLanguage->addItems(Lang::getAllLanguages());
@@ -99,7 +99,7 @@ QWidget *SettingsWindow::makeGeneral() {
     return page;
 }
 
-SettingsWindow::NumberedChoice &SettingsWindow::addNumbered(QWidget *page, const char *name, int least, int most) {
+SettingsPage::NumberedChoice &SettingsPage::addNumbered(QWidget *page, const char *name, int least, int most) {
     auto *row = new QHBoxLayout;
     NumberedChoice made{new QCheckBox(page), new QDoubleSpinBox(page), new QLabel(page), {}, {}, {}, {}, {}};
     made.choice->setObjectName(QString::fromLatin1(name));
@@ -111,7 +111,7 @@ SettingsWindow::NumberedChoice &SettingsWindow::addNumbered(QWidget *page, const
     return mNumbered.emplace_back(made);
 }
 
-QWidget *SettingsWindow::makeRecording() {
+QWidget *SettingsPage::makeRecording() {
     auto *page = new QWidget(this);
     auto *column = new QVBoxLayout(page);
     auto *form = new QFormLayout;
@@ -181,7 +181,7 @@ QWidget *SettingsWindow::makeRecording() {
     return page;
 }
 
-QWidget *SettingsWindow::makeHotkeys() {
+QWidget *SettingsPage::makeHotkeys() {
     auto *page = new QWidget(this);
     auto *form = new QFormLayout(page);
     mEnableHotkeys->setObjectName(QStringLiteral("enableHotkeys"));
@@ -205,7 +205,7 @@ QWidget *SettingsWindow::makeHotkeys() {
     return page;
 }
 
-void SettingsWindow::changeEvent(QEvent *event) {
+void SettingsPage::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange)
         showIcons();
     if (event->type() == QEvent::LanguageChange)
@@ -213,9 +213,9 @@ void SettingsWindow::changeEvent(QEvent *event) {
     QDialog::changeEvent(event);
 }
 
-void SettingsWindow::showIcons() { mFolder->setIcon(icon(QStringLiteral("folder"), palette())); }
+void SettingsPage::showIcons() { mFolder->setIcon(icon(QStringLiteral("folder"), palette())); }
 
-void SettingsWindow::chooseLanguage(const QString &displayName) {
+void SettingsPage::chooseLanguage(const QString &displayName) {
     const QString name = Lang::getLanguageFileName(displayName);
     if (name.isEmpty() || name == AppSettings::appLanguage())
         return;
@@ -224,7 +224,7 @@ void SettingsWindow::chooseLanguage(const QString &displayName) {
     Q_EMIT languageChanged();
 }
 
-void SettingsWindow::chooseFolder() {
+void SettingsPage::chooseFolder() {
     const QString chosen = QFileDialog::getExistingDirectory(this, Lang::commSelectFolder(), AppSettings::outputPath());
     if (chosen.isEmpty())
         return;
@@ -233,7 +233,7 @@ void SettingsWindow::chooseFolder() {
     Q_EMIT recordingChanged();
 }
 
-void SettingsWindow::chooseHotkey(std::size_t index, const QString &text) {
+void SettingsPage::chooseHotkey(std::size_t index, const QString &text) {
     for (std::size_t i = 0; i < kHotkeys.size(); ++i)
         if (i != index && kHotkeys[i].get() == text) {
             mHotkeyNote->setText(Lang::settingsGeneralHotkeyErrorDuplicate());
@@ -248,21 +248,21 @@ void SettingsWindow::chooseHotkey(std::size_t index, const QString &text) {
     Q_EMIT hotkeysChanged();
 }
 
-void SettingsWindow::setTriggers(const std::array<QString, 3> &triggers) {
+void SettingsPage::setTriggers(const std::array<QString, 3> &triggers) {
     for (std::size_t i = 0; i < triggers.size(); ++i)
         mHotkeys[i]->setToolTip(triggers[i].isEmpty()
                                     ? QString()
                                     : Lang::windowHotkeyByDesktop().replace(QLatin1String("[#Keys#]"), triggers[i]));
 }
 
-void SettingsWindow::openRecordingPage() {
+void SettingsPage::openRecordingPage() {
     mPages->setCurrentIndex(Recording);
     show();
     raise();
     activateWindow();
 }
 
-void SettingsWindow::showSettings() {
+void SettingsPage::showSettings() {
     const QString language = AppSettings::appLanguage();
     for (const LanguageInfo &info : Lang::languages())
         if (info.name == language)
@@ -291,7 +291,7 @@ void SettingsWindow::showSettings() {
     }
 }
 
-void SettingsWindow::showTexts() {
+void SettingsPage::showTexts() {
     setWindowTitle(Lang::menuSettings());
     mPages->setTabText(General, Lang::settingsGeneralTitle());
     mPages->setTabText(Recording, Lang::settingsRecordTitle());

@@ -1,9 +1,9 @@
-#include "ui/SettingsWindow.h"
+#include "ui/SettingsPage.h"
 
 #include "tests/window/WindowFixture.h"
 #include "ui/HotkeyField.h"
 #include "ui/LibraryTab.h"
-#include "ui/TasksWindow.h"
+#include "ui/TasksPage.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,4 +1,4 @@
-#include "ui/TasksWindow.h"
+#include "ui/TasksPage.h"
 
 #include "lang/Lang.h"
 #include "recording/schedule/ScheduleCheck.h"
@@ -59,7 +59,7 @@ QSpinBox *spin(QWidget *parent, int least, int most, const char *name) {
 
 } // namespace
 
-TasksWindow::TasksWindow(TaskList &tasks, QWidget *parent)
+TasksPage::TasksPage(TaskList &tasks, QWidget *parent)
     : QDialog(parent),
       mList(tasks),
       mTasks(new QListWidget(this)),
@@ -102,7 +102,7 @@ TasksWindow::TasksWindow(TaskList &tasks, QWidget *parent)
     connect(&mList, &TaskList::changed, this, [this] { showTasks(); });
 }
 
-QWidget *TasksWindow::makeList() {
+QWidget *TasksPage::makeList() {
     auto *box = new QWidget(this);
     auto *column = new QVBoxLayout(box);
     column->setContentsMargins({});
@@ -119,7 +119,7 @@ QWidget *TasksWindow::makeList() {
     return box;
 }
 
-QWidget *TasksWindow::makeEditor() {
+QWidget *TasksPage::makeEditor() {
     auto *box = new QWidget(this);
     auto *form = new QFormLayout(box);
     form->setContentsMargins({});
@@ -178,7 +178,7 @@ QWidget *TasksWindow::makeEditor() {
     return box;
 }
 
-void TasksWindow::beginAnew() {
+void TasksPage::beginAnew() {
     mName->clear();
     const QDateTime now = QDateTime::currentDateTime();
     mStart->setDateTime(now.addSecs(3600 - now.time().minute() * 60 - now.time().second())); // the next full hour
@@ -192,7 +192,7 @@ void TasksWindow::beginAnew() {
     showEdited();
 }
 
-ScheduleTaskInfo TasksWindow::edited() const {
+ScheduleTaskInfo TasksPage::edited() const {
     const QDateTime from = mStart->dateTime();
     const int seconds = mHours->value() * 3600 + mMinutes->value() * 60 + mSeconds->value();
     ScheduleTaskInfo task(mName->text().trimmed(), from, from.addSecs(seconds), mSource->currentIndex(),
@@ -207,7 +207,7 @@ ScheduleTaskInfo TasksWindow::edited() const {
     return task;
 }
 
-void TasksWindow::showEdited() {
+void TasksPage::showEdited() {
     const QDateTime start = nextStart(edited());
     mNextStart->setText(start.isValid() ? Lang::windowNextStart().replace(QLatin1String("[#Time#]"), shownTime(start))
                                         : Lang::windowNoNextStart());
@@ -219,7 +219,7 @@ void TasksWindow::showEdited() {
     mTimes->setEnabled(mRepeat->isChecked() && !mManual->isChecked());
 }
 
-void TasksWindow::add() {
+void TasksPage::add() {
     const ScheduleTaskInfo task = edited();
     QString trouble;
     if (task._taskName.isEmpty())
@@ -239,7 +239,7 @@ void TasksWindow::add() {
     mTrouble->setVisible(!trouble.isEmpty());
 }
 
-void TasksWindow::remove() {
+void TasksPage::remove() {
     const auto row = static_cast<std::size_t>(mTasks->currentRow());
     if (row >= mShown.size())
         return;
@@ -248,7 +248,7 @@ void TasksWindow::remove() {
     mTrouble->setVisible(!removed);
 }
 
-void TasksWindow::showTasks() {
+void TasksPage::showTasks() {
     const auto row = static_cast<std::size_t>(mTasks->currentRow());
     const auto chosen = row < mShown.size() ? mShown[row] : nullptr;
     mTasks->clear();
@@ -261,7 +261,7 @@ void TasksWindow::showTasks() {
     mEmpty->setText(mTasks->count() == 0 ? Lang::toolsScheduleTaskNoScheduleTask() : QString());
 }
 
-void TasksWindow::showTexts() {
+void TasksPage::showTexts() {
     setWindowTitle(Lang::toolsScheduleTaskTitle());
     mTasks->setAccessibleName(Lang::toolsScheduleTaskTaskList());
     mNameLabel->setText(Lang::toolsScheduleTaskTaskName());
@@ -288,7 +288,7 @@ void TasksWindow::showTexts() {
 }
 
 // The week begins as the language in force has it. A locale counts the days from 1, Monday; a task from 0, Sunday.
-void TasksWindow::showDays() {
+void TasksPage::showDays() {
     const QLocale locale = Lang::locale();
     const QStringList names = ScheduleTaskInfo::getAllWeeks();
     QWidget *previous = mDaily;
@@ -304,7 +304,7 @@ void TasksWindow::showDays() {
     }
 }
 
-void TasksWindow::changeEvent(QEvent *event) {
+void TasksPage::changeEvent(QEvent *event) {
     if (event->type() == QEvent::LanguageChange)
         showTexts();
     QDialog::changeEvent(event);

@@ -20,11 +20,11 @@ namespace cantorel::ui {
 class HotkeyField;
 
 // The options, in force as soon as they are changed. Owned by the main window.
-class SettingsWindow : public QDialog {
+class SettingsPage : public QDialog {
     Q_OBJECT
 
 public:
-    explicit SettingsWindow(QWidget *parent = nullptr);
+    explicit SettingsPage(QWidget *parent = nullptr);
 
     // Shows what is stored.
     void showSettings();

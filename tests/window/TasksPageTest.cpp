@@ -1,4 +1,4 @@
-#include "ui/TasksWindow.h"
+#include "ui/TasksPage.h"
 
 #include "tests/window/WindowFixture.h"
 
