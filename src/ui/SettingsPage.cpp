@@ -9,13 +9,11 @@
 #include <QBoxLayout>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QDir>
 #include <QEvent>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QLabel>
-#include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalBlocker>
 #include <QSpinBox>
@@ -59,7 +57,7 @@ template <class Box, class Number> void showNumber(Box &box, Number value) {
 } // namespace
 
 SettingsPage::SettingsPage(QWidget *parent)
-    : QDialog(parent),
+    : Page(parent),
       mPages(new QTabWidget(this)),
       mLanguageLabel(new QLabel(this)),
       mFormatLabel(new QLabel(this)),
@@ -77,12 +75,7 @@ SettingsPage::SettingsPage(QWidget *parent)
     mPages->addTab(makeGeneral(), QString());
     mPages->addTab(makeRecording(), QString());
     mPages->addTab(makeHotkeys(), QString());
-    auto *buttons = new QDialogButtonBox(this);
-    mClose = buttons->addButton(QString(), QDialogButtonBox::RejectRole);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
-    auto *column = new QVBoxLayout(this);
-    column->addWidget(mPages);
-    column->addWidget(buttons);
+    setContent(*mPages);
     showIcons();
     showTexts();
     showSettings();
@@ -210,7 +203,7 @@ void SettingsPage::changeEvent(QEvent *event) {
         showIcons();
     if (event->type() == QEvent::LanguageChange)
         showTexts();
-    QDialog::changeEvent(event);
+    Page::changeEvent(event);
 }
 
 void SettingsPage::showIcons() { mFolder->setIcon(icon(QStringLiteral("folder"), palette())); }
@@ -255,12 +248,7 @@ void SettingsPage::setTriggers(const std::array<QString, 3> &triggers) {
                                     : Lang::windowHotkeyByDesktop().replace(QLatin1String("[#Keys#]"), triggers[i]));
 }
 
-void SettingsPage::openRecordingPage() {
-    mPages->setCurrentIndex(Recording);
-    show();
-    raise();
-    activateWindow();
-}
+void SettingsPage::openRecordingPage() { mPages->setCurrentIndex(Recording); }
 
 void SettingsPage::showSettings() {
     const QString language = AppSettings::appLanguage();
@@ -292,7 +280,7 @@ void SettingsPage::showSettings() {
 }
 
 void SettingsPage::showTexts() {
-    setWindowTitle(Lang::menuSettings());
+    setTitle(Lang::btnSettings());
     mPages->setTabText(General, Lang::settingsGeneralTitle());
     mPages->setTabText(Recording, Lang::settingsRecordTitle());
     mPages->setTabText(Hotkeys, Lang::settingsGeneralHotkey());
@@ -316,7 +304,6 @@ void SettingsPage::showTexts() {
         mHotkeyLabels[i]->setText(kHotkeys[i].label());
         mHotkeys[i]->setPlaceholderText(Lang::windowPressKeys());
     }
-    mClose->setText(Lang::btnClose());
 }
 
 } // namespace cantorel::ui

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QDialog>
+#include "ui/Page.h"
 
 #include <array>
 #include <functional>
@@ -12,7 +12,6 @@ class QLabel;
 class QDoubleSpinBox;
 class QSpinBox;
 class QTabWidget;
-class QPushButton;
 class QToolButton;
 
 namespace cantorel::ui {
@@ -20,7 +19,7 @@ namespace cantorel::ui {
 class HotkeyField;
 
 // The options, in force as soon as they are changed. Owned by the main window.
-class SettingsPage : public QDialog {
+class SettingsPage : public Page {
     Q_OBJECT
 
 public:
@@ -65,7 +64,6 @@ private:
     QTabWidget *mPages;
     QLabel *mLanguageLabel, *mFormatLabel, *mFolderLabel, *mNumberLabel, *mHotkeyNote;
     QComboBox *mLanguage, *mFormat;
-    QPushButton *mClose;
     QToolButton *mFolder;
     QCheckBox *mAutoName, *mSkipSilence, *mEnableHotkeys;
     QSpinBox *mNumber;

@@ -10,7 +10,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
-#include <QDialogButtonBox>
 #include <QEvent>
 #include <QFormLayout>
 #include <QJsonObject>
@@ -29,7 +28,6 @@ namespace {
 
 constexpr int kFirstLength = 60; // minutes of a new task
 constexpr int kLeastTasks = 2;   // that the list shows
-constexpr int kRoomyList = 120;  // points, where the text leaves them
 
 QString shownTime(const QDateTime &moment) {
     return Lang::locale().toString(moment.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm:ss"));
@@ -60,7 +58,7 @@ QSpinBox *spin(QWidget *parent, int least, int most, const char *name) {
 } // namespace
 
 TasksPage::TasksPage(TaskList &tasks, QWidget *parent)
-    : QDialog(parent),
+    : Page(parent),
       mList(tasks),
       mTasks(new QListWidget(this)),
       mEmpty(new QLabel(this)),
@@ -83,22 +81,18 @@ TasksPage::TasksPage(TaskList &tasks, QWidget *parent)
       mShutdown(new QCheckBox(this)),
       mDayRow(new QHBoxLayout),
       mAdd(new QPushButton(this)),
-      mRemove(new QPushButton(this)),
-      mClose(new QPushButton(this)) {
-    auto *column = new QVBoxLayout(this);
+      mRemove(new QPushButton(this)) {
+    auto *content = new QWidget(this);
+    auto *column = new QVBoxLayout(content);
     column->addWidget(makeList(), 1);
     column->addWidget(makeEditor());
-    auto *buttons = new QDialogButtonBox(this);
-    buttons->addButton(mClose, QDialogButtonBox::RejectRole);
-    column->addWidget(buttons);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
+    setContent(*content);
     showTexts();
     beginAnew();
     showTasks();
     // The list is what yields to large text, so that the window fits on a small screen.
     mTasks->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     mTasks->setMinimumHeight(kLeastTasks * fontMetrics().lineSpacing() + 2 * mTasks->frameWidth());
-    resize(sizeHint() + QSize(0, std::max(0, kRoomyList - mTasks->minimumHeight())));
     connect(&mList, &TaskList::changed, this, [this] { showTasks(); });
 }
 
@@ -262,7 +256,7 @@ void TasksPage::showTasks() {
 }
 
 void TasksPage::showTexts() {
-    setWindowTitle(Lang::toolsScheduleTaskTitle());
+    setTitle(Lang::toolsScheduleTaskTitle());
     mTasks->setAccessibleName(Lang::toolsScheduleTaskTaskList());
     mNameLabel->setText(Lang::toolsScheduleTaskTaskName());
     mSourceLabel->setText(Lang::settingsRecordAudioSource());
@@ -282,7 +276,6 @@ void TasksPage::showTexts() {
     mShutdown->setText(Lang::toolsScheduleTaskShutdown());
     mAdd->setText(Lang::toolsScheduleTaskCreateTak());
     mRemove->setText(Lang::windowRemoveTask());
-    mClose->setText(Lang::btnClose());
     showEdited();
     showTasks();
 }
@@ -307,7 +300,7 @@ void TasksPage::showDays() {
 void TasksPage::changeEvent(QEvent *event) {
     if (event->type() == QEvent::LanguageChange)
         showTexts();
-    QDialog::changeEvent(event);
+    Page::changeEvent(event);
 }
 
 } // namespace cantorel::ui

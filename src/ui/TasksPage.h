@@ -1,8 +1,7 @@
 #pragma once
 
 #include "recording/schedule/ScheduleTaskInfo.h"
-
-#include <QDialog>
+#include "ui/Page.h"
 
 #include <array>
 
@@ -25,12 +24,11 @@ namespace cantorel::ui {
 
 // The scheduled tasks, and the editor for a new one, which tells the next start while one edits. Owned by the main
 // window.
-class TasksPage : public QDialog {
+class TasksPage : public Page {
 public:
     // The list outlives the window.
     explicit TasksPage(TaskList &tasks, QWidget *parent = nullptr);
 
-    void changeLanguageText();
     void showTasks();
 
 private:
@@ -57,7 +55,7 @@ private:
     QCheckBox *mDaily, *mRepeat, *mManual, *mShutdown;
     QHBoxLayout *mDayRow;
     std::array<QCheckBox *, 7> mDays{}; // from Sunday on
-    QPushButton *mAdd, *mRemove, *mClose;
+    QPushButton *mAdd, *mRemove;
 };
 
 } // namespace cantorel::ui

@@ -25,22 +25,20 @@ public:
     }
     // Every window, every page of it, as it stands.
     void eachPage(const std::function<void(QWidget &, const std::string &)> &look) {
-        const auto pagesOf = [&](QWidget &shown, const char *name) {
-            auto *tabs = shown.findChild<QTabWidget *>(name);
+        const auto pagesOf = [&](const char *name) {
+            auto *tabs = find<QTabWidget>(name);
             for (int page = 0; page < tabs->count(); ++page) {
                 tabs->setCurrentIndex(page);
                 QTest::qWait(1);
-                look(shown, name + std::to_string(page));
+                look(window, name + std::to_string(page));
             }
         };
-        pagesOf(window, "tabs");
-        window.openPreferencesWindowAndShowRecordInterface();
-        pagesOf(window.settings(), "pages");
-        window.settings().close();
-        window.tasks().showTasks();
-        window.tasks().show();
-        look(window.tasks(), "tasks");
-        window.tasks().close();
+        pagesOf("tabs");
+        openSettings();
+        pagesOf("pages");
+        openTasks();
+        look(window, "tasks");
+        window.tasks().goBack();
     }
 };
 

@@ -20,9 +20,9 @@ class Settings : public test::WindowFixture {
 public:
     Settings() {
         window.show();
-        window.openPreferencesWindowAndShowRecordInterface();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window.settings()));
-        QApplication::setActiveWindow(&window.settings());
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        QApplication::setActiveWindow(&window);
+        openSettings();
     }
     void page(int index) { find<QTabWidget>("pages")->setCurrentIndex(index); }
     void press(const char *field, Qt::Key key, Qt::KeyboardModifiers modifiers) {
@@ -31,7 +31,7 @@ public:
 };
 
 TEST_F(Settings, WhatIsChangedIsStoredAtOnceAndShownWhenOpenedAgain) {
-    photograph(window.settings(), "settings-recording");
+    photograph(window, "settings-recording");
     click("splitByInterval");
     EXPECT_TRUE(AppSettings::isAutoSplitEverySeconds());
     auto *row = find<QCheckBox>("splitByInterval")->parentWidget();
@@ -70,7 +70,7 @@ TEST_F(Settings, AHotKeyIsPressedIntoItsFieldAndEachIsTakenOnce) {
     int told = 0;
     QObject::connect(&window, &ui::MainWindow::hotkeysChanged, &window, [&] { ++told; });
     page(2);
-    photograph(window.settings(), "settings-hotkeys");
+    photograph(window, "settings-hotkeys");
     press("hotkey0", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
     EXPECT_EQ(AppSettings::hotkeyStartRecording(), "ctrl opt r");
     EXPECT_EQ(told, 1);
@@ -92,9 +92,10 @@ TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
     auto *language = find<QComboBox>("language");
     ASSERT_EQ(language->count(), 19);
     const auto shown = [this] {
-        return QStringList{find<QAbstractButton>("source0")->text(), window.settings().windowTitle(),
-                           window.tasks().windowTitle(), window.library().findChild<QLineEdit *>()->placeholderText(),
-                           find<QTabWidget>("tabs")->tabText(1)};
+        return QStringList{
+            find<QAbstractButton>("source0")->text(), window.settings().findChild<QLabel *>("title")->text(),
+            window.tasks().findChild<QLabel *>("title")->text(),
+            window.library().findChild<QLineEdit *>()->placeholderText(), find<QTabWidget>("tabs")->tabText(1)};
     };
     const QStringList english = shown();
     language->setCurrentText("Deutsch");
@@ -102,7 +103,7 @@ TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
     EXPECT_EQ(AppSettings::appLanguage(), "German");
     for (qsizetype i = 0; i < english.size(); ++i)
         EXPECT_NE(shown()[i], english[i]);
-    photograph(window.settings(), "settings-german");
+    photograph(window, "settings-german");
 }
 
 } // namespace

@@ -17,8 +17,9 @@ class Tasks : public test::WindowFixture {
 public:
     Tasks() {
         recorder.schedule().initScheduleTaskList();
-        window.tasks().show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window.tasks()));
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        openTasks();
     }
     void name(const char *text) { find<QLineEdit>("taskName")->setText(text); }
     void start(const QDateTime &moment) { find<QDateTimeEdit>("taskStart")->setDateTime(moment); }
@@ -82,7 +83,7 @@ TEST_F(Tasks, ATaskIsStoredStartsByItselfAndIsRemoved) {
     ASSERT_EQ(add(), QString());
     auto *tasks = find<QListWidget>("tasks");
     EXPECT_EQ(tasks->count(), 2);
-    photograph(window.tasks(), "tasks-two");
+    photograph(window, "tasks-two");
     ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; })) << "by the clock of the wall";
     EXPECT_TRUE(find<QToolButton>("source1")->isChecked()) << "what is recorded is what is shown";
     tasks->setCurrentRow(0);

@@ -8,8 +8,10 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QMenu>
 #include <QMessageBox>
 #include <QTest>
+#include <QToolButton>
 
 #include <cmath>
 
@@ -49,6 +51,9 @@ public:
         QTest::mouseClick(widget, Qt::LeftButton, {},
                           isBox ? QPoint(8, widget->height() / 2) : widget->rect().center());
     }
+    // Opens a page as the menu does.
+    void openSettings() { window.openPreferencesWindowAndShowRecordInterface(); }
+    void openTasks() { find<QToolButton>("menu")->menu()->actions().constFirst()->trigger(); }
     // Presses a button of the sheet that hangs on the window.
     void answer(const QString &text) {
         auto *sheet = find<QMessageBox>("sheet");
