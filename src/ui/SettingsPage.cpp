@@ -5,29 +5,38 @@
 #include "settings/AppSettings.h"
 #include "ui/HotkeyField.h"
 #include "ui/Icons.h"
+#include "ui/NumberField.h"
+#include "ui/RowCard.h"
+#include "ui/look/Look.h"
+#include "util/tools/Tools.h"
 
 #include <QBoxLayout>
+#include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
+#include <QDoubleSpinBox>
 #include <QEvent>
 #include <QFileDialog>
-#include <QFormLayout>
+#include <QFileInfo>
 #include <QLabel>
-#include <QRegularExpression>
-#include <QSignalBlocker>
-#include <QSpinBox>
-#include <QTabWidget>
+#include <QScrollArea>
+#include <QStackedWidget>
 #include <QToolButton>
 
-#include <algorithm>
 #include <cmath>
 
 namespace cantorel::ui {
 
 namespace {
 
-enum Page { General, Recording, Hotkeys };
+enum Pages { General, Recording, Hotkeys };
+constexpr const char *kIcons[] = {"settings", "record", "keyboard"}; // of the pages
+
+constexpr int kList = 192, kListMargin = 12, kListRow = 40;
+constexpr int kNarrow = 600;      // width from which on the list stands beside the page
+constexpr int kFolderName = 180;  // width
+constexpr int kHotkeyField = 180; // width
 
 struct HotkeySetting {
     QString (*label)();
@@ -47,118 +56,169 @@ void setSilenceSeconds(double seconds) { AppSettings::setAutoSplitSeconds(qRound
 template <int (*Get)()> double secondsOf() { return Get(); }
 template <void (*Set)(int)> void setSecondsOf(double seconds) { Set(qRound(seconds)); }
 
-// Shows what is stored, whatever it is: only what a person changes is stored.
-template <class Box, class Number> void showNumber(Box &box, Number value) {
-    const QSignalBlocker untold(box);
-    box.setRange(std::min(box.minimum(), value), std::max(box.maximum(), value));
-    box.setValue(value);
-}
-
 } // namespace
 
 SettingsPage::SettingsPage(QWidget *parent)
     : Page(parent),
-      mPages(new QTabWidget(this)),
-      mLanguageLabel(new QLabel(this)),
-      mFormatLabel(new QLabel(this)),
-      mFolderLabel(new QLabel(this)),
-      mNumberLabel(new QLabel(this)),
+      mList(new QWidget(this)),
+      mPages(new QStackedWidget(this)),
+      mChosen(new QButtonGroup(this)),
+      mFiles(heading()),
+      mSilence(heading()),
       mHotkeyNote(new QLabel(this)),
       mLanguage(new QComboBox(this)),
       mFormat(new QComboBox(this)),
       mFolder(new QToolButton(this)),
-      mAutoName(new QCheckBox(this)),
-      mSkipSilence(new QCheckBox(this)),
-      mEnableHotkeys(new QCheckBox(this)),
       mNumber(new QSpinBox(this)) {
+    auto *content = new QWidget(this);
+    mBeside = new QHBoxLayout(content);
+    mBeside->setContentsMargins({});
+    mBeside->setSpacing(0);
+    mListLayout = new QVBoxLayout(mList);
+    mListLayout->setSpacing(measure::kGap / 2);
     mPages->setObjectName(QStringLiteral("pages"));
-    mPages->addTab(makeGeneral(), QString());
-    mPages->addTab(makeRecording(), QString());
-    mPages->addTab(makeHotkeys(), QString());
-    setContent(*mPages);
+    makeGeneral();
+    makeRecording();
+    makeHotkeys();
+    mListLayout->addStretch();
+    mBeside->addWidget(mList);
+    mBeside->addWidget(mPages, 1);
+    setContent(*content);
+    connect(mChosen, &QButtonGroup::idToggled, this, [this](int page, bool isOn) {
+        if (isOn)
+            mPages->setCurrentIndex(page);
+        showIcons();
+    });
+    mChosen->button(General)->setChecked(true);
+    fit();
     showIcons();
     showTexts();
     showSettings();
 }
 
-QWidget *SettingsPage::makeGeneral() {
-    auto *page = new QWidget(this);
-    auto *form = new QFormLayout(page);
-    mLanguage->addItems(Lang::getAllLanguages());
-    mLanguage->setObjectName(QStringLiteral("language"));
-    mLanguageLabel->setBuddy(mLanguage);
-    form->addRow(mLanguageLabel, mLanguage);
-    connect(mLanguage, &QComboBox::textActivated, this, [this](const QString &name) { chooseLanguage(name); });
-    return page;
+QLabel *SettingsPage::heading() {
+    auto *label = new QLabel(this);
+    label->setFont(Look::font(*this, text_size::kSecondLine, QFont::Bold));
+    label->setForegroundRole(QPalette::PlaceholderText);
+    label->setWordWrap(true);
+    return label;
 }
 
-SettingsPage::NumberedChoice &SettingsPage::addNumbered(QWidget *page, const char *name, int least, int most) {
-    auto *row = new QHBoxLayout;
-    NumberedChoice made{new QCheckBox(page), new QDoubleSpinBox(page), new QLabel(page), {}, {}, {}, {}, {}};
-    made.choice->setObjectName(QString::fromLatin1(name));
-    made.number->setRange(least, most);
-    row->addWidget(made.choice);
-    row->addWidget(made.number);
-    row->addWidget(made.after, 1);
-    static_cast<QVBoxLayout *>(page->layout())->addLayout(row);
+RowCard *SettingsPage::card() { return mCards.emplace_back(new RowCard(this)); }
+
+QCheckBox *SettingsPage::choice(CardRow &row, const char *objectName) {
+    auto *made = new QCheckBox(&row);
+    made->setObjectName(QString::fromLatin1(objectName));
+    row.setSwitch(*made);
+    return made;
+}
+
+// A page with its parts one below the other, and the button in the list that leads to it.
+void SettingsPage::addPage(std::initializer_list<QWidget *> parts) {
+    auto *button = new QToolButton(mList);
+    button->setCheckable(true);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::StrongFocus);
+    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    button->setMinimumHeight(Look::tall(*this, kListRow));
+    button->setIconSize(QSize(1, 1) * Look::scaled(*this, measure::kIcon));
+    button->setObjectName(QStringLiteral("page%1").arg(mPages->count()));
+    mChosen->addButton(button, mPages->count());
+    mListLayout->addWidget(button);
+    auto *page = new QWidget;
+    auto *column = mColumns.emplace_back(new QVBoxLayout(page));
+    column->setSpacing(measure::kGap);
+    for (QWidget *part : parts) {
+        if (part == mSilence)
+            column->addSpacing(measure::kGap);
+        column->addWidget(part);
+    }
+    column->addStretch();
+    auto *scrolled = new QScrollArea(mPages);
+    scrolled->setFrameShape(QFrame::NoFrame);
+    scrolled->setWidgetResizable(true);
+    scrolled->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scrolled->setFocusPolicy(Qt::NoFocus);
+    scrolled->setWidget(page); // which it owns now
+    mPages->addWidget(scrolled);
+}
+
+void SettingsPage::makeGeneral() {
+    RowCard *general = card();
+    mLanguageRow = &general->addRow();
+    mLanguageRow->setControl(*mLanguage);
+    mLanguage->addItems(Lang::getAllLanguages());
+    mLanguage->setObjectName(QStringLiteral("language"));
+    connect(mLanguage, &QComboBox::textActivated, this, [this](const QString &name) { chooseLanguage(name); });
+    addPage({general});
+}
+
+SettingsPage::NumberedChoice &SettingsPage::addNumbered(RowCard &card, const char *name, int most) {
+    CardRow &row = card.addRow();
+    NumberedChoice made{&row, choice(row, name), new QDoubleSpinBox(&row), {}, {}, {}, {}, {}};
+    made.number->setRange(1, most);
+    made.number->setObjectName(made.choice->objectName() + QStringLiteral("Number"));
+    row.setControl(*made.number);
     return mNumbered.emplace_back(made);
 }
 
-QWidget *SettingsPage::makeRecording() {
-    auto *page = new QWidget(this);
-    auto *column = new QVBoxLayout(page);
-    auto *form = new QFormLayout;
+void SettingsPage::makeRecording() {
+    RowCard *files = card(), *silent = card();
     mFormat->addItems(AppSettings::audioFormats());
     mFormat->setObjectName(QStringLiteral("settingsFormat"));
-    mFormatLabel->setBuddy(mFormat);
+    mFormatRow = &files->addRow();
+    mFormatRow->setControl(*mFormat);
     mFolder->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    mFolder->setFocusPolicy(Qt::StrongFocus);
     mFolder->setObjectName(QStringLiteral("settingsFolder"));
-    mFolderLabel->setBuddy(mFolder);
+    mFolderRow = &files->addRow();
+    mFolderRow->setControl(*mFolder);
     mNumber->setRange(1, 999'999);
-    mNumberLabel->setBuddy(mNumber);
-    form->addRow(mFormatLabel, mFormat);
-    form->addRow(mFolderLabel, mFolder);
-    column->addLayout(form);
-    mAutoName->setObjectName(QStringLiteral("autoName"));
-    mSkipSilence->setObjectName(QStringLiteral("skipSilence"));
-    column->addWidget(mAutoName);
-    auto *number = new QFormLayout;
-    number->addRow(mNumberLabel, mNumber);
-    column->addLayout(number);
-    column->addWidget(mSkipSilence);
+    mNumber->setObjectName(QStringLiteral("autoNameNumber"));
+    mNameRow = &files->addRow();
+    mAutoName = choice(*mNameRow, "autoName");
+    mNameRow->setControl(*mNumber);
+    mSkipRow = &silent->addRow();
+    mSkipSilence = choice(*mSkipRow, "skipSilence");
 
     // Reserved, since references to the elements are taken.
     mNumbered.reserve(3);
-    NumberedChoice &silence = addNumbered(page, "splitBySilence", 1, 3600);
-    silence.text = Lang::settingsRecordSplitBySilence;
+    NumberedChoice &silence = addNumbered(*silent, "splitBySilence", 3600);
+    silence.text = Lang::windowNewFileAfterSilence;
     silence.isOn = AppSettings::isAutoSplitAudioFile;
     silence.setOn = AppSettings::setAutoSplitAudioFile;
     silence.value = silenceSeconds;
     silence.setValue = setSilenceSeconds;
-    NumberedChoice &interval = addNumbered(page, "splitByInterval", 1, 86'400);
-    interval.text = Lang::settingsRecordSplitByInterval;
+    NumberedChoice &interval = addNumbered(*silent, "splitByInterval", 86'400);
+    interval.text = Lang::windowNewFileByLength;
     interval.isOn = AppSettings::isAutoSplitEverySeconds;
     interval.setOn = AppSettings::setIsAutoSplitEverySeconds;
     interval.value = secondsOf<AppSettings::autoSplitEverySeconds>;
     interval.setValue = setSecondsOf<AppSettings::setAutoSplitEverySeconds>;
-    NumberedChoice &filter = addNumbered(page, "saveFilter", 1, 86'400);
-    filter.text = Lang::settingsRecordSaveFilter;
+    NumberedChoice &filter = addNumbered(*silent, "saveFilter", 86'400);
+    filter.text = Lang::windowDiscardShort;
     filter.isOn = AppSettings::isAutoFilterAudioFile;
     filter.setOn = AppSettings::setAutoFilterAudioFile;
     filter.value = secondsOf<AppSettings::autoFilterSeconds>;
     filter.setValue = setSecondsOf<AppSettings::setAutoFilterSeconds>;
-    column->addStretch();
+    addPage({mFiles, files, mSilence, silent});
 
     connect(mFormat, &QComboBox::activated, this, [this](int index) {
         AppSettings::setAudioFormat(index);
+        showSettings(); // The next name ends otherwise.
         Q_EMIT recordingChanged();
     });
     connect(mFolder, &QToolButton::clicked, this, [this] { chooseFolder(); });
     connect(mAutoName, &QCheckBox::clicked, this, [this](bool on) {
         AppSettings::setIsAutoGenFileName(on);
-        mNumber->setEnabled(on);
+        showSettings();
+        Q_EMIT recordingChanged();
     });
-    connect(mNumber, &QSpinBox::valueChanged, this, [](int value) { AppSettings::setrecordNameBaseOn(value); });
+    connect(mNumber, &QSpinBox::valueChanged, this, [this](int value) {
+        AppSettings::setrecordNameBaseOn(value);
+        showNextName();
+        Q_EMIT recordingChanged();
+    });
     connect(mSkipSilence, &QCheckBox::clicked, this, [this](bool on) {
         AppSettings::setAutoSkipSilence(on);
         showSettings(); // Splitting by silence depends on it.
@@ -171,31 +231,58 @@ QWidget *SettingsPage::makeRecording() {
         connect(numbered.number, &QDoubleSpinBox::valueChanged, this,
                 [set = numbered.setValue](double value) { set(value); });
     }
-    return page;
 }
 
-QWidget *SettingsPage::makeHotkeys() {
-    auto *page = new QWidget(this);
-    auto *form = new QFormLayout(page);
-    mEnableHotkeys->setObjectName(QStringLiteral("enableHotkeys"));
-    form->addRow(mEnableHotkeys);
+void SettingsPage::makeHotkeys() {
+    RowCard *keys = card();
+    mHotkeysRow = &keys->addRow();
+    mEnableHotkeys = choice(*mHotkeysRow, "enableHotkeys");
     connect(mEnableHotkeys, &QCheckBox::clicked, this, [this](bool on) {
         AppSettings::setEnableHotkeys(on);
         showSettings();
         Q_EMIT hotkeysChanged();
     });
     for (std::size_t i = 0; i < kHotkeys.size(); ++i) {
-        mHotkeyLabels[i] = new QLabel(page);
-        mHotkeys[i] = new HotkeyField(page);
+        mHotkeyRows[i] = &keys->addRow();
+        mHotkeys[i] = new HotkeyField(mHotkeyRows[i]);
         mHotkeys[i]->setObjectName(QStringLiteral("hotkey%1").arg(i));
-        mHotkeyLabels[i]->setBuddy(mHotkeys[i]);
+        mHotkeys[i]->setFixedWidth(Look::scaled(*this, kHotkeyField));
+        mHotkeyRows[i]->setControl(*mHotkeys[i]);
         connect(mHotkeys[i], &HotkeyField::chosen, this, [this, i](const QString &text) { chooseHotkey(i, text); });
-        form->addRow(mHotkeyLabels[i], mHotkeys[i]);
     }
     mHotkeyNote->setWordWrap(true);
     mHotkeyNote->setObjectName(QStringLiteral("hotkeyNote"));
-    form->addRow(mHotkeyNote);
-    return page;
+    addPage({keys, mHotkeyNote});
+}
+
+void SettingsPage::turn(int step) {
+    mChosen->button(qBound(0, mPages->currentIndex() + step, mPages->count() - 1))->setChecked(true);
+    begin();
+}
+
+void SettingsPage::begin() { mChosen->checkedButton()->setFocus(Qt::OtherFocusReason); }
+
+// Where there is little room the list stands above the page, and the controls below their texts.
+void SettingsPage::fit() {
+    const bool isNarrow = width() < Look::scaled(*this, kNarrow);
+    mBeside->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    mListLayout->setDirection(isNarrow ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    const int beside = isNarrow ? measure::kNarrowMargin : kListMargin;
+    mListLayout->setContentsMargins(beside, isNarrow ? measure::kGap : kListMargin, beside, 0);
+    mList->setMinimumWidth(isNarrow ? 0 : Look::scaled(*this, kList));
+    for (QAbstractButton *button : mChosen->buttons())
+        static_cast<QToolButton *>(button)->setToolButtonStyle(isNarrow ? Qt::ToolButtonTextOnly
+                                                                        : Qt::ToolButtonTextBesideIcon);
+    const int margin = isNarrow ? measure::kNarrowMargin : measure::kMargin;
+    for (QBoxLayout *column : mColumns)
+        column->setContentsMargins(measure::kNarrowMargin, kListMargin, margin, margin);
+    for (RowCard *card : mCards)
+        card->setNarrow(isNarrow);
+}
+
+void SettingsPage::resizeEvent(QResizeEvent *event) {
+    fit();
+    Page::resizeEvent(event);
 }
 
 void SettingsPage::changeEvent(QEvent *event) {
@@ -206,7 +293,21 @@ void SettingsPage::changeEvent(QEvent *event) {
     Page::changeEvent(event);
 }
 
-void SettingsPage::showIcons() { mFolder->setIcon(icon(QStringLiteral("folder"), palette())); }
+void SettingsPage::showIcons() {
+    mFolder->setIcon(icon(QStringLiteral("folder"), palette()));
+    QPalette chosen = palette();
+    chosen.setColor(QPalette::ButtonText, Look::tokens().accent);
+    for (QAbstractButton *button : mChosen->buttons()) {
+        QFont font = this->font();
+        font.setBold(button->isChecked());
+        button->setFont(font);
+        button->setIcon(
+            icon(QString::fromLatin1(kIcons[mChosen->id(button)]), button->isChecked() ? chosen : palette()));
+    }
+    QPalette red = palette();
+    red.setColor(QPalette::WindowText, Look::tokens().red);
+    mHotkeyNote->setPalette(red);
+}
 
 void SettingsPage::chooseLanguage(const QString &displayName) {
     const QString name = Lang::getLanguageFileName(displayName);
@@ -242,13 +343,11 @@ void SettingsPage::chooseHotkey(std::size_t index, const QString &text) {
 }
 
 void SettingsPage::setTriggers(const std::array<QString, 3> &triggers) {
-    for (std::size_t i = 0; i < triggers.size(); ++i)
-        mHotkeys[i]->setToolTip(triggers[i].isEmpty()
-                                    ? QString()
-                                    : Lang::windowHotkeyByDesktop().replace(QLatin1String("[#Keys#]"), triggers[i]));
+    mTriggers = triggers;
+    showTexts();
 }
 
-void SettingsPage::openRecordingPage() { mPages->setCurrentIndex(Recording); }
+void SettingsPage::openRecordingPage() { mChosen->button(Recording)->setChecked(true); }
 
 void SettingsPage::showSettings() {
     const QString language = AppSettings::appLanguage();
@@ -256,52 +355,59 @@ void SettingsPage::showSettings() {
         if (info.name == language)
             mLanguage->setCurrentText(info.displayName);
     mFormat->setCurrentIndex(AppSettings::getAudioFormat());
-    const QString folder = AppSettings::outputPath();
-    mFolder->setText(QDir(folder).dirName());
-    mFolder->setToolTip(QDir::toNativeSeparators(folder));
+    const QString folder = QDir::toNativeSeparators(AppSettings::outputPath()), name = QDir(folder).dirName();
+    mFolder->setText(mFolder->fontMetrics().elidedText(name.isEmpty() ? folder : name, Qt::ElideMiddle,
+                                                       Look::scaled(*this, kFolderName)));
+    mFolder->setToolTip(folder);
     mAutoName->setChecked(AppSettings::isAutoGenFileName());
     showNumber(*mNumber, AppSettings::recordNameBaseOn());
-    mNumber->setEnabled(mAutoName->isChecked());
+    mNumber->setVisible(mAutoName->isChecked());
+    showNextName();
     mSkipSilence->setChecked(AppSettings::isAutoSkipSilence());
     for (const NumberedChoice &numbered : mNumbered) {
         numbered.choice->setChecked(numbered.isOn());
         const double value = numbered.value();
         numbered.number->setDecimals(value == std::floor(value) ? 0 : 3);
         showNumber(*numbered.number, value);
-        numbered.number->setEnabled(numbered.isOn());
+        numbered.number->setVisible(numbered.isOn());
     }
-    // It acts only while silence is skipped.
-    mNumbered.front().choice->setEnabled(mSkipSilence->isChecked());
+    mNumbered.front().row->setVisible(mSkipSilence->isChecked()); // It acts only while silence is skipped.
     mEnableHotkeys->setChecked(AppSettings::getEnableHotkeys());
     for (std::size_t i = 0; i < kHotkeys.size(); ++i) {
         mHotkeys[i]->setHotkey(kHotkeys[i].get());
-        mHotkeys[i]->setEnabled(mEnableHotkeys->isChecked());
+        mHotkeyRows[i]->setVisible(mEnableHotkeys->isChecked());
     }
+}
+
+void SettingsPage::showNextName() {
+    const QString next = QFileInfo(Tools::getAudioNameFromTrack()).completeBaseName();
+    mNameRow->setTexts(Lang::settingsRecordAutoName(),
+                       AppSettings::isAutoGenFileName()
+                           ? Lang::windowNextFile().replace(QLatin1String("[#FileName#]"), next)
+                           : QString());
+    mNumber->setAccessibleName(Lang::windowFirstNumber());
 }
 
 void SettingsPage::showTexts() {
     setTitle(Lang::btnSettings());
-    mPages->setTabText(General, Lang::settingsGeneralTitle());
-    mPages->setTabText(Recording, Lang::settingsRecordTitle());
-    mPages->setTabText(Hotkeys, Lang::settingsGeneralHotkey());
-    mLanguageLabel->setText(Lang::settingsGeneralSetLanguage());
-    mFormatLabel->setText(Lang::commFormat());
-    mFolderLabel->setText(Lang::windowOutputFolder());
-    mAutoName->setText(Lang::settingsRecordAutoName());
-    mNumberLabel->setText(Lang::windowFirstNumber());
-    mSkipSilence->setText(Lang::settingsRecordSkipSilent());
-    static const QRegularExpression marker(QStringLiteral("\\[#(\\d+) \\w+#\\]"));
+    mChosen->button(General)->setText(Lang::settingsGeneralTitle());
+    mChosen->button(Recording)->setText(Lang::settingsRecordTitle());
+    mChosen->button(Hotkeys)->setText(Lang::settingsGeneralHotkey());
+    mFiles->setText(Lang::windowFiles());
+    mSilence->setText(Lang::windowSilenceAndLength());
+    mLanguageRow->setTexts(Lang::settingsGeneralSetLanguage());
+    mFormatRow->setTexts(Lang::commFormat());
+    mFolderRow->setTexts(Lang::windowOutputFolder());
+    showNextName();
+    mSkipRow->setTexts(Lang::settingsRecordSkipSilent(), Lang::windowWaitsForSound());
     for (const NumberedChoice &numbered : mNumbered) {
-        const QString text = numbered.text();
-        const auto match = marker.match(text);
-        numbered.choice->setText(text.left(match.capturedStart()).trimmed());
         numbered.number->setSuffix(QLatin1Char(' ') + Lang::commSeconds());
-        numbered.number->setAccessibleName(numbered.choice->text());
-        numbered.after->setText(text.mid(match.capturedEnd()).trimmed());
+        numbered.row->setTexts(numbered.text());
     }
-    mEnableHotkeys->setText(Lang::settingsEnableHotkeys());
+    mHotkeysRow->setTexts(Lang::settingsEnableHotkeys());
     for (std::size_t i = 0; i < kHotkeys.size(); ++i) {
-        mHotkeyLabels[i]->setText(kHotkeys[i].label());
+        const QString byDesktop = Lang::windowHotkeyByDesktop().replace(QLatin1String("[#Keys#]"), mTriggers[i]);
+        mHotkeyRows[i]->setTexts(kHotkeys[i].label(), mTriggers[i].isEmpty() ? QString() : byDesktop);
         mHotkeys[i]->setPlaceholderText(Lang::windowPressKeys());
     }
 }

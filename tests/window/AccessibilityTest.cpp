@@ -25,17 +25,17 @@ public:
     }
     // Every window, every page of it, as it stands.
     void eachPage(const std::function<void(QWidget &, const std::string &)> &look) {
-        const auto pagesOf = [&](const char *name) {
-            auto *tabs = find<QTabWidget>(name);
-            for (int page = 0; page < tabs->count(); ++page) {
-                tabs->setCurrentIndex(page);
-                QTest::qWait(1);
-                look(window, name + std::to_string(page));
-            }
-        };
-        pagesOf("tabs");
+        for (const int tab : {0, 1}) {
+            find<QTabWidget>("tabs")->setCurrentIndex(tab);
+            QTest::qWait(1);
+            look(window, "tab " + std::to_string(tab));
+        }
         openSettings();
-        pagesOf("pages");
+        for (const int page : {0, 1, 2}) {
+            turnSettingsTo(page);
+            QTest::qWait(1);
+            look(window, "settings " + std::to_string(page));
+        }
         openTasks();
         look(window, "tasks");
         window.tasks().goBack();

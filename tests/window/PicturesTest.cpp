@@ -74,7 +74,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
         }
         openSettings();
         for (const int page : {0, 1, 2}) {
-            window.settings().findChild<QTabWidget *>("pages")->setCurrentIndex(page);
+            turnSettingsTo(page);
             look(window, name + "-settings-" + std::to_string(page));
         }
         openTasks();

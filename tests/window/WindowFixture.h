@@ -53,6 +53,7 @@ public:
     }
     // Opens a page as the menu does.
     void openSettings() { window.openPreferencesWindowAndShowRecordInterface(); }
+    void turnSettingsTo(int page) { find<QAbstractButton>(qPrintable(QStringLiteral("page%1").arg(page)))->click(); }
     void openTasks() { find<QToolButton>("menu")->menu()->actions().constFirst()->trigger(); }
     // Presses a button of the sheet that hangs on the window.
     void answer(const QString &text) {
