@@ -338,7 +338,7 @@ SettingsPage &MainWindow::settings() {
 
 TasksPage &MainWindow::tasks() {
     if (!mTasks)
-        mTasks = new TasksPage(mParts.tasks, this);
+        mTasks = new TasksPage(mParts.tasks, mParts.panel, this);
     return *mTasks;
 }
 

@@ -14,7 +14,11 @@
 namespace cantorel::ui {
 
 PageHeader::PageHeader(QWidget *parent)
-    : QWidget(parent), mRow(new QHBoxLayout(this)), mBack(new QToolButton(this)), mTitle(new QLabel(this)) {
+    : QWidget(parent),
+      mRow(new QHBoxLayout(this)),
+      mBack(new QToolButton(this)),
+      mTitle(new QLabel(this)),
+      mActionBox(new QWidget(this)) {
     setMinimumHeight(Look::tall(*this, measure::kHeader));
     mRow->setContentsMargins(measure::kMargin - measure::kGap, 0, measure::kMargin - measure::kGap, 0);
     mBack->setAutoRaise(true);
@@ -26,6 +30,8 @@ PageHeader::PageHeader(QWidget *parent)
     mRow->addSpacing(measure::kGap);
     mRow->addWidget(mTitle);
     mRow->addStretch();
+    (new QHBoxLayout(mActionBox))->setContentsMargins({});
+    mRow->addWidget(mActionBox);
     showIcons();
     showTexts();
 }
@@ -36,35 +42,31 @@ void PageHeader::setTitle(const QString &title) {
 }
 
 QToolButton &PageHeader::addAction(const QString &objectName) {
-    auto *button = new QToolButton(this);
+    auto *button = new QToolButton(mActionBox);
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::StrongFocus);
     button->setObjectName(objectName);
-    mRow->addWidget(button);
+    mActionBox->layout()->addWidget(button);
     mActions << button;
     return *button;
 }
 
-void PageHeader::showActions(bool areShown) {
-    for (QToolButton *button : mActions)
-        button->setVisible(areShown);
-}
+void PageHeader::showActions(bool areShown) { mActionBox->setVisible(areShown); }
 
 void PageHeader::takePill(QWidget &pill) { mRow->addWidget(&pill); }
 
 // Words give way where there is no room for them.
 void PageHeader::fit() {
-    int needed = 0;
-    for (int i = 0; i < mRow->count(); ++i)
-        if (const QWidget *widget = mRow->itemAt(i)->widget(); widget && !widget->isHidden()) {
-            const auto *action = mActions.contains(widget) ? static_cast<const QToolButton *>(widget) : nullptr;
-            needed += mRow->spacing()
-                      + (action ? action->fontMetrics().horizontalAdvance(action->text()) + action->iconSize().width()
-                                      + 4 * measure::kGap
-                                : widget->sizeHint().width());
-        }
     const QMargins margins = mRow->contentsMargins();
-    const bool hasRoom = needed + margins.left() + margins.right() + measure::kGap <= width();
+    int needed = margins.left() + margins.right();
+    for (int i = 0; i < mRow->count(); ++i)
+        if (const QWidget *widget = mRow->itemAt(i)->widget(); widget && widget != mActionBox && !widget->isHidden())
+            needed += widget->sizeHint().width() + 2 * measure::kGap;
+    for (const QToolButton *action : mActions)
+        if (!action->isHidden())
+            needed += action->fontMetrics().horizontalAdvance(action->text()) + action->iconSize().width()
+                      + 5 * measure::kGap;
+    const bool hasRoom = needed <= width();
     for (QToolButton *button : mActions) {
         button->setToolButtonStyle(hasRoom ? Qt::ToolButtonTextBesideIcon : Qt::ToolButtonIconOnly);
         button->setToolTip(hasRoom ? QString() : button->text());

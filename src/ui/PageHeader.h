@@ -34,6 +34,7 @@ private:
     QHBoxLayout *mRow;
     QToolButton *mBack;
     QLabel *mTitle;
+    QWidget *mActionBox;
     QList<QToolButton *> mActions;
 };
 

@@ -15,7 +15,7 @@ constexpr int kWidth = 304;
 
 } // namespace
 
-PagePanel::PagePanel(QWidget *parent) : QWidget(parent), mTitle(new QLabel(this)) {
+PagePanel::PagePanel(QWidget *parent) : QWidget(parent), mTitle(new QLabel(this)), mForm(new QWidget) {
     mTitle->setFont(Look::font(*this, text_size::kTitle, QFont::Bold));
     mTitle->setWordWrap(true);
     auto *scrolled = new QScrollArea(this);
@@ -23,12 +23,15 @@ PagePanel::PagePanel(QWidget *parent) : QWidget(parent), mTitle(new QLabel(this)
     scrolled->setWidgetResizable(true);
     scrolled->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scrolled->setFocusPolicy(Qt::NoFocus);
-    auto *form = new QWidget;
-    mFields = new QVBoxLayout(form);
+    mFields = new QVBoxLayout(mForm);
     mFields->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, 2 * measure::kGap);
     mFields->setSpacing(measure::kGap / 2);
-    scrolled->setWidget(form); // which it owns now
+    scrolled->setWidget(mForm); // which it owns now
+    mNotes = new QVBoxLayout;
+    mNotes->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, 0);
+    mNotes->setSpacing(measure::kGap / 2);
     mButtons = new QHBoxLayout;
+    mButtons->setSpacing(measure::kGap);
     mButtons->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, 2 * measure::kGap);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins({});
@@ -36,6 +39,7 @@ PagePanel::PagePanel(QWidget *parent) : QWidget(parent), mTitle(new QLabel(this)
     mTitle->setContentsMargins(measure::kMargin, 2 * measure::kGap, measure::kMargin, measure::kGap);
     column->addWidget(mTitle);
     column->addWidget(scrolled, 1);
+    column->addLayout(mNotes);
     column->addLayout(mButtons);
     setCovering(false);
     hide();
@@ -60,8 +64,10 @@ QLabel &PagePanel::addField(QWidget &field) {
 void PagePanel::setCovering(bool isCovering) {
     mIsCovering = isCovering;
     mTitle->setHidden(isCovering);
-    setMinimumWidth(isCovering ? 0 : Look::scaled(*this, kWidth));
-    setMaximumWidth(isCovering ? QWIDGETSIZE_MAX : Look::scaled(*this, kWidth));
+    const int width =
+        qMax(Look::scaled(*this, kWidth), qMax(mForm->minimumSizeHint().width(), mButtons->minimumSize().width()));
+    setMinimumWidth(isCovering ? 0 : width);
+    setMaximumWidth(isCovering ? QWIDGETSIZE_MAX : width);
 }
 
 void PagePanel::paintEvent(QPaintEvent *) {

@@ -15,8 +15,9 @@ public:
 
     void setTitle(const QString &title);
     QString title() const;
-    // Where the fields and the buttons go.
+    // Where the fields go, and below them what stays in sight: notes and buttons.
     QBoxLayout &fields() { return *mFields; }
+    QBoxLayout &notes() { return *mNotes; }
     QBoxLayout &buttons() { return *mButtons; }
     // A label, and a field below it whose name it is.
     QLabel &addField(QWidget &field);
@@ -28,7 +29,8 @@ protected:
 
 private:
     QLabel *mTitle;
-    QBoxLayout *mFields, *mButtons;
+    QWidget *mForm;
+    QBoxLayout *mFields, *mNotes, *mButtons;
     bool mIsCovering = false;
 };
 

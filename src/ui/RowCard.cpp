@@ -18,7 +18,11 @@ constexpr int kLineFrom = 16, kLowRow = 48;
 } // namespace
 
 CardRow::CardRow(QWidget *parent, int beside)
-    : QWidget(parent), mBeside(beside), mGrid(new QGridLayout(this)), mTitle(new QLabel(this)), mSecond(new QLabel(this)) {
+    : QWidget(parent),
+      mBeside(beside),
+      mGrid(new QGridLayout(this)),
+      mTitle(new QLabel(this)),
+      mSecond(new QLabel(this)) {
     mGrid->setContentsMargins(mBeside, measure::kGap - 1, mBeside, measure::kGap - 1);
     mGrid->setHorizontalSpacing(2 * measure::kGap);
     mGrid->setVerticalSpacing(measure::kGap / 2);

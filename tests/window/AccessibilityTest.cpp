@@ -7,6 +7,7 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QButtonGroup>
+#include <QListWidget>
 #include <QScreen>
 #include <QTabWidget>
 
@@ -22,6 +23,7 @@ public:
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
         window.library();
         list.insert(0, {}); // An empty library has no table.
+        addTask();
     }
     // Every window, every page of it, as it stands.
     void eachPage(const std::function<void(QWidget &, const std::string &)> &look) {
@@ -37,7 +39,11 @@ public:
             look(window, "settings " + std::to_string(page));
         }
         openTasks();
+        find<QListWidget>("tasks")->setCurrentRow(0);
         look(window, "tasks");
+        fillTask();
+        look(window, "task");
+        window.tasks().goBack();
         window.tasks().goBack();
     }
 };

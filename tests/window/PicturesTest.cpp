@@ -8,6 +8,7 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QLabel>
+#include <QListWidget>
 #include <QTabWidget>
 
 namespace cantorel {
@@ -54,6 +55,7 @@ std::string rawTexts(const QWidget &window) {
 
 // Every window in every language; prefix: of the photographs' names; largest: what the windows may grow to.
 void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &prefix) {
+    addTask();
     window.resize(size);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
@@ -78,13 +80,17 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
             look(window, name + "-settings-" + std::to_string(page));
         }
         openTasks();
+        find<QListWidget>("tasks")->setCurrentRow(0);
         look(window, name + "-tasks");
+        fillTask();
+        look(window, name + "-task");
+        window.tasks().goBack();
         window.tasks().goBack();
     }
 }
 
 TEST_F(Pictures, NoTextIsCutOffInAnyLanguageAtTheSmallestSize) {
-    expectAllTextsShown({720, 480}, {720, 600}, "small-");
+    expectAllTextsShown({560, 420}, {560, 420}, "small-");
 }
 
 // Fonts are asked for when a window is made.
