@@ -2,8 +2,7 @@
 // takes them.
 
 #include "tests/window/WindowFixture.h"
-#include "ui/SettingsWindow.h"
-#include "ui/TasksWindow.h"
+#include "ui/TasksPage.h"
 #include "ui/look/Look.h"
 
 #include <QDir>
@@ -88,12 +87,11 @@ TEST_F(PhotoSession, InLightAndDarkRecordingAndInTheLibrary) {
         find<QTabWidget>("tabs")->setCurrentIndex(1);
         find<QTableView>("recordings")->selectRow(3);
         photograph(window, QStringLiteral("library-%1").arg(name));
-        window.settings().openRecordingPage();
-        photograph(window.settings(), QStringLiteral("settings-%1").arg(name));
-        window.settings().close();
-        window.tasks().show();
-        photograph(window.tasks(), QStringLiteral("tasks-%1").arg(name));
-        window.tasks().close();
+        openSettings();
+        photograph(window, QStringLiteral("settings-%1").arg(name));
+        openTasks();
+        photograph(window, QStringLiteral("tasks-%1").arg(name));
+        window.tasks().goBack();
     }
     stop();
 }

@@ -19,8 +19,9 @@ void HotkeyField::setHotkey(const QString &hotkey) {
 }
 
 bool HotkeyField::event(QEvent *event) {
-    // The keys are meant for us even where they are a shortcut of the window.
-    if (event->type() == QEvent::ShortcutOverride) {
+    // What may be meant as a hot key is meant for us even where it is a shortcut of the window; Escape and its like
+    // are not.
+    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->key() < Qt::Key_Escape) {
         event->accept();
         return true;
     }

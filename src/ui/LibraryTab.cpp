@@ -262,6 +262,8 @@ void LibraryTab::playAllTheSame(const QString &file) {
     play(file);
 }
 
+void LibraryTab::begin() { mTable->setFocus(Qt::OtherFocusReason); }
+
 void LibraryTab::reveal() {
     const auto items = selected();
     if (!items.empty() && mFiles != nullptr)

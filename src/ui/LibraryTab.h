@@ -39,6 +39,8 @@ public:
     // media, files: null where the desktop has no media controls or file manager. All outlive the tab.
     LibraryTab(RecordedList &list, desktop::MediaControls *media, desktop::FileManagerReveal *files, QWidget *parent);
 
+    // The focus goes to where one begins.
+    void begin();
     // The items of the list have come or gone; what is shown of all, or of one, has changed.
     void listDidChange();
     void itemsDidChange() { mModel.languageDidChange(); }

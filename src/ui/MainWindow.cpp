@@ -7,12 +7,16 @@
 #include "ui/AlertAsker.h"
 #include "ui/Icons.h"
 #include "ui/LibraryTab.h"
+#include "ui/Page.h"
+#include "ui/PageStack.h"
 #include "ui/Pill.h"
 #include "ui/RecordingTab.h"
-#include "ui/SettingsWindow.h"
+#include "ui/Regions.h"
+#include "ui/SettingsPage.h"
 #include "ui/StatusItem.h"
-#include "ui/TasksWindow.h"
+#include "ui/TasksPage.h"
 #include "ui/UpdateWindow.h"
+#include "ui/WindowKeys.h"
 #include "ui/look/Look.h"
 #include "util/tools/Tools.h"
 
@@ -75,17 +79,19 @@ MainWindow::MainWindow(const Parts &parts)
     mTabs->addTab(mRecordingTab, QString());
     mTabs->addTab(mLibraryPage, QString());
     auto *centre = new QWidget(this);
-    auto *grid = new QGridLayout(centre);
-    grid->setContentsMargins({});
-    grid->setSpacing(0);
-    grid->addWidget(mRecordingLine, 0, 0);
-    grid->addWidget(mTabs, 1, 0);
-    grid->addWidget(makeMenu(), 1, 0, Qt::AlignTop | Qt::AlignRight); // beside the tabs
+    auto *column = new QVBoxLayout(centre);
+    column->setContentsMargins({});
+    column->setSpacing(0);
+    column->addWidget(mRecordingLine);
+    column->addWidget(makeHome(), 1);
     setCentralWidget(centre);
+    makeMenu();
+    makeKeys();
     connect(mTabs, &QTabWidget::currentChanged, this, [this] {
         complete();
         showRecordingEverywhere();
     });
+    mRecordingTab->begin();
     listen();
     showIcons();
     showTexts();
@@ -140,27 +146,8 @@ bool MainWindow::event(QEvent *event) {
     return answer;
 }
 
-QWidget *MainWindow::makeMenu() {
-    auto *menu = new QMenu(this);
-    mTasksAction = menu->addAction(QString(), this, [this] {
-        tasks().showTasks();
-        tasks().show();
-        tasks().raise();
-    });
-    mTasksAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
-    mSettingsAction = menu->addAction(QString(), this, [this] {
-        settings().showSettings();
-        settings().show();
-        settings().raise();
-    });
-    mSettingsAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
-    menu->addSeparator();
-    mUpdateAction = menu->addAction(QString(), this, &MainWindow::updatesWanted);
-    mAboutAction = menu->addAction(QString(), this, [this] { showAbout(); });
-    mQuitAction = menu->addAction(QString(), this, [this] { leave(); });
-    mQuitAction->setShortcut(QKeySequence::Quit);
-    addActions(menu->actions()); // Their keys work wherever the focus is.
-    mMenuButton->setMenu(menu);
+// The tabs with the pill and the menu beside them, and the pages that take their place.
+QWidget *MainWindow::makeHome() {
     mMenuButton->setPopupMode(QToolButton::InstantPopup);
     mMenuButton->setAutoRaise(true);
     mMenuButton->setIconSize(textIconSize(*this));
@@ -176,10 +163,101 @@ QWidget *MainWindow::makeMenu() {
     auto *lead = new QWidget(this);
     (new QHBoxLayout(lead))->addSpacing(measure::kGap);
     mTabs->setCornerWidget(lead, Qt::TopLeftCorner);
-    connect(mPill, &Pill::shown, this, [this] { showRecordPage(); });
+    connect(mPill, &Pill::shown, this, [this] { showTab(mRecordingTab); });
     connect(mPill, &Pill::paused, this, [this] { mParts.session.onPauseRecording(); });
     connect(mPill, &Pill::stopped, this, [this] { mParts.recorder.stopByHand(); });
-    return corner;
+    auto *home = new QWidget(this);
+    auto *grid = new QGridLayout(home);
+    grid->setContentsMargins({});
+    grid->addWidget(mTabs, 0, 0);
+    grid->addWidget(corner, 0, 0, Qt::AlignTop | Qt::AlignRight);
+    mPages = new PageStack(*home, *row, *mPill, this);
+    connect(mPages, &QStackedWidget::currentChanged, this, [this] {
+        mBackAction->setEnabled(mPages->page());
+        showRecordingEverywhere();
+    });
+    return mPages;
+}
+
+void MainWindow::makeMenu() {
+    mMenu = new QMenu(this);
+    mTasksAction = mMenu->addAction(QString(), this, [this] { openTasks(); });
+    mSettingsAction = mMenu->addAction(QString(), this, [this] { openSettings(); });
+    mMenu->addSeparator();
+    mUpdateAction = mMenu->addAction(QString(), this, &MainWindow::updatesWanted);
+    mAboutAction = mMenu->addAction(QString(), this, [this] { showAbout(); });
+    mQuitAction = mMenu->addAction(QString(), this, [this] { leave(); });
+    mMenuButton->setMenu(mMenu);
+}
+
+// Each command of the whole window with its keys; what stands in the menu shows them there.
+void MainWindow::makeKeys() {
+    for (const Command command : allCommands()) {
+        QAction *action = command == Command::Settings ? mSettingsAction
+                          : command == Command::Quit   ? mQuitAction
+                                                       : new QAction(this);
+        action->setShortcuts(keysOf(command));
+        action->setAutoRepeat(false);
+        if (!mMenu->actions().contains(action))
+            connect(action, &QAction::triggered, this, [this, command] { run(command); });
+        if (command == Command::Back)
+            mBackAction = action;
+        addAction(action); // Its keys work wherever the focus is.
+    }
+    mBackAction->setEnabled(false); // until a page is open
+}
+
+void MainWindow::run(Command command) {
+    switch (command) {
+    case Command::Record:
+        return mParts.recorder.onStartRecording();
+    case Command::Pause:
+        return mParts.session.onPauseRecording();
+    case Command::Split:
+        return mParts.session.splitRecording();
+    case Command::RecordPage:
+        return showTab(mRecordingTab);
+    case Command::LibraryPage:
+        return showTab(mLibraryPage);
+    case Command::NextPage:
+        return turn(1);
+    case Command::PreviousPage:
+        return turn(-1);
+    case Command::NextRegion:
+        return focusNextRegion(*this);
+    case Command::Menu:
+        return openMenu();
+    case Command::Back:
+        return mPages->page()->goBack();
+    case Command::Settings:
+        return openSettings();
+    case Command::Quit:
+        return leave();
+    }
+}
+
+void MainWindow::turn(int step) {
+    if (Page *page = mPages->page())
+        page->turn(step);
+    else
+        mTabs->setCurrentIndex(qBound(0, mTabs->currentIndex() + step, mTabs->count() - 1));
+}
+
+// Also from a page, where no button stands for it.
+void MainWindow::openMenu() {
+    const QWidget &below = mMenuButton->isVisible() ? *static_cast<QWidget *>(mMenuButton) : *mPages;
+    const int height = mMenuButton->isVisible() ? below.height() : Look::tall(*this, measure::kHeader);
+    mMenu->popup(below.mapToGlobal(QPoint(below.width() - mMenu->sizeHint().width(), height)));
+}
+
+void MainWindow::openSettings() {
+    settings().showSettings();
+    mPages->open(*mSettings);
+}
+
+void MainWindow::openTasks() {
+    tasks().showTasks();
+    mPages->open(*mTasks);
 }
 
 void MainWindow::listen() {
@@ -210,7 +288,7 @@ void MainWindow::listen() {
     connect(&mParts.recorder, &ScheduledSession::startRefused, this,
             [this](const foundation::Sentence &sentence) { mParts.panel.refuseStart(sentence); });
     connect(mRecordingTab, &RecordingTab::playWanted, this, [this](const QString &file) {
-        mTabs->setCurrentWidget(mLibraryPage);
+        showTab(mLibraryPage);
         library().play(file);
     });
     connect(mRecordingTab, &RecordingTab::revealWanted, this, [this](const QString &file) {
@@ -221,7 +299,14 @@ void MainWindow::listen() {
     mParts.list.view = this;
 }
 
-void MainWindow::showRecordPage() { mTabs->setCurrentWidget(mRecordingTab); }
+void MainWindow::showTab(QWidget *tab) {
+    mPages->close();
+    mTabs->setCurrentWidget(tab);
+    if (tab == mRecordingTab)
+        mRecordingTab->begin();
+    else
+        library().begin();
+}
 
 // A recording is never out of sight: in the title, on top, at the tab, and on every other page.
 void MainWindow::showRecordingEverywhere() {
@@ -237,27 +322,27 @@ void MainWindow::showRecordingEverywhere() {
                           ? QIcon(drawing(QStringLiteral("dot"), isPaused ? Look::tokens().amber : Look::tokens().red,
                                           kDot, devicePixelRatioF()))
                           : QIcon());
-    mPill->setVisible(isShown && mTabs->currentWidget() != mRecordingTab);
+    mPill->setVisible(isShown && (mPages->page() || mTabs->currentWidget() != mRecordingTab));
     mPill->tell(panel.display().duration, isPaused);
     mPill->setPauseEnabled(panel.controls().pauseEnabled);
 }
 
-SettingsWindow &MainWindow::settings() {
+SettingsPage &MainWindow::settings() {
     if (mSettings)
         return *mSettings;
-    mSettings = new SettingsWindow(this);
-    connect(mSettings, &SettingsWindow::languageChanged, this, [] {
+    mSettings = new SettingsPage(this);
+    connect(mSettings, &SettingsPage::languageChanged, this, [] {
         foundation::NotificationCenter::defaultCenter().post(kNotificationChangeLanguage, AppSettings::appLanguage());
     });
-    connect(mSettings, &SettingsWindow::recordingChanged, this, [this] { mRecordingTab->showSettings(); });
-    connect(mSettings, &SettingsWindow::hotkeysChanged, this, &MainWindow::hotkeysChanged);
+    connect(mSettings, &SettingsPage::recordingChanged, this, [this] { mRecordingTab->showSettings(); });
+    connect(mSettings, &SettingsPage::hotkeysChanged, this, &MainWindow::hotkeysChanged);
     mSettings->setTriggers(mTriggers);
     return *mSettings;
 }
 
-TasksWindow &MainWindow::tasks() {
+TasksPage &MainWindow::tasks() {
     if (!mTasks)
-        mTasks = new TasksWindow(mParts.tasks, this);
+        mTasks = new TasksPage(mParts.tasks, mParts.panel, this);
     return *mTasks;
 }
 
@@ -411,7 +496,8 @@ bool MainWindow::isSettled() const { return mParts.session.isSettled(); }
 bool MainWindow::isPrepareStartRecording() const { return mParts.session.isPrepareStartRecording(); }
 
 void MainWindow::openPreferencesWindowAndShowRecordInterface() {
-    settings().showSettings();
+    bringToFront();
+    openSettings();
     settings().openRecordingPage();
 }
 

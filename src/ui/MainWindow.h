@@ -9,6 +9,7 @@
 #include <QPointer>
 
 class QMessageBox;
+class QMenu;
 class QTabWidget;
 class QToolButton;
 
@@ -22,11 +23,13 @@ namespace cantorel::ui {
 
 class AlertAsker;
 class LibraryTab;
+class PageStack;
 class Pill;
 class RecordingTab;
-class SettingsWindow;
+class SettingsPage;
 class StatusItem;
-class TasksWindow;
+class TasksPage;
+enum class Command;
 
 // The window: the recording and the library tab, and the ways to everything else. Owned by the application.
 class MainWindow : public QMainWindow, public RecordedListView {
@@ -70,8 +73,8 @@ public:
     AlertAsker &alerts() { return *mAlerts; }
     // Made when first needed; the library after the window was painted.
     LibraryTab &library();
-    SettingsWindow &settings();
-    TasksWindow &tasks();
+    SettingsPage &settings();
+    TasksPage &tasks();
 
 Q_SIGNALS:
     // The person wants to quit, and nothing is recorded or converted any more.
@@ -89,7 +92,14 @@ private:
     void recordedListDidChange() override;
     void showPanel();
     void listen();
-    QWidget *makeMenu();
+    QWidget *makeHome();
+    void makeMenu();
+    void makeKeys();
+    void run(Command command);
+    void turn(int step);
+    void openMenu();
+    void openSettings();
+    void openTasks();
     void showShutdown(int seconds);
     void showAbout();
     void recoverLeftovers();
@@ -97,7 +107,7 @@ private:
     void showIcons();
     void showTexts();
     void showRecordingEverywhere();
-    void showRecordPage();
+    void showTab(QWidget *tab);
     void showOrHide();
     // Ends the program, after asking if something is recorded or converted.
     void leave();
@@ -120,12 +130,14 @@ private:
     QTabWidget *mTabs;
     Pill *mPill;
     QToolButton *mMenuButton;
-    QAction *mTasksAction, *mSettingsAction, *mUpdateAction, *mAboutAction, *mQuitAction;
+    PageStack *mPages = nullptr;
+    QMenu *mMenu = nullptr;
+    QAction *mTasksAction, *mSettingsAction, *mUpdateAction, *mAboutAction, *mQuitAction, *mBackAction = nullptr;
     RecordingTab *mRecordingTab;
     QWidget *mLibraryPage;
     LibraryTab *mLibraryTab = nullptr;
-    SettingsWindow *mSettings = nullptr;
-    TasksWindow *mTasks = nullptr;
+    SettingsPage *mSettings = nullptr;
+    TasksPage *mTasks = nullptr;
     std::array<QString, 3> mTriggers;
     std::unique_ptr<StatusItem> mStatusItem;
     RecordingNotices mNotices;

@@ -3,6 +3,7 @@
 #include "lang/Lang.h"
 #include "ui/DigitLabel.h"
 #include "ui/Icons.h"
+#include "ui/WindowKeys.h"
 #include "ui/look/Look.h"
 
 #include <QBoxLayout>
@@ -54,10 +55,13 @@ void Pill::tell(const QString &time, bool isPaused) {
 
 void Pill::setPauseEnabled(bool isEnabled) { mPause->setEnabled(isEnabled); }
 
+void Pill::setNarrow(bool isNarrow) { mPause->setHidden(isNarrow); }
+
 void Pill::showTexts() {
-    mPause->setToolTip(mIsPaused ? Lang::btnResume() : Lang::windowPause());
-    mPause->setAccessibleName(mPause->toolTip());
-    mStop->setToolTip(Lang::btnStop());
+    const QString pause = mIsPaused ? Lang::btnResume() : Lang::windowPause();
+    mPause->setToolTip(withKeys(pause, Command::Pause));
+    mPause->setAccessibleName(pause);
+    mStop->setToolTip(withKeys(Lang::btnStop(), Command::Record));
     mStop->setAccessibleName(Lang::btnStop());
     setToolTip(Lang::windowRecord());
 }

@@ -17,6 +17,8 @@ public:
 
     void tell(const QString &time, bool isPaused);
     void setPauseEnabled(bool isEnabled);
+    // Where there is little room, without pause.
+    void setNarrow(bool isNarrow);
 
 Q_SIGNALS:
     void shown(); // the record page is asked for

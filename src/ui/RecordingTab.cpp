@@ -16,6 +16,7 @@
 #include "ui/SoundPictureView.h"
 #include "ui/SourceSwitch.h"
 #include "ui/Strip.h"
+#include "ui/WindowKeys.h"
 #include "ui/look/Look.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
@@ -339,6 +340,8 @@ void RecordingTab::fit() {
         corner->setVisible(!isNarrow);
 }
 
+void RecordingTab::begin() { mRecord->setFocus(Qt::OtherFocusReason); }
+
 void RecordingTab::chooseSource(int type) {
     AppSettings::setAudioType(type);
     showSettings();
@@ -388,6 +391,7 @@ void RecordingTab::showTexts() {
     mFolder->setAccessibleName(Lang::windowOutputFolder());
     mFormat->setAccessibleName(Lang::commFormat());
     mSplit->setText(Lang::windowSplitNow());
+    mSplit->setToolTip(withKeys(mSplit->text(), Command::Split));
     mMeterName->setText(Lang::windowMeterName());
     mMeter->setAccessibleName(Lang::windowMeterName());
     mPicture->setAccessibleName(Lang::windowPictureName());
@@ -472,13 +476,14 @@ void RecordingTab::showPanel() {
 
     mRecord->setRecording(!isIdle);
     mRecord->setText(isIdle ? Lang::windowRecord() : Lang::btnStop());
-    mRecord->setToolTip(mRecord->text());
+    mRecord->setToolTip(withKeys(mRecord->text(), Command::Record));
     mRecord->setAccessibleName(mRecord->text());
     mRecordText->setText(mRecord->text());
     mRecordText->setFont(Look::font(*this, text_size::kSecondLine, QFont::Bold));
     mPause->setVisible(!isIdle);
     mPause->setEnabled(controls.pauseEnabled);
     mPause->setText(controls.pauseShowsResume ? Lang::btnResume() : Lang::windowPause());
+    mPause->setToolTip(withKeys(mPause->text(), Command::Pause));
     mSplit->setVisible(!isIdle);
     mSplit->setEnabled(isRunning);
 

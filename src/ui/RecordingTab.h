@@ -40,6 +40,8 @@ public:
     RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session,
                  QWidget *parent = nullptr);
 
+    // The focus goes to where one begins.
+    void begin();
     // The language, the settings or the devices have changed.
     void setAudioInputSelectedStatus();
     void showSettings();

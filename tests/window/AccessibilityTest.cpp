@@ -1,12 +1,13 @@
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
-#include "ui/SettingsWindow.h"
-#include "ui/TasksWindow.h"
+#include "ui/SettingsPage.h"
+#include "ui/TasksPage.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QButtonGroup>
+#include <QListWidget>
 #include <QScreen>
 #include <QTabWidget>
 
@@ -22,25 +23,28 @@ public:
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
         window.library();
         list.insert(0, {}); // An empty library has no table.
+        addTask();
     }
     // Every window, every page of it, as it stands.
     void eachPage(const std::function<void(QWidget &, const std::string &)> &look) {
-        const auto pagesOf = [&](QWidget &shown, const char *name) {
-            auto *tabs = shown.findChild<QTabWidget *>(name);
-            for (int page = 0; page < tabs->count(); ++page) {
-                tabs->setCurrentIndex(page);
-                QTest::qWait(1);
-                look(shown, name + std::to_string(page));
-            }
-        };
-        pagesOf(window, "tabs");
-        window.openPreferencesWindowAndShowRecordInterface();
-        pagesOf(window.settings(), "pages");
-        window.settings().close();
-        window.tasks().showTasks();
-        window.tasks().show();
-        look(window.tasks(), "tasks");
-        window.tasks().close();
+        for (const int tab : {0, 1}) {
+            find<QTabWidget>("tabs")->setCurrentIndex(tab);
+            QTest::qWait(1);
+            look(window, "tab " + std::to_string(tab));
+        }
+        openSettings();
+        for (const int page : {0, 1, 2}) {
+            turnSettingsTo(page);
+            QTest::qWait(1);
+            look(window, "settings " + std::to_string(page));
+        }
+        openTasks();
+        find<QListWidget>("tasks")->setCurrentRow(0);
+        look(window, "tasks");
+        fillTask();
+        look(window, "task");
+        window.tasks().goBack();
+        window.tasks().goBack();
     }
 };
 

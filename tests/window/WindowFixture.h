@@ -8,8 +8,11 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QMenu>
 #include <QMessageBox>
 #include <QTest>
+#include <QToolButton>
 
 #include <cmath>
 
@@ -48,6 +51,25 @@ public:
         const bool isBox = qobject_cast<QCheckBox *>(widget) != nullptr;
         QTest::mouseClick(widget, Qt::LeftButton, {},
                           isBox ? QPoint(8, widget->height() / 2) : widget->rect().center());
+    }
+    // Opens a page as the menu does.
+    void openSettings() { window.openPreferencesWindowAndShowRecordInterface(); }
+    void turnSettingsTo(int page) { find<QAbstractButton>(qPrintable(QStringLiteral("page%1").arg(page)))->click(); }
+    void openTasks() { find<QToolButton>("menu")->menu()->actions().constFirst()->trigger(); }
+    // A task of every weekday, to be looked at.
+    void addTask() {
+        const QDateTime start = QDateTime::currentDateTime().addDays(1);
+        ScheduleTaskInfo task("Morning news", start, start.addSecs(3600), 2, true);
+        task._daily = true;
+        task.WeeksOn_ = {1, 2, 3, 4, 5};
+        EXPECT_TRUE(taskList.add(task));
+    }
+    // Opens the panel for a new task with all that it can show.
+    void fillTask() {
+        click("newTask");
+        find<QCheckBox>("daily")->setChecked(true);
+        find<QComboBox>("repeat")->setCurrentIndex(1);
+        click("saveTask"); // which has no name
     }
     // Presses a button of the sheet that hangs on the window.
     void answer(const QString &text) {

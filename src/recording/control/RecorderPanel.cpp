@@ -11,6 +11,7 @@ namespace cantorel {
 namespace {
 
 constexpr foundation::SentenceKey kOutputGone("OutputGone");
+constexpr std::size_t kMostMissed = 50; // remembered
 
 // As exactly as anybody plans with it; the signs of the units are the same in all languages.
 QString hoursAndMinutes(qint64 seconds) {
@@ -193,7 +194,10 @@ void RecorderPanel::taskCountdown(const TaskCountdown &countdown) {
     Q_EMIT countdownDidChange();
 }
 
-void RecorderPanel::taskMissed(const ScheduleTaskInfo &, const QDateTime &, const foundation::Sentence &why) {
+void RecorderPanel::taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const foundation::Sentence &why) {
+    if (mMissed.size() == kMostMissed)
+        mMissed.pop_back();
+    mMissed.insert(mMissed.begin(), {task._taskName, start, why});
     setSentence(why);
     Q_EMIT missed(sentence());
 }

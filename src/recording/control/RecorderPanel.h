@@ -9,6 +9,8 @@
 
 #include <QObject>
 
+#include <vector>
+
 namespace cantorel {
 
 // What a window shows of a recording: gathers what a session tells into one state with its texts, for all that show it
@@ -37,6 +39,14 @@ public:
     void setSentence(const foundation::Sentence &sentence, const QString &kept = {});
     // Why a recording could not be begun; until the devices are others.
     void refuseStart(const foundation::Sentence &sentence);
+    // Starts of tasks that did not become recordings, the newest first, until the person has seen them.
+    struct MissedStart {
+        QString name;
+        QDateTime start;
+        foundation::Sentence why;
+    };
+    const std::vector<MissedStart> &missedStarts() const { return mMissed; }
+    void forgetMissed(std::size_t number) { mMissed.erase(mMissed.begin() + static_cast<std::ptrdiff_t>(number)); }
     const TaskCountdown &countdown() const { return mCountdown; }
     // Which task comes next, and that the program must keep running for it; empty without one.
     QString taskAheadText() const;
@@ -89,6 +99,7 @@ private:
     SoundHistory mHistory;
     LevelDisplay mLevel;
     TaskCountdown mCountdown;
+    std::vector<MissedStart> mMissed;
     qint64 mLostFrames = 0; // of the file
     foundation::Sentence mSentence;
     QString mFile, mDevice, mKept;

@@ -22,6 +22,10 @@ TaskList *living = nullptr;
 
 Failure refusal(const QString &sentence) { return {sentence, sentence}; }
 
+Failure isBeingRecorded(const QString &name) {
+    return refusal(QStringLiteral("The task \"%1\" is being recorded; end it first: cantorel-cli stop").arg(name));
+}
+
 } // namespace
 
 TaskList::TaskList() {
@@ -82,10 +86,23 @@ Result<TaskList::Task> TaskList::add(const ScheduleTaskInfo &task) {
     return added;
 }
 
+Result<TaskList::Task> TaskList::change(const Task &task, const ScheduleTaskInfo &to) {
+    if (task == mRunning)
+        return isBeingRecorded(task->_taskName);
+    Tasks all = tasks();
+    const auto place = std::find(all.begin(), all.end(), task);
+    if (place == all.end())
+        return add(to);
+    const Task changed = *place = std::make_shared<ScheduleTaskInfo>(to);
+    changed->dealtWithStart = task->dealtWithStart; // or it would be made again where the clock is set back
+    if (const auto taken = take(std::move(all)); !taken)
+        return taken.failure();
+    return changed;
+}
+
 Result<void> TaskList::remove(const Task &task) {
     if (task == mRunning)
-        return refusal(
-            QStringLiteral("The task \"%1\" is being recorded; end it first: cantorel-cli stop").arg(task->_taskName));
+        return isBeingRecorded(task->_taskName);
     Tasks kept = tasks();
     std::erase(kept, task);
     return take(std::move(kept));
@@ -99,7 +116,7 @@ Result<TaskList::Tasks> TaskList::removeNamed(const QString &name) {
         return refusal(
             QStringLiteral("There is no task \"%1\"; \"cantorel-cli tasks list\" shows all of them.").arg(name));
     if (std::find(removed.begin(), removed.end(), mRunning) != removed.end())
-        return refusal(QStringLiteral("The task \"%1\" is being recorded; end it first: cantorel-cli stop").arg(name));
+        return isBeingRecorded(name);
     if (const auto taken = take(std::move(kept)); !taken)
         return taken.failure();
     return removed;

@@ -29,6 +29,9 @@ public:
     const Tasks &tasks() &;
 
     foundation::Result<Task> add(const ScheduleTaskInfo &task);
+    // Puts what a person has changed in the place of a task, whose start that is dealt with stays so. One that has left
+    // the list meanwhile is added. A task that is recorded now is not changed.
+    foundation::Result<Task> change(const Task &task, const ScheduleTaskInfo &to);
     // Tasks that are recorded now are not removed.
     foundation::Result<void> remove(const Task &task);
     foundation::Result<Tasks> removeNamed(const QString &name);

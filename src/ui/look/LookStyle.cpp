@@ -17,8 +17,9 @@ constexpr qreal kStroke = 1.75; // of what is drawn like an icon
 constexpr int kSwitchWidth = 40, kSwitchHeight = 22, kRadio = 20, kBox = 18;
 constexpr int kGroove = 4, kThumb = 16, kScrollBar = 12, kUnderline = 3;
 constexpr int kLeastScrollHandle = 32;
-constexpr int kFieldInset = 6; // left and right of a field's text
-constexpr int kMenuSign = 20;  // behind a button's text
+constexpr int kFieldInset = 6;  // left and right of a field's text
+constexpr int kButtonInset = 6; // left and right of a tool button's icon and text
+constexpr int kMenuSign = 20;   // behind a button's text
 
 // Paints antialiased, and leaves the painter as it was.
 class Painting {
@@ -62,8 +63,18 @@ bool showsFocus(const QStyleOption &option) {
 }
 QColor ink(const QStyleOption &option) { return isEnabled(option) ? Look::tokens().text : Look::tokens().outline; }
 
+// A switch whose words stand elsewhere in its row.
+bool isSwitchAlone(const QStyleOption *option) {
+    const auto *button = qstyleoption_cast<const QStyleOptionButton *>(option);
+    return button && button->text.isEmpty() && button->icon.isNull();
+}
+
 bool hasTextBeside(const QStyleOptionToolButton &button) {
     return button.toolButtonStyle != Qt::ToolButtonIconOnly && !button.text.isEmpty();
+}
+
+bool isInOneLine(const QStyleOptionToolButton &button) {
+    return button.toolButtonStyle == Qt::ToolButtonTextBesideIcon && !button.text.isEmpty();
 }
 
 // Such as the text of a spin box, which draws the whole field.
@@ -202,7 +213,7 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
     }
     case PE_FrameFocusRect:
         // Buttons and fields show theirs themselves.
-        if (showsFocus(*option)) {
+        if (showsFocus(*option) && !option->rect.isEmpty()) {
             Painting painting(*painter);
             focusRing(painting, option->rect, measure::kFieldRadius);
         }
@@ -295,6 +306,14 @@ void LookStyle::drawControl(ControlElement element, const QStyleOption *option, 
             QProxyStyle::drawControl(element, &label, painter, widget);
             painter->restore();
             return;
+        }
+        break;
+    case CE_ToolButtonLabel:
+        if (const auto *button = qstyleoption_cast<const QStyleOptionToolButton *>(option);
+            button && isInOneLine(*button)) {
+            QStyleOptionToolButton label = *button;
+            label.rect.adjust(kButtonInset, 0, -kButtonInset, 0);
+            return QProxyStyle::drawControl(element, &label, painter, widget);
         }
         break;
     case CE_ProgressBarGroove:
@@ -458,6 +477,16 @@ QRect LookStyle::subControlRect(ComplexControl control, const QStyleOptionComple
 }
 
 QRect LookStyle::subElementRect(SubElement element, const QStyleOption *option, const QWidget *widget) const {
+    if (isSwitchAlone(option)) {
+        const QSize size(pixelMetric(PM_IndicatorWidth, option, widget),
+                         pixelMetric(PM_IndicatorHeight, option, widget));
+        if (element == SE_CheckBoxIndicator)
+            return alignedRect(option->direction, Qt::AlignCenter, size, option->rect);
+        if (element == SE_CheckBoxClickRect)
+            return option->rect;
+        if (element == SE_CheckBoxFocusRect)
+            return {}; // it draws its own ring
+    }
     const QRect rect = QProxyStyle::subElementRect(element, option, widget);
     const auto *frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
     return element == SE_LineEditContents && frame && frame->lineWidth > 0
@@ -471,6 +500,10 @@ QSize LookStyle::sizeFromContents(ContentsType type, const QStyleOption *option,
     switch (type) {
     case CT_PushButton:
         return {size.width() + 2 * measure::kGap, qMax(size.height(), tall(widget, measure::kControl))};
+    case CT_CheckBox:
+        return isSwitchAlone(option) ? QSize(pixelMetric(PM_IndicatorWidth, option, widget) + 2 * measure::kRing,
+                                             pixelMetric(PM_IndicatorHeight, option, widget) + 2 * measure::kRing)
+                                     : size;
     case CT_ComboBox:
     case CT_SpinBox:
     case CT_LineEdit:
@@ -480,6 +513,9 @@ QSize LookStyle::sizeFromContents(ContentsType type, const QStyleOption *option,
         if (const auto *button = qstyleoption_cast<const QStyleOptionToolButton *>(option);
             button && button->features & QStyleOptionToolButton::HasMenu && hasTextBeside(*button))
             size.setWidth(size.width() + kMenuSign);
+        if (const auto *button = qstyleoption_cast<const QStyleOptionToolButton *>(option);
+            button && isInOneLine(*button))
+            size.setWidth(size.width() + 2 * kButtonInset);
         return size.expandedTo(QSize(1, 1) * tall(widget, measure::kTarget));
     case CT_TabBarTab:
         if (const auto *tab = qstyleoption_cast<const QStyleOptionTab *>(option); tab && widget) {

@@ -45,6 +45,7 @@ inline constexpr int kHeader = 48, kRow = 56;
 inline constexpr int kFieldRadius = 6, kButtonRadius = 8, kCardRadius = 12;
 inline constexpr int kIcon = 20;
 inline constexpr int kFocus = 2; // width of the ring
+inline constexpr int kRing = 4;  // room for it, around a switch
 } // namespace measure
 
 } // namespace cantorel::ui

@@ -119,6 +119,33 @@ protected:
     ScheduleTaskRunner runner{tasks, *this, *this, clock, [this] { return now(); }};
 };
 
+TEST_F(ScheduleTaskRunnerTest, ATaskThatIsChangedIsNeitherLostNorStartedTwice) {
+    begin("2026-03-02 10:00:00");
+    const QList<int> everyDay{0, 1, 2, 3, 4, 5, 6};
+    const auto task = add("a", "2026-03-02 10:00:10", 5, everyDay);
+    ScheduleTaskInfo longer(*task);
+    longer._duration = 7;
+    longer.dealtWithStart = longer.awaitedStart = {}; // as somebody writes it
+    pass(12);
+    EXPECT_FALSE(tasks.change(task, longer)) << "it is recorded now";
+    pass(10);
+    EXPECT_EQ(told(), "03-02 10:00 start a 1; end a");
+    const auto changed = tasks.change(task, longer);
+    ASSERT_TRUE(changed);
+    handsMoved = -20'000;
+    pass(30);
+    EXPECT_EQ(told(), "") << "the clock was set back before a start that is dealt with";
+    ScheduleTaskInfo moved(longer);
+    moved._fromTime = now().addSecs(20);
+    const auto again = tasks.change(changed.value(), moved);
+    ASSERT_TRUE(again);
+    pass(40);
+    EXPECT_EQ(told(), "03-02 10:00 start a 1; end a");
+    ASSERT_TRUE(tasks.remove(again.value()));
+    ASSERT_TRUE(tasks.change(again.value(), moved)) << "removed elsewhere meanwhile";
+    EXPECT_EQ(storedNames(), QStringList{"a"});
+}
+
 TEST_F(ScheduleTaskRunnerTest, AOneTimeTaskRunsOnceAndLeavesTheStoredList) {
     begin("2026-07-12 07:59:00");
     add("a", "2026-07-12 08:00:00", 60);

@@ -1,9 +1,9 @@
-#include "ui/SettingsWindow.h"
+#include "ui/SettingsPage.h"
 
 #include "tests/window/WindowFixture.h"
 #include "ui/HotkeyField.h"
 #include "ui/LibraryTab.h"
-#include "ui/TasksWindow.h"
+#include "ui/TasksPage.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -20,31 +20,32 @@ class Settings : public test::WindowFixture {
 public:
     Settings() {
         window.show();
-        window.openPreferencesWindowAndShowRecordInterface();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window.settings()));
-        QApplication::setActiveWindow(&window.settings());
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        QApplication::setActiveWindow(&window);
+        openSettings();
     }
-    void page(int index) { find<QTabWidget>("pages")->setCurrentIndex(index); }
     void press(const char *field, Qt::Key key, Qt::KeyboardModifiers modifiers) {
         QTest::keyClick(find<ui::HotkeyField>(field), key, modifiers);
     }
 };
 
 TEST_F(Settings, WhatIsChangedIsStoredAtOnceAndShownWhenOpenedAgain) {
-    photograph(window.settings(), "settings-recording");
+    photograph(window, "settings-recording");
     click("splitByInterval");
     EXPECT_TRUE(AppSettings::isAutoSplitEverySeconds());
-    auto *row = find<QCheckBox>("splitByInterval")->parentWidget();
-    const auto numbers = row->findChildren<QDoubleSpinBox *>();
-    ASSERT_EQ(numbers.size(), 3);
-    numbers[1]->setValue(60);
+    auto *interval = find<QDoubleSpinBox>("splitByIntervalNumber");
+    EXPECT_TRUE(interval->isVisible());
+    interval->setValue(60);
     EXPECT_EQ(AppSettings::autoSplitEverySeconds(), 60);
-    numbers[0]->setValue(3);
+    QTest::mouseClick(interval->parentWidget(), Qt::LeftButton, {}, {40, 20});
+    EXPECT_FALSE(AppSettings::isAutoSplitEverySeconds()) << "by a click on its words";
+    EXPECT_FALSE(interval->isVisible());
+    find<QDoubleSpinBox>("splitBySilenceNumber")->setValue(3);
     EXPECT_EQ(AppSettings::autoSplitSeconds(), 3000) << "shown in seconds, stored in milliseconds";
-    EXPECT_TRUE(find<QCheckBox>("splitBySilence")->isEnabled());
+    EXPECT_TRUE(find<QCheckBox>("splitBySilence")->isVisible());
     click("skipSilence");
     EXPECT_FALSE(AppSettings::isAutoSkipSilence());
-    EXPECT_FALSE(find<QCheckBox>("splitBySilence")->isEnabled()) << "it acts only while silence is skipped";
+    EXPECT_FALSE(find<QCheckBox>("splitBySilence")->isVisible()) << "it acts only while silence is skipped";
     AppSettings::setAutoSkipSilence(true);
     window.settings().showSettings();
     EXPECT_TRUE(find<QCheckBox>("skipSilence")->isChecked());
@@ -56,10 +57,9 @@ TEST_F(Settings, WhatIsStoredIsShownWhateverItIsAndNotStoredAnew) {
     AppSettings::setAutoFilterSeconds(0);
     AppSettings::setrecordNameBaseOn(1'000'000);
     window.settings().showSettings();
-    auto *page = find<QCheckBox>("splitByInterval")->parentWidget();
-    std::vector<double> shown{double(page->findChild<QSpinBox *>()->value())};
-    for (const QDoubleSpinBox *number : page->findChildren<QDoubleSpinBox *>())
-        shown.push_back(number->value());
+    std::vector<double> shown{double(find<QSpinBox>("autoNameNumber")->value())};
+    for (const char *number : {"splitBySilenceNumber", "splitByIntervalNumber", "saveFilterNumber"})
+        shown.push_back(find<QDoubleSpinBox>(number)->value());
     EXPECT_EQ(shown, (std::vector<double>{1'000'000, 2.5, 100'000, 0}));
     EXPECT_EQ((std::vector<int>{AppSettings::autoSplitSeconds(), AppSettings::autoSplitEverySeconds(),
                                 AppSettings::autoFilterSeconds(), AppSettings::recordNameBaseOn()}),
@@ -69,8 +69,8 @@ TEST_F(Settings, WhatIsStoredIsShownWhateverItIsAndNotStoredAnew) {
 TEST_F(Settings, AHotKeyIsPressedIntoItsFieldAndEachIsTakenOnce) {
     int told = 0;
     QObject::connect(&window, &ui::MainWindow::hotkeysChanged, &window, [&] { ++told; });
-    page(2);
-    photograph(window.settings(), "settings-hotkeys");
+    turnSettingsTo(2);
+    photograph(window, "settings-hotkeys");
     press("hotkey0", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
     EXPECT_EQ(AppSettings::hotkeyStartRecording(), "ctrl opt r");
     EXPECT_EQ(told, 1);
@@ -88,13 +88,14 @@ TEST_F(Settings, AHotKeyIsPressedIntoItsFieldAndEachIsTakenOnce) {
 TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
     const auto subscription = foundation::NotificationCenter::defaultCenter().subscribe<QString>(
         kNotificationChangeLanguage, [this](const QString &) { window.changeLanguageText(); });
-    page(0);
+    turnSettingsTo(0);
     auto *language = find<QComboBox>("language");
     ASSERT_EQ(language->count(), 19);
     const auto shown = [this] {
-        return QStringList{find<QAbstractButton>("source0")->text(), window.settings().windowTitle(),
-                           window.tasks().windowTitle(), window.library().findChild<QLineEdit *>()->placeholderText(),
-                           find<QTabWidget>("tabs")->tabText(1)};
+        return QStringList{
+            find<QAbstractButton>("source0")->text(), window.settings().findChild<QLabel *>("title")->text(),
+            window.tasks().findChild<QLabel *>("title")->text(),
+            window.library().findChild<QLineEdit *>()->placeholderText(), find<QTabWidget>("tabs")->tabText(1)};
     };
     const QStringList english = shown();
     language->setCurrentText("Deutsch");
@@ -102,7 +103,7 @@ TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
     EXPECT_EQ(AppSettings::appLanguage(), "German");
     for (qsizetype i = 0; i < english.size(); ++i)
         EXPECT_NE(shown()[i], english[i]);
-    photograph(window.settings(), "settings-german");
+    photograph(window, "settings-german");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
-#include "ui/TasksWindow.h"
+#include "ui/TasksPage.h"
 
+#include "recording/schedule/ScheduleTaskText.h"
 #include "tests/window/WindowFixture.h"
 
 #include <QComboBox>
@@ -10,6 +11,8 @@
 #include <QSpinBox>
 #include <QToolButton>
 
+#include <utility>
+
 namespace cantorel {
 namespace {
 
@@ -17,10 +20,16 @@ class Tasks : public test::WindowFixture {
 public:
     Tasks() {
         recorder.schedule().initScheduleTaskList();
-        window.tasks().show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window.tasks()));
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        QApplication::setActiveWindow(&window);
+        openTasks();
     }
-    void name(const char *text) { find<QLineEdit>("taskName")->setText(text); }
+    // Of a new task.
+    void name(const char *text) {
+        click("newTask");
+        find<QLineEdit>("taskName")->setText(text);
+    }
     void start(const QDateTime &moment) { find<QDateTimeEdit>("taskStart")->setDateTime(moment); }
     void length(int seconds) {
         find<QSpinBox>("hours")->setValue(0);
@@ -28,7 +37,7 @@ public:
         find<QSpinBox>("seconds")->setValue(seconds % 60);
     }
     QString add() {
-        click("addTask");
+        click("saveTask");
         return find<QLabel>("taskTrouble")->text();
     }
 
@@ -36,25 +45,30 @@ public:
 };
 
 TEST_F(Tasks, NoTwoDaysReadAlikeAndTheWeekBeginsAsTheLanguageHasIt) {
+    click("newTask");
+    find<QCheckBox>("daily")->setChecked(true);
     for (const auto &[language, first] : {std::pair("Turkish", "day1"), {"English", "day0"}}) {
         Lang::ChangeLanguage(language);
         window.changeLanguageText();
         pass(50);
         QStringList texts;
-        int leftmost = window.tasks().width();
+        const QWidget *leftmost = find<QWidget>(first);
         for (int day = 0; day < 7; ++day) {
-            const auto *box = find<QCheckBox>(qPrintable(QStringLiteral("day%1").arg(day)));
+            const auto *box = find<QAbstractButton>(qPrintable(QStringLiteral("day%1").arg(day)));
             texts << box->text();
-            leftmost = qMin(leftmost, box->x());
+            const auto place = [](const QWidget &button) { return std::pair(button.y(), button.x()); };
+            if (place(*box) < place(*leftmost))
+                leftmost = box;
         }
         EXPECT_EQ(texts.removeDuplicates(), 0) << language;
-        EXPECT_EQ(find<QCheckBox>(first)->x(), leftmost) << language;
+        EXPECT_EQ(leftmost->objectName(), first) << language;
     }
 }
 
 TEST_F(Tasks, WhatCouldNeverRecordIsRefusedWithASentence) {
+    click("newTask");
     EXPECT_EQ(add(), Lang::windowEnterTaskName());
-    name("News");
+    find<QLineEdit>("taskName")->setText("News");
     length(0);
     EXPECT_EQ(add(), Lang::toolsScheduleTaskErrorDuration());
     length(60);
@@ -64,7 +78,7 @@ TEST_F(Tasks, WhatCouldNeverRecordIsRefusedWithASentence) {
     click("daily");
     EXPECT_EQ(add(), Lang::windowNoNextStart()) << "no day is chosen";
     EXPECT_TRUE(taskList.tasks().empty());
-    find<QCheckBox>("day3")->setChecked(true);
+    find<QAbstractButton>("day3")->setChecked(true);
     EXPECT_EQ(add(), QString());
     ASSERT_EQ(taskList.tasks().size(), 1u);
     EXPECT_EQ(taskList.tasks()[0]->WeeksOn_, QList<int>{3});
@@ -82,12 +96,13 @@ TEST_F(Tasks, ATaskIsStoredStartsByItselfAndIsRemoved) {
     ASSERT_EQ(add(), QString());
     auto *tasks = find<QListWidget>("tasks");
     EXPECT_EQ(tasks->count(), 2);
-    photograph(window.tasks(), "tasks-two");
+    photograph(window, "tasks-two");
     ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; })) << "by the clock of the wall";
     EXPECT_TRUE(find<QToolButton>("source1")->isChecked()) << "what is recorded is what is shown";
     tasks->setCurrentRow(0);
     click("removeTask");
-    EXPECT_FALSE(find<QLabel>("taskTrouble")->text().isEmpty()) << "it is recorded now";
+    EXPECT_EQ(find<QLabel>("taskNotice")->text(), Lang::windowTaskIsRecorded());
+    EXPECT_EQ(taskList.tasks().size(), 2u);
     ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
     EXPECT_EQ(QFileInfo(list.items().back()->getFileName()).completeBaseName(), "Concert");
     tasks->setCurrentRow(tasks->count() - 1);
@@ -95,6 +110,54 @@ TEST_F(Tasks, ATaskIsStoredStartsByItselfAndIsRemoved) {
     taskList.LoadTasks();
     for (const auto &task : taskList.tasks())
         EXPECT_NE(task->_taskName, "Later");
+}
+
+TEST_F(Tasks, ATaskIsChangedInItsPlaceAndNothingElseIs) {
+    addTask();
+    const ScheduleTaskInfo before = *taskList.tasks()[0];
+    name("Later");
+    start(now.addDays(2));
+    ASSERT_EQ(add(), QString());
+    auto *rows = find<QListWidget>("tasks");
+    rows->setCurrentRow(0);
+    QTest::keyClick(rows, Qt::Key_Return);
+    EXPECT_EQ(find<QAbstractButton>("saveTask")->text(), Lang::btnSave());
+    length(90);
+    ASSERT_EQ(add(), QString());
+    ASSERT_EQ(taskList.tasks().size(), 2u);
+    ScheduleTaskInfo changed = *taskList.tasks()[0];
+    EXPECT_EQ(changed._duration, 90);
+    changed._duration = before._duration;
+    EXPECT_EQ(jsonOfTask(changed).value("from"), jsonOfTask(before).value("from"));
+    for (const char *kept : {"name", "source", "daily", "weeks", "repeat", "shutdown"})
+        EXPECT_EQ(jsonOfTask(changed).value(kept), jsonOfTask(before).value(kept)) << kept;
+    EXPECT_EQ(rows->currentRow(), 0) << "the one that was changed";
+    click("newTask");
+    EXPECT_EQ(find<QLineEdit>("taskName")->text(), QString()) << "nothing of the other";
+}
+
+TEST_F(Tasks, WhatIsRemovedComesBackWithUndoAndWhatWasMissedSaysWhy) {
+    find<QLabel>("noTasks");
+    EXPECT_TRUE(find<QLabel>("noTasks")->isVisible());
+    addTask();
+    const QJsonObject before = jsonOfTask(*taskList.tasks()[0]);
+    auto *rows = find<QListWidget>("tasks");
+    rows->setCurrentRow(0);
+    rows->setFocus();
+    QTest::keyClick(rows, Qt::Key_Delete);
+    ASSERT_TRUE(taskList.tasks().empty());
+    click("undoRemove");
+    ASSERT_EQ(taskList.tasks().size(), 1u);
+    EXPECT_EQ(jsonOfTask(*taskList.tasks()[0]), before);
+    panel.taskMissed(*taskList.tasks()[0], now, QStringLiteral("The computer slept."));
+    ASSERT_EQ(rows->count(), 2);
+    EXPECT_TRUE(rows->item(0)->text().endsWith("The computer slept."));
+    photograph(window, "tasks-missed");
+    rows->setCurrentRow(0);
+    EXPECT_FALSE(find<QToolButton>("editTask")->isVisible());
+    click("removeTask");
+    EXPECT_EQ(rows->count(), 1);
+    EXPECT_EQ(taskList.tasks().size(), 1u);
 }
 
 // Of two tasks of one name the row that is chosen goes, also when others have gone elsewhere meanwhile.

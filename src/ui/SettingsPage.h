@@ -1,0 +1,96 @@
+#pragma once
+
+#include "ui/Page.h"
+
+#include <array>
+#include <vector>
+
+class QBoxLayout;
+class QButtonGroup;
+class QCheckBox;
+class QComboBox;
+class QDoubleSpinBox;
+class QLabel;
+class QSpinBox;
+class QStackedWidget;
+class QToolButton;
+
+namespace cantorel::ui {
+
+class CardRow;
+class HotkeyField;
+class RowCard;
+
+// The options, in force as soon as they are changed: a list of pages, and cards of rows on each. Owned by the main
+// window.
+class SettingsPage : public Page {
+    Q_OBJECT
+
+public:
+    explicit SettingsPage(QWidget *parent = nullptr);
+
+    // Shows what is stored.
+    void showSettings();
+    void openRecordingPage();
+    // How the desktop says that the keys for start, stop and pause are pressed; empty where it does not.
+    void setTriggers(const std::array<QString, 3> &triggers);
+    void turn(int step) override;
+    void begin() override;
+
+Q_SIGNALS:
+    // Emitted once the new value is stored.
+    void languageChanged();
+    void recordingChanged();
+    void hotkeysChanged();
+
+private:
+    // A switch with a number of seconds that shows only while it is on.
+    struct NumberedChoice {
+        CardRow *row;
+        QCheckBox *choice;
+        QDoubleSpinBox *number;
+        QString (*text)();
+        bool (*isOn)();
+        void (*setOn)(bool);
+        double (*value)();
+        void (*setValue)(double);
+    };
+
+    void addPage(std::initializer_list<QWidget *> parts);
+    QLabel *heading();
+    RowCard *card();
+    QCheckBox *choice(CardRow &row, const char *objectName);
+    void makeGeneral();
+    void makeRecording();
+    void makeHotkeys();
+    NumberedChoice &addNumbered(RowCard &card, const char *name, int most);
+    void chooseLanguage(const QString &displayName);
+    void chooseFolder();
+    void chooseHotkey(std::size_t index, const QString &text);
+    void showNextName();
+    void fit();
+    void showIcons();
+    void showTexts();
+    void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+    QWidget *mList; // of the pages
+    QBoxLayout *mBeside, *mListLayout;
+    QStackedWidget *mPages;
+    QButtonGroup *mChosen;
+    std::vector<RowCard *> mCards;
+    std::vector<QBoxLayout *> mColumns; // of the pages
+    QLabel *mFiles, *mSilence, *mHotkeyNote;
+    CardRow *mLanguageRow = nullptr, *mFormatRow = nullptr, *mFolderRow = nullptr, *mNameRow = nullptr,
+            *mSkipRow = nullptr, *mHotkeysRow = nullptr;
+    QComboBox *mLanguage, *mFormat;
+    QToolButton *mFolder;
+    QCheckBox *mAutoName = nullptr, *mSkipSilence = nullptr, *mEnableHotkeys = nullptr;
+    QSpinBox *mNumber;
+    std::vector<NumberedChoice> mNumbered;
+    std::array<CardRow *, 3> mHotkeyRows{};
+    std::array<HotkeyField *, 3> mHotkeys{};
+    std::array<QString, 3> mTriggers;
+};
+
+} // namespace cantorel::ui
