@@ -4,12 +4,32 @@
 
 #include <QAbstractItemView>
 #include <QPainter>
+#include <QTextLayout>
+#include <QtMath>
 
 namespace cantorel::ui {
 
 namespace {
 
-constexpr int kWraps = Qt::TextWordWrap | Qt::TextWrapAnywhere;
+// Breaks between words, and within one only where it alone is too wide. Shows it where a painter is given; answers its
+// height.
+int wrapped(const QFont &font, const QString &text, QRect place, QPainter *painter = nullptr) {
+    QTextLayout layout(text, font);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    qreal height = 0;
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(place.width());
+        line.setPosition(QPointF(0, height));
+        height += line.height();
+    }
+    layout.endLayout();
+    if (painter)
+        layout.draw(painter, place.topLeft());
+    return qCeil(height);
+}
 
 struct Lines {
     QFont title, second;
@@ -21,12 +41,8 @@ struct Lines {
           second(Look::font(view, text_size::kSecondLine)),
           titleText(index.data(TwoLineDelegate::Title).toString()),
           secondText(index.data(TwoLineDelegate::Second).toString()),
-          titleHeight(heightOf(title, titleText, width)),
-          secondHeight(heightOf(second, secondText, width)) {}
-
-    static int heightOf(const QFont &font, const QString &text, int width) {
-        return QFontMetrics(font).boundingRect(QRect(0, 0, width, QWIDGETSIZE_MAX), kWraps, text).height();
-    }
+          titleHeight(wrapped(title, titleText, {0, 0, width, 0})),
+          secondHeight(wrapped(second, secondText, {0, 0, width, 0})) {}
 };
 
 } // namespace
@@ -52,15 +68,11 @@ void TwoLineDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
     QRect text = option.rect.adjusted(measure::kMargin, 0, -measure::kMargin, 0);
     const Lines lines(view, index, text.width());
     text.setTop(text.center().y() - (lines.titleHeight + lines.secondHeight) / 2);
-    text.setHeight(lines.titleHeight);
-    painter->setFont(lines.title);
     painter->setPen(tokens.text);
-    painter->drawText(text, kWraps, lines.titleText);
+    wrapped(lines.title, lines.titleText, text, painter);
     text.translate(0, lines.titleHeight);
-    text.setHeight(lines.secondHeight);
-    painter->setFont(lines.second);
     painter->setPen(index.data(IsTrouble).toBool() ? tokens.red : tokens.text2);
-    painter->drawText(text, kWraps, lines.secondText);
+    wrapped(lines.second, lines.secondText, text, painter);
     painter->restore();
 }
 
