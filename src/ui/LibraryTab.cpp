@@ -2,11 +2,12 @@
 
 #include "lang/Lang.h"
 #include "recording/library/RecordedList.h"
+#include "settings/UserDefaultFunctions.h"
 #include "ui/Deck.h"
+#include "ui/DetailsPanel.h"
 #include "ui/DigitLabel.h"
 #include "ui/Icons.h"
 #include "ui/PlayButton.h"
-#include "ui/RecordingInfo.h"
 #include "ui/RowDelegate.h"
 #include "ui/Strip.h"
 #include "ui/look/Look.h"
@@ -17,9 +18,11 @@
 #include <QEvent>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPainter>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
@@ -33,12 +36,24 @@ namespace cantorel::ui {
 namespace {
 
 constexpr int kSliderSteps = 1000;
-constexpr int kSearch = 320, kCover = 40, kPlayer = 72;
+constexpr int kSearch = 240, kCover = 40, kPlayer = 72, kTools = 56;
+constexpr int kWide = 880;                                 // from here on the details have room beside the list
+const QString kDetails = QStringLiteral("libraryDetails"); // whether they are wanted there
 
+// Tools and list lie on the ground of lists.
+class Page : public QWidget {
+public:
+    using QWidget::QWidget;
+
+protected:
+    void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(rect(), Look::tokens().surface); }
+};
+
+// Clicks leave the focus where it is, so that the keys of the list go on working.
 QToolButton *flatButton(QWidget *parent, const char *name) {
     auto *button = new QToolButton(parent);
     button->setAutoRaise(true);
-    button->setFocusPolicy(Qt::StrongFocus);
+    button->setFocusPolicy(Qt::TabFocus);
     button->setObjectName(QString::fromLatin1(name));
     return button;
 }
@@ -61,6 +76,8 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mLength(new DigitLabel(this)),
       mPlay(new PlayButton(this)),
       mStop(flatButton(this, "stopPlaying")),
+      mReveal(flatButton(this, "reveal")),
+      mToggle(flatButton(this, "showDetails")),
       mSeek(new QSlider(Qt::Horizontal, this)) {
     mSearch->setClearButtonEnabled(true);
     mSearch->setObjectName(QStringLiteral("search"));
@@ -72,18 +89,28 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
     mModel.picture = [this](const RecordedAudioInfo &item) {
         return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF());
     };
-    connect(&mPictures, &CoverPictures::changed, this, [this] { mTable->viewport()->update(); });
+    connect(&mPictures, &CoverPictures::changed, this, [this] {
+        mTable->viewport()->update();
+        showDetails();
+    });
     connect(&mPlayer, &LibraryPlayer::changed, this, [this] { showPlayer(); });
 
-    auto *tools = new QHBoxLayout;
-    tools->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
-    mSearch->setMaximumWidth(Look::scaled(*this, kSearch));
-    tools->addWidget(mSearch, 1);
-    tools->addStretch();
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins({});
     column->setSpacing(0);
-    column->addLayout(tools);
+    mPage = new Page(this);
+    mPanel = new DetailsPanel(this);
+    auto *upper = new QHBoxLayout;
+    upper->setSpacing(0);
+    upper->addWidget(mPage, 1);
+    upper->addWidget(mPanel);
+    column->addLayout(upper, 1);
+    column->addWidget(makeNotice());
+    column->addWidget(makePlayer());
+    auto *page = new QVBoxLayout(mPage);
+    page->setContentsMargins({});
+    page->setSpacing(0);
+    page->addWidget(makeTools());
     auto *stacked = new QWidget(this);
     mStack = new QStackedLayout(stacked);
     mStack->addWidget(makeTable());
@@ -91,11 +118,33 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
     mEmpty->setWordWrap(true);
     mEmpty->setEnabled(false); // A quiet word.
     mStack->addWidget(mEmpty);
-    column->addWidget(stacked, 1);
-    column->addWidget(makeNotice());
-    column->addWidget(makePlayer());
+    page->addWidget(stacked, 1);
+    connect(&mPanel->back(), &QToolButton::clicked, this, [this] { toggleDetails(); });
+    connect(mTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { showChoice(); });
+    connect(mTable->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { showChoice(); });
+    connect(&mModel, &QAbstractItemModel::dataChanged, this, [this] { showDetails(); });
+    arrangeDetails();
     showIcons();
     showTexts();
+}
+
+QWidget *LibraryTab::makeTools() {
+    auto *tools = new QWidget(this);
+    tools->setMinimumHeight(Look::tall(*this, kTools));
+    auto *row = new QHBoxLayout(tools);
+    row->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
+    mSearch->setMaximumWidth(Look::scaled(*this, kSearch));
+    mToggle->setCheckable(true);
+    mReveal->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    mReveal->hide();
+    connect(mReveal, &QToolButton::clicked, this, [this] { reveal(); });
+    connect(mToggle, &QToolButton::clicked, this, [this] { toggleDetails(); });
+    row->addWidget(mSearch, 3);
+    row->addSpacing(measure::kGap);
+    row->addWidget(mReveal);
+    row->addStretch(1);
+    row->addWidget(mToggle);
+    return tools;
 }
 
 QWidget *LibraryTab::makeTable() {
@@ -145,12 +194,15 @@ QWidget *LibraryTab::makeTable() {
     };
     onKey(Qt::Key_Return, [this] { playOrPause(); });
     onKey(Qt::Key_Space, [this] { playOrPause(); });
-    onKey(Qt::ALT | Qt::Key_Return, [this] { showInfo(); });
-    onKey(Qt::CTRL | Qt::Key_I, [this] { showInfo(); });
     onKey(QKeySequence::Delete, [this] { remove(RecordingsRemoval::Files::Stay); });
     onKey(Qt::SHIFT | Qt::Key_Delete, [this] { remove(RecordingsRemoval::Files::IntoWastebasket); });
-    auto *find = new QShortcut(QKeySequence::Find, this);
-    connect(find, &QShortcut::activated, mSearch, [this] { mSearch->setFocus(Qt::ShortcutFocusReason); });
+    const auto onPage = [this](const QKeySequence &keys, auto action) {
+        auto *shortcut = new QShortcut(keys, this);
+        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+        connect(shortcut, &QShortcut::activated, this, action);
+    };
+    onPage(QKeySequence::Find, [this] { mSearch->setFocus(Qt::ShortcutFocusReason); });
+    onPage(Qt::CTRL | Qt::Key_I, [this] { toggleDetails(); });
     return mTable;
 }
 
@@ -216,8 +268,9 @@ void LibraryTab::showMenu(const QPoint &position) {
         [this] { mTable->edit(mTable->currentIndex().siblingAtColumn(RecordingsModel::Title)); }, isOne && isReady);
     add(
         "folder", Lang::btnShowInFinder(), [this] { reveal(); }, isOne);
-    add(
-        "information", Lang::commFileInformation(), [this] { showInfo(); }, isOne);
+    if (mDetails == Details::Closed)
+        add(
+            "tag", Lang::commFileInformation(), [this] { toggleDetails(); }, isOne);
     menu.addSeparator();
     add("remove", Lang::windowRemoveFromList(), [this] { remove(RecordingsRemoval::Files::Stay); });
     add("wastebasket", Lang::windowMoveToWastebasket(), [this] { remove(RecordingsRemoval::Files::IntoWastebasket); });
@@ -268,16 +321,72 @@ void LibraryTab::reveal() {
         (void)mFiles->reveal({items.front()->getFileName()}); // The desktop shows it or has no file manager.
 }
 
-void LibraryTab::showInfo() {
-    const QModelIndex row = mTable->currentIndex().siblingAtColumn(RecordingsModel::Title);
-    const RecordedAudioInfo *item = mModel.item(row.row());
-    if (!item)
+bool LibraryTab::isWide() const { return width() >= Look::scaled(*this, kWide); }
+
+void LibraryTab::toggleDetails() {
+    const bool opens = mDetails == Details::Closed;
+    (void)ZQUserDefaultSetValue_BOOL(opens, kDetails); // A failure is logged by the store.
+    mDetails = !opens ? Details::Closed : isWide() ? Details::Beside : Details::Covering;
+    arrangeDetails();
+    if (mDetails == Details::Covering)
+        mPanel->back().setFocus();
+    else if (!opens)
+        mTable->setFocus();
+}
+
+// A window that becomes narrow shows the list, and the panel again once it is wide.
+void LibraryTab::arrangeDetails() {
+    if (isWide())
+        mDetails = ZQUserDefaultGetBoolValue(kDetails, false) ? Details::Beside : Details::Closed;
+    else if (mDetails == Details::Beside)
+        mDetails = Details::Closed;
+    const bool covers = mDetails == Details::Covering;
+    mPage->setVisible(!covers);
+    mPanel->setVisible(mDetails != Details::Closed);
+    mPanel->setCovering(covers);
+    mPanel->setMinimumWidth(mPanel->besideWidth());
+    mPanel->setMaximumWidth(covers ? QWIDGETSIZE_MAX : mPanel->besideWidth());
+    mToggle->setChecked(mDetails != Details::Closed);
+    showDetails();
+}
+
+// Of several that are selected the one that the keys stand on.
+RecordedAudioInfo *LibraryTab::chosen() const {
+    const QItemSelectionModel &selection = *mTable->selectionModel();
+    if (!selection.hasSelection())
+        return nullptr;
+    const int current = mTable->currentIndex().row();
+    return mModel.item(selection.isRowSelected(current) ? current : selection.selection().first().top());
+}
+
+void LibraryTab::showDetails() {
+    if (mDetails == Details::Closed)
         return;
-    mTable->scrollTo(row);
-    QRect place = mTable->visualRect(row);
-    place.moveTopLeft(mTable->viewport()->mapToGlobal(place.topLeft()));
-    // It deletes itself.
-    (new RecordingInfo(*item, row.siblingAtColumn(RecordingsModel::Date).data().toString(), this))->showAt(place);
+    const RecordedAudioInfo *item = chosen();
+    mPanel->show(item,
+                 item ? mPictures.picture(*item, mPanel->coverSide(), devicePixelRatioF())
+                            .pixmap(mPanel->coverSide(), mPanel->coverSide())
+                      : QPixmap(),
+                 item ? mModel.shownDate(item->dateAdded()) : QString());
+}
+
+void LibraryTab::showChoice() {
+    showDetails();
+    mReveal->setVisible(mFiles != nullptr && mTable->selectionModel()->hasSelection());
+}
+
+// Whether there was something to leave.
+bool LibraryTab::escape() {
+    if (mDetails != Details::Closed && !mSearch->hasFocus())
+        toggleDetails();
+    else if (!mSearch->text().isEmpty()) {
+        mSearch->clear();
+        mTable->setFocus();
+    } else if (mDetails != Details::Closed)
+        toggleDetails();
+    else
+        return false;
+    return true;
 }
 
 void LibraryTab::remove(RecordingsRemoval::Files files) {
@@ -329,8 +438,10 @@ void LibraryTab::remember() {
 }
 
 void LibraryTab::restore() {
-    if (mBefore.selected.empty() && !mBefore.current && !mBefore.top)
+    if (mBefore.selected.empty() && !mBefore.current && !mBefore.top) {
+        showChoice();
         return;
+    }
     QItemSelection selection;
     int current = -1, top = -1, first = -1;
     for (int row = 0; row <= mModel.rowCount(); ++row) {
@@ -353,6 +464,7 @@ void LibraryTab::restore() {
     if (top >= 0)
         mTable->verticalScrollBar()->setValue(top * mTable->verticalHeader()->defaultSectionSize());
     mBefore = {};
+    showChoice();
 }
 
 // As wide as what they show at most, and as their names with the sign of the order.
@@ -399,10 +511,17 @@ void LibraryTab::showTexts() {
     mSearch->setAccessibleName(Lang::windowSearchRecordings());
     mTable->setAccessibleName(Lang::tabPlaylistTitle());
     mUndo->setText(Lang::windowUndo());
+    mReveal->setText(Lang::btnShowInFinder());
+    mReveal->setToolTip(Lang::btnShowInFinder());
+    mToggle->setToolTip(Lang::commFileInformation());
+    mToggle->setAccessibleName(Lang::commFileInformation());
+    mPanel->back().setToolTip(Lang::tabPlaylistTitle());
+    mPanel->back().setAccessibleName(Lang::tabPlaylistTitle());
     mStop->setToolTip(Lang::windowStopPlaying());
     mStop->setAccessibleName(Lang::windowStopPlaying());
     mSeek->setAccessibleName(Lang::windowPosition());
     mModel.languageDidChange();
+    showDetails();
     fitColumns();
     showEmptiness();
     showPlayer();
@@ -410,7 +529,27 @@ void LibraryTab::showTexts() {
 
 void LibraryTab::showIcons() {
     mStop->setIcon(icon(QStringLiteral("stop"), palette()));
+    mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
+    mToggle->setIcon(icon(QStringLiteral("tag"), palette()));
     mSearch->addAction(icon(QStringLiteral("search"), palette()), QLineEdit::LeadingPosition);
+}
+
+// So that keys of the window do not come before what Escape leaves here.
+bool LibraryTab::event(QEvent *event) {
+    const auto *key = event->type() == QEvent::ShortcutOverride ? static_cast<QKeyEvent *>(event) : nullptr;
+    if (key && key->key() == Qt::Key_Escape && (mDetails != Details::Closed || !mSearch->text().isEmpty()))
+        event->accept();
+    return QWidget::event(event);
+}
+
+void LibraryTab::keyPressEvent(QKeyEvent *event) {
+    if (event->key() != Qt::Key_Escape || !escape())
+        QWidget::keyPressEvent(event);
+}
+
+void LibraryTab::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    arrangeDetails();
 }
 
 void LibraryTab::changeEvent(QEvent *event) {

@@ -27,6 +27,7 @@ class RecordedList;
 
 namespace cantorel::ui {
 
+class DetailsPanel;
 class DigitLabel;
 class PlayButton;
 class Strip;
@@ -57,14 +58,19 @@ Q_SIGNALS:
     void playsIntoRecording(const QString &file);
 
 private:
+    QWidget *makeTools();
     QWidget *makeTable();
     QWidget *makePlayer();
     QWidget *makeNotice();
     std::vector<RecordedAudioInfo *> selected() const;
+    RecordedAudioInfo *chosen() const;
     void showMenu(const QPoint &position);
     void playOrPause();
     void reveal();
-    void showInfo();
+    void toggleDetails();
+    void arrangeDetails();
+    void showDetails();
+    void showChoice();
     void remove(RecordingsRemoval::Files files);
     void undo();
     void notice(const foundation::Sentence &text, bool withUndo);
@@ -75,6 +81,11 @@ private:
     void showPlayer();
     void showIcons();
     void showTexts();
+    bool isWide() const;
+    bool escape();
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
 
     RecordedList &mList;
@@ -90,6 +101,10 @@ private:
         const RecordedAudioInfo *current = nullptr, *top = nullptr;
         int column = 0;
     } mBefore;
+    // The panel stands beside the list in a wide window, and covers it in a narrow one.
+    enum class Details { Closed, Beside, Covering } mDetails = Details::Closed;
+    QWidget *mPage = nullptr; // tools and list
+    DetailsPanel *mPanel = nullptr;
     QLineEdit *mSearch;
     QStackedLayout *mStack = nullptr;
     QTableView *mTable;
@@ -99,7 +114,7 @@ private:
     QWidget *mPlayerBar = nullptr;
     QPushButton *mUndo = nullptr;
     PlayButton *mPlay;
-    QToolButton *mStop;
+    QToolButton *mStop, *mReveal, *mToggle;
     QSlider *mSeek;
     enum class Playing { Free, AsksFirst, Allowed } mPlaying = Playing::Free;
 };

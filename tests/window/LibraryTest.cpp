@@ -153,28 +153,45 @@ TEST_F(LongLibrary, WhatIsDraggedAreTheFilesOfTheSelectionButNoUnfinishedOne) {
     EXPECT_FALSE(table->model()->index(0, 0).flags() & Qt::ItemIsDragEnabled);
 }
 
-TEST_F(LongLibrary, InformationOpensAtTheRowByKeyAndClosesWithEscape) {
-    select({1200});
-    key(table, Qt::Key_Return, Qt::AltModifier);
-    auto *panel = window.findChild<QWidget *>("recordingInfo");
-    ASSERT_NE(panel, nullptr);
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(panel));
-    photograph(*panel, "library-information");
-    QStringList texts;
-    for (const auto *label : panel->findChildren<QLabel *>())
-        texts << label->text();
-    for (const QString &expected : QStringList{"Track1299.mp3", QDir::homePath(), "MP3", "00:03:10", "1.00 MB"})
-        EXPECT_TRUE(texts.contains(expected)) << expected.toStdString();
-    EXPECT_FALSE(texts.contains(Lang::windowArtist())) << "nothing is said where there is nothing";
-    EXPECT_TRUE(QRect(window.mapToGlobal(QPoint()), window.size()).intersects(panel->frameGeometry()));
-    QTest::keyClick(panel, Qt::Key_Escape);
-    EXPECT_FALSE(panel->isVisible());
-    pass(50);
-    EXPECT_EQ(window.findChild<QWidget *>("recordingInfo"), nullptr) << "it is gone";
-    table->clearSelection();
-    table->setCurrentIndex({});
+TEST_F(LongLibrary, DetailsStandBesideTheListOrCoverANarrowOneAndAreRemembered) {
+    auto *panel = find<QWidget>("details");
+    const auto texts = [&] {
+        QStringList shown;
+        for (const auto *label : panel->findChildren<QLabel *>())
+            if (label->isVisible())
+                shown << label->text().remove(QChar(0x200B)); // where a word may be broken
+        return shown;
+    };
+    window.resize(1000, 600);
     key(table, Qt::Key_I, Qt::ControlModifier);
-    EXPECT_EQ(window.findChild<QWidget *>("recordingInfo"), nullptr) << "of which recording?";
+    ASSERT_TRUE(panel->isVisible() && table->isVisible());
+    EXPECT_EQ(texts(), QStringList{Lang::windowNothingChosen()});
+    select({1200});
+    photograph(window, "library-details");
+    for (const QString &expected : QStringList{"Track1299.mp3", QDir::homePath(), "MP3", "00:03:10, 1.00 MB"})
+        EXPECT_TRUE(texts().contains(expected)) << expected.toStdString() << " in " << texts().join('|').toStdString();
+    EXPECT_FALSE(texts().contains(Lang::windowArtist())) << "nothing is said where there is nothing";
+    list.remove(*list.items()[1299]);
+    EXPECT_FALSE(texts().contains("Track1299.mp3"));
+
+    window.resize(820, 600);
+    EXPECT_TRUE(table->isVisible() && !panel->isVisible()) << "a window that becomes narrow keeps its list";
+    find<QLineEdit>("search")->setText("Track");
+    for (const bool byKey : {true, false}) {
+        click("showDetails");
+        ASSERT_TRUE(panel->isVisible() && !table->isVisible());
+        photograph(window, "library-details-narrow");
+        if (byKey)
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        else
+            click("back");
+        EXPECT_TRUE(table->isVisible() && !panel->isVisible() && table->hasFocus());
+        EXPECT_FALSE(find<QLineEdit>("search")->text().isEmpty()) << "one thing at a time";
+    }
+    QTest::keyClick(table, Qt::Key_Escape);
+    EXPECT_TRUE(find<QLineEdit>("search")->text().isEmpty());
+    window.resize(1000, 600);
+    EXPECT_FALSE(panel->isVisible()) << "it was closed";
 }
 
 TEST_F(LongLibrary, ACoverIsShownOnceItIsDecoded) {
