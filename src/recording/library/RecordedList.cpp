@@ -18,6 +18,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <tuple>
 
@@ -34,6 +35,8 @@ constexpr std::chrono::seconds kSweepInterval(1);
 constexpr qint64 kSmallArchive = 64 * 1024;
 
 constexpr int kAttempts = 5;
+
+const QString kDateFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
 constexpr const char *kInsert = "insert";
 constexpr const char *kRemove = "remove";
@@ -202,12 +205,34 @@ RecordedAudioInfo &RecordedList::addRecordedFile(const QString &path, const QStr
     auto item = std::make_unique<RecordedAudioInfo>(path);
     item->setDuration(recordDuration);
     item->setSize(recordFileSize);
-    item->setDateAdded(QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+    item->setDateAdded(QDateTime::currentDateTime().toString(kDateFormat));
     finishLoading();
     mItems.push_back(std::move(item));
     store(kInsert, mItems.size() - 1);
     changed();
     return *mItems.back();
+}
+
+QStringList RecordedList::append(std::vector<RecordedAudioFields> recordings) {
+    finishLoading();
+    QSet<QString> listed;
+    for (const auto &item : mItems)
+        listed.insert(item->getFileName());
+    std::erase_if(recordings, [&](const RecordedAudioFields &fields) { return listed.contains(fields._fileName); });
+    const QString now = QDateTime::currentDateTime().toString(kDateFormat);
+    QStringList files;
+    for (RecordedAudioFields &fields : recordings) {
+        files << fields._fileName;
+        fields._dateAdded = now;
+        mItems.push_back(std::make_unique<RecordedAudioInfo>(std::move(fields)));
+    }
+    if (files.size() == 1)
+        store(kInsert, mItems.size() - 1);
+    else if (!files.isEmpty())
+        saveRecordedList();
+    if (!files.isEmpty())
+        changed();
+    return files;
 }
 
 void RecordedList::insert(std::size_t at, RecordedAudioFields fields) {
@@ -226,6 +251,17 @@ void RecordedList::remove(RecordedAudioInfo &item) {
     const auto gone = std::move(mItems[at]); // The caller may still use it while the view hears of the change.
     mItems.erase(mItems.begin() + static_cast<std::ptrdiff_t>(at));
     store(kRemove, at);
+    changed();
+}
+
+void RecordedList::removeFiles(const QStringList &files) {
+    const QSet<QString> unlisted(files.begin(), files.end());
+    const auto gone = std::stable_partition(mItems.begin(), mItems.end(), [&](const auto &item) {
+        return item->isInUse() || !unlisted.contains(item->getFileName());
+    });
+    const Items kept(std::make_move_iterator(gone), std::make_move_iterator(mItems.end())); // as in remove()
+    mItems.erase(gone, mItems.end());
+    saveRecordedList();
     changed();
 }
 
