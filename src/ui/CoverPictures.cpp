@@ -50,7 +50,7 @@ QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scal
         else if (!known->picture.isNull())
             return known->picture;
     }
-    return drawn(QStringLiteral("sound"), Look::tokens().text2, size, scale);
+    return drawn(QStringLiteral("wave"), Look::tokens().text2, size, scale);
 }
 
 const QIcon &CoverPictures::drawn(const QString &name, const QColor &colour, int size, qreal scale) {

@@ -95,7 +95,7 @@ DetailsPanel::DetailsPanel(QWidget *parent)
     column->setContentsMargins(1, 0, 0, 0); // the hairline
     column->setSpacing(0);
     auto *lead = new QHBoxLayout;
-    lead->setContentsMargins(measure::kMargin - measure::kGap, measure::kGap, 0, 0);
+    lead->setContentsMargins(measure::kMargin - measure::kGap, 0, 0, 0);
     lead->addWidget(mBack);
     lead->addStretch();
     column->addLayout(lead);

@@ -5,38 +5,40 @@
 #include "settings/UserDefaultFunctions.h"
 #include "ui/Deck.h"
 #include "ui/DetailsPanel.h"
-#include "ui/DigitLabel.h"
 #include "ui/Icons.h"
-#include "ui/PlayButton.h"
+#include "ui/PlayerBar.h"
+#include "ui/RecordingsTable.h"
 #include "ui/RowDelegate.h"
 #include "ui/Strip.h"
 #include "ui/look/Look.h"
-#include "util/ToolString.h"
 
 #include <QAction>
 #include <QBoxLayout>
+#include <QDateTime>
+#include <QDragEnterEvent>
 #include <QEvent>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMimeData>
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
-#include <QSlider>
 #include <QStackedLayout>
-#include <QTableView>
 #include <QToolButton>
+
+#include <utility>
 
 namespace cantorel::ui {
 
 namespace {
 
-constexpr int kSliderSteps = 1000;
-constexpr int kSearch = 240, kCover = 40, kPlayer = 72, kTools = 56;
+constexpr int kSearch = 240, kCover = 40, kTools = 56;
 constexpr int kWide = 880;                                 // from here on the details have room beside the list
 const QString kDetails = QStringLiteral("libraryDetails"); // whether they are wanted there
 
@@ -48,6 +50,14 @@ public:
 protected:
     void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(rect(), Look::tokens().surface); }
 };
+
+QStringList localFiles(const QMimeData &data) {
+    QStringList files;
+    for (const QUrl &url : data.urls())
+        if (url.isLocalFile())
+            files << url.toLocalFile();
+    return files;
+}
 
 // Clicks leave the focus where it is, so that the keys of the list go on working.
 QToolButton *flatButton(QWidget *parent, const char *name) {
@@ -66,26 +76,24 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mList(list),
       mModel(list),
       mRemoval(list),
+      mAdding(list),
       mMedia(mPlayer, mModel, media),
       mFiles(files),
       mSearch(new QLineEdit(this)),
-      mTable(new QTableView(this)),
+      mTable(new RecordingsTable(this)),
       mEmpty(new QLabel(this)),
-      mPlayed(new QLabel(this)),
-      mTime(new DigitLabel(this)),
-      mLength(new DigitLabel(this)),
-      mPlay(new PlayButton(this)),
-      mStop(flatButton(this, "stopPlaying")),
+      mPlayerBar(new PlayerBar(mPlayer, list, this)),
+      mAdd(flatButton(this, "add")),
       mReveal(flatButton(this, "reveal")),
-      mToggle(flatButton(this, "showDetails")),
-      mSeek(new QSlider(Qt::Horizontal, this)) {
+      mToggle(flatButton(this, "showDetails")) {
+    setAcceptDrops(true);
     mSearch->setClearButtonEnabled(true);
     mSearch->setObjectName(QStringLiteral("search"));
     connect(mSearch, &QLineEdit::textChanged, this, [this](const QString &text) {
         mModel.search(text);
         showEmptiness();
     });
-    connect(&mModel, &RecordingsModel::renameFailed, this, [this](const auto &why) { notice(why, false); });
+    connect(&mModel, &RecordingsModel::renameFailed, this, [this](const auto &why) { notice(why); });
     mModel.picture = [this](const RecordedAudioInfo &item) {
         return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF());
     };
@@ -93,7 +101,9 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
         mTable->viewport()->update();
         showDetails();
     });
-    connect(&mPlayer, &LibraryPlayer::changed, this, [this] { showPlayer(); });
+    connect(&mPlayer, &LibraryPlayer::changed, mTable, [this] { mTable->viewport()->update(); });
+    connect(mPlayerBar, &PlayerBar::playWanted, this, [this](const QString &file) { play(file); });
+    connect(mPlayerBar, &PlayerBar::clicked, mTable, [this] { mTable->setFocus(); });
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins({});
@@ -106,7 +116,7 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
     upper->addWidget(mPanel);
     column->addLayout(upper, 1);
     column->addWidget(makeNotice());
-    column->addWidget(makePlayer());
+    column->addWidget(mPlayerBar);
     auto *page = new QVBoxLayout(mPage);
     page->setContentsMargins({});
     page->setSpacing(0);
@@ -129,43 +139,41 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
 }
 
 QWidget *LibraryTab::makeTools() {
-    auto *tools = new QWidget(this);
-    tools->setMinimumHeight(Look::tall(*this, kTools));
-    auto *row = new QHBoxLayout(tools);
+    mTools = new QWidget(this);
+    mTools->setMinimumHeight(Look::tall(*this, kTools));
+    auto *row = new QHBoxLayout(mTools);
     row->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
     mSearch->setMaximumWidth(Look::scaled(*this, kSearch));
     mToggle->setCheckable(true);
-    mReveal->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     mReveal->hide();
     connect(mReveal, &QToolButton::clicked, this, [this] { reveal(); });
     connect(mToggle, &QToolButton::clicked, this, [this] { toggleDetails(); });
+    connect(mAdd, &QToolButton::clicked, this, [this] { chooseFiles(); });
     row->addWidget(mSearch, 3);
     row->addSpacing(measure::kGap);
+    row->addWidget(mAdd);
     row->addWidget(mReveal);
     row->addStretch(1);
     row->addWidget(mToggle);
-    return tools;
+    return mTools;
 }
 
 QWidget *LibraryTab::makeTable() {
     mTable->setModel(&mModel);
-    mTable->setObjectName(QStringLiteral("recordings"));
     // Behind what the view itself does with its selection.
     connect(&mModel, &QAbstractItemModel::modelAboutToBeReset, this, [this] { remember(); });
     connect(&mModel, &QAbstractItemModel::modelReset, this, [this] { restore(); });
-    mTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    mTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    mTable->setEditTriggers(QAbstractItemView::EditKeyPressed);
-    mTable->setDragEnabled(true);
-    mTable->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    mTable->setShowGrid(false);
-    mTable->setWordWrap(false);
-    mTable->setFrameShape(QFrame::NoFrame);
-    mTable->setItemDelegate(new RowDelegate(mModel, mTable));
-    mTable->setTabKeyNavigation(false); // Tab leaves the table.
-    mTable->setContextMenuPolicy(Qt::CustomContextMenu);
-    mTable->verticalHeader()->hide();
-    mTable->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    auto *delegate = new RowDelegate(mModel, mTable);
+    delegate->isHovered = [this](int row) { return row == mTable->hoveredRow(); };
+    delegate->tile = [this](int row) {
+        const RecordedAudioInfo *item = mModel.item(row);
+        if (!item || item->isInUse())
+            return RowDelegate::Tile::Plain;
+        if (mPlayer.isPlaying() && item->getFileName() == mPlayer.file())
+            return RowDelegate::Tile::Pause;
+        return row == mTable->hoveredRow() ? RowDelegate::Tile::Play : RowDelegate::Tile::Plain;
+    };
+    mTable->setItemDelegate(delegate);
     mTable->verticalHeader()->setDefaultSectionSize(Look::scaled(*this, measure::kRow));
     mTable->horizontalHeader()->setSectionResizeMode(RecordingsModel::Title, QHeaderView::Stretch);
     mTable->horizontalHeader()->setHighlightSections(false);
@@ -182,20 +190,12 @@ QWidget *LibraryTab::makeTable() {
         mTable->setColumnHidden(said, true);
     mTable->setSortingEnabled(true);
     mTable->sortByColumn(RecordingsModel::Date, Qt::DescendingOrder);
-    connect(mTable, &QTableView::customContextMenuRequested, this, [this](const QPoint &at) { showMenu(at); });
-    connect(mTable, &QTableView::doubleClicked, this, [this](const QModelIndex &index) {
+    connect(mTable, &RecordingsTable::customContextMenuRequested, this, [this](const QPoint &at) { showMenu(at); });
+    connect(mTable, &RecordingsTable::tileClicked, this, [this](int row) { playTile(row); });
+    connect(mTable, &RecordingsTable::doubleClicked, this, [this](const QModelIndex &index) {
         if (const auto *item = mModel.item(index.row()))
             play(item->getFileName());
     });
-    const auto onKey = [this](const QKeySequence &keys, auto action) {
-        auto *shortcut = new QShortcut(keys, mTable);
-        shortcut->setContext(Qt::WidgetShortcut);
-        connect(shortcut, &QShortcut::activated, this, action);
-    };
-    onKey(Qt::Key_Return, [this] { playOrPause(); });
-    onKey(Qt::Key_Space, [this] { playOrPause(); });
-    onKey(QKeySequence::Delete, [this] { remove(RecordingsRemoval::Files::Stay); });
-    onKey(Qt::SHIFT | Qt::Key_Delete, [this] { remove(RecordingsRemoval::Files::IntoWastebasket); });
     const auto onPage = [this](const QKeySequence &keys, auto action) {
         auto *shortcut = new QShortcut(keys, this);
         shortcut->setContext(Qt::WidgetWithChildrenShortcut);
@@ -203,6 +203,8 @@ QWidget *LibraryTab::makeTable() {
     };
     onPage(QKeySequence::Find, [this] { mSearch->setFocus(Qt::ShortcutFocusReason); });
     onPage(Qt::CTRL | Qt::Key_I, [this] { toggleDetails(); });
+    onPage(QKeySequence::Open, [this] { chooseFiles(); });
+    onPage(QKeySequence::Undo, [this] { undo(); });
     return mTable;
 }
 
@@ -211,35 +213,8 @@ QWidget *LibraryTab::makeNotice() {
     mNotice->text().setObjectName(QStringLiteral("notice"));
     mUndo = &mNotice->addAction(QStringLiteral("undo"), false);
     connect(mUndo, &QPushButton::clicked, this, [this] { undo(); });
-    connect(mNotice, &Strip::closed, this, [this] { notice({}, false); });
+    connect(mNotice, &Strip::closed, this, [this] { notice({}); });
     return mNotice;
-}
-
-QWidget *LibraryTab::makePlayer() {
-    mPlayerBar = new Deck(this);
-    mPlayerBar->setMinimumHeight(Look::tall(*this, kPlayer));
-    auto *row = new QHBoxLayout(mPlayerBar);
-    row->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
-    row->setSpacing(2 * measure::kGap);
-    connect(mPlay, &PlayButton::clicked, this, [this] { playOrPause(); });
-    connect(mStop, &QToolButton::clicked, this, [this] { mPlayer.stop(); });
-    mSeek->setRange(0, kSliderSteps);
-    mSeek->setObjectName(QStringLiteral("seek"));
-    const auto seek = [this] { mPlayer.seek(mPlayer.length() * mSeek->value() / kSliderSteps); };
-    connect(mSeek, &QSlider::sliderReleased, this, seek);
-    connect(mSeek, &QSlider::actionTriggered, this, [this, seek](int action) {
-        if (action != QAbstractSlider::SliderMove)
-            QMetaObject::invokeMethod(this, seek, Qt::QueuedConnection); // once the value has changed
-    });
-    mPlayed->setTextFormat(Qt::PlainText);
-    row->addWidget(mPlay);
-    row->addWidget(mStop);
-    row->addWidget(mPlayed);
-    row->addWidget(mTime);
-    row->addWidget(mSeek, 1);
-    row->addWidget(mLength);
-    mPlayerBar->hide();
-    return mPlayerBar;
 }
 
 std::vector<RecordedAudioInfo *> LibraryTab::selected() const {
@@ -264,8 +239,7 @@ void LibraryTab::showMenu(const QPoint &position) {
     add(
         "play", Lang::btnPlay(), [this, file = items.front()->getFileName()] { play(file); }, isOne && isReady);
     add(
-        "rename", Lang::btnRename(),
-        [this] { mTable->edit(mTable->currentIndex().siblingAtColumn(RecordingsModel::Title)); }, isOne && isReady);
+        "rename", Lang::btnRename(), [this] { rename(); }, isOne && isReady);
     add(
         "folder", Lang::btnShowInFinder(), [this] { reveal(); }, isOne);
     if (mDetails == Details::Closed)
@@ -277,14 +251,17 @@ void LibraryTab::showMenu(const QPoint &position) {
     menu.exec(mTable->viewport()->mapToGlobal(position));
 }
 
-void LibraryTab::playOrPause() {
-    const auto items = selected();
-    if (mPlayer.isPlaying() && (items.empty() || items.front()->getFileName() == mPlayer.file()))
+void LibraryTab::playTile(int row) {
+    const RecordedAudioInfo *item = mModel.item(row);
+    if (item && mPlayer.isPlaying() && item->getFileName() == mPlayer.file())
         mPlayer.pause();
-    else if (!items.empty())
-        play(items.front()->getFileName());
-    else if (!mPlayer.file().isEmpty())
-        play(mPlayer.file());
+    else if (item)
+        play(item->getFileName());
+}
+
+void LibraryTab::rename() {
+    if (const RecordedAudioInfo *item = chosen(); item && !item->isInUse())
+        mTable->edit(mModel.index(mModel.rowOf(item), RecordingsModel::Title));
 }
 
 // By its name: the item may have gone while a menu or a question stood there.
@@ -293,13 +270,13 @@ void LibraryTab::play(const QString &file) {
     if (!item || item->isInUse())
         return;
     if (!QFileInfo::exists(file))
-        notice(kFileGone(file), false);
+        notice(kFileGone(file));
     else if (mPlaying == Playing::AsksFirst)
         Q_EMIT playsIntoRecording(file);
     else if (const auto played = mPlayer.play(file); !played)
-        notice(played.failure().sentence, false);
-    else
-        notice({}, false);
+        notice(played.failure().sentence);
+    else if (!mUndoes)
+        notice({});
 }
 
 void LibraryTab::setRecordsSystemSound(bool records) {
@@ -367,12 +344,25 @@ void LibraryTab::showDetails() {
                  item ? mPictures.picture(*item, mPanel->coverSide(), devicePixelRatioF())
                             .pixmap(mPanel->coverSide(), mPanel->coverSide())
                       : QPixmap(),
-                 item ? mModel.shownDate(item->dateAdded()) : QString());
+                 item ? mModel.fullDate(item->dateAdded()) : QString());
 }
 
 void LibraryTab::showChoice() {
     showDetails();
+    const RecordedAudioInfo *item = chosen();
+    mPlayerBar->choose(item && !item->isInUse() ? item->getFileName() : QString());
     mReveal->setVisible(mFiles != nullptr && mTable->selectionModel()->hasSelection());
+}
+
+// In a narrow window the tools are their icons.
+void LibraryTab::fitTools() {
+    for (const auto style : {Qt::ToolButtonTextBesideIcon, Qt::ToolButtonIconOnly}) {
+        for (QToolButton *tool : {mAdd, mReveal})
+            tool->setToolButtonStyle(style);
+        const int panel = mDetails == Details::Beside ? mPanel->besideWidth() : 0;
+        if (mTools->sizeHint().width() <= width() - panel)
+            return;
+    }
 }
 
 // Whether there was something to leave.
@@ -397,29 +387,65 @@ void LibraryTab::remove(RecordingsRemoval::Files files) {
         if (item->getFileName() == mPlayer.file())
             mPlayer.stop();
     const auto removed = mRemoval.remove(items, files);
-    if (!removed) {
-        notice(removed.failure().sentence, mRemoval.count() > 0);
-        return;
+    const auto putBack = [this] {
+        if (const auto undone = mRemoval.undo(); !undone)
+            notice(undone.failure().sentence);
+    };
+    if (mRemoval.count() > 0) {
+        const bool isOne = mRemoval.count() == 1, moved = mRemoval.hasMovedFiles();
+        QString text = isOne ? (moved ? Lang::windowMovedToWastebasket() : Lang::windowRemoved())
+                             : (moved ? Lang::windowSeveralMoved() : Lang::windowSeveralRemoved());
+        text.replace(QLatin1String("[#FileName#]"), mRemoval.firstName());
+        text.replace(QLatin1String("[#Count#]"), QString::number(mRemoval.count()));
+        tell(Strip::Kind::Result, text, putBack);
     }
-    if (mRemoval.count() == 0)
-        return;
-    const bool isOne = mRemoval.count() == 1, moved = mRemoval.hasMovedFiles();
-    QString text = isOne ? (moved ? Lang::windowMovedToWastebasket() : Lang::windowRemoved())
-                         : (moved ? Lang::windowSeveralMoved() : Lang::windowSeveralRemoved());
-    text.replace(QLatin1String("[#FileName#]"), mRemoval.firstName());
-    text.replace(QLatin1String("[#Count#]"), QString::number(mRemoval.count()));
-    notice(text, true);
+    if (!removed)
+        tell(Strip::Kind::Error, Lang::sentence(removed.failure().sentence), std::exchange(mUndoes, {}));
+}
+
+void LibraryTab::chooseFiles() {
+    QFileDialog dialog(this);
+    dialog.setWindowTitle(Lang::windowSoundFiles());
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    dialog.setObjectName(QStringLiteral("chooseFiles"));
+    if (dialog.exec() == QDialog::Accepted)
+        add(dialog.selectedFiles());
+}
+
+void LibraryTab::add(const QStringList &paths) {
+    mAdding.add(paths, [this](const RecordingsAdding::Added &added) { showAdded(added); });
+}
+
+void LibraryTab::showAdded(const RecordingsAdding::Added &added) {
+    const auto count = added.files.size();
+    const auto takeOut = [this] { mAdding.undo(); };
+    QString text = count == 0   ? Lang::windowAlreadyListed()
+                   : count == 1 ? Lang::windowAdded()
+                                : Lang::windowSeveralAdded();
+    text.replace(QLatin1String("[#FileName#]"), QFileInfo(added.files.value(0)).fileName());
+    text.replace(QLatin1String("[#Count#]"), QString::number(count));
+    if (!added.trouble.isEmpty())
+        tell(Strip::Kind::Error, Lang::sentence(added.trouble), count > 0 ? std::function<void()>(takeOut) : nullptr);
+    else if (count == 0)
+        tell(Strip::Kind::Hint, text, {});
+    else
+        tell(Strip::Kind::Result, text, takeOut);
 }
 
 void LibraryTab::undo() {
-    const auto undone = mRemoval.undo();
-    notice(undone ? foundation::Sentence() : undone.failure().sentence, false);
+    if (const auto undo = std::exchange(mUndoes, {})) {
+        notice({});
+        undo();
+    }
 }
 
-void LibraryTab::notice(const foundation::Sentence &text, bool withUndo) {
-    mUndo->setVisible(withUndo);
-    mNotice->tell(withUndo ? Strip::Kind::Result : Strip::Kind::Error, Lang::sentence(text));
+void LibraryTab::tell(Strip::Kind kind, const QString &text, std::function<void()> undo) {
+    mUndoes = std::move(undo);
+    mUndo->setVisible(bool(mUndoes));
+    mNotice->tell(kind, text);
 }
+
+void LibraryTab::notice(const foundation::Sentence &trouble) { tell(Strip::Kind::Error, Lang::sentence(trouble), {}); }
 
 void LibraryTab::listDidChange() {
     mModel.listDidChange();
@@ -467,14 +493,23 @@ void LibraryTab::restore() {
     showChoice();
 }
 
+QString LibraryTab::longestDate() const {
+    const QDateTime today(QDate::currentDate(), QTime(22, 58));
+    QString longest;
+    for (const QDateTime &date : {today, today.addDays(-1), QDateTime(QDate(2028, 12, 28), today.time())})
+        if (const QString text = mModel.shownDate(date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+            fontMetrics().horizontalAdvance(text) > fontMetrics().horizontalAdvance(longest))
+            longest = text;
+    return longest;
+}
+
 // As wide as what they show at most, and as their names with the sign of the order.
 void LibraryTab::fitColumns() {
-    const std::pair<RecordingsModel::Column, QString> texts[] = {
-        {RecordingsModel::Length, QStringLiteral("00:00:00")},
-        {RecordingsModel::Size, QStringLiteral("888.88 MB")},
-        {RecordingsModel::Date, mModel.shownDate(QStringLiteral("2028-12-28 22:58:58"))}};
+    const std::pair<RecordingsModel::Column, QString> texts[] = {{RecordingsModel::Length, QStringLiteral("00:00:00")},
+                                                                 {RecordingsModel::Size, QStringLiteral("888.88 MB")},
+                                                                 {RecordingsModel::Date, longestDate()}};
     const QFontMetrics metrics = fontMetrics();
-    const int air = 2 * measure::kGap + metrics.height() / 2;
+    const int air = 3 * measure::kGap;
     for (const auto &[column, text] : texts) {
         const QString name = mModel.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
         mTable->setColumnWidth(column,
@@ -485,25 +520,9 @@ void LibraryTab::fitColumns() {
 void LibraryTab::showEmptiness() {
     const bool isEmpty = mModel.rowCount() == 0;
     mEmpty->setText(mList.isLoading()       ? QString()
-                    : mList.items().empty() ? Lang::windowEmptyLibrary()
+                    : mList.items().empty() ? Lang::windowEmptyLibrary() + QLatin1Char('\n') + Lang::windowDropHere()
                                             : Lang::windowNothingFound());
     mStack->setCurrentIndex(isEmpty ? 1 : 0);
-}
-
-void LibraryTab::showPlayer() {
-    const bool hasFile = !mPlayer.file().isEmpty();
-    mPlayerBar->setVisible(hasFile);
-    if (!hasFile)
-        return;
-    mPlay->setPlaying(mPlayer.isPlaying());
-    mPlay->setToolTip(mPlayer.isPlaying() ? Lang::windowPause() : Lang::btnPlay());
-    mPlay->setAccessibleName(mPlay->toolTip());
-    const QString name = QFileInfo(mPlayer.file()).fileName();
-    mPlayed->setText(mPlayed->fontMetrics().elidedText(name, Qt::ElideMiddle, width() / 4));
-    if (!mSeek->isSliderDown() && mPlayer.length() > 0)
-        mSeek->setValue(static_cast<int>(mPlayer.position() / mPlayer.length() * kSliderSteps));
-    mTime->setText(ToolString::stringFromDuration(mPlayer.position()));
-    mLength->setText(ToolString::stringFromDuration(mPlayer.length()));
 }
 
 void LibraryTab::showTexts() {
@@ -511,24 +530,23 @@ void LibraryTab::showTexts() {
     mSearch->setAccessibleName(Lang::windowSearchRecordings());
     mTable->setAccessibleName(Lang::tabPlaylistTitle());
     mUndo->setText(Lang::windowUndo());
+    mAdd->setText(Lang::windowAddFiles());
+    mAdd->setToolTip(Lang::windowAddFiles());
     mReveal->setText(Lang::btnShowInFinder());
     mReveal->setToolTip(Lang::btnShowInFinder());
     mToggle->setToolTip(Lang::commFileInformation());
     mToggle->setAccessibleName(Lang::commFileInformation());
     mPanel->back().setToolTip(Lang::tabPlaylistTitle());
     mPanel->back().setAccessibleName(Lang::tabPlaylistTitle());
-    mStop->setToolTip(Lang::windowStopPlaying());
-    mStop->setAccessibleName(Lang::windowStopPlaying());
-    mSeek->setAccessibleName(Lang::windowPosition());
     mModel.languageDidChange();
     showDetails();
     fitColumns();
     showEmptiness();
-    showPlayer();
+    fitTools();
 }
 
 void LibraryTab::showIcons() {
-    mStop->setIcon(icon(QStringLiteral("stop"), palette()));
+    mAdd->setIcon(icon(QStringLiteral("add"), palette()));
     mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
     mToggle->setIcon(icon(QStringLiteral("tag"), palette()));
     mSearch->addAction(icon(QStringLiteral("search"), palette()), QLineEdit::LeadingPosition);
@@ -542,14 +560,64 @@ bool LibraryTab::event(QEvent *event) {
     return QWidget::event(event);
 }
 
+// What neither the list nor a field has a use for.
 void LibraryTab::keyPressEvent(QKeyEvent *event) {
-    if (event->key() != Qt::Key_Escape || !escape())
-        QWidget::keyPressEvent(event);
+    const bool isPlain = !(event->modifiers() & ~(Qt::KeypadModifier));
+    const bool isShifted = event->modifiers() == Qt::ShiftModifier;
+    const RecordedAudioInfo *item = chosen();
+    switch (event->key()) {
+    case Qt::Key_Escape:
+        if (escape())
+            return;
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Down:
+        if (isPlain && mSearch->hasFocus())
+            return mTable->setFocus(Qt::OtherFocusReason);
+        if (isPlain && item && event->key() != Qt::Key_Down)
+            return play(item->getFileName());
+        break;
+    case Qt::Key_Space:
+        if (isPlain)
+            return mPlayerBar->playOrPause();
+        break;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        if (isPlain)
+            return mPlayerBar->step(event->key() == Qt::Key_Left ? -1 : 1);
+        break;
+    case Qt::Key_F2:
+        if (isPlain)
+            return rename();
+        break;
+    case Qt::Key_Delete:
+        if (isPlain || isShifted)
+            return remove(isShifted ? RecordingsRemoval::Files::IntoWastebasket : RecordingsRemoval::Files::Stay);
+        break;
+    default:
+        break;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void LibraryTab::dragEnterEvent(QDragEnterEvent *event) {
+    if (event->source() != mTable && !localFiles(*event->mimeData()).isEmpty()) {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    }
+}
+
+void LibraryTab::dropEvent(QDropEvent *event) {
+    event->setDropAction(Qt::CopyAction); // Nothing is moved.
+    event->accept();
+    add(localFiles(*event->mimeData()));
 }
 
 void LibraryTab::resizeEvent(QResizeEvent *event) {
     QWidget::resizeEvent(event);
     arrangeDetails();
+    fitTools();
 }
 
 void LibraryTab::changeEvent(QEvent *event) {
@@ -557,7 +625,6 @@ void LibraryTab::changeEvent(QEvent *event) {
         for (QAction *action : mSearch->actions())
             mSearch->removeAction(action);
         showIcons();
-        showPlayer();
     }
     if (event->type() == QEvent::LanguageChange)
         showTexts();

@@ -1,9 +1,12 @@
 #include "recording/library/RecordingsModel.h"
+#include "tests/support/Wave.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
 
 #include <QAbstractButton>
 #include <QBuffer>
+#include <QDir>
+#include <QDragEnterEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QHeaderView>
@@ -192,6 +195,123 @@ TEST_F(LongLibrary, DetailsStandBesideTheListOrCoverANarrowOneAndAreRemembered) 
     EXPECT_TRUE(find<QLineEdit>("search")->text().isEmpty());
     window.resize(1000, 600);
     EXPECT_FALSE(panel->isVisible()) << "it was closed";
+}
+
+TEST_F(LongLibrary, KeysDoTheirWorkInTheListAndFieldsKeepTheirs) {
+    auto *search = find<QLineEdit>("search");
+    const auto current = [&] { return table->currentIndex().row(); };
+    const auto shown = [&] { return list.items().size(); };
+    const struct {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        std::function<bool()> isDone;
+        const char *what;
+    } keys[] = {{Qt::Key_End, {}, [&] { return current() == kMany - 1; }, "the last row"},
+                {Qt::Key_Home, {}, [&] { return current() == 0; }, "the first row"},
+                {Qt::Key_PageDown, {}, [&] { return current() > 2; }, "a page further"},
+                {Qt::Key_PageUp, {}, [&] { return current() == 0; }, "a page back"},
+                {Qt::Key_Down, {}, [&] { return current() == 1 && selected().size() == 1; }, "a row further"},
+                {Qt::Key_Down, Qt::ShiftModifier, [&] { return selected().size() == 2; }, "two rows"},
+                {Qt::Key_Right, {}, [&] { return current() == 2; }, "the row stays"},
+                {Qt::Key_Delete, {}, [&] { return shown() == kMany - 2; }, "off the list"},
+                {Qt::Key_Z, Qt::ControlModifier, [&] { return shown() == kMany; }, "back again"},
+                {Qt::Key_Z, Qt::ControlModifier, [&] { return shown() == kMany; }, "just once"},
+                {Qt::Key_F, Qt::ControlModifier, [&] { return search->hasFocus(); }, "search"},
+                {Qt::Key_Space, {}, [&] { return search->text() == " "; }, "a text"},
+                {Qt::Key_Home, {}, [&] { return search->cursorPosition() == 0; }, "in the text"},
+                {Qt::Key_Delete, {}, [&] { return search->text().isEmpty() && shown() == kMany; }, "a sign"},
+                {Qt::Key_Return, {}, [&] { return table->hasFocus(); }, "what was found"}};
+    table->setFocus();
+    for (const auto &[key, modifiers, isDone, what] : keys) {
+        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+        EXPECT_TRUE(isDone()) << what;
+    }
+    select({5});
+    table->setCurrentIndex(table->model()->index(5, RecordingsModel::Length)); // as a click there does
+    key(table, Qt::Key_F2);
+    auto *editor = table->viewport()->findChild<QLineEdit *>();
+    ASSERT_NE(editor, nullptr);
+    EXPECT_EQ(editor->selectedText(), "Track2494");
+    QTest::keyClicks(editor, "Renamed");
+    QTest::keyClick(editor, Qt::Key_Return);
+    pass(50); // The editor goes.
+    EXPECT_EQ(title(5), "Renamed.mp3");
+}
+
+TEST_F(LongLibrary, ThePictureBelowThePointerPlaysAndWhatIsRecordedStaysOnTop) {
+    const auto tile = [&](int row) { return table->visualRect(table->model()->index(row, RecordingsModel::Cover)); };
+    const auto look = [&](int row) { return table->viewport()->grab(tile(row)).toImage(); };
+    const QImage before = look(2);
+    QTest::mouseMove(table->viewport(), tile(2).center());
+    ASSERT_TRUE(passUntil([&] { return look(2) != before; })) << "a sign stands on it";
+    photograph(window, "library-hover");
+    QTest::mouseMove(table->viewport(), tile(4).center());
+    EXPECT_TRUE(passUntil([&] { return look(2) == before; }));
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, tile(2).center());
+    EXPECT_TRUE(find<QLabel>("notice")->isVisible()) << "tried: this file holds no sound";
+
+    RecordedAudioInfo &item = *list.items()[7];
+    for (const bool isRecording : {true, false}) {
+        item.isRecording = isRecording;
+        window.library().itemDidChange(item);
+        EXPECT_EQ(title(0) == "Track7.mp3", isRecording);
+    }
+    table->sortByColumn(RecordingsModel::Size, Qt::AscendingOrder);
+    item.isRecording = true;
+    window.library().listDidChange();
+    EXPECT_EQ(title(0), "Track7.mp3") << "in any order";
+    item.isRecording = false;
+    window.showStatuses();
+    EXPECT_EQ(title(7), "Track7.mp3") << "and then where it belongs";
+}
+
+TEST_F(LongLibrary, SoundThatIsDroppedJoinsTheListWhereItLiesAndRubbishIsNamed) {
+    const QDir home(QDir::homePath());
+    ASSERT_TRUE(home.mkpath("Album/Inner"));
+    for (const char *sound : {"Album/One.wav", "Album/Inner/Deep.wav", "Two.wav"})
+        ASSERT_TRUE(test::writeWav(home.filePath(sound), std::vector<float>(2 * 48'000)));
+    test::touch(home.filePath("Album/Cover.jpg"));
+    test::touch(home.filePath("Rubbish.mp3"));
+    auto *notice = find<QLabel>("notice");
+    const auto drop = [&](const QStringList &names) {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const QString &name : names)
+            urls << QUrl::fromLocalFile(home.filePath(name));
+        data.setUrls(urls);
+        auto &page = window.library();
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        enter.ignore();
+        QApplication::sendEvent(&page, &enter);
+        if (!enter.isAccepted())
+            return false;
+        EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
+        QDropEvent event({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&page, &event);
+        return true;
+    };
+    const struct {
+        QStringList names;
+        QStringList joined; // of the end of the list
+        QString said;
+    } drops[] = {{{"Album", "Two.wav", "Rubbish.mp3"}, {"One.wav", "Two.wav"}, "Rubbish.mp3"},
+                 {{"Two.wav"}, {"One.wav", "Two.wav"}, Lang::windowAlreadyListed()},
+                 {{"Album/Inner/Deep.wav"}, {"One.wav", "Two.wav", "Deep.wav"}, "Deep.wav"}};
+    for (const auto &[names, joined, said] : drops) {
+        ASSERT_TRUE(drop(names));
+        EXPECT_TRUE(passUntil([&] { return notice->text().contains(said); })) << notice->text().toStdString();
+        photograph(window, "library-dropped");
+        QStringList listed;
+        for (std::size_t at = kMany; at < list.items().size(); ++at)
+            listed << list.items()[at]->getTitle();
+        EXPECT_EQ(listed, joined);
+    }
+    EXPECT_EQ(list.items().back()->duration(), "00:00:01");
+    EXPECT_EQ(list.items().back()->getFileName(), home.filePath("Album/Inner/Deep.wav")) << "not moved, not copied";
+    click("undo");
+    EXPECT_EQ(list.items().size(), kMany + 2u) << "the last ones only";
+    EXPECT_TRUE(QFile::exists(home.filePath("Album/Inner/Deep.wav")));
+    EXPECT_FALSE(drop({})) << "no files";
 }
 
 TEST_F(LongLibrary, ACoverIsShownOnceItIsDecoded) {
