@@ -4,7 +4,6 @@
 
 #include <unicode/dtptngen.h>
 #include <unicode/smpdtfmt.h>
-#include <unicode/udisplaycontext.h>
 
 namespace cantorel {
 
@@ -47,12 +46,10 @@ ShortDates::ShortDates(const QLocale &locale) : mFormats(std::make_unique<Format
     const std::unique_ptr<icu::DateFormat> relative(
         icu::DateFormat::createDateInstance(icu::DateFormat::kShortRelative, spoken));
     const QDateTime now = QDateTime::currentDateTime();
-    if (relative) {
-        UErrorCode status = U_ZERO_ERROR; // without it, the words begin as within a sentence
-        relative->setContext(UDISPCTX_CAPITALIZATION_FOR_STANDALONE, status);
-    }
-    mFormats->today = cantorel::text(relative.get(), now);
-    mFormats->yesterday = cantorel::text(relative.get(), now.addDays(-1));
+    // The words stand alone, and come as within a sentence.
+    const auto capital = [&](const QString &word) { return locale.toUpper(word.left(1)) + word.mid(1); };
+    mFormats->today = capital(cantorel::text(relative.get(), now));
+    mFormats->yesterday = capital(cantorel::text(relative.get(), now.addDays(-1)));
 }
 
 ShortDates::~ShortDates() = default;
