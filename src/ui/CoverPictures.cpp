@@ -42,11 +42,11 @@ CoverPictures::CoverPictures() : mDecoded(kKept) { mDecoding.setMaxThreadCount(1
 QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale) {
     if (item.isRecording)
         return drawn(QStringLiteral("record"), Look::tokens().red, size, scale);
-    if (!item.cover.isEmpty()) {
+    if (!item.cover().isEmpty()) {
         const int side = static_cast<int>(size * scale);
-        const Decoded *known = mDecoded.object(nameOf(item.cover, side));
+        const Decoded *known = mDecoded.object(nameOf(item.cover(), side));
         if (!known)
-            decode(item.cover, side, scale);
+            decode(item.cover(), side, scale);
         else if (!known->picture.isNull())
             return known->picture;
     }

@@ -320,9 +320,11 @@ TEST_F(LongLibrary, ACoverIsShownOnceItIsDecoded) {
     RecordedAudioInfo &newest = *list.items().back();
     QImage red(600, 300, QImage::Format_RGB32);
     red.fill(Qt::red);
-    QBuffer encoded(&newest.cover);
+    QByteArray picture;
+    QBuffer encoded(&picture);
     ASSERT_TRUE(red.save(&encoded, "PNG"));
-    list.items().front()->cover = QByteArrayLiteral("no picture");
+    newest.setCover(picture);
+    list.items().front()->setCover(QByteArrayLiteral("no picture"));
     const auto cover = [&](int row, QIcon::Mode mode = QIcon::Normal) {
         const auto icon = table->model()->index(row, RecordingsModel::Cover).data(Qt::DecorationRole).value<QIcon>();
         return icon.pixmap(table->iconSize(), mode).toImage();

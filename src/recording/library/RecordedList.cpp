@@ -14,6 +14,7 @@
 #include <QRegularExpression>
 #include <QThread>
 
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -77,6 +78,7 @@ void RecordedList::initRecordedListBehind(std::function<void()> loaded) {
     mInvalidFiles.clear();
     mLoading = std::async(std::launch::async, [this, loaded = std::move(loaded)] {
         Items items = load();
+        (void)::malloc_trim(0); // Reading takes several times what stays; it goes back to the system.
         QMetaObject::invokeMethod(&mTold, [this, loaded] {
             (void)guarded("initRecordedList", [&] { finishLoading(); });
             loaded();
@@ -105,7 +107,7 @@ RecordedList::Items RecordedList::load() {
     items.reserve(static_cast<std::size_t>(stored.items.size()));
     for (const QVariant &archived : stored.items) {
         if (auto fields = recordedAudioFields(archived))
-            items.push_back(std::make_unique<RecordedAudioInfo>(*std::move(fields)));
+            items.push_back(std::make_unique<RecordedAudioInfo>(*fields));
     }
     mJournalFits = items.size() == static_cast<std::size_t>(stored.items.size());
     if (!changes.empty()) // They are folded into the archive with the next change.
@@ -115,12 +117,9 @@ RecordedList::Items RecordedList::load() {
     mArchiveSize = stored.archive.size();
     if (std::erase_if(items, [](const auto &item) { return !QFile::exists(item->getFileName()); }) > 0)
         mJournalFits = false;
-    if (QThread *const owner = mTold.thread(); owner != QThread::currentThread()) {
-        for (const auto &item : items) {
+    if (mTold.thread() != QThread::currentThread())
+        for (const auto &item : items)
             (void)item->searchKey(); // made while nobody waits for it
-            item->moveToThread(owner);
-        }
-    }
     return items;
 }
 
@@ -142,11 +141,11 @@ void RecordedList::apply(const std::vector<QJsonObject> &changes, Items &items) 
         auto fields = fieldsOf(change.value(QStringLiteral("item")).toArray());
         const auto place = items.begin() + static_cast<std::ptrdiff_t>(std::min(at, items.size()));
         if (operation == QLatin1String(kInsert) && at <= items.size())
-            items.insert(place, std::make_unique<RecordedAudioInfo>(std::move(fields)));
+            items.insert(place, std::make_unique<RecordedAudioInfo>(fields));
         else if (operation == QLatin1String(kRemove) && at < items.size())
             items.erase(place);
         else if (operation == QLatin1String(kSet) && at < items.size())
-            *place = std::make_unique<RecordedAudioInfo>(std::move(fields));
+            *place = std::make_unique<RecordedAudioInfo>(fields);
     }
 }
 
@@ -194,9 +193,24 @@ std::size_t RecordedList::indexOf(const RecordedAudioInfo &item) const {
     return static_cast<std::size_t>(found - mItems.begin());
 }
 
+QStringList RecordedList::folders() const {
+    QSet<QByteArray> folders;
+    QByteArrayView last;
+    for (const auto &item : mItems) {
+        const QByteArrayView folder = item->folder();
+        if (folder != last) // Most lie where the one before lies.
+            folders.insert(folder.toByteArray());
+        last = folder;
+    }
+    QStringList names;
+    for (const QByteArray &folder : folders)
+        names << QString::fromUtf8(folder);
+    return names;
+}
+
 RecordedAudioInfo *RecordedList::itemWithFile(const QString &path) const {
-    const auto found =
-        std::find_if(mItems.begin(), mItems.end(), [&](const auto &item) { return item->getFileName() == path; });
+    const auto found = std::find_if(mItems.begin(), mItems.end(),
+                                    [file = path.toUtf8()](const auto &item) { return item->hasFile(file); });
     return found == mItems.end() ? nullptr : found->get();
 }
 
@@ -224,7 +238,7 @@ QStringList RecordedList::append(std::vector<RecordedAudioFields> recordings) {
     for (RecordedAudioFields &fields : recordings) {
         files << fields._fileName;
         fields._dateAdded = now;
-        mItems.push_back(std::make_unique<RecordedAudioInfo>(std::move(fields)));
+        mItems.push_back(std::make_unique<RecordedAudioInfo>(fields));
     }
     if (files.size() == 1)
         store(kInsert, mItems.size() - 1);
@@ -238,8 +252,7 @@ QStringList RecordedList::append(std::vector<RecordedAudioFields> recordings) {
 void RecordedList::insert(std::size_t at, RecordedAudioFields fields) {
     finishLoading();
     at = std::min(at, mItems.size());
-    mItems.insert(mItems.begin() + static_cast<std::ptrdiff_t>(at),
-                  std::make_unique<RecordedAudioInfo>(std::move(fields)));
+    mItems.insert(mItems.begin() + static_cast<std::ptrdiff_t>(at), std::make_unique<RecordedAudioInfo>(fields));
     store(kInsert, at);
     changed();
 }

@@ -58,6 +58,8 @@ public:
     const Items &items() const { return mItems; }
     // Null when there is none.
     RecordedAudioInfo *itemWithFile(const QString &path) const;
+    // The folders that the files of the list lie in, each once.
+    QStringList folders() const;
     // items().size() for one that is not in the list.
     std::size_t indexOf(const RecordedAudioInfo &item) const;
 
