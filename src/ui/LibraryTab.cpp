@@ -39,6 +39,7 @@ namespace cantorel::ui {
 namespace {
 
 constexpr int kSearch = 240, kCover = 40, kTools = 56;
+constexpr int kLeastTitle = 200;
 constexpr int kWide = 880;                                 // from here on the details have room beside the list
 const QString kDetails = QStringLiteral("libraryDetails"); // whether they are wanted there
 
@@ -325,6 +326,8 @@ void LibraryTab::arrangeDetails() {
     mPanel->setMaximumWidth(covers ? QWIDGETSIZE_MAX : mPanel->besideWidth());
     mToggle->setChecked(mDetails != Details::Closed);
     showDetails();
+    fitColumns();
+    fitTools();
 }
 
 // Of several that are selected the one that the keys stand on.
@@ -354,13 +357,14 @@ void LibraryTab::showChoice() {
     mReveal->setVisible(mFiles != nullptr && mTable->selectionModel()->hasSelection());
 }
 
+int LibraryTab::listWidth() const { return width() - (mDetails == Details::Beside ? mPanel->besideWidth() : 0); }
+
 // In a narrow window the tools are their icons.
 void LibraryTab::fitTools() {
     for (const auto style : {Qt::ToolButtonTextBesideIcon, Qt::ToolButtonIconOnly}) {
         for (QToolButton *tool : {mAdd, mReveal})
             tool->setToolButtonStyle(style);
-        const int panel = mDetails == Details::Beside ? mPanel->besideWidth() : 0;
-        if (mTools->sizeHint().width() <= width() - panel)
+        if (mTools->sizeHint().width() <= listWidth())
             return;
     }
 }
@@ -503,17 +507,21 @@ QString LibraryTab::longestDate() const {
     return longest;
 }
 
-// As wide as what they show at most, and as their names with the sign of the order.
+// As wide as what they show at most, and as their names with the sign of the order. Where a title would lack room, the
+// size goes first, then the date, which the second line takes.
 void LibraryTab::fitColumns() {
     const std::pair<RecordingsModel::Column, QString> texts[] = {{RecordingsModel::Length, QStringLiteral("00:00:00")},
-                                                                 {RecordingsModel::Size, QStringLiteral("888.88 MB")},
-                                                                 {RecordingsModel::Date, longestDate()}};
+                                                                 {RecordingsModel::Date, longestDate()},
+                                                                 {RecordingsModel::Size, QStringLiteral("888.88 MB")}};
     const QFontMetrics metrics = fontMetrics();
     const int air = 3 * measure::kGap;
+    int room = listWidth() - mTable->columnWidth(RecordingsModel::Cover) - Look::scaled(*this, kLeastTitle);
     for (const auto &[column, text] : texts) {
         const QString name = mModel.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
-        mTable->setColumnWidth(column,
-                               air + qMax(metrics.horizontalAdvance(text), metrics.horizontalAdvance(name) + air));
+        const int width = air + qMax(metrics.horizontalAdvance(text), metrics.horizontalAdvance(name) + air);
+        mTable->setColumnWidth(column, width);
+        mTable->setColumnHidden(column, room < width);
+        room -= width;
     }
 }
 
@@ -539,10 +547,8 @@ void LibraryTab::showTexts() {
     mPanel->back().setToolTip(Lang::tabPlaylistTitle());
     mPanel->back().setAccessibleName(Lang::tabPlaylistTitle());
     mModel.languageDidChange();
-    showDetails();
-    fitColumns();
+    arrangeDetails();
     showEmptiness();
-    fitTools();
 }
 
 void LibraryTab::showIcons() {
@@ -617,7 +623,6 @@ void LibraryTab::dropEvent(QDropEvent *event) {
 void LibraryTab::resizeEvent(QResizeEvent *event) {
     QWidget::resizeEvent(event);
     arrangeDetails();
-    fitTools();
 }
 
 void LibraryTab::changeEvent(QEvent *event) {

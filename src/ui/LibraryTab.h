@@ -81,6 +81,7 @@ private:
     void notice(const foundation::Sentence &trouble);
     void remember();
     void restore();
+    int listWidth() const;
     void fitColumns();
     void fitTools();
     QString longestDate() const;

@@ -4,9 +4,9 @@
 #include "recording/library/RecordingsModel.h"
 #include "ui/look/Look.h"
 
-#include <QAbstractItemView>
 #include <QFileInfo>
 #include <QPainter>
+#include <QTableView>
 
 namespace cantorel::ui {
 
@@ -71,7 +71,7 @@ void RowDelegate::paintGround(QPainter &painter, const QStyleOptionViewItem &opt
     const bool isSelected = option.state & QStyle::State_Selected;
     if (!isSelected && !isHovered(index.row()))
         return;
-    const auto *table = static_cast<const QAbstractItemView *>(option.widget);
+    const auto *table = static_cast<const QTableView *>(option.widget);
     const QRect row(measure::kGap, option.rect.top() + kInset, table->viewport()->width() - 2 * measure::kGap,
                     option.rect.height() - 2 * kInset);
     painter.save();
@@ -112,7 +112,9 @@ void RowDelegate::paintTitle(QPainter &painter, const QStyleOptionViewItem &opti
     line.setHeight(secondMetrics.height());
     // What is going on with it comes first.
     const QString state = index.siblingAtColumn(RecordingsModel::State).data().toString();
-    const QString below = state.isEmpty() ? whoOrWhere(*item) : state;
+    QString below = state.isEmpty() ? whoOrWhere(*item) : state;
+    if (static_cast<const QTableView &>(view).isColumnHidden(RecordingsModel::Date))
+        below.prepend(index.siblingAtColumn(RecordingsModel::Date).data().toString() + QStringLiteral(", "));
     painter.setFont(second);
     painter.setPen(stateColour(*item));
     painter.drawText(line, Qt::AlignVCenter | Qt::AlignLeft,

@@ -195,6 +195,10 @@ TEST_F(LongLibrary, DetailsStandBesideTheListOrCoverANarrowOneAndAreRemembered) 
     EXPECT_TRUE(find<QLineEdit>("search")->text().isEmpty());
     window.resize(1000, 600);
     EXPECT_FALSE(panel->isVisible()) << "it was closed";
+    EXPECT_FALSE(table->isColumnHidden(RecordingsModel::Size));
+    window.resize(560, 420);
+    EXPECT_TRUE(table->isColumnHidden(RecordingsModel::Size)) << "the title needs the room";
+    EXPECT_GE(table->columnWidth(RecordingsModel::Title), 200);
 }
 
 TEST_F(LongLibrary, KeysDoTheirWorkInTheListAndFieldsKeepTheirs) {
