@@ -16,7 +16,7 @@ namespace cantorel {
 namespace {
 
 void show(const CommandSession &session, const RecordedAudioInfo &item) {
-    const RecordedAudioFields &fields = item.fields();
+    const RecordedAudioFields fields = item.fields();
     session.answer({{QStringLiteral("file"), fields._fileName},
                     {QStringLiteral("duration"), fields._duration},
                     {QStringLiteral("size"), fields._size},

@@ -14,7 +14,9 @@ namespace {
 
 constexpr int kKept = 500; // pictures; a few screens full
 
-quintptr nameOf(const QByteArray &cover) { return reinterpret_cast<quintptr>(cover.constData()); }
+std::pair<quintptr, int> nameOf(const QByteArray &cover, int side) {
+    return {reinterpret_cast<quintptr>(cover.constData()), side};
+}
 
 QImage decoded(const QByteArray &cover, int side) {
     QBuffer buffer;
@@ -40,14 +42,15 @@ CoverPictures::CoverPictures() : mDecoded(kKept) { mDecoding.setMaxThreadCount(1
 QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale) {
     if (item.isRecording)
         return drawn(QStringLiteral("record"), Look::tokens().red, size, scale);
-    if (!item.cover.isEmpty()) {
-        const Decoded *known = mDecoded.object(nameOf(item.cover));
+    if (!item.cover().isEmpty()) {
+        const int side = static_cast<int>(size * scale);
+        const Decoded *known = mDecoded.object(nameOf(item.cover(), side));
         if (!known)
-            decode(item.cover, static_cast<int>(size * scale), scale);
+            decode(item.cover(), side, scale);
         else if (!known->picture.isNull())
             return known->picture;
     }
-    return drawn(QStringLiteral("sound"), Look::tokens().text2, size, scale);
+    return drawn(QStringLiteral("wave"), Look::tokens().text2, size, scale);
 }
 
 const QIcon &CoverPictures::drawn(const QString &name, const QColor &colour, int size, qreal scale) {
@@ -69,11 +72,11 @@ const QIcon &CoverPictures::drawn(const QString &name, const QColor &colour, int
 }
 
 void CoverPictures::decode(const QByteArray &cover, int side, qreal scale) {
-    mDecoded.insert(nameOf(cover), new Decoded{cover, {}}); // The cache owns it.
+    mDecoded.insert(nameOf(cover, side), new Decoded{cover, {}}); // The cache owns it.
     mDecoding.start([this, cover, side, scale] {
         const QImage image = decoded(cover, side);
-        QMetaObject::invokeMethod(this, [this, cover, image, scale] {
-            Decoded *waiting = mDecoded.object(nameOf(cover));
+        QMetaObject::invokeMethod(this, [this, cover, side, image, scale] {
+            Decoded *waiting = mDecoded.object(nameOf(cover, side));
             if (!waiting || image.isNull())
                 return;
             QPixmap picture = QPixmap::fromImage(image);

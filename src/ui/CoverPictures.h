@@ -4,7 +4,7 @@
 #include <QIcon>
 #include <QThreadPool>
 
-#include <functional>
+#include <utility>
 
 namespace cantorel {
 class RecordedAudioInfo;
@@ -30,7 +30,7 @@ Q_SIGNALS:
 
 private:
     struct Decoded {
-        QByteArray cover; // held, so that its place in memory names it
+        QByteArray cover; // held, so that its place in memory stays its own
         QIcon picture;    // null while it is decoded, or for what is no picture
     };
 
@@ -38,7 +38,7 @@ private:
     void decode(const QByteArray &cover, int side, qreal scale);
 
     QHash<QString, QIcon> mDrawn;
-    QCache<quintptr, Decoded> mDecoded;
+    QCache<std::pair<quintptr, int>, Decoded> mDecoded; // by the cover's place in memory and the side in pixels
     QThreadPool mDecoding;
 };
 

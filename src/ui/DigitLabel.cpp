@@ -22,7 +22,7 @@ QSize DigitLabel::sizeHint() const { return {static_cast<int>(std::ceil(position
 void DigitLabel::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     painter.setFont(font());
-    painter.setPen(palette().color(QPalette::WindowText));
+    painter.setPen(palette().color(foregroundRole()));
     const QVector<qreal> places = positions();
     const QFontMetricsF metrics(font());
     const qreal baseline = (height() - metrics.height()) / 2 + metrics.ascent();

@@ -2,43 +2,69 @@
 
 #include "lang/Lang.h"
 #include "recording/library/RecordedList.h"
+#include "settings/UserDefaultFunctions.h"
 #include "ui/Deck.h"
-#include "ui/DigitLabel.h"
+#include "ui/DetailsPanel.h"
 #include "ui/Icons.h"
-#include "ui/PlayButton.h"
-#include "ui/RecordingInfo.h"
+#include "ui/PlayerBar.h"
+#include "ui/RecordingsTable.h"
 #include "ui/RowDelegate.h"
 #include "ui/Strip.h"
 #include "ui/look/Look.h"
-#include "util/ToolString.h"
 
 #include <QAction>
 #include <QBoxLayout>
+#include <QDateTime>
+#include <QDragEnterEvent>
 #include <QEvent>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMimeData>
+#include <QPainter>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
-#include <QSlider>
 #include <QStackedLayout>
-#include <QTableView>
 #include <QToolButton>
+
+#include <utility>
 
 namespace cantorel::ui {
 
 namespace {
 
-constexpr int kSliderSteps = 1000;
-constexpr int kSearch = 320, kCover = 40, kPlayer = 72;
+constexpr int kSearch = 240, kCover = 40, kTools = 56;
+constexpr int kLeastTitle = 200;
+constexpr int kWide = 880;                                 // from here on the details have room beside the list
+const QString kDetails = QStringLiteral("libraryDetails"); // whether they are wanted there
 
+// Tools and list lie on the ground of lists.
+class Page : public QWidget {
+public:
+    using QWidget::QWidget;
+
+protected:
+    void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(rect(), Look::tokens().surface); }
+};
+
+QStringList localFiles(const QMimeData &data) {
+    QStringList files;
+    for (const QUrl &url : data.urls())
+        if (url.isLocalFile())
+            files << url.toLocalFile();
+    return files;
+}
+
+// Clicks leave the focus where it is, so that the keys of the list go on working.
 QToolButton *flatButton(QWidget *parent, const char *name) {
     auto *button = new QToolButton(parent);
     button->setAutoRaise(true);
-    button->setFocusPolicy(Qt::StrongFocus);
+    button->setFocusPolicy(Qt::TabFocus);
     button->setObjectName(QString::fromLatin1(name));
     return button;
 }
@@ -51,39 +77,51 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mList(list),
       mModel(list),
       mRemoval(list),
+      mAdding(list),
       mMedia(mPlayer, mModel, media),
       mFiles(files),
       mSearch(new QLineEdit(this)),
-      mTable(new QTableView(this)),
+      mTable(new RecordingsTable(this)),
       mEmpty(new QLabel(this)),
-      mPlayed(new QLabel(this)),
-      mTime(new DigitLabel(this)),
-      mLength(new DigitLabel(this)),
-      mPlay(new PlayButton(this)),
-      mStop(flatButton(this, "stopPlaying")),
-      mSeek(new QSlider(Qt::Horizontal, this)) {
+      mPlayerBar(new PlayerBar(mPlayer, list, this)),
+      mAdd(flatButton(this, "add")),
+      mReveal(flatButton(this, "reveal")),
+      mToggle(flatButton(this, "showDetails")) {
+    setAcceptDrops(true);
     mSearch->setClearButtonEnabled(true);
     mSearch->setObjectName(QStringLiteral("search"));
     connect(mSearch, &QLineEdit::textChanged, this, [this](const QString &text) {
         mModel.search(text);
         showEmptiness();
     });
-    connect(&mModel, &RecordingsModel::renameFailed, this, [this](const auto &why) { notice(why, false); });
+    connect(&mModel, &RecordingsModel::renameFailed, this, [this](const auto &why) { notice(why); });
     mModel.picture = [this](const RecordedAudioInfo &item) {
         return mPictures.picture(item, mTable->iconSize().width(), devicePixelRatioF());
     };
-    connect(&mPictures, &CoverPictures::changed, this, [this] { mTable->viewport()->update(); });
-    connect(&mPlayer, &LibraryPlayer::changed, this, [this] { showPlayer(); });
+    connect(&mPictures, &CoverPictures::changed, this, [this] {
+        mTable->viewport()->update();
+        showDetails();
+    });
+    connect(&mPlayer, &LibraryPlayer::changed, mTable, [this] { mTable->viewport()->update(); });
+    connect(mPlayerBar, &PlayerBar::playWanted, this, [this](const QString &file) { play(file); });
+    connect(mPlayerBar, &PlayerBar::clicked, mTable, [this] { mTable->setFocus(); });
 
-    auto *tools = new QHBoxLayout;
-    tools->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
-    mSearch->setMaximumWidth(Look::scaled(*this, kSearch));
-    tools->addWidget(mSearch, 1);
-    tools->addStretch();
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins({});
     column->setSpacing(0);
-    column->addLayout(tools);
+    mPage = new Page(this);
+    mPanel = new DetailsPanel(this);
+    auto *upper = new QHBoxLayout;
+    upper->setSpacing(0);
+    upper->addWidget(mPage, 1);
+    upper->addWidget(mPanel);
+    column->addLayout(upper, 1);
+    column->addWidget(makeNotice());
+    column->addWidget(mPlayerBar);
+    auto *page = new QVBoxLayout(mPage);
+    page->setContentsMargins({});
+    page->setSpacing(0);
+    page->addWidget(makeTools());
     auto *stacked = new QWidget(this);
     mStack = new QStackedLayout(stacked);
     mStack->addWidget(makeTable());
@@ -91,32 +129,52 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
     mEmpty->setWordWrap(true);
     mEmpty->setEnabled(false); // A quiet word.
     mStack->addWidget(mEmpty);
-    column->addWidget(stacked, 1);
-    column->addWidget(makeNotice());
-    column->addWidget(makePlayer());
+    page->addWidget(stacked, 1);
+    connect(&mPanel->back(), &QToolButton::clicked, this, [this] { toggleDetails(); });
+    connect(mTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { showChoice(); });
+    connect(mTable->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { showChoice(); });
+    connect(&mModel, &QAbstractItemModel::dataChanged, this, [this] { showDetails(); });
+    arrangeDetails();
     showIcons();
     showTexts();
 }
 
+QWidget *LibraryTab::makeTools() {
+    mTools = new QWidget(this);
+    mTools->setMinimumHeight(Look::tall(*this, kTools));
+    auto *row = new QHBoxLayout(mTools);
+    row->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
+    mSearch->setMaximumWidth(Look::scaled(*this, kSearch));
+    mToggle->setCheckable(true);
+    mReveal->hide();
+    connect(mReveal, &QToolButton::clicked, this, [this] { reveal(); });
+    connect(mToggle, &QToolButton::clicked, this, [this] { toggleDetails(); });
+    connect(mAdd, &QToolButton::clicked, this, [this] { chooseFiles(); });
+    row->addWidget(mSearch, 3);
+    row->addSpacing(measure::kGap);
+    row->addWidget(mAdd);
+    row->addWidget(mReveal);
+    row->addStretch(1);
+    row->addWidget(mToggle);
+    return mTools;
+}
+
 QWidget *LibraryTab::makeTable() {
     mTable->setModel(&mModel);
-    mTable->setObjectName(QStringLiteral("recordings"));
     // Behind what the view itself does with its selection.
     connect(&mModel, &QAbstractItemModel::modelAboutToBeReset, this, [this] { remember(); });
     connect(&mModel, &QAbstractItemModel::modelReset, this, [this] { restore(); });
-    mTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    mTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    mTable->setEditTriggers(QAbstractItemView::EditKeyPressed);
-    mTable->setDragEnabled(true);
-    mTable->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    mTable->setShowGrid(false);
-    mTable->setWordWrap(false);
-    mTable->setFrameShape(QFrame::NoFrame);
-    mTable->setItemDelegate(new RowDelegate(mModel, mTable));
-    mTable->setTabKeyNavigation(false); // Tab leaves the table.
-    mTable->setContextMenuPolicy(Qt::CustomContextMenu);
-    mTable->verticalHeader()->hide();
-    mTable->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    auto *delegate = new RowDelegate(mModel, mTable);
+    delegate->isHovered = [this](int row) { return row == mTable->hoveredRow(); };
+    delegate->tile = [this](int row) {
+        const RecordedAudioInfo *item = mModel.item(row);
+        if (!item || item->isInUse())
+            return RowDelegate::Tile::Plain;
+        if (mPlayer.isPlaying() && item->getFileName() == mPlayer.file())
+            return RowDelegate::Tile::Pause;
+        return row == mTable->hoveredRow() ? RowDelegate::Tile::Play : RowDelegate::Tile::Plain;
+    };
+    mTable->setItemDelegate(delegate);
     mTable->verticalHeader()->setDefaultSectionSize(Look::scaled(*this, measure::kRow));
     mTable->horizontalHeader()->setSectionResizeMode(RecordingsModel::Title, QHeaderView::Stretch);
     mTable->horizontalHeader()->setHighlightSections(false);
@@ -133,24 +191,21 @@ QWidget *LibraryTab::makeTable() {
         mTable->setColumnHidden(said, true);
     mTable->setSortingEnabled(true);
     mTable->sortByColumn(RecordingsModel::Date, Qt::DescendingOrder);
-    connect(mTable, &QTableView::customContextMenuRequested, this, [this](const QPoint &at) { showMenu(at); });
-    connect(mTable, &QTableView::doubleClicked, this, [this](const QModelIndex &index) {
+    connect(mTable, &RecordingsTable::customContextMenuRequested, this, [this](const QPoint &at) { showMenu(at); });
+    connect(mTable, &RecordingsTable::tileClicked, this, [this](int row) { playTile(row); });
+    connect(mTable, &RecordingsTable::doubleClicked, this, [this](const QModelIndex &index) {
         if (const auto *item = mModel.item(index.row()))
             play(item->getFileName());
     });
-    const auto onKey = [this](const QKeySequence &keys, auto action) {
-        auto *shortcut = new QShortcut(keys, mTable);
-        shortcut->setContext(Qt::WidgetShortcut);
+    const auto onPage = [this](const QKeySequence &keys, auto action) {
+        auto *shortcut = new QShortcut(keys, this);
+        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
         connect(shortcut, &QShortcut::activated, this, action);
     };
-    onKey(Qt::Key_Return, [this] { playOrPause(); });
-    onKey(Qt::Key_Space, [this] { playOrPause(); });
-    onKey(Qt::ALT | Qt::Key_Return, [this] { showInfo(); });
-    onKey(Qt::CTRL | Qt::Key_I, [this] { showInfo(); });
-    onKey(QKeySequence::Delete, [this] { remove(RecordingsRemoval::Files::Stay); });
-    onKey(Qt::SHIFT | Qt::Key_Delete, [this] { remove(RecordingsRemoval::Files::IntoWastebasket); });
-    auto *find = new QShortcut(QKeySequence::Find, this);
-    connect(find, &QShortcut::activated, mSearch, [this] { mSearch->setFocus(Qt::ShortcutFocusReason); });
+    onPage(QKeySequence::Find, [this] { mSearch->setFocus(Qt::ShortcutFocusReason); });
+    onPage(Qt::CTRL | Qt::Key_I, [this] { toggleDetails(); });
+    onPage(QKeySequence::Open, [this] { chooseFiles(); });
+    onPage(QKeySequence::Undo, [this] { undo(); });
     return mTable;
 }
 
@@ -159,35 +214,8 @@ QWidget *LibraryTab::makeNotice() {
     mNotice->text().setObjectName(QStringLiteral("notice"));
     mUndo = &mNotice->addAction(QStringLiteral("undo"), false);
     connect(mUndo, &QPushButton::clicked, this, [this] { undo(); });
-    connect(mNotice, &Strip::closed, this, [this] { notice({}, false); });
+    connect(mNotice, &Strip::closed, this, [this] { notice({}); });
     return mNotice;
-}
-
-QWidget *LibraryTab::makePlayer() {
-    mPlayerBar = new Deck(this);
-    mPlayerBar->setMinimumHeight(Look::tall(*this, kPlayer));
-    auto *row = new QHBoxLayout(mPlayerBar);
-    row->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
-    row->setSpacing(2 * measure::kGap);
-    connect(mPlay, &PlayButton::clicked, this, [this] { playOrPause(); });
-    connect(mStop, &QToolButton::clicked, this, [this] { mPlayer.stop(); });
-    mSeek->setRange(0, kSliderSteps);
-    mSeek->setObjectName(QStringLiteral("seek"));
-    const auto seek = [this] { mPlayer.seek(mPlayer.length() * mSeek->value() / kSliderSteps); };
-    connect(mSeek, &QSlider::sliderReleased, this, seek);
-    connect(mSeek, &QSlider::actionTriggered, this, [this, seek](int action) {
-        if (action != QAbstractSlider::SliderMove)
-            QMetaObject::invokeMethod(this, seek, Qt::QueuedConnection); // once the value has changed
-    });
-    mPlayed->setTextFormat(Qt::PlainText);
-    row->addWidget(mPlay);
-    row->addWidget(mStop);
-    row->addWidget(mPlayed);
-    row->addWidget(mTime);
-    row->addWidget(mSeek, 1);
-    row->addWidget(mLength);
-    mPlayerBar->hide();
-    return mPlayerBar;
 }
 
 std::vector<RecordedAudioInfo *> LibraryTab::selected() const {
@@ -212,26 +240,29 @@ void LibraryTab::showMenu(const QPoint &position) {
     add(
         "play", Lang::btnPlay(), [this, file = items.front()->getFileName()] { play(file); }, isOne && isReady);
     add(
-        "rename", Lang::btnRename(),
-        [this] { mTable->edit(mTable->currentIndex().siblingAtColumn(RecordingsModel::Title)); }, isOne && isReady);
+        "rename", Lang::btnRename(), [this] { rename(); }, isOne && isReady);
     add(
         "folder", Lang::btnShowInFinder(), [this] { reveal(); }, isOne);
-    add(
-        "information", Lang::commFileInformation(), [this] { showInfo(); }, isOne);
+    if (mDetails == Details::Closed)
+        add(
+            "tag", Lang::commFileInformation(), [this] { toggleDetails(); }, isOne);
     menu.addSeparator();
     add("remove", Lang::windowRemoveFromList(), [this] { remove(RecordingsRemoval::Files::Stay); });
     add("wastebasket", Lang::windowMoveToWastebasket(), [this] { remove(RecordingsRemoval::Files::IntoWastebasket); });
     menu.exec(mTable->viewport()->mapToGlobal(position));
 }
 
-void LibraryTab::playOrPause() {
-    const auto items = selected();
-    if (mPlayer.isPlaying() && (items.empty() || items.front()->getFileName() == mPlayer.file()))
+void LibraryTab::playTile(int row) {
+    const RecordedAudioInfo *item = mModel.item(row);
+    if (item && mPlayer.isPlaying() && item->getFileName() == mPlayer.file())
         mPlayer.pause();
-    else if (!items.empty())
-        play(items.front()->getFileName());
-    else if (!mPlayer.file().isEmpty())
-        play(mPlayer.file());
+    else if (item)
+        play(item->getFileName());
+}
+
+void LibraryTab::rename() {
+    if (const RecordedAudioInfo *item = chosen(); item && !item->isInUse())
+        mTable->edit(mModel.index(mModel.rowOf(item), RecordingsModel::Title));
 }
 
 // By its name: the item may have gone while a menu or a question stood there.
@@ -240,13 +271,13 @@ void LibraryTab::play(const QString &file) {
     if (!item || item->isInUse())
         return;
     if (!QFileInfo::exists(file))
-        notice(kFileGone(file), false);
+        notice(kFileGone(file));
     else if (mPlaying == Playing::AsksFirst)
         Q_EMIT playsIntoRecording(file);
     else if (const auto played = mPlayer.play(file); !played)
-        notice(played.failure().sentence, false);
-    else
-        notice({}, false);
+        notice(played.failure().sentence);
+    else if (!mUndoes)
+        notice({});
 }
 
 void LibraryTab::setRecordsSystemSound(bool records) {
@@ -270,16 +301,88 @@ void LibraryTab::reveal() {
         (void)mFiles->reveal({items.front()->getFileName()}); // The desktop shows it or has no file manager.
 }
 
-void LibraryTab::showInfo() {
-    const QModelIndex row = mTable->currentIndex().siblingAtColumn(RecordingsModel::Title);
-    const RecordedAudioInfo *item = mModel.item(row.row());
-    if (!item)
+bool LibraryTab::isWide() const { return width() >= Look::scaled(*this, kWide); }
+
+void LibraryTab::toggleDetails() {
+    const bool opens = mDetails == Details::Closed;
+    (void)ZQUserDefaultSetValue_BOOL(opens, kDetails); // A failure is logged by the store.
+    mDetails = !opens ? Details::Closed : isWide() ? Details::Beside : Details::Covering;
+    arrangeDetails();
+    if (mDetails == Details::Covering)
+        mPanel->back().setFocus();
+    else if (!opens)
+        mTable->setFocus();
+}
+
+// A window that becomes narrow shows the list, and the panel again once it is wide.
+void LibraryTab::arrangeDetails() {
+    if (isWide())
+        mDetails = ZQUserDefaultGetBoolValue(kDetails, false) ? Details::Beside : Details::Closed;
+    else if (mDetails == Details::Beside)
+        mDetails = Details::Closed;
+    const bool covers = mDetails == Details::Covering;
+    mPage->setVisible(!covers);
+    mPanel->setVisible(mDetails != Details::Closed);
+    mPanel->setCovering(covers);
+    mPanel->setMinimumWidth(mPanel->besideWidth());
+    mPanel->setMaximumWidth(covers ? QWIDGETSIZE_MAX : mPanel->besideWidth());
+    mToggle->setChecked(mDetails != Details::Closed);
+    showDetails();
+    fitColumns();
+    fitTools();
+}
+
+// Of several that are selected the one that the keys stand on.
+RecordedAudioInfo *LibraryTab::chosen() const {
+    const QItemSelectionModel &selection = *mTable->selectionModel();
+    if (!selection.hasSelection())
+        return nullptr;
+    const int current = mTable->currentIndex().row();
+    return mModel.item(selection.isRowSelected(current) ? current : selection.selection().first().top());
+}
+
+void LibraryTab::showDetails() {
+    if (mDetails == Details::Closed)
         return;
-    mTable->scrollTo(row);
-    QRect place = mTable->visualRect(row);
-    place.moveTopLeft(mTable->viewport()->mapToGlobal(place.topLeft()));
-    // It deletes itself.
-    (new RecordingInfo(*item, row.siblingAtColumn(RecordingsModel::Date).data().toString(), this))->showAt(place);
+    const RecordedAudioInfo *item = chosen();
+    mPanel->show(item,
+                 item ? mPictures.picture(*item, mPanel->coverSide(), devicePixelRatioF())
+                            .pixmap(mPanel->coverSide(), mPanel->coverSide())
+                      : QPixmap(),
+                 item ? mModel.fullDate(item->dateAdded()) : QString());
+}
+
+void LibraryTab::showChoice() {
+    showDetails();
+    const RecordedAudioInfo *item = chosen();
+    mPlayerBar->choose(item && !item->isInUse() ? item->getFileName() : QString());
+    mReveal->setVisible(mFiles != nullptr && mTable->selectionModel()->hasSelection());
+}
+
+int LibraryTab::listWidth() const { return width() - (mDetails == Details::Beside ? mPanel->besideWidth() : 0); }
+
+// In a narrow window the tools are their icons.
+void LibraryTab::fitTools() {
+    for (const auto style : {Qt::ToolButtonTextBesideIcon, Qt::ToolButtonIconOnly}) {
+        for (QToolButton *tool : {mAdd, mReveal})
+            tool->setToolButtonStyle(style);
+        if (mTools->sizeHint().width() <= listWidth())
+            return;
+    }
+}
+
+// Whether there was something to leave.
+bool LibraryTab::escape() {
+    if (mDetails != Details::Closed && !mSearch->hasFocus())
+        toggleDetails();
+    else if (!mSearch->text().isEmpty()) {
+        mSearch->clear();
+        mTable->setFocus();
+    } else if (mDetails != Details::Closed)
+        toggleDetails();
+    else
+        return false;
+    return true;
 }
 
 void LibraryTab::remove(RecordingsRemoval::Files files) {
@@ -290,29 +393,65 @@ void LibraryTab::remove(RecordingsRemoval::Files files) {
         if (item->getFileName() == mPlayer.file())
             mPlayer.stop();
     const auto removed = mRemoval.remove(items, files);
-    if (!removed) {
-        notice(removed.failure().sentence, mRemoval.count() > 0);
-        return;
+    const auto putBack = [this] {
+        if (const auto undone = mRemoval.undo(); !undone)
+            notice(undone.failure().sentence);
+    };
+    if (mRemoval.count() > 0) {
+        const bool isOne = mRemoval.count() == 1, moved = mRemoval.hasMovedFiles();
+        const auto count = static_cast<qint64>(mRemoval.count());
+        QString text = isOne ? (moved ? Lang::windowMovedToWastebasket() : Lang::windowRemoved())
+                             : (moved ? Lang::windowSeveralMoved(count) : Lang::windowSeveralRemoved(count));
+        text.replace(QLatin1String("[#FileName#]"), mRemoval.firstName());
+        tell(Strip::Kind::Result, text, putBack);
     }
-    if (mRemoval.count() == 0)
-        return;
-    const bool isOne = mRemoval.count() == 1, moved = mRemoval.hasMovedFiles();
-    const auto count = static_cast<qint64>(mRemoval.count());
-    QString text = isOne ? (moved ? Lang::windowMovedToWastebasket() : Lang::windowRemoved())
-                         : (moved ? Lang::windowSeveralMoved(count) : Lang::windowSeveralRemoved(count));
-    text.replace(QLatin1String("[#FileName#]"), mRemoval.firstName());
-    notice(text, true);
+    if (!removed)
+        tell(Strip::Kind::Error, Lang::sentence(removed.failure().sentence), std::exchange(mUndoes, {}));
+}
+
+void LibraryTab::chooseFiles() {
+    QFileDialog dialog(this);
+    dialog.setWindowTitle(Lang::windowSoundFiles());
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    dialog.setObjectName(QStringLiteral("chooseFiles"));
+    if (dialog.exec() == QDialog::Accepted)
+        add(dialog.selectedFiles());
+}
+
+void LibraryTab::add(const QStringList &paths) {
+    mAdding.add(paths, [this](const RecordingsAdding::Added &added) { showAdded(added); });
+}
+
+void LibraryTab::showAdded(const RecordingsAdding::Added &added) {
+    const auto count = added.files.size();
+    const auto takeOut = [this] { mAdding.undo(); };
+    QString text = count == 0   ? Lang::windowAlreadyListed()
+                   : count == 1 ? Lang::windowAdded()
+                                : Lang::windowSeveralAdded();
+    text.replace(QLatin1String("[#FileName#]"), QFileInfo(added.files.value(0)).fileName());
+    text.replace(QLatin1String("[#Count#]"), QString::number(count));
+    if (!added.trouble.isEmpty())
+        tell(Strip::Kind::Error, Lang::sentence(added.trouble), count > 0 ? std::function<void()>(takeOut) : nullptr);
+    else if (count == 0)
+        tell(Strip::Kind::Hint, text, {});
+    else
+        tell(Strip::Kind::Result, text, takeOut);
 }
 
 void LibraryTab::undo() {
-    const auto undone = mRemoval.undo();
-    notice(undone ? foundation::Sentence() : undone.failure().sentence, false);
+    if (const auto undo = std::exchange(mUndoes, {})) {
+        notice({});
+        undo();
+    }
 }
 
-void LibraryTab::notice(const foundation::Sentence &text, bool withUndo) {
-    mUndo->setVisible(withUndo);
-    mNotice->tell(withUndo ? Strip::Kind::Result : Strip::Kind::Error, Lang::sentence(text));
+void LibraryTab::tell(Strip::Kind kind, const QString &text, std::function<void()> undo) {
+    mUndoes = std::move(undo);
+    mUndo->setVisible(bool(mUndoes));
+    mNotice->tell(kind, text);
 }
+
+void LibraryTab::notice(const foundation::Sentence &trouble) { tell(Strip::Kind::Error, Lang::sentence(trouble), {}); }
 
 void LibraryTab::listDidChange() {
     mModel.listDidChange();
@@ -331,8 +470,10 @@ void LibraryTab::remember() {
 }
 
 void LibraryTab::restore() {
-    if (mBefore.selected.empty() && !mBefore.current && !mBefore.top)
+    if (mBefore.selected.empty() && !mBefore.current && !mBefore.top) {
+        showChoice();
         return;
+    }
     QItemSelection selection;
     int current = -1, top = -1, first = -1;
     for (int row = 0; row <= mModel.rowCount(); ++row) {
@@ -355,45 +496,43 @@ void LibraryTab::restore() {
     if (top >= 0)
         mTable->verticalScrollBar()->setValue(top * mTable->verticalHeader()->defaultSectionSize());
     mBefore = {};
+    showChoice();
 }
 
-// As wide as what they show at most, and as their names with the sign of the order.
+QString LibraryTab::longestDate() const {
+    const QDateTime today(QDate::currentDate(), QTime(22, 58));
+    QString longest;
+    for (const QDateTime &date : {today, today.addDays(-1), QDateTime(QDate(2028, 12, 28), today.time())})
+        if (const QString text = mModel.shownDate(date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+            fontMetrics().horizontalAdvance(text) > fontMetrics().horizontalAdvance(longest))
+            longest = text;
+    return longest;
+}
+
+// As wide as what they show at most, and as their names with the sign of the order. Where a title would lack room, the
+// size goes first, then the date, which the second line takes.
 void LibraryTab::fitColumns() {
-    const std::pair<RecordingsModel::Column, QString> texts[] = {
-        {RecordingsModel::Length, QStringLiteral("00:00:00")},
-        {RecordingsModel::Size, QStringLiteral("888.88 MB")},
-        {RecordingsModel::Date, mModel.shownDate(QStringLiteral("2028-12-28 22:58:58"))}};
+    const std::pair<RecordingsModel::Column, QString> texts[] = {{RecordingsModel::Length, QStringLiteral("00:00:00")},
+                                                                 {RecordingsModel::Date, longestDate()},
+                                                                 {RecordingsModel::Size, QStringLiteral("888.88 MB")}};
     const QFontMetrics metrics = fontMetrics();
-    const int air = 2 * measure::kGap + metrics.height() / 2;
+    const int air = 3 * measure::kGap;
+    int room = listWidth() - mTable->columnWidth(RecordingsModel::Cover) - Look::scaled(*this, kLeastTitle);
     for (const auto &[column, text] : texts) {
         const QString name = mModel.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
-        mTable->setColumnWidth(column,
-                               air + qMax(metrics.horizontalAdvance(text), metrics.horizontalAdvance(name) + air));
+        const int width = air + qMax(metrics.horizontalAdvance(text), metrics.horizontalAdvance(name) + air);
+        mTable->setColumnWidth(column, width);
+        mTable->setColumnHidden(column, room < width);
+        room -= width;
     }
 }
 
 void LibraryTab::showEmptiness() {
     const bool isEmpty = mModel.rowCount() == 0;
     mEmpty->setText(mList.isLoading()       ? QString()
-                    : mList.items().empty() ? Lang::windowEmptyLibrary()
+                    : mList.items().empty() ? Lang::windowEmptyLibrary() + QLatin1Char('\n') + Lang::windowDropHere()
                                             : Lang::windowNothingFound());
     mStack->setCurrentIndex(isEmpty ? 1 : 0);
-}
-
-void LibraryTab::showPlayer() {
-    const bool hasFile = !mPlayer.file().isEmpty();
-    mPlayerBar->setVisible(hasFile);
-    if (!hasFile)
-        return;
-    mPlay->setPlaying(mPlayer.isPlaying());
-    mPlay->setToolTip(mPlayer.isPlaying() ? Lang::windowPause() : Lang::btnPlay());
-    mPlay->setAccessibleName(mPlay->toolTip());
-    const QString name = QFileInfo(mPlayer.file()).fileName();
-    mPlayed->setText(mPlayed->fontMetrics().elidedText(name, Qt::ElideMiddle, width() / 4));
-    if (!mSeek->isSliderDown() && mPlayer.length() > 0)
-        mSeek->setValue(static_cast<int>(mPlayer.position() / mPlayer.length() * kSliderSteps));
-    mTime->setText(ToolString::stringFromDuration(mPlayer.position()));
-    mLength->setText(ToolString::stringFromDuration(mPlayer.length()));
 }
 
 void LibraryTab::showTexts() {
@@ -401,18 +540,91 @@ void LibraryTab::showTexts() {
     mSearch->setAccessibleName(Lang::windowSearchRecordings());
     mTable->setAccessibleName(Lang::tabPlaylistTitle());
     mUndo->setText(Lang::windowUndo());
-    mStop->setToolTip(Lang::windowStopPlaying());
-    mStop->setAccessibleName(Lang::windowStopPlaying());
-    mSeek->setAccessibleName(Lang::windowPosition());
+    mAdd->setText(Lang::windowAddFiles());
+    mAdd->setToolTip(Lang::windowAddFiles());
+    mReveal->setText(Lang::btnShowInFinder());
+    mReveal->setToolTip(Lang::btnShowInFinder());
+    mToggle->setToolTip(Lang::commFileInformation());
+    mToggle->setAccessibleName(Lang::commFileInformation());
+    mPanel->back().setToolTip(Lang::tabPlaylistTitle());
+    mPanel->back().setAccessibleName(Lang::tabPlaylistTitle());
     mModel.languageDidChange();
-    fitColumns();
+    arrangeDetails();
     showEmptiness();
-    showPlayer();
 }
 
 void LibraryTab::showIcons() {
-    mStop->setIcon(icon(QStringLiteral("stop"), palette()));
+    mAdd->setIcon(icon(QStringLiteral("add"), palette()));
+    mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
+    mToggle->setIcon(icon(QStringLiteral("tag"), palette()));
     mSearch->addAction(icon(QStringLiteral("search"), palette()), QLineEdit::LeadingPosition);
+}
+
+// So that keys of the window do not come before what Escape leaves here.
+bool LibraryTab::event(QEvent *event) {
+    const auto *key = event->type() == QEvent::ShortcutOverride ? static_cast<QKeyEvent *>(event) : nullptr;
+    if (key && key->key() == Qt::Key_Escape && (mDetails != Details::Closed || !mSearch->text().isEmpty()))
+        event->accept();
+    return QWidget::event(event);
+}
+
+// What neither the list nor a field has a use for.
+void LibraryTab::keyPressEvent(QKeyEvent *event) {
+    const bool isPlain = !(event->modifiers() & ~(Qt::KeypadModifier));
+    const bool isShifted = event->modifiers() == Qt::ShiftModifier;
+    const RecordedAudioInfo *item = chosen();
+    switch (event->key()) {
+    case Qt::Key_Escape:
+        if (escape())
+            return;
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Down:
+        if (isPlain && mSearch->hasFocus())
+            return mTable->setFocus(Qt::OtherFocusReason);
+        if (isPlain && item && event->key() != Qt::Key_Down)
+            return play(item->getFileName());
+        break;
+    case Qt::Key_Space:
+        if (isPlain)
+            return mPlayerBar->playOrPause();
+        break;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        if (isPlain)
+            return mPlayerBar->step(event->key() == Qt::Key_Left ? -1 : 1);
+        break;
+    case Qt::Key_F2:
+        if (isPlain)
+            return rename();
+        break;
+    case Qt::Key_Delete:
+        if (isPlain || isShifted)
+            return remove(isShifted ? RecordingsRemoval::Files::IntoWastebasket : RecordingsRemoval::Files::Stay);
+        break;
+    default:
+        break;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void LibraryTab::dragEnterEvent(QDragEnterEvent *event) {
+    if (event->source() != mTable && !localFiles(*event->mimeData()).isEmpty()) {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    }
+}
+
+void LibraryTab::dropEvent(QDropEvent *event) {
+    event->setDropAction(Qt::CopyAction); // Nothing is moved.
+    event->accept();
+    add(localFiles(*event->mimeData()));
+}
+
+void LibraryTab::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    arrangeDetails();
 }
 
 void LibraryTab::changeEvent(QEvent *event) {
@@ -420,7 +632,6 @@ void LibraryTab::changeEvent(QEvent *event) {
         for (QAction *action : mSearch->actions())
             mSearch->removeAction(action);
         showIcons();
-        showPlayer();
     }
     if (event->type() == QEvent::LanguageChange)
         showTexts();

@@ -5,20 +5,21 @@
 #include "platform/foundation/Sentence.h"
 #include "recording/library/LibraryMedia.h"
 #include "recording/library/LibraryPlayer.h"
+#include "recording/library/RecordingsAdding.h"
 #include "recording/library/RecordingsModel.h"
 #include "recording/library/RecordingsRemoval.h"
 #include "ui/CoverPictures.h"
+#include "ui/Strip.h"
 
 #include <QWidget>
 
+#include <functional>
 #include <unordered_set>
 
 class QLabel;
 class QLineEdit;
-class QSlider;
-class QStackedLayout;
 class QPushButton;
-class QTableView;
+class QStackedLayout;
 class QToolButton;
 
 namespace cantorel {
@@ -27,11 +28,11 @@ class RecordedList;
 
 namespace cantorel::ui {
 
-class DigitLabel;
-class PlayButton;
-class Strip;
+class DetailsPanel;
+class PlayerBar;
+class RecordingsTable;
 
-// The recordings: a table to search, sort, play, rename, drag from and clear up in.
+// The recordings: a table to search, sort, play, rename, drag from, drop on and clear up in.
 class LibraryTab : public QWidget {
     Q_OBJECT
 
@@ -43,7 +44,7 @@ public:
     void begin();
     // The items of the list have come or gone; what is shown of all, or of one, has changed.
     void listDidChange();
-    void itemsDidChange() { mModel.languageDidChange(); }
+    void itemsDidChange() { mModel.itemsDidChange(); }
     void itemDidChange(const RecordedAudioInfo &item) { mModel.itemDidChange(item); }
     // So that it is not recorded.
     void stopPlayback() { mPlayer.stop(); }
@@ -59,30 +60,50 @@ Q_SIGNALS:
     void playsIntoRecording(const QString &file);
 
 private:
+    QWidget *makeTools();
     QWidget *makeTable();
-    QWidget *makePlayer();
     QWidget *makeNotice();
     std::vector<RecordedAudioInfo *> selected() const;
+    RecordedAudioInfo *chosen() const;
     void showMenu(const QPoint &position);
-    void playOrPause();
+    void playTile(int row);
+    void rename();
     void reveal();
-    void showInfo();
+    void chooseFiles();
+    void add(const QStringList &paths);
+    void showAdded(const RecordingsAdding::Added &added);
+    void toggleDetails();
+    void arrangeDetails();
+    void showDetails();
+    void showChoice();
     void remove(RecordingsRemoval::Files files);
     void undo();
-    void notice(const foundation::Sentence &text, bool withUndo);
+    // undo: takes back what is told; empty where nothing can be.
+    void tell(Strip::Kind kind, const QString &text, std::function<void()> undo);
+    void notice(const foundation::Sentence &trouble);
     void remember();
     void restore();
+    int listWidth() const;
     void fitColumns();
+    void fitTools();
+    QString longestDate() const;
     void showEmptiness();
-    void showPlayer();
     void showIcons();
     void showTexts();
+    bool isWide() const;
+    bool escape();
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
 
     RecordedList &mList;
     RecordingsModel mModel;
     CoverPictures mPictures;
     RecordingsRemoval mRemoval;
+    RecordingsAdding mAdding;
     LibraryPlayer mPlayer;
     LibraryMedia mMedia;
     desktop::FileManagerReveal *const mFiles;
@@ -92,17 +113,19 @@ private:
         const RecordedAudioInfo *current = nullptr, *top = nullptr;
         int column = 0;
     } mBefore;
+    // The panel stands beside the list in a wide window, and covers it in a narrow one.
+    enum class Details { Closed, Beside, Covering } mDetails = Details::Closed;
+    QWidget *mPage = nullptr, *mTools = nullptr; // tools and list; tools
+    DetailsPanel *mPanel = nullptr;
     QLineEdit *mSearch;
     QStackedLayout *mStack = nullptr;
-    QTableView *mTable;
-    QLabel *mEmpty, *mPlayed;
-    DigitLabel *mTime, *mLength;
+    RecordingsTable *mTable;
+    QLabel *mEmpty;
     Strip *mNotice = nullptr;
-    QWidget *mPlayerBar = nullptr;
     QPushButton *mUndo = nullptr;
-    PlayButton *mPlay;
-    QToolButton *mStop;
-    QSlider *mSeek;
+    std::function<void()> mUndoes; // what the strip tells of; empty for nothing
+    PlayerBar *mPlayerBar;
+    QToolButton *mAdd, *mReveal, *mToggle;
     enum class Playing { Free, AsksFirst, Allowed } mPlaying = Playing::Free;
 };
 

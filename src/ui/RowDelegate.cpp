@@ -6,40 +6,90 @@
 
 #include <QFileInfo>
 #include <QPainter>
+#include <QTableView>
 
 namespace cantorel::ui {
 
 namespace {
 
-// What is going on with it, else who plays it, else where it lies.
-QString secondLine(const RecordedAudioInfo &item, const QString &state) {
-    if (!state.isEmpty())
-        return state;
-    QStringList known{item.artist(), item.album()};
-    known.removeAll(QString());
-    return known.isEmpty() ? QFileInfo(QFileInfo(item.getFileName()).path()).fileName()
-                           : known.join(QStringLiteral(" \u2013 "));
-}
+constexpr int kInset = 2;     // of a row's ground, above and below
+constexpr int kVeil = 200;    // how dark a picture is behind its sign
+constexpr qreal kSign = 0.36; // of the picture
 
 QColor stateColour(const RecordedAudioInfo &item) {
     const Tokens &tokens = Look::tokens();
     return item.isRecording || item.isInterrupted ? tokens.red : item.isInUse() ? tokens.accent : tokens.text2;
 }
 
+// A triangle that plays, or two bars that pause, on a darkened picture.
+void drawSign(QPainter &painter, const QRectF &place, RowDelegate::Tile tile) {
+    const Tokens &tokens = Look::tokens();
+    const bool isLight = tokens.ground.lightness() > tokens.text.lightness();
+    QColor veil = isLight ? tokens.text : tokens.ground;
+    veil.setAlpha(kVeil);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(veil);
+    painter.drawRoundedRect(place, measure::kFieldRadius, measure::kFieldRadius);
+    painter.setBrush(isLight ? tokens.surface : tokens.text);
+    const qreal half = place.width() * kSign / 2;
+    const QPointF centre = place.center();
+    if (tile == RowDelegate::Tile::Play)
+        painter.drawPolygon(QPolygonF(
+            {centre + QPointF(-half * 0.7, -half), centre + QPointF(half, 0), centre + QPointF(-half * 0.7, half)}));
+    else
+        for (const qreal side : {-1.0, 1.0})
+            painter.drawRoundedRect(
+                QRectF(0, 0, half * 0.6, 2 * half).translated(centre + QPointF(side * half * 0.6 - half * 0.3, -half)),
+                1, 1);
+    painter.restore();
+}
+
 } // namespace
 
+QString whoOrWhere(const RecordedAudioInfo &item) {
+    QStringList known{item.artist(), item.album()};
+    known.removeAll(QString());
+    return known.isEmpty() ? QFileInfo(QFileInfo(item.getFileName()).path()).fileName()
+                           : known.join(QStringLiteral(" \u2013 "));
+}
+
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const {
-    if (option.state & QStyle::State_Selected)
-        painter->fillRect(option.rect, Look::tokens().soft);
-    if (index.column() == RecordingsModel::Cover) {
-        const QSize size = option.decorationSize;
-        const QRect place(option.rect.right() - measure::kGap - size.width(),
-                          option.rect.center().y() - size.height() / 2, size.width(), size.height());
-        index.data(Qt::DecorationRole).value<QIcon>().paint(painter, place);
-    } else if (index.column() == RecordingsModel::Title)
+    paintGround(*painter, option, index);
+    if (index.column() == RecordingsModel::Cover)
+        paintCover(*painter, option, index);
+    else if (index.column() == RecordingsModel::Title)
         paintTitle(*painter, option, index);
     else
         paintFigures(*painter, option, index.data().toString());
+}
+
+// One ground below all cells of a row.
+void RowDelegate::paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const {
+    const Tokens &tokens = Look::tokens();
+    const bool isSelected = option.state & QStyle::State_Selected;
+    if (!isSelected && !isHovered(index.row()))
+        return;
+    const auto *table = static_cast<const QTableView *>(option.widget);
+    const QRect row(measure::kGap, option.rect.top() + kInset, table->viewport()->width() - 2 * measure::kGap,
+                    option.rect.height() - 2 * kInset);
+    painter.save();
+    painter.setClipRect(option.rect);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(isSelected ? tokens.soft : tokens.hover);
+    painter.drawRoundedRect(row, measure::kButtonRadius, measure::kButtonRadius);
+    painter.restore();
+}
+
+void RowDelegate::paintCover(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const {
+    const QSize size = option.decorationSize;
+    const QRect place(option.rect.right() - measure::kGap - size.width(), option.rect.center().y() - size.height() / 2,
+                      size.width(), size.height());
+    index.data(Qt::DecorationRole).value<QIcon>().paint(&painter, place);
+    if (const Tile sign = tile(index.row()); sign != Tile::Plain)
+        drawSign(painter, place, sign);
 }
 
 void RowDelegate::paintTitle(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const {
@@ -60,7 +110,11 @@ void RowDelegate::paintTitle(QPainter &painter, const QStyleOptionViewItem &opti
                      titleMetrics.elidedText(index.data().toString(), Qt::ElideMiddle, line.width()));
     line.translate(0, titleMetrics.height());
     line.setHeight(secondMetrics.height());
-    const QString below = secondLine(*item, index.siblingAtColumn(RecordingsModel::State).data().toString());
+    // What is going on with it comes first.
+    const QString state = index.siblingAtColumn(RecordingsModel::State).data().toString();
+    QString below = state.isEmpty() ? whoOrWhere(*item) : state;
+    if (static_cast<const QTableView &>(view).isColumnHidden(RecordingsModel::Date))
+        below.prepend(index.siblingAtColumn(RecordingsModel::Date).data().toString() + QStringLiteral(", "));
     painter.setFont(second);
     painter.setPen(stateColour(*item));
     painter.drawText(line, Qt::AlignVCenter | Qt::AlignLeft,
@@ -77,7 +131,7 @@ void RowDelegate::paintFigures(QPainter &painter, const QStyleOptionViewItem &op
     painter.setPen(Look::tokens().text2);
     const QFontMetricsF metrics(option.font);
     const qreal cell = Look::digitWidth(metrics);
-    qreal x = option.rect.right() - measure::kGap;
+    qreal x = option.rect.right() - 2 * measure::kGap;
     const qreal baseline = option.rect.center().y() + (metrics.ascent() - metrics.descent()) / 2 + 0.5;
     for (auto character = text.crbegin(); character != text.crend(); ++character) {
         const qreal width = metrics.horizontalAdvance(*character);

@@ -2,6 +2,8 @@
 
 #include <QStyledItemDelegate>
 
+#include <functional>
+
 namespace cantorel {
 class RecordedAudioInfo;
 class RecordingsModel;
@@ -9,17 +11,27 @@ class RecordingsModel;
 
 namespace cantorel::ui {
 
+// Who plays a recording, else where it lies.
+QString whoOrWhere(const RecordedAudioInfo &item);
+
 // Draws the rows of the library: the title with a second line below it, figures in columns of equally wide digits.
 class RowDelegate : public QStyledItemDelegate {
 public:
     // The model outlives the delegate.
     RowDelegate(const RecordingsModel &model, QObject *parent) : QStyledItemDelegate(parent), mModel(model) {}
 
+    // What a row's picture does when it is clicked, if it tells; and whether the pointer is on the row.
+    enum class Tile { Plain, Play, Pause };
+    std::function<Tile(int row)> tile = [](int) { return Tile::Plain; };
+    std::function<bool(int row)> isHovered = [](int) { return false; };
+
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     void updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
                               const QModelIndex &index) const override;
 
 private:
+    void paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
+    void paintCover(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
     void paintTitle(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
     static void paintFigures(QPainter &painter, const QStyleOptionViewItem &option, const QString &text);
 

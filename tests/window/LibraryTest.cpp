@@ -1,9 +1,12 @@
 #include "recording/library/RecordingsModel.h"
+#include "tests/support/Wave.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
 
 #include <QAbstractButton>
 #include <QBuffer>
+#include <QDir>
+#include <QDragEnterEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QHeaderView>
@@ -153,28 +156,166 @@ TEST_F(LongLibrary, WhatIsDraggedAreTheFilesOfTheSelectionButNoUnfinishedOne) {
     EXPECT_FALSE(table->model()->index(0, 0).flags() & Qt::ItemIsDragEnabled);
 }
 
-TEST_F(LongLibrary, InformationOpensAtTheRowByKeyAndClosesWithEscape) {
-    select({1200});
-    key(table, Qt::Key_Return, Qt::AltModifier);
-    auto *panel = window.findChild<QWidget *>("recordingInfo");
-    ASSERT_NE(panel, nullptr);
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(panel));
-    photograph(*panel, "library-information");
-    QStringList texts;
-    for (const auto *label : panel->findChildren<QLabel *>())
-        texts << label->text();
-    for (const QString &expected : QStringList{"Track1299.mp3", QDir::homePath(), "MP3", "00:03:10", "1.00 MB"})
-        EXPECT_TRUE(texts.contains(expected)) << expected.toStdString();
-    EXPECT_FALSE(texts.contains(Lang::windowArtist())) << "nothing is said where there is nothing";
-    EXPECT_TRUE(QRect(window.mapToGlobal(QPoint()), window.size()).intersects(panel->frameGeometry()));
-    QTest::keyClick(panel, Qt::Key_Escape);
-    EXPECT_FALSE(panel->isVisible());
-    pass(50);
-    EXPECT_EQ(window.findChild<QWidget *>("recordingInfo"), nullptr) << "it is gone";
-    table->clearSelection();
-    table->setCurrentIndex({});
+TEST_F(LongLibrary, DetailsStandBesideTheListOrCoverANarrowOneAndAreRemembered) {
+    auto *panel = find<QWidget>("details");
+    const auto texts = [&] {
+        QStringList shown;
+        for (const auto *label : panel->findChildren<QLabel *>())
+            if (label->isVisible())
+                shown << label->text().remove(QChar(0x200B)); // where a word may be broken
+        return shown;
+    };
+    window.resize(1000, 600);
     key(table, Qt::Key_I, Qt::ControlModifier);
-    EXPECT_EQ(window.findChild<QWidget *>("recordingInfo"), nullptr) << "of which recording?";
+    ASSERT_TRUE(panel->isVisible() && table->isVisible());
+    EXPECT_EQ(texts(), QStringList{Lang::windowNothingChosen()});
+    select({1200});
+    photograph(window, "library-details");
+    for (const QString &expected : QStringList{"Track1299.mp3", QDir::homePath(), "MP3", "00:03:10, 1.00 MB"})
+        EXPECT_TRUE(texts().contains(expected)) << expected.toStdString() << " in " << texts().join('|').toStdString();
+    EXPECT_FALSE(texts().contains(Lang::windowArtist())) << "nothing is said where there is nothing";
+    list.remove(*list.items()[1299]);
+    EXPECT_FALSE(texts().contains("Track1299.mp3"));
+
+    window.resize(820, 600);
+    EXPECT_TRUE(table->isVisible() && !panel->isVisible()) << "a window that becomes narrow keeps its list";
+    find<QLineEdit>("search")->setText("Track");
+    for (const bool byKey : {true, false}) {
+        click("showDetails");
+        ASSERT_TRUE(panel->isVisible() && !table->isVisible());
+        photograph(window, "library-details-narrow");
+        if (byKey)
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        else
+            click("back");
+        EXPECT_TRUE(table->isVisible() && !panel->isVisible() && table->hasFocus());
+        EXPECT_FALSE(find<QLineEdit>("search")->text().isEmpty()) << "one thing at a time";
+    }
+    QTest::keyClick(table, Qt::Key_Escape);
+    EXPECT_TRUE(find<QLineEdit>("search")->text().isEmpty());
+    window.resize(1000, 600);
+    EXPECT_FALSE(panel->isVisible()) << "it was closed";
+    EXPECT_FALSE(table->isColumnHidden(RecordingsModel::Size));
+    window.resize(560, 420);
+    EXPECT_TRUE(table->isColumnHidden(RecordingsModel::Size)) << "the title needs the room";
+    EXPECT_GE(table->columnWidth(RecordingsModel::Title), 200);
+}
+
+TEST_F(LongLibrary, KeysDoTheirWorkInTheListAndFieldsKeepTheirs) {
+    auto *search = find<QLineEdit>("search");
+    const auto current = [&] { return table->currentIndex().row(); };
+    const auto shown = [&] { return list.items().size(); };
+    const struct {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        std::function<bool()> isDone;
+        const char *what;
+    } keys[] = {{Qt::Key_End, {}, [&] { return current() == kMany - 1; }, "the last row"},
+                {Qt::Key_Home, {}, [&] { return current() == 0; }, "the first row"},
+                {Qt::Key_PageDown, {}, [&] { return current() > 2; }, "a page further"},
+                {Qt::Key_PageUp, {}, [&] { return current() == 0; }, "a page back"},
+                {Qt::Key_Down, {}, [&] { return current() == 1 && selected().size() == 1; }, "a row further"},
+                {Qt::Key_Down, Qt::ShiftModifier, [&] { return selected().size() == 2; }, "two rows"},
+                {Qt::Key_Right, {}, [&] { return current() == 2; }, "the row stays"},
+                {Qt::Key_Delete, {}, [&] { return shown() == kMany - 2; }, "off the list"},
+                {Qt::Key_Z, Qt::ControlModifier, [&] { return shown() == kMany; }, "back again"},
+                {Qt::Key_Z, Qt::ControlModifier, [&] { return shown() == kMany; }, "just once"},
+                {Qt::Key_F, Qt::ControlModifier, [&] { return search->hasFocus(); }, "search"},
+                {Qt::Key_Space, {}, [&] { return search->text() == " "; }, "a text"},
+                {Qt::Key_Home, {}, [&] { return search->cursorPosition() == 0; }, "in the text"},
+                {Qt::Key_Delete, {}, [&] { return search->text().isEmpty() && shown() == kMany; }, "a sign"},
+                {Qt::Key_Return, {}, [&] { return table->hasFocus(); }, "what was found"}};
+    table->setFocus();
+    for (const auto &[key, modifiers, isDone, what] : keys) {
+        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+        EXPECT_TRUE(isDone()) << what;
+    }
+    select({5});
+    table->setCurrentIndex(table->model()->index(5, RecordingsModel::Length)); // as a click there does
+    key(table, Qt::Key_F2);
+    auto *editor = table->viewport()->findChild<QLineEdit *>();
+    ASSERT_NE(editor, nullptr);
+    EXPECT_EQ(editor->selectedText(), "Track2494");
+    QTest::keyClicks(editor, "Renamed");
+    QTest::keyClick(editor, Qt::Key_Return);
+    pass(50); // The editor goes.
+    EXPECT_EQ(title(5), "Renamed.mp3");
+}
+
+TEST_F(LongLibrary, ThePictureBelowThePointerPlaysAndWhatIsRecordedStaysOnTop) {
+    const auto tile = [&](int row) { return table->visualRect(table->model()->index(row, RecordingsModel::Cover)); };
+    const auto look = [&](int row) { return table->viewport()->grab(tile(row)).toImage(); };
+    const QImage before = look(2);
+    QTest::mouseMove(table->viewport(), tile(2).center());
+    ASSERT_TRUE(passUntil([&] { return look(2) != before; })) << "a sign stands on it";
+    photograph(window, "library-hover");
+    QTest::mouseMove(table->viewport(), tile(4).center());
+    EXPECT_TRUE(passUntil([&] { return look(2) == before; }));
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, tile(2).center());
+    EXPECT_TRUE(find<QLabel>("notice")->isVisible()) << "tried: this file holds no sound";
+
+    RecordedAudioInfo &item = *list.items()[7];
+    for (const bool isRecording : {true, false}) {
+        item.isRecording = isRecording;
+        window.library().itemDidChange(item);
+        EXPECT_EQ(title(0) == "Track7.mp3", isRecording);
+    }
+    table->sortByColumn(RecordingsModel::Size, Qt::AscendingOrder);
+    item.isRecording = true;
+    window.library().listDidChange();
+    EXPECT_EQ(title(0), "Track7.mp3") << "in any order";
+    item.isRecording = false;
+    window.showStatuses();
+    EXPECT_EQ(title(7), "Track7.mp3") << "and then where it belongs";
+}
+
+TEST_F(LongLibrary, SoundThatIsDroppedJoinsTheListWhereItLiesAndRubbishIsNamed) {
+    const QDir home(QDir::homePath());
+    ASSERT_TRUE(home.mkpath("Album/Inner"));
+    for (const char *sound : {"Album/One.wav", "Album/Inner/Deep.wav", "Two.wav"})
+        ASSERT_TRUE(test::writeWav(home.filePath(sound), std::vector<float>(2 * 48'000)));
+    test::touch(home.filePath("Album/Cover.jpg"));
+    test::touch(home.filePath("Rubbish.mp3"));
+    auto *notice = find<QLabel>("notice");
+    const auto drop = [&](const QStringList &names) {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const QString &name : names)
+            urls << QUrl::fromLocalFile(home.filePath(name));
+        data.setUrls(urls);
+        auto &page = window.library();
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        enter.ignore();
+        QApplication::sendEvent(&page, &enter);
+        if (!enter.isAccepted())
+            return false;
+        EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
+        QDropEvent event({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&page, &event);
+        return true;
+    };
+    const struct {
+        QStringList names;
+        QStringList joined; // of the end of the list
+        QString said;
+    } drops[] = {{{"Album", "Two.wav", "Rubbish.mp3"}, {"One.wav", "Two.wav"}, "Rubbish.mp3"},
+                 {{"Two.wav"}, {"One.wav", "Two.wav"}, Lang::windowAlreadyListed()},
+                 {{"Album/Inner/Deep.wav"}, {"One.wav", "Two.wav", "Deep.wav"}, "Deep.wav"}};
+    for (const auto &[names, joined, said] : drops) {
+        ASSERT_TRUE(drop(names));
+        EXPECT_TRUE(passUntil([&] { return notice->text().contains(said); })) << notice->text().toStdString();
+        photograph(window, "library-dropped");
+        QStringList listed;
+        for (std::size_t at = kMany; at < list.items().size(); ++at)
+            listed << list.items()[at]->getTitle();
+        EXPECT_EQ(listed, joined);
+    }
+    EXPECT_EQ(list.items().back()->duration(), "00:00:01");
+    EXPECT_EQ(list.items().back()->getFileName(), home.filePath("Album/Inner/Deep.wav")) << "not moved, not copied";
+    click("undo");
+    EXPECT_EQ(list.items().size(), kMany + 2u) << "the last ones only";
+    EXPECT_TRUE(QFile::exists(home.filePath("Album/Inner/Deep.wav")));
+    EXPECT_FALSE(drop({})) << "no files";
 }
 
 TEST_F(LongLibrary, ACoverIsShownOnceItIsDecoded) {
@@ -183,9 +324,11 @@ TEST_F(LongLibrary, ACoverIsShownOnceItIsDecoded) {
     RecordedAudioInfo &newest = *list.items().back();
     QImage red(600, 300, QImage::Format_RGB32);
     red.fill(Qt::red);
-    QBuffer encoded(&newest.cover);
+    QByteArray picture;
+    QBuffer encoded(&picture);
     ASSERT_TRUE(red.save(&encoded, "PNG"));
-    list.items().front()->cover = QByteArrayLiteral("no picture");
+    newest.setCover(picture);
+    list.items().front()->setCover(QByteArrayLiteral("no picture"));
     const auto cover = [&](int row, QIcon::Mode mode = QIcon::Normal) {
         const auto icon = table->model()->index(row, RecordingsModel::Cover).data(Qt::DecorationRole).value<QIcon>();
         return icon.pixmap(table->iconSize(), mode).toImage();

@@ -86,9 +86,10 @@ void LibraryMedia::look() {
     mArtist.clear();
     mAlbum.clear();
     mTitle = QFileInfo(mLookedFor).completeBaseName();
+    const QByteArray lookedFor = mLookedFor.toUtf8();
     for (int row = 0; !mLookedFor.isEmpty() && row < mModel.rowCount(); ++row) {
         const RecordedAudioInfo *item = mModel.item(row);
-        if (item->getFileName() != mLookedFor)
+        if (!item->hasFile(lookedFor))
             continue;
         mArtist = item->artist();
         mAlbum = item->album();

@@ -3,10 +3,13 @@
 #include "platform/foundation/KeyedArchiver.h"
 #include "util/ToolFile.h"
 
+#include <QCoreApplication>
+
 namespace cantorel {
 
 namespace {
 
+constexpr char kPart = '\xFF'; // no byte of UTF-8
 const QString kClassName = QStringLiteral("RecordedAudioInfo");
 
 struct StoredField {
@@ -53,38 +56,110 @@ std::optional<RecordedAudioFields> recordedAudioFields(const QVariant &archivedI
 RecordedAudioInfo::RecordedAudioInfo(const QString &fileName)
     : RecordedAudioInfo(RecordedAudioFields{fileName, {}, {}, {}, {}, {}, {}}) {}
 
-RecordedAudioInfo::RecordedAudioInfo(RecordedAudioFields fields)
-    : mFields(std::move(fields)), _originalFileName(mFields._fileName), _title(lastComponent(mFields._fileName)) {}
+RecordedAudioInfo::RecordedAudioInfo(const RecordedAudioFields &fields) {
+    QByteArray stored;
+    for (const StoredField &field : kStoredFields)
+        stored += (stored.isNull() ? QByteArray("") : QByteArray(1, kPart)) + (fields.*field.member).toUtf8();
+    mStored = QByteArray(stored.constData(), stored.size()); // without room to grow
+}
+
+RecordedAudioInfo::~RecordedAudioInfo() {
+    if (mRare && mRare->place)
+        *mRare->place = nullptr;
+}
+
+RecordedItemPointer::RecordedItemPointer(RecordedAudioInfo *item) {
+    if (item == nullptr)
+        return;
+    auto &place = item->rare().place;
+    if (!place)
+        place = std::make_shared<RecordedAudioInfo *>(item);
+    mPlace = place;
+}
+
+RecordedAudioInfo::Rare &RecordedAudioInfo::rare() {
+    if (!mRare)
+        mRare = std::make_unique<Rare>();
+    return *mRare;
+}
+
+QByteArrayView RecordedAudioInfo::piece(Field field) const {
+    qsizetype begin = 0;
+    for (int before = 0; before < field; ++before)
+        begin = mStored.indexOf(kPart, begin) + 1;
+    const qsizetype end = mStored.indexOf(kPart, begin);
+    return QByteArrayView(mStored).sliced(begin, (end < 0 ? mStored.size() : end) - begin);
+}
+
+void RecordedAudioInfo::setField(Field field, const QString &text) {
+    const QByteArrayView before = piece(field);
+    mStored.replace(before.data() - mStored.constData(), before.size(), text.toUtf8());
+    mStored.squeeze();
+    mSearchKey.clear();
+}
+
+RecordedAudioFields RecordedAudioInfo::fields() const {
+    RecordedAudioFields fields;
+    qsizetype begin = 0;
+    for (const StoredField &field : kStoredFields) {
+        const qsizetype end = mStored.indexOf(kPart, begin);
+        fields.*field.member =
+            QString::fromUtf8(QByteArrayView(mStored).sliced(begin, (end < 0 ? mStored.size() : end) - begin));
+        begin = end + 1;
+    }
+    return fields;
+}
+
+QByteArrayView RecordedAudioInfo::folder() const {
+    const QByteArrayView path = piece(FileNameField);
+    return path.first(qMax<qsizetype>(0, path.lastIndexOf('/')));
+}
+
+QString RecordedAudioInfo::originalFileName() const {
+    return mRare && !mRare->originalFileName.isEmpty() ? mRare->originalFileName : getFileName();
+}
 
 void RecordedAudioInfo::setFileName(const QString &path) {
-    mFields._fileName = path;
-    _title = lastComponent(path);
-    mSearchKey.clear();
+    rare().originalFileName = originalFileName();
+    setField(FileNameField, path);
     updateInfo();
 }
 
 void RecordedAudioInfo::updateInfo() {
+    if (!mRare || !mRare->current)
+        return; // Nobody would hear it.
     QMetaObject::invokeMethod(
-        this, [this] { CurrentRecordedItemDelegate->updateInfo(); }, Qt::QueuedConnection);
+        QCoreApplication::instance(),
+        [item = RecordedItemPointer(this)] {
+            if (item)
+                item->CurrentRecordedItemDelegate()->updateInfo();
+        },
+        Qt::QueuedConnection);
 }
 
-QString RecordedAudioInfo::getTitle() const { return isProcessing ? ToolFile::fileNameAtPath(_title) : _title; }
+QString RecordedAudioInfo::getTitle() const {
+    const QString title = lastComponent(getFileName());
+    return isProcessing ? ToolFile::fileNameAtPath(title) : title;
+}
 
 const QByteArray &RecordedAudioInfo::searchKey() const {
-    if (mSearchKey.isEmpty())
-        mSearchKey = QString(_title + QLatin1Char('\n') + mFields._artist + QLatin1Char('\n') + mFields._album)
-                         .toCaseFolded()
-                         .toUtf8();
+    if (mSearchKey.isEmpty()) {
+        const QString text = lastComponent(getFileName()) + QLatin1Char('\n') + artist() + QLatin1Char('\n') + album();
+        mSearchKey = text.toCaseFolded().toUtf8();
+        mSearchKey.squeeze();
+    }
     return mSearchKey;
 }
 
 void RecordedAudioInfo::setDuration(const QString &text) {
-    mFields._duration = text;
-    CurrentRecordedItemDelegate->setDuration(text);
+    setField(DurationField, text);
+    if (mRare)
+        mRare->current->setDuration(text);
 }
 
 void RecordedAudioInfo::setStatus(const QString &status) {
-    _status = status;
+    if (mRare || !status.isEmpty())
+        rare().status = status;
     foundation::NotificationCenter::defaultCenter().post(kNotificationRecordedAudioInfoStatusDidChange,
                                                          RecordedStatusChange{});
 }

@@ -4,10 +4,11 @@
 #include "platform/foundation/WeakDelegate.h"
 
 #include <QByteArray>
-#include <QObject>
+#include <QByteArrayView>
 #include <QString>
 #include <QVariant>
 
+#include <memory>
 #include <optional>
 
 namespace cantorel {
@@ -51,20 +52,30 @@ public:
     virtual void shutdownRequestedBy(RecordedAudioInfo &) {}
 };
 
-// One recording of the library. Owned by RecordedList; main thread.
-class RecordedAudioInfo : public QObject {
+class RecordedItemPointer;
+
+// One recording of the library. A library holds a hundred thousand of them: what is stored lies in one piece of
+// memory, and what few of them have in another, made when it is first needed. Owned by RecordedList; main thread.
+class RecordedAudioInfo {
 public:
     explicit RecordedAudioInfo(const QString &fileName);
-    explicit RecordedAudioInfo(RecordedAudioFields fields);
+    explicit RecordedAudioInfo(const RecordedAudioFields &fields);
+    ~RecordedAudioInfo();
+    RecordedAudioInfo(const RecordedAudioInfo &) = delete;
+    RecordedAudioInfo &operator=(const RecordedAudioInfo &) = delete;
 
-    foundation::WeakDelegate<CurrentRecordedItem> CurrentRecordedItemDelegate;
-    foundation::WeakDelegate<ShutdownMonitor> ShutdownMonitorDelegate;
+    foundation::WeakDelegate<CurrentRecordedItem> &CurrentRecordedItemDelegate() { return rare().current; }
+    foundation::WeakDelegate<ShutdownMonitor> &ShutdownMonitorDelegate() { return rare().monitor; }
 
-    const RecordedAudioFields &fields() const { return mFields; }
-    QString getFileName() const { return mFields._fileName; }
-    QString FileName() const { return mFields._fileName; }
+    RecordedAudioFields fields() const;
+    QString getFileName() const { return field(FileNameField); }
+    QString FileName() const { return getFileName(); }
+    // Whether it is this file; quicker than its name.
+    bool hasFile(const QByteArray &utf8Path) const { return piece(FileNameField) == utf8Path; }
+    // The path of its folder, as UTF-8.
+    QByteArrayView folder() const;
     // The path as first created.
-    QString originalFileName() const { return _originalFileName; }
+    QString originalFileName() const;
     // The item's view hears of it from the event loop.
     void setFileName(const QString &path);
     void updateInfo();
@@ -72,31 +83,29 @@ public:
     // The last component; while the item is processed, without its extension.
     QString getTitle() const;
 
-    QString duration() const { return mFields._duration; }
+    QString duration() const { return field(DurationField); }
     void setDuration(const QString &text);
-    QString size() const { return mFields._size; }
-    void setSize(const QString &text) { mFields._size = text; }
-    QString dateAdded() const { return mFields._dateAdded; }
-    void setDateAdded(const QString &text) { mFields._dateAdded = text; }
-    QString artist() const { return mFields._artist; }
-    void setArtist(const QString &text) {
-        mFields._artist = text;
-        mSearchKey.clear();
-    }
-    QString album() const { return mFields._album; }
-    void setAlbum(const QString &text) {
-        mFields._album = text;
-        mSearchKey.clear();
-    }
-    QString year() const { return mFields._year; }
-    void setYear(const QString &text) { mFields._year = text; }
+    QString size() const { return field(SizeField); }
+    void setSize(const QString &text) { setField(SizeField, text); }
+    QString dateAdded() const { return field(DateAddedField); }
+    void setDateAdded(const QString &text) { setField(DateAddedField, text); }
+    QString artist() const { return field(ArtistField); }
+    void setArtist(const QString &text) { setField(ArtistField, text); }
+    QString album() const { return field(AlbumField); }
+    void setAlbum(const QString &text) { setField(AlbumField, text); }
+    QString year() const { return field(YearField); }
+    void setYear(const QString &text) { setField(YearField, text); }
 
     // Name, artist and album, case-folded, on a line each; made when it is first wanted.
     const QByteArray &searchKey() const;
 
-    QString status() const { return _status; }
+    QString status() const { return mRare ? mRare->status : QString(); }
     // Posts kNotificationRecordedAudioInfoStatusDidChange.
     void setStatus(const QString &status);
+
+    // An encoded picture.
+    QByteArray cover() const { return mRare ? mRare->cover : QByteArray(); }
+    void setCover(const QByteArray &picture) { rare().cover = picture; }
 
     // Neither played, renamed nor removed for now.
     bool isInUse() const { return isRecording || isProcessing || isInterrupted; }
@@ -107,14 +116,40 @@ public:
     bool isProcessing = false;
     bool isInterrupted = false; // left by a crash, while the person has not decided what to do
     double Seconds = 0;         // exact length, as far as it is known
-    QByteArray cover;           // an encoded picture
 
 private:
-    RecordedAudioFields mFields;
-    QString _originalFileName;
-    QString _title;
-    QString _status;
+    friend class RecordedItemPointer;
+    enum Field { FileNameField, DurationField, SizeField, DateAddedField, ArtistField, AlbumField, YearField };
+    struct Rare {
+        foundation::WeakDelegate<CurrentRecordedItem> current;
+        foundation::WeakDelegate<ShutdownMonitor> monitor;
+        QString originalFileName, status;
+        QByteArray cover;
+        std::shared_ptr<RecordedAudioInfo *> place; // told to those that point here
+    };
+
+    Rare &rare();
+    QByteArrayView piece(Field field) const;
+    QString field(Field field) const { return QString::fromUtf8(piece(field)); }
+    void setField(Field field, const QString &text);
+
+    QByteArray mStored; // the fields in their order as UTF-8, parted by a byte that no text has
     mutable QByteArray mSearchKey;
+    std::unique_ptr<Rare> mRare;
+};
+
+// Points to an item without owning it; null once the item is gone. Followed on the main thread, held by any.
+class RecordedItemPointer {
+public:
+    RecordedItemPointer() = default;
+    RecordedItemPointer(RecordedAudioInfo *item); // deliberately from any item
+
+    operator RecordedAudioInfo *() const { return mPlace ? *mPlace : nullptr; }
+    RecordedAudioInfo *operator->() const { return *this; }
+    void clear() { mPlace.reset(); }
+
+private:
+    std::shared_ptr<RecordedAudioInfo *> mPlace;
 };
 
 } // namespace cantorel

@@ -49,7 +49,7 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
         mList.willConvert(file);
     const int format = AppSettings::getAudioFormat();
     const QString converter = AppSettings::TessolarConverterPath();
-    auto job = [this, file, format, converter, item = QPointer(&item),
+    auto job = [this, file, format, converter, item = RecordedItemPointer(&item),
                 completion = std::move(completion)](const std::stop_token &stop) {
         Result<QString> result = Failure{kConversionEnded(), QString()};
         const auto recording = std::make_shared<FileIdentity>(file);
@@ -71,9 +71,8 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
         mWorker = std::jthread([this](const std::stop_token &stop) { run(stop); });
 }
 
-void RecordedConversions::finish(const QPointer<RecordedAudioInfo> &item, const QString &file,
-                                 const FileIdentity &recording, const Result<QString> &result,
-                                 const Completion &completion) {
+void RecordedConversions::finish(const RecordedItemPointer &item, const QString &file, const FileIdentity &recording,
+                                 const Result<QString> &result, const Completion &completion) {
     --mPending;
     if (item) { // It may have been removed from the list meanwhile.
         item->isProcessing = false;

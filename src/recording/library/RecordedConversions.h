@@ -5,7 +5,6 @@
 #include "recording/library/RecordedAudioInfo.h"
 
 #include <QObject>
-#include <QPointer>
 
 #include <condition_variable>
 #include <deque>
@@ -35,7 +34,7 @@ public:
 
 private:
     void run(const std::stop_token &stop);
-    void finish(const QPointer<RecordedAudioInfo> &item, const QString &file, const foundation::FileIdentity &recording,
+    void finish(const RecordedItemPointer &item, const QString &file, const foundation::FileIdentity &recording,
                 const foundation::Result<QString> &result, const Completion &completion);
 
     RecordedList &mList;

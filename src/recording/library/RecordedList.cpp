@@ -14,10 +14,12 @@
 #include <QRegularExpression>
 #include <QThread>
 
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <tuple>
 
@@ -34,6 +36,8 @@ constexpr std::chrono::seconds kSweepInterval(1);
 constexpr qint64 kSmallArchive = 64 * 1024;
 
 constexpr int kAttempts = 5;
+
+const QString kDateFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
 constexpr const char *kInsert = "insert";
 constexpr const char *kRemove = "remove";
@@ -75,6 +79,7 @@ void RecordedList::initRecordedListBehind(std::function<void()> loaded) {
     mInvalidFiles.clear();
     mLoading = std::async(std::launch::async, [this, loaded = std::move(loaded)] {
         Items items = load();
+        (void)::malloc_trim(0); // Reading takes several times what stays; it goes back to the system.
         QMetaObject::invokeMethod(&mTold, [this, loaded] {
             (void)guarded("initRecordedList", [&] { finishLoading(); });
             loaded();
@@ -103,7 +108,7 @@ RecordedList::Items RecordedList::load() {
     items.reserve(static_cast<std::size_t>(stored.items.size()));
     for (const QVariant &archived : stored.items) {
         if (auto fields = recordedAudioFields(archived))
-            items.push_back(std::make_unique<RecordedAudioInfo>(*std::move(fields)));
+            items.push_back(std::make_unique<RecordedAudioInfo>(*fields));
     }
     mJournalFits = items.size() == static_cast<std::size_t>(stored.items.size());
     if (!changes.empty()) // The next change stores the whole list, and the journal begins anew.
@@ -113,12 +118,9 @@ RecordedList::Items RecordedList::load() {
     mArchiveSize = stored.archive.size();
     if (std::erase_if(items, [](const auto &item) { return !QFile::exists(item->getFileName()); }) > 0)
         mJournalFits = false;
-    if (QThread *const owner = mTold.thread(); owner != QThread::currentThread()) {
-        for (const auto &item : items) {
+    if (mTold.thread() != QThread::currentThread())
+        for (const auto &item : items)
             (void)item->searchKey(); // made while nobody waits for it
-            item->moveToThread(owner);
-        }
-    }
     return items;
 }
 
@@ -140,11 +142,11 @@ void RecordedList::apply(const std::vector<QJsonObject> &changes, Items &items) 
         auto fields = fieldsOf(change.value(QStringLiteral("item")).toArray());
         const auto place = items.begin() + static_cast<std::ptrdiff_t>(std::min(at, items.size()));
         if (operation == QLatin1String(kInsert) && at <= items.size())
-            items.insert(place, std::make_unique<RecordedAudioInfo>(std::move(fields)));
+            items.insert(place, std::make_unique<RecordedAudioInfo>(fields));
         else if (operation == QLatin1String(kRemove) && at < items.size())
             items.erase(place);
         else if (operation == QLatin1String(kSet) && at < items.size())
-            *place = std::make_unique<RecordedAudioInfo>(std::move(fields));
+            *place = std::make_unique<RecordedAudioInfo>(fields);
     }
 }
 
@@ -192,9 +194,24 @@ std::size_t RecordedList::indexOf(const RecordedAudioInfo &item) const {
     return static_cast<std::size_t>(found - mItems.begin());
 }
 
+QStringList RecordedList::folders() const {
+    QSet<QByteArray> folders;
+    QByteArrayView last;
+    for (const auto &item : mItems) {
+        const QByteArrayView folder = item->folder();
+        if (folder != last) // Most lie where the one before lies.
+            folders.insert(folder.toByteArray());
+        last = folder;
+    }
+    QStringList names;
+    for (const QByteArray &folder : folders)
+        names << QString::fromUtf8(folder);
+    return names;
+}
+
 RecordedAudioInfo *RecordedList::itemWithFile(const QString &path) const {
-    const auto found =
-        std::find_if(mItems.begin(), mItems.end(), [&](const auto &item) { return item->getFileName() == path; });
+    const auto found = std::find_if(mItems.begin(), mItems.end(),
+                                    [file = path.toUtf8()](const auto &item) { return item->hasFile(file); });
     return found == mItems.end() ? nullptr : found->get();
 }
 
@@ -203,7 +220,7 @@ RecordedAudioInfo &RecordedList::addRecordedFile(const QString &path, const QStr
     auto item = std::make_unique<RecordedAudioInfo>(path);
     item->setDuration(recordDuration);
     item->setSize(recordFileSize);
-    item->setDateAdded(QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+    item->setDateAdded(QDateTime::currentDateTime().toString(kDateFormat));
     finishLoading();
     mItems.push_back(std::move(item));
     store(kInsert, mItems.size() - 1);
@@ -211,11 +228,32 @@ RecordedAudioInfo &RecordedList::addRecordedFile(const QString &path, const QStr
     return *mItems.back();
 }
 
+QStringList RecordedList::append(std::vector<RecordedAudioFields> recordings) {
+    finishLoading();
+    QSet<QString> listed;
+    for (const auto &item : mItems)
+        listed.insert(item->getFileName());
+    std::erase_if(recordings, [&](const RecordedAudioFields &fields) { return listed.contains(fields._fileName); });
+    const QString now = QDateTime::currentDateTime().toString(kDateFormat);
+    QStringList files;
+    for (RecordedAudioFields &fields : recordings) {
+        files << fields._fileName;
+        fields._dateAdded = now;
+        mItems.push_back(std::make_unique<RecordedAudioInfo>(fields));
+    }
+    if (files.size() == 1)
+        store(kInsert, mItems.size() - 1);
+    else if (!files.isEmpty())
+        saveRecordedList();
+    if (!files.isEmpty())
+        changed();
+    return files;
+}
+
 void RecordedList::insert(std::size_t at, RecordedAudioFields fields) {
     finishLoading();
     at = std::min(at, mItems.size());
-    mItems.insert(mItems.begin() + static_cast<std::ptrdiff_t>(at),
-                  std::make_unique<RecordedAudioInfo>(std::move(fields)));
+    mItems.insert(mItems.begin() + static_cast<std::ptrdiff_t>(at), std::make_unique<RecordedAudioInfo>(fields));
     store(kInsert, at);
     changed();
 }
@@ -227,6 +265,17 @@ void RecordedList::remove(RecordedAudioInfo &item) {
     const auto gone = std::move(mItems[at]); // The caller may still use it while the view hears of the change.
     mItems.erase(mItems.begin() + static_cast<std::ptrdiff_t>(at));
     store(kRemove, at);
+    changed();
+}
+
+void RecordedList::removeFiles(const QStringList &files) {
+    const QSet<QString> unlisted(files.begin(), files.end());
+    const auto gone = std::stable_partition(mItems.begin(), mItems.end(), [&](const auto &item) {
+        return item->isInUse() || !unlisted.contains(item->getFileName());
+    });
+    const Items kept(std::make_move_iterator(gone), std::make_move_iterator(mItems.end())); // as in remove()
+    mItems.erase(gone, mItems.end());
+    saveRecordedList();
     changed();
 }
 

@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QSet>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <future>
@@ -57,15 +58,21 @@ public:
     const Items &items() const { return mItems; }
     // Null when there is none.
     RecordedAudioInfo *itemWithFile(const QString &path) const;
+    // The folders that the files of the list lie in, each once.
+    QStringList folders() const;
     // items().size() for one that is not in the list.
     std::size_t indexOf(const RecordedAudioInfo &item) const;
 
     RecordedAudioInfo &addRecordedFile(const QString &path, const QString &recordDuration,
                                        const QString &recordFileSize);
+    // Recordings that exist already, added now; those that are listed are left out. The files that were added.
+    QStringList append(std::vector<RecordedAudioFields> recordings);
     // A recording that was in the list before, back at its place, or at the end where the list is shorter now.
     void insert(std::size_t at, RecordedAudioFields fields);
     // The item is destroyed; its file stays.
     void remove(RecordedAudioInfo &item);
+    // The same for all items with these files that are not in use.
+    void removeFiles(const QStringList &files);
     // Stores what has changed in the item.
     void save(const RecordedAudioInfo &item);
     // Renames the file beside itself, keeping its extension; nothing is overwritten, and nothing has changed where it

@@ -67,6 +67,11 @@ QString RecordingsModel::textOf(const RecordedAudioInfo &item, int column) const
 
 QString RecordingsModel::shownDate(const QString &stored) const {
     const QDateTime date = QDateTime::fromString(stored, kStoredDate);
+    return date.isValid() ? mShortDates.text(date, QDate::currentDate()) : stored;
+}
+
+QString RecordingsModel::fullDate(const QString &stored) const {
+    const QDateTime date = QDateTime::fromString(stored, kStoredDate);
     return date.isValid() ? mLocale.toString(date, mDateFormat) : stored;
 }
 
@@ -82,8 +87,17 @@ void RecordingsModel::listDidChange() {
 }
 
 void RecordingsModel::itemDidChange(const RecordedAudioInfo &item) {
-    if (const int row = rowOf(&item); row >= 0)
+    if (item.isRecording != (mOnTop == &item))
+        listDidChange();
+    else if (const int row = rowOf(&item); row >= 0)
         Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
+}
+
+void RecordingsModel::itemsDidChange() {
+    if (mOnTop != nullptr && !mOnTop->isRecording)
+        listDidChange();
+    else if (!mRows.empty())
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
 }
 
 void RecordingsModel::languageDidChange() {
@@ -92,10 +106,10 @@ void RecordingsModel::languageDidChange() {
     if (!mDateFormat.contains(QLatin1String("yyyy")))
         mDateFormat.replace(QLatin1String("yy"), QLatin1String("yyyy"));
     mDateFormat.replace(QLatin1Char('B'), QLatin1String("AP")); // which Qt would print as it stands
+    mShortDates = ShortDates(mLocale);
     mPlaces.clear();
     Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
-    if (!mRows.empty())
-        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
+    itemsDidChange();
 }
 
 void RecordingsModel::search(const QString &text) {
@@ -141,6 +155,9 @@ void RecordingsModel::arrange() {
     // The list itself is in the order of dates, so the newest come first by turning it around.
     else if (mSortOrder == Qt::DescendingOrder)
         std::reverse(mOrder.begin(), mOrder.end());
+    const auto recorded =
+        std::stable_partition(mOrder.begin(), mOrder.end(), [](const auto *item) { return item->isRecording; });
+    mOnTop = recorded == mOrder.begin() ? nullptr : mOrder.front();
     mRows = mOrder;
     if (!mSearched.empty())
         std::erase_if(mRows, [this](const RecordedAudioInfo *item) { return !isShown(*item); });
@@ -214,7 +231,7 @@ QVariant RecordingsModel::data(const QModelIndex &index, int role) const {
     case Qt::DecorationRole:
         return index.column() == Cover && picture ? picture(*item) : QVariant();
     case Qt::ToolTipRole:
-        return item->getFileName();
+        return index.column() == Date ? fullDate(item->dateAdded()) : item->getFileName();
     case Qt::TextAlignmentRole:
         return headerData(index.column(), Qt::Horizontal, role);
     default:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Sentence.h"
+#include "util/ShortDates.h"
 
 #include <QAbstractTableModel>
 #include <QCollator>
@@ -29,17 +30,19 @@ public:
     // The picture of a recording, for the view to draw. May be empty.
     std::function<QVariant(const RecordedAudioInfo &item)> picture;
 
-    // The items of the list have come, gone or changed places; the language has changed.
+    // The items of the list have come, gone or changed places.
     void listDidChange();
-    // What is shown of the item has changed.
+    // What is shown of the item, or of any, has changed.
     void itemDidChange(const RecordedAudioInfo &item);
+    void itemsDidChange();
     void languageDidChange();
 
     // Shows what has every word of the text in its title, artist or album.
     void search(const QString &text);
 
-    // A stored date in the window's language; any other text unchanged.
+    // A stored date in the window's language, as short as can be or in full; any other text unchanged.
     QString shownDate(const QString &stored) const;
+    QString fullDate(const QString &stored) const;
 
     RecordedAudioInfo *item(int row) const;
     // -1 when it is not shown; the item may be gone.
@@ -78,8 +81,11 @@ private:
     Rows mRows;                                                   // those that are shown
     std::unordered_map<const RecordedAudioInfo *, Place> mPlaces; // of the column that is sorted by
     std::vector<QByteArray> mSearched;                            // folded words
+    // What is being recorded stands on top, whatever the order.
+    const RecordedAudioInfo *mOnTop = nullptr;
     QLocale mLocale;
     QString mDateFormat;
+    ShortDates mShortDates{mLocale};
     int mSortColumn = Date;
     Qt::SortOrder mSortOrder = Qt::DescendingOrder;
 };

@@ -58,16 +58,16 @@ std::vector<RecordingJournal::Leftover> CrashLeftovers::pending() {
 void CrashLeftovers::sweep() {
     if (mSweeper.joinable())
         return;
-    QStringList files = mJournal.abandoned();
-    files.append(AppSettings::outputPath() + QStringLiteral("/."));
-    for (const auto &item : mList.items())
-        files.append(item->getFileName());
-    mSweeper = std::jthread([files] {
+    QStringList folders = mList.folders();
+    folders.append(AppSettings::outputPath());
+    for (const QString &file : mJournal.abandoned())
+        folders.append(QFileInfo(file).path());
+    mSweeper = std::jthread([folders] {
         (void)guarded("sweep", [&] { // logged there
-            QSet<QString> folders;
-            for (const QString &file : files)
-                folders.insert(QFileInfo(file).absolutePath());
+            QSet<QString> swept;
             for (const QString &folder : folders)
+                swept.insert(QDir(folder).absolutePath());
+            for (const QString &folder : swept)
                 foundation::HiddenFile::sweep(folder);
         });
     });

@@ -4,7 +4,6 @@
 #include "recording/library/RecordedAudioInfo.h"
 #include "settings/RecordingSource.h"
 
-#include <QPointer>
 #include <QString>
 
 #include <optional>
@@ -26,7 +25,7 @@ struct FileUnderWay {
     QString path;   // empty before the first frames
     QString device; // the one that is recorded
     RecordingSource source = RecordingSource::SystemSound;
-    QPointer<RecordedAudioInfo> item; // from the first frames on, while it is listed
+    RecordedItemPointer item; // from the first frames on, while it is listed
     std::optional<ExecutedTask> task;
     double taskSecondsBefore = 0; // in the task's files before this one
 

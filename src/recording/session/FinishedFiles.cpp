@@ -80,7 +80,7 @@ bool FinishedFiles::filter(const FileUnderWay &file, const FinishedRecording &re
     mJournal.end(recording.file);
     if (file.item) {
         if (file.item->shutdownEnable)
-            file.item->ShutdownMonitorDelegate->shutdownRequestedBy(*file.item);
+            file.item->ShutdownMonitorDelegate()->shutdownRequestedBy(*file.item);
         mList.remove(*file.item);
     }
     mView.recordingFiltered(recording.file, recording.seconds);

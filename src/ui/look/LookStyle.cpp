@@ -263,6 +263,7 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
         painter->fillRect(option->rect.left(), option->rect.bottom(), option->rect.width(), 1, tokens.line);
         return;
     case PE_IndicatorToolBarSeparator:
+    case PE_PanelItemViewRow: // Who draws the cells draws what is below them.
         return;
     default:
         break;

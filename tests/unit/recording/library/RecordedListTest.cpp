@@ -14,7 +14,6 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QThread>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -94,6 +93,47 @@ TEST_F(RecordedListTest, TitlesFollowTheFileAndTheProcessing) {
     item.setFileName("/music/B.mp3");
     EXPECT_EQ(item.getTitle(), "B");
     EXPECT_EQ(item.originalFileName(), "/music/A song.m4a");
+}
+
+TEST_F(RecordedListTest, AnItemKeepsAnyTextInAnyFieldAndTellsThatItIsGone) {
+    RecordedAudioFields fields{
+        "/music/\u00e9 \u97f3.m4a", "", "1 KB", QString::fromUtf8("a\0b", 3), "\U0001F3B5", "", "2026"};
+    auto item = std::make_unique<RecordedAudioInfo>(fields);
+    EXPECT_EQ(item->fields(), fields);
+    item->setAlbum(fields._album = "a longer album");
+    item->setDuration(fields._duration = "00:00:09");
+    item->setArtist(fields._artist = "");
+    item->setFileName(fields._fileName = "/b.mp3");
+    EXPECT_EQ(item->fields(), fields);
+    EXPECT_EQ(item->year(), "2026");
+    EXPECT_TRUE(item->hasFile("/b.mp3") && !item->hasFile("/b.mp") && item->searchKey().contains("longer"));
+    const RecordedItemPointer pointer(item.get()), other = pointer;
+    EXPECT_EQ(other->album(), fields._album);
+    item.reset();
+    EXPECT_FALSE(pointer || other);
+}
+
+TEST_F(RecordedListTest, WhatJoinsAtOnceIsListedOnceAndGoesAtOnce) {
+    large();
+    for (const bool isMany : {false, true}) {
+        const auto list = opened();
+        std::vector<RecordedAudioFields> joining{{file(7), {}, {}, {}, {}, {}, {}},
+                                                 {file(700), {}, {}, {}, {}, {}, {}}};
+        if (isMany)
+            joining.push_back({file(701), {}, {}, {}, {}, {}, {}});
+        const QStringList joined = list->append(joining);
+        EXPECT_EQ(joined, isMany ? (QStringList{file(700), file(701)}) : QStringList{file(700)});
+        EXPECT_FALSE(list->items().back()->dateAdded().isEmpty());
+        EXPECT_EQ(names(*opened()), names(*list)) << "stored";
+        list->items()[600]->isProcessing = true;
+        list->removeFiles(QStringList{file(3)} + joined);
+        EXPECT_EQ(names(*list).count("r700"), 1) << "what is converted stays";
+        EXPECT_EQ(list->items().size(), 600u);
+        EXPECT_EQ(names(*opened()), names(*list)) << "stored";
+        list->items().back()->isProcessing = false;
+        list->removeFiles({file(700)});
+        list->insert(3, {file(3), {}, {}, {}, {}, {}, {}});
+    }
 }
 
 TEST_F(RecordedListTest, WhatIsGoneFromTheDiskIsLeftOutAndForgottenAtTheNextSave) {
@@ -202,7 +242,6 @@ TEST_F(RecordedListTest, ALoadingListTellsWhenItIsThereAndLosesNothingToAnEarlyC
         }));
         EXPECT_EQ(told, 1);
         EXPECT_FALSE(list.isLoading());
-        EXPECT_EQ(list.items().front()->thread(), QThread::currentThread());
         EXPECT_EQ(names(list).front(), "r0");
         EXPECT_EQ(names(*opened()).size(), changesEarly ? 601 : 600);
     }

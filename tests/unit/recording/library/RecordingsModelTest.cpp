@@ -3,7 +3,9 @@
 #include "lang/Lang.h"
 #include "platform/hal/embedded/DeviceClock.h"
 #include "recording/library/RecordedList.h"
+#include "util/ShortDates.h"
 
+#include <QDateTime>
 #include <QDir>
 
 #include <gtest/gtest.h>
@@ -99,7 +101,25 @@ TEST_F(RecordingsModelTest, DatesAreWrittenInTheWindowsLanguage) {
     for (const auto &[language, expected] : languages) {
         Lang::ChangeLanguage(language);
         model.languageDidChange();
-        EXPECT_EQ(model.index(0, RecordingsModel::Date).data().toString(), expected) << language;
+        EXPECT_EQ(model.index(0, RecordingsModel::Date).data(Qt::ToolTipRole).toString(), expected) << language;
+    }
+    struct {
+        const char *language, *today, *yesterday, *thisYear, *before;
+    } const shorts[] = {
+        {"German", "Heute 14:07", "Gestern", "5. M\u00e4rz", "31. Dez. 2025"},
+        {"Japanese", "\u4eca\u65e5 14:07", "\u6628\u65e5", "3\u67085\u65e5", "2025\u5e7412\u670831\u65e5"},
+        {"Danish", "I dag 14.07", "I g\u00e5r", "5. mar.", "31. dec. 2025"}};
+    const QTime time(14, 7);
+    for (const auto &[language, today, yesterday, thisYear, before] : shorts) {
+        Lang::ChangeLanguage(language);
+        const ShortDates dates(Lang::locale());
+        const auto text = [&](QDate date, QDate now) { return dates.text(QDateTime(date, time), now); };
+        EXPECT_EQ(text({2026, 3, 5}, {2026, 3, 5}), today);
+        EXPECT_EQ(text({2026, 3, 5}, {2026, 3, 6}), yesterday);
+        EXPECT_EQ(text({2025, 12, 31}, {2026, 1, 1}), yesterday);
+        EXPECT_EQ(text({2026, 3, 5}, {2026, 3, 7}), thisYear);
+        EXPECT_EQ(text({2026, 3, 5}, {2026, 3, 4}), thisYear) << "a clock that was put back";
+        EXPECT_EQ(text({2025, 12, 31}, {2026, 1, 2}), before);
     }
     list.items()[0]->setDateAdded("yesterday");
     EXPECT_EQ(model.index(0, RecordingsModel::Date).data().toString(), "yesterday") << "no date: as it is";

@@ -1,0 +1,181 @@
+#include "ui/DetailsPanel.h"
+
+#include "lang/Lang.h"
+#include "recording/library/RecordedAudioInfo.h"
+#include "ui/DigitLabel.h"
+#include "ui/Icons.h"
+#include "ui/look/Look.h"
+
+#include <QBoxLayout>
+#include <QDir>
+#include <QEvent>
+#include <QFileInfo>
+#include <QPainter>
+#include <QScrollArea>
+#include <QToolButton>
+
+#include <utility>
+
+namespace cantorel::ui {
+
+namespace {
+
+constexpr int kWidth = 304, kCover = 88;
+
+// A word that is wider than its line may be broken anywhere, by signs of no width.
+QString breakable(const QString &text, const QFontMetrics &metrics, int width) {
+    QString broken;
+    for (const QString &word : text.split(QLatin1Char(' '))) {
+        broken += broken.isEmpty() ? QString() : QStringLiteral(" ");
+        if (metrics.horizontalAdvance(word) <= width)
+            broken += word;
+        else
+            for (const QChar sign : word)
+                broken += sign.isLowSurrogate() || broken.isEmpty() ? QString(sign) : QChar(0x200B) + QString(sign);
+    }
+    return broken;
+}
+
+QLabel *textLabel(QWidget *parent) {
+    auto *label = new QLabel(parent);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    return label;
+}
+
+} // namespace
+
+DetailsPanel::DetailsPanel(QWidget *parent)
+    : QWidget(parent),
+      mBack(new QToolButton(this)),
+      mHead(new QWidget),
+      mCover(new QLabel(mHead)),
+      mName(textLabel(mHead)),
+      mNobody(new QLabel),
+      mFigures(new DigitLabel(mHead)),
+      mRows(new QVBoxLayout) {
+    setObjectName(QStringLiteral("details"));
+    mBack->setObjectName(QStringLiteral("back"));
+    mBack->setAutoRaise(true);
+    mBack->setFocusPolicy(Qt::StrongFocus);
+    mBack->hide();
+    mName->setObjectName(QStringLiteral("detailsName"));
+    mFigures->setObjectName(QStringLiteral("detailsFigures"));
+    mNobody->setObjectName(QStringLiteral("detailsOfNothing"));
+    mNobody->setWordWrap(true);
+    auto *beside = new QVBoxLayout;
+    beside->setSpacing(measure::kGap / 2);
+    beside->addWidget(mName);
+    beside->addWidget(mFigures);
+    beside->addStretch();
+    mHead->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    auto *head = new QHBoxLayout(mHead);
+    head->setContentsMargins({});
+    head->setSpacing(2 * measure::kGap);
+    head->addWidget(mCover, 0, Qt::AlignTop);
+    head->addLayout(beside, 1);
+    mRows->setSpacing(measure::kGap / 4);
+
+    auto *content = new QWidget;
+    mColumn = new QVBoxLayout(content);
+    mColumn->setContentsMargins(measure::kMargin, measure::kMargin, measure::kMargin, measure::kMargin);
+    mColumn->setSpacing(2 * measure::kGap);
+    mColumn->addWidget(mHead);
+    mColumn->addWidget(mNobody);
+    mColumn->addLayout(mRows);
+    mColumn->addStretch();
+    auto *scrolled = new QScrollArea(this);
+    scrolled->setWidgetResizable(true);
+    scrolled->setFrameShape(QFrame::NoFrame);
+    scrolled->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scrolled->setWidget(content);
+    scrolled->setFocusPolicy(Qt::NoFocus);
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(1, 0, 0, 0); // the hairline
+    column->setSpacing(0);
+    auto *lead = new QHBoxLayout;
+    lead->setContentsMargins(measure::kMargin - measure::kGap, 0, 0, 0);
+    lead->addWidget(mBack);
+    lead->addStretch();
+    column->addLayout(lead);
+    column->addWidget(scrolled, 1);
+    dress();
+}
+
+int DetailsPanel::besideWidth() const { return Look::scaled(*this, kWidth); }
+
+int DetailsPanel::coverSide() const { return Look::scaled(*this, kCover); }
+
+void DetailsPanel::setCovering(bool covers) {
+    mBack->setVisible(covers);
+    mColumn->setContentsMargins(measure::kMargin, covers ? measure::kGap : measure::kMargin, measure::kMargin,
+                                measure::kMargin);
+}
+
+void DetailsPanel::show(const RecordedAudioInfo *item, const QPixmap &cover, const QString &date) {
+    mHead->setVisible(item);
+    mNobody->setVisible(!item);
+    mNobody->setText(Lang::windowNothingChosen());
+    Rows rows;
+    if (item) {
+        const QFileInfo file(item->getFileName());
+        mCover->setPixmap(cover);
+        mName->setText(breakable(file.fileName(), mName->fontMetrics(),
+                                 besideWidth() - coverSide() - 2 * measure::kMargin - 3 * measure::kGap));
+        mFigures->setText(QStringList{item->duration(), item->size().trimmed()}.join(QStringLiteral(", ")));
+        rows = {{Lang::windowFolder(), QDir::toNativeSeparators(file.path())},
+                {Lang::commFormat(), file.suffix().toUpper()},
+                {Lang::windowArtist(), item->artist()},
+                {Lang::windowAlbum(), item->album()},
+                {Lang::commDateAdded(), date},
+                {Lang::windowState(), file.exists() ? item->status() : Lang::tabPlaylistNoFile()}};
+    }
+    // What there is nothing to say about is left out.
+    rows.removeIf([](const Rows::value_type &row) { return row.second.isEmpty(); });
+    if (std::exchange(mShown, rows) == rows)
+        return; // A text that is being copied stays.
+    while (QLayoutItem *const part = mRows->takeAt(0)) {
+        delete part->widget();
+        delete part;
+    }
+    for (const auto &[name, text] : rows)
+        addRow(name, text);
+}
+
+void DetailsPanel::addRow(const QString &name, const QString &text) {
+    auto *label = new QLabel(name, this);
+    label->setFont(Look::font(*this, text_size::kLabel));
+    label->setForegroundRole(QPalette::PlaceholderText); // that of second lines
+    auto *value = textLabel(this);
+    value->setText(breakable(text, value->fontMetrics(), besideWidth() - 2 * measure::kMargin));
+    value->setAccessibleName(name + QStringLiteral(": ") + text);
+    label->setBuddy(value);
+    if (mRows->count() > 0)
+        mRows->addSpacing(measure::kGap);
+    mRows->addWidget(label);
+    mRows->addWidget(value);
+}
+
+void DetailsPanel::dress() {
+    mBack->setIcon(icon(QStringLiteral("back"), palette()));
+    mName->setFont(Look::font(*this, text_size::kTitle, QFont::Bold));
+    mFigures->setFont(Look::font(*this, text_size::kSecondLine));
+    mFigures->setForegroundRole(QPalette::PlaceholderText);
+    mNobody->setForegroundRole(QPalette::PlaceholderText);
+}
+
+void DetailsPanel::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    painter.fillRect(rect(), Look::tokens().ground);
+    if (mBack->isHidden())
+        painter.fillRect(0, 0, 1, height(), Look::tokens().line);
+}
+
+void DetailsPanel::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange)
+        dress();
+    QWidget::changeEvent(event);
+}
+
+} // namespace cantorel::ui
