@@ -4,29 +4,46 @@
 
 #include <QAbstractItemView>
 #include <QPainter>
+#include <QTextLayout>
+#include <QtMath>
 
 namespace cantorel::ui {
 
 namespace {
 
-constexpr int kWraps = Qt::TextWordWrap | Qt::TextWrapAnywhere;
+// A text in lines of a width, broken between words where it can be.
+class Paragraph {
+public:
+    Paragraph(const QFont &font, const QString &text, int width) : mLayout(text, font) {
+        QTextOption option;
+        option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+        mLayout.setTextOption(option);
+        mLayout.beginLayout();
+        for (QTextLine line = mLayout.createLine(); line.isValid(); line = mLayout.createLine()) {
+            line.setLineWidth(width);
+            line.setPosition(QPointF(0, mHeight));
+            mHeight += qCeil(line.height());
+        }
+        mLayout.endLayout();
+    }
+    int height() const { return mHeight; }
+    void draw(QPainter &painter, const QPoint &corner, const QColor &ink) const {
+        painter.setPen(ink);
+        mLayout.draw(&painter, corner);
+    }
+
+private:
+    QTextLayout mLayout;
+    int mHeight = 0;
+};
 
 struct Lines {
-    QFont title, second;
-    QString titleText, secondText;
-    int titleHeight, secondHeight;
-
     Lines(const QWidget &view, const QModelIndex &index, int width)
-        : title(Look::font(view, text_size::kBody, QFont::Bold)),
-          second(Look::font(view, text_size::kSecondLine)),
-          titleText(index.data(TwoLineDelegate::Title).toString()),
-          secondText(index.data(TwoLineDelegate::Second).toString()),
-          titleHeight(heightOf(title, titleText, width)),
-          secondHeight(heightOf(second, secondText, width)) {}
+        : title(Look::font(view, text_size::kBody, QFont::Bold), index.data(TwoLineDelegate::Title).toString(), width),
+          second(Look::font(view, text_size::kSecondLine), index.data(TwoLineDelegate::Second).toString(), width) {}
+    int height() const { return title.height() + second.height(); }
 
-    static int heightOf(const QFont &font, const QString &text, int width) {
-        return QFontMetrics(font).boundingRect(QRect(0, 0, width, QWIDGETSIZE_MAX), kWraps, text).height();
-    }
+    Paragraph title, second;
 };
 
 } // namespace
@@ -35,7 +52,7 @@ QSize TwoLineDelegate::sizeHint(const QStyleOptionViewItem &option, const QModel
     const auto *view = static_cast<const QAbstractItemView *>(option.widget);
     const int width = view->viewport()->width();
     const Lines lines(*view, index, width - 2 * measure::kMargin);
-    return {width, qMax(Look::tall(*view, measure::kRow), lines.titleHeight + lines.secondHeight + 2 * measure::kGap)};
+    return {width, qMax(Look::tall(*view, measure::kRow), lines.height() + 2 * measure::kGap)};
 }
 
 void TwoLineDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const {
@@ -49,18 +66,11 @@ void TwoLineDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
     painter->setBrush(option.state & QStyle::State_Selected ? tokens.soft : tokens.surface);
     if (showsFocus || option.state & QStyle::State_Selected)
         painter->drawRoundedRect(place, measure::kButtonRadius, measure::kButtonRadius);
-    QRect text = option.rect.adjusted(measure::kMargin, 0, -measure::kMargin, 0);
-    const Lines lines(view, index, text.width());
-    text.setTop(text.center().y() - (lines.titleHeight + lines.secondHeight) / 2);
-    text.setHeight(lines.titleHeight);
-    painter->setFont(lines.title);
-    painter->setPen(tokens.text);
-    painter->drawText(text, kWraps, lines.titleText);
-    text.translate(0, lines.titleHeight);
-    text.setHeight(lines.secondHeight);
-    painter->setFont(lines.second);
-    painter->setPen(index.data(IsTrouble).toBool() ? tokens.red : tokens.text2);
-    painter->drawText(text, kWraps, lines.secondText);
+    const Lines lines(view, index, option.rect.width() - 2 * measure::kMargin);
+    const QPoint corner(option.rect.left() + measure::kMargin, option.rect.center().y() - lines.height() / 2);
+    lines.title.draw(*painter, corner, tokens.text);
+    lines.second.draw(*painter, corner + QPoint(0, lines.title.height()),
+                      index.data(IsTrouble).toBool() ? tokens.red : tokens.text2);
     painter->restore();
 }
 
