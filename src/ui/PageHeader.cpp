@@ -37,7 +37,8 @@ PageHeader::PageHeader(QWidget *parent)
 }
 
 void PageHeader::setTitle(const QString &title) {
-    mTitle->setText(title);
+    mWhole = title;
+    mTitle->setAccessibleName(title);
     fit();
 }
 
@@ -55,18 +56,24 @@ void PageHeader::showActions(bool areShown) { mActionBox->setVisible(areShown); 
 
 void PageHeader::takePill(QWidget &pill) { mRow->addWidget(&pill); }
 
-// Words give way where there is no room for them.
+// Words of actions give way where there is no room for them, then the middle of the title.
 void PageHeader::fit() {
     const QMargins margins = mRow->contentsMargins();
-    int needed = margins.left() + margins.right();
+    int room = width() - margins.left() - margins.right();
     for (int i = 0; i < mRow->count(); ++i)
-        if (const QWidget *widget = mRow->itemAt(i)->widget(); widget && widget != mActionBox && !widget->isHidden())
-            needed += widget->sizeHint().width() + 2 * measure::kGap;
+        if (const QWidget *widget = mRow->itemAt(i)->widget();
+            widget && widget != mActionBox && widget != mTitle && !widget->isHidden())
+            room -= widget->sizeHint().width() + 2 * measure::kGap;
+    int icons = 0, words = 0;
     for (const QToolButton *action : mActions)
-        if (!action->isHidden())
-            needed += action->fontMetrics().horizontalAdvance(action->text()) + action->iconSize().width()
-                      + 5 * measure::kGap;
-    const bool hasRoom = needed <= width();
+        if (!action->isHidden() && !mActionBox->isHidden()) {
+            icons += qMax(Look::tall(*this, measure::kTarget), action->iconSize().width()) + measure::kGap;
+            words += action->fontMetrics().horizontalAdvance(action->text()) + 4 * measure::kGap;
+        }
+    const QFontMetrics metrics(mTitle->font());
+    const bool hasRoom = metrics.horizontalAdvance(mWhole) + icons + words <= room;
+    mTitle->setText(metrics.elidedText(mWhole, Qt::ElideMiddle, room - icons - (hasRoom ? words : 0)));
+    mTitle->setToolTip(mTitle->text() == mWhole ? QString() : mWhole);
     for (QToolButton *button : mActions) {
         button->setToolButtonStyle(hasRoom ? Qt::ToolButtonTextBesideIcon : Qt::ToolButtonIconOnly);
         button->setToolTip(hasRoom ? QString() : button->text());

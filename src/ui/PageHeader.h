@@ -34,6 +34,7 @@ private:
     QHBoxLayout *mRow;
     QToolButton *mBack;
     QLabel *mTitle;
+    QString mWhole; // the title
     QWidget *mActionBox;
     QList<QToolButton *> mActions;
 };

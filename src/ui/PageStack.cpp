@@ -24,8 +24,6 @@ Page *PageStack::page() const { return qobject_cast<Page *>(currentWidget()); }
 void PageStack::open(Page &page) {
     if (currentWidget() == &page)
         return;
-    if (currentWidget() == &mHome)
-        mBefore = window()->focusWidget();
     if (indexOf(&page) < 0) {
         addWidget(&page);
         connect(&page, &Page::closed, this, &PageStack::close);
@@ -39,9 +37,7 @@ void PageStack::close() {
     if (currentWidget() == &mHome)
         return;
     mCorner.insertWidget(0, &mPill);
-    setCurrentWidget(&mHome);
-    if (mBefore && mBefore->isVisible())
-        mBefore->setFocus(Qt::OtherFocusReason);
+    setCurrentWidget(&mHome); // which has kept the place of its focus
 }
 
 void PageStack::resizeEvent(QResizeEvent *event) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QPointer>
 #include <QStackedWidget>
 
 class QBoxLayout;
@@ -30,7 +29,6 @@ private:
     QWidget &mHome;
     QBoxLayout &mCorner;
     Pill &mPill;
-    QPointer<QWidget> mBefore; // had the focus
 };
 
 } // namespace cantorel::ui

@@ -11,38 +11,39 @@ namespace cantorel::ui {
 
 namespace {
 
-// Breaks between words, and within one only where it alone is too wide. Shows it where a painter is given; answers its
-// height.
-int wrapped(const QFont &font, const QString &text, QRect place, QPainter *painter = nullptr) {
-    QTextLayout layout(text, font);
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    layout.setTextOption(option);
-    qreal height = 0;
-    layout.beginLayout();
-    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-        line.setLineWidth(place.width());
-        line.setPosition(QPointF(0, height));
-        height += line.height();
+// A text in lines of a width, broken between words where it can be.
+class Paragraph {
+public:
+    Paragraph(const QFont &font, const QString &text, int width) : mLayout(text, font) {
+        QTextOption option;
+        option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+        mLayout.setTextOption(option);
+        mLayout.beginLayout();
+        for (QTextLine line = mLayout.createLine(); line.isValid(); line = mLayout.createLine()) {
+            line.setLineWidth(width);
+            line.setPosition(QPointF(0, mHeight));
+            mHeight += qCeil(line.height());
+        }
+        mLayout.endLayout();
     }
-    layout.endLayout();
-    if (painter)
-        layout.draw(painter, place.topLeft());
-    return qCeil(height);
-}
+    int height() const { return mHeight; }
+    void draw(QPainter &painter, const QPoint &corner, const QColor &ink) const {
+        painter.setPen(ink);
+        mLayout.draw(&painter, corner);
+    }
+
+private:
+    QTextLayout mLayout;
+    int mHeight = 0;
+};
 
 struct Lines {
-    QFont title, second;
-    QString titleText, secondText;
-    int titleHeight, secondHeight;
-
     Lines(const QWidget &view, const QModelIndex &index, int width)
-        : title(Look::font(view, text_size::kBody, QFont::Bold)),
-          second(Look::font(view, text_size::kSecondLine)),
-          titleText(index.data(TwoLineDelegate::Title).toString()),
-          secondText(index.data(TwoLineDelegate::Second).toString()),
-          titleHeight(wrapped(title, titleText, {0, 0, width, 0})),
-          secondHeight(wrapped(second, secondText, {0, 0, width, 0})) {}
+        : title(Look::font(view, text_size::kBody, QFont::Bold), index.data(TwoLineDelegate::Title).toString(), width),
+          second(Look::font(view, text_size::kSecondLine), index.data(TwoLineDelegate::Second).toString(), width) {}
+    int height() const { return title.height() + second.height(); }
+
+    Paragraph title, second;
 };
 
 } // namespace
@@ -51,7 +52,7 @@ QSize TwoLineDelegate::sizeHint(const QStyleOptionViewItem &option, const QModel
     const auto *view = static_cast<const QAbstractItemView *>(option.widget);
     const int width = view->viewport()->width();
     const Lines lines(*view, index, width - 2 * measure::kMargin);
-    return {width, qMax(Look::tall(*view, measure::kRow), lines.titleHeight + lines.secondHeight + 2 * measure::kGap)};
+    return {width, qMax(Look::tall(*view, measure::kRow), lines.height() + 2 * measure::kGap)};
 }
 
 void TwoLineDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const {
@@ -65,14 +66,11 @@ void TwoLineDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
     painter->setBrush(option.state & QStyle::State_Selected ? tokens.soft : tokens.surface);
     if (showsFocus || option.state & QStyle::State_Selected)
         painter->drawRoundedRect(place, measure::kButtonRadius, measure::kButtonRadius);
-    QRect text = option.rect.adjusted(measure::kMargin, 0, -measure::kMargin, 0);
-    const Lines lines(view, index, text.width());
-    text.setTop(text.center().y() - (lines.titleHeight + lines.secondHeight) / 2);
-    painter->setPen(tokens.text);
-    wrapped(lines.title, lines.titleText, text, painter);
-    text.translate(0, lines.titleHeight);
-    painter->setPen(index.data(IsTrouble).toBool() ? tokens.red : tokens.text2);
-    wrapped(lines.second, lines.secondText, text, painter);
+    const Lines lines(view, index, option.rect.width() - 2 * measure::kMargin);
+    const QPoint corner(option.rect.left() + measure::kMargin, option.rect.center().y() - lines.height() / 2);
+    lines.title.draw(*painter, corner, tokens.text);
+    lines.second.draw(*painter, corner + QPoint(0, lines.title.height()),
+                      index.data(IsTrouble).toBool() ? tokens.red : tokens.text2);
     painter->restore();
 }
 

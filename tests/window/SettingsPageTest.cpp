@@ -93,8 +93,8 @@ TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
     ASSERT_EQ(language->count(), 19);
     const auto shown = [this] {
         return QStringList{
-            find<QAbstractButton>("source0")->text(), window.settings().findChild<QLabel *>("title")->text(),
-            window.tasks().findChild<QLabel *>("title")->text(),
+            find<QAbstractButton>("source0")->text(), window.settings().findChild<QLabel *>("title")->accessibleName(),
+            window.tasks().findChild<QLabel *>("title")->accessibleName(),
             window.library().findChild<QLineEdit *>()->placeholderText(), find<QTabWidget>("tabs")->tabText(1)};
     };
     const QStringList english = shown();

@@ -213,7 +213,7 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
     }
     case PE_FrameFocusRect:
         // Buttons and fields show theirs themselves.
-        if (showsFocus(*option) && !option->rect.isEmpty()) {
+        if (showsFocus(*option)) {
             Painting painting(*painter);
             focusRing(painting, option->rect, measure::kFieldRadius);
         }
@@ -307,6 +307,13 @@ void LookStyle::drawControl(ControlElement element, const QStyleOption *option, 
             QProxyStyle::drawControl(element, &label, painter, widget);
             painter->restore();
             return;
+        }
+        break;
+    case CE_CheckBox: // which asks for the place of its sign past any proxy
+        if (isSwitchAlone(option)) {
+            QStyleOptionButton sign = *qstyleoption_cast<const QStyleOptionButton *>(option);
+            sign.rect = subElementRect(SE_CheckBoxIndicator, option, widget);
+            return drawPrimitive(PE_IndicatorCheckBox, &sign, painter, widget);
         }
         break;
     case CE_ToolButtonLabel:
@@ -485,8 +492,6 @@ QRect LookStyle::subElementRect(SubElement element, const QStyleOption *option, 
             return alignedRect(option->direction, Qt::AlignCenter, size, option->rect);
         if (element == SE_CheckBoxClickRect)
             return option->rect;
-        if (element == SE_CheckBoxFocusRect)
-            return {}; // it draws its own ring
     }
     const QRect rect = QProxyStyle::subElementRect(element, option, widget);
     const auto *frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
