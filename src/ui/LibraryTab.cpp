@@ -427,9 +427,8 @@ void LibraryTab::showAdded(const RecordingsAdding::Added &added) {
     const auto takeOut = [this] { mAdding.undo(); };
     QString text = count == 0   ? Lang::windowAlreadyListed()
                    : count == 1 ? Lang::windowAdded()
-                                : Lang::windowSeveralAdded();
+                                : Lang::windowSeveralAdded(count);
     text.replace(QLatin1String("[#FileName#]"), QFileInfo(added.files.value(0)).fileName());
-    text.replace(QLatin1String("[#Count#]"), QString::number(count));
     if (!added.trouble.isEmpty())
         tell(Strip::Kind::Error, Lang::sentence(added.trouble), count > 0 ? std::function<void()>(takeOut) : nullptr);
     else if (count == 0)
