@@ -181,9 +181,7 @@ QWidget *MainWindow::makeMenu() {
 void MainWindow::listen() {
     RecorderPanel &panel = mParts.panel;
     connect(&panel, &RecorderPanel::changed, this, [this] { showPanel(); });
-    connect(&panel, &RecorderPanel::begun, mRecordingTab, [this] { mRecordingTab->setAudioInputSelectedStatus(); });
-    connect(&panel, &RecorderPanel::levelCame, mRecordingTab, [this] { mRecordingTab->levelCame(); });
-    connect(&panel, &RecorderPanel::countdownDidChange, mRecordingTab, [this] { mRecordingTab->showPanel(); });
+    connect(&panel, &RecorderPanel::ticked, this, [this] { showPanel(); });
     connect(&panel, &RecorderPanel::playbackShallStop, this, [this] { library().stopPlayback(); });
     connect(&panel, &RecorderPanel::finished, this, [this](const FinishedRecording &recording) {
         mRecordingTab->showResult(recording);
@@ -411,14 +409,13 @@ void MainWindow::openPreferencesWindowAndShowRecordInterface() {
     settings().openRecordingPage();
 }
 
-void MainWindow::setAudioInputSelectedStatus() { mRecordingTab->setAudioInputSelectedStatus(); }
+void MainWindow::setAudioInputSelectedStatus() { mRecordingTab->showSettings(); }
 
 void MainWindow::showStatuses() { library().itemsDidChange(); }
 
 void MainWindow::recordedListDidChange() { library().listDidChange(); }
 
 void MainWindow::showPanel() {
-    mRecordingTab->showPanel();
     showRecordingEverywhere();
     if (!mLibraryTab)
         return;

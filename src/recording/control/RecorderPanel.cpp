@@ -114,7 +114,7 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
 
 void RecorderPanel::recordingDisplay(const RecordingDisplay &display) {
     mDisplay = display;
-    Q_EMIT changed();
+    Q_EMIT ticked();
 }
 
 void RecorderPanel::recordingLevel(float level) {

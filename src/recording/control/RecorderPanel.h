@@ -20,6 +20,8 @@ public:
     RecorderPanel();
 
     RecorderState state() const { return mControls.state; }
+    // Something is recorded, or begins or ends: the control shows Stop.
+    bool isRunning() const { return mControls.startShowsStop; }
     const RecordingControls &controls() const { return mControls; }
     const RecordingDisplay &display() const { return mDisplay; }
     const SoundHistory &history() const { return mHistory; }
@@ -66,6 +68,8 @@ public:
 Q_SIGNALS:
     // State, texts or controls have changed.
     void changed();
+    // Time, size and room on the disk go on, twice a second.
+    void ticked();
     // A recording begins: the settings may be those of a task now.
     void begun();
     // A level has come: the meter and the picture go on.
@@ -82,7 +86,6 @@ Q_SIGNALS:
 
 private:
     void tellLostFrames(qint64 frames);
-    bool isRunning() const { return mControls.startShowsStop; }
 
     RecordingControls mControls;
     RecordingDisplay mDisplay;

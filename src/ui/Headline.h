@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QWidget>
+
+class QComboBox;
+class QLabel;
+class QToolButton;
+
+namespace cantorel {
+class RecorderPanel;
+}
+
+namespace cantorel::ui {
+
+class DigitLabel;
+
+// State, time and file of what is recorded or will be; at the right the size and how long the disk lasts.
+class Headline : public QWidget {
+    Q_OBJECT
+
+public:
+    // The panel outlives it.
+    Headline(const RecorderPanel &panel, QWidget *parent);
+
+    // What goes on twice a second.
+    void showNumbers();
+    // What is as it is until the state changes.
+    void showState();
+    void showSettings();
+    void showTexts();
+    void fit(bool isLow);
+
+Q_SIGNALS:
+    // The person has chosen another format or folder.
+    void chosen();
+
+private:
+    void chooseFolder();
+    void showFile();
+    void showIcons();
+    void changeEvent(QEvent *event) override;
+
+    const RecorderPanel &mPanel;
+    QLabel *mStateDot, *mState;
+    DigitLabel *mElapsed, *mSize, *mTimeLeft;
+    QWidget *mFileLine;
+    QLabel *mFile, *mFileDetails;
+    QComboBox *mFormat;
+    QToolButton *mFolder;
+};
+
+} // namespace cantorel::ui
