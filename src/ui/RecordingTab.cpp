@@ -3,9 +3,9 @@
 #include "audio_device/AudioDeviceEngine.h"
 #include "lang/Lang.h"
 #include "recording/control/RecorderPanel.h"
+#include "recording/session/RecordingSession.h"
 #include "ui/Headline.h"
-#include "ui/MeterView.h"
-#include "ui/PageParts.h"
+#include "ui/LevelLanes.h"
 #include "ui/RecordDeck.h"
 #include "ui/RecordStrips.h"
 #include "ui/SoundPictureView.h"
@@ -14,7 +14,6 @@
 
 #include <QBoxLayout>
 #include <QEvent>
-#include <QLabel>
 #include <QScrollArea>
 
 namespace cantorel::ui {
@@ -28,27 +27,21 @@ constexpr int kNarrow = 600, kLow = 400; // of the page
 RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session, QWidget *parent)
     : QWidget(parent),
       mPanel(panel),
+      mSession(session),
       mPage(new QWidget),
       mSourceLine(new SourceLine(mPage)),
       mHeadline(new Headline(panel, mPage)),
       mPicture(new SoundPictureView(panel.history(), mPage)),
-      mLevel(new QWidget(mPage)),
-      mMeterName(new QLabel(mLevel)),
-      mMeter(new MeterView(panel.level(), mLevel)),
+      mLevels(new LevelLanes(panel, mPage)),
       mStrips(new RecordStrips(panel, this)),
       mDeck(new RecordDeck(panel, recorder, session, this)) {
     mPicture->setObjectName(QStringLiteral("picture"));
-    mMeter->setObjectName(QStringLiteral("meter"));
-    auto *level = rowIn(mLevel, 2 * measure::kGap);
-    level->setContentsMargins(0, measure::kGap, 0, measure::kGap);
-    level->addWidget(mMeterName);
-    level->addWidget(mMeter, 1);
     auto *page = new QVBoxLayout(mPage);
     page->setSpacing(0);
     page->addWidget(mSourceLine);
     page->addWidget(mHeadline);
     page->addWidget(mPicture, 1);
-    page->addWidget(mLevel);
+    page->addWidget(mLevels);
 
     auto *scrolled = new QScrollArea(this);
     scrolled->setFrameShape(QFrame::NoFrame);
@@ -84,7 +77,7 @@ void RecordingTab::listen() {
         mSourceLine->showSource();
     });
     connect(&mPanel, &RecorderPanel::levelCame, this, [this] {
-        mMeter->wake();
+        mLevels->wake();
         mPicture->wake();
     });
     connect(mSourceLine, &SourceLine::chosen, this, [this] { showSettings(); });
@@ -120,7 +113,9 @@ void RecordingTab::showSettings() {
 
 void RecordingTab::showState() {
     mSourceLine->setRecording(mPanel.isRunning());
-    mLevel->setVisible(mPanel.isRunning());
+    mLevels->setVisible(mPanel.isRunning());
+    if (mPanel.isRunning())
+        mLevels->setBoth(mSession.currentFile().source == RecordingSource::Both);
     mHeadline->showState();
     mStrips->showState();
     mDeck->showState();
@@ -131,8 +126,7 @@ void RecordingTab::showTexts() {
     mHeadline->showTexts();
     mStrips->showTexts();
     mDeck->showTexts();
-    mMeterName->setText(Lang::windowMeterName());
-    mMeter->setAccessibleName(Lang::windowMeterName());
+    mLevels->showTexts();
     mPicture->setAccessibleName(Lang::windowPictureName());
     showSettings();
 }

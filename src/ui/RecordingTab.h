@@ -6,8 +6,6 @@
 
 #include <array>
 
-class QLabel;
-
 namespace cantorel {
 class RecorderPanel;
 class RecordingSession;
@@ -18,7 +16,7 @@ struct FinishedRecording;
 namespace cantorel::ui {
 
 class Headline;
-class MeterView;
+class LevelLanes;
 class RecordDeck;
 class RecordStrips;
 class SoundPictureView;
@@ -58,13 +56,12 @@ private:
     void showEvent(QShowEvent *event) override;
 
     RecorderPanel &mPanel;
+    RecordingSession &mSession;
     QWidget *mPage;
     SourceLine *mSourceLine;
     Headline *mHeadline;
     SoundPictureView *mPicture;
-    QWidget *mLevel;
-    QLabel *mMeterName;
-    MeterView *mMeter;
+    LevelLanes *mLevels;
     RecordStrips *mStrips;
     RecordDeck *mDeck;
     foundation::NotificationCenter::Subscription mDefaultInput, mDefaultOutput, mDevices;

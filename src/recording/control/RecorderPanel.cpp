@@ -6,6 +6,9 @@
 
 #include <QLocale>
 
+#include <algorithm>
+#include <utility>
+
 namespace cantorel {
 
 namespace {
@@ -101,7 +104,8 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
             mHistory.clear();
     }
     if (!isRunning()) {
-        mLevel.setLevel(0);
+        for (LevelDisplay &level : mLevels)
+            level.setLevel(0);
         mFile.clear();
         mDevice.clear();
         if (mSentenceStays == Until::Sound || mSentenceStays == Until::Output)
@@ -118,11 +122,18 @@ void RecorderPanel::recordingDisplay(const RecordingDisplay &display) {
 }
 
 void RecorderPanel::recordingLevel(float level) {
-    const float height = shownLevel(level);
-    mLevel.setLevel(height);
-    mHistory.add(height, state() == RecorderState::Recording);
+    const auto lanes = std::exchange(mBoth, {}).value_or(std::array{level, level});
+    float loudest = 0; // The picture shows the louder source: a silent one takes nothing from it.
+    for (std::size_t lane = 0; lane < lanes.size(); ++lane) {
+        const float height = shownLevel(lanes[lane]);
+        mLevels[lane].setLevel(height);
+        loudest = std::max(loudest, height);
+    }
+    mHistory.add(loudest, state() == RecorderState::Recording);
     Q_EMIT levelCame();
 }
+
+void RecorderPanel::recordingLevelsOfBoth(float system, float microphone) { mBoth = {system, microphone}; }
 
 void RecorderPanel::recordingFramesLost(qint64 frames) {
     mHistory.mark(SoundHistory::Mark::LostFrames);

@@ -9,6 +9,9 @@
 
 #include <QObject>
 
+#include <array>
+#include <optional>
+
 namespace cantorel {
 
 // What a window shows of a recording: gathers what a session tells into one state with its texts, for all that show it
@@ -25,7 +28,9 @@ public:
     const RecordingControls &controls() const { return mControls; }
     const RecordingDisplay &display() const { return mDisplay; }
     const SoundHistory &history() const { return mHistory; }
-    LevelDisplay &level() { return mLevel; }
+    // The meter of what is recorded, or of one of the sources while both are.
+    enum class Lane { System, Microphone };
+    LevelDisplay &level(Lane lane = Lane::System) { return mLevels[static_cast<std::size_t>(lane)]; }
     // The file being written and the device being recorded; empty while nothing is recorded.
     QString file() const { return mFile; }
     QString device() const { return mDevice; }
@@ -47,6 +52,7 @@ public:
     void recordingControlsDidChange(const RecordingControls &controls) override;
     void recordingDisplay(const RecordingDisplay &display) override;
     void recordingLevel(float level) override;
+    void recordingLevelsOfBoth(float system, float microphone) override;
     void recordingFramesLost(qint64 frames) override;
     void recordingSilent(const foundation::Sentence &sentence) override;
     void recordingHeard() override;
@@ -90,7 +96,8 @@ private:
     RecordingControls mControls;
     RecordingDisplay mDisplay;
     SoundHistory mHistory;
-    LevelDisplay mLevel;
+    std::array<LevelDisplay, 2> mLevels;     // by lanes
+    std::optional<std::array<float, 2>> mBoth; // of the level that comes next
     TaskCountdown mCountdown;
     qint64 mLostFrames = 0; // of the file
     foundation::Sentence mSentence;
