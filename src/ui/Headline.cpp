@@ -15,7 +15,10 @@
 #include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QToolButton>
+
+#include <utility>
 
 namespace cantorel::ui {
 
@@ -39,6 +42,8 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
       mFileLine(new QWidget(this)),
       mFile(new QLabel(this)),
       mFileDetails(new QLabel(this)),
+      mSilence(new QLabel(this)),
+      mName(new QLineEdit(this)),
       mFormat(new QComboBox(this)),
       mFolder(new QToolButton(this)) {
     mState->setObjectName(QStringLiteral("state"));
@@ -48,6 +53,9 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
     mFolder->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     mFolder->setObjectName(QStringLiteral("folder"));
     connect(mFolder, &QToolButton::clicked, this, [this] { chooseFolder(); });
+    mName->setObjectName(QStringLiteral("recordingName"));
+    connect(mName, &QLineEdit::returnPressed, this, &Headline::nameEntered);
+    mSilence->setObjectName(QStringLiteral("silence"));
     mFormat->addItems(AppSettings::audioFormats());
     mFormat->setObjectName(QStringLiteral("format"));
     connect(mFormat, &QComboBox::activated, this, [this](int index) {
@@ -71,8 +79,10 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
     auto *file = rowIn(mFileLine, measure::kGap);
     file->addWidget(mFile);
     file->addWidget(mFileDetails);
+    file->addWidget(mName, 1);
     file->addWidget(mFormat);
     file->addWidget(mFolder);
+    file->addWidget(mSilence);
     file->addStretch();
     auto *lines = new QVBoxLayout(this);
     lines->setContentsMargins(0, measure::kGap, 0, measure::kGap);
@@ -83,11 +93,21 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
     showIcons();
 }
 
-void Headline::fit(bool isLow) {
+void Headline::fit(bool isNarrow, bool isLow) {
+    if (std::exchange(mFitsSilence, !isNarrow) == isNarrow)
+        showFile();
     // The same with fields as with text, so that nothing jumps.
     mFileLine->setFixedHeight(qMax(Look::tall(*this, measure::kControl), mFormat->sizeHint().height()));
     mElapsed->setFont(Look::font(*this, isLow ? text_size::kLowTime : text_size::kTime, QFont::Light));
 }
+
+QString Headline::enteredName() const { return mName->text(); }
+
+void Headline::askForName() { mName->setFocus(); }
+
+void Headline::forgetName() { mName->clear(); }
+
+void Headline::setFileShown(bool isShown) { mFileLine->setVisible(isShown); }
 
 void Headline::chooseFolder() {
     const QString chosenFolder =
@@ -135,11 +155,10 @@ void Headline::showFile() {
     mFolder->setVisible(isIdle);
     const QString file = isIdle ? QFileInfo(Tools::getAudioNameFromTrack()).completeBaseName()
                                 : QFileInfo(mPanel.file()).completeBaseName();
-    mFile->setText(!isIdle ? file
-                   : AppSettings::isAutoGenFileName()
-                       ? Lang::windowNextFile().replace(QLatin1String("[#FileName#]"), file)
-                       : QString());
-    mFile->setVisible(!mFile->text().isEmpty());
+    const bool isNamed = !isIdle || AppSettings::isAutoGenFileName();
+    mFile->setText(!isIdle ? file : Lang::windowNextFile().replace(QLatin1String("[#FileName#]"), file));
+    mName->setVisible(!isNamed);
+    mFile->setVisible(isNamed && !file.isEmpty());
     mFile->setFont(Look::font(*this, text_size::kBody, isIdle ? QFont::Normal : QFont::Bold));
     setInk(*mFile, isIdle ? tokens.text2 : tokens.text);
     QString details = Lang::windowFormatInFolder()
@@ -150,6 +169,10 @@ void Headline::showFile() {
     mFileDetails->setText(details);
     mFileDetails->setVisible(!isIdle);
     setInk(*mFileDetails, tokens.text2);
+    // What it will do is said before it does it; where there is no room, the settings say it.
+    mSilence->setText(Lang::windowSilenceIsSkipped());
+    mSilence->setVisible(isIdle && AppSettings::isAutoSkipSilence() && mFitsSilence);
+    setInk(*mSilence, tokens.text2);
 }
 
 void Headline::showSettings() {
@@ -162,6 +185,8 @@ void Headline::showSettings() {
 
 void Headline::showTexts() {
     mFolder->setAccessibleName(Lang::windowOutputFolder());
+    mName->setPlaceholderText(Lang::windowEnterRecordingName());
+    mName->setAccessibleName(Lang::windowEnterRecordingName());
     mFormat->setAccessibleName(Lang::commFormat());
 }
 

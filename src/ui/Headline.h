@@ -4,6 +4,7 @@
 
 class QComboBox;
 class QLabel;
+class QLineEdit;
 class QToolButton;
 
 namespace cantorel {
@@ -28,11 +29,18 @@ public:
     void showState();
     void showSettings();
     void showTexts();
-    void fit(bool isLow);
+    // What the person has entered as the name of the next recording, where it is not named by itself.
+    QString enteredName() const;
+    void askForName();
+    void forgetName();
+    void setFileShown(bool isShown);
+    void fit(bool isNarrow, bool isLow);
 
 Q_SIGNALS:
     // The person has chosen another format or folder.
     void chosen();
+    // The next recording is named and shall begin.
+    void nameEntered();
 
 private:
     void chooseFolder();
@@ -44,9 +52,11 @@ private:
     QLabel *mStateDot, *mState;
     DigitLabel *mElapsed, *mSize, *mTimeLeft;
     QWidget *mFileLine;
-    QLabel *mFile, *mFileDetails;
+    QLabel *mFile, *mFileDetails, *mSilence;
+    QLineEdit *mName;
     QComboBox *mFormat;
     QToolButton *mFolder;
+    bool mFitsSilence = true;
 };
 
 } // namespace cantorel::ui

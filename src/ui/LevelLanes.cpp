@@ -23,7 +23,7 @@ LevelLanes::LevelLanes(RecorderPanel &panel, QWidget *parent)
     mLanes[0].meter->setObjectName(QStringLiteral("meter"));
     mLanes[1].meter->setObjectName(QStringLiteral("microphoneMeter"));
     auto *grid = new QGridLayout(this);
-    grid->setContentsMargins({});
+    grid->setContentsMargins(0, 0, 0, measure::kGap); // above the deck
     grid->setHorizontalSpacing(2 * measure::kGap);
     grid->setVerticalSpacing(0);
     grid->setColumnStretch(1, 1);
@@ -38,7 +38,7 @@ void LevelLanes::setBoth(bool areBoth) {
     mAreBoth = areBoth;
     mLanes[1].name->setVisible(areBoth);
     mLanes[1].meter->setVisible(areBoth);
-    setMinimumHeight(Look::tall(*this, areBoth ? kTwo : kOne));
+    setMinimumHeight(Look::tall(*this, areBoth ? kTwo : kOne) + measure::kGap);
     showTexts();
 }
 

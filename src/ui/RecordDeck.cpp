@@ -18,7 +18,7 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr int kControlIcon = 22, kControlWidth = 88;
+constexpr int kControlIcon = 22, kControlWidth = 88, kTaskWidth = 140;
 
 } // namespace
 
@@ -26,11 +26,14 @@ RecordDeck::RecordDeck(const RecorderPanel &panel, ScheduledSession &recorder, R
                        QWidget *parent)
     : Deck(parent),
       mPanel(panel),
+      mRecorder(recorder),
       mRecord(new RecordButton(this)),
       mRecordText(new QLabel(this)),
       mPause(new QToolButton(this)),
       mSplit(new QToolButton(this)),
-      mCountdown(new QLabel(this)),
+      mTaskIcon(new QLabel(this)),
+      mTask(new QLabel(this)),
+      mTaskStart(new QLabel(this)),
       mKeys(new KeyCaps(this)),
       mKeysText(new QLabel(this)),
       mCorners{new QWidget(this), new QWidget(this)} {
@@ -42,12 +45,20 @@ RecordDeck::RecordDeck(const RecorderPanel &panel, ScheduledSession &recorder, R
     mRecordText->setAlignment(Qt::AlignCenter);
     mPause->setObjectName(QStringLiteral("pause"));
     mSplit->setObjectName(QStringLiteral("split"));
-    connect(mRecord, &RecordButton::clicked, this, [&recorder] { recorder.onStartRecording(); });
+    connect(mRecord, &RecordButton::clicked, this, [this] { start(); });
     connect(mPause, &QToolButton::clicked, this, [&session] { session.onPauseRecording(); });
     connect(mSplit, &QToolButton::clicked, this, [&session] { session.splitRecording(); });
 
-    mCountdown->setWordWrap(true);
-    rowIn(mCorners[0], measure::kGap)->addWidget(mCountdown, 1);
+    mTask->setObjectName(QStringLiteral("nextTask"));
+    auto *lines = new QVBoxLayout;
+    lines->setSpacing(0);
+    lines->addStretch();
+    lines->addWidget(mTask);
+    lines->addWidget(mTaskStart);
+    lines->addStretch();
+    auto *task = rowIn(mCorners[0], measure::kGap);
+    task->addWidget(mTaskIcon);
+    task->addLayout(lines, 1);
     auto *keys = new QVBoxLayout(mCorners[1]);
     keys->setContentsMargins({});
     keys->setSpacing(measure::kGap / 2);
@@ -116,10 +127,20 @@ void RecordDeck::showState() {
 }
 
 void RecordDeck::showTask() {
-    mCountdown->setText(mPanel.countdown().text);
-    mCountdown->setFont(Look::font(*this, text_size::kSecondLine));
-    setInk(*mCountdown, Look::tokens().text2);
+    const QString name = mPanel.countdown().taskName;
+    mTaskIcon->setVisible(!name.isEmpty());
+    if (mTask->toolTip() != name)
+        mTaskIcon->setPixmap(drawing(QStringLiteral("tasks"), Look::tokens().text2,
+                                     Look::scaled(*this, measure::kIcon), devicePixelRatioF()));
+    mTask->setFont(Look::font(*this, text_size::kSecondLine, QFont::Bold));
+    mTask->setToolTip(name);
+    mTask->setText(mTask->fontMetrics().elidedText(name, Qt::ElideMiddle, Look::scaled(*this, kTaskWidth)));
+    mTaskStart->setText(mPanel.taskStartText());
+    mTaskStart->setFont(Look::font(*this, text_size::kLabel));
+    setInk(*mTaskStart, Look::tokens().text2);
 }
+
+void RecordDeck::start() { mRecorder.onStartRecording(); }
 
 void RecordDeck::showTexts() { mSplit->setText(Lang::windowSplitNow()); }
 

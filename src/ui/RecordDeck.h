@@ -30,6 +30,8 @@ public:
     // Once a second while there are tasks.
     void showTask();
     void showTexts();
+    // What the record button does.
+    void start();
     // How the keys for start and stop are pressed; empty where they are not.
     void setTriggers(const std::array<QString, 3> &triggers);
     void fit(bool isNarrow, bool isLow, int margin);
@@ -39,10 +41,11 @@ private:
     void changeEvent(QEvent *event) override;
 
     const RecorderPanel &mPanel;
+    ScheduledSession &mRecorder;
     RecordButton *mRecord;
     QLabel *mRecordText;
     QToolButton *mPause, *mSplit;
-    QLabel *mCountdown;
+    QLabel *mTaskIcon, *mTask, *mTaskStart;
     KeyCaps *mKeys;
     QLabel *mKeysText;
     QWidget *mCorners[2];

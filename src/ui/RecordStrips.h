@@ -7,9 +7,11 @@
 
 #include <optional>
 
+class QLineEdit;
 class QPushButton;
 
 namespace cantorel {
+class RecordedList;
 class RecorderPanel;
 }
 
@@ -22,32 +24,48 @@ class RecordStrips : public QWidget {
     Q_OBJECT
 
 public:
-    // The panel outlives it.
-    RecordStrips(RecorderPanel &panel, QWidget *parent);
+    // All outlive it.
+    RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *parent);
 
     void showState();
     // Source or devices have changed.
     void showAdvice();
+    // Something else on the page says the same.
+    void setAdviceShown(bool isShown) { mIsAdviceShown = isShown; }
     // Offered until the next start.
     void showResult(const FinishedRecording &recording);
+    // Seconds until the computer is shut down; below 0 when it is not any more. True where that is news.
+    bool showShutdown(int seconds);
     void showTexts();
 
 Q_SIGNALS:
+    // Silence shall be recorded from now on.
+    void silenceKept();
     void virtualDeviceWanted();
+    void shutdownCancelled();
     // What is missing may be there now.
     void mended();
     void playWanted(const QString &file);
     void revealWanted(const QString &file);
 
 private:
+    QString shutdownText() const;
     QString resultText() const;
     void mend();
+    void editName(bool isEdited);
+    void rename();
+    void keyPressEvent(QKeyEvent *event) override;
 
     RecorderPanel &mPanel;
-    Strip *mTrouble, *mResult, *mAdvice;
-    QPushButton *mPlay, *mReveal, *mMend;
+    RecordedList &mList;
+    Strip *mTrouble, *mShutdown, *mWaiting, *mResult, *mAdvice; // the most urgent first
+    QPushButton *mCancel, *mKeepSilence, *mPlay, *mRename, *mReveal, *mMend;
+    QLineEdit *mName; // of the result, while it is renamed
+    QString mNameTrouble;
     RecordingAdvice mLack;
     std::optional<FinishedRecording> mFinished;
+    int mSecondsToShutdown = -1;
+    bool mIsAdviceShown = true;
 };
 
 } // namespace cantorel::ui

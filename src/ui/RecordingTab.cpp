@@ -6,14 +6,17 @@
 #include "recording/session/RecordingSession.h"
 #include "ui/Headline.h"
 #include "ui/LevelLanes.h"
+#include "ui/RecordCards.h"
 #include "ui/RecordDeck.h"
 #include "ui/RecordStrips.h"
 #include "ui/SoundPictureView.h"
 #include "ui/SourceLine.h"
 #include "ui/look/Look.h"
+#include "util/ToolFile.h"
 
 #include <QBoxLayout>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QScrollArea>
 
 namespace cantorel::ui {
@@ -24,20 +27,23 @@ constexpr int kNarrow = 600, kLow = 400; // of the page
 
 } // namespace
 
-RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session, QWidget *parent)
+RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session,
+                           RecordedList &list, QWidget *parent)
     : QWidget(parent),
       mPanel(panel),
       mSession(session),
       mPage(new QWidget),
+      mCards(new RecordCards(panel, mPage)),
       mSourceLine(new SourceLine(mPage)),
       mHeadline(new Headline(panel, mPage)),
       mPicture(new SoundPictureView(panel.history(), mPage)),
       mLevels(new LevelLanes(panel, mPage)),
-      mStrips(new RecordStrips(panel, this)),
+      mStrips(new RecordStrips(panel, list, this)),
       mDeck(new RecordDeck(panel, recorder, session, this)) {
     mPicture->setObjectName(QStringLiteral("picture"));
     auto *page = new QVBoxLayout(mPage);
     page->setSpacing(0);
+    page->addWidget(mCards);
     page->addWidget(mSourceLine);
     page->addWidget(mHeadline);
     page->addWidget(mPicture, 1);
@@ -66,7 +72,7 @@ RecordingTab::~RecordingTab() {
 }
 
 void RecordingTab::listen() {
-    connect(&mPanel, &RecorderPanel::changed, this, [this] { showState(); });
+    connect(&mPanel, &RecorderPanel::changed, this, [this] { mCards->showState(); }); // which shows all of it
     connect(&mPanel, &RecorderPanel::ticked, this, [this] {
         mHeadline->showNumbers();
         mDeck->showNumbers();
@@ -75,13 +81,19 @@ void RecordingTab::listen() {
     connect(&mPanel, &RecorderPanel::begun, this, [this] {
         showSettings();
         mSourceLine->showSource();
+        mHeadline->forgetName();
     });
+    connect(mHeadline, &Headline::nameEntered, this, [this] { mDeck->start(); });
+    connect(mStrips, &RecordStrips::silenceKept, this, [this] { showSettings(); });
     connect(&mPanel, &RecorderPanel::levelCame, this, [this] {
         mLevels->wake();
         mPicture->wake();
     });
     connect(mSourceLine, &SourceLine::chosen, this, [this] { showSettings(); });
     connect(mHeadline, &Headline::chosen, this, [this] { showSettings(); });
+    connect(mCards, &RecordCards::changed, this, [this] { showState(); });
+    connect(mCards, &RecordCards::microphoneChosen, this, [this] { showSettings(); });
+    connect(mStrips, &RecordStrips::shutdownCancelled, this, &RecordingTab::shutdownCancelled);
     connect(mStrips, &RecordStrips::mended, this, [this] { showSettings(); });
     connect(mStrips, &RecordStrips::virtualDeviceWanted, this, &RecordingTab::virtualDeviceWanted);
     connect(mStrips, &RecordStrips::playWanted, this, &RecordingTab::playWanted);
@@ -100,7 +112,7 @@ void RecordingTab::fit() {
     mPage->layout()->setContentsMargins(margin, 0, margin, 0);
     // The same with a switch as with text, so that nothing jumps.
     mSourceLine->setFixedHeight(Look::tall(*this, isLow ? 48 : 64));
-    mHeadline->fit(isLow);
+    mHeadline->fit(isNarrow, isLow);
     mDeck->fit(isNarrow, isLow, margin);
 }
 
@@ -112,6 +124,11 @@ void RecordingTab::showSettings() {
 }
 
 void RecordingTab::showState() {
+    // What a card offers for the source stands for the lines that would say the same.
+    const bool isOffering = mCards->isOfferingDevice();
+    mSourceLine->setVisible(!isOffering);
+    mHeadline->setFileShown(!isOffering);
+    mStrips->setAdviceShown(!isOffering);
     mSourceLine->setRecording(mPanel.isRunning());
     mLevels->setVisible(mPanel.isRunning());
     if (mPanel.isRunning())
@@ -122,6 +139,7 @@ void RecordingTab::showState() {
 }
 
 void RecordingTab::showTexts() {
+    mCards->showTexts();
     mSourceLine->showTexts();
     mHeadline->showTexts();
     mStrips->showTexts();
@@ -133,6 +151,19 @@ void RecordingTab::showTexts() {
 
 void RecordingTab::showResult(const FinishedRecording &recording) { mStrips->showResult(recording); }
 
+QString RecordingTab::nameNewFile(const QString &folder, const QString &extension) {
+    // No file name has a stroke.
+    const QString name = ToolFile::cleanFileName(mHeadline->enteredName().replace(QLatin1Char('/'), QLatin1Char('-')));
+    if (!name.isEmpty())
+        return QStringLiteral("%1/%2.%3").arg(folder, name, extension);
+    mPanel.setSentence(Lang::windowEnterRecordingName());
+    Q_EMIT nameWanted();
+    mHeadline->askForName();
+    return {};
+}
+
+bool RecordingTab::showShutdown(int seconds) { return mStrips->showShutdown(seconds); }
+
 void RecordingTab::showTriggers(const std::array<QString, 3> &triggers) { mDeck->setTriggers(triggers); }
 
 void RecordingTab::changeEvent(QEvent *event) {
@@ -143,6 +174,13 @@ void RecordingTab::changeEvent(QEvent *event) {
     if (event->type() == QEvent::LanguageChange)
         showTexts();
     QWidget::changeEvent(event);
+}
+
+void RecordingTab::keyPressEvent(QKeyEvent *event) {
+    if (event->key() == Qt::Key_Escape)
+        mCards->close();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void RecordingTab::resizeEvent(QResizeEvent *event) {

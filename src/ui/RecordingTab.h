@@ -7,6 +7,7 @@
 #include <array>
 
 namespace cantorel {
+class RecordedList;
 class RecorderPanel;
 class RecordingSession;
 class ScheduledSession;
@@ -17,6 +18,7 @@ namespace cantorel::ui {
 
 class Headline;
 class LevelLanes;
+class RecordCards;
 class RecordDeck;
 class RecordStrips;
 class SoundPictureView;
@@ -29,7 +31,7 @@ class RecordingTab : public QWidget {
 
 public:
     // All outlive the tab.
-    RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session,
+    RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session, RecordedList &list,
                  QWidget *parent = nullptr);
     ~RecordingTab() override;
 
@@ -39,10 +41,18 @@ public:
     void showResult(const FinishedRecording &recording);
     // How the keys for start and stop are pressed; empty where they are not.
     void showTriggers(const std::array<QString, 3> &triggers);
+    // The file of the next recording by the name that was entered; empty, with a word on it, where there is none.
+    QString nameNewFile(const QString &folder, const QString &extension);
+    RecordCards &cards() { return *mCards; }
+    // Seconds until the computer is shut down; below 0 when it is not any more. True where that is news.
+    bool showShutdown(int seconds);
 
 Q_SIGNALS:
     // The person wants the virtual device installed.
     void virtualDeviceWanted();
+    void shutdownCancelled();
+    // A recording shall begin that has no name yet.
+    void nameWanted();
     void playWanted(const QString &file);
     void revealWanted(const QString &file);
 
@@ -52,12 +62,14 @@ private:
     void fit();
     void showTexts();
     void changeEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
 
     RecorderPanel &mPanel;
     RecordingSession &mSession;
     QWidget *mPage;
+    RecordCards *mCards;
     SourceLine *mSourceLine;
     Headline *mHeadline;
     SoundPictureView *mPicture;

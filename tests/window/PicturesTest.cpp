@@ -1,7 +1,10 @@
 // No text is cut off, whatever the language and the size of the text. Where CANTOREL_PICTURES names a folder, what is
 // looked at is photographed as well.
 
+#include "tests/support/Unfinished.h"
 #include "tests/window/WindowFixture.h"
+#include "ui/RecordCards.h"
+#include "ui/RecordingTab.h"
 #include "ui/SettingsWindow.h"
 #include "ui/TasksWindow.h"
 
@@ -64,6 +67,18 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
         EXPECT_LE(shown.height(), largest.height()) << page;
         photograph(shown, prefix + QString::fromStdString(page));
     };
+    const QString left = path("Evening concert.m4a");
+    test::unfinished(left);
+    ASSERT_TRUE(RecordingJournal(QDir::homePath() + "/state").begin(left));
+    const QDateTime start = QDateTime::currentDateTime().addDays(1);
+    ASSERT_TRUE(taskList.add({"Evening concert", start, start.addSecs(60), 1, false}));
+    recorder.schedule().initScheduleTaskList();
+    pass(1100);
+    ui::RecordCards &cards = window.recordPage().cards();
+    const std::pair<const char *, std::function<void()>> asks[] = {
+        {"-offer", [&] { cards.offerVirtualDevice([](bool) {}); }},
+        {"-leftovers", [&] { window.offerLeftovers(); }},
+        {"-leave", [&] { window.close(); }}};
     for (const LanguageInfo &language : Lang::languages()) {
         Lang::ChangeLanguage(language.name);
         window.changeLanguageText();
@@ -72,6 +87,15 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
             find<QTabWidget>("tabs")->setCurrentIndex(tab);
             look(window, name + "-" + std::to_string(tab));
         }
+        find<QTabWidget>("tabs")->setCurrentIndex(0);
+        for (const auto &[page, ask] : asks) {
+            ask();
+            look(window, name + page);
+            cards.close();
+        }
+        window.recordPage().showShutdown(30);
+        look(window, name + "-shutdown");
+        window.recordPage().showShutdown(-1);
         window.openPreferencesWindowAndShowRecordInterface();
         for (const int page : {0, 1, 2}) {
             window.settings().findChild<QTabWidget *>("pages")->setCurrentIndex(page);
@@ -85,7 +109,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
 }
 
 TEST_F(Pictures, NoTextIsCutOffInAnyLanguageAtTheSmallestSize) {
-    expectAllTextsShown({720, 480}, {720, 600}, "small-");
+    expectAllTextsShown({560, 420}, {720, 600}, "small-");
 }
 
 // Fonts are asked for when a window is made.

@@ -2,6 +2,8 @@
 
 #include "audio_device/AudioDeviceEngine.h"
 #include "lang/Lang.h"
+#include "recording/session/RecordingSpace.h"
+#include "settings/AppSettings.h"
 #include "util/tools/Tools.h"
 
 #include <QLocale>
@@ -54,9 +56,23 @@ QString RecorderPanel::stateText() const {
 }
 
 QString RecorderPanel::timeLeftText() const {
-    if (!isRunning() || !mDisplay.secondsLeft)
+    const auto left = isRunning() ? mDisplay.secondsLeft
+                                  : recordingSecondsLeft(AppSettings::outputPath(), AppSettings::getAudioFormat(), 0, 0);
+    return left ? Lang::windowTimeLeft().replace(QLatin1String("[#Time#]"), hoursAndMinutes(*left)) : QString();
+}
+
+QString RecorderPanel::taskStartText() const {
+    if (mCountdown.isExecuted)
+        return Lang::tabRecordStatusRecording();
+    if (mCountdown.taskName.isEmpty())
         return {};
-    return Lang::windowTimeLeft().replace(QLatin1String("[#Time#]"), hoursAndMinutes(*mDisplay.secondsLeft));
+    const QLocale locale = Lang::locale();
+    const QDateTime start = mCountdown.start.toLocalTime();
+    const QString time = locale.toString(start.time(), QLocale::ShortFormat);
+    if (start.date() == QDate::currentDate())
+        return time;
+    return QStringLiteral("%1 %2 %3").arg(locale.dayName(start.date().dayOfWeek(), QLocale::ShortFormat),
+                                          locale.toString(start.date(), QLocale::ShortFormat), time);
 }
 
 QString RecorderPanel::taskAheadText() const {

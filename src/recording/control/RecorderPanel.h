@@ -44,6 +44,8 @@ public:
     void setSentence(const foundation::Sentence &sentence, const QString &kept = {});
     // Why a recording could not be begun; until the devices are others.
     void refuseStart(const foundation::Sentence &sentence);
+    // When the next task begins, or that it is recorded now; empty without one.
+    QString taskStartText() const;
     const TaskCountdown &countdown() const { return mCountdown; }
     // Which task comes next, and that the program must keep running for it; empty without one.
     QString taskAheadText() const;
