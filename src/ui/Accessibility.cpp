@@ -37,11 +37,8 @@ private:
 class ChoiceInterface : public QAccessibleWidget {
 public:
     explicit ChoiceInterface(QToolButton &button)
-        : QAccessibleWidget(&button, QAccessible::RadioButton, button.text()), mButton(button) {}
+        : QAccessibleWidget(&button, QAccessible::RadioButton), mButton(button) {}
 
-    QString text(QAccessible::Text text) const override {
-        return text == QAccessible::Name ? mButton.text() : QAccessibleWidget::text(text);
-    }
     QAccessible::State state() const override {
         QAccessible::State state = QAccessibleWidget::state();
         state.checkable = true;

@@ -135,8 +135,7 @@ void Card::showTexts() {
 void Card::showIcons() {
     const Tokens &tokens = Look::tokens();
     setInk(*mText, tokens.text2);
-    mIcon->setPixmap(
-        drawing(mIconName, tokens.accent, Look::scaled(*this, measure::kIcon), devicePixelRatioF()));
+    mIcon->setPixmap(drawing(mIconName, tokens.accent, Look::scaled(*this, measure::kIcon), devicePixelRatioF()));
     mClose->setIcon(icon(QStringLiteral("close"), palette()));
     update();
 }
@@ -162,7 +161,6 @@ int Card::besideLines() const {
     return margins.left() + mIcon->width() + 2 * mBody->layout()->spacing() + mClose->sizeHint().width()
            + margins.right();
 }
-
 
 void Card::resizeEvent(QResizeEvent *event) {
     int row = 0;

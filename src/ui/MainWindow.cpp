@@ -450,7 +450,7 @@ void MainWindow::changeEvent(QEvent *event) {
 // Leaving.
 
 void MainWindow::closeEvent(QCloseEvent *event) {
-    event->ignore(); // The application ends us.
+    event->ignore();                          // The application ends us.
     if (mRecordingTab->cards().keepToLeave()) // Who closes it again means that it goes on.
         return;
     const QString ahead = mParts.panel.taskAheadText();

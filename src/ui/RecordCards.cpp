@@ -97,10 +97,10 @@ void RecordCards::showState() {
         mLeave->putAway();
     if (isRunning && ZQAudioKextKit::availableSVAD())
         mDevice->putAway(); // that it is there has been read
-    const Card *first = mLeave->isAsking()                   ? mLeave
-                        : mLeftovers->isAsking()             ? mLeftovers
+    const Card *first = mLeave->isAsking()                  ? mLeave
+                        : mLeftovers->isAsking()            ? mLeftovers
                         : mDevice->isAsking() && !isRunning ? mDevice
-                                                             : nullptr;
+                                                            : nullptr;
     setVisible(first != nullptr);
     for (Card *card : {mLeave, mLeftovers, mDevice})
         card->setInSight(card == first);

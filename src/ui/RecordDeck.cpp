@@ -130,8 +130,8 @@ void RecordDeck::showTask() {
     const QString name = mPanel.countdown().taskName;
     mTaskIcon->setVisible(!name.isEmpty());
     if (mTask->toolTip() != name)
-        mTaskIcon->setPixmap(drawing(QStringLiteral("tasks"), Look::tokens().text2,
-                                     Look::scaled(*this, measure::kIcon), devicePixelRatioF()));
+        mTaskIcon->setPixmap(drawing(QStringLiteral("tasks"), Look::tokens().text2, Look::scaled(*this, measure::kIcon),
+                                     devicePixelRatioF()));
     mTask->setFont(Look::font(*this, text_size::kSecondLine, QFont::Bold));
     mTask->setToolTip(name);
     mTask->setText(mTask->fontMetrics().elidedText(name, Qt::ElideMiddle, Look::scaled(*this, kTaskWidth)));

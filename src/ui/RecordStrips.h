@@ -13,7 +13,7 @@ class QPushButton;
 namespace cantorel {
 class RecordedList;
 class RecorderPanel;
-}
+} // namespace cantorel
 
 namespace cantorel::ui {
 

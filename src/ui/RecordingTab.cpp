@@ -18,6 +18,7 @@
 #include <QEvent>
 #include <QKeyEvent>
 #include <QScrollArea>
+#include <QStyle>
 
 namespace cantorel::ui {
 
@@ -112,6 +113,7 @@ void RecordingTab::fit() {
     mPage->layout()->setContentsMargins(margin, 0, margin, 0);
     // The same with a switch as with text, so that nothing jumps.
     mSourceLine->setFixedHeight(Look::tall(*this, isLow ? 48 : 64));
+    mSourceLine->fit(width() - 2 * margin - style()->pixelMetric(QStyle::PM_ScrollBarExtent));
     mHeadline->fit(isNarrow, isLow);
     mDeck->fit(isNarrow, isLow, margin);
 }

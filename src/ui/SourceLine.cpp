@@ -13,6 +13,8 @@
 #include <QMenu>
 #include <QToolButton>
 
+#include <utility>
+
 namespace cantorel::ui {
 
 namespace {
@@ -85,6 +87,9 @@ void SourceLine::showSource() {
     const int type = chosenType();
     mSources->choices().button(type)->setChecked(true);
     mSource->setText(kSources[type].text());
+    mDevice->setText(type == 2 && !mOutput.isEmpty() ? mOutput + QStringLiteral(" + ") : mOutput);
+    mDevice->setVisible(type != 1);
+    mMicrophone->setVisible(type != 0);
     mIcon->setPixmap(drawing(QString::fromLatin1(kSources[type].icon), Look::tokens().text2,
                              Look::scaled(*this, measure::kIcon), devicePixelRatioF()));
 }
@@ -92,16 +97,14 @@ void SourceLine::showSource() {
 void SourceLine::showSettings() {
     if (mIsRecording)
         return;
-    showSource();
-    const int type = chosenType();
     const QString output = ZQAudioKextKit::getDefaultAudioOutputName(),
                   input = ZQAudioKextKit::getDefaultAudioInputName();
-    const bool hasBoth = type == 2 && !output.isEmpty();
-    mDevice->setText(hasBoth ? output + QStringLiteral(" + ") : output);
-    mDevice->setVisible(type != 1);
+    mOutput = elided(output);
+    mDevice->setToolTip(output);
     setInk(*mDevice, Look::tokens().text2);
-    mMicrophone->setText(input.isEmpty() ? Lang::tabRecordNoInputDeviceDetected() : input);
-    mMicrophone->setVisible(type != 0);
+    mMicrophone->setText(input.isEmpty() ? Lang::tabRecordNoInputDeviceDetected() : elided(input));
+    showSource();
+    showNames();
 }
 
 void SourceLine::setRecording(bool isRecording) {
@@ -114,10 +117,34 @@ void SourceLine::setRecording(bool isRecording) {
 
 void SourceLine::showTexts() {
     for (int type = 0; type < kCount; ++type) {
-        mSources->choices().button(type)->setText(kSources[type].shortText());
-        mSources->choices().button(type)->setToolTip(kSources[type].tip());
+        QAbstractButton *choice = mSources->choices().button(type);
+        choice->setAccessibleName(kSources[type].shortText());
+        choice->setToolTip(kSources[type].tip());
     }
     mMicrophone->setToolTip(Lang::windowMicrophone());
+    showNames();
+}
+
+void SourceLine::fit(int room) {
+    if (std::exchange(mRoom, room) != room)
+        showSettings();
+}
+
+void SourceLine::showNames() {
+    for (const bool all : {true, false}) {
+        for (int type = 0; type < kCount; ++type) {
+            QAbstractButton *choice = mSources->choices().button(type);
+            choice->setText(all || choice->isChecked() ? kSources[type].shortText() : QString());
+        }
+        mSources->updateGeometry();
+        layout()->invalidate();
+        if (layout()->minimumSize().width() <= mRoom)
+            return;
+    }
+}
+
+QString SourceLine::elided(const QString &device) const {
+    return fontMetrics().elidedText(device, Qt::ElideMiddle, mRoom / 3);
 }
 
 void SourceLine::showIcons() {

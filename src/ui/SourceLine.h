@@ -23,6 +23,8 @@ public:
     void showSource();
     void setRecording(bool isRecording);
     void showTexts();
+    // The width that there is for it: without room the sources are only drawn, but for the chosen one.
+    void fit(int room);
 
 Q_SIGNALS:
     // The person has chosen another source or microphone.
@@ -30,13 +32,17 @@ Q_SIGNALS:
 
 private:
     void offerMicrophones(QMenu &menu);
+    void showNames();
+    QString elided(const QString &device) const;
     void showIcons();
     void changeEvent(QEvent *event) override;
 
     SourceSwitch *mSources;
     QLabel *mIcon, *mSource, *mDevice;
     QToolButton *mMicrophone;
+    QString mOutput;
     bool mIsRecording = false;
+    int mRoom = QWIDGETSIZE_MAX;
 };
 
 } // namespace cantorel::ui

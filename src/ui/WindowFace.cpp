@@ -40,8 +40,9 @@ void WindowFace::beginSheet(const AlertSheet &sheet, std::function<void(int)> co
     RecordCards &cards = mWindow.recordPage().cards();
     switch (sheet.subject) {
     case AlertSheet::Subject::VirtualDeviceMissing:
-        cards.offerVirtualDevice(
-            [completion = std::move(completion)](bool installs) { completion(installs ? kFirstButton : kFirstButton + 1); });
+        cards.offerVirtualDevice([completion = std::move(completion)](bool installs) {
+            completion(installs ? kFirstButton : kFirstButton + 1);
+        });
         return;
     case AlertSheet::Subject::VirtualDeviceInstalled:
         cards.tellVirtualDeviceInstalled();

@@ -1,8 +1,8 @@
 #include "recording/library/RecordingsModel.h"
 #include "tests/support/Unfinished.h"
 #include "tests/window/WindowFixture.h"
-#include "ui/LibraryTab.h"
 #include "ui/AlertAsker.h"
+#include "ui/LibraryTab.h"
 #include "ui/look/Look.h"
 #include "util/tools/UpdateCheck.h"
 
@@ -91,11 +91,28 @@ TEST_F(MainWindow, EachSourceHasALaneAndTheOtherTakesNothingFromIt) {
     EXPECT_LE(lit("microphoneMeter"), 1);
     EXPECT_NE(find<QWidget>("meter")->accessibleName(), find<QWidget>("microphoneMeter")->accessibleName());
     photograph(window, "record-both");
+    window.resize(560, 420);
+    photograph(window, "record-both-smallest");
     click("record");
     ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
     AppSettings::setAudioType(0);
     recordByButton();
     EXPECT_FALSE(find<QWidget>("microphoneMeter")->isVisible());
+}
+
+TEST_F(MainWindow, WhereTheSourceLineHasNoRoomTheChosenSourceAloneIsNamed) {
+    AppSettings::setAudioType(2);
+    window.resize(560, 420);
+    window.show();
+    for (const int type : {0, 1, 2}) {
+        auto *choice = find<QAbstractButton>(qPrintable(QStringLiteral("source%1").arg(type)));
+        EXPECT_EQ(choice->text().isEmpty(), type != 2);
+        EXPECT_FALSE(choice->accessibleName().isEmpty());
+    }
+    photograph(window, "record-idle-smallest");
+    window.resize(820, 600);
+    pass(50);
+    EXPECT_FALSE(find<QAbstractButton>("source0")->text().isEmpty());
 }
 
 TEST_F(MainWindow, AResultIsRenamedWhereItIsShown) {

@@ -21,7 +21,7 @@ struct AlertSheet {
     AlertStyle style = AlertStyle::Informational;
     QString messageText;
     QString informativeText;
-    QStringList buttons;        // Escape presses the last
+    QStringList buttons; // Escape presses the last
     Subject subject = Subject::Other;
 };
 

@@ -56,8 +56,9 @@ QString RecorderPanel::stateText() const {
 }
 
 QString RecorderPanel::timeLeftText() const {
-    const auto left = isRunning() ? mDisplay.secondsLeft
-                                  : recordingSecondsLeft(AppSettings::outputPath(), AppSettings::getAudioFormat(), 0, 0);
+    const auto left = isRunning()
+                          ? mDisplay.secondsLeft
+                          : recordingSecondsLeft(AppSettings::outputPath(), AppSettings::getAudioFormat(), 0, 0);
     return left ? Lang::windowTimeLeft().replace(QLatin1String("[#Time#]"), hoursAndMinutes(*left)) : QString();
 }
 
@@ -71,8 +72,9 @@ QString RecorderPanel::taskStartText() const {
     const QString time = locale.toString(start.time(), QLocale::ShortFormat);
     if (start.date() == QDate::currentDate())
         return time;
-    return QStringLiteral("%1 %2 %3").arg(locale.dayName(start.date().dayOfWeek(), QLocale::ShortFormat),
-                                          locale.toString(start.date(), QLocale::ShortFormat), time);
+    return QStringLiteral("%1 %2 %3")
+        .arg(locale.dayName(start.date().dayOfWeek(), QLocale::ShortFormat),
+             locale.toString(start.date(), QLocale::ShortFormat), time);
 }
 
 QString RecorderPanel::taskAheadText() const {

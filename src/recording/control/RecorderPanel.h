@@ -98,7 +98,7 @@ private:
     RecordingControls mControls;
     RecordingDisplay mDisplay;
     SoundHistory mHistory;
-    std::array<LevelDisplay, 2> mLevels;     // by lanes
+    std::array<LevelDisplay, 2> mLevels;       // by lanes
     std::optional<std::array<float, 2>> mBoth; // of the level that comes next
     TaskCountdown mCountdown;
     qint64 mLostFrames = 0; // of the file
