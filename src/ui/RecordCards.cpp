@@ -92,9 +92,12 @@ void RecordCards::tellVirtualDeviceInstalled() {
 
 void RecordCards::showState() {
     const bool isRunning = mPanel.isRunning();
-    const bool hasEnded = std::exchange(mIsRunning, isRunning) && !isRunning;
-    if (hasEnded)
-        mLeave->putAway();
+    if (std::exchange(mIsRunning, isRunning) != isRunning) {
+        if (isRunning)
+            mLeave->showTexts(); // It is about the recording now.
+        else
+            mLeave->putAway();
+    }
     if (isRunning && ZQAudioKextKit::availableSVAD())
         mDevice->putAway(); // that it is there has been read
     const Card *first = mLeave->isAsking()                  ? mLeave

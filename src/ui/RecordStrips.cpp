@@ -86,6 +86,7 @@ void RecordStrips::showState() {
     const bool lacksServer = mLack.lack == RecordingAdvice::Lack::SoundServer;
     mMend->setText(lacksServer ? Lang::windowTryAgain() : Lang::windowInstall());
     mMend->setEnabled(lacksServer || isIdle);
+    mRename->setVisible(mFinished && mList.itemWithFile(mFinished->file));
     const struct {
         Strip *strip;
         Strip::Kind kind;
