@@ -47,6 +47,7 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
       mFormat(new QComboBox(this)),
       mFolder(new QToolButton(this)) {
     mState->setObjectName(QStringLiteral("state"));
+    mState->setWordWrap(true);
     mElapsed->setObjectName(QStringLiteral("elapsed"));
     mFolder->setAutoRaise(true);
     mFolder->setFocusPolicy(Qt::StrongFocus);
@@ -93,9 +94,9 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
     showIcons();
 }
 
-void Headline::fit(bool isNarrow, bool isLow) {
-    if (std::exchange(mFitsSilence, !isNarrow) == isNarrow)
-        showFile();
+void Headline::fit(int room, bool isLow) {
+    if (std::exchange(mRoom, room) != room)
+        showSettings();
     // The same with fields as with text, so that nothing jumps.
     mFileLine->setFixedHeight(qMax(Look::tall(*this, measure::kControl), mFormat->sizeHint().height()));
     mElapsed->setFont(Look::font(*this, isLow ? text_size::kLowTime : text_size::kTime, QFont::Light));
@@ -156,29 +157,36 @@ void Headline::showFile() {
     const QString file = isIdle ? QFileInfo(Tools::getAudioNameFromTrack()).completeBaseName()
                                 : QFileInfo(mPanel.file()).completeBaseName();
     const bool isNamed = !isIdle || AppSettings::isAutoGenFileName();
-    mFile->setText(!isIdle ? file : Lang::windowNextFile().replace(QLatin1String("[#FileName#]"), file));
+    mFile->setFont(Look::font(*this, text_size::kBody, isIdle ? QFont::Normal : QFont::Bold));
+    const QString named = isIdle ? Lang::windowNextFile().replace(QLatin1String("[#FileName#]"), file) : file;
+    mFile->setText(mFile->fontMetrics().elidedText(named, Qt::ElideMiddle, mRoom / 3));
+    mFile->setToolTip(file);
     mName->setVisible(!isNamed);
     mFile->setVisible(isNamed && !file.isEmpty());
-    mFile->setFont(Look::font(*this, text_size::kBody, isIdle ? QFont::Normal : QFont::Bold));
     setInk(*mFile, isIdle ? tokens.text2 : tokens.text);
     QString details = Lang::windowFormatInFolder()
                           .replace(QLatin1String("[#Format#]"), mFormat->currentText().simplified())
                           .replace(QLatin1String("[#Folder#]"), mFolder->text());
     if (AppSettings::isAutoSkipSilence())
         details += QLatin1Char(' ') + Lang::windowSilenceIsSkipped();
-    mFileDetails->setText(details);
+    const int left = mRoom - mFile->sizeHint().width() - measure::kGap;
+    mFileDetails->setText(mFileDetails->fontMetrics().elidedText(details, Qt::ElideRight, left));
+    mFileDetails->setToolTip(details);
     mFileDetails->setVisible(!isIdle);
     setInk(*mFileDetails, tokens.text2);
     // What it will do is said before it does it; where there is no room, the settings say it.
     mSilence->setText(Lang::windowSilenceIsSkipped());
-    mSilence->setVisible(isIdle && AppSettings::isAutoSkipSilence() && mFitsSilence);
     setInk(*mSilence, tokens.text2);
+    mSilence->setVisible(isIdle && AppSettings::isAutoSkipSilence());
+    mFileLine->layout()->invalidate();
+    if (mFileLine->layout()->minimumSize().width() > mRoom)
+        mSilence->hide();
 }
 
 void Headline::showSettings() {
     mFormat->setCurrentIndex(AppSettings::getAudioFormat());
     const QString folder = AppSettings::outputPath();
-    mFolder->setText(fontMetrics().elidedText(QDir(folder).dirName(), Qt::ElideMiddle, width() / 4));
+    mFolder->setText(fontMetrics().elidedText(QDir(folder).dirName(), Qt::ElideMiddle, qMin(width(), mRoom) / 4));
     mFolder->setToolTip(QDir::toNativeSeparators(folder));
     showState();
 }

@@ -34,7 +34,8 @@ public:
     void askForName();
     void forgetName();
     void setFileShown(bool isShown);
-    void fit(bool isNarrow, bool isLow);
+    // room: the width that there is.
+    void fit(int room, bool isLow);
 
 Q_SIGNALS:
     // The person has chosen another format or folder.
@@ -56,7 +57,7 @@ private:
     QLineEdit *mName;
     QComboBox *mFormat;
     QToolButton *mFolder;
-    bool mFitsSilence = true;
+    int mRoom = QWIDGETSIZE_MAX;
 };
 
 } // namespace cantorel::ui

@@ -113,8 +113,9 @@ void RecordingTab::fit() {
     mPage->layout()->setContentsMargins(margin, 0, margin, 0);
     // The same with a switch as with text, so that nothing jumps.
     mSourceLine->setFixedHeight(Look::tall(*this, isLow ? 48 : 64));
-    mSourceLine->fit(width() - 2 * margin - style()->pixelMetric(QStyle::PM_ScrollBarExtent));
-    mHeadline->fit(isNarrow, isLow);
+    const int room = width() - 2 * margin - style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    mSourceLine->fit(room);
+    mHeadline->fit(room, isLow);
     mDeck->fit(isNarrow, isLow, margin);
 }
 

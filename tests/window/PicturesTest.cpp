@@ -21,15 +21,21 @@ public:
     void expectAllTextsShown(QSize size, QSize largest, const QString &prefix);
 };
 
+// Beyond the right edge, where no scroll bar leads.
+bool isBeyond(const QWidget &widget, const QWidget &window) {
+    return widget.mapTo(&window, QPoint(widget.width(), 0)).x() > window.width();
+}
+
 // Buttons and labels that show less than their text, by their names.
 QStringList clippedNow(const QWidget &window) {
     QStringList found;
     for (const auto *button : window.findChildren<QAbstractButton *>())
-        if (button->isVisibleTo(&window) && !button->text().isEmpty() && button->width() < button->sizeHint().width())
+        if (button->isVisibleTo(&window) && !button->text().isEmpty()
+            && (button->width() < button->sizeHint().width() || isBeyond(*button, window)))
             found << button->objectName() + ": " + button->text();
     for (const auto *label : window.findChildren<QLabel *>())
         if (label->isVisibleTo(&window) && !label->wordWrap() && !label->text().isEmpty()
-            && label->width() < label->sizeHint().width())
+            && (label->width() < label->sizeHint().width() || isBeyond(*label, window)))
             found << label->objectName() + ": " + label->text();
     return found;
 }
