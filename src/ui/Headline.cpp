@@ -47,7 +47,6 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
       mFormat(new QComboBox(this)),
       mFolder(new QToolButton(this)) {
     mState->setObjectName(QStringLiteral("state"));
-    mState->setWordWrap(true);
     mElapsed->setObjectName(QStringLiteral("elapsed"));
     mFolder->setAutoRaise(true);
     mFolder->setFocusPolicy(Qt::StrongFocus);
@@ -141,6 +140,8 @@ void Headline::showState() {
     const QColor ink = waits ? tokens.amber : state == RecorderState::Recording ? tokens.red : tokens.text2;
     mState->setText(state == RecorderState::Idle ? readyText() : mPanel.stateText());
     mState->setFont(Look::font(*this, text_size::kSecondLine, isIdle ? QFont::Normal : QFont::Bold));
+    // Only where it must: a page with text that wraps is laid out anew at more cost, and the time ticks twice a second.
+    mState->setWordWrap(mState->fontMetrics().horizontalAdvance(mState->text()) > mRoom - kDot - measure::kGap);
     setInk(*mState, ink);
     mStateDot->setVisible(!isIdle);
     if (!isIdle)
