@@ -393,7 +393,7 @@ QVariantMap AudioDeviceEngine::createAggregateDevice() {
         return {};
     letHardwareSettle();
 
-    const QStringList members{inputUid, outputUid};
+    const QStringList members{inputUid, outputUid}; // in this order levels are told
     CFArrayRef list = &members;
     const AudioObjectPropertyAddress group = {kAudioAggregateDevicePropertyFullSubDeviceList,
                                               kAudioObjectPropertyScopeGlobal, 0};

@@ -2,6 +2,7 @@
 
 #include "platform/hal/HardwareSystem.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace cantorel {
@@ -10,6 +11,19 @@ namespace {
 
 constexpr std::chrono::milliseconds kLevelInterval(100);
 constexpr double kLevelScale = 20;
+
+// The mean of channels, in dB.
+struct MeanLevel {
+    double sum = 0;
+    int count = 0;
+
+    void add(const media::AudioChannel &channel) {
+        sum += channel.averagePowerLevel;
+        ++count;
+    }
+    // Without channels this is deliberately not a number; the watchers of silence compare it so.
+    float level() const { return static_cast<float>(std::pow(10.0, sum / count * 0.05) * kLevelScale); }
+};
 
 } // namespace
 
@@ -73,21 +87,32 @@ void ZQAVRecorder::setIsShowAudioLevel(bool flag) {
 }
 
 void ZQAVRecorder::updateAudioLevelTimer() {
-    double sum = 0;
-    int count = 0;
-    if (const auto *output = fileOutput()) {
-        for (const media::CaptureConnection &connection : output->connections()) {
-            for (const media::AudioChannel &channel : connection.audioChannels) {
-                if (!counts(channel))
-                    continue;
-                sum += channel.averagePowerLevel;
-                ++count;
-            }
-        }
+    MeanLevel all;
+    for (const media::AudioChannel &channel : countedChannels())
+        all.add(channel);
+    delegate->captureUpdateAudioLevel(*this, all.level());
+}
+
+std::vector<float> ZQAVRecorder::sourceLevels() const {
+    std::vector<MeanLevel> means;
+    for (const media::AudioChannel &channel : countedChannels()) {
+        means.resize(std::max(means.size(), static_cast<std::size_t>(channel.source) + 1));
+        means[static_cast<std::size_t>(channel.source)].add(channel);
     }
-    // Without channels this is deliberately not a number; the watchers of silence compare it so.
-    const double level = std::pow(10.0, sum / count * 0.05);
-    delegate->captureUpdateAudioLevel(*this, static_cast<float>(level * kLevelScale));
+    std::vector<float> levels;
+    for (const MeanLevel &mean : means)
+        levels.push_back(mean.level());
+    return levels;
+}
+
+std::vector<media::AudioChannel> ZQAVRecorder::countedChannels() const {
+    std::vector<media::AudioChannel> counted;
+    if (const auto *output = fileOutput())
+        for (const media::CaptureConnection &connection : output->connections())
+            for (const media::AudioChannel &channel : connection.audioChannels)
+                if (counts(channel))
+                    counted.push_back(channel);
+    return counted;
 }
 
 void ZQAVRecorder::captureOutputDidStartRecording(media::AudioFileOutput &, const QString &path) {

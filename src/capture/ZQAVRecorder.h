@@ -65,6 +65,9 @@ public:
     double recordingDuration() const { return recordingCounts().wholeSeconds(); } // seconds
 
     virtual void setIsShowAudioLevel(bool flag);
+    // The level of each device behind the recorded one, in their order and with the meaning of
+    // captureUpdateAudioLevel().
+    std::vector<float> sourceLevels() const;
 
     std::vector<media::CaptureDevice> audioDevices() const { return media::captureAudioDevices(); }
     QUrl outputFileURL() const { return mOuputFileURL; }
@@ -90,6 +93,7 @@ protected:
 
 private:
     void updateAudioLevelTimer();
+    std::vector<media::AudioChannel> countedChannels() const;
 
     std::unique_ptr<foundation::Timer> mAudioLevelTimer;
     std::uint32_t OutputFrameRate_ = 30;

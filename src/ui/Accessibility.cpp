@@ -37,10 +37,11 @@ private:
 class ChoiceInterface : public QAccessibleWidget {
 public:
     explicit ChoiceInterface(QToolButton &button)
-        : QAccessibleWidget(&button, QAccessible::RadioButton, button.text()), mButton(button) {}
+        : QAccessibleWidget(&button, QAccessible::RadioButton), mButton(button) {}
 
     QString text(QAccessible::Text text) const override {
-        return text == QAccessible::Name ? mButton.text() : QAccessibleWidget::text(text);
+        const QString own = QAccessibleWidget::text(text);
+        return text == QAccessible::Name && own.isEmpty() ? mButton.text() : own;
     }
     QAccessible::State state() const override {
         QAccessible::State state = QAccessibleWidget::state();

@@ -2,7 +2,6 @@
 
 #include "lang/Lang.h"
 
-#include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -52,8 +51,6 @@ void AlertAsker::showNext() {
     mOpen->setObjectName(QStringLiteral("sheet"));
     describe(*mOpen, next.sheet.messageText, next.sheet.informativeText, next.sheet.style);
     const auto buttons = addButtons(*mOpen, next.sheet.buttons);
-    if (next.sheet.lastIsDefault && !buttons.empty())
-        mOpen->setDefaultButton(buttons.back());
     QMessageBox *box = mOpen;
     QObject::connect(box, &QDialog::finished, &mWindow, [this, box, buttons, completion = next.completion] {
         const int returnCode = MainWindowFace::kFirstButton + indexOf(buttons, box->clickedButton());
@@ -82,7 +79,7 @@ int AlertAsker::ask(const QString &title, const QString &message, const QStringL
 }
 
 QString AlertAsker::askForNewFile(const QString &folder, const QString &extension) {
-    return QFileDialog::getSaveFileName(&mWindow, QString(), folder, QStringLiteral("*.%1").arg(extension));
+    return nameNewFile ? nameNewFile(folder, extension) : QString();
 }
 
 } // namespace cantorel::ui

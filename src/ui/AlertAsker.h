@@ -6,6 +6,7 @@
 #include <QPointer>
 
 #include <deque>
+#include <functional>
 
 class QMessageBox;
 class QWidget;
@@ -20,6 +21,9 @@ public:
 
     // Returns at once; the completion is called when the sheet is closed.
     void beginSheet(const AlertSheet &sheet, std::function<void(int returnCode)> completion);
+    // Where the window lets a new file be named.
+    std::function<QString(const QString &folder, const QString &extension)> nameNewFile;
+
     bool isShowingSheet() const { return !mOpen.isNull(); }
 
     void tell(const QString &title, const QString &message, AlertStyle style, QObject *window) override;

@@ -10,6 +10,7 @@
 #include "ui/Page.h"
 #include "ui/PageStack.h"
 #include "ui/Pill.h"
+#include "ui/RecordCards.h"
 #include "ui/RecordingTab.h"
 #include "ui/Regions.h"
 #include "ui/SettingsPage.h"
@@ -63,7 +64,7 @@ MainWindow::MainWindow(const Parts &parts)
       mTabs(new QTabWidget(this)),
       mPill(new Pill(this)),
       mMenuButton(new QToolButton(this)),
-      mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, this)),
+      mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, parts.list, this)),
       mLibraryPage(new QWidget(this)),
       mNotices({[this] { bringToFront(); }, [this] { mParts.recorder.stopByHand(); },
                 [this](const QString &title, const QString &text) { statusItem().notify(title, text); }},
@@ -263,9 +264,7 @@ void MainWindow::openTasks() {
 void MainWindow::listen() {
     RecorderPanel &panel = mParts.panel;
     connect(&panel, &RecorderPanel::changed, this, [this] { showPanel(); });
-    connect(&panel, &RecorderPanel::begun, mRecordingTab, [this] { mRecordingTab->setAudioInputSelectedStatus(); });
-    connect(&panel, &RecorderPanel::levelCame, mRecordingTab, [this] { mRecordingTab->levelCame(); });
-    connect(&panel, &RecorderPanel::countdownDidChange, mRecordingTab, [this] { mRecordingTab->showPanel(); });
+    connect(&panel, &RecorderPanel::ticked, this, [this] { showPanel(); });
     connect(&panel, &RecorderPanel::playbackShallStop, this, [this] { library().stopPlayback(); });
     connect(&panel, &RecorderPanel::finished, this, [this](const FinishedRecording &recording) {
         mRecordingTab->showResult(recording);
@@ -295,6 +294,15 @@ void MainWindow::listen() {
         if (mParts.desktop.files)
             (void)mParts.desktop.files->reveal({file}); // a person sees whether a folder opens
     });
+    mAlerts->nameNewFile = [this](const QString &folder, const QString &extension) {
+        return mRecordingTab->nameNewFile(folder, extension);
+    };
+    connect(mRecordingTab, &RecordingTab::nameWanted, this, [this] {
+        bringToFront();
+        showTab(mRecordingTab);
+    });
+    connect(mRecordingTab, &RecordingTab::shutdownCancelled, this,
+            [this] { mParts.recorder.schedule().cancelShutdown(); });
     connect(mRecordingTab, &RecordingTab::virtualDeviceWanted, this, &MainWindow::virtualDeviceWanted);
     mParts.list.view = this;
 }
@@ -347,22 +355,10 @@ TasksPage &MainWindow::tasks() {
 }
 
 void MainWindow::showShutdown(int seconds) {
-    if (seconds < 0) {
-        delete mShutdown;
+    if (!mRecordingTab->showShutdown(seconds))
         return;
-    }
-    if (!mShutdown) {
-        bringToFront();
-        mShutdown = new QMessageBox(this);
-        mShutdown->setObjectName(QStringLiteral("shutdown"));
-        mShutdown->setAttribute(Qt::WA_DeleteOnClose);
-        mShutdown->setIcon(QMessageBox::Warning);
-        mShutdown->setWindowTitle(AppSettings::appName());
-        mShutdown->addButton(Lang::btnCancel(), QMessageBox::RejectRole);
-        connect(mShutdown, &QDialog::finished, this, [this] { mParts.recorder.schedule().cancelShutdown(); });
-        mShutdown->open();
-    }
-    mShutdown->setText(Lang::windowShutdownIn(seconds));
+    bringToFront();
+    showTab(mRecordingTab);
 }
 
 void MainWindow::offerUpdate(const UpdateDescription &description) {
@@ -393,15 +389,18 @@ void MainWindow::offerLeftovers() {
         recoverLeftovers(); // What was whole when the crash came may lack in the list.
         return;
     }
-    const AlertSheet sheet{AlertStyle::Informational,
-                           AppSettings::appName(),
-                           leftoversText(pending),
-                           {Lang::windowRecover(), Lang::windowDiscard(), Lang::windowLater()}};
-    mAlerts->beginSheet(sheet, [this](int returnCode) {
-        if (returnCode == MainWindowFace::kFirstButton)
+    const QString named = leftoversText(pending);
+    const auto texts = [named] {
+        return Card::Texts{QStringLiteral("sound"),
+                           Lang::windowRecoveredTitle(),
+                           named,
+                           {Lang::windowRecover(), Lang::windowLater(), Lang::windowDiscard()}};
+    };
+    mRecordingTab->cards().leftovers().ask(texts, [this, named](int answer) {
+        if (answer == 0)
             recoverLeftovers();
-        else if (returnCode == MainWindowFace::kFirstButton + 1)
-            askBeforeDiscarding();
+        else if (answer == 2)
+            askBeforeDiscarding(named);
     });
 }
 
@@ -415,18 +414,20 @@ void MainWindow::recoverLeftovers() {
     });
 }
 
-void MainWindow::askBeforeDiscarding() {
-    const AlertSheet sheet{AlertStyle::Warning,
-                           AppSettings::appName(),
+void MainWindow::askBeforeDiscarding(const QString &named) {
+    const auto texts = [named] {
+        return Card::Texts{QStringLiteral("wastebasket"),
                            Lang::windowDiscardConfirm(),
-                           {Lang::windowDiscard(), Lang::btnNo()},
-                           true};
-    mAlerts->beginSheet(sheet, [this](int returnCode) {
-        if (returnCode != MainWindowFace::kFirstButton)
+                           named,
+                           {Lang::windowLater(), Lang::windowDiscard()}};
+    };
+    const auto answered = [this](int answer) {
+        if (answer != 1)
             return;
         if (const auto discarded = mParts.session.leftovers().discard(); !discarded)
             mParts.panel.setSentence(discarded.failure().sentence);
-    });
+    };
+    mRecordingTab->cards().leftovers().ask(texts, answered, true);
 }
 
 // Qt passes it on to all that stands in the window, and to its dialogs.
@@ -471,7 +472,7 @@ void MainWindow::bringToFront() {
 }
 
 void MainWindow::showOrHide() {
-    if (isVisible() && !isMinimized() && !mAlerts->isShowingSheet())
+    if (isVisible() && !isMinimized() && !mAlerts->isShowingSheet() && !mRecordingTab->cards().isAskingToLeave())
         hide();
     else
         bringToFront();
@@ -501,14 +502,13 @@ void MainWindow::openPreferencesWindowAndShowRecordInterface() {
     settings().openRecordingPage();
 }
 
-void MainWindow::setAudioInputSelectedStatus() { mRecordingTab->setAudioInputSelectedStatus(); }
+void MainWindow::setAudioInputSelectedStatus() { mRecordingTab->showSettings(); }
 
 void MainWindow::showStatuses() { library().itemsDidChange(); }
 
 void MainWindow::recordedListDidChange() { library().listDidChange(); }
 
 void MainWindow::showPanel() {
-    mRecordingTab->showPanel();
     showRecordingEverywhere();
     if (!mLibraryTab)
         return;
@@ -542,7 +542,9 @@ void MainWindow::changeEvent(QEvent *event) {
 // Leaving.
 
 void MainWindow::closeEvent(QCloseEvent *event) {
-    event->ignore(); // The application ends us.
+    event->ignore();                          // The application ends us.
+    if (mRecordingTab->cards().keepToLeave()) // Who closes it again means that it goes on.
+        return;
     const QString ahead = mParts.panel.taskAheadText();
     if (ahead.isEmpty() || isRecording() || !statusItem().isThere()) {
         leave();
@@ -554,26 +556,29 @@ void MainWindow::closeEvent(QCloseEvent *event) {
 }
 
 void MainWindow::leave() {
-    const QString ahead = mParts.panel.taskAheadText();
     if (mIsLeaving)
         endOnceSettled();
-    else if (isRecording())
-        askToLeave(Lang::windowStillRecording(), Lang::windowKeepRecording(), Lang::windowStopAndQuit());
-    else if (!ahead.isEmpty())
-        askToLeave(ahead, Lang::windowKeepWaiting(), Lang::btnExit());
+    else if (isRecording() || !mParts.panel.taskAheadText().isEmpty())
+        askToLeave();
     else
         stopAndQuit();
 }
 
-void MainWindow::askToLeave(const QString &why, const QString &stay, const QString &quit) {
+void MainWindow::askToLeave() {
     bringToFront();
-    if (mAlerts->isShowingSheet())
-        return; // The question hangs there already.
-    const AlertSheet sheet{AlertStyle::Critical, AppSettings::appName(), why, {stay, quit, Lang::btnCancel()}};
-    mAlerts->beginSheet(sheet, [this](int returnCode) {
-        if (returnCode == MainWindowFace::kFirstButton)
+    showTab(mRecordingTab);
+    const auto texts = [this] {
+        const bool records = isRecording();
+        return Card::Texts{QStringLiteral("sound"),
+                           Tools::fillTextMarkers(Lang::commExitConfirm()),
+                           records ? Lang::windowStillRecording() : mParts.panel.taskAheadText(),
+                           {records ? Lang::windowKeepRecording() : Lang::windowKeepWaiting(),
+                            records ? Lang::windowStopAndQuit() : Lang::btnExit()}};
+    };
+    mRecordingTab->cards().askToLeave(texts, [this](int answer) {
+        if (answer == 0)
             stayHidden();
-        else if (returnCode == MainWindowFace::kFirstButton + 1)
+        else if (answer == 1)
             stopAndQuit();
     });
 }

@@ -6,9 +6,7 @@
 #include "recording/library/RecordedList.h"
 
 #include <QMainWindow>
-#include <QPointer>
 
-class QMessageBox;
 class QMenu;
 class QTabWidget;
 class QToolButton;
@@ -71,6 +69,7 @@ public:
     void showStatuses();
 
     AlertAsker &alerts() { return *mAlerts; }
+    RecordingTab &recordPage() { return *mRecordingTab; }
     // Made when first needed; the library after the window was painted.
     LibraryTab &library();
     SettingsPage &settings();
@@ -103,7 +102,7 @@ private:
     void showShutdown(int seconds);
     void showAbout();
     void recoverLeftovers();
-    void askBeforeDiscarding();
+    void askBeforeDiscarding(const QString &named);
     void showIcons();
     void showTexts();
     void showRecordingEverywhere();
@@ -112,7 +111,7 @@ private:
     // Ends the program, after asking if something is recorded or converted.
     void leave();
     void askToPlay(const QString &file);
-    void askToLeave(const QString &why, const QString &stay, const QString &quit);
+    void askToLeave();
     void stayHidden();
     // The desktop message that stands for the hidden, recording window where there is no tray has appeared or
     // disappeared.
@@ -141,7 +140,6 @@ private:
     std::array<QString, 3> mTriggers;
     std::unique_ptr<StatusItem> mStatusItem;
     RecordingNotices mNotices;
-    QPointer<QMessageBox> mShutdown; // counts down to it
     bool mWasPainted = false;
     bool mIsLeaving = false;
     bool mHasSign = false; // shown, or about to be shown

@@ -30,7 +30,8 @@ void MeterView::wake() {
 
 void MeterView::step() {
     mLevel.advance(std::chrono::duration<float>(kFrame).count());
-    update();
+    if (mLevel.litSteps() != mShownLit || mLevel.peakStep() != mShownPeak)
+        update();
     if (mLevel.isAtRest() && mLevel.average() <= 0)
         mTimer.stop();
 }
@@ -42,7 +43,7 @@ QSize MeterView::sizeHint() const { return {LevelDisplay::kSteps * 10, kHeight};
 void MeterView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const int lit = mLevel.litSteps(), peak = mLevel.peakStep();
+    const int lit = mShownLit = mLevel.litSteps(), peak = mShownPeak = mLevel.peakStep();
     const qreal pitch = qreal(width()) / LevelDisplay::kSteps, gap = qMin<qreal>(3, pitch / 4);
     const Tokens &tokens = Look::tokens();
     painter.setPen(Qt::NoPen);

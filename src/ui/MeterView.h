@@ -29,6 +29,7 @@ private:
     void step();
 
     LevelDisplay &mLevel;
+    int mShownLit = 0, mShownPeak = 0;
     QTimer mTimer;
 };
 

@@ -1,34 +1,28 @@
 #pragma once
 
 #include "platform/foundation/NotificationCenter.h"
-#include "recording/control/RecordingAdvice.h"
-#include "recording/session/RecordingSessionView.h"
 
 #include <QWidget>
 
 #include <array>
 
-class QComboBox;
-class QLabel;
-class QMenu;
-class QPushButton;
-class QToolButton;
-
 namespace cantorel {
+class RecordedList;
 class RecorderPanel;
 class RecordingSession;
 class ScheduledSession;
+struct FinishedRecording;
 } // namespace cantorel
 
 namespace cantorel::ui {
 
-class DigitLabel;
-class KeyCaps;
-class MeterView;
-class RecordButton;
+class Headline;
+class LevelLanes;
+class RecordCards;
+class RecordDeck;
+class RecordStrips;
 class SoundPictureView;
-class SourceSwitch;
-class Strip;
+class SourceLine;
 
 // The record page: what will be recorded and from where, state, time and file, the sound as it comes, and below it the
 // deck with the record button, which never scrolls away.
@@ -37,76 +31,53 @@ class RecordingTab : public QWidget {
 
 public:
     // All outlive the tab.
-    RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session,
+    RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, RecordingSession &session, RecordedList &list,
                  QWidget *parent = nullptr);
+    ~RecordingTab() override;
 
     // The focus goes to where one begins.
     void begin();
     // The language, the settings or the devices have changed.
-    void setAudioInputSelectedStatus();
     void showSettings();
-    // The panel has changed; a level has come.
-    void showPanel();
-    void levelCame();
     // A recording is ready; it is offered until the next start.
     void showResult(const FinishedRecording &recording);
     // How the keys for start and stop are pressed; empty where they are not.
     void showTriggers(const std::array<QString, 3> &triggers);
+    // The file of the next recording by the name that was entered; empty, with a word on it, where there is none.
+    QString nameNewFile(const QString &folder, const QString &extension);
+    RecordCards &cards() { return *mCards; }
+    // Seconds until the computer is shut down; below 0 when it is not any more. True where that is news.
+    bool showShutdown(int seconds);
 
 Q_SIGNALS:
     // The person wants the virtual device installed.
     void virtualDeviceWanted();
+    void shutdownCancelled();
+    // A recording shall begin that has no name yet.
+    void nameWanted();
     void playWanted(const QString &file);
     void revealWanted(const QString &file);
 
 private:
-    void chooseSource(int type);
-    void chooseFolder();
-    QWidget *makeSources();
-    void offerMicrophones(QMenu &menu);
-    QWidget *makeHeadline();
-    QWidget *makeLevel();
-    QWidget *makeDeck();
-    void makeStrips();
-    void showAdvice();
-    void mend();
+    void listen();
+    void showState();
     void fit();
-    void showIcons();
     void showTexts();
-    QString resultText() const;
     void changeEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
 
     RecorderPanel &mPanel;
-    ScheduledSession &mRecorder;
     RecordingSession &mSession;
-    QWidget *mPage, *mSourceLine = nullptr, *mFileLine = nullptr, *mDeck = nullptr, *mLevel = nullptr;
-    SourceSwitch *mSources;
-    QLabel *mSourceIcon, *mSource, *mDevice;
-    QToolButton *mMicrophone;
-    QLabel *mStateDot, *mState;
-    DigitLabel *mElapsed;
-    QLabel *mFile, *mFileDetails;
-    QComboBox *mFormat;
-    QToolButton *mFolder;
-    DigitLabel *mSize, *mTimeLeft;
+    QWidget *mPage;
+    RecordCards *mCards;
+    SourceLine *mSourceLine;
+    Headline *mHeadline;
     SoundPictureView *mPicture;
-    QLabel *mMeterName;
-    MeterView *mMeter;
-    Strip *mAdvice, *mTrouble, *mResult;
-    RecordingAdvice::Lack mLack = RecordingAdvice::Lack::Nothing;
-    QPushButton *mMend = nullptr, *mPlay = nullptr, *mReveal = nullptr;
-    QLabel *mCountdown;
-    RecordButton *mRecord;
-    QLabel *mRecordText;
-    QToolButton *mPause, *mSplit;
-    KeyCaps *mKeys;
-    QLabel *mKeysText;
-    QWidget *mCorners[2] = {};
-    std::array<QString, 3> mTriggers;
-    FinishedRecording mFinished;
-    bool mHasResult = false;
+    LevelLanes *mLevels;
+    RecordStrips *mStrips;
+    RecordDeck *mDeck;
     foundation::NotificationCenter::Subscription mDefaultInput, mDefaultOutput, mDevices;
 };
 

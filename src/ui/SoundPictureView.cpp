@@ -44,7 +44,8 @@ void SoundPictureView::wake() {
     mShownTotal = mHistory.total();
 }
 
-QSize SoundPictureView::sizeHint() const { return {480, 120}; }
+// It takes what is left, and asks for no more than it needs: where cards stand above it, it gives way.
+QSize SoundPictureView::sizeHint() const { return {480, minimumSizeHint().height()}; }
 
 QSize SoundPictureView::minimumSizeHint() const { return {200, 48}; }
 

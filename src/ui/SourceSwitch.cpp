@@ -20,7 +20,7 @@ public:
 
     // As wide with the bold text of the chosen one, so that nothing moves.
     QSize sizeHint() const override {
-        const int icon = iconSize().width() + measure::kGap;
+        const int icon = iconSize().width() + (text().isEmpty() ? 0 : measure::kGap);
         return {bold(true).horizontalAdvance(text()) + icon + 2 * kBeside,
                 Look::tall(*this, measure::kSwitch) - 2 * kInset};
     }

@@ -6,6 +6,7 @@
 #include <QBoxLayout>
 #include <QEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
 #include <QToolButton>
@@ -13,6 +14,8 @@
 namespace cantorel::ui {
 
 namespace {
+
+constexpr int kLeastText = 160; // wide, beside the actions
 
 struct Dress {
     const char *icon;
@@ -22,6 +25,7 @@ struct Dress {
 // In the order of Strip::Kind.
 constexpr Dress kDresses[] = {{"information", &Tokens::sunken, &Tokens::text2},
                               {"tick", &Tokens::soft, &Tokens::accent},
+                              {"tasks", &Tokens::amberSoft, &Tokens::amber},
                               {"warning", &Tokens::amberSoft, &Tokens::amber},
                               {"warning", &Tokens::redSoft, &Tokens::red}};
 
@@ -32,6 +36,8 @@ const Dress &dressOf(Strip::Kind kind) { return kDresses[static_cast<int>(kind)]
 Strip::Strip(QWidget *parent)
     : QWidget(parent),
       mRow(new QHBoxLayout(this)),
+      mActions(new QHBoxLayout),
+      mBody(new QBoxLayout(QBoxLayout::LeftToRight)),
       mIcon(new QLabel(this)),
       mText(new QLabel(this)),
       mClose(new QToolButton(this)) {
@@ -42,7 +48,10 @@ Strip::Strip(QWidget *parent)
     mClose->setFocusPolicy(Qt::StrongFocus);
     connect(mClose, &QToolButton::clicked, this, &Strip::closed);
     mRow->addWidget(mIcon);
-    mRow->addWidget(mText, 1);
+    mBody->setSpacing(measure::kGap);
+    mBody->addWidget(mText, 1);
+    mBody->addLayout(mActions);
+    mRow->addLayout(mBody, 1);
     mRow->addWidget(mClose);
     hide();
 }
@@ -51,8 +60,33 @@ QPushButton &Strip::addAction(const QString &objectName, bool isFilled) {
     auto *button = new QPushButton(this);
     button->setObjectName(objectName);
     button->setDefault(isFilled);
-    mRow->insertWidget(mRow->count() - 1, button);
+    mActions->addWidget(button);
     return *button;
+}
+
+QLineEdit &Strip::addField(const QString &objectName) {
+    auto *field = new QLineEdit(this);
+    field->setObjectName(objectName);
+    field->hide();
+    mBody->insertWidget(0, field);
+    return *field;
+}
+
+void Strip::fit() {
+    const int room = width() - mActions->sizeHint().width() - mIcon->width() - mClose->width() - 4 * measure::kMargin;
+    mBody->setDirection(room < Look::scaled(*this, kLeastText) ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    mActions->setAlignment(Qt::AlignLeft);
+}
+
+void Strip::resizeEvent(QResizeEvent *event) {
+    fit();
+    QWidget::resizeEvent(event);
+}
+
+bool Strip::event(QEvent *event) {
+    if (event->type() == QEvent::LayoutRequest) // Its texts are others.
+        fit();
+    return QWidget::event(event);
 }
 
 void Strip::tell(Kind kind, const QString &text) {

@@ -1,6 +1,8 @@
 #include "ui/WindowFace.h"
 
 #include "ui/MainWindow.h"
+#include "ui/RecordCards.h"
+#include "ui/RecordingTab.h"
 
 #include <QApplication>
 
@@ -35,7 +37,20 @@ void WindowFace::openPreferencesWindowAndShowRecordInterface() {
 }
 
 void WindowFace::beginSheet(const AlertSheet &sheet, std::function<void(int)> completion) {
-    mAlerts.beginSheet(sheet, std::move(completion));
+    RecordCards &cards = mWindow.recordPage().cards();
+    switch (sheet.subject) {
+    case AlertSheet::Subject::VirtualDeviceMissing:
+        cards.offerVirtualDevice([completion = std::move(completion)](bool installs) {
+            completion(installs ? kFirstButton : kFirstButton + 1);
+        });
+        return;
+    case AlertSheet::Subject::VirtualDeviceInstalled:
+        cards.tellVirtualDeviceInstalled();
+        return;
+    case AlertSheet::Subject::Other:
+        mAlerts.beginSheet(sheet, std::move(completion));
+        return;
+    }
 }
 
 QObject *WindowFace::window() { return &mWindow; }

@@ -1,5 +1,7 @@
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
+#include "ui/RecordCards.h"
+#include "ui/RecordingTab.h"
 #include "ui/SettingsPage.h"
 #include "ui/TasksPage.h"
 
@@ -24,6 +26,9 @@ public:
         window.library();
         list.insert(0, {}); // An empty library has no table.
         addTask();
+        window.recordPage().cards().offerVirtualDevice([](bool) {});
+        auto *card = find<QWidget>("deviceOffer"), *close = find<QWidget>("deviceOfferClose");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return close->mapTo(card, QPoint()).y() > 0; })) << "unfolded";
     }
     // Every window, every page of it, as it stands.
     void eachPage(const std::function<void(QWidget &, const std::string &)> &look) {

@@ -10,7 +10,7 @@
 #include <QAbstractButton>
 #include <QDBusConnection>
 #include <QDBusInterface>
-#include <QMessageBox>
+#include <QLabel>
 #include <QSystemTrayIcon>
 
 namespace cantorel {
@@ -45,8 +45,12 @@ public:
     void hideWhileRecording() {
         recordByButton();
         window.close();
-        answer(Lang::windowKeepRecording());
+        press("leave0");
         ASSERT_TRUE(session.isRecording());
+    }
+    void press(const char *button) {
+        click(button);
+        pass(50);
     }
     // A task of tomorrow.
     void addTask(const char *name) {
@@ -54,7 +58,7 @@ public:
         ASSERT_TRUE(taskList.add({name, start, start.addSecs(60), 1, false}));
         pass(1100);
     }
-    int sheets() const { return static_cast<int>(window.findChildren<QMessageBox *>("sheet").size()); }
+    bool asks() { return find<QWidget>("leave")->isVisible(); }
 
     std::shared_ptr<desktop::CallRecord> record;
     int quits = 0;
@@ -122,7 +126,7 @@ TEST_F(Background, AMessageThatIsPutAwayGivesTheWindowBackAndAShownWindowNeedsNo
     desktopMessages().putAway(kSign);
     EXPECT_TRUE(window.isMinimized());
     window.close();
-    answer(Lang::windowKeepRecording());
+    press("leave0");
     EXPECT_FALSE(window.isVisible());
     desktopMessages().press(kSign, Notification::click());
     EXPECT_TRUE(window.isVisible() && !window.isMinimized());
@@ -143,20 +147,17 @@ TEST_F(Background, ATaskAheadIsNamedBeforeTheProgramEnds) {
     recorder.schedule().initScheduleTaskList();
     addTask("News [#AppName#]");
     window.close();
-    window.close();
-    EXPECT_EQ(sheets(), 1) << "asked once";
-    EXPECT_TRUE(find<QMessageBox>("sheet")->informativeText().contains("'News [#AppName#]'")
-                || find<QMessageBox>("sheet")->text().contains("'News [#AppName#]'"));
-    photograph(*find<QMessageBox>("sheet"), "task-ahead");
-    answer(Lang::btnCancel());
+    EXPECT_TRUE(find<QLabel>("leaveText")->text().contains("'News [#AppName#]'"));
+    photograph(window, "task-ahead");
+    press("leaveClose");
     EXPECT_FALSE(window.isMinimized());
     window.close();
-    answer(Lang::windowKeepWaiting());
+    press("leave0");
     EXPECT_TRUE(window.isMinimized()) << "no tray here";
     EXPECT_TRUE(record->calls().filter("notify").isEmpty());
     EXPECT_EQ(quits, 0);
     window.close();
-    answer(Lang::btnExit());
+    press("leave1");
     EXPECT_EQ(quits, 1);
 }
 
@@ -172,7 +173,7 @@ TEST_F(Background, ATaskThatIsOverKeepsNothingOpen) {
 TEST_F(Background, WhoeverAsksForTheWindowWhileItIsAboutToEndKeepsIt) {
     recordByButton();
     window.close();
-    answer(Lang::windowStopAndQuit());
+    press("leave1");
     EXPECT_FALSE(window.isVisible());
     ASSERT_FALSE(session.isSettled()) << "it waits for the conversion";
     window.showAgain();
@@ -199,8 +200,8 @@ TEST_F(Background, MediaKeysReachTheLibraryAndTheWindow) {
     recordByButton();
     EXPECT_FALSE(media.state.canPlay) << "it would be recorded";
     media.commands->quit();
-    EXPECT_EQ(sheets(), 1) << "something is recorded";
-    answer(Lang::btnCancel());
+    EXPECT_TRUE(asks()) << "something is recorded";
+    press("leaveClose");
     stop();
     EXPECT_TRUE(media.state.canPlay);
 }
@@ -230,7 +231,7 @@ TEST_F(BackgroundWithTray, AClosedWindowWaitsForTheTaskThereAndSaysSoOnce) {
     for (int round = 0; round < 2; ++round) {
         window.close();
         EXPECT_FALSE(window.isVisible());
-        EXPECT_EQ(sheets(), 0);
+        EXPECT_FALSE(asks());
         EXPECT_EQ(quits, 0);
         window.bringToFront();
     }
@@ -240,8 +241,8 @@ TEST_F(BackgroundWithTray, AClosedWindowWaitsForTheTaskThereAndSaysSoOnce) {
 
     QApplication::setActiveWindow(&window);
     QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_EQ(sheets(), 1) << "whoever quits means it, but is told";
-    answer(Lang::windowKeepWaiting());
+    EXPECT_TRUE(asks()) << "whoever quits means it, but is told";
+    press("leave0");
     EXPECT_FALSE(window.isVisible());
     EXPECT_EQ(quits, 0);
 }
@@ -290,11 +291,9 @@ TEST_F(StatusItemTest, KeepsARecordingInSightWhoseWindowIsClosed) {
     click("record");
     ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
     window.close();
-    auto *sheet = find<QMessageBox>("sheet");
     clickItem();
     EXPECT_TRUE(window.isVisible()) << "the question is not hidden";
-    QTest::mouseClick(sheet->buttons().constFirst(), Qt::LeftButton);
-    pass(50);
+    press("leave0");
     EXPECT_FALSE(window.isVisible());
     EXPECT_TRUE(session.isRecording());
     clickItem();

@@ -24,6 +24,7 @@ public:
         EXPECT_LE(sheets.size(), 1);
         return sheets.isEmpty() ? QString() : sheets.front()->text();
     }
+    bool isShown(const char *name) { return find<QWidget>(name)->isVisible(); }
     // From the press of the button to a file in the library, with no question in between.
     void record() {
         click("record");
@@ -51,45 +52,62 @@ public:
                                             .refreshRecognition = {}}};
 };
 
-TEST_F(FirstStart, OneSheetInstallsTheDeviceAndThenNothingStandsInTheWay) {
-    EXPECT_EQ(sheet(), Tools::fillTextMarkers(Lang::commErrorNoVirtualSoundCard()));
+TEST_F(FirstStart, OneCardInstallsTheDeviceWithoutAnotherStart) {
+    EXPECT_EQ(sheet(), QString()) << "nothing stands in the way";
+    EXPECT_FALSE(isShown("source0") || isShown("format") || isShown("advice")) << "said once";
+    EXPECT_FALSE(find<QWidget>("deviceOffer")->isAncestorOf(QApplication::focusWidget())) << "nobody has asked for it";
     photograph(window, "first-start");
-    answer(Lang::btnYes());
+    click("deviceOffer0");
     EXPECT_TRUE(world.virtualInstalled);
     background.runAll();
     pass(50);
-    EXPECT_EQ(sheet(), Tools::fillTextMarkers(Lang::commInstalledSuccess() + '.' + Lang::commNeedRelaunch()));
-    EXPECT_FALSE(sheet().contains("..")) << "two sentences with a full stop between them";
-    photograph(*window.findChild<QMessageBox *>(), "first-start-installed");
-    answer(Lang::btnYes());
-    EXPECT_TRUE(calls.made.contains("quit"));
-    // The program that starts again.
-    window.show();
-    delegate.applicationDidFinishLaunching();
-    pass(3000);
-    EXPECT_EQ(sheet(), QString());
+    EXPECT_EQ(find<QLabel>("deviceOfferText")->text(), Lang::windowReadySystem());
+    EXPECT_TRUE(isShown("source0"));
+    photograph(window, "first-start-installed");
+    EXPECT_FALSE(calls.made.contains("quit"));
     record();
+    EXPECT_FALSE(isShown("deviceOffer"));
 }
 
-TEST_F(FirstStart, WhoDoesNotWantItRecordsTheOutputAndIsQuietlyOfferedItAgain) {
-    answer(Lang::btnNo());
-    EXPECT_EQ(sheet(), QString());
+TEST_F(FirstStart, RecordsWithTheCardUnanswered) {
+    record();
+    EXPECT_TRUE(isShown("deviceOffer")) << "asked still";
+    click("deviceOffer1");
+    EXPECT_EQ(AppSettings::getAudioType(), 1);
+    EXPECT_TRUE(find<QAbstractButton>("source1")->isChecked());
+}
+
+TEST_F(FirstStart, AFailedInstallLeavesAWayOpen) {
+    static_cast<test::InstallingHost &>(*desktop::InstalledServices::current().scripts).fails = true;
+    test::FakeAsker told{calls};
+    const InstalledAsker installed(told);
+    click("deviceOffer0");
+    pass(50);
+    EXPECT_TRUE(calls.made.contains("told " + Lang::commInstalledFailed()));
+    EXPECT_FALSE(isShown("deviceOffer"));
+    EXPECT_TRUE(isShown("mend"));
+}
+
+TEST_F(FirstStart, WhoClosesItRecordsTheOutputAndIsQuietlyOfferedItAgain) {
+    QTest::keyClick(find<QWidget>("record"), Qt::Key_Escape);
+    EXPECT_FALSE(isShown("deviceOffer"));
     EXPECT_TRUE(find<QLabel>("advice")->text().contains(QStringLiteral("straight from the output")));
     photograph(window, QStringLiteral("first-start-declined"));
     record();
     QTest::mouseClick(find<QAbstractButton>("source1"), Qt::LeftButton);
-    EXPECT_FALSE(find<QLabel>("advice")->isVisible()) << "a microphone needs none";
+    click("resultClose");
+    EXPECT_FALSE(isShown("advice")) << "a microphone needs none";
     QTest::mouseClick(find<QAbstractButton>("source2"), Qt::LeftButton);
     QSignalSpy wanted(&window, &ui::MainWindow::virtualDeviceWanted);
     click("mend");
     EXPECT_EQ(wanted.size(), 1);
     delegate.installVirtualDevice();
     pass(50);
-    EXPECT_FALSE(find<QLabel>("advice")->isVisible()) << "it is there";
+    EXPECT_FALSE(isShown("advice")) << "it is there";
 }
 
 TEST_F(FirstStart, WithoutASoundServerThePageSaysSoUntilOneComes) {
-    answer(Lang::btnNo());
+    click("deviceOfferClose");
     world.backend->loseServer(true);
     pass(50);
     auto *advice = find<QLabel>("advice"), *sentence = find<QLabel>("sentence");

@@ -1,15 +1,16 @@
 #include "recording/library/RecordingsModel.h"
 #include "tests/support/Unfinished.h"
 #include "tests/window/WindowFixture.h"
+#include "ui/AlertAsker.h"
 #include "ui/LibraryTab.h"
 #include "ui/look/Look.h"
 #include "util/tools/UpdateCheck.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTabWidget>
 #include <QTableView>
@@ -78,6 +79,128 @@ TEST_F(MainWindow, TheMicrophoneIsChosenFromItsNameAndFollowsTheDesktop) {
     EXPECT_FALSE(microphone->isEnabled());
 }
 
+TEST_F(MainWindow, EachSourceHasALaneAndTheOtherTakesNothingFromIt) {
+    window.show();
+    AppSettings::setAudioType(2);
+    world.backend->setSource("builtin_microphone", test::constant(0));
+    recordByButton();
+    const auto lit = [this](const char *meter) {
+        return QAccessible::queryAccessibleInterface(find<QWidget>(meter))->valueInterface()->currentValue().toInt();
+    };
+    EXPECT_GT(lit("meter"), 5);
+    EXPECT_LE(lit("microphoneMeter"), 1);
+    EXPECT_GT(panel.history().column(panel.history().size() - 1).level, 0.25F) << "the picture shows the louder one";
+    EXPECT_NE(find<QWidget>("meter")->accessibleName(), find<QWidget>("microphoneMeter")->accessibleName());
+    photograph(window, "record-both");
+    window.resize(560, 420);
+    photograph(window, "record-both-smallest");
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    AppSettings::setAudioType(0);
+    recordByButton();
+    EXPECT_FALSE(find<QWidget>("microphoneMeter")->isVisible());
+}
+
+TEST_F(MainWindow, WhereTheSourceLineHasNoRoomTheChosenSourceAloneIsNamed) {
+    AppSettings::setAudioType(2);
+    window.resize(560, 420);
+    window.show();
+    for (const int type : {0, 1, 2}) {
+        auto *choice = find<QAbstractButton>(qPrintable(QStringLiteral("source%1").arg(type)));
+        EXPECT_EQ(choice->text().isEmpty(), type != 2);
+        EXPECT_FALSE(choice->accessibleName().isEmpty());
+    }
+    photograph(window, "record-idle-smallest");
+    window.resize(820, 600);
+    pass(50);
+    EXPECT_FALSE(find<QAbstractButton>("source0")->text().isEmpty());
+}
+
+TEST_F(MainWindow, AResultIsRenamedWhereItIsShown) {
+    window.show();
+    AppSettings::setAudioFormat(4);
+    recordByButton();
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    test::store(path("Taken.wav"), "x");
+    auto *name = find<QLineEdit>("resultName");
+    const struct {
+        const char *entered;
+        Qt::Key key;
+        bool isRenamed, goesOn;
+    } cases[] = {{"Rain", Qt::Key_Escape, false, false},
+                 {"Taken", Qt::Key_Return, false, true},
+                 {"", Qt::Key_Return, false, true},
+                 {"Rain", Qt::Key_Return, true, false}};
+    const QString before = list.items().front()->getFileName();
+    for (const auto &[entered, key, isRenamed, goesOn] : cases) {
+        if (!name->isVisible())
+            click("renameResult");
+        EXPECT_TRUE(name->hasSelectedText() || goesOn || isRenamed);
+        name->setText(entered);
+        photograph(window, QStringLiteral("result-rename-%1").arg(entered));
+        QTest::keyClick(name, key);
+        EXPECT_EQ(name->isVisible(), goesOn) << entered;
+        EXPECT_EQ(list.items().front()->getFileName(), isRenamed ? path("Rain.wav") : before) << entered;
+    }
+    EXPECT_TRUE(find<QLabel>("result")->text().startsWith("Rain.wav"));
+    EXPECT_TRUE(QFile::exists(path("Rain.wav")));
+}
+
+TEST_F(MainWindow, ARecordingThatIsNamedByHandIsNamedOnThePage) {
+    const InstalledAsker asker(window.alerts());
+    AppSettings::setIsAutoGenFileName(false);
+    AppSettings::setAudioFormat(4);
+    test::store(path("Rain.wav"), "x");
+    window.show();
+    auto *name = find<QLineEdit>("recordingName");
+    ASSERT_TRUE(name->isVisible());
+    click("record");
+    pass(50);
+    EXPECT_EQ(panel.state(), RecorderState::Idle);
+    EXPECT_EQ(find<QLabel>("sentence")->text(), Lang::windowEnterRecordingName());
+    photograph(window, "record-unnamed");
+    QTest::keyClicks(name, " Rain ");
+    QTest::keyClick(name, Qt::Key_Return);
+    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; })) << "Enter starts";
+    EXPECT_EQ(QFileInfo(panel.file()).fileName(), "Rain(1).m4a") << "what has the name keeps it";
+    EXPECT_FALSE(name->isVisible());
+    pass(2000);
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    EXPECT_EQ(name->text(), QString()) << "for one recording";
+    EXPECT_EQ(test::contents(path("Rain.wav")), "x");
+}
+
+TEST_F(MainWindow, SilenceThatIsSkippedIsSaidAndCanBeKept) {
+    AppSettings::setAutoSkipSilence(true);
+    silencePlayer();
+    window.show();
+    EXPECT_EQ(find<QLabel>("silence")->text(), Lang::windowSilenceIsSkipped()) << "before it does it";
+    EXPECT_TRUE(find<QLabel>("silence")->isVisible());
+    click("record");
+    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::WaitingForSound; }));
+    EXPECT_TRUE(find<QLabel>("waiting")->isVisible());
+    photograph(window, "record-waiting");
+    click("keepSilence");
+    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+    EXPECT_FALSE(find<QLabel>("waiting")->isVisible());
+    EXPECT_FALSE(AppSettings::isAutoSkipSilence());
+}
+
+TEST_F(MainWindow, AShutdownIsCountedDownOnThePageAndCancelledThere) {
+    window.show();
+    find<QTabWidget>("tabs")->setCurrentIndex(1);
+    recorder.schedule().initScheduleTaskList();
+    recorder.schedule().requestShutdown();
+    pass(2100);
+    EXPECT_TRUE(find<QLabel>("shutdown")->isVisible()) << "on whatever page";
+    photograph(window, "shutdown");
+    click("cancelShutdown");
+    EXPECT_FALSE(find<QLabel>("shutdown")->isVisible());
+    EXPECT_FALSE(recorder.schedule().isShutdownRequested());
+}
+
 class Leaving : public MainWindow {
 public:
     Leaving() {
@@ -104,24 +227,30 @@ TEST_F(Leaving, TheNextWindowIsWhereThisOneWasLeft) {
               QSize(820, 600));
 }
 
-TEST_F(Leaving, WhileRecordingAsksOnceAndNothingIsLost) {
+TEST_F(Leaving, WhileRecordingAsksInTheWindowAndNothingIsLost) {
     recordByButton();
+    find<QTabWidget>("tabs")->setCurrentIndex(1);
     window.close();
-    window.close();
+    ASSERT_TRUE(find<QWidget>("leave0")->isVisible()) << "on whatever page";
     photograph(window, "leaving");
-    EXPECT_EQ(window.findChildren<QMessageBox *>("sheet").size(), 1) << "asked once";
-    answer(Lang::btnCancel());
+    QTest::keyClick(find<QWidget>("leave0"), Qt::Key_Escape);
     EXPECT_TRUE(session.isRecording());
     EXPECT_FALSE(window.isMinimized());
 
     window.close();
-    answer(Lang::windowKeepRecording());
+    window.close();
     EXPECT_TRUE(session.isRecording());
-    EXPECT_TRUE(window.isMinimized()) << "no tray here: it stays where it can be found";
+    EXPECT_TRUE(window.isMinimized()) << "who closes it again keeps it; no tray here: it stays where it can be found";
     EXPECT_EQ(quits, 0);
 
     window.close();
-    answer(Lang::windowStopAndQuit());
+    session.stopRecording();
+    pass(50);
+    EXPECT_FALSE(find<QWidget>("leave")->isVisible()) << "nothing is recorded any more";
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+    recordByButton();
+    window.close();
+    click("leave1");
     EXPECT_FALSE(session.isRecording());
     ASSERT_TRUE(passUntil([&] { return quits > 0; }));
     EXPECT_TRUE(session.isSettled()) << "the conversion is waited for";
@@ -159,21 +288,18 @@ public:
         return test::contents(left) == before && RecordingJournal(state).leftovers().size() == 1
                && list.itemWithFile(left);
     }
-    void key(Qt::Key key) {
-        QTest::keyClick(find<QMessageBox>("sheet"), key);
-        pass(50);
-    }
-    bool isAsking() const { return window.findChild<QMessageBox *>("sheet") != nullptr; }
+    bool isAsking() { return find<QWidget>("leftovers")->isVisible(); }
+    QString text() { return find<QLabel>("leftoversText")->text(); }
 
     const QString state = QDir::homePath() + "/state", left = path("Evening concert.m4a");
     QByteArray before;
 };
 
 TEST_F(Leftovers, AreRecoveredIntoTheLibraryAndToldInOneSentence) {
-    photograph(*find<QMessageBox>("sheet"), "leftover");
-    EXPECT_TRUE(find<QMessageBox>("sheet")->text().contains("Evening concert.m4a"));
+    photograph(window, "leftover");
+    EXPECT_TRUE(text().contains("Evening concert.m4a"));
     EXPECT_TRUE(isUntouched()) << "nothing happens before the answer";
-    answer(Lang::windowRecover());
+    click("leftovers0");
     ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
     EXPECT_TRUE(find<QLabel>("sentence")->text().contains("Evening concert.m4a"));
     photograph(window, "leftover-recovered");
@@ -184,29 +310,36 @@ TEST_F(Leftovers, AreRecoveredIntoTheLibraryAndToldInOneSentence) {
 }
 
 TEST_F(Leftovers, LaterIsTheSafeAnswerAndRecordsBesideThem) {
-    key(Qt::Key_Escape);
-    EXPECT_FALSE(isAsking());
-    click("record");
-    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
-    click("record");
-    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
-    EXPECT_FALSE(isAsking()) << "once in a start";
-    EXPECT_TRUE(isUntouched());
+    for (const char *later : {"leftovers1", "leftoversClose"}) {
+        click(later);
+        EXPECT_FALSE(isAsking());
+        click("record");
+        ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+        click("record");
+        ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+        EXPECT_FALSE(isAsking()) << "once in a start";
+        EXPECT_TRUE(isUntouched());
+        window.offerLeftovers();
+        pass(50);
+    }
 }
 
-TEST_F(Leftovers, AreDiscardedOnlyWithASecondYes) {
+TEST_F(Leftovers, AreDiscardedOnlyWithASecondWord) {
     for (const Qt::Key no : {Qt::Key_Return, Qt::Key_Escape}) {
-        answer(Lang::windowDiscard());
-        EXPECT_EQ(find<QMessageBox>("sheet")->text(), Lang::windowDiscardConfirm());
-        photograph(*find<QMessageBox>("sheet"), "leftover-discard");
-        key(no);
+        click("leftovers2");
+        pass(50);
+        ASSERT_TRUE(isAsking());
+        EXPECT_EQ(find<QWidget>("leftovers")->accessibleName(), Lang::windowDiscardConfirm());
+        photograph(window, "leftover-discard");
+        QTest::keyClick(find<QWidget>("leftovers0"), no);
         EXPECT_FALSE(isAsking());
         EXPECT_TRUE(isUntouched());
         window.offerLeftovers();
         pass(50);
     }
-    answer(Lang::windowDiscard());
-    answer(Lang::windowDiscard());
+    click("leftovers2");
+    pass(50);
+    click("leftovers1");
     EXPECT_FALSE(QFile::exists(left));
     EXPECT_EQ(list.itemWithFile(left), nullptr);
     EXPECT_TRUE(RecordingJournal(state).leftovers().empty());

@@ -93,7 +93,7 @@ public:
     static void photograph(QWidget &widget, const QString &name) {
         const QString folder = qEnvironmentVariable("CANTOREL_PICTURES");
         if (!folder.isEmpty()) {
-            QTest::qWait(50);
+            QTest::qWait(250); // Cards have unfolded by then.
             EXPECT_TRUE(widget.grab().save(folder + '/' + name + ".png"));
         }
     }

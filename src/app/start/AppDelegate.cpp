@@ -34,8 +34,9 @@ bool isOwnDevice(const QString &name) {
            || name == QLatin1String(kTessolarAggregateDeviceName);
 }
 
-AlertSheet sheetOf(AlertStyle style, const QString &text, const QStringList &buttons) {
-    return {style, AppSettings::appName(), Tools::fillTextMarkers(text), buttons};
+AlertSheet sheetOf(AlertStyle style, const QString &text, const QStringList &buttons,
+                   AlertSheet::Subject subject = AlertSheet::Subject::Other) {
+    return {style, AppSettings::appName(), Tools::fillTextMarkers(text), buttons, subject};
 }
 
 QString aggregateKey() { return QString::fromLatin1(setting::kOldAggregateSubDeivceUIDs); }
@@ -113,7 +114,8 @@ void AppDelegate::activateVirtualDevice() {
         return;
     }
     if (!ZQAudioKextKit::activateSVAD()) {
-        beginSheet(sheetOf(AlertStyle::Warning, Lang::commErrorNoVirtualSoundCard(), {Lang::btnYes(), Lang::btnNo()}),
+        beginSheet(sheetOf(AlertStyle::Warning, Lang::commErrorNoVirtualSoundCard(), {Lang::btnYes(), Lang::btnNo()},
+                           AlertSheet::Subject::VirtualDeviceMissing),
                    &AppDelegate::alertDidEndSheetForInstallTessolarAudioDevice);
         return;
     }
@@ -190,7 +192,8 @@ void AppDelegate::alertDidEndSheetForInstallTessolarAudioDevice(int returnCode) 
                     onMainQueue("offer a relaunch", [this] {
                         const QString text =
                             QStringLiteral("%1.%2").arg(Lang::commInstalledSuccess(), Lang::commNeedRelaunch());
-                        beginSheet(sheetOf(AlertStyle::Critical, text, {Lang::btnYes()}),
+                        beginSheet(sheetOf(AlertStyle::Critical, text, {Lang::btnYes()},
+                                           AlertSheet::Subject::VirtualDeviceInstalled),
                                    &AppDelegate::alertDidLoadAudioDevice);
                     });
                 });

@@ -15,11 +15,14 @@ class MainWindowFace;
 
 // An alert that hangs on the main window.
 struct AlertSheet {
+    // What it is about, for a window that has its own way to ask that.
+    enum class Subject { Other, VirtualDeviceMissing, VirtualDeviceInstalled };
+
     AlertStyle style = AlertStyle::Informational;
     QString messageText;
     QString informativeText;
-    QStringList buttons;        // Escape presses the last
-    bool lastIsDefault = false; // Return presses the last as well, not the first: the others can't be undone
+    QStringList buttons; // Escape presses the last
+    Subject subject = Subject::Other;
 };
 
 // What the main window asks of the application.
@@ -60,7 +63,8 @@ public:
     // No recording is under way, and every one is closed and converted.
     virtual bool isSettled() const = 0;
     virtual void openPreferencesWindowAndShowRecordInterface() = 0;
-    // Shows the sheet, behind those that are open, and returns. The completion is called once the sheet is closed.
+    // Shows the sheet, behind those that are open, and returns. The completion is called once the sheet is closed; a
+    // window that need not start again to use the virtual device only says that it is installed.
     virtual void beginSheet(const AlertSheet &sheet, std::function<void(int returnCode)> completion) = 0;
     // What Asker takes for the window.
     virtual QObject *window() = 0;

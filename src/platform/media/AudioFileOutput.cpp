@@ -261,8 +261,12 @@ std::vector<CaptureConnection> AudioFileOutput::connections() const {
     if (!mStream)
         return {};
     CaptureConnection connection;
-    for (const float level : mStream->levels())
-        connection.audioChannels.push_back({level, true});
+    const std::vector<float> levels = mStream->levels();
+    const std::vector<int> &sources = mStream->sourceChannels();
+    std::size_t channel = 0;
+    for (std::size_t source = 0; source < sources.size(); ++source)
+        for (const std::size_t end = channel + static_cast<std::size_t>(sources[source]); channel < end; ++channel)
+            connection.audioChannels.push_back({levels[channel], true, static_cast<int>(source)});
     return {connection};
 }
 

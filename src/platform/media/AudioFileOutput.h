@@ -51,6 +51,7 @@ struct RecordingContinuation {
 struct AudioChannel {
     float averagePowerLevel = 0; // dB, RMS of the last 100 ms, -80 at least
     bool enabled = true;
+    int source = 0; // which of the devices behind the recorded one, in their order
 };
 
 // Connects a device with an output.

@@ -2,9 +2,14 @@
 
 #include "audio_device/AudioDeviceEngine.h"
 #include "lang/Lang.h"
+#include "recording/session/RecordingSpace.h"
+#include "settings/AppSettings.h"
 #include "util/tools/Tools.h"
 
 #include <QLocale>
+
+#include <algorithm>
+#include <utility>
 
 namespace cantorel {
 
@@ -52,9 +57,25 @@ QString RecorderPanel::stateText() const {
 }
 
 QString RecorderPanel::timeLeftText() const {
-    if (!isRunning() || !mDisplay.secondsLeft)
+    const auto left = isRunning()
+                          ? mDisplay.secondsLeft
+                          : recordingSecondsLeft(AppSettings::outputPath(), AppSettings::getAudioFormat(), 0, 0);
+    return left ? Lang::windowTimeLeft().replace(QLatin1String("[#Time#]"), hoursAndMinutes(*left)) : QString();
+}
+
+QString RecorderPanel::taskStartText() const {
+    if (mCountdown.isExecuted)
+        return Lang::tabRecordStatusRecording();
+    if (mCountdown.taskName.isEmpty())
         return {};
-    return Lang::windowTimeLeft().replace(QLatin1String("[#Time#]"), hoursAndMinutes(*mDisplay.secondsLeft));
+    const QLocale locale = Lang::locale();
+    const QDateTime start = mCountdown.start.toLocalTime();
+    const QString time = locale.toString(start.time(), QLocale::ShortFormat);
+    if (start.date() == QDate::currentDate())
+        return time;
+    return QStringLiteral("%1 %2 %3")
+        .arg(locale.dayName(start.date().dayOfWeek(), QLocale::ShortFormat),
+             locale.toString(start.date(), QLocale::ShortFormat), time);
 }
 
 QString RecorderPanel::taskAheadText() const {
@@ -102,7 +123,8 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
             mHistory.clear();
     }
     if (!isRunning()) {
-        mLevel.setLevel(0);
+        for (LevelDisplay &level : mLevels)
+            level.setLevel(0);
         mFile.clear();
         mDevice.clear();
         if (mSentenceStays == Until::Sound || mSentenceStays == Until::Output)
@@ -115,15 +137,22 @@ void RecorderPanel::recordingControlsDidChange(const RecordingControls &controls
 
 void RecorderPanel::recordingDisplay(const RecordingDisplay &display) {
     mDisplay = display;
-    Q_EMIT changed();
+    Q_EMIT ticked();
 }
 
 void RecorderPanel::recordingLevel(float level) {
-    const float height = shownLevel(level);
-    mLevel.setLevel(height);
-    mHistory.add(height, state() == RecorderState::Recording);
+    const auto lanes = std::exchange(mBoth, {}).value_or(std::array{level, level});
+    float loudest = 0; // The picture shows the louder source: a silent one takes nothing from it.
+    for (std::size_t lane = 0; lane < lanes.size(); ++lane) {
+        const float height = shownLevel(lanes[lane]);
+        mLevels[lane].setLevel(height);
+        loudest = std::max(loudest, height);
+    }
+    mHistory.add(loudest, state() == RecorderState::Recording);
     Q_EMIT levelCame();
 }
+
+void RecorderPanel::recordingLevelsOfBoth(float system, float microphone) { mBoth = {system, microphone}; }
 
 void RecorderPanel::recordingFramesLost(qint64 frames) {
     mHistory.mark(SoundHistory::Mark::LostFrames);

@@ -9,6 +9,8 @@
 
 #include <QObject>
 
+#include <array>
+#include <optional>
 #include <vector>
 
 namespace cantorel {
@@ -22,10 +24,14 @@ public:
     RecorderPanel();
 
     RecorderState state() const { return mControls.state; }
+    // Something is recorded, or begins or ends: the control shows Stop.
+    bool isRunning() const { return mControls.startShowsStop; }
     const RecordingControls &controls() const { return mControls; }
     const RecordingDisplay &display() const { return mDisplay; }
     const SoundHistory &history() const { return mHistory; }
-    LevelDisplay &level() { return mLevel; }
+    // The meter of what is recorded, or of one of the sources while both are.
+    enum class Lane { System, Microphone };
+    LevelDisplay &level(Lane lane = Lane::System) { return mLevels[static_cast<std::size_t>(lane)]; }
     // The file being written and the device being recorded; empty while nothing is recorded.
     QString file() const { return mFile; }
     QString device() const { return mDevice; }
@@ -47,6 +53,8 @@ public:
     };
     const std::vector<MissedStart> &missedStarts() const { return mMissed; }
     void forgetMissed(std::size_t number) { mMissed.erase(mMissed.begin() + static_cast<std::ptrdiff_t>(number)); }
+    // When the next task begins, or that it is recorded now; empty without one.
+    QString taskStartText() const;
     const TaskCountdown &countdown() const { return mCountdown; }
     // Which task comes next, and that the program must keep running for it; empty without one.
     QString taskAheadText() const;
@@ -55,6 +63,7 @@ public:
     void recordingControlsDidChange(const RecordingControls &controls) override;
     void recordingDisplay(const RecordingDisplay &display) override;
     void recordingLevel(float level) override;
+    void recordingLevelsOfBoth(float system, float microphone) override;
     void recordingFramesLost(qint64 frames) override;
     void recordingSilent(const foundation::Sentence &sentence) override;
     void recordingHeard() override;
@@ -76,6 +85,8 @@ public:
 Q_SIGNALS:
     // State, texts or controls have changed.
     void changed();
+    // Time, size and room on the disk go on, twice a second.
+    void ticked();
     // A recording begins: the settings may be those of a task now.
     void begun();
     // A level has come: the meter and the picture go on.
@@ -92,12 +103,12 @@ Q_SIGNALS:
 
 private:
     void tellLostFrames(qint64 frames);
-    bool isRunning() const { return mControls.startShowsStop; }
 
     RecordingControls mControls;
     RecordingDisplay mDisplay;
     SoundHistory mHistory;
-    LevelDisplay mLevel;
+    std::array<LevelDisplay, 2> mLevels;       // by lanes
+    std::optional<std::array<float, 2>> mBoth; // of the level that comes next
     TaskCountdown mCountdown;
     std::vector<MissedStart> mMissed;
     qint64 mLostFrames = 0; // of the file

@@ -20,14 +20,14 @@ namespace cantorel {
 
 namespace {
 
-constexpr std::size_t kMostNamed = 5; // a sheet stays small
+constexpr std::size_t kMostNamed = 3; // a card stays small
 
 QString describe(const RecordingJournal::Leftover &leftover) {
     const QFileInfo file(leftover.file);
-    return QStringLiteral("%1\n%2   \u2248 %3   %4\n%5")
+    return QStringLiteral("%1   %2   \u2248 %3   %4")
         .arg(file.fileName(), leftover.written.toString(QStringLiteral("yyyy-MM-dd HH:mm")),
-             ToolString::stringFromDuration(leftover.seconds), ToolFile::fileSizeFormatterToString(leftover.bytes),
-             QDir::toNativeSeparators(file.path()));
+             ToolString::stringFromDuration(leftover.seconds),
+             ToolFile::fileSizeFormatterToString(leftover.bytes).trimmed());
 }
 
 } // namespace
@@ -162,12 +162,12 @@ foundation::Result<void> CrashLeftovers::discard() {
 }
 
 QString leftoversText(const std::vector<RecordingJournal::Leftover> &leftovers) {
-    QStringList parts{Lang::windowRecoveredTitle()};
+    QStringList parts;
     for (std::size_t i = 0; i < std::min(leftovers.size(), kMostNamed); ++i)
         parts << describe(leftovers[i]);
     if (leftovers.size() > kMostNamed)
         parts << QStringLiteral("(+%1)").arg(leftovers.size() - kMostNamed);
-    return parts.join(QStringLiteral("\n\n"));
+    return parts.join(QLatin1Char('\n'));
 }
 
 QString recoveredText(const CrashLeftovers::Recovered &recovered) {

@@ -55,7 +55,7 @@ private:
     std::jthread mWorker;  // last: it uses the above
 };
 
-// What a person is asked about leftovers: each one's name, time, length, size and folder.
+// The leftovers that a person is asked about: each one's name, time, length and size.
 QString leftoversText(const std::vector<RecordingJournal::Leftover> &leftovers);
 // One sentence on what has become of them; empty when there were none.
 QString recoveredText(const CrashLeftovers::Recovered &recovered);

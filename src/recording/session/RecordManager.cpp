@@ -192,6 +192,15 @@ void RecordManager::captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const
     delegate->RecordManagerDidFinishRecordingToOutputAtURL(*this, url, mCounts, std::nullopt);
 }
 
+std::optional<LevelsOfBoth> RecordManager::levelsOfBoth() const {
+    if (!mAudioRecorder || mSource != RecordingSource::Both)
+        return {};
+    const std::vector<float> levels = mAudioRecorder->sourceLevels();
+    if (levels.size() != 2)
+        return {};
+    return LevelsOfBoth{levels[1], levels[0]}; // The aggregate is made of the microphone first.
+}
+
 void RecordManager::captureUpdateAudioLevel(ZQAVRecorder &, float level) {
     delegate->RecordManagerUpdateAudioLevel(*this, level);
 }

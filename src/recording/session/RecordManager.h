@@ -7,6 +7,9 @@
 #include <QObject>
 #include <QUrl>
 
+#include <memory>
+#include <optional>
+
 namespace cantorel {
 
 class RecordManager;
@@ -19,6 +22,11 @@ struct RecordingStateUpdate {
 };
 inline constexpr foundation::NotificationName<RecordingStateUpdate> kNotificationUpdateRecordingState{
     "UpdateRecordingState"};
+
+// The sources of a recording that has both, each with its own level.
+struct LevelsOfBoth {
+    float system = 0, microphone = 0;
+};
 
 // Hears what a RecordManager does, always on the main thread. All functions are optional.
 class RecordManagerDelegate {
@@ -83,6 +91,8 @@ public:
     }
     // Whole seconds; 0 without a recorder.
     double recordingDuration() const { return mAudioRecorder ? recordingCounts().wholeSeconds() : 0; }
+    // The level of each of the two sources while both are recorded, as the recorder tells levels.
+    std::optional<LevelsOfBoth> levelsOfBoth() const;
     qint64 recordedFileSize() const { return recordingCounts().bytes; }
 
     void postRecordingNotification();

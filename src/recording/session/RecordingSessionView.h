@@ -70,6 +70,8 @@ public:
     virtual void recordingControlsDidChange(const RecordingControls &) {}
     virtual void recordingDisplay(const RecordingDisplay &) {}
     virtual void recordingLevel(float) {} // every 0.1 s; a linear amplitude times 20
+    // In front of recordingLevel() while both sources are recorded: each one's own level.
+    virtual void recordingLevelsOfBoth(float /*system*/, float /*microphone*/) {}
     // Frames lost since the last level.
     virtual void recordingFramesLost(qint64 /*frames*/) {}
     virtual void recordingNote(int) {} // every 0.2 s: 1 to 7 while there is sound, 0 for none

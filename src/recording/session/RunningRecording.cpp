@@ -52,6 +52,8 @@ void RunningRecording::framesCame() {
 
 void RunningRecording::levelCame(float level) {
     mParts.silence.level(level);
+    if (const auto levels = mParts.manager.levelsOfBoth())
+        mParts.view.recordingLevelsOfBoth(levels->system, levels->microphone);
     mParts.view.recordingLevel(level);
     if (mSilenceWatch.level(level))
         mParts.view.recordingHeard();

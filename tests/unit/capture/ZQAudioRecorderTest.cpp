@@ -400,6 +400,27 @@ TEST_F(ZQAudioRecorderTest, ADeviceThatComesAndGoesLeavesARecordingOfItsTrueLeng
     }
 }
 
+// The level of all is the mean over their channels, to which a silent source counts; each one's own is not.
+TEST_F(ZQAudioRecorderTest, ASilentSourceTakesNothingFromTheLevelOfTheOther) {
+    const QString system = "Tessolar_AudioDevice";
+    ASSERT_NE(test::EmbeddedWorld::makeAggregate({mMicrophone->uniqueID, system}), 0u);
+    for (const media::CaptureDevice &device : media::captureAudioDevices())
+        if (device.localizedName == "Both")
+            mRecorder->setAudioDevice(device);
+    mRecorder->setIsShowAudioLevel(true);
+    for (const auto &[microphone, played] : {std::pair{0.0f, 1.0f}, std::pair{1.0f, 0.0f}}) {
+        mWorld.backend->setSource(mMicrophone->uniqueID, test::constant(microphone));
+        const auto program = mWorld.backend->play(test::constant(played), system);
+        advance(500);
+        const std::vector<float> levels = mRecorder->sourceLevels();
+        ASSERT_EQ(levels.size(), 2u);
+        const float floor = 20 * std::pow(10.0f, -4);
+        EXPECT_NEAR(levels[0], std::max(20 * microphone, floor), 0.01) << "the microphone's";
+        EXPECT_NEAR(levels[1], std::max(20 * played, floor), 0.01) << "the system's";
+        EXPECT_LT(mListener.levels.back(), 10);
+    }
+}
+
 // One of two sources that goes leaves the other in the file: its own place is silent until it is back, and counted.
 TEST_F(ZQAudioRecorderTest, ASourceThatIsAwayEndsNotTheOther) {
     const QString system = "Tessolar_AudioDevice";

@@ -1,0 +1,195 @@
+#include "ui/Card.h"
+
+#include "lang/Lang.h"
+#include "ui/Icons.h"
+#include "ui/PageParts.h"
+#include "ui/look/Look.h"
+
+#include <QBoxLayout>
+#include <QEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QToolButton>
+
+#include <utility>
+
+namespace cantorel::ui {
+
+namespace {
+
+constexpr int kDisc = 40, kUnfold = 160; // ms
+
+} // namespace
+
+Card::Card(const QString &objectName, QWidget *parent)
+    : QWidget(parent),
+      mBody(new QWidget(this)),
+      mIcon(new QLabel(mBody)),
+      mTitle(new QLabel(mBody)),
+      mText(new QLabel(mBody)),
+      mActions(new QHBoxLayout),
+      mClose(new QToolButton(mBody)) {
+    setObjectName(objectName);
+    mTitle->setWordWrap(true);
+    mText->setWordWrap(true);
+    mText->setObjectName(objectName + QStringLiteral("Text"));
+    mClose->setObjectName(objectName + QStringLiteral("Close"));
+    mClose->setAutoRaise(true);
+    mClose->setFocusPolicy(Qt::StrongFocus);
+    connect(mClose, &QToolButton::clicked, this, [this] { answer(kClosed); });
+    mIcon->setAlignment(Qt::AlignCenter);
+    mIcon->setFixedSize(QSize(1, 1) * Look::scaled(*this, kDisc));
+    auto *lines = new QVBoxLayout;
+    lines->setSpacing(measure::kGap / 2);
+    lines->addWidget(mTitle);
+    lines->addWidget(mText);
+    mActions->setContentsMargins(0, measure::kGap / 2, 0, 0);
+    mActions->setSpacing(measure::kGap);
+    mActions->addStretch();
+    lines->addLayout(mActions);
+    auto *row = rowIn(mBody, 2 * measure::kGap);
+    row->setContentsMargins(2 * measure::kGap, 2 * measure::kGap, measure::kGap, 2 * measure::kGap);
+    row->addWidget(mIcon, 0, Qt::AlignTop);
+    row->addLayout(lines, 1);
+    row->addWidget(mClose, 0, Qt::AlignTop);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
+    mUnfold.setStartValue(0.0);
+    mUnfold.setEndValue(1.0);
+    mUnfold.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&mUnfold, &QVariantAnimation::valueChanged, this, [this] { updateGeometry(); });
+    hide();
+}
+
+void Card::ask(std::function<Texts()> texts, std::function<void(int)> answered, bool takesFocus) {
+    mTexts = std::move(texts);
+    mAnswered = std::move(answered);
+    for (QPushButton *before : std::exchange(mButtons, {})) { // One of them may be what has just been pressed.
+        before->setObjectName({});
+        before->hide();
+        before->deleteLater();
+    }
+    const auto count = mTexts().actions.size();
+    for (int number = 0; number < count; ++number) {
+        auto *button = new QPushButton(mBody);
+        button->setObjectName(objectName() + QString::number(number));
+        button->setDefault(number == 0);
+        button->setAutoDefault(true);
+        connect(button, &QPushButton::clicked, this, [this, number] { answer(number); });
+        mActions->insertWidget(number, button, 0, Qt::AlignLeft);
+        mButtons.push_back(button);
+    }
+    showTexts();
+    Q_EMIT changed();
+    if (!mButtons.empty())
+        QWidget::setTabOrder(mButtons.back(), mClose);
+    if (takesFocus && isVisible())
+        (mButtons.empty() ? static_cast<QWidget *>(mClose) : mButtons.front())->setFocus(Qt::OtherFocusReason);
+}
+
+void Card::putAway() {
+    if (!std::exchange(mTexts, {}))
+        return;
+    mAnswered = {};
+    Q_EMIT changed();
+}
+
+void Card::answer(int answer) {
+    if (!mTexts || (answer == kClosed && !mTexts().canClose))
+        return;
+    const auto answered = std::exchange(mAnswered, {});
+    putAway();
+    if (answered)
+        answered(answer);
+}
+
+void Card::setInSight(bool isInSight) {
+    if (isInSight == !isHidden())
+        return;
+    mUnfold.stop();
+    mUnfold.setDuration(Look::hasMotion() && parentWidget()->isVisible() ? kUnfold : 0);
+    setVisible(isInSight);
+    if (isInSight)
+        mUnfold.start();
+}
+
+void Card::showTexts() {
+    if (!mTexts)
+        return;
+    const Texts texts = mTexts();
+    mIconName = texts.icon;
+    mTitle->setText(texts.title);
+    mTitle->setFont(Look::font(*this, text_size::kTitle, QFont::Bold));
+    mText->setText(texts.text);
+    setAccessibleName(texts.title);
+    for (std::size_t number = 0; number < mButtons.size(); ++number)
+        mButtons[number]->setText(texts.actions[static_cast<qsizetype>(number)]);
+    mClose->setVisible(texts.canClose);
+    mClose->setToolTip(Lang::btnClose());
+    mClose->setAccessibleName(Lang::btnClose());
+    showIcons();
+    updateGeometry();
+}
+
+void Card::showIcons() {
+    const Tokens &tokens = Look::tokens();
+    setInk(*mText, tokens.text2);
+    mIcon->setPixmap(drawing(mIconName, tokens.accent, Look::scaled(*this, measure::kIcon), devicePixelRatioF()));
+    mClose->setIcon(icon(QStringLiteral("close"), palette()));
+    update();
+}
+
+int Card::heightForWidth(int width) const {
+    return qRound(mUnfold.currentValue().toReal() * mBody->heightForWidth(width));
+}
+
+QSize Card::sizeHint() const {
+    const QSize body = mBody->sizeHint();
+    return {body.width(), qRound(mUnfold.currentValue().toReal() * body.height())};
+}
+
+QSize Card::minimumSizeHint() const {
+    int widest = 0;
+    for (const QPushButton *button : mButtons)
+        widest = qMax(widest, button->sizeHint().width());
+    return {widest + besideLines(), 0};
+}
+
+int Card::besideLines() const {
+    const QMargins margins = mBody->layout()->contentsMargins();
+    return margins.left() + mIcon->width() + 2 * mBody->layout()->spacing() + mClose->sizeHint().width()
+           + margins.right();
+}
+
+void Card::resizeEvent(QResizeEvent *event) {
+    int row = 0;
+    for (const QPushButton *button : mButtons)
+        row += button->sizeHint().width() + mActions->spacing();
+    // Where they have no room side by side, the buttons stand one below the other.
+    mActions->setDirection(row <= width() - besideLines() ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    const int whole = mBody->heightForWidth(width());
+    mBody->setGeometry(0, qMin(0, height() - whole), width(), whole);
+    QWidget::resizeEvent(event);
+}
+
+void Card::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const Tokens &tokens = Look::tokens();
+    painter.setPen(tokens.line);
+    painter.setBrush(tokens.surface);
+    painter.drawRoundedRect(QRectF(mBody->geometry()).adjusted(0.5, 0.5, -0.5, -0.5), measure::kCardRadius,
+                            measure::kCardRadius);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(tokens.soft);
+    painter.drawEllipse(mIcon->geometry().translated(mBody->pos()));
+}
+
+void Card::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange)
+        showIcons();
+    QWidget::changeEvent(event);
+}
+
+} // namespace cantorel::ui

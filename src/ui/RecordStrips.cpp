@@ -1,0 +1,184 @@
+#include "ui/RecordStrips.h"
+
+#include "lang/Lang.h"
+#include "recording/control/ListRequests.h"
+#include "recording/control/RecorderPanel.h"
+#include "settings/AppSettings.h"
+#include "ui/Strip.h"
+#include "util/ToolFile.h"
+#include "util/ToolString.h"
+
+#include <QBoxLayout>
+#include <QDir>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
+
+namespace cantorel::ui {
+
+RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *parent)
+    : QWidget(parent),
+      mPanel(panel),
+      mList(list),
+      mTrouble(new Strip(this)),
+      mShutdown(new Strip(this)),
+      mWaiting(new Strip(this)),
+      mResult(new Strip(this)),
+      mAdvice(new Strip(this)),
+      mCancel(&mShutdown->addAction(QStringLiteral("cancelShutdown"), true)),
+      mKeepSilence(&mWaiting->addAction(QStringLiteral("keepSilence"), false)),
+      mPlay(&mResult->addAction(QStringLiteral("playResult"), true)),
+      mRename(&mResult->addAction(QStringLiteral("renameResult"), false)),
+      mReveal(&mResult->addAction(QStringLiteral("revealResult"), false)),
+      mMend(&mAdvice->addAction(QStringLiteral("mend"), false)),
+      mName(&mResult->addField(QStringLiteral("resultName"))) {
+    mTrouble->text().setObjectName(QStringLiteral("sentence"));
+    connect(mTrouble, &Strip::closed, this, [this] { mPanel.setSentence({}); });
+    mShutdown->text().setObjectName(QStringLiteral("shutdown"));
+    mShutdown->close().hide(); // its button says what it does
+    connect(mCancel, &QPushButton::clicked, this, &RecordStrips::shutdownCancelled);
+    mWaiting->text().setObjectName(QStringLiteral("waiting"));
+    mWaiting->close().hide(); // it stays as long as it is silent
+    connect(mKeepSilence, &QPushButton::clicked, this, [this] {
+        AppSettings::setAutoSkipSilence(false);
+        Q_EMIT silenceKept();
+    });
+    mResult->text().setObjectName(QStringLiteral("result"));
+    mResult->close().setObjectName(QStringLiteral("resultClose"));
+    connect(mPlay, &QPushButton::clicked, this, [this] { Q_EMIT playWanted(mFinished->file); });
+    connect(mReveal, &QPushButton::clicked, this, [this] { Q_EMIT revealWanted(mFinished->file); });
+    connect(mRename, &QPushButton::clicked, this, [this] { editName(mName->isHidden()); });
+    connect(mName, &QLineEdit::returnPressed, this, [this] { rename(); });
+    connect(mResult, &Strip::closed, this, [this] {
+        mFinished.reset();
+        showState();
+    });
+    mAdvice->text().setObjectName(QStringLiteral("advice"));
+    mAdvice->close().hide(); // it stays as long as it holds
+    connect(mMend, &QPushButton::clicked, this, [this] { mend(); });
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins({});
+    column->setSpacing(0);
+    for (Strip *strip : {mTrouble, mShutdown, mWaiting, mResult, mAdvice})
+        column->addWidget(strip);
+}
+
+void RecordStrips::mend() {
+    if (mLack.lack == RecordingAdvice::Lack::SoundServer)
+        RecordingAdvice::lookForServer();
+    else
+        Q_EMIT virtualDeviceWanted();
+    Q_EMIT mended();
+}
+
+void RecordStrips::showAdvice() {
+    mLack = RecordingAdvice::of(recordingSource(AppSettings::getAudioType()).value_or(RecordingSource::SystemSound));
+    showState();
+}
+
+void RecordStrips::showState() {
+    const bool isIdle = !mPanel.isRunning();
+    if (!isIdle)
+        mFinished.reset();
+    const bool lacksServer = mLack.lack == RecordingAdvice::Lack::SoundServer;
+    mMend->setText(lacksServer ? Lang::windowTryAgain() : Lang::windowInstall());
+    mMend->setEnabled(lacksServer || isIdle);
+    mRename->setVisible(mFinished && mList.itemWithFile(mFinished->file));
+    const struct {
+        Strip *strip;
+        Strip::Kind kind;
+        QString text;
+    } news[] = {{mTrouble, isIdle ? Strip::Kind::Error : Strip::Kind::Warning, mPanel.sentence()},
+                {mShutdown, Strip::Kind::Waiting, shutdownText()},
+                {mWaiting, Strip::Kind::Waiting,
+                 mPanel.state() == RecorderState::WaitingForSound
+                     ? Lang::windowSilenceIsSkipped() + QLatin1Char(' ') + Lang::windowGoesOnWithSound()
+                     : QString()},
+                {mResult, Strip::Kind::Result, resultText()},
+                {mAdvice, lacksServer ? Strip::Kind::Warning : Strip::Kind::Hint,
+                 mIsAdviceShown ? Lang::sentence(mLack.sentence) : QString()}};
+    bool isTold = false;
+    for (const auto &[strip, kind, text] : news) {
+        strip->tell(kind, isTold ? QString() : text);
+        isTold |= !text.isEmpty();
+    }
+}
+
+void RecordStrips::showResult(const FinishedRecording &recording) {
+    mFinished = recording;
+    editName(false);
+}
+
+void RecordStrips::editName(bool isEdited) {
+    mNameTrouble.clear();
+    mName->setVisible(isEdited);
+    if (isEdited) {
+        mName->setText(QFileInfo(mFinished->file).completeBaseName());
+        mName->selectAll();
+        mName->setFocus();
+    }
+    showState();
+}
+
+void RecordStrips::rename() {
+    const QString name = mName->text().trimmed();
+    if (name != QFileInfo(mFinished->file).completeBaseName()) {
+        const auto renamed = renameRecording(mList, mFinished->file, name);
+        if (!renamed) {
+            mNameTrouble = Lang::sentence(renamed.failure().sentence);
+            showState();
+            return;
+        }
+        mFinished->file = renamed.value();
+    }
+    editName(false);
+}
+
+void RecordStrips::keyPressEvent(QKeyEvent *event) {
+    if (event->key() == Qt::Key_Escape && !mName->isHidden())
+        editName(false);
+    else
+        QWidget::keyPressEvent(event);
+}
+
+bool RecordStrips::showShutdown(int seconds) {
+    const bool isNews = seconds >= 0 && mSecondsToShutdown < 0;
+    mSecondsToShutdown = seconds;
+    showState();
+    return isNews;
+}
+
+QString RecordStrips::shutdownText() const {
+    if (mSecondsToShutdown < 0 || mPanel.isRunning()) // What is recorded meanwhile comes first.
+        return {};
+    return Lang::windowShutdownIn(mSecondsToShutdown);
+}
+
+QString RecordStrips::resultText() const {
+    if (!mFinished)
+        return {};
+    if (!mNameTrouble.isEmpty())
+        return mNameTrouble;
+    const QFileInfo file(mFinished->file);
+    const QStringList parts{file.fileName(), ToolString::stringFromDuration(mFinished->seconds),
+                            ToolFile::fileSizeFormatterToString(mFinished->bytes).trimmed(),
+                            QDir(file.path()).dirName()};
+    return parts.join(QStringLiteral("   "));
+}
+
+void RecordStrips::showTexts() {
+    mCancel->setText(Lang::btnCancel());
+    mKeepSilence->setText(Lang::windowKeepSilence());
+    mRename->setText(Lang::btnRename());
+    mName->setAccessibleName(Lang::commFileName());
+    mPlay->setText(Lang::btnPlay());
+    mReveal->setText(Lang::btnShowInFinder());
+    mResult->setAccessibleName(Lang::windowFileReady());
+    for (Strip *strip : {mTrouble, mResult})
+        strip->close().setToolTip(Lang::btnClose());
+}
+
+} // namespace cantorel::ui

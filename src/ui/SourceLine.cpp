@@ -1,0 +1,167 @@
+#include "ui/SourceLine.h"
+
+#include "audio_device/ZQAudioKextKit.h"
+#include "lang/Lang.h"
+#include "settings/AppSettings.h"
+#include "ui/Icons.h"
+#include "ui/PageParts.h"
+#include "ui/SourceSwitch.h"
+#include "ui/look/Look.h"
+
+#include <QButtonGroup>
+#include <QEvent>
+#include <QMenu>
+#include <QToolButton>
+
+#include <utility>
+
+namespace cantorel::ui {
+
+namespace {
+
+struct Source {
+    const char *icon;
+    QString (*text)();
+    QString (*shortText)();
+    QString (*tip)();
+};
+constexpr Source kSources[] = {
+    {"system", Lang::settingsRecordSystemSound, Lang::settingsRecordSystemSound,
+     Lang::settingsRecordAudioSourceTipsSystemSound},
+    {"microphone", Lang::windowMicrophone, Lang::windowMicrophone, Lang::settingsRecordAudioSourceTipsMic},
+    {"both", Lang::settingsRecordBoth, Lang::windowBoth, Lang::settingsRecordAudioSourceTipsBoth},
+};
+constexpr int kCount = static_cast<int>(std::size(kSources));
+
+int chosenType() { return qBound(0, AppSettings::getAudioType(), kCount - 1); }
+
+} // namespace
+
+SourceLine::SourceLine(QWidget *parent)
+    : QWidget(parent),
+      mSources(new SourceSwitch(kCount, this)),
+      mIcon(new QLabel(this)),
+      mSource(new QLabel(this)),
+      mDevice(new QLabel(this)),
+      mMicrophone(new QToolButton(this)) {
+    mDevice->setObjectName(QStringLiteral("device"));
+    mMicrophone->setObjectName(QStringLiteral("microphone"));
+    mMicrophone->setAutoRaise(true);
+    mMicrophone->setFocusPolicy(Qt::StrongFocus);
+    mMicrophone->setPopupMode(QToolButton::InstantPopup);
+    auto *menu = new QMenu(mMicrophone);
+    connect(menu, &QMenu::aboutToShow, this, [this, menu] { offerMicrophones(*menu); });
+    mMicrophone->setMenu(menu);
+    auto *row = rowIn(this, measure::kGap);
+    row->addWidget(mSources);
+    row->addWidget(mIcon);
+    row->addWidget(mSource);
+    row->addStretch();
+    row->addWidget(mDevice);
+    row->addWidget(mMicrophone);
+    connect(&mSources->choices(), &QButtonGroup::idClicked, this, [this](int type) {
+        AppSettings::setAudioType(type);
+        Q_EMIT chosen();
+    });
+    setRecording(false);
+    showIcons();
+}
+
+// The microphone that is recorded is the desktop's own choice, so another one is chosen there.
+void SourceLine::offerMicrophones(QMenu &menu) {
+    menu.clear();
+    const QString current = ZQAudioKextKit::getDefaultAudioInputName();
+    for (const QString &name : ZQAudioKextKit::getAllAudioInputDeviceNames()) {
+        QAction *action =
+            menu.addAction(QString(name).replace(QLatin1Char('&'), QStringLiteral("&&")), this, [this, name] {
+                if (ZQAudioKextKit::changeAudioInputDeviceWithName(name))
+                    AppSettings::setMicrophone(name);
+                Q_EMIT chosen();
+            });
+        action->setCheckable(true);
+        action->setChecked(name == current);
+    }
+}
+
+void SourceLine::showSource() {
+    const int type = chosenType();
+    mSources->choices().button(type)->setChecked(true);
+    mSource->setText(kSources[type].text());
+    mDevice->setText(type == 2 && !mOutput.isEmpty() ? mOutput + QStringLiteral(" + ") : mOutput);
+    mDevice->setVisible(type != 1);
+    mMicrophone->setVisible(type != 0);
+    showColours();
+}
+
+void SourceLine::showColours() {
+    setInk(*mDevice, Look::tokens().text2);
+    mIcon->setPixmap(drawing(QString::fromLatin1(kSources[chosenType()].icon), Look::tokens().text2,
+                             Look::scaled(*this, measure::kIcon), devicePixelRatioF()));
+}
+
+void SourceLine::showSettings() {
+    if (mIsRecording)
+        return;
+    const QString output = ZQAudioKextKit::getDefaultAudioOutputName(),
+                  input = ZQAudioKextKit::getDefaultAudioInputName();
+    mOutput = elided(output);
+    mDevice->setToolTip(output);
+    mMicrophone->setText(input.isEmpty() ? Lang::tabRecordNoInputDeviceDetected() : elided(input));
+    showSource();
+    showNames();
+}
+
+void SourceLine::setRecording(bool isRecording) {
+    mIsRecording = isRecording;
+    mSources->setVisible(!isRecording);
+    mIcon->setVisible(isRecording);
+    mSource->setVisible(isRecording);
+    mMicrophone->setEnabled(!isRecording);
+}
+
+void SourceLine::showTexts() {
+    for (int type = 0; type < kCount; ++type) {
+        QAbstractButton *choice = mSources->choices().button(type);
+        choice->setAccessibleName(kSources[type].shortText());
+        choice->setToolTip(kSources[type].tip());
+    }
+    mMicrophone->setToolTip(Lang::windowMicrophone());
+    showNames();
+}
+
+void SourceLine::fit(int room) {
+    if (std::exchange(mRoom, room) != room)
+        showSettings();
+}
+
+void SourceLine::showNames() {
+    for (const bool all : {true, false}) {
+        for (int type = 0; type < kCount; ++type) {
+            QAbstractButton *choice = mSources->choices().button(type);
+            choice->setText(all || choice->isChecked() ? kSources[type].shortText() : QString());
+        }
+        mSources->updateGeometry();
+        layout()->invalidate();
+        if (layout()->minimumSize().width() <= mRoom)
+            return;
+    }
+}
+
+QString SourceLine::elided(const QString &device) const {
+    return fontMetrics().elidedText(device, Qt::ElideMiddle, mRoom / 3);
+}
+
+void SourceLine::showIcons() {
+    for (int type = 0; type < kCount; ++type)
+        mSources->choices().button(type)->setIcon(icon(QString::fromLatin1(kSources[type].icon), palette()));
+}
+
+void SourceLine::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange) {
+        showIcons();
+        showColours();
+    }
+    QWidget::changeEvent(event);
+}
+
+} // namespace cantorel::ui
