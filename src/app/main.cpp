@@ -125,7 +125,7 @@ private:
     void registerHotkeys() {
         if (!mHotkeys)
             mHotkeys.emplace(mRecorder, mDesktopKeys,
-                             [this](const foundation::Sentence &sentence) { mPanel.setSentence(sentence); });
+                             [this](const foundation::Sentence &sentence) { mWindow->showHotkeyTrouble(sentence); });
         mHotkeys->registerEnabled();
         mWindow->showTriggers(mHotkeys->triggers());
     }

@@ -345,6 +345,7 @@ SettingsPage &MainWindow::settings() {
     connect(mSettings, &SettingsPage::recordingChanged, this, [this] { mRecordingTab->showSettings(); });
     connect(mSettings, &SettingsPage::hotkeysChanged, this, &MainWindow::hotkeysChanged);
     mSettings->setTriggers(mTriggers);
+    mSettings->setHotkeyTrouble(mHotkeyTrouble);
     return *mSettings;
 }
 
@@ -488,6 +489,12 @@ void MainWindow::showTriggers(const std::array<QString, 3> &triggers) {
     mRecordingTab->showTriggers(triggers);
     if (mSettings)
         mSettings->setTriggers(triggers);
+}
+
+void MainWindow::showHotkeyTrouble(const foundation::Sentence &sentence) {
+    mHotkeyTrouble = sentence;
+    if (mSettings)
+        mSettings->setHotkeyTrouble(sentence);
 }
 
 bool MainWindow::isRecording() const { return mParts.session.isBusy(); }

@@ -60,6 +60,8 @@ public:
     void stopAndQuit();
     // Shows how the hot keys for start, stop and pause are pressed, if the desktop tells.
     void showTriggers(const std::array<QString, 3> &triggers);
+    // Why a key does not work; said where the keys are chosen.
+    void showHotkeyTrouble(const foundation::Sentence &sentence);
     bool isRecording() const;
     bool isPrepareStartRecording() const;
     bool isSettled() const;
@@ -138,6 +140,7 @@ private:
     SettingsPage *mSettings = nullptr;
     TasksPage *mTasks = nullptr;
     std::array<QString, 3> mTriggers;
+    foundation::Sentence mHotkeyTrouble;
     std::unique_ptr<StatusItem> mStatusItem;
     RecordingNotices mNotices;
     bool mWasPainted = false;

@@ -61,7 +61,8 @@ void RecordButton::paintEvent(QPaintEvent *) {
     const Tokens &tokens = Look::tokens();
     const QRectF ring = this->ring();
     const qreal side = ring.width(), width = qMax(2.0, side * kRing);
-    painter.setPen(QPen(hasFocus() ? tokens.focus : tokens.outline, hasFocus() ? 1.5 * width : width));
+    const bool showsFocus = hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange); // once a key was used
+    painter.setPen(QPen(showsFocus ? tokens.focus : tokens.outline, showsFocus ? 1.5 * width : width));
     painter.setBrush(Qt::NoBrush);
     painter.drawEllipse(ring.adjusted(width, width, -width, -width));
 

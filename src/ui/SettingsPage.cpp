@@ -347,6 +347,10 @@ void SettingsPage::setTriggers(const std::array<QString, 3> &triggers) {
     showTexts();
 }
 
+void SettingsPage::setHotkeyTrouble(const foundation::Sentence &sentence) {
+    mHotkeyNote->setText(Lang::sentence(sentence));
+}
+
 void SettingsPage::openRecordingPage() { mChosen->button(Recording)->setChecked(true); }
 
 void SettingsPage::showSettings() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "ui/Page.h"
 
 #include <array>
@@ -34,6 +35,8 @@ public:
     void openRecordingPage();
     // How the desktop says that the keys for start, stop and pause are pressed; empty where it does not.
     void setTriggers(const std::array<QString, 3> &triggers);
+    // Why a key does not work.
+    void setHotkeyTrouble(const foundation::Sentence &sentence);
     void turn(int step) override;
     void begin() override;
 

@@ -77,6 +77,9 @@ TEST_F(Settings, AHotKeyIsPressedIntoItsFieldAndEachIsTakenOnce) {
     press("hotkey1", Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
     EXPECT_EQ(AppSettings::hotkeyStopRecording(), "ctrl cmd t") << "taken";
     EXPECT_EQ(find<QLabel>("hotkeyNote")->text(), Lang::settingsGeneralHotkeyErrorDuplicate());
+    window.showHotkeyTrouble(QStringLiteral("This desktop grants no keys."));
+    EXPECT_EQ(find<QLabel>("hotkeyNote")->text(), "This desktop grants no keys.");
+    EXPECT_EQ(panel.sentence(), "") << "nothing is wrong with recording";
     for (const auto &[key, modifiers] : {std::pair<Qt::Key, Qt::KeyboardModifiers>(Qt::Key_X, Qt::ShiftModifier),
                                          {Qt::Key_X, Qt::NoModifier},
                                          {Qt::Key_1, Qt::ControlModifier}})

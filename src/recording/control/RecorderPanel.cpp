@@ -83,7 +83,7 @@ QString RecorderPanel::taskAheadText() const {
         return {};
     return Tools::fillTextMarkers(Lang::windowTaskAhead())
         .replace(QLatin1String("[#Time#]"),
-                 QLocale().toString(mCountdown.start.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm")))
+                 Lang::locale().toString(mCountdown.start.toLocalTime(), QStringLiteral("ddd yyyy-MM-dd HH:mm")))
         .replace(QLatin1String("[#TaskName#]"), mCountdown.taskName);
 }
 
