@@ -511,6 +511,8 @@ QString LibraryTab::longestDate() const {
 // As wide as what they show at most, and as their names with the sign of the order. Where a title would lack room, the
 // size goes first, then the date, which the second line takes.
 void LibraryTab::fitColumns() {
+    if (!isVisible())
+        return; // What dates look like is learnt when they are looked at.
     const std::pair<RecordingsModel::Column, QString> texts[] = {{RecordingsModel::Length, QStringLiteral("00:00:00")},
                                                                  {RecordingsModel::Date, longestDate()},
                                                                  {RecordingsModel::Size, QStringLiteral("888.88 MB")}};
@@ -556,7 +558,11 @@ void LibraryTab::showIcons() {
     mAdd->setIcon(icon(QStringLiteral("add"), palette()));
     mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
     mToggle->setIcon(icon(QStringLiteral("tag"), palette()));
-    mSearch->addAction(icon(QStringLiteral("search"), palette()), QLineEdit::LeadingPosition);
+    const QIcon glass = icon(QStringLiteral("search"), palette());
+    if (mSearch->actions().isEmpty())
+        mSearch->addAction(glass, QLineEdit::LeadingPosition);
+    else
+        mSearch->actions().first()->setIcon(glass);
 }
 
 // So that keys of the window do not come before what Escape leaves here.
@@ -619,6 +625,11 @@ void LibraryTab::dropEvent(QDropEvent *event) {
     event->setDropAction(Qt::CopyAction); // Nothing is moved.
     event->accept();
     add(localFiles(*event->mimeData()));
+}
+
+void LibraryTab::showEvent(QShowEvent *event) {
+    QWidget::showEvent(event);
+    arrangeDetails();
 }
 
 void LibraryTab::resizeEvent(QResizeEvent *event) {

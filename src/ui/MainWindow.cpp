@@ -241,7 +241,7 @@ void MainWindow::turn(int step) {
     if (Page *page = mPages->page())
         page->turn(step);
     else
-        mTabs->setCurrentIndex(qBound(0, mTabs->currentIndex() + step, mTabs->count() - 1));
+        showTab(mTabs->widget(qBound(0, mTabs->currentIndex() + step, mTabs->count() - 1)));
 }
 
 // Also from a page, where no button stands for it.

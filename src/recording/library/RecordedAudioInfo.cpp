@@ -4,6 +4,7 @@
 #include "util/ToolFile.h"
 
 #include <QCoreApplication>
+#include <QVarLengthArray>
 
 namespace cantorel {
 
@@ -57,9 +58,16 @@ RecordedAudioInfo::RecordedAudioInfo(const QString &fileName)
     : RecordedAudioInfo(RecordedAudioFields{fileName, {}, {}, {}, {}, {}, {}}) {}
 
 RecordedAudioInfo::RecordedAudioInfo(const RecordedAudioFields &fields) {
-    QByteArray stored;
-    for (const StoredField &field : kStoredFields)
-        stored += (stored.isNull() ? QByteArray("") : QByteArray(1, kPart)) + (fields.*field.member).toUtf8();
+    QVarLengthArray<char, 512> stored; // one piece of memory for each of many
+    for (const StoredField &field : kStoredFields) {
+        const QString &text = fields.*field.member;
+        if (&field != kStoredFields)
+            stored.append(kPart);
+        if (text.isEmpty())
+            continue;
+        const QByteArray bytes = text.toUtf8();
+        stored.append(bytes.constData(), bytes.size());
+    }
     mStored = QByteArray(stored.constData(), stored.size()); // without room to grow
 }
 

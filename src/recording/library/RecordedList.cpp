@@ -106,9 +106,10 @@ RecordedList::Items RecordedList::load() {
     }
     Items items;
     items.reserve(static_cast<std::size_t>(stored.items.size()));
-    for (const QVariant &archived : stored.items) {
+    for (QVariant &archived : stored.items) {
         if (auto fields = recordedAudioFields(archived))
             items.push_back(std::make_unique<RecordedAudioInfo>(*fields));
+        archived.clear(); // What it held serves the next items.
     }
     mJournalFits = items.size() == static_cast<std::size_t>(stored.items.size());
     if (!changes.empty()) // The next change stores the whole list, and the journal begins anew.

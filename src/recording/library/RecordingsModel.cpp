@@ -67,7 +67,11 @@ QString RecordingsModel::textOf(const RecordedAudioInfo &item, int column) const
 
 QString RecordingsModel::shownDate(const QString &stored) const {
     const QDateTime date = QDateTime::fromString(stored, kStoredDate);
-    return date.isValid() ? mShortDates.text(date, QDate::currentDate()) : stored;
+    if (!date.isValid())
+        return stored;
+    if (!mShortDates)
+        mShortDates.emplace(mLocale);
+    return mShortDates->text(date, QDate::currentDate());
 }
 
 QString RecordingsModel::fullDate(const QString &stored) const {
@@ -106,7 +110,7 @@ void RecordingsModel::languageDidChange() {
     if (!mDateFormat.contains(QLatin1String("yyyy")))
         mDateFormat.replace(QLatin1String("yy"), QLatin1String("yyyy"));
     mDateFormat.replace(QLatin1Char('B'), QLatin1String("AP")); // which Qt would print as it stands
-    mShortDates = ShortDates(mLocale);
+    mShortDates.reset();
     mPlaces.clear();
     Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
     itemsDidChange();

@@ -8,6 +8,7 @@
 #include <QLocale>
 
 #include <functional>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -85,7 +86,7 @@ private:
     const RecordedAudioInfo *mOnTop = nullptr;
     QLocale mLocale;
     QString mDateFormat;
-    ShortDates mShortDates{mLocale};
+    mutable std::optional<ShortDates> mShortDates; // made when a date is shown
     int mSortColumn = Date;
     Qt::SortOrder mSortOrder = Qt::DescendingOrder;
 };
