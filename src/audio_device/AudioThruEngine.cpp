@@ -120,8 +120,8 @@ void AudioThruEngine::Start() {
     ComputeThruOffset();
 }
 
-// Waits until both procedures have begun to count, and takes their distance. A procedure
-// whose device brings no cycles is not waited for.
+// Waits until both procedures have begun to count, and takes their distance. A procedure whose device
+// brings no cycles is not waited for.
 bool AudioThruEngine::meetsCycles() {
     for (int poll = 0; poll < kStartPolls && flows(mInputDevice) && flows(mOutputDevice); ++poll) {
         if (mInputProcState.load() == ProcState::Running && mOutputProcState.load() == ProcState::Running) {

@@ -56,8 +56,8 @@ bool TaskList::SaveTasks() {
     for (const Task &task : tasks())
         list << archivedTask(*task);
     AppSettings::setScheduleTaskList(list);
-    return standardUserDefaults()
-        .synchronize(); // The setter has written already; what it could not write is tried again here.
+    // The setter has written already; what it could not write is tried again here.
+    return standardUserDefaults().synchronize();
 }
 
 const TaskList::Tasks &TaskList::tasks() & {
