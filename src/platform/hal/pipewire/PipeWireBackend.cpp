@@ -110,26 +110,30 @@ Failure PipeWireBackend::explain() const {
     return {kSoundServerMute(), QStringLiteral("no session manager or no device on PipeWire")};
 }
 
-bool PipeWireBackend::connectToServer() {
+bool PipeWireBackend::open(Connection &connection) {
     static const pw_core_events events = [] {
         pw_core_events table = {};
         table.version = PW_VERSION_CORE_EVENTS;
         table.error = onCoreError;
         return table;
     }();
+    connection.core.reset(pw_context_connect(mContext.get(), nullptr, 0));
+    if (connection.core)
+        pw_core_add_listener(connection.core.get(), &connection.hook.hook, &events, this);
+    return connection.core != nullptr;
+}
+
+bool PipeWireBackend::connectToServer() {
     mLost = false;
     if (!mContext)
         makeContext();
-    if (mContext)
-        mCore.reset(pw_context_connect(mContext.get(), nullptr, 0));
-    if (!mCore) {
+    if (!mContext || !open(mQuestions)) {
         if (mContext && errno == ENOTSUP) // It names none of the modules that speak to a server.
             mContext.reset();
         pw_thread_loop_signal(mLoop.get(), false);
         return false;
     }
-    pw_core_add_listener(mCore.get(), &mCoreHook.hook, &events, this);
-    mGraph = std::make_unique<PipeWireGraph>(mCore.get(), mLoopbackNames, [this] { graphChanged(); });
+    mGraph = std::make_unique<PipeWireGraph>(mQuestions.core.get(), mLoopbackNames, [this] { graphChanged(); });
     return true;
 }
 
@@ -138,8 +142,10 @@ void PipeWireBackend::dropServer() {
         stream->detach();
     mAggregates.forgetServer();
     mGraph.reset();
-    mCoreHook.remove();
-    mCore.reset();
+    for (Connection *connection : {&mSound, &mQuestions}) {
+        connection->hook.remove();
+        connection->core.reset();
+    }
     mLost = false;
 }
 
@@ -237,14 +243,12 @@ void PipeWireBackend::keep(const std::stop_token &stopping) {
                 awaySince = now;
             }
             // Nothing tells when a damaged configuration is mended; who asks for a server has it read again.
-            if (!mCore && !connectToServer() && mContext)
+            if (!mQuestions.core && !connectToServer() && mContext)
                 retry = now + std::clamp((now - awaySince) / 10, kShortestPause, kLongestPause);
             if (mGraph) {
                 mAggregates.maintain(*mGraph);
-                const bool isUnlinking = mGraph->takeUnlinking();
                 for (PipeWireStream *stream : mStreams) {
-                    if (isUnlinking)
-                        stream->endIfUnlinked(*mGraph);
+                    stream->endIfUnlinked(*mGraph);
                     stream->endIfDefaultMoved(*mGraph);
                 }
                 if (mGraph->takeNewcomer())
@@ -386,12 +390,12 @@ std::unique_ptr<DeviceStream> PipeWireBackend::openStream(const StreamRequest &r
     for (const GraphPort &port : mGraph->portsOf(node->id, node->isSink()))
         target.positions.push_back(channelNumber(port.channel));
     target.ports = target.positions.size();
-    if (target.ports == 0)
+    if (target.ports == 0 || (!mSound.core && !open(mSound)))
         return nullptr;
     if (isMonitor)
         target.positions = {SPA_AUDIO_CHANNEL_FL, SPA_AUDIO_CHANNEL_FR};
 
-    auto stream = std::make_unique<PipeWireStream>(*this, mCore.get(), std::move(target), client,
+    auto stream = std::make_unique<PipeWireStream>(*this, mSound.core.get(), std::move(target), client,
                                                    static_cast<PipeWireStream *>(request.leader));
     mStreams.insert(stream.get());
     const bool decided =

@@ -51,7 +51,12 @@ private:
 
     // With the loop locked.
     void makeContext();
+    struct Connection {
+        CoreHandle core;
+        Hook hook;
+    };
     bool connectToServer();
+    bool open(Connection &connection);
     void dropServer();
     bool carriesSound() const;
     // Waits, letting events in, until the condition holds or the time is over. Answers the condition.
@@ -75,8 +80,10 @@ private:
     foundation::WallClock mClock;
     ThreadLoopHandle mLoop;
     ContextHandle mContext; // null while the library's configuration is damaged
-    CoreHandle mCore;
-    Hook mCoreHook;
+    // What is asked of the server, and the streams, made with the first of them. The server reads nothing from a
+    // connection that asks for the default devices until the session manager has answered, and nothing from the session
+    // manager while a stream that it sets up has not answered: on one connection both would wait for ever.
+    Connection mQuestions, mSound;
     std::unique_ptr<PipeWireGraph> mGraph;
     AggregateNodes mAggregates;
     std::set<PipeWireStream *> mStreams;

@@ -134,9 +134,7 @@ void PipeWireGraph::removeGlobal(std::uint32_t id) {
         mDefaults.clear();
         mRoundsLeft = 0;
         mDefaultsKnown = false;
-    } else if (mLinks.erase(id) > 0) {
-        mUnlinking = true;
-    } else if (mPorts.erase(id) == 0) {
+    } else if (mLinks.erase(id) == 0 && mPorts.erase(id) == 0) {
         return;
     }
     mChanged();

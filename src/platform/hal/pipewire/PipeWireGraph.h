@@ -57,8 +57,6 @@ public:
     // How many of the node's ports on that side are linked to anything.
     std::size_t linkedPortsOf(std::uint32_t nodeId, bool inputs) const;
     bool hasLink(std::uint32_t id) const { return mLinks.contains(id); }
-    // True once after a link has gone.
-    bool takeUnlinking() { return std::exchange(mUnlinking, false); }
 
     // Whether a session manager, which keeps the default devices, runs and has sent all of them.
     bool hasDefaults() const { return mDefaultMetadata && mDefaultsKnown; }
@@ -129,7 +127,6 @@ private:
     int mAwaited = 0;
     bool mDefaultsKnown = false;
     bool mNewcomer = false;
-    bool mUnlinking = false;
     ProxyHandle mRegistry;
     Hook mRegistryHook;
     std::map<std::uint32_t, std::unique_ptr<BoundNode>> mNodes;

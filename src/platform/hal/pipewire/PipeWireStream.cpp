@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <thread>
+#include <utility>
 
 namespace cantorel::hal {
 
@@ -60,7 +61,7 @@ void PipeWireStream::close(Half &half) {
         pw_stream_disconnect(half.stream.get());
     half.hook.remove();
     half.stream.reset();
-    half.running = false;
+    half.running = half.linked = false;
 }
 
 // Only a stream that runs may be triggered: the library's side of one that comes or goes is not complete.
@@ -155,9 +156,13 @@ void PipeWireStream::end() {
 }
 
 void PipeWireStream::endIfUnlinked(const PipeWireGraph &graph) {
-    for (const Half *half : {&mCapture, &mPlayback}) {
-        if (half->running
-            && graph.linkedPortsOf(pw_stream_get_node_id(half->stream.get()), half->isCapture) < mTarget.ports)
+    for (Half *half : {&mCapture, &mPlayback}) {
+        if (!half->running)
+            continue;
+        const bool was =
+            std::exchange(half->linked, graph.linkedPortsOf(pw_stream_get_node_id(half->stream.get()), half->isCapture)
+                                            >= mTarget.ports);
+        if (was && !half->linked)
             end();
     }
 }
@@ -174,6 +179,7 @@ void PipeWireStream::onState(void *data, pw_stream_state, pw_stream_state state,
     if (self->mLeaving)
         return;
     half->running = state == PW_STREAM_STATE_STREAMING;
+    half->linked = half->linked && half->running;
     if (half == &self->mPlayback)
         self->letLeaderTrigger(half->running);
     if (half->running) {

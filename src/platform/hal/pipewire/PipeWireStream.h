@@ -69,6 +69,7 @@ private:
         Hook hook;
         bool isCapture = false;
         bool running = false;
+        bool linked = false; // was seen to be, with its whole device
         std::atomic<const spa_io_position *> position{nullptr};
     };
 
