@@ -4,6 +4,7 @@
 #include "util/ToolFile.h"
 
 #include <QCoreApplication>
+#include <QStringEncoder>
 #include <QVarLengthArray>
 
 namespace cantorel {
@@ -63,10 +64,10 @@ RecordedAudioInfo::RecordedAudioInfo(const RecordedAudioFields &fields) {
         const QString &text = fields.*field.member;
         if (&field != kStoredFields)
             stored.append(kPart);
-        if (text.isEmpty())
-            continue;
-        const QByteArray bytes = text.toUtf8();
-        stored.append(bytes.constData(), bytes.size());
+        QStringEncoder encoder(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
+        const qsizetype begin = stored.size();
+        stored.resize(begin + encoder.requiredSpace(text.size()));
+        stored.resize(encoder.appendToBuffer(stored.data() + begin, text) - stored.data());
     }
     mStored = QByteArray(stored.constData(), stored.size()); // without room to grow
 }
