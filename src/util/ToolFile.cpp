@@ -153,7 +153,7 @@ QString ToolFile::pathWithExtension(const QString &path, const QString &extensio
     return extension.isEmpty() ? base : base + QLatin1Char('.') + extension;
 }
 
-QString ToolFile::fileSizeFormatterToString(qint64 bytes) {
+QString ToolFile::fileSizeFormatterToString(qint64 bytes, int decimals) {
     const char *const units[] = {"KB", "MB", "GB", "TB"};
     int unit = 0;
     double value = static_cast<double>(bytes) / 1024;
@@ -161,7 +161,7 @@ QString ToolFile::fileSizeFormatterToString(qint64 bytes) {
         value /= 1024;
         ++unit;
     }
-    return QString::asprintf("%4.2f %s", value, units[unit]);
+    return QString::asprintf("%4.*f %s", decimals, value, units[unit]);
 }
 
 bool ToolFile::showFileInFinder(const QString &path) { return showMultipleFilesInFinder({path}); }

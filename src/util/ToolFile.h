@@ -52,8 +52,8 @@ public:
     // The path with another extension, or with none for an empty one.
     static QString pathWithExtension(const QString &path, const QString &extension);
 
-    // Binary units from "KB" to "TB" with two decimals; never bytes.
-    static QString fileSizeFormatterToString(qint64 bytes);
+    // Binary units from "KB" to "TB"; never bytes.
+    static QString fileSizeFormatterToString(qint64 bytes, int decimals = 2);
 
     // Through the desktop; false when it has no such service.
     static bool showFileInFinder(const QString &path);

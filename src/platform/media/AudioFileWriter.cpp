@@ -29,10 +29,7 @@ Result<void> AudioFileWriter::append(std::span<const float> interleaved) {
     Result<void> done = mEncoder->encode(interleaved, mPackets);
     if (done)
         done = mFile->append(mPackets);
-    if (done)
-        mInputFrames += static_cast<std::int64_t>(interleaved.size() / 2);
-    else
-        mFailed = true;
+    mFailed = mFailed || !done;
     return done;
 }
 

@@ -30,7 +30,6 @@ public:
     bool isLost() const { return mFile->isLost(); }
     foundation::Result<void> copyTo(const QString &path) const { return mFile->copyTo(path); }
 
-    std::int64_t inputFrames() const { return mInputFrames; }
     std::uint64_t bytes() const { return mFile->bytes(); }
     const AacFormat &format() const { return mEncoder->format(); }
 
@@ -40,7 +39,6 @@ private:
     std::unique_ptr<AacEncoder> mEncoder;
     std::unique_ptr<FragmentedFile> mFile;
     PacketRun mPackets; // kept, so that its room is
-    std::int64_t mInputFrames = 0;
     bool mFailed = false;
 };
 

@@ -73,16 +73,7 @@ QString Tools::stringFromDate(const QDateTime &date) {
     return ToolString::stringFromDate(date, QStringLiteral("MM/dd HH:mm"));
 }
 
-QString Tools::formatSizeFromByte(qint64 bytes) {
-    const char *const units[] = {"KB", "MB", "GB", "TB"};
-    int unit = 0;
-    double value = static_cast<double>(bytes) / 1024;
-    while (value > 1024 && unit < 3) {
-        value /= 1024;
-        ++unit;
-    }
-    return QString::asprintf("%4.1f %s", value, units[unit]);
-}
+QString Tools::formatSizeFromByte(qint64 bytes) { return ToolFile::fileSizeFormatterToString(bytes, 1); }
 
 qint64 Tools::getFileSizeByteCountFromFileName(const QString &path) { return ToolFile::fileSizeAtPath(path); }
 

@@ -341,26 +341,23 @@ bool PipeWireBackend::setConfiguredDefault(Direction direction, const DefaultSet
     return done;
 }
 
-bool PipeWireBackend::setGains(const QString &uid, Direction direction, const std::vector<float> &gains) {
+bool PipeWireBackend::change(const std::function<bool(PipeWireGraph &)> &action) {
     bool done = false;
     {
         const LoopLock lock(mLoop.get());
-        done = mGraph && !mLost && mGraph->setGains(uid, direction, gains);
+        done = mGraph && !mLost && action(*mGraph);
     }
     if (done)
         graphChanged();
     return done;
 }
 
+bool PipeWireBackend::setGains(const QString &uid, Direction direction, const std::vector<float> &gains) {
+    return change([&](PipeWireGraph &graph) { return graph.setGains(uid, direction, gains); });
+}
+
 bool PipeWireBackend::setMuted(const QString &uid, Direction direction, bool muted) {
-    bool done = false;
-    {
-        const LoopLock lock(mLoop.get());
-        done = mGraph && !mLost && mGraph->setMuted(uid, direction, muted);
-    }
-    if (done)
-        graphChanged();
-    return done;
+    return change([&](PipeWireGraph &graph) { return graph.setMuted(uid, direction, muted); });
 }
 
 bool PipeWireBackend::setSampleRate(const QString &, double rate) {

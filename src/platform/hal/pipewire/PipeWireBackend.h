@@ -67,6 +67,7 @@ private:
     static void onCoreError(void *data, std::uint32_t id, int seq, int result, const char *message);
     foundation::Failure explain() const;
 
+    bool change(const std::function<bool(PipeWireGraph &)> &action);
     // From the loop's thread or with the loop locked; only wakes the keeper.
     void graphChanged();
     void streamChanged();

@@ -40,7 +40,6 @@ public:
                    PipeWireStream *leader);
     ~PipeWireStream() override;
 
-    const QString &targetName() const { return mTarget.nodeName; }
     bool connected() const { return mCapture.stream || mPlayback.stream; }
     // All parts run.
     bool streaming() const;
