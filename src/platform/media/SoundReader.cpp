@@ -29,16 +29,15 @@ foundation::Result<std::unique_ptr<SoundReader>> openSound(const QString &path, 
     return std::unique_ptr<SoundReader>(reader);
 }
 
-foundation::Result<double> soundSeconds(const QString &path) {
-    static const auto entry = foundation::loadEntryPoint(kModule, kSoundSecondsEntryPoint);
+foundation::Result<SoundFacts> soundFacts(const QString &path) {
+    static const auto entry = foundation::loadEntryPoint(kModule, kSoundFactsEntryPoint);
     if (!entry)
         return failures::codecsMissing(entry.failure().detail);
+    SoundFacts facts;
     QString why;
-    const double seconds =
-        reinterpret_cast<SoundSecondsEntryPoint>(entry.value())(QFile::encodeName(path).constData(), &why);
-    if (seconds < 0)
+    if (!reinterpret_cast<SoundFactsEntryPoint>(entry.value())(QFile::encodeName(path).constData(), &facts, &why))
         return cannotBePlayed(path, why);
-    return seconds;
+    return facts;
 }
 
 } // namespace cantorel::media
