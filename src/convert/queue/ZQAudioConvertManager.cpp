@@ -61,9 +61,11 @@ bool ZQAudioConvertManager::mayMove(int index, int toIndex) const {
 bool ZQAudioConvertManager::moveEntityAtIndex(int index, int toIndex) {
     if (!mayMove(index, toIndex))
         return false;
-    auto row = std::move(mAudioEntitys[static_cast<std::size_t>(index)]);
-    mAudioEntitys.insert(mAudioEntitys.begin() + toIndex, std::move(row));
-    mAudioEntitys.erase(mAudioEntitys.begin() + (index > toIndex ? index + 1 : index));
+    const auto row = mAudioEntitys.begin() + index, target = mAudioEntitys.begin() + toIndex;
+    if (index < toIndex)
+        std::rotate(row, row + 1, target);
+    else
+        std::rotate(target, row, row + 1);
     return true;
 }
 
