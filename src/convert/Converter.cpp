@@ -140,13 +140,21 @@ std::optional<HiddenFile> Converter::make(const QStringList &arguments, const QS
 
 Converter::Proof asLongAs(const QString &input) {
     return [input](const QString &path) {
-        const auto wanted = media::soundFacts(input), made = media::soundFacts(path);
-        if (!wanted || !made)
-            return (wanted ? made : wanted).failure().detail;
-        const double lacks = wanted.value().seconds - made.value().seconds;
-        if (std::abs(lacks) <= wanted.value().padding + made.value().padding)
+        const auto made = media::soundFacts(path);
+        if (!made)
+            return made.failure().detail;
+        const auto differs = [&](const media::SoundFacts &wanted) {
+            return std::abs(wanted.seconds - made.value().seconds) > wanted.padding + made.value().padding;
+        };
+        // A header that lies tells another length; only then is the input counted too.
+        if (const auto promised = media::promisedSoundFacts(input); promised && !differs(promised.value()))
             return QString();
-        return QStringLiteral("%1 s of %2 s are in it").arg(made.value().seconds).arg(wanted.value().seconds);
+        const auto counted = media::soundFacts(input);
+        if (!counted)
+            return counted.failure().detail;
+        return !differs(counted.value())
+                   ? QString()
+                   : QStringLiteral("%1 s of %2 s are in it").arg(made.value().seconds).arg(counted.value().seconds);
     };
 }
 

@@ -29,15 +29,24 @@ foundation::Result<std::unique_ptr<SoundReader>> openSound(const QString &path, 
     return std::unique_ptr<SoundReader>(reader);
 }
 
-foundation::Result<SoundFacts> soundFacts(const QString &path) {
+namespace {
+
+foundation::Result<SoundFacts> readFacts(const QString &path, bool asPromised) {
     static const auto entry = foundation::loadEntryPoint(kModule, kSoundFactsEntryPoint);
     if (!entry)
         return failures::codecsMissing(entry.failure().detail);
     SoundFacts facts;
     QString why;
-    if (!reinterpret_cast<SoundFactsEntryPoint>(entry.value())(QFile::encodeName(path).constData(), &facts, &why))
+    const auto read = reinterpret_cast<SoundFactsEntryPoint>(entry.value());
+    if (!read(QFile::encodeName(path).constData(), asPromised, &facts, &why))
         return cannotBePlayed(path, why);
     return facts;
 }
+
+} // namespace
+
+foundation::Result<SoundFacts> soundFacts(const QString &path) { return readFacts(path, false); }
+
+foundation::Result<SoundFacts> promisedSoundFacts(const QString &path) { return readFacts(path, true); }
 
 } // namespace cantorel::media

@@ -23,7 +23,7 @@ public:
 // Opens a file by the reader's own module, loaded when it is first needed. Any thread.
 foundation::Result<std::unique_ptr<SoundReader>> openSound(const QString &path, int rate, int channels);
 
-// What really lies in a sound file, whatever its header promises.
+// What lies in a sound file.
 struct SoundFacts {
     double seconds = 0; // the padding of its coder counts
     double padding = 0; // how much of that its coder may have added, and how far its lengths may be off
@@ -31,14 +31,16 @@ struct SoundFacts {
     int channels = 0;
 };
 
-// Reads all of the file and decodes none of it. Any thread.
+// What really lies in a file, whatever its header promises: reads all of it and decodes none. Any thread.
 foundation::Result<SoundFacts> soundFacts(const QString &path);
+// The same as its header promises it, which costs nothing. Any thread.
+foundation::Result<SoundFacts> promisedSoundFacts(const QString &path);
 
 // The two functions that the module exports, by these names and types; null, or false, and one line on why, when the
 // file can't be read.
 inline constexpr const char *kSoundReaderEntryPoint = "cantorel_open_sound";
 using SoundReaderEntryPoint = SoundReader *(*)(const char *path, int rate, int channels, QString *why);
 inline constexpr const char *kSoundFactsEntryPoint = "cantorel_sound_facts";
-using SoundFactsEntryPoint = bool (*)(const char *path, SoundFacts *facts, QString *why);
+using SoundFactsEntryPoint = bool (*)(const char *path, bool asPromised, SoundFacts *facts, QString *why);
 
 } // namespace cantorel::media

@@ -179,7 +179,7 @@ constexpr int kPaddingPackets = 3;
 constexpr double kRounding = 0.01; // seconds
 
 // What was cut off, and what the start of a coder needs before the first sound, do not count.
-QString readFacts(const char *path, SoundFacts &facts) {
+QString readFacts(const char *path, bool asPromised, SoundFacts &facts) {
     InputHandle input;
     if (QString why = openInput(path, input); !why.isEmpty())
         return why;
@@ -187,6 +187,16 @@ QString readFacts(const char *path, SoundFacts &facts) {
     if (found < 0)
         return QStringLiteral("no sound in it");
     const AVStream &stream = *input->streams[found];
+    facts.rate = stream.codecpar->sample_rate;
+    facts.channels = stream.codecpar->ch_layout.nb_channels;
+    if (asPromised) {
+        facts.seconds = static_cast<double>(std::max<std::int64_t>(input->duration, 0)) / AV_TIME_BASE;
+        facts.padding = kRounding;
+        return {};
+    }
+    for (unsigned other = 0; other < input->nb_streams; ++other)
+        if (static_cast<int>(other) != found)
+            input->streams[other]->discard = AVDISCARD_ALL; // a film is long
     const PacketHandle packet{av_packet_alloc()};
     PacketLengths lengths;
     while (av_read_frame(input.get(), packet.get()) >= 0) {
@@ -200,8 +210,6 @@ QString readFacts(const char *path, SoundFacts &facts) {
     const double unit = av_q2d(stream.time_base);
     facts.seconds = static_cast<double>(lengths.total()) * unit;
     facts.padding = kRounding + (isExact ? 0 : kPaddingPackets * static_cast<double>(lengths.longest()) * unit);
-    facts.rate = stream.codecpar->sample_rate;
-    facts.channels = stream.codecpar->ch_layout.nb_channels;
     return {};
 }
 
@@ -218,8 +226,8 @@ cantorel_open_sound(const char *path, int rate, int channels, QString *why) {
 }
 
 extern "C" __attribute__((visibility("default"))) bool
-cantorel_sound_facts(const char *path, cantorel::media::SoundFacts *facts, QString *why) {
+cantorel_sound_facts(const char *path, bool asPromised, cantorel::media::SoundFacts *facts, QString *why) {
     av_log_set_level(AV_LOG_QUIET);
-    *why = cantorel::media::readFacts(path, *facts);
+    *why = cantorel::media::readFacts(path, asPromised, *facts);
     return why->isEmpty();
 }
