@@ -56,10 +56,10 @@ CLI::App &addVerb(CLI::App &above, CommandSession &session, const char *name, co
 }
 
 std::span<const AddCommand> allCommands() {
-    static constexpr AddCommand kCommands[] = {addDoctorCommand,   addDevicesCommand,  addDriverCommand,
-                                               addRecordCommand,   addSettingsCommand, addTasksCommand,
-                                               addHotkeysCommand,  addLangCommand,     addLibraryCommand,
-                                               addControlCommands, addUpdateCommand};
+    static constexpr AddCommand kCommands[] = {addDoctorCommand,  addDevicesCommand,  addDriverCommand,
+                                               addRecordCommand,  addSettingsCommand, addTasksCommand,
+                                               addHotkeysCommand, addLangCommand,     addLibraryCommand,
+                                               addTagsCommand,    addControlCommands, addUpdateCommand};
     return kCommands;
 }
 
