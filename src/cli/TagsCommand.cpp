@@ -1,4 +1,5 @@
 #include "cli/Commands.h"
+#include "cli/RunningInstance.h"
 #include "platform/foundation/Console.h"
 #include "tags/AudioIdentify.h"
 #include "tags/Pictures.h"
@@ -89,15 +90,19 @@ Outcome run(const CommandSession &session, const Arguments &arguments) {
     }
     if (edit && edit->year && !yearToWrite(*edit->year))
         foundation::printToConsole(QStringLiteral("\"%1\" is no year, so years stay as they are.\n").arg(*edit->year));
-    QStringList troubles;
+    QStringList troubles, written;
     for (const std::string &name : arguments.files) {
         const QString file = QString::fromStdString(name);
         const QString trouble = handle(file, edit);
+        if (trouble.isEmpty() && edit)
+            written << QFileInfo(file).absoluteFilePath();
         if (trouble.isEmpty())
             show(session, file, AudioIdentify::getID3TagFromFile(file).value_or(id3Tag()), arguments.files.size() > 1);
         else
             troubles << trouble;
     }
+    if (const Outcome taken = takeTagsIntoList(written); taken.status != 0)
+        foundation::printToConsole(taken.sentence + QLatin1Char('\n')); // the files have their tags
     if (troubles.isEmpty())
         return Outcome::done();
     const QString last = troubles.takeLast(); // the command's last line
