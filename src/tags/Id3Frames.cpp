@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <iterator>
 
 namespace cantorel {
 
@@ -43,6 +44,10 @@ qsizetype frameSize(QByteArrayView bytes, int version) {
     return isPlain ? plain : fits(safe) ? safe : -1;
 }
 
+bool isOneOf(std::string_view id, const std::vector<std::string_view> &ids) {
+    return std::find(ids.begin(), ids.end(), id) != ids.end();
+}
+
 } // namespace
 
 Id3Frames Id3Frames::split(QByteArray tag) {
@@ -63,7 +68,7 @@ Id3Frames Id3Frames::split(QByteArray tag) {
         const qsizetype size = frameSize(left, split.version);
         if (size < 0)
             break;
-        split.frames.append({left.first(4).toByteArray(), left.first(kHead + size).toByteArray()});
+        split.frames.append({left.first(kHead + size).toByteArray()});
         left = left.sliced(kHead + size);
     }
     while (!left.isEmpty() && left.back() == 0)
@@ -88,15 +93,15 @@ QByteArray Id3Frames::joined(qsizetype size) const {
     return head + tag;
 }
 
-QList<Id3Frames::Frame> Id3Frames::having(const QSet<QByteArray> &ids) const {
+QList<Id3Frames::Frame> Id3Frames::having(const std::vector<std::string_view> &ids) const {
     QList<Frame> found;
     std::copy_if(frames.begin(), frames.end(), std::back_inserter(found),
-                 [&](const Frame &frame) { return ids.contains(frame.id); });
+                 [&](const Frame &frame) { return isOneOf(frame.id(), ids); });
     return found;
 }
 
-void Id3Frames::remove(const QSet<QByteArray> &ids) {
-    frames.removeIf([&](const Frame &frame) { return ids.contains(frame.id); });
+void Id3Frames::remove(const std::vector<std::string_view> &ids) {
+    frames.removeIf([&](const Frame &frame) { return isOneOf(frame.id(), ids); });
 }
 
 } // namespace cantorel

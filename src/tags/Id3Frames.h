@@ -2,14 +2,17 @@
 
 #include <QByteArray>
 #include <QList>
-#include <QSet>
+
+#include <string_view>
+#include <vector>
 
 namespace cantorel {
 
 // The frames of an ID3v2 tag of version 3 or 4, each with its header, byte for byte as they stand in it.
 struct Id3Frames {
     struct Frame {
-        QByteArray id, bytes;
+        QByteArray bytes;
+        std::string_view id() const { return {bytes.constData(), 4}; }
         bool operator==(const Frame &) const = default;
     };
 
@@ -22,8 +25,8 @@ struct Id3Frames {
     // A whole tag of that many bytes where they fit and leave no more room than is usual; nothing for no frames.
     QByteArray joined(qsizetype size) const;
 
-    QList<Frame> having(const QSet<QByteArray> &ids) const;
-    void remove(const QSet<QByteArray> &ids);
+    QList<Frame> having(const std::vector<std::string_view> &ids) const;
+    void remove(const std::vector<std::string_view> &ids);
 };
 
 } // namespace cantorel

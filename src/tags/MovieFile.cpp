@@ -2,7 +2,11 @@
 
 #include "tags/SplicedFile.h"
 
-#include <QSet>
+#include <QtEndian>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
 
 namespace cantorel {
 
@@ -12,13 +16,13 @@ constexpr int kDeepest = 10, kMostBoxes = 1'000'000;
 
 // Nothing when there is none that is whole.
 std::optional<MovieBox> boxAt(const SplicedFile &file, std::int64_t at, std::int64_t end) {
-    const QByteArray head = file.read(at, 16);
-    if (head.size() < 8)
+    char head[16] = {};
+    if (at < 0 || at > end - 8 || file.readTo(head, at, std::min<std::int64_t>(end - at, sizeof head)) < 8)
         return {};
-    MovieBox box{head.mid(4, 4), at, at + 8, at + static_cast<std::int64_t>(bigNumber(head, 0, 4))};
+    MovieBox box{std::string(head + 4, 4), at, at + 8, at + qFromBigEndian<quint32>(head)};
     if (box.end == at + 1) {
         box.begin = at + 16;
-        box.end = at + static_cast<std::int64_t>(bigNumber(head, 8, 8) & 0x7FFF'FFFF'FFFF);
+        box.end = at + static_cast<std::int64_t>(qFromBigEndian<quint64>(head + 8) & 0x7FFF'FFFF'FFFF);
     } else if (box.end == at)
         box.end = end; // it reaches up to the end
     if (box.end < box.begin || box.end > end)
@@ -31,7 +35,7 @@ class Walk {
 public:
     Walk(const SplicedFile &file, MovieFile &found) : mFile(file), mFound(found) {}
 
-    bool through(std::int64_t begin, std::int64_t end, const QByteArray &above, int depth) {
+    bool through(std::int64_t begin, std::int64_t end, const std::string &above, int depth) {
         for (std::int64_t at = begin; at < end;) {
             const auto box = boxAt(mFile, at, end);
             if (!box)
@@ -45,8 +49,8 @@ public:
     }
 
 private:
-    bool note(const MovieBox &box, const QByteArray &above, int depth) {
-        const QByteArray &type = box.type;
+    bool note(const MovieBox &box, const std::string &above, int depth) {
+        const std::string &type = box.type;
         if (depth == 0 && (type == "mdat" || type == "moof"))
             mFound.sound.push_back(box);
         if (depth == 0 && type == "moov") {
@@ -79,9 +83,9 @@ private:
         if (type == "saio" && above == "stbl")
             mFound.canMove = false;
 
-        static const QSet<QByteArray> holders{"moov", "udta", "mdia", "meta", "ilst", "stbl",
-                                              "minf", "moof", "traf", "trak", "stsd", "mfra"};
-        if (!holders.contains(type))
+        static constexpr std::string_view kHolders[] = {"moov", "udta", "mdia", "meta", "ilst", "stbl",
+                                                        "minf", "moof", "traf", "trak", "stsd", "mfra"};
+        if (std::find(std::begin(kHolders), std::end(kHolders), type) == std::end(kHolders))
             return true;
         std::int64_t begin = box.begin;
         if (type == "meta" && mFile.read(begin + 4, 4) != "hdlr")

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace cantorel {
@@ -12,7 +13,7 @@ class SplicedFile;
 
 // A box of an MPEG-4 file: where it stands and what it holds.
 struct MovieBox {
-    QByteArray type;
+    std::string type;                        // four signs
     std::int64_t at = 0, begin = 0, end = 0; // the box, its content, what is behind it
 
     std::int64_t size() const { return end - at; }

@@ -5,14 +5,14 @@
 #include "tags/TagFailures.h"
 #include "tags/TagValues.h"
 
-#include <QList>
-
 #include <taglib/mp4coverart.h>
 #include <taglib/mp4file.h>
 #include <taglib/mp4tag.h>
 
 #include <algorithm>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace cantorel {
 
@@ -32,12 +32,12 @@ QByteArray textItem(const char *type, const TagLib::String &text) {
 
 // The list as it is to become: what isn't touched as it stands, then what is new.
 QByteArray itemsAfter(const SplicedFile &file, const MovieFile &movie, const TagChanges &changes) {
-    QList<QByteArray> gone;
+    std::vector<std::string> gone;
     QByteArray added;
-    const auto change = [&](const auto &value, const QList<QByteArray> &types, const QByteArray &item) {
+    const auto change = [&](const auto &value, const std::vector<std::string> &types, const QByteArray &item) {
         if (!value)
             return;
-        gone += types;
+        gone.insert(gone.end(), types.begin(), types.end());
         added += item;
     };
     const auto text = [](const char *type, const std::optional<TagLib::String> &value) {
@@ -53,7 +53,7 @@ QByteArray itemsAfter(const SplicedFile &file, const MovieFile &movie, const Tag
     QByteArray items;
     if (movie.items)
         for (const MovieBox &item : MovieFile::childrenOf(file, *movie.items))
-            if (!gone.contains(item.type))
+            if (std::find(gone.begin(), gone.end(), item.type) == gone.end())
                 items += file.read(item.at, item.size());
     return items + added;
 }

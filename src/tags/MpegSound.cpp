@@ -103,6 +103,10 @@ MpegSound findMpegSound(const SplicedFile &file) {
     sound.end = end;
 
     std::int64_t at = begin;
+    if (const Frame first = frameAt(file.read(at, 6)); first.kind != SoundKind::None)
+        sound.kind = framesAt(file, at, end, first);
+    if (sound.kind != SoundKind::None)
+        return sound;
     QByteArray bytes = file.read(at, kMostJunk);
     if (bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WAVE")
         sound.kind = SoundKind::Wave;

@@ -16,12 +16,15 @@
 #include <taglib/mpegfile.h>
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <vector>
 
 namespace cantorel {
 
 namespace {
 
-const QByteArray kPicture = QByteArrayLiteral("APIC");
+constexpr std::string_view kPicture = "APIC";
 
 constexpr int kOldestVersion = 2; // whose frames only TagLib knows
 
@@ -124,24 +127,24 @@ foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, cons
 
     Id3Frames frames = Id3Frames::split(isOldest(old) ? bytesOf(mpeg.ID3v2Tag()->render(TagLib::ID3v2::v3)) : old);
     const QList<Id3Frames::Frame> added = newFrames(changes, picture.value(), frames.version);
-    const auto isPicture = [](const Id3Frames::Frame &frame) { return frame.id == kPicture; };
+    const auto isPicture = [](const Id3Frames::Frame &frame) { return frame.id() == kPicture; };
     QList<Id3Frames::Frame> newPicture;
     std::copy_if(added.begin(), added.end(), std::back_inserter(newPicture), isPicture);
     if (changes.isEmpty() && frames.having({kPicture}) == newPicture)
         return false;
     if (!editBehind(mpeg, changes))
         return tag_failures::noMpeg(path);
-    QSet<QByteArray> gone{kPicture};
+    std::vector<std::string_view> gone{kPicture};
     if (changes.title)
-        gone += "TIT2";
+        gone.push_back("TIT2");
     if (changes.artist)
-        gone += "TPE1";
+        gone.push_back("TPE1");
     if (changes.album)
-        gone += "TALB";
+        gone.push_back("TALB");
     if (changes.genre)
-        gone += "TCON";
+        gone.push_back("TCON");
     if (changes.year)
-        gone += QSet<QByteArray>{"TDRC", "TYER", "TDAT", "TIME"};
+        gone.insert(gone.end(), {"TDRC", "TYER", "TDAT", "TIME"});
     frames.remove(gone);
     frames.frames = added + frames.frames;
     file.splice(0, tagInFrontOf(file).size(), frames.joined(old.size()));

@@ -11,17 +11,21 @@ namespace cantorel {
 
 namespace {
 
-constexpr std::int64_t kShort = 4096, kWindow = 4 * kShort;
+constexpr std::int64_t kShort = 4096, kWindow = 2 * kShort;
 
+// Up to the end of the file, or to a fault of the disk.
 std::int64_t readAll(int file, char *to, std::int64_t at, std::int64_t count) {
+    constexpr std::int64_t kShortOnlyAtTheEnd = 2 * kShort; // a read so short is not interrupted half-way
     std::int64_t done = 0;
     while (done < count) {
         const ssize_t got = ::pread(file, to + done, static_cast<std::size_t>(count - done), at + done);
         if (got < 0 && errno == EINTR)
             continue;
-        if (got <= 0) // the end, or a fault of the disk
+        if (got <= 0)
             break;
         done += got;
+        if (count <= kShortOnlyAtTheEnd)
+            break;
     }
     return done;
 }
@@ -38,13 +42,17 @@ SplicedFile::SplicedFile(const foundation::FileDescriptor &file) : mFile(file) {
 
 std::int64_t SplicedFile::readOld(char *to, std::int64_t at, std::int64_t count) const {
     if (count <= kShort) {
-        if (at < mWindowAt || at + count > mWindowAt + mWindow.size()) {
-            mWindowAt = at / kShort * kShort;
-            mWindow.resize(kWindow);
-            mWindow.truncate(std::max<std::int64_t>(readAll(mFile.get(), mWindow.data(), mWindowAt, kWindow), 0));
+        const auto holds = [&](const Window &one) { return at >= one.at && at + count <= one.at + one.bytes.size(); };
+        if (!holds(mWindows[0]))
+            std::swap(mWindows[0], mWindows[1]);
+        Window &window = mWindows[0];
+        if (!holds(window)) {
+            window.at = at / kShort * kShort;
+            window.bytes.resize(kWindow);
+            window.bytes.truncate(readAll(mFile.get(), window.bytes.data(), window.at, kWindow));
         }
-        count = std::clamp<std::int64_t>(mWindowAt + mWindow.size() - at, 0, count);
-        std::memcpy(to, mWindow.constData() + (at - mWindowAt), static_cast<std::size_t>(count));
+        count = std::clamp<std::int64_t>(window.at + window.bytes.size() - at, 0, count);
+        std::memcpy(to, window.bytes.constData() + (at - window.at), static_cast<std::size_t>(count));
         return count;
     }
     return readAll(mFile.get(), to, at, count);
@@ -150,11 +158,13 @@ void SplicedFile::truncate(long length) { splice(length, mSize - length, {}); }
 
 bool haveSameBytes(const SplicedFile &one, std::int64_t oneAt, const SplicedFile &other, std::int64_t otherAt,
                    std::int64_t count) {
-    constexpr std::int64_t kAtOnce = 256 << 10;
+    constexpr std::int64_t kAtOnce = 32 << 10; // what a processor keeps at hand
+    std::vector<char> bytes(kAtOnce), others(kAtOnce);
     for (std::int64_t done = 0; done < count; done += kAtOnce) {
         const std::int64_t length = std::min(kAtOnce, count - done);
-        const QByteArray bytes = one.read(oneAt + done, length);
-        if (bytes.size() != length || bytes != other.read(otherAt + done, length))
+        if (one.readTo(bytes.data(), oneAt + done, length) != length
+            || other.readTo(others.data(), otherAt + done, length) != length
+            || std::memcmp(bytes.data(), others.data(), static_cast<std::size_t>(length)) != 0)
             return false;
     }
     return true;

@@ -6,6 +6,7 @@
 
 #include <taglib/tiostream.h>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -30,7 +31,8 @@ public:
     bool hasFailed() const { return mHasFailed; }
 
     std::int64_t size() const { return mSize; }
-    // As many bytes as there are; fewer at the end.
+    // As many bytes as there are; fewer at the end. The first answers how many.
+    std::int64_t readTo(char *to, std::int64_t at, std::int64_t count) const;
     QByteArray read(std::int64_t at, std::int64_t count) const;
     // The bytes take the place of `replaced` others.
     void splice(std::int64_t at, std::int64_t replaced, const QByteArray &bytes);
@@ -49,8 +51,6 @@ public:
     void truncate(long length) override;
 
 private:
-    // Reads into `to`; answers how many bytes.
-    std::int64_t readTo(char *to, std::int64_t at, std::int64_t count) const;
     std::int64_t readOld(char *to, std::int64_t at, std::int64_t count) const;
     std::size_t cutAt(std::int64_t at);
 
@@ -59,8 +59,12 @@ private:
     std::int64_t mSize = 0;
     long mPosition = 0;
     mutable bool mHasFailed = false;
-    mutable QByteArray mWindow; // a stretch of the file as it is, since most reads are short and close to each other
-    mutable std::int64_t mWindowAt = 0;
+    // Stretches of the file as it is, the last one used first: most reads are short, at its start or near its end.
+    struct Window {
+        QByteArray bytes;
+        std::int64_t at = 0;
+    };
+    mutable std::array<Window, 2> mWindows;
 };
 
 bool haveSameBytes(const SplicedFile &one, std::int64_t oneAt, const SplicedFile &other, std::int64_t otherAt,
