@@ -140,6 +140,7 @@ TEST(TagsCommand, ShowsAndWritesWhatIsNamedAndHasTheListKnow) {
         EXPECT_TRUE(run.error.value(run.error.size() - 1).endsWith('.'));
     }
     EXPECT_EQ(test::contents(folder.filePath("text.mp3")), "text");
+    EXPECT_TRUE(tags({folder.filePath("song.m4a"), "--cover", none}).error.value(0).contains("--cover"));
 }
 
 TEST(SettingsCommand, GetAnswersWhatTheGetterAnswersInItsOwnType) {
