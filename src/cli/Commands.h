@@ -39,6 +39,8 @@ void addLibraryCommand(CLI::App &root, CommandSession &session);
 void addRecordCommand(CLI::App &root, CommandSession &session);
 // "settings list", "settings get KEY", "settings set KEY VALUE": the persistent options as their getters answer them.
 void addSettingsCommand(CLI::App &root, CommandSession &session);
+// "tags FILE": shows and writes the tags of sound files.
+void addTagsCommand(CLI::App &root, CommandSession &session);
 // "tasks add|list|remove|next|run": the scheduled recordings.
 void addTasksCommand(CLI::App &root, CommandSession &session);
 // "update check": what the maker's server says of the latest release.

@@ -87,6 +87,25 @@ Outcome rename(const CommandSession &session, const std::string &from, const QSt
 
 } // namespace
 
+Outcome takeTagsIntoList(const QStringList &files) {
+    bool isDone = false; // by ourselves, for all of them
+    for (const QString &file : files) {
+        const Outcome taken = changeOwnedList(
+            kTheList,
+            [&] {
+                StoredRecordings recordings;
+                recordings.list().takeTags(files);
+                isDone = true;
+                return recordings.list().unsaved().isEmpty() ? Outcome::done()
+                                                             : Outcome::failed(recordings.list().unsaved());
+            },
+            control::kTagsWritten, {file}, [](const QVariantMap &) {});
+        if (isDone || taken.status != 0)
+            return taken;
+    }
+    return Outcome::done();
+}
+
 void addLibraryCommand(CLI::App &root, CommandSession &session) {
     struct Arguments {
         std::string file, name;

@@ -20,4 +20,7 @@ std::optional<foundation::Result<QVariantMap>> askRunningInstance(const char *me
 Outcome changeOwnedList(const QString &what, const std::function<Outcome()> &action, const char *method,
                         const QStringList &arguments, const std::function<void(const QVariantMap &)> &shown);
 
+// Has the list of recordings, whoever owns it, take the new tags of those files that it has.
+Outcome takeTagsIntoList(const QStringList &files);
+
 } // namespace cantorel

@@ -1,11 +1,13 @@
 #include "ui/CoverPictures.h"
 
+#include "log/GuardedAction.h"
 #include "recording/library/RecordedAudioInfo.h"
+#include "tags/AudioIdentify.h"
+#include "tags/pictures/DecodedPicture.h"
 #include "ui/Icons.h"
 #include "ui/look/Look.h"
 
-#include <QBuffer>
-#include <QImageReader>
+#include <QImage>
 #include <QPainter>
 
 namespace cantorel::ui {
@@ -14,18 +16,9 @@ namespace {
 
 constexpr int kKept = 500; // pictures; a few screens full
 
-std::pair<quintptr, int> nameOf(const QByteArray &cover, int side) {
-    return {reinterpret_cast<quintptr>(cover.constData()), side};
-}
-
-QImage decoded(const QByteArray &cover, int side) {
-    QBuffer buffer;
-    buffer.setData(cover);
-    QImageReader reader(&buffer);
-    reader.setAutoTransform(true);
-    if (const QSize whole = reader.size(); whole.isValid())
-        reader.setScaledSize(whole.scaled(side, side, Qt::KeepAspectRatio).expandedTo({1, 1}));
-    return reader.read();
+QByteArray coverIn(const QString &file) {
+    const auto tag = AudioIdentify::getID3TagFromFile(file);
+    return tag ? tag->id3Image : QByteArray();
 }
 
 // Without a picture of its own for it, a style mixes a selected one with the colour of the selection.
@@ -42,14 +35,13 @@ CoverPictures::CoverPictures() : mDecoded(kKept) { mDecoding.setMaxThreadCount(1
 QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale) {
     if (item.isRecording)
         return drawn(QStringLiteral("record"), Look::tokens().red, size, scale);
-    if (!item.cover().isEmpty()) {
-        const int side = static_cast<int>(size * scale);
-        const Decoded *known = mDecoded.object(nameOf(item.cover(), side));
-        if (!known)
-            decode(item.cover(), side, scale);
-        else if (!known->picture.isNull())
-            return known->picture;
-    }
+    const Source source{item.cover(), item.cover().isEmpty() ? item.getFileName() : QString(),
+                        item.cover().isEmpty() ? item.size() : QString(), static_cast<int>(size * scale)};
+    const QIcon *known = mDecoded.object(source);
+    if (!known)
+        decode(source, scale);
+    else if (!known->isNull())
+        return *known;
     return drawn(QStringLiteral("wave"), Look::tokens().text2, size, scale);
 }
 
@@ -71,17 +63,22 @@ const QIcon &CoverPictures::drawn(const QString &name, const QColor &colour, int
     return icon;
 }
 
-void CoverPictures::decode(const QByteArray &cover, int side, qreal scale) {
-    mDecoded.insert(nameOf(cover, side), new Decoded{cover, {}}); // The cache owns it.
-    mDecoding.start([this, cover, side, scale] {
-        const QImage image = decoded(cover, side);
-        QMetaObject::invokeMethod(this, [this, cover, side, image, scale] {
-            Decoded *waiting = mDecoded.object(nameOf(cover, side));
-            if (!waiting || image.isNull())
+void CoverPictures::decode(const Source &source, qreal scale) {
+    mDecoded.insert(source, new QIcon); // The cache owns it.
+    mDecoding.start([this, source, scale] {
+        QImage image;
+        (void)guarded("decodeCover", [&] { // logged there
+            image = decodedPicture(source.file.isEmpty() ? source.cover : coverIn(source.file), source.side);
+        });
+        if (image.isNull())
+            return;
+        QMetaObject::invokeMethod(this, [this, source, image, scale] {
+            QIcon *waiting = mDecoded.object(source);
+            if (!waiting)
                 return;
             QPixmap picture = QPixmap::fromImage(image);
             picture.setDevicePixelRatio(scale);
-            waiting->picture = unmixed(picture);
+            *waiting = unmixed(picture);
             Q_EMIT changed();
         });
     });

@@ -2,9 +2,10 @@
 
 #include <QCache>
 #include <QIcon>
+#include <QString>
 #include <QThreadPool>
 
-#include <utility>
+#include <cstddef>
 
 namespace cantorel {
 class RecordedAudioInfo;
@@ -13,7 +14,8 @@ class RecordedAudioInfo;
 namespace cantorel::ui {
 
 // The small pictures that stand for recordings: a recording's own where it has one, else a drawn one. A recording's own
-// is decoded beside the main thread, and only when it is asked for. Owned by the library tab; main thread.
+// is read from its file, where the list doesn't hold it, and decoded beside the main thread, only when it is asked for.
+// Owned by the library tab; main thread.
 class CoverPictures : public QObject {
     Q_OBJECT
 
@@ -29,16 +31,24 @@ Q_SIGNALS:
     void changed();
 
 private:
-    struct Decoded {
-        QByteArray cover; // held, so that its place in memory stays its own
-        QIcon picture;    // null while it is decoded, or for what is no picture
+    // What a picture is made of: a cover that the list holds, or that of a file, in the state that its size tells.
+    struct Source {
+        QByteArray cover;
+        QString file, size;
+        int side = 0; // pixels
+
+        bool operator==(const Source &) const = default;
+        friend std::size_t qHash(const Source &source, std::size_t seed = 0) {
+            return qHashMulti(seed, reinterpret_cast<quintptr>(source.cover.constData()), source.file, source.size,
+                              source.side);
+        }
     };
 
     const QIcon &drawn(const QString &name, const QColor &colour, int size, qreal scale);
-    void decode(const QByteArray &cover, int side, qreal scale);
+    void decode(const Source &source, qreal scale);
 
     QHash<QString, QIcon> mDrawn;
-    QCache<std::pair<quintptr, int>, Decoded> mDecoded; // by the cover's place in memory and the side in pixels
+    QCache<Source, QIcon> mDecoded; // null while it is decoded, or for what is no picture
     QThreadPool mDecoding;
 };
 

@@ -67,6 +67,7 @@ const std::vector<RecordingControl::Method> &RecordingControl::table() {
                                              {control::kRenameRecording, {file, name}, &RecordingControl::rename},
                                              {control::kRemoveRecording, {file}, &RecordingControl::removeItem},
                                              {control::kDeleteRecording, {file}, &RecordingControl::deleteItem},
+                                             {control::kTagsWritten, {file}, &RecordingControl::tagsWritten},
                                              {control::kAddTask, {QStringLiteral("task")}, &RecordingControl::addTask},
                                              {control::kRemoveTasks, {name}, &RecordingControl::removeTasks}};
     return methods;
@@ -204,6 +205,11 @@ RecordingControl::Answer RecordingControl::removeItem(const QStringList &argumen
 RecordingControl::Answer RecordingControl::deleteItem(const QStringList &arguments) {
     if (const auto removed = removeRecording(mList, arguments[0], true); !removed)
         return removed.failure();
+    return QVariantMap{};
+}
+
+RecordingControl::Answer RecordingControl::tagsWritten(const QStringList &arguments) {
+    mList.takeTags(arguments);
     return QVariantMap{};
 }
 

@@ -22,6 +22,7 @@ inline constexpr const char *kShow = "Show";                       // shows the 
 inline constexpr const char *kRenameRecording = "RenameRecording"; // file, name
 inline constexpr const char *kRemoveRecording = "RemoveRecording"; // file
 inline constexpr const char *kDeleteRecording = "DeleteRecording"; // file, which goes as well
+inline constexpr const char *kTagsWritten = "TagsWritten";         // file, whose tags another program has written
 inline constexpr const char *kAddTask = "AddTask";                 // a task as JSON
 inline constexpr const char *kRemoveTasks = "RemoveTasks";         // name
 
@@ -71,6 +72,7 @@ private:
     Answer rename(const QStringList &arguments);
     Answer removeItem(const QStringList &arguments);
     Answer deleteItem(const QStringList &arguments);
+    Answer tagsWritten(const QStringList &arguments);
     Answer addTask(const QStringList &arguments);
     Answer removeTasks(const QStringList &arguments);
 

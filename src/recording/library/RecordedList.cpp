@@ -5,6 +5,7 @@
 #include "settings/SettingsTable.h"
 #include "settings/StoredList.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tags/AudioIdentify.h"
 #include "util/ToolFile.h"
 
 #include <QDateTime>
@@ -283,6 +284,31 @@ void RecordedList::removeFiles(const QStringList &files) {
 void RecordedList::save(const RecordedAudioInfo &item) {
     if (const std::size_t at = indexOf(item); at < mItems.size())
         store(kSet, at);
+}
+
+void RecordedList::takeTags(const QStringList &files) {
+    finishLoading();
+    const RecordedAudioInfo *last = nullptr;
+    int count = 0;
+    for (const QString &file : files) {
+        RecordedAudioInfo *item = itemWithFile(file);
+        const auto tag = item ? AudioIdentify::getID3TagFromFile(file) : std::nullopt;
+        if (!tag)
+            continue;
+        item->setAlbum(tag->id3Album);
+        item->setArtist(tag->id3Artist);
+        item->setYear(tag->id3Year);
+        item->setCover(tag->id3Image);
+        item->setSize(ToolFile::fileSizeFormatterToString(QFileInfo(file).size()));
+        last = item;
+        ++count;
+    }
+    if (count == 1)
+        save(*last);
+    else if (count > 1)
+        saveRecordedList();
+    if (count > 0)
+        changed();
 }
 
 foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QString &name) {

@@ -75,6 +75,8 @@ public:
     void removeFiles(const QStringList &files);
     // Stores what has changed in the item.
     void save(const RecordedAudioInfo &item);
+    // Takes album, artist, year, cover and size of these files into their items, after their tags were written.
+    void takeTags(const QStringList &files);
     // Renames the file beside itself, keeping its extension; nothing is overwritten, and nothing has changed where it
     // fails.
     foundation::Result<void> rename(RecordedAudioInfo &item, const QString &name);

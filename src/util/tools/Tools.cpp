@@ -82,8 +82,9 @@ QString Tools::getFileSizeStringFromFileName(const QString &path) {
 }
 
 bool Tools::isNumerice(const QString &text) {
-    const auto digits = regexGetStringFromString(text, QStringLiteral("\\d+"));
-    return digits && !digits->isEmpty() && *digits == text;
+    const auto signs = text.toUcs4(); // as "\d+" matches them, without an expression to compile
+    return !signs.isEmpty()
+           && std::all_of(signs.begin(), signs.end(), [](char32_t sign) { return QChar::isDigit(sign); });
 }
 
 bool Tools::isContainsString(const QString &text, const QString &containString) {

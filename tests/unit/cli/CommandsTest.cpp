@@ -13,6 +13,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -88,6 +89,58 @@ TEST(LibraryCommand, ListsRenamesAndRemovesWithoutLosingAnything) {
         EXPECT_TRUE(failed.error.constLast().contains(settings));
     }
     EXPECT_EQ(runCommand(words("--json library list")).out, QStringList{listed.out[1]});
+}
+
+TEST(TagsCommand, ShowsAndWritesWhatIsNamedAndHasTheListKnow) {
+    const QTemporaryDir folder;
+    const QString one = folder.filePath("One.mp3"), two = folder.filePath("two.mp3"), none = folder.filePath("none");
+    for (const QString &path : {one, two}) // silence
+        test::store(path, (QByteArray("\xFF\xFB\x90\x64") + QByteArray(413, '\0')).repeated(9));
+    QImage(400, 200, QImage::Format_RGB32).save(none, "png");
+    AppSettings::setRecordedMovieList({archivedItem({one, "00:00:05", "1.00 MB", "now", "somebody", {}, {}})});
+    const auto tags = [](const QStringList &more) { return runCommand(QStringList{"--json", "tags"} + more); };
+    EXPECT_EQ(tags({one}).out, QStringList{R"({"album":"","artist":"","cover":null,"genre":"","title":"","year":""})"});
+    const CommandRun written = tags({one, "--title", "T", "--artist", "A", "--year", "1999", "--cover", none});
+    EXPECT_EQ(written.status, 0);
+    const QJsonObject object = json(written.out.value(0));
+    EXPECT_EQ(object["artist"], "A");
+    EXPECT_EQ(object["cover"].toObject()["height"], 150);
+    EXPECT_EQ(written.error, QStringList());
+    const QJsonObject listed = json(runCommand(words("--json library list")).out.value(0));
+    EXPECT_EQ(listed["artist"], "A");
+    EXPECT_EQ(listed["year"], "1999");
+    EXPECT_NE(listed["size"], "1.00 MB");
+
+    const CommandRun cleared = tags({one, two, "--title", "", "--year", "19x9", "--cover", "none"});
+    EXPECT_EQ(cleared.status, 0);
+    EXPECT_EQ(cleared.error.size(), 1); // that the year stays
+    EXPECT_EQ(json(cleared.out.value(0))["title"], "");
+    EXPECT_EQ(json(cleared.out.value(0))["artist"], "A");
+    EXPECT_EQ(json(cleared.out.value(0))["year"], "1999");
+    EXPECT_TRUE(json(cleared.out.value(0))["cover"].isNull());
+    EXPECT_EQ(json(cleared.out.value(1))["file"], two);
+
+    test::store(folder.filePath("text.mp3"), "text");
+    test::store(folder.filePath("song.m4a"), "text");
+    const struct {
+        QStringList arguments;
+        int status;
+        qsizetype shown;
+    } cases[] = {{{folder.filePath("gone.mp3"), one}, 1, 1},
+                 {{folder.filePath("text.mp3")}, 1, 0},
+                 {{folder.filePath("text.mp3"), one, "--title", "X"}, 1, 1},
+                 {{folder.filePath("song.m4a"), "--cover", none}, 1, 0},
+                 {{one, "--cover", folder.filePath("text.mp3")}, 2, 0},
+                 {{one, "--cover", folder.filePath("gone.png")}, 2, 0},
+                 {{"--title", "X"}, 2, 0}};
+    for (const auto &[arguments, status, shown] : cases) {
+        const CommandRun run = tags(arguments);
+        EXPECT_EQ(run.status, status) << arguments.join(' ').toStdString();
+        EXPECT_EQ(run.out.size(), shown);
+        EXPECT_TRUE(run.error.value(run.error.size() - 1).endsWith('.'));
+    }
+    EXPECT_EQ(test::contents(folder.filePath("text.mp3")), "text");
+    EXPECT_TRUE(tags({folder.filePath("song.m4a"), "--cover", none}).error.value(0).contains("--cover"));
 }
 
 TEST(SettingsCommand, GetAnswersWhatTheGetterAnswersInItsOwnType) {

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "tags/id3Tag.h"
+
+// The list of items of an M4A.
+namespace cantorel {
+
+class SplicedFile;
+
+// A blank record of what is no such file, or has no such list.
+id3Tag readMovieTags(SplicedFile &file);
+
+// Changes what differs from what reading gives; other items stay byte for byte, the cover too.
+// False when nothing differs; the path is for sentences.
+foundation::Result<bool> editMovieTags(SplicedFile &file, const id3Tag &tag, const QString &path);
+
+// Whether all tracks have the same description and the same sound, wherever in the file it stands.
+bool haveSameMovieSound(const SplicedFile &one, const SplicedFile &other);
+
+} // namespace cantorel

@@ -1,0 +1,160 @@
+#include "tags/MpegTags.h"
+
+#include "tags/Id3Frames.h"
+#include "tags/MpegSound.h"
+#include "tags/Pictures.h"
+#include "tags/SplicedFile.h"
+#include "tags/TagFailures.h"
+#include "tags/TagValues.h"
+
+#include <taglib/apetag.h>
+#include <taglib/attachedpictureframe.h>
+#include <taglib/id3v1tag.h>
+#include <taglib/id3v2framefactory.h>
+#include <taglib/id3v2header.h>
+#include <taglib/id3v2tag.h>
+#include <taglib/mpegfile.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <vector>
+
+namespace cantorel {
+
+namespace {
+
+constexpr std::string_view kPicture = "APIC";
+
+constexpr int kOldestVersion = 2; // whose frames only TagLib knows
+
+QByteArray bytesOf(const TagLib::ByteVector &data) { return QByteArray(data.data(), data.size()); }
+
+QByteArray tagInFrontOf(const SplicedFile &file) { return file.read(0, id3Size(file.read(0, kId3Head))); }
+
+bool isOldest(const QByteArray &tag) { return tag.size() > 3 && tag[3] == kOldestVersion; }
+
+// Puts a tag of only those frames that are shown in front of the sound, where TagLib always finds it: what else may
+// stand in a file of anybody's is let alone.
+void putShownFrames(SplicedFile &file, const QByteArray &tag) {
+    if (isOldest(tag))
+        return;
+    Id3Frames shown = Id3Frames::split(tag);
+    shown.frames = shown.having({"TIT2", "TPE1", "TALB", "TCON", "TDRC", "TYER", kPicture});
+    shown.rest = QByteArray(1, '\0');
+    file.splice(0, tag.size(), shown.joined(0));
+}
+
+id3Tag recordOfFile(TagLib::MPEG::File &mpeg) {
+    id3Tag record = recordOf(*mpeg.tag());
+    if (TagLib::ID3v2::Tag *tag = mpeg.ID3v2Tag(); tag != nullptr && !tag->isEmpty()) {
+        const TagLib::ID3v2::FrameList pictures = tag->frameListMap()[TagLib::ByteVector("APIC")];
+        if (!pictures.isEmpty())
+            if (const auto *first = dynamic_cast<TagLib::ID3v2::AttachedPictureFrame *>(pictures.front()))
+                record.id3Image = pictureOf(first->picture());
+    }
+    return record;
+}
+
+// The record's picture as it is written: empty for none, and for what is none.
+foundation::Result<QByteArray> pictureToWrite(const QByteArray &image) {
+    if (image.isEmpty())
+        return QByteArray();
+    const auto pictures = loadPictures();
+    if (!pictures)
+        return pictures.failure();
+    return pictures.value()->tiff(pictures.value()->bounded(image));
+}
+
+// The frames that hold what is new, in that version.
+QList<Id3Frames::Frame> newFrames(const TagChanges &changes, const QByteArray &picture, int version) {
+    TagLib::ID3v2::Tag tag;
+    changes.applyTo(tag);
+    if (changes.year.value_or(0) != 0) { // in the four digits that it has in such a tag
+        const QByteArray year = QByteArray::number(*changes.year).rightJustified(4, '0');
+        tag.frameListMap()["TDRC"].front()->setText(TagLib::String(year.toStdString()));
+    }
+    if (!picture.isEmpty()) {
+        auto *frame = new TagLib::ID3v2::AttachedPictureFrame; // The tag owns it.
+        frame->setMimeType("image/jpeg");                      // deliberately, of a TIFF
+        frame->setType(TagLib::ID3v2::AttachedPictureFrame::FrontCover);
+        frame->setPicture(TagLib::ByteVector(picture.constData(), static_cast<unsigned int>(picture.size())));
+        tag.addFrame(frame);
+    }
+    return Id3Frames::split(bytesOf(tag.render(version == 4 ? TagLib::ID3v2::v4 : TagLib::ID3v2::v3))).frames;
+}
+
+// Older kinds of tags are changed where there are any, or players would show what they hold. False when one can't be.
+bool editBehind(TagLib::MPEG::File &mpeg, const TagChanges &changes) {
+    int tags = TagLib::MPEG::File::NoTags;
+    if (mpeg.hasID3v1Tag()) {
+        changes.applyTo(*mpeg.ID3v1Tag());
+        tags |= TagLib::MPEG::File::ID3v1;
+    }
+    if (mpeg.hasAPETag()) {
+        changes.applyTo(*mpeg.APETag());
+        tags |= TagLib::MPEG::File::APE;
+    }
+    return tags == TagLib::MPEG::File::NoTags || changes.isEmpty()
+           || mpeg.save(tags, TagLib::File::StripNone, TagLib::ID3v2::v4, TagLib::File::DoNotDuplicate);
+}
+
+} // namespace
+
+std::optional<id3Tag> readMpegTags(SplicedFile &file) {
+    const SoundKind kind = findMpegSound(file).kind;
+    if (kind == SoundKind::None)
+        return {};
+    if (kind == SoundKind::Wave)
+        return id3Tag();
+    putShownFrames(file, tagInFrontOf(file));
+    TagLib::MPEG::File mpeg(&file, TagLib::ID3v2::FrameFactory::instance(), false);
+    return mpeg.isValid() ? std::optional(recordOfFile(mpeg)) : std::nullopt;
+}
+
+foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, const QString &path) {
+    if (findMpegSound(file).kind != SoundKind::Mpeg)
+        return tag_failures::noMpeg(path);
+    const QByteArray old = tagInFrontOf(file);
+    putShownFrames(file, old);
+    TagLib::MPEG::File mpeg(&file, TagLib::ID3v2::FrameFactory::instance(), false);
+    if (!mpeg.isValid())
+        return tag_failures::noMpeg(path);
+    const TagChanges changes(recordOfFile(mpeg), tag);
+    const auto picture = pictureToWrite(tag.id3Image);
+    if (!picture)
+        return picture.failure();
+
+    Id3Frames frames = Id3Frames::split(isOldest(old) ? bytesOf(mpeg.ID3v2Tag()->render(TagLib::ID3v2::v3)) : old);
+    const QList<Id3Frames::Frame> added = newFrames(changes, picture.value(), frames.version);
+    const auto isPicture = [](const Id3Frames::Frame &frame) { return frame.id() == kPicture; };
+    QList<Id3Frames::Frame> newPicture;
+    std::copy_if(added.begin(), added.end(), std::back_inserter(newPicture), isPicture);
+    if (changes.isEmpty() && frames.having({kPicture}) == newPicture)
+        return false;
+    if (!editBehind(mpeg, changes))
+        return tag_failures::noMpeg(path);
+    std::vector<std::string_view> gone{kPicture};
+    if (changes.title)
+        gone.push_back("TIT2");
+    if (changes.artist)
+        gone.push_back("TPE1");
+    if (changes.album)
+        gone.push_back("TALB");
+    if (changes.genre)
+        gone.push_back("TCON");
+    if (changes.year)
+        gone.insert(gone.end(), {"TDRC", "TYER", "TDAT", "TIME"});
+    frames.remove(gone);
+    frames.frames = added + frames.frames;
+    file.splice(0, tagInFrontOf(file).size(), frames.joined(old.size()));
+    return true;
+}
+
+bool haveSameMpegSound(const SplicedFile &one, const SplicedFile &other) {
+    const MpegSound first = findMpegSound(one), second = findMpegSound(other);
+    return first.kind == second.kind && first.end - first.begin == second.end - second.begin
+           && haveSameBytes(one, first.begin, other, second.begin, first.end - first.begin);
+}
+
+} // namespace cantorel

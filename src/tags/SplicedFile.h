@@ -1,0 +1,77 @@
+#pragma once
+
+#include "platform/foundation/FileDescriptor.h"
+
+#include <QByteArray>
+
+#include <taglib/tiostream.h>
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace cantorel {
+
+// A stretch of a file, or new bytes.
+struct FilePiece {
+    std::int64_t at = -1; // where in the file it begins; below 0 for new bytes
+    std::int64_t length = 0;
+    QByteArray bytes; // the new ones
+};
+
+// A file as it is to become: stretches of what it is, and new bytes between them. Changing it moves nothing and writes
+// nothing. One thread.
+class SplicedFile : public TagLib::IOStream {
+public:
+    // Reads through the descriptor, which outlives this.
+    explicit SplicedFile(const foundation::FileDescriptor &file);
+
+    const std::vector<FilePiece> &pieces() const { return mPieces; }
+    // Whether what it was read from could not be read.
+    bool hasFailed() const { return mHasFailed; }
+
+    std::int64_t size() const { return mSize; }
+    // As many bytes as there are; fewer at the end. The first answers how many.
+    std::int64_t readTo(char *to, std::int64_t at, std::int64_t count) const;
+    QByteArray read(std::int64_t at, std::int64_t count) const;
+    // The bytes take the place of `replaced` others.
+    void splice(std::int64_t at, std::int64_t replaced, const QByteArray &bytes);
+
+    // For TagLib.
+    TagLib::FileName name() const override { return ""; }
+    TagLib::ByteVector readBlock(unsigned long length) override;
+    void writeBlock(const TagLib::ByteVector &data) override;
+    void insert(const TagLib::ByteVector &data, unsigned long start, unsigned long replace) override;
+    void removeBlock(unsigned long start, unsigned long length) override;
+    bool readOnly() const override { return false; }
+    bool isOpen() const override { return mFile.isOpen(); }
+    void seek(long offset, Position from) override;
+    long tell() const override { return mPosition; }
+    long length() override { return mSize; }
+    void truncate(long length) override;
+
+private:
+    std::int64_t readOld(char *to, std::int64_t at, std::int64_t count) const;
+    std::size_t cutAt(std::int64_t at);
+
+    const foundation::FileDescriptor &mFile;
+    std::vector<FilePiece> mPieces;
+    std::int64_t mSize = 0;
+    long mPosition = 0;
+    mutable bool mHasFailed = false;
+    // Stretches of the file as it is, the last one used first: most reads are short, at its start or near its end.
+    struct Window {
+        QByteArray bytes;
+        std::int64_t at = 0;
+    };
+    mutable std::array<Window, 2> mWindows;
+};
+
+bool haveSameBytes(const SplicedFile &one, std::int64_t oneAt, const SplicedFile &other, std::int64_t otherAt,
+                   std::int64_t count);
+
+// What makes the file of before from the one that is made of these pieces of it. `before` is the file that the pieces
+// were taken from.
+std::vector<FilePiece> inversePieces(const std::vector<FilePiece> &pieces, const SplicedFile &before);
+
+} // namespace cantorel

@@ -1,0 +1,307 @@
+#include "tags/TagWriting.h"
+
+#include "log/CommLog.h"
+#include "log/GuardedAction.h"
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/FileIdentity.h"
+#include "platform/foundation/HiddenFile.h"
+#include "platform/media/RecordingRepair.h"
+#include "tags/MovieTags.h"
+#include "tags/MpegTags.h"
+#include "tags/TagFailures.h"
+#include "tags/TagReading.h"
+#include "tags/TagValues.h"
+#include "util/ToolFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <functional>
+#include <optional>
+#include <utility>
+
+namespace cantorel {
+
+namespace {
+
+using foundation::Failure;
+using foundation::FileDescriptor;
+using foundation::Result;
+
+TagUndo::Version versionOf(const struct stat &status) {
+    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim};
+}
+
+// The file that is to be changed, open for reading.
+class OldFile {
+public:
+    static Result<OldFile> open(const QString &path) {
+        OldFile file(QFileInfo(path).canonicalFilePath());
+        if (file.mPath.isEmpty())
+            return tag_failures::noFile(path);
+        const QByteArray name = QFile::encodeName(file.mPath);
+        if (::faccessat(AT_FDCWD, name.constData(), R_OK | W_OK, AT_EACCESS) != 0)
+            return tag_failures::notAllowed(path, errno);
+        if (!file.mFile.isOpen() || ::fstat(file.mFile.get(), &file.mStatus) != 0 || !S_ISREG(file.mStatus.st_mode))
+            return tag_failures::noFile(path);
+        if (media::isUnfinished(file.mPath))
+            return tag_failures::stillRecorded(path);
+        return file;
+    }
+
+    const QString &path() const { return mPath; }
+    const FileDescriptor &descriptor() const { return mFile; }
+    const struct stat &status() const { return mStatus; }
+
+    bool isStillTheSame() const {
+        struct stat now {};
+        return ::fstat(mFile.get(), &now) == 0 && versionOf(now) == versionOf(mStatus);
+    }
+    const foundation::FileIdentity &identity() const { return mIdentity; }
+
+private:
+    explicit OldFile(const QString &path)
+        : mPath(path),
+          mIdentity(path),
+          mFile(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+
+    QString mPath;
+    foundation::FileIdentity mIdentity;
+    FileDescriptor mFile;
+    struct stat mStatus {};
+};
+
+int writeAll(int file, const char *bytes, std::int64_t count) {
+    while (count > 0) {
+        const ssize_t written = ::write(file, bytes, static_cast<std::size_t>(count));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written < 0)
+            return errno;
+        bytes += written;
+        count -= written;
+    }
+    return 0;
+}
+
+// By the kernel where it can, which may then share the disk's blocks instead of copying them.
+int copyRange(int from, int to, std::int64_t at, std::int64_t count) {
+    QByteArray buffer;
+    while (count > 0) {
+        loff_t position = at;
+        ssize_t copied =
+            buffer.isEmpty() ? ::copy_file_range(from, &position, to, nullptr, static_cast<std::size_t>(count), 0) : -1;
+        if (copied <= 0) {
+            if (buffer.isEmpty() && copied < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EIO))
+                return errno;
+            buffer.resize(1 << 20);
+            copied = ::pread(from, buffer.data(),
+                             static_cast<std::size_t>(std::min<std::int64_t>(count, buffer.size())), at);
+            if (copied < 0 && errno == EINTR)
+                continue;
+            if (copied <= 0)
+                return copied < 0 ? errno : EIO; // It has become shorter meanwhile.
+            if (const int error = writeAll(to, buffer.constData(), copied))
+                return error;
+        }
+        at += copied;
+        count -= copied;
+    }
+    return 0;
+}
+
+int copyAttributes(int from, int to) {
+    const ssize_t size = ::flistxattr(from, nullptr, 0);
+    if (size <= 0)
+        return 0;
+    QByteArray names(size, '\0');
+    names.truncate(std::max<ssize_t>(::flistxattr(from, names.data(), static_cast<std::size_t>(size)), 0));
+    for (const QByteArray &name : names.split('\0')) {
+        const ssize_t length = name.isEmpty() ? -1 : ::fgetxattr(from, name.constData(), nullptr, 0);
+        if (length < 0)
+            continue;
+        QByteArray value(length, '\0');
+        if (::fgetxattr(from, name.constData(), value.data(), static_cast<std::size_t>(length)) != length
+            || ::fsetxattr(to, name.constData(), value.constData(), static_cast<std::size_t>(length), 0) == 0)
+            continue;
+        // The system gives those of its own to every file; only those of people have to be kept.
+        if (name.startsWith("user.") || name.startsWith("system.posix_acl"))
+            return errno;
+    }
+    return 0;
+}
+
+int makeAlike(const struct stat &status, int from, int to) {
+    struct stat made {};
+    if (::fstat(to, &made) != 0)
+        return errno;
+    if ((made.st_uid != status.st_uid || made.st_gid != status.st_gid)
+        && ::fchown(to, status.st_uid, status.st_gid) != 0)
+        return errno;
+    if (const int error = copyAttributes(from, to))
+        return error;
+    return ::fchmod(to, status.st_mode & 07777) == 0 ? 0 : errno;
+}
+
+// Replaces the file by what the pieces of it make, once that has been proved. Answers which file that is.
+Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePiece> &pieces, const timespec *modified,
+                                   const std::function<bool(SplicedFile &made)> &proves) {
+    int error = 0;
+    auto made = foundation::HiddenFile::create(QFileInfo(old.path()).path(), QStringLiteral("tags"), error);
+    if (!made)
+        return error == EACCES || error == EPERM || error == EROFS ? tag_failures::notAllowed(old.path(), error)
+                                                                   : tag_failures::notWritten(old.path(), error);
+    const FileDescriptor file = made->descriptor();
+    for (const FilePiece &piece : pieces) {
+        error = piece.at < 0 ? writeAll(file.get(), piece.bytes.constData(), piece.length)
+                             : copyRange(old.descriptor().get(), file.get(), piece.at, piece.length);
+        if (error)
+            return tag_failures::notWritten(old.path(), error);
+    }
+    error = makeAlike(old.status(), old.descriptor().get(), file.get());
+    if (error)
+        return tag_failures::notAllowed(old.path(), error);
+    if (modified != nullptr) {
+        const timespec times[] = {old.status().st_atim, *modified};
+        (void)::futimens(file.get(), times); // a time is no reason to fail
+    }
+    error = made->flush();
+    if (error)
+        return tag_failures::notWritten(old.path(), error);
+    SplicedFile content(file);
+    if (!proves(content) || content.hasFailed())
+        return tag_failures::notProved(old.path());
+    struct stat status {};
+    if (!old.isStillTheSame() || ::fstat(file.get(), &status) != 0)
+        return tag_failures::changedMeanwhile(old.path());
+    error = made->replace(old.path(), old.identity());
+    if (error)
+        return error == ESTALE ? tag_failures::changedMeanwhile(old.path())
+                               : tag_failures::notAllowed(old.path(), error);
+    if (old.status().st_nlink > 1)
+        CommLog::W(QStringLiteral("%1 had other names, which keep the tags of before").arg(old.path()));
+    return versionOf(status);
+}
+
+// Whether reading gives what was to be written; a genre may be a number, and a year may not be written.
+bool givesBack(SplicedFile &made, bool isMovie, const id3Tag &wanted) {
+    const auto read = readTags(made, isMovie);
+    const auto isSame = [](const QString &text, const QString &meant) {
+        return text == AudioIdentify::TagLibStringToNSString(AudioIdentify::NSStringToTagLibString(meant));
+    };
+    return read && isSame(read->id3Title, wanted.id3Title) && isSame(read->id3Artist, wanted.id3Artist)
+           && isSame(read->id3Album, wanted.id3Album) && read->id3Genre.isEmpty() == wanted.id3Genre.isEmpty()
+           && yearToWrite(read->id3Year).value_or(0)
+                  == yearToWrite(wanted.id3Year).value_or(yearToWrite(read->id3Year).value_or(0));
+}
+
+Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted) {
+    if (!ToolFile::isFileExistsAtPath(wanted.path))
+        return tag_failures::noFile(wanted.path);
+    const QString extension = ToolFile::fileExtensionAtPath(wanted.path).toLower();
+    if (extension == QLatin1String("wav") || extension == QLatin1String("aac"))
+        return tag_failures::noTagsIn(wanted.path, extension);
+    const auto old = OldFile::open(wanted.path);
+    if (!old)
+        return old.failure();
+    const bool isMovie = isMovieName(wanted.path);
+    SplicedFile content(old.value().descriptor());
+    const auto edited =
+        isMovie ? editMovieTags(content, wanted.tag, wanted.path) : editMpegTags(content, wanted.tag, wanted.path);
+    if (!edited)
+        return edited.failure();
+    if (content.hasFailed())
+        return tag_failures::notWritten(wanted.path, EIO);
+    if (!edited.value())
+        return std::optional<TagUndo::File>();
+    const SplicedFile before(old.value().descriptor());
+    TagUndo::File undo{old.value().path(), inversePieces(content.pieces(), before), {}, old.value().status().st_mtim};
+    const auto version = replaceBy(old.value(), content.pieces(), nullptr, [&](SplicedFile &made) {
+        return (isMovie ? haveSameMovieSound(before, made) : haveSameMpegSound(before, made))
+               && givesBack(made, isMovie, wanted.tag) && !before.hasFailed();
+    });
+    if (!version)
+        return version.failure();
+    undo.written = version.value();
+    return std::optional(std::move(undo));
+}
+
+Result<void> undoTagsOf(const TagUndo::File &undo) {
+    const auto now = OldFile::open(undo.path);
+    if (!now)
+        return now.failure();
+    if (!(versionOf(now.value().status()) == undo.written))
+        return tag_failures::changedMeanwhile(undo.path);
+    std::int64_t size = 0;
+    for (const FilePiece &piece : undo.pieces)
+        size += piece.length;
+    const auto version = replaceBy(now.value(), undo.pieces, &undo.modified,
+                                   [&](const SplicedFile &made) { return made.size() == size; });
+    if (!version)
+        return version.failure();
+    return {};
+}
+
+// What a program of ours that was killed has left beside the files.
+void sweep(const QSet<QString> &folders) {
+    for (const QString &folder : folders)
+        foundation::HiddenFile::sweep(folder);
+}
+
+// Runs the action for one file; a failure is logged and kept.
+template <class Action> void attempt(const QString &path, std::vector<TagsWritten::Failed> &failures, Action &&action) {
+    std::optional<Failure> failure = tag_failures::notWritten(path, EIO); // what is thrown is logged
+    (void)guarded("writeTags", [&] { failure = action(); });
+    if (!failure)
+        return;
+    CommLog::E(failure->detail);
+    failures.push_back({path, *failure});
+}
+
+} // namespace
+
+bool TagUndo::Version::operator==(const Version &other) const {
+    return device == other.device && number == other.number && size == other.size
+           && modified.tv_sec == other.modified.tv_sec && modified.tv_nsec == other.modified.tv_nsec;
+}
+
+TagsWritten writeTags(const std::vector<TagsOfFile> &files) {
+    QSet<QString> folders;
+    for (const TagsOfFile &file : files)
+        folders.insert(QFileInfo(QFileInfo(file.path).canonicalFilePath()).path());
+    sweep(folders);
+    TagsWritten written;
+    for (const TagsOfFile &file : files)
+        attempt(file.path, written.failures, [&]() -> std::optional<Failure> {
+            auto done = writeTagsOf(file);
+            if (!done)
+                return done.failure();
+            if (done.value())
+                written.undo.files.push_back(std::move(*done.value()));
+            return {};
+        });
+    return written;
+}
+
+std::vector<TagsWritten::Failed> undoTags(const TagUndo &undo) {
+    QSet<QString> folders;
+    for (const TagUndo::File &file : undo.files)
+        folders.insert(QFileInfo(file.path).path());
+    sweep(folders);
+    std::vector<TagsWritten::Failed> failures;
+    for (const TagUndo::File &file : undo.files)
+        attempt(file.path, failures, [&]() -> std::optional<Failure> {
+            const auto done = undoTagsOf(file);
+            return done ? std::nullopt : std::optional(done.failure());
+        });
+    return failures;
+}
+
+} // namespace cantorel

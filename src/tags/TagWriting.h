@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "tags/SplicedFile.h"
+#include "tags/id3Tag.h"
+
+#include <QString>
+
+#include <sys/types.h>
+
+#include <ctime>
+#include <vector>
+
+namespace cantorel {
+
+// One file and the whole record that it is to have.
+struct TagsOfFile {
+    QString path;
+    id3Tag tag;
+};
+
+// What makes files again what they were before their tags were written. A value, as long as anybody wants to keep it.
+struct TagUndo {
+    // Which file, and in which state, as far as that shows without reading it.
+    struct Version {
+        dev_t device = 0;
+        ino_t number = 0;
+        off_t size = 0;
+        timespec modified{};
+        bool operator==(const Version &other) const;
+    };
+    struct File {
+        QString path;
+        std::vector<FilePiece> pieces; // of the file as it was, in that as it is
+        Version written;
+        timespec modified{}; // before
+    };
+    std::vector<File> files;
+};
+
+// What has come of several files: each is done or is as it was.
+struct TagsWritten {
+    struct Failed {
+        QString path;
+        foundation::Failure failure; // logged already
+    };
+    TagUndo undo;
+    std::vector<Failed> failures;
+};
+
+// Writes the tags of files, each for itself. A file is replaced by a copy that has been read back, with the same sound,
+// rights, owner and attributes; who kills us in the middle finds the old one or the new one. A file that stays the same
+// is not touched. What a link leads to is written; other hard links keep the old tags, which is logged. Any thread.
+TagsWritten writeTags(const std::vector<TagsOfFile> &files);
+
+// Makes the files again what they were, byte for byte, unless somebody has changed one since.
+std::vector<TagsWritten::Failed> undoTags(const TagUndo &undo);
+
+} // namespace cantorel

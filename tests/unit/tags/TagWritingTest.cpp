@@ -1,0 +1,143 @@
+#include "tags/TagWriting.h"
+
+#include "tags/AudioIdentify.h"
+#include "tests/support/Unfinished.h"
+#include "tests/unit/tags/TagFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMap>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+
+namespace cantorel {
+namespace {
+
+using test::contents;
+using test::store;
+using test::TagFiles;
+
+id3Tag titled(const QString &path, const QString &title) {
+    id3Tag tag = AudioIdentify::getID3TagFromFile(path).value_or(id3Tag());
+    tag.id3Title = title;
+    return tag;
+}
+
+QStringList namesIn(const QString &folder) {
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+}
+
+TEST_F(TagFiles, UndoGivesBackEveryByteOfManyFiles) {
+    std::vector<TagsOfFile> edits;
+    QMap<QString, QByteArray> before;
+    for (const char *name :
+         {"none.mp3", "v1.mp3", "v22.mp3", "v23.mp3", "v24.mp3", "none.m4a", "end.m4a", "front.m4a", "fragments.m4a"}) {
+        before[file(name)] = contents(file(name));
+        edits.push_back({file(name), titled(file(name), "A new and longer title")});
+    }
+    edits.push_back({file("gone.mp3"), {}});
+    const QStringList names = namesIn(mFolder.path());
+    const qint64 time = QFileInfo(file("v23.mp3")).lastModified().toMSecsSinceEpoch();
+    const TagsWritten written = writeTags(edits);
+    EXPECT_EQ(written.failures.size(), 1U);
+    for (auto one = before.begin(); one != before.end(); ++one)
+        EXPECT_NE(contents(one.key()), one.value()) << one.key().toStdString();
+    // One of them is changed by somebody else: that stays, and the others go back.
+    const QString touched = file("none.mp3");
+    store(touched, contents(touched) + "more");
+    before[touched] = contents(touched);
+    const auto failures = undoTags(written.undo);
+    ASSERT_EQ(failures.size(), 1U);
+    EXPECT_EQ(failures[0].path, touched);
+    for (auto one = before.begin(); one != before.end(); ++one)
+        EXPECT_EQ(contents(one.key()), one.value()) << one.key().toStdString();
+    EXPECT_EQ(QFileInfo(file("v23.mp3")).lastModified().toMSecsSinceEpoch(), time);
+    EXPECT_EQ(namesIn(mFolder.path()), names);
+}
+
+TEST_F(TagFiles, RightsAttributesAndLinksStay) {
+    const QString path = file("v23.mp3"), link = file("link.mp3"), twin = file("twin.mp3");
+    const QByteArray name = QFile::encodeName(path), before = contents(path);
+    ASSERT_EQ(::chmod(name.constData(), 0640), 0);
+    const bool takesAttributes = ::setxattr(name.constData(), "user.note", "mine", 4, 0) == 0;
+    ASSERT_TRUE(QFile::link(path, link));
+    ASSERT_EQ(::link(name.constData(), QFile::encodeName(twin).constData()), 0);
+    ASSERT_TRUE(AudioIdentify::saveID3ToFile(titled(path, "New"), link));
+    struct stat status {};
+    ASSERT_EQ(::lstat(name.constData(), &status), 0);
+    EXPECT_EQ(status.st_mode, S_IFREG | 0640U);
+    char value[8] = {};
+    EXPECT_EQ(::getxattr(name.constData(), "user.note", value, sizeof value), takesAttributes ? 4 : -1);
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(AudioIdentify::getID3TagFromFile(path)->id3Title, "New");
+    EXPECT_EQ(contents(twin), before); // the other name keeps what it had
+}
+
+TEST_F(TagFiles, AFullDiskAndARunningRecordingLeaveTheFileAsItWas) {
+    const QString path = file("v23.mp3");
+    const QByteArray before = contents(path);
+    const QStringList names = namesIn(mFolder.path());
+    const TagsOfFile edit{path, titled(path, "New")};
+    rlimit limit{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit small{static_cast<rlim_t>(before.size() / 2), limit.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    const TagsWritten full = writeTags({edit});
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(full.failures.size(), 1U);
+    EXPECT_EQ(contents(path), before);
+    const QString recording = test::unfinished(file("growing.m4a"));
+    const QByteArray until = contents(recording);
+    EXPECT_FALSE(AudioIdentify::saveID3ToFile({"New", "", "", "", "", {}, {}}, recording));
+    EXPECT_EQ(contents(recording), until);
+    QFile::remove(recording);
+    EXPECT_EQ(namesIn(mFolder.path()), names);
+}
+
+// A program that writes tags is killed at any moment: the file is the old one or a new one, and the next write clears
+// up.
+TEST_F(TagFiles, AKillInTheMiddleLeavesTheOldFileOrTheNewOne) {
+    for (const char *name : {"v23.mp3", "front.m4a"}) {
+        const QString path = file(name);
+        const QByteArray sound = test::packetsIn(path);
+        const QStringList names = namesIn(mFolder.path());
+        id3Tag even = titled(path, "Even"), odd = titled(path, QString(5000, 'o'));
+        even.id3Image.clear();
+        odd.id3Image.clear();
+        int littered = 0;
+        for (int round = 0; round < 24; ++round) {
+            const pid_t child = ::fork();
+            if (child == 0)
+                for (int i = 0;; ++i)
+                    (void)writeTags({{path, i % 2 ? odd : even}});
+            const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+            // As soon as the new file grows, or a little later.
+            for (int seen = 0; seen <= round % 4 && std::chrono::steady_clock::now() < deadline;)
+                seen += namesIn(mFolder.path()).size() > names.size();
+            ::kill(child, SIGKILL);
+            ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+            littered += namesIn(mFolder.path()) != names;
+            const auto tag = AudioIdentify::getID3TagFromFile(path);
+            ASSERT_TRUE(tag
+                        && (tag->id3Title == even.id3Title || tag->id3Title == odd.id3Title || tag->id3Title == "Old"));
+            ASSERT_TRUE(round % 8 != 0 || test::packetsIn(path) == sound);
+        }
+        EXPECT_GT(littered, 0); // or nothing was tried
+        ASSERT_TRUE(AudioIdentify::saveID3ToFile(titled(path, "Last"), path));
+        EXPECT_EQ(namesIn(mFolder.path()), names);
+    }
+}
+
+} // namespace
+} // namespace cantorel
