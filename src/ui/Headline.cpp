@@ -4,6 +4,7 @@
 #include "recording/control/RecorderPanel.h"
 #include "settings/AppSettings.h"
 #include "ui/DigitLabel.h"
+#include "ui/Fields.h"
 #include "ui/Icons.h"
 #include "ui/PageParts.h"
 #include "ui/look/Look.h"
@@ -56,7 +57,6 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
     mName->setObjectName(QStringLiteral("recordingName"));
     connect(mName, &QLineEdit::returnPressed, this, &Headline::nameEntered);
     mSilence->setObjectName(QStringLiteral("silence"));
-    mFormat->addItems(AppSettings::audioFormats());
     mFormat->setObjectName(QStringLiteral("format"));
     connect(mFormat, &QComboBox::activated, this, [this](int index) {
         AppSettings::setAudioFormat(index);
@@ -201,6 +201,7 @@ void Headline::showTexts() {
     mName->setPlaceholderText(Lang::windowEnterRecordingName());
     mName->setAccessibleName(Lang::windowEnterRecordingName());
     mFormat->setAccessibleName(Lang::commFormat());
+    showChoices(*mFormat, Tools::shownAudioFormats());
 }
 
 void Headline::showIcons() {

@@ -3,9 +3,9 @@
 #include "lang/Lang.h"
 #include "recording/hotkeys/HotKey.h"
 #include "settings/AppSettings.h"
+#include "ui/Fields.h"
 #include "ui/HotkeyField.h"
 #include "ui/Icons.h"
-#include "ui/NumberField.h"
 #include "ui/RowCard.h"
 #include "ui/look/Look.h"
 #include "util/tools/Tools.h"
@@ -164,7 +164,6 @@ SettingsPage::NumberedChoice &SettingsPage::addNumbered(RowCard &card, const cha
 
 void SettingsPage::makeRecording() {
     RowCard *files = card(), *silent = card();
-    mFormat->addItems(AppSettings::audioFormats());
     mFormat->setObjectName(QStringLiteral("settingsFormat"));
     mFormatRow = &files->addRow();
     mFormatRow->setControl(*mFormat);
@@ -401,6 +400,7 @@ void SettingsPage::showTexts() {
     mSilence->setText(Lang::windowSilenceAndLength());
     mLanguageRow->setTexts(Lang::settingsGeneralSetLanguage());
     mFormatRow->setTexts(Lang::commFormat());
+    showChoices(*mFormat, Tools::shownAudioFormats());
     mFolderRow->setTexts(Lang::windowOutputFolder());
     showNextName();
     mSkipRow->setTexts(Lang::settingsRecordSkipSilent(), Lang::windowWaitsForSound());

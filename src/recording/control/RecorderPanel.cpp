@@ -18,12 +18,16 @@ namespace {
 constexpr foundation::SentenceKey kOutputGone("OutputGone");
 constexpr std::size_t kMostMissed = 50; // remembered
 
-// As exactly as anybody plans with it; the signs of the units are the same in all languages.
+// As exactly as anybody plans with it.
 QString hoursAndMinutes(qint64 seconds) {
-    const qint64 hours = seconds / 3600, minutes = seconds / 60 % 60;
-    if (hours >= 10)
-        return QStringLiteral("%1 h").arg(hours);
-    return hours > 0 ? QStringLiteral("%1 h %2 min").arg(hours).arg(minutes) : QStringLiteral("%1 min").arg(minutes);
+    const auto so = [](QString text, qint64 count) {
+        return text.replace(QLatin1String("[#Count#]"), QString::number(count));
+    };
+    const QString hours = so(Lang::windowHours(), seconds / 3600),
+                  minutes = so(Lang::windowMinutes(), seconds / 60 % 60);
+    if (seconds < 3600)
+        return minutes;
+    return seconds < 36'000 ? hours + QLatin1Char(' ') + minutes : hours;
 }
 
 } // namespace
