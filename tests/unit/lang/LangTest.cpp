@@ -1,6 +1,7 @@
 #include "lang/Lang.h"
 
 #include "lang/LangTable.h"
+#include "platform/foundation/ErrorReason.h"
 #include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
@@ -10,6 +11,8 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 namespace cantorel {
 namespace {
@@ -154,6 +157,23 @@ TEST(LangSentence, IsSaidInTheLanguageInForceWithWhatIsFilledInAsItIs) {
         EXPECT_EQ(Lang::sentence(whole) == Lang::english(whole), language.name == "English");
         EXPECT_EQ(Lang::english(whole),
                   QStringLiteral("\"%1\" cannot be read: There is no device to record from; connect one..").arg(kName));
+    }
+}
+
+TEST(LangSentence, TellsWhyTheSystemRefusedInTheLanguageInForce) {
+    const struct {
+        int error;
+        const char *english, *german;
+    } cases[] = {{ENOSPC, "the disk is full", "der Datenträger ist voll"},
+                 {EACCES, "the rights for it are missing", "die Rechte dafür fehlen"},
+                 {EROFS, "the disk can only be read", "der Datenträger ist schreibgeschützt"},
+                 {EIO, "the disk reports an error", "der Datenträger meldet einen Fehler"},
+                 {ENAMETOOLONG, "its name is too long", "ihr Name ist zu lang"},
+                 {ENOTTY, "the system reports the error 25", "das System meldet den Fehler 25"}};
+    Lang::ChangeLanguage("German");
+    for (const auto &c : cases) {
+        EXPECT_EQ(Lang::sentence(foundation::errorReason(c.error)), c.german);
+        EXPECT_EQ(Lang::english(foundation::errorReason(c.error)), c.english);
     }
 }
 
