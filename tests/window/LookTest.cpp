@@ -4,7 +4,9 @@
 #include "ui/RecordButton.h"
 
 #include <QAbstractButton>
+#include <QHeaderView>
 #include <QLabel>
+#include <QStandardItemModel>
 #include <QTabWidget>
 #include <QTableView>
 
@@ -135,6 +137,29 @@ TEST(Look, EveryColourStandsOutFromItsGround) {
             for (const auto ground : pair.grounds)
                 EXPECT_GE(contrast(tokens->*pair.ink, tokens->*ground), pair.least)
                     << pair.name << " on " << (tokens->*ground).name().toStdString();
+}
+
+TEST(Look, TheArrowOfAHeaderPointsDownWhereTheLargestComesFirst) {
+    const Look look(nullptr);
+    QStandardItemModel model(0, 1);
+    model.setHorizontalHeaderLabels({QString()});
+    QHeaderView header(Qt::Horizontal);
+    header.setModel(&model);
+    header.setSortIndicatorShown(true);
+    header.setSortIndicator(0, Qt::DescendingOrder);
+    header.resize(200, 40);
+    const QImage picture = header.grab(QRect(0, 0, header.sectionSize(0), 38)).toImage();
+    std::vector<int> widths; // of the arrow, from its top
+    for (int y = 0; y < picture.height(); ++y) {
+        int first = picture.width(), last = -1;
+        for (int x = 0; x < picture.width(); ++x)
+            if (picture.pixelColor(x, y).lightness() < 170)
+                first = std::min(first, x), last = x;
+        if (last >= 0)
+            widths.push_back(last - first);
+    }
+    ASSERT_GT(widths.size(), 2u);
+    EXPECT_GT(widths.front(), widths.back());
 }
 
 TEST(Look, TheWindowFollowsTheDesktopWhileItIsShown) {

@@ -255,7 +255,8 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
         if (!header || header->sortIndicator == QStyleOptionHeader::None)
             return;
         Painting painting(*painter);
-        painting.chevron(QRectF(option->rect).center(), 4, header->sortIndicator == QStyleOptionHeader::SortUp ? 2 : 0,
+        // A view that shows the largest or newest first asks for an arrow up; it points to where the smaller ones are.
+        painting.chevron(QRectF(option->rect).center(), 4, header->sortIndicator == QStyleOptionHeader::SortUp ? 0 : 2,
                          tokens.text);
         return;
     }
