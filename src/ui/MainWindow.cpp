@@ -119,6 +119,7 @@ void MainWindow::complete() {
     QApplication::setWindowIcon(applicationIcon());
     connect(&mLibraryTab->media(), &LibraryMedia::toWindow, this, [this] { bringToFront(); });
     connect(&mLibraryTab->media(), &LibraryMedia::toEnd, this, [this] { leave(); });
+    connect(&mParts.panel, &RecorderPanel::dayChanged, mLibraryTab, &LibraryTab::itemsDidChange);
     connect(mLibraryTab, &LibraryTab::playsIntoRecording, this, [this](const QString &file) { askToPlay(file); });
     mLibraryTab->listDidChange();
 }

@@ -156,6 +156,13 @@ TEST_F(LongLibrary, WhatIsDraggedAreTheFilesOfTheSelectionButNoUnfinishedOne) {
     EXPECT_FALSE(table->model()->index(0, 0).flags() & Qt::ItemIsDragEnabled);
 }
 
+TEST_F(LongLibrary, DatesAreShownAnewOnAnotherDay) {
+    int told = 0;
+    QObject::connect(table->model(), &QAbstractItemModel::dataChanged, table, [&] { ++told; });
+    panel.dayDidChange();
+    EXPECT_EQ(told, 1);
+}
+
 TEST_F(LongLibrary, DetailsStandBesideTheListOrCoverANarrowOneAndAreRemembered) {
     auto *panel = find<QWidget>("details");
     const auto texts = [&] {

@@ -81,6 +81,7 @@ public:
     void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const foundation::Sentence &why) override;
     void shutdownCountdown(int secondsLeft) override;
     void shutdownCancelled() override;
+    void dayDidChange() override { Q_EMIT dayChanged(); }
 
 Q_SIGNALS:
     // State, texts or controls have changed.
@@ -98,6 +99,8 @@ Q_SIGNALS:
     void playbackShallStop();
     void countdownDidChange();
     void missed(const QString &sentence);
+    // What reads "Today" does so no longer.
+    void dayChanged();
     // Seconds until the computer is shut down; below 0 if the shutdown was cancelled.
     void shutdownIn(int seconds);
 

@@ -100,6 +100,9 @@ void ScheduleTaskRunner::tick() {
     checkScheduleTask(now);
     showCountdown(now);
     tickShutdown();
+    // With the look of each second, so that neither sleep nor a clock that is set hides it.
+    if (last.toLocalTime().date() != now.toLocalTime().date())
+        mView.dayDidChange();
 }
 
 // Whether a look at the list would find the same as the last one.

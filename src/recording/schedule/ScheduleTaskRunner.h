@@ -48,6 +48,8 @@ public:
     // Every second until the computer is shut down; the person can cancel it.
     virtual void shutdownCountdown(int /*secondsLeft*/) {}
     virtual void shutdownCancelled() {}
+    // It is another day, by the local time of the machine.
+    virtual void dayDidChange() {}
 };
 
 // Starts what is due, settles what has ended, and shuts the computer down afterwards if the task asks for it. Looks at

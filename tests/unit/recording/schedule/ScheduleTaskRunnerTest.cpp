@@ -57,6 +57,7 @@ protected:
         events << QStringLiteral("%1 missed %2: %3").arg(stamp(start), task._taskName, reason).trimmed();
     }
     void shutdownCountdown(int secondsLeft) override { shutdownShown << secondsLeft; }
+    void dayDidChange() override { ++days; }
 
     QDateTime now() const {
         return startOfTime.addMSecs(std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count()
@@ -110,6 +111,7 @@ protected:
     qint64 handsMoved = 0; // milliseconds
     QStringList events;
     QList<int> shutdownShown;
+    int days = 0; // that were told
     TaskCountdown countdown;
     QString startFailure;
     bool failureLeavesRecordingShown = false;
@@ -474,6 +476,20 @@ TEST_F(ScheduleTaskRunnerTest, StoppedByHandItDoesNotShutDown) {
     endRecording();
     pass(100);
     EXPECT_TRUE(shutdownShown.isEmpty());
+}
+
+TEST_F(ScheduleTaskRunnerTest, ANewDayIsToldOnceWhateverTheClockAndTheMachineDid) {
+    begin("2026-03-02 23:59:50");
+    pass(5);
+    EXPECT_EQ(days, 0);
+    pass(10);
+    EXPECT_EQ(days, 1);
+    handsMoved = 3 * 86'400'000; // it slept
+    pass(5);
+    EXPECT_EQ(days, 2);
+    handsMoved = 0; // and its clock was wrong
+    pass(5);
+    EXPECT_EQ(days, 3);
 }
 
 TEST_F(ScheduleTaskRunnerTest, ANameCannotPretendToBeAPlaceholder) {
