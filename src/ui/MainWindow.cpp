@@ -278,6 +278,10 @@ void MainWindow::listen() {
     });
     connect(&panel, &RecorderPanel::missed, this,
             [this](const QString &sentence) { mNotices.tell(Lang::windowTaskMissed(), sentence); });
+    connect(&panel, &RecorderPanel::taskIsNear, this, [this](const QString &text) {
+        if (!isActiveWindow())
+            mNotices.tell(Lang::toolsScheduleTaskTitle(), text);
+    });
     connect(&panel, &RecorderPanel::shutdownIn, this, [this](int seconds) { showShutdown(seconds); });
     connect(&panel, &RecorderPanel::settled, this, [this] {
         if (!mParts.list.unsaved().isEmpty())
@@ -304,6 +308,14 @@ void MainWindow::listen() {
     });
     connect(mRecordingTab, &RecordingTab::shutdownCancelled, this,
             [this] { mParts.recorder.schedule().cancelShutdown(); });
+    const auto settle = [this](const foundation::Result<void> &done) {
+        if (!done)
+            mParts.panel.setSentence(done.failure().sentence);
+    };
+    connect(mRecordingTab, &RecordingTab::taskCancelled, this,
+            [this, settle] { settle(mParts.recorder.schedule().skipNextStart()); });
+    connect(mRecordingTab, &RecordingTab::taskWanted, this,
+            [this, settle] { settle(mParts.recorder.schedule().makeSkippedStart()); });
     connect(mRecordingTab, &RecordingTab::virtualDeviceWanted, this, &MainWindow::virtualDeviceWanted);
     mParts.list.view = this;
 }

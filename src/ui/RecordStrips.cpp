@@ -25,10 +25,14 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
       mList(list),
       mTrouble(new Strip(this)),
       mShutdown(new Strip(this)),
+      mSoon(new Strip(this)),
+      mSkipped(new Strip(this)),
       mWaiting(new Strip(this)),
       mResult(new Strip(this)),
       mAdvice(new Strip(this)),
       mCancel(&mShutdown->addAction(QStringLiteral("cancelShutdown"), true)),
+      mSkip(&mSoon->addAction(QStringLiteral("skipTask"), false)),
+      mUndoSkip(&mSkipped->addAction(QStringLiteral("undoSkip"), false)),
       mKeepSilence(&mWaiting->addAction(QStringLiteral("keepSilence"), false)),
       mPlay(&mResult->addAction(QStringLiteral("playResult"), true)),
       mRename(&mResult->addAction(QStringLiteral("renameResult"), false)),
@@ -40,6 +44,12 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
     mShutdown->text().setObjectName(QStringLiteral("shutdown"));
     mShutdown->close().hide(); // its button says what it does
     connect(mCancel, &QPushButton::clicked, this, &RecordStrips::shutdownCancelled);
+    mSoon->text().setObjectName(QStringLiteral("taskSoon"));
+    mSoon->close().hide(); // it stays until the task begins
+    connect(mSkip, &QPushButton::clicked, this, &RecordStrips::taskCancelled);
+    mSkipped->text().setObjectName(QStringLiteral("taskSkipped"));
+    mSkipped->close().hide(); // it stays until it is too late
+    connect(mUndoSkip, &QPushButton::clicked, this, &RecordStrips::taskWanted);
     mWaiting->text().setObjectName(QStringLiteral("waiting"));
     mWaiting->close().hide(); // it stays as long as it is silent
     connect(mKeepSilence, &QPushButton::clicked, this, [this] {
@@ -62,7 +72,7 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins({});
     column->setSpacing(0);
-    for (Strip *strip : {mTrouble, mShutdown, mWaiting, mResult, mAdvice})
+    for (Strip *strip : {mTrouble, mShutdown, mSoon, mSkipped, mWaiting, mResult, mAdvice})
         column->addWidget(strip);
 }
 
@@ -93,6 +103,8 @@ void RecordStrips::showState() {
         QString text;
     } news[] = {{mTrouble, isIdle ? Strip::Kind::Error : Strip::Kind::Warning, mPanel.sentence()},
                 {mShutdown, Strip::Kind::Waiting, shutdownText()},
+                {mSoon, Strip::Kind::Waiting, mPanel.taskSoonText()},
+                {mSkipped, Strip::Kind::Hint, skippedText()},
                 {mWaiting, Strip::Kind::Waiting,
                  mPanel.state() == RecorderState::WaitingForSound
                      ? Lang::windowSilenceIsSkipped() + QLatin1Char(' ') + Lang::windowGoesOnWithSound()
@@ -157,6 +169,11 @@ QString RecordStrips::shutdownText() const {
     return Lang::windowShutdownIn(mSecondsToShutdown);
 }
 
+QString RecordStrips::skippedText() const {
+    const QString name = mPanel.countdown().skippedName;
+    return name.isEmpty() ? QString() : Lang::windowTaskSkipped().replace(QLatin1String("[#TaskName#]"), name);
+}
+
 QString RecordStrips::resultText() const {
     if (!mFinished)
         return {};
@@ -170,7 +187,9 @@ QString RecordStrips::resultText() const {
 }
 
 void RecordStrips::showTexts() {
-    mCancel->setText(Lang::btnCancel());
+    for (QPushButton *button : {mCancel, mSkip})
+        button->setText(Lang::btnCancel());
+    mUndoSkip->setText(Lang::windowUndo());
     mKeepSilence->setText(Lang::windowKeepSilence());
     mRename->setText(Lang::btnRename());
     mName->setAccessibleName(Lang::commFileName());

@@ -43,6 +43,9 @@ Q_SIGNALS:
     void silenceKept();
     void virtualDeviceWanted();
     void shutdownCancelled();
+    // The start that comes next shall not be made; it shall after all.
+    void taskCancelled();
+    void taskWanted();
     // What is missing may be there now.
     void mended();
     void playWanted(const QString &file);
@@ -50,6 +53,7 @@ Q_SIGNALS:
 
 private:
     QString shutdownText() const;
+    QString skippedText() const;
     QString resultText() const;
     void mend();
     void editName(bool isEdited);
@@ -58,8 +62,8 @@ private:
 
     RecorderPanel &mPanel;
     RecordedList &mList;
-    Strip *mTrouble, *mShutdown, *mWaiting, *mResult, *mAdvice; // the most urgent first
-    QPushButton *mCancel, *mKeepSilence, *mPlay, *mRename, *mReveal, *mMend;
+    Strip *mTrouble, *mShutdown, *mSoon, *mSkipped, *mWaiting, *mResult, *mAdvice; // the most urgent first
+    QPushButton *mCancel, *mSkip, *mUndoSkip, *mKeepSilence, *mPlay, *mRename, *mReveal, *mMend;
     QLineEdit *mName; // of the result, while it is renamed
     QString mNameTrouble;
     RecordingAdvice mLack;

@@ -53,6 +53,9 @@ Q_SIGNALS:
     // The person wants the virtual device installed.
     void virtualDeviceWanted();
     void shutdownCancelled();
+    // The start of the task that comes next shall not be made; it shall after all.
+    void taskCancelled();
+    void taskWanted();
     // A recording shall begin that has no name yet.
     void nameWanted();
     void playWanted(const QString &file);

@@ -56,6 +56,8 @@ public:
     // When the next task begins, or that it is recorded now; empty without one.
     QString taskStartText() const;
     const TaskCountdown &countdown() const { return mCountdown; }
+    // That a task begins within some minutes; empty without one.
+    QString taskSoonText() const;
     // Which task comes next, and that the program must keep running for it; empty without one.
     QString taskAheadText() const;
 
@@ -98,6 +100,8 @@ Q_SIGNALS:
     void settled();
     void playbackShallStop();
     void countdownDidChange();
+    // A task begins within some minutes.
+    void taskIsNear(const QString &text);
     void missed(const QString &sentence);
     // What reads "Today" does so no longer.
     void dayChanged();
