@@ -5,6 +5,7 @@
 #include "settings/AppSettings.h"
 #include "ui/DigitLabel.h"
 #include "ui/Fields.h"
+#include "ui/FileDialogs.h"
 #include "ui/Icons.h"
 #include "ui/PageParts.h"
 #include "ui/look/Look.h"
@@ -14,7 +15,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QToolButton>
@@ -110,11 +110,10 @@ void Headline::forgetName() { mName->clear(); }
 void Headline::setFileShown(bool isShown) { mFileLine->setVisible(isShown); }
 
 void Headline::chooseFolder() {
-    const QString chosenFolder =
-        QFileDialog::getExistingDirectory(this, Lang::commSelectFolder(), AppSettings::outputPath());
-    if (!chosenFolder.isEmpty())
-        AppSettings::setOutputPath(chosenFolder);
-    Q_EMIT chosen();
+    ui::chooseFolder(*this, Lang::commSelectFolder(), AppSettings::outputPath(), [this](const QString &folder) {
+        AppSettings::setOutputPath(folder);
+        Q_EMIT chosen();
+    });
 }
 
 void Headline::showNumbers() {

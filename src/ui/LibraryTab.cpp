@@ -5,6 +5,7 @@
 #include "settings/UserDefaultFunctions.h"
 #include "ui/Deck.h"
 #include "ui/DetailsPanel.h"
+#include "ui/FileDialogs.h"
 #include "ui/Icons.h"
 #include "ui/PlayerBar.h"
 #include "ui/RecordingsTable.h"
@@ -17,7 +18,6 @@
 #include <QDateTime>
 #include <QDragEnterEvent>
 #include <QEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -410,12 +410,7 @@ void LibraryTab::remove(RecordingsRemoval::Files files) {
 }
 
 void LibraryTab::chooseFiles() {
-    QFileDialog dialog(this);
-    dialog.setWindowTitle(Lang::windowSoundFiles());
-    dialog.setFileMode(QFileDialog::ExistingFiles);
-    dialog.setObjectName(QStringLiteral("chooseFiles"));
-    if (dialog.exec() == QDialog::Accepted)
-        add(dialog.selectedFiles());
+    ui::chooseFiles(*this, Lang::windowSoundFiles(), [this](const QStringList &files) { add(files); });
 }
 
 void LibraryTab::add(const QStringList &paths) {

@@ -4,6 +4,7 @@
 #include "recording/hotkeys/HotKey.h"
 #include "settings/AppSettings.h"
 #include "ui/Fields.h"
+#include "ui/FileDialogs.h"
 #include "ui/HotkeyField.h"
 #include "ui/Icons.h"
 #include "ui/RowCard.h"
@@ -17,7 +18,6 @@
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QScrollArea>
@@ -318,12 +318,11 @@ void SettingsPage::chooseLanguage(const QString &displayName) {
 }
 
 void SettingsPage::chooseFolder() {
-    const QString chosen = QFileDialog::getExistingDirectory(this, Lang::commSelectFolder(), AppSettings::outputPath());
-    if (chosen.isEmpty())
-        return;
-    AppSettings::setOutputPath(chosen);
-    showSettings();
-    Q_EMIT recordingChanged();
+    ui::chooseFolder(*this, Lang::commSelectFolder(), AppSettings::outputPath(), [this](const QString &folder) {
+        AppSettings::setOutputPath(folder);
+        showSettings();
+        Q_EMIT recordingChanged();
+    });
 }
 
 void SettingsPage::chooseHotkey(std::size_t index, const QString &text) {

@@ -8,6 +8,7 @@
 #include "platform/desktop/dbus/DBusRemoteControl.h"
 #include "platform/desktop/dbus/DBusSleepDelay.h"
 #include "platform/desktop/portal/PortalAppearance.h"
+#include "platform/desktop/portal/PortalFileChooser.h"
 #include "platform/desktop/portal/PortalHotKeys.h"
 #include "platform/desktop/x11/X11HotKeys.h"
 #include "settings/AppSettings.h"
@@ -29,6 +30,7 @@ desktop::Services desktopServices() {
                                                                    QStringLiteral("com.tessolar.Cantorel.Recorder"));
     services.sleep = std::make_unique<desktop::DBusSleepDelay>();
     services.appearance = std::make_unique<desktop::PortalAppearance>([] { return QDBusConnection::sessionBus(); });
+    services.chooser = std::make_unique<desktop::PortalFileChooser>([] { return QDBusConnection::sessionBus(); });
     return services;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/desktop/Appearance.h"
+#include "platform/desktop/FileChooser.h"
 #include "platform/desktop/FileManagerReveal.h"
 #include "platform/desktop/MediaControls.h"
 #include "platform/desktop/Notifications.h"
@@ -26,6 +27,7 @@ struct Services {
     std::unique_ptr<RemoteControl> remote;
     std::unique_ptr<SleepDelay> sleep;
     std::unique_ptr<Appearance> appearance;
+    std::unique_ptr<FileChooser> chooser;
     SystemVersion version = SystemVersion::current();
 };
 
