@@ -4,12 +4,15 @@
 #include "recording/control/ListRequests.h"
 #include "recording/control/RecorderPanel.h"
 #include "settings/AppSettings.h"
+#include "ui/Icons.h"
 #include "ui/Strip.h"
+#include "ui/look/Look.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
 
 #include <QBoxLayout>
 #include <QDir>
+#include <QEvent>
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
@@ -28,7 +31,7 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
       mSoon(new Strip(this)),
       mSkipped(new Strip(this)),
       mWaiting(new Strip(this)),
-      mResult(new Strip(this)),
+      mResult(new Strip(this, Strip::Form::Card)),
       mAdvice(new Strip(this)),
       mCancel(&mShutdown->addAction(QStringLiteral("cancelShutdown"), true)),
       mSkip(&mSoon->addAction(QStringLiteral("skipTask"), false)),
@@ -56,7 +59,8 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
         AppSettings::setAutoSkipSilence(false);
         Q_EMIT silenceKept();
     });
-    mResult->text().setObjectName(QStringLiteral("result"));
+    mResult->title().setObjectName(QStringLiteral("result"));
+    mResult->text().setObjectName(QStringLiteral("resultDetails"));
     mResult->close().setObjectName(QStringLiteral("resultClose"));
     connect(mPlay, &QPushButton::clicked, this, [this] { Q_EMIT playWanted(mFinished->file); });
     connect(mReveal, &QPushButton::clicked, this, [this] { Q_EMIT revealWanted(mFinished->file); });
@@ -69,6 +73,7 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
     mAdvice->text().setObjectName(QStringLiteral("advice"));
     mAdvice->close().hide(); // it stays as long as it holds
     connect(mMend, &QPushButton::clicked, this, [this] { mend(); });
+    showIcons();
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins({});
     column->setSpacing(0);
@@ -100,22 +105,27 @@ void RecordStrips::showState() {
     const struct {
         Strip *strip;
         Strip::Kind kind;
-        QString text;
-    } news[] = {{mTrouble, isIdle ? Strip::Kind::Error : Strip::Kind::Warning, mPanel.sentence()},
-                {mShutdown, Strip::Kind::Waiting, shutdownText()},
-                {mSoon, Strip::Kind::Waiting, mPanel.taskSoonText()},
-                {mSkipped, Strip::Kind::Hint, skippedText()},
-                {mWaiting, Strip::Kind::Waiting,
-                 mPanel.state() == RecorderState::WaitingForSound
-                     ? Lang::windowSilenceIsSkipped() + QLatin1Char(' ') + Lang::windowGoesOnWithSound()
-                     : QString()},
-                {mResult, Strip::Kind::Result, resultText()},
-                {mAdvice, lacksServer ? Strip::Kind::Warning : Strip::Kind::Hint,
-                 mIsAdviceShown ? Lang::sentence(mLack.sentence) : QString()}};
-    bool isTold = false;
-    for (const auto &[strip, kind, text] : news) {
-        strip->tell(kind, isTold ? QString() : text);
+        QString text, title = {};
+    } news[] = {
+        {mTrouble, isIdle ? Strip::Kind::Error : Strip::Kind::Warning, mPanel.sentence()},
+        {mShutdown, Strip::Kind::Waiting, shutdownText()},
+        {mSoon, Strip::Kind::Waiting, mPanel.taskSoonText()},
+        {mSkipped, Strip::Kind::Hint, skippedText()},
+        {mWaiting, Strip::Kind::Waiting,
+         mPanel.state() == RecorderState::WaitingForSound
+             ? Lang::windowSilenceIsSkipped() + QLatin1Char(' ') + Lang::windowGoesOnWithSound()
+             : QString()},
+        {mResult, Strip::Kind::Result, resultText(), mFinished ? QFileInfo(mFinished->file).fileName() : QString()},
+        {mAdvice, lacksServer ? Strip::Kind::Warning : Strip::Kind::Hint,
+         mIsAdviceShown ? Lang::sentence(mLack.sentence) : QString()}};
+    bool isTold = false, wasTold = false;
+    for (const auto &[strip, kind, text, title] : news)
+        wasTold |= !strip->isHidden();
+    for (const auto &[strip, kind, text, title] : news) {
+        strip->tell(kind, isTold ? QString() : text, title);
         isTold |= !text.isEmpty();
+        if (wasTold && !strip->isHidden())
+            strip->unfoldAtOnce(); // in the place of another
     }
 }
 
@@ -180,10 +190,25 @@ QString RecordStrips::resultText() const {
     if (!mNameTrouble.isEmpty())
         return mNameTrouble;
     const QFileInfo file(mFinished->file);
-    const QStringList parts{file.fileName(), ToolString::stringFromDuration(mFinished->seconds),
-                            ToolFile::fileSizeFormatterToString(mFinished->bytes).trimmed(),
-                            QDir(file.path()).dirName()};
-    return parts.join(QStringLiteral("   "));
+    const QString numbers = ToolString::stringFromDuration(mFinished->seconds) + QStringLiteral(", ")
+                            + ToolFile::fileSizeFormatterToString(mFinished->bytes).trimmed();
+    return Lang::windowFormatInFolder()
+        .replace(QLatin1String("[#Format#]"), numbers)
+        .replace(QLatin1String("[#Folder#]"), QDir(file.path()).dirName());
+}
+
+void RecordStrips::showIcons() {
+    QPalette filled = palette();
+    filled.setColor(QPalette::ButtonText, Look::tokens().onAccent);
+    mPlay->setIcon(icon(QStringLiteral("play"), filled));
+    mRename->setIcon(icon(QStringLiteral("rename"), palette()));
+    mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
+}
+
+void RecordStrips::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange)
+        showIcons();
+    QWidget::changeEvent(event);
 }
 
 void RecordStrips::showTexts() {
@@ -191,10 +216,10 @@ void RecordStrips::showTexts() {
         button->setText(Lang::btnCancel());
     mUndoSkip->setText(Lang::windowUndo());
     mKeepSilence->setText(Lang::windowKeepSilence());
-    mRename->setText(Lang::btnRename());
+    mResult->setWord(*mRename, Lang::btnRename());
     mName->setAccessibleName(Lang::commFileName());
     mPlay->setText(Lang::btnPlay());
-    mReveal->setText(Lang::btnShowInFinder());
+    mResult->setWord(*mReveal, Lang::btnShowInFinder());
     mResult->setAccessibleName(Lang::windowFileReady());
     for (Strip *strip : {mTrouble, mResult})
         strip->close().setToolTip(Lang::btnClose());

@@ -58,6 +58,8 @@ private:
     void mend();
     void editName(bool isEdited);
     void rename();
+    void showIcons();
+    void changeEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
     RecorderPanel &mPanel;

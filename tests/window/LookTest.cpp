@@ -2,8 +2,10 @@
 
 #include "tests/window/WindowFixture.h"
 #include "ui/RecordButton.h"
+#include "ui/Strip.h"
 
 #include <QAbstractButton>
+#include <QBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QStandardItemModel>
@@ -160,6 +162,27 @@ TEST(Look, TheArrowOfAHeaderPointsDownWhereTheLargestComesFirst) {
     }
     ASSERT_GT(widths.size(), 2u);
     EXPECT_GT(widths.front(), widths.back());
+}
+
+TEST(Look, AStripUnfoldsOverTimeAndAtOnceWhereMotionIsReduced) {
+    Look look(nullptr);
+    for (const bool isReduced : {false, true}) {
+        look.follow({Scheme::Light, false, isReduced});
+        QWidget page;
+        QVBoxLayout column(&page);
+        ui::Strip strip(&page);
+        column.addStretch();
+        column.addWidget(&strip);
+        page.resize(500, 300);
+        page.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&page));
+        strip.tell(ui::Strip::Kind::Hint, "News.");
+        const int whole = strip.findChild<QWidget *>()->sizeHint().height();
+        EXPECT_EQ(strip.heightForWidth(400), isReduced ? whole : 0);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return strip.height() == whole; }));
+        strip.tell(ui::Strip::Kind::Hint, {});
+        EXPECT_TRUE(strip.isHidden());
+    }
 }
 
 TEST(Look, TheWindowFollowsTheDesktopWhileItIsShown) {
