@@ -25,7 +25,7 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr int kDot = 8;
+constexpr int kDot = 8, kLeastFormat = 96;
 constexpr QString (*kReady[])() = {Lang::windowReadySystem, Lang::windowReadyMicrophone, Lang::windowReadyBoth};
 
 QString readyText() { return kReady[qBound(0, AppSettings::getAudioType(), int(std::size(kReady)) - 1)](); }
@@ -49,7 +49,8 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
       mFolder(new QToolButton(this)) {
     mState->setObjectName(QStringLiteral("state"));
     mElapsed->setObjectName(QStringLiteral("elapsed"));
-    mFolder->setAutoRaise(true);
+    Look::makeChip(*mFormat);
+    Look::makeChip(*mFolder);
     mFolder->setFocusPolicy(Qt::StrongFocus);
     mFolder->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     mFolder->setObjectName(QStringLiteral("folder"));
@@ -58,6 +59,7 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
     connect(mName, &QLineEdit::returnPressed, this, &Headline::nameEntered);
     mSilence->setObjectName(QStringLiteral("silence"));
     mFormat->setObjectName(QStringLiteral("format"));
+    mFormat->setMinimumWidth(Look::scaled(*this, kLeastFormat)); // It names less where there is no room.
     connect(mFormat, &QComboBox::activated, this, [this](int index) {
         AppSettings::setAudioFormat(index);
         Q_EMIT chosen();
@@ -126,6 +128,7 @@ void Headline::showNumbers() {
     mTimeLeft->setText(mPanel.timeLeftText());
     for (DigitLabel *number : {mSize, mTimeLeft}) {
         setInk(*number, tokens.text2);
+        number->setVisible(mElapsed->sizeHint().width() + measure::kGap + number->sizeHint().width() <= mRoom);
         number->updateGeometry();
     }
 }
@@ -167,7 +170,7 @@ void Headline::showFile() {
     const QString folder = QDir(AppSettings::outputPath()).dirName();
     mFolder->setText({});
     const int taken = (isNamed ? mFile : static_cast<QWidget *>(mName))->minimumSizeHint().width()
-                      + mFormat->sizeHint().width() + mFolder->sizeHint().width() + 3 * measure::kGap;
+                      + qMin(mFormat->sizeHint().width(), mRoom / 2) + mFolder->sizeHint().width() + 3 * measure::kGap;
     mFolder->setText(
         mFolder->fontMetrics().elidedText(folder, Qt::ElideMiddle, qMin(qMin(width(), mRoom) / 4, mRoom - taken)));
     QString details = Lang::windowFormatInFolder()

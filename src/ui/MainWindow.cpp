@@ -163,7 +163,9 @@ QWidget *MainWindow::makeHome() {
     row->addWidget(mMenuButton);
     corner->setObjectName(QStringLiteral("corner"));
     auto *lead = new QWidget(this);
-    (new QHBoxLayout(lead))->addSpacing(measure::kGap);
+    auto *before = new QHBoxLayout(lead);
+    before->setContentsMargins({});
+    before->addSpacing(measure::kMargin - style()->pixelMetric(QStyle::PM_TabBarTabHSpace) / 2);
     mTabs->setCornerWidget(lead, Qt::TopLeftCorner);
     connect(mPill, &Pill::shown, this, [this] { showTab(mRecordingTab); });
     connect(mPill, &Pill::paused, this, [this] { mParts.session.onPauseRecording(); });

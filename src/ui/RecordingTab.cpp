@@ -140,6 +140,7 @@ void RecordingTab::showState() {
     mHeadline->setFileShown(!isOffering);
     mStrips->setAdviceShown(!isOffering);
     mSourceLine->setRecording(mPanel.isRunning());
+    mPicture->setRunning(mPanel.isRunning());
     mLevels->setVisible(mPanel.isRunning());
     if (mPanel.isRunning())
         mLevels->setBoth(mSession.currentFile().source == RecordingSource::Both);
