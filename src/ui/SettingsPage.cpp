@@ -88,6 +88,7 @@ SettingsPage::SettingsPage(QWidget *parent)
         if (isOn)
             mPages->setCurrentIndex(page);
         showIcons();
+        fit();
     });
     mChosen->button(General)->setChecked(true);
     fit();
@@ -269,9 +270,15 @@ void SettingsPage::fit() {
     const int beside = isNarrow ? measure::kNarrowMargin : kListMargin;
     mListLayout->setContentsMargins(beside, isNarrow ? measure::kGap : kListMargin, beside, 0);
     mList->setMinimumWidth(isNarrow ? 0 : Look::scaled(*this, kList));
-    for (QAbstractButton *button : mChosen->buttons())
-        static_cast<QToolButton *>(button)->setToolButtonStyle(isNarrow ? Qt::ToolButtonTextOnly
-                                                                        : Qt::ToolButtonTextBesideIcon);
+    const auto show = [this](Qt::ToolButtonStyle style, bool isForChosen) {
+        for (QAbstractButton *button : mChosen->buttons())
+            if (isForChosen || !button->isChecked())
+                static_cast<QToolButton *>(button)->setToolButtonStyle(style);
+        mListLayout->invalidate();
+    };
+    show(isNarrow ? Qt::ToolButtonTextOnly : Qt::ToolButtonTextBesideIcon, true);
+    if (isNarrow && mListLayout->minimumSize().width() > width())
+        show(Qt::ToolButtonIconOnly, false);
     const int margin = isNarrow ? measure::kNarrowMargin : measure::kMargin;
     for (QBoxLayout *column : mColumns)
         column->setContentsMargins(measure::kNarrowMargin, kListMargin, margin, margin);
@@ -395,6 +402,9 @@ void SettingsPage::showTexts() {
     mChosen->button(General)->setText(Lang::settingsGeneralTitle());
     mChosen->button(Recording)->setText(Lang::settingsRecordTitle());
     mChosen->button(Hotkeys)->setText(Lang::settingsGeneralHotkey());
+    for (QAbstractButton *button : mChosen->buttons())
+        button->setToolTip(button->text());
+    fit();
     mFiles->setText(Lang::windowFiles());
     mSilence->setText(Lang::windowSilenceAndLength());
     mLanguageRow->setTexts(Lang::settingsGeneralSetLanguage());

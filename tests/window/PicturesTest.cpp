@@ -104,6 +104,12 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
         window.recordPage().showShutdown(30);
         look(window, name + "-shutdown");
         window.recordPage().showShutdown(-1);
+        window.recordPage().showResult({.file = path("A long evening.mp3"), .seconds = 5025, .bytes = 120'000'000});
+        look(window, name + "-result");
+        RecordingControls runs;
+        runs.startShowsStop = true;
+        panel.recordingControlsDidChange(runs); // with which the result goes
+        panel.recordingControlsDidChange({});
         openSettings();
         for (const int page : {0, 1, 2}) {
             turnSettingsTo(page);
@@ -133,6 +139,10 @@ struct LargeText {
 };
 
 class LargePictures : public LargeText, public Pictures {};
+
+TEST_F(LargePictures, TextOfTwiceTheSizeFitsTheSmallestWindow) {
+    expectAllTextsShown({560, 420}, {560, 420}, "least-");
+}
 
 TEST_F(LargePictures, TextOfTwiceTheSizeFitsOnASmallLaptop) { expectAllTextsShown({1100, 680}, {1366, 720}, "large-"); }
 
