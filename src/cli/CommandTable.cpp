@@ -6,6 +6,8 @@
 #include "platform/foundation/Console.h"
 #include "settings/AppSettings.h"
 
+#include <QFileInfo>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -55,11 +57,18 @@ CLI::App &addVerb(CLI::App &above, CommandSession &session, const char *name, co
     return *verb;
 }
 
+QList<QUrl> fileUrls(const std::vector<std::string> &files) {
+    QList<QUrl> urls;
+    for (const std::string &file : files)
+        urls << QUrl::fromLocalFile(QFileInfo(QString::fromStdString(file)).absoluteFilePath());
+    return urls;
+}
+
 std::span<const AddCommand> allCommands() {
-    static constexpr AddCommand kCommands[] = {addDoctorCommand,   addDevicesCommand,  addDriverCommand,
-                                               addRecordCommand,   addSettingsCommand, addTasksCommand,
-                                               addHotkeysCommand,  addLangCommand,     addLibraryCommand,
-                                               addControlCommands, addUpdateCommand};
+    static constexpr AddCommand kCommands[] = {
+        addDoctorCommand, addDevicesCommand, addDriverCommand, addRecordCommand,  addSettingsCommand,
+        addTasksCommand,  addHotkeysCommand, addLangCommand,   addLibraryCommand, addControlCommands,
+        addUpdateCommand, addInfoCommand,    addConvertCommand};
     return kCommands;
 }
 

@@ -2,8 +2,12 @@
 
 #include "cli/CommandSession.h"
 
+#include <QList>
+#include <QUrl>
+
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -13,6 +17,8 @@ namespace cantorel {
 
 // The commands, a file each: every one adds itself with its options and its example to the command line.
 
+// "convert FILE...": the conversion queue.
+void addConvertCommand(CLI::App &root, CommandSession &session);
 // "start", "stop", "toggle", "pause", "split", "status": asks the Cantorel that runs.
 void addControlCommands(CLI::App &root, CommandSession &session);
 // "devices": lists the devices, switches a default, reads or sets a volume.
@@ -23,6 +29,8 @@ void addDoctorCommand(CLI::App &root, CommandSession &session);
 void addDriverCommand(CLI::App &root, CommandSession &session);
 // "hotkeys parse TEXT": what a hot-key text means.
 void addHotkeysCommand(CLI::App &root, CommandSession &session);
+// "info FILE...": the media information of files.
+void addInfoCommand(CLI::App &root, CommandSession &session);
 // "lang list", "lang get KEY": the languages and the text table.
 void addLangCommand(CLI::App &root, CommandSession &session);
 // "library list|remove|rename": the list of recordings.
@@ -35,6 +43,9 @@ void addSettingsCommand(CLI::App &root, CommandSession &session);
 void addTasksCommand(CLI::App &root, CommandSession &session);
 // "update check": what the maker's server says of the latest release.
 void addUpdateCommand(CLI::App &root, CommandSession &session);
+
+// Files as they are named on the command line, by their full paths.
+QList<QUrl> fileUrls(const std::vector<std::string> &files);
 
 // Adds a command below another: what it is for, an example (what stands behind the program's name), and what it does
 // when it is chosen. One without an action only holds others.

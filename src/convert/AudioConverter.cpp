@@ -2,25 +2,20 @@
 
 #include "lang/Lang.h"
 #include "log/Log.h"
-#include "platform/foundation/ChildProcess.h"
 #include "platform/foundation/FileIdentity.h"
 #include "platform/foundation/HiddenFile.h"
-#include "platform/media/SoundReader.h"
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
 
-#include <QFile>
 #include <QFileInfo>
 
-#include <cerrno>
-#include <cmath>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace cantorel {
 
-using foundation::ChildProcess;
 using foundation::Failure;
 using foundation::FileIdentity;
 using foundation::HiddenFile;
@@ -35,7 +30,6 @@ constexpr foundation::SentenceKey kRemovedUnconverted("RemovedUnconverted", "Fil
 constexpr foundation::SentenceKey kNoConverter("NoConverter", "FileName");
 constexpr foundation::SentenceKey kNoRoomToConvert("NoRoomToConvert", "FileName");
 constexpr foundation::SentenceKey kNotConverted("NotConverted", "FileName");
-constexpr foundation::SentenceKey kConverterMissing("ConverterMissing");
 
 using namespace std::chrono_literals;
 
@@ -50,10 +44,6 @@ constexpr OutputFormat kFormats[] = {{"mp3", "320k"},  {"mp3", "128k"}, {"m4a", 
                                      {"flac", "320k"}, {"flac", "128k"}};
 constexpr int kDefaultIndex = 1;
 constexpr int kChecksForInput = 30;
-constexpr double kRecordedBytesPerSecond = 16000; // well below what the recorder writes
-// What a coder may add: an MP3 begins with 1105 frames of delay and ends on a full block behind them, at 44100 a
-// second.
-constexpr double kCoderPadding = 0.1;
 
 int validIndex(int index) { return index >= 0 && index < int(std::size(kFormats)) ? index : kDefaultIndex; }
 bool isLossless(int index) { return index == 2 || index == 3; }
@@ -79,57 +69,44 @@ bool waitForFile(const QString &path, foundation::Clock &clock, const std::stop_
     return false;
 }
 
-constexpr const char *kEmpty = "it is empty";
-constexpr int kProgramMissing = 127; // the exit status by which shells and the launcher tell it
-
-QString describe(const ChildProcess::Ending &ending) {
-    return ending.timedOut ? QStringLiteral("it took too long")
-           : ending.signal ? QStringLiteral("it was ended by signal %1").arg(ending.signal)
-                           : QStringLiteral("its exit status was %1").arg(ending.exitStatus);
-}
-
-Failure converterFailed(const QString &inputFile, const ChildProcess::Finished &run, const QString &why) {
-    const foundation::Sentence sentence = !QFile::exists(inputFile)                  ? kRemovedUnconverted(inputFile)
-                                          : run.ending.exitStatus == kProgramMissing ? kNoConverter(inputFile)
-                                          : run.output.contains("No space left on device") ? kNoRoomToConvert(inputFile)
-                                          : why == QLatin1String(kEmpty)                   ? kConvertedEmpty()
-                                                                                           : kNotConverted(inputFile);
-    return {sentence, QStringLiteral("%1: %2").arg(why, QString::fromUtf8(run.output.right(2000)))};
-}
-
-// Why the result is not the whole recording; empty when it is, and on the disk.
-QString lackOf(const HiddenFile &result, const QString &inputFile) {
-    if (const int error = result.flush())
-        return QStringLiteral("flushing it: errno %1").arg(error);
-    if (QFileInfo(result.path()).size() == 0)
-        return QString::fromLatin1(kEmpty);
-    const auto recorded = media::soundSeconds(inputFile), converted = media::soundSeconds(result.path());
-    if (!recorded || !converted)
-        return (recorded ? converted : recorded).failure().detail;
-    if (std::abs(converted.value() - recorded.value()) <= kCoderPadding)
-        return {};
-    return QStringLiteral("%1 s of %2 s are in it").arg(converted.value()).arg(recorded.value());
-}
-
-// Gives the result its name: the recording's own, or else the one wanted or the next free one.
-Result<QString> name(HiddenFile &result, int index, const QString &inputFile, const FileIdentity &recording,
-                     QString wanted) {
-    int error = 0;
-    if (isLossless(index)) {
-        error = result.replace(wanted = inputFile, recording);
-    } else {
-        QString next = std::move(wanted);
-        do {
-            wanted = next;
-            error = result.take(wanted);
-            next = ToolString::renameFromFilePath(wanted, 0);
-        } while (error == EEXIST && next != wanted); // a dangling link counts as free there
+Failure recordingFailed(const QString &inputFile, const ConvertTrouble &trouble) {
+    switch (trouble.fault) {
+    case ConvertFault::SourceGone:
+        return {kRemovedUnconverted(inputFile), trouble.detail};
+    case ConvertFault::NoProgram:
+        return {kNoConverter(inputFile), trouble.detail};
+    case ConvertFault::NoRoom:
+        return {kNoRoomToConvert(inputFile), trouble.detail};
+    case ConvertFault::Empty:
+        return {kConvertedEmpty(), trouble.detail};
+    default:
+        return {kNotConverted(inputFile), trouble.detail};
     }
-    if (!error)
-        return wanted;
-    return Failure{kResultUnnamed(inputFile),
-                   QStringLiteral("rename to %1: %2").arg(wanted, QString::fromLocal8Bit(std::strerror(error)))};
 }
+
+QString errorText(const char *what, const QString &path, int error) {
+    return QStringLiteral("%1 %2: %3").arg(QLatin1String(what), path, QString::fromLocal8Bit(std::strerror(error)));
+}
+
+// Null where none is asked for.
+const char *bitRateOf(const ConvertPreset &preset) {
+    if (AppSettings::isLosslessAudioFormat(preset.format))
+        return nullptr;
+    const bool isWma = preset.format == QLatin1String("wma");
+    switch (preset.quality) {
+    case ConvertQuality::Extreme:
+        return isWma ? "128k" : "320k";
+    case ConvertQuality::High:
+        return isWma ? "96k" : "256k";
+    case ConvertQuality::Standard:
+        return isWma ? "64k" : "128k";
+    case ConvertQuality::None:
+        break;
+    }
+    return nullptr;
+}
+
+QString nextRecordingName(const QString &path) { return ToolString::renameFromFilePath(path, 0); }
 
 } // namespace
 
@@ -149,50 +126,69 @@ QStringList AudioConverter::recordingArguments(int index, const QString &inputFi
                      << QStringLiteral("-y") << outputFile;
 }
 
-Result<QString> AudioConverter::convertRecording(int index, const QString &inputFile,
-                                                 const Surroundings &surroundings) {
+Result<QString> AudioConverter::convertRecording(int index, const QString &inputFile, const Converter &converter,
+                                                 foundation::Clock &clock) {
     index = validIndex(index);
-    if (!QFileInfo(surroundings.converter).isExecutable())
-        return Failure{kConverterMissing(), QStringLiteral("no program at %1").arg(surroundings.converter)};
-    if (!waitForFile(inputFile, surroundings.clock, surroundings.stop))
+    if (!converter.isInstalled())
+        return Failure{kConverterMissing(), QStringLiteral("no program at %1").arg(converter.program)};
+    if (!waitForFile(inputFile, clock, converter.stop))
         return Failure{QStringLiteral("The recording \"%1\" does not exist.").arg(inputFile),
                        QStringLiteral("gave up waiting for %1").arg(inputFile)};
 
     const FileIdentity recording(inputFile);
-    const QString output = freeOutputPath(index, inputFile);
+    QString output = freeOutputPath(index, inputFile);
     int error = 0;
-    auto result = HiddenFile::create(QFileInfo(output).absolutePath(), extensionOf(index), error);
-    if (!result)
-        return Failure{
-            kFolderTakesNone(inputFile),
-            QStringLiteral("create beside %1: %2").arg(output, QString::fromLocal8Bit(std::strerror(error)))};
-    const auto run = ChildProcess::run({surroundings.converter,
-                                        recordingArguments(index, inputFile, output),
-                                        {},
-                                        {QStringLiteral("CANTOREL_CONVERT_INTO=") + result->path()}},
-                                       surroundings.limit.value_or(usualLimit(inputFile)), surroundings.stop);
-    if (!run)
-        return run.failure();
+    auto file = HiddenFile::create(QFileInfo(output).absolutePath(), extensionOf(index), error);
+    if (!file)
+        return Failure{kFolderTakesNone(inputFile), errorText("create beside", output, error)};
+    ConvertTrouble trouble;
+    auto result = converter.make(recordingArguments(index, inputFile, output), {inputFile}, std::move(*file),
+                                 asLongAs(inputFile), {}, trouble);
     Log(QStringLiteral("convert completed."));
-    // The converter's word is not enough: ffmpeg is content with a last write that met a full disk.
-    const auto &ending = run.value().ending;
-    if (const QString lack = ending.succeeded() ? lackOf(*result, inputFile) : describe(ending); !lack.isEmpty())
-        return converterFailed(inputFile, run.value(), lack);
-    return name(*result, index, inputFile, recording, output);
-}
-
-foundation::Clock::Duration AudioConverter::usualLimit(const QString &inputFile) {
-    const double seconds = 120 + static_cast<double>(QFileInfo(inputFile).size()) / kRecordedBytesPerSecond;
-    return std::chrono::seconds(static_cast<std::int64_t>(seconds));
+    if (!result)
+        return recordingFailed(inputFile, trouble);
+    if (isLossless(index)) // It takes the recording's own name.
+        error = result->replace(output = inputFile, recording);
+    else
+        error = takeFreeName(*result, output, nextRecordingName);
+    if (error)
+        return Failure{kResultUnnamed(inputFile), errorText("rename to", output, error)};
+    return output;
 }
 
 std::optional<QString> AudioConverter::convert_to_format(int index, const QString &inputFile) {
     foundation::WallClock clock;
-    const auto converted = convertRecording(index, inputFile, {AppSettings::TessolarConverterPath(), clock});
+    const auto converted = convertRecording(index, inputFile, {AppSettings::TessolarConverterPath()}, clock);
     if (converted)
         return converted.value();
     Log(QStringLiteral("%1 (%2)").arg(Lang::english(converted.failure().sentence), converted.failure().detail));
     return {};
+}
+
+ConvertQuality AudioConverter::qualityOf(const QString &text) {
+    return text == Lang::video2mp3ExtremeQuality()    ? ConvertQuality::Extreme
+           : text == Lang::video2mp3HighQuality()     ? ConvertQuality::High
+           : text == Lang::video2mp3StandardQuality() ? ConvertQuality::Standard
+                                                      : ConvertQuality::None;
+}
+
+QStringList AudioConverter::getConvertArgumentsWithOutputPreset(const ConvertPreset &preset, const QString &inputFile,
+                                                                QString outputFile) {
+    const QString &format = preset.format;
+    QStringList arguments = {QStringLiteral("-i"), inputFile, QStringLiteral("-vn")};
+    if (const char *rate = bitRateOf(preset))
+        arguments << QStringLiteral("-ab") << QString::fromLatin1(rate);
+    else
+        arguments << QStringLiteral("-ac") << QStringLiteral("2");
+    arguments << QStringLiteral("-ar") << QStringLiteral("44100");
+    if (format == QLatin1String("m4a") || format == QLatin1String("m4r"))
+        arguments << QStringLiteral("-strict") << QStringLiteral("-2");
+    if (preset.isAlac()) {
+        arguments << QStringLiteral("-acodec") << QStringLiteral("alac");
+        if (const QString ending = QLatin1Char('.') + format; outputFile.endsWith(ending))
+            outputFile = outputFile.chopped(ending.size()) + QStringLiteral(".m4a");
+    }
+    return arguments << QStringLiteral("-y") << outputFile;
 }
 
 void AudioConverter::removeCachesFileWithPath(const QString &path) {

@@ -4,16 +4,22 @@
 
 namespace cantorel {
 
-QString ConverterOutputParser::durationText(const QString &output) {
-    const auto line = ToolString::regexGetStringFromString(output, QStringLiteral(R"(Duration[\s\:]+[\d\:\.]+)"));
-    return line ? ToolString::regexGetStringFromString(*line, QStringLiteral(R"(\d[\d\:]+)")).value_or(QString())
-                : QString();
+QString ConverterOutputParser::durationText(const QString &line) {
+    if (!line.startsWith(QLatin1String("  Duration:")))
+        return {};
+    const auto field = ToolString::regexGetStringFromString(line, QStringLiteral(R"(Duration[\s\:]+[\d\:\.]+)"));
+    return field ? ToolString::regexGetStringFromString(*field, QStringLiteral(R"(\d[\d\:]+)")).value_or(QString())
+                 : QString();
 }
 
-std::optional<double> ConverterOutputParser::progress(const QString &text, int durationSeconds) {
-    if (durationSeconds <= 0)
+bool ConverterOutputParser::tellsOfSound(const QString &line) {
+    return line.startsWith(QLatin1String("  Stream #")) && line.contains(QLatin1String(": Audio: "));
+}
+
+std::optional<double> ConverterOutputParser::progress(const QString &line, int durationSeconds) {
+    if (durationSeconds <= 0 || !line.startsWith(QLatin1String("size=")))
         return {};
-    const auto field = ToolString::regexGetStringFromString(text, QStringLiteral(R"(time[\s\=]+[\d\:\.]+)"));
+    const auto field = ToolString::regexGetStringFromString(line, QStringLiteral(R"(time[\s\=]+[\d\:\.]+)"));
     const auto time =
         field ? ToolString::regexGetStringFromString(*field, QStringLiteral(R"(\d[\d\:\.]+)")) : std::nullopt;
     if (!time)

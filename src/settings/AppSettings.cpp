@@ -243,8 +243,18 @@ QString AppSettings::checkFilePathIsExistAndAutoReplace(const QString &path) {
     return candidate;
 }
 
+QString AppSettings::freePathInFolder(const QString &path) {
+    QString candidate = path;
+    for (const QFileInfo file(path); ToolFile::isFileExistsAtPath(candidate);) {
+        const QString extension = ToolFile::fileExtensionAtPath(path);
+        candidate = QStringLiteral("%1/%2%3").arg(file.path(), followingStem(ToolFile::fileNameAtPath(candidate)),
+                                                  extension.isEmpty() ? extension : QLatin1Char('.') + extension);
+    }
+    return candidate;
+}
+
 QString AppSettings::changeFileToExtension(const QString &extension, const QString &atFilePath) {
-    const QString target = checkFilePathIsExistAndAutoReplace(ToolFile::pathWithExtension(atFilePath, extension));
+    const QString target = freePathInFolder(ToolFile::pathWithExtension(atFilePath, extension));
     return ToolFile::moveFileFromPath(atFilePath, target) ? target : QString();
 }
 

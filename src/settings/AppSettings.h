@@ -168,8 +168,11 @@ public:
 
     // A path that does not exist yet: the path itself, else with the number at the end of its name counted up ("-2",
     // "-3", ...). Deliberate: a name is replaced wherever it stands in the path, so the answer's folder may be another
-    // and may not exist; callers make it or stay in the old one.
+    // and may not exist; freePathInFolder() is what callers want.
     static QString checkFilePathIsExistAndAutoReplace(const QString &path);
+
+    // The same, but in the path's own folder and with its own extension, whatever its name is.
+    static QString freePathInFolder(const QString &path);
 
     // Renames a file to another extension under a free name; the new path, or empty when that failed.
     static QString changeFileToExtension(const QString &extension, const QString &atFilePath);

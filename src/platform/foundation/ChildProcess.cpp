@@ -1,5 +1,7 @@
 #include "platform/foundation/ChildProcess.h"
 
+#include "platform/foundation/Background.h"
+
 #include <QFile>
 #include <QStandardPaths>
 
@@ -15,6 +17,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 extern char **environ;
@@ -25,6 +28,7 @@ namespace {
 
 constexpr Clock::Duration kGrace = std::chrono::seconds(2);
 constexpr qsizetype kPipeCapacity = 65536; // bytes, the system's own default
+constexpr qsizetype kLongestLine = 65536;  // bytes
 
 Clock::Duration now() { return std::chrono::steady_clock::now().time_since_epoch(); }
 
@@ -79,10 +83,20 @@ struct Streams {
     int input, output, errors;
 };
 
+// Where the system shares the processor among sessions first, it is the child's own session that has to stand back.
+void standBackAsSession() {
+    standBack();
+    const FileDescriptor session(::open("/proc/self/autogroup", O_WRONLY | O_CLOEXEC));
+    if (session.isOpen() && ::write(session.get(), "10", 2) < 0)
+        return; // Other systems have none.
+}
+
 // Runs in the child between fork and exec: only calls that are safe there. Tells the errno through the pipe.
 [[noreturn]] void becomeProgram(const char *program, char **arguments, char **environment, const char *folder,
-                                const Streams &streams, int failure, pid_t parent) {
+                                const Streams &streams, int failure, pid_t parent, bool inBackground) {
     ::setsid();
+    if (inBackground)
+        standBackAsSession();
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     sigset_t none;
     sigemptyset(&none);
@@ -143,7 +157,7 @@ Result<std::unique_ptr<ChildProcess>> ChildProcess::start(const Command &command
         return cannotStart(command.program, errno);
     if (pid == 0)
         becomeProgram(program.constData(), argumentPointers, environmentPointers, folder.constData(), streams,
-                      failureWrite.get(), parent);
+                      failureWrite.get(), parent, command.inBackground);
 
     outputWrite.reset();
     failureWrite.reset();
@@ -259,6 +273,8 @@ ChildProcess::Ending ChildProcess::wait(const LineListener &listener, std::optio
                 }
             }
             rest.remove(0, begin);
+            if (rest.size() > kLongestLine)
+                emitLine(std::exchange(rest, {}));
         },
         limit);
     emitLine(rest);

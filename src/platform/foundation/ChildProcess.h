@@ -26,10 +26,11 @@ public:
     struct Command {
         QString program; // a path, or a name that is looked for in PATH
         QStringList arguments;
-        QString folder;           // working folder; empty for ours
-        QStringList environment;  // "NAME=VALUE", added to our own
-        QByteArray input = {};    // all that it reads
-        bool errorsApart = false; // Standard error is ours, not part of the pipe.
+        QString folder;            // working folder; empty for ours
+        QStringList environment;   // "NAME=VALUE", added to our own
+        QByteArray input = {};     // all that it reads
+        bool errorsApart = false;  // Standard error is ours, not part of the pipe.
+        bool inBackground = false; // It takes only what nobody else wants of the processor and the disk.
     };
 
     struct Ending {
@@ -40,7 +41,8 @@ public:
         bool succeeded() const { return exitStatus == 0 && signal == 0 && !timedOut; }
     };
 
-    // Called with each line without its end; lines end at CR or LF, empty ones are left out.
+    // Called with each line without its end; lines end at CR or LF, empty ones are left out. One that goes on beyond
+    // 64 KiB comes in pieces.
     using LineListener = std::function<void(const QByteArray &line)>;
 
     // Fails when the program does not exist or cannot be executed.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
+
 #include <QString>
 
 #include <cstdint>
@@ -7,6 +9,8 @@
 
 // How long a recording can go on before its disk is full.
 namespace cantorel::media {
+
+inline constexpr foundation::SentenceKey kDiskFull("DiskFull", "Folder");
 
 // A recording ends by itself while there is still so much room, so that its file can be closed and converted with care.
 inline constexpr std::uint64_t kDiskReserve = std::uint64_t{32} << 20; // bytes

@@ -29,16 +29,24 @@ foundation::Result<std::unique_ptr<SoundReader>> openSound(const QString &path, 
     return std::unique_ptr<SoundReader>(reader);
 }
 
-foundation::Result<double> soundSeconds(const QString &path) {
-    static const auto entry = foundation::loadEntryPoint(kModule, kSoundSecondsEntryPoint);
+namespace {
+
+foundation::Result<SoundFacts> readFacts(const QString &path, bool asPromised) {
+    static const auto entry = foundation::loadEntryPoint(kModule, kSoundFactsEntryPoint);
     if (!entry)
         return failures::codecsMissing(entry.failure().detail);
+    SoundFacts facts;
     QString why;
-    const double seconds =
-        reinterpret_cast<SoundSecondsEntryPoint>(entry.value())(QFile::encodeName(path).constData(), &why);
-    if (seconds < 0)
+    const auto read = reinterpret_cast<SoundFactsEntryPoint>(entry.value());
+    if (!read(QFile::encodeName(path).constData(), asPromised, &facts, &why))
         return cannotBePlayed(path, why);
-    return seconds;
+    return facts;
 }
+
+} // namespace
+
+foundation::Result<SoundFacts> soundFacts(const QString &path) { return readFacts(path, false); }
+
+foundation::Result<SoundFacts> promisedSoundFacts(const QString &path) { return readFacts(path, true); }
 
 } // namespace cantorel::media

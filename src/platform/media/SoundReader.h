@@ -23,15 +23,24 @@ public:
 // Opens a file by the reader's own module, loaded when it is first needed. Any thread.
 foundation::Result<std::unique_ptr<SoundReader>> openSound(const QString &path, int rate, int channels);
 
-// How long the sound in a file is by what really lies in it, whatever its header promises; the padding of its coder
-// counts. Reads all of the file and decodes none of it. Any thread.
-foundation::Result<double> soundSeconds(const QString &path);
+// What lies in a sound file.
+struct SoundFacts {
+    double seconds = 0; // the padding of its coder counts
+    double padding = 0; // how much of that its coder may have added, and how far its lengths may be off
+    int rate = 0;       // frames a second
+    int channels = 0;
+};
 
-// The two functions that the module exports, by these names and types; null, or a length below 0, and one line on why,
-// when the file can't be read.
+// What really lies in a file, whatever its header promises: reads all of it and decodes none. Any thread.
+foundation::Result<SoundFacts> soundFacts(const QString &path);
+// The same as its header promises it, which costs nothing. Any thread.
+foundation::Result<SoundFacts> promisedSoundFacts(const QString &path);
+
+// The two functions that the module exports, by these names and types; null, or false, and one line on why, when the
+// file can't be read.
 inline constexpr const char *kSoundReaderEntryPoint = "cantorel_open_sound";
 using SoundReaderEntryPoint = SoundReader *(*)(const char *path, int rate, int channels, QString *why);
-inline constexpr const char *kSoundSecondsEntryPoint = "cantorel_sound_seconds";
-using SoundSecondsEntryPoint = double (*)(const char *path, QString *why);
+inline constexpr const char *kSoundFactsEntryPoint = "cantorel_sound_facts";
+using SoundFactsEntryPoint = bool (*)(const char *path, bool asPromised, SoundFacts *facts, QString *why);
 
 } // namespace cantorel::media

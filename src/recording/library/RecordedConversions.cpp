@@ -55,7 +55,7 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
         const auto recording = std::make_shared<FileIdentity>(file);
         (void)guarded("convert", [&] {
             foundation::WallClock clock;
-            result = AudioConverter::convertRecording(format, file, {converter, clock, {}, stop});
+            result = AudioConverter::convertRecording(format, file, {converter, {}, stop}, clock);
         });
         // The destructor waits for this worker, so "this" is valid here; calls still queued by then are dropped.
         QMetaObject::invokeMethod(this, [this, item, file, recording, result, completion] {

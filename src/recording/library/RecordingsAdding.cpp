@@ -44,8 +44,8 @@ double secondsOf(const QString &file) {
         return 0;
     if (const double told = opened.value()->durationSeconds(); told > 0)
         return told;
-    const auto counted = media::soundSeconds(file);
-    return counted ? counted.value() : 0;
+    const auto counted = media::soundFacts(file);
+    return counted ? counted.value().seconds : 0;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "audio_device/ZQAudioKextKit.h"
 #include "platform/hal/HardwareSystem.h"
+#include "platform/media/DiskSpace.h"
 #include "recording/session/RecordingJournal.h"
 #include "recording/session/RecordingNames.h"
 #include "recording/session/RecordingSessionView.h"
@@ -19,7 +20,6 @@ using foundation::Result;
 namespace {
 
 constexpr foundation::SentenceKey kCannotWriteTo("CannotWriteTo", "Folder");
-constexpr foundation::SentenceKey kDiskFull("DiskFull", "Folder");
 constexpr foundation::SentenceKey kNoServer("NoServer");
 constexpr foundation::SentenceKey kNoMicrophone("NoMicrophone");
 constexpr foundation::SentenceKey kNotJoined("NotJoined");
@@ -34,7 +34,7 @@ std::optional<Failure> folderTrouble(const QString &folder) {
     if (!QDir().mkpath(folder) || !probe.open())
         return Failure{kCannotWriteTo(folder), QStringLiteral("no recording can be written to %1").arg(folder)};
     if (recordingSecondsLeft(folder, AppSettings::getAudioFormat(), 0, 0) == 0)
-        return Failure{kDiskFull(folder), QStringLiteral("the disk of %1 is full").arg(folder)};
+        return Failure{media::kDiskFull(folder), QStringLiteral("the disk of %1 is full").arg(folder)};
     return {};
 }
 

@@ -46,7 +46,7 @@ protected:
     }
     foundation::Result<QString> convert(int index, const QString &program,
                                         std::optional<foundation::Clock::Duration> limit = {}) {
-        return AudioConverter::convertRecording(index, mInput, {program, mClock, limit});
+        return AudioConverter::convertRecording(index, mInput, {program, limit}, mClock);
     }
     QString path(const char *name) const { return mFolder.filePath(name); }
 
@@ -151,8 +151,8 @@ TEST_F(AudioConverterTest, TimeForAConversionGrowsWithTheRecording) {
          {std::tuple{0LL, 60s, 300s}, {32LL << 20, 1000s, 8000s}, {1LL << 32, 37h, 150h}}) {
         QFile file(mInput);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(bytes)); // takes no room on the disk
-        EXPECT_GT(AudioConverter::usualLimit(mInput), least) << bytes;
-        EXPECT_LT(AudioConverter::usualLimit(mInput), most) << bytes;
+        EXPECT_GT(Converter::usualLimit({mInput}), least) << bytes;
+        EXPECT_LT(Converter::usualLimit({mInput}), most) << bytes;
     }
 }
 
@@ -170,8 +170,7 @@ TEST_F(AudioConverterTest, InputMayAppearWithinThirtySeconds) {
             if (waited == when)
                 store(mInput, mRecording);
         };
-        const auto converted =
-            AudioConverter::convertRecording(4, mInput, {converter("cp \"$in\" \"$out\""), clock, {}});
+        const auto converted = AudioConverter::convertRecording(4, mInput, {converter("cp \"$in\" \"$out\"")}, clock);
         EXPECT_EQ(converted.ok(), converts) << appearsAfter;
         EXPECT_EQ(clock.now(), std::chrono::seconds(appearsAfter));
     }
@@ -184,22 +183,29 @@ TEST(ConverterOutputParser, ProgressIsToldOnlyWhereItIsKnown) {
         std::optional<double> percent;
     } cases[] = {
         {"size= 1406kB time=00:01:30.00 bitrate= 128.0kbits/s speed=  60x", 180, 50},
-        {"time= 00:00:45.99", 180, 25},
-        {"time=00:03:00.00", 180, {}}, // not below the duration
-        {"time=00:01:30.00", 0, {}},
-        {"time=N/A bitrate=N/A", 180, {}},
+        {"size=N/A time= 00:00:45.99", 180, 25},
+        {"size=1kB time=00:03:00.00", 180, {}}, // not below the duration
+        {"size=1kB time=00:01:30.00", 0, {}},
+        {"size=1kB time=N/A bitrate=N/A", 180, {}},
         {"", 180, {}},
-        {"time=-00:00:00.02", 180, {}},
+        {"size=1kB time=-00:00:00.02", 180, {}},
+        {"Input #0, mp3, from 'size= time=00:01:30.mp3':", 180, {}}, // what a file is called
     };
     for (const auto &[text, duration, percent] : cases)
         EXPECT_EQ(ConverterOutputParser::progress(text, duration), percent) << text;
 }
 
-TEST(ConverterOutputParser, DurationIsTheFirstWithoutItsFraction) {
-    EXPECT_EQ(
-        ConverterOutputParser::durationText("Input #0\n  Duration: 00:03:25.31, start: 0.0\n  Duration: 00:00:01.00"),
-        "00:03:25");
-    EXPECT_EQ(ConverterOutputParser::durationText("Duration: N/A"), QString());
+TEST(ConverterOutputParser, OnlyTheLinesOfTheConverterItselfTellOfAFile) {
+    for (const auto &[line, duration, sound] : {std::tuple{"  Duration: 00:03:25.31, start: 0.0", "00:03:25", false},
+                                                {"  Duration: N/A, bitrate: N/A", "", false},
+                                                {"Input #0, mp3, from 'My Duration 12 mix.mp3':", "", false},
+                                                {"    title           :   Duration: 12", "", false},
+                                                {"  Stream #0:0: Audio: mp3, 44100 Hz", "", true},
+                                                {"  Stream #0:0: Video: ansi, pal8", "", false},
+                                                {"Input #0, mp3, from 'Stream #0: Audio: x':", "", false}}) {
+        EXPECT_EQ(ConverterOutputParser::durationText(line), duration) << line;
+        EXPECT_EQ(ConverterOutputParser::tellsOfSound(line), sound) << line;
+    }
 }
 
 } // namespace

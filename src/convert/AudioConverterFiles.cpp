@@ -1,0 +1,290 @@
+// What AudioConverter does for the queue.
+
+#include "convert/AudioConverter.h"
+#include "convert/ConverterOutputParser.h"
+#include "log/Log.h"
+#include "platform/foundation/HiddenFile.h"
+#include "platform/media/DiskSpace.h"
+#include "platform/media/SoundReader.h"
+#include "settings/AppSettings.h"
+#include "util/ToolFile.h"
+#include "util/ToolString.h"
+#include "util/tools/Tools.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+namespace cantorel {
+
+using foundation::Failure;
+using foundation::HiddenFile;
+using foundation::Result;
+
+namespace {
+
+constexpr foundation::SentenceKey kConvertGone("ConvertGone", "FileName");
+constexpr foundation::SentenceKey kConvertNotAllowed("ConvertNotAllowed", "FileName");
+constexpr foundation::SentenceKey kConvertNoSound("ConvertNoSound", "FileName");
+constexpr foundation::SentenceKey kConvertNoEncoder("ConvertNoEncoder");
+constexpr foundation::SentenceKey kConvertNoProgram("ConvertNoProgram");
+constexpr foundation::SentenceKey kConvertFolder("ConvertFolder", "Folder");
+constexpr foundation::SentenceKey kConvertTimedOut("ConvertTimedOut", "FileName");
+constexpr foundation::SentenceKey kConvertEnded("ConvertEnded", "FileName");
+constexpr foundation::SentenceKey kConvertIncomplete("ConvertIncomplete", "FileName");
+constexpr foundation::SentenceKey kConvertTooLong("ConvertTooLong", "FileName");
+constexpr foundation::SentenceKey kConvertOther("ConvertOther", "FileName", "Reason");
+constexpr foundation::SentenceKey kJoinChannels("JoinChannels", "FileName");
+
+constexpr double kWaveBytesPerSecond = 44100 * 4; // of what the queue makes
+constexpr double kLongestWave = 4294967295.0 / kWaveBytesPerSecond;
+constexpr qsizetype kLongestName = 255; // bytes
+
+// As much of the stem as leaves room for the rest of a file name.
+QString shortened(QString stem, qsizetype room) {
+    while (!stem.isEmpty() && QFile::encodeName(stem).size() > room)
+        stem.chop(stem.size() > 1 && stem.back().isLowSurrogate() ? 2 : 1);
+    return stem;
+}
+
+// A free path in the folder whose name a file system takes, with a number too.
+QString resultPath(const QString &folder, const QString &stem, const QString &tail, const QString &extension) {
+    QString path;
+    for (const qsizetype forNumber : {0, 11}) {
+        const qsizetype rest = QFile::encodeName(tail + QLatin1Char('.') + extension).size() + forNumber;
+        path = AppSettings::freePathInFolder(
+            QStringLiteral("%1/%2%3.%4").arg(folder, shortened(stem, kLongestName - rest), tail, extension));
+        if (QFile::encodeName(QFileInfo(path).fileName()).size() <= kLongestName)
+            break;
+    }
+    return path;
+}
+
+Failure folderFailed(const QString &folder, int error) {
+    return {error == ENOSPC ? media::kDiskFull(folder) : kConvertFolder(folder),
+            QStringLiteral("a file in %1: %2").arg(folder, QString::fromLocal8Bit(std::strerror(error)))};
+}
+
+foundation::Sentence sentenceOf(const ConvertTrouble &trouble, const QString &path, const QString &folder) {
+    const QString file = QFileInfo(path).fileName();
+    switch (trouble.fault) {
+    case ConvertFault::Stopped:
+        return kConvertStopped();
+    case ConvertFault::SourceGone:
+        return kConvertGone(file);
+    case ConvertFault::NotAllowed:
+        return kConvertNotAllowed(file);
+    case ConvertFault::NoProgram:
+        return kConvertNoProgram();
+    case ConvertFault::NoRoom:
+        return media::kDiskFull(folder);
+    case ConvertFault::NoSound:
+        return kConvertNoSound(file);
+    case ConvertFault::NoEncoder:
+        return kConvertNoEncoder();
+    case ConvertFault::Empty:
+    case ConvertFault::Incomplete:
+        return kConvertIncomplete(file);
+    case ConvertFault::TimedOut:
+        return kConvertTimedOut(file);
+    case ConvertFault::Signalled:
+        return kConvertEnded(file);
+    case ConvertFault::Other:
+        break;
+    }
+    return kConvertOther(file, trouble.reason);
+}
+
+Failure fileFailed(const ConvertTrouble &trouble, const QString &path, const QString &folder = {}) {
+    Log(QStringLiteral("%1: %2").arg(path, trouble.detail));
+    return {sentenceOf(trouble, path, folder), trouble.detail};
+}
+
+// Why the converter is not even asked. What is no file could keep it waiting for ever.
+std::optional<Failure> lackOf(const Converter &converter, const QStringList &inputs) {
+    if (!converter.isInstalled())
+        return Failure{kConverterMissing(), QStringLiteral("no program at %1").arg(converter.program)};
+    for (const QString &input : inputs) {
+        const QFileInfo file(input);
+        if (!file.exists())
+            return fileFailed({ConvertFault::SourceGone, {}, QStringLiteral("it does not exist")}, input);
+        if (!file.isFile())
+            return fileFailed({ConvertFault::NoSound, {}, QStringLiteral("it is no plain file")}, input);
+    }
+    return {};
+}
+
+// The parts of a joined file together, with the padding of each.
+Result<media::SoundFacts> sumOf(const QStringList &paths, const ConvertPreset &preset) {
+    media::SoundFacts sum;
+    // Their levels come out wrong where the number of channels changes within a file.
+    const bool needsEqual = preset.extension() == QLatin1String("m4a") || preset.format == QLatin1String("wma");
+    for (const QString &path : paths) {
+        const auto facts = media::soundFacts(path);
+        if (!facts)
+            return fileFailed({ConvertFault::NoSound, {}, facts.failure().detail}, path);
+        const media::SoundFacts &part = facts.value();
+        if (sum.channels == 0) {
+            sum.channels = part.channels;
+            sum.rate = part.rate;
+        }
+        if (needsEqual && part.channels != sum.channels)
+            return Failure{kJoinChannels(QFileInfo(path).fileName()),
+                           QStringLiteral("%1 channels in %2").arg(part.channels).arg(path)};
+        sum.seconds += part.seconds;
+        sum.padding += part.padding;
+    }
+    if (preset.format == QLatin1String("wav") && sum.seconds > kLongestWave)
+        return Failure{kConvertTooLong(QFileInfo(paths.front()).fileName()),
+                       QStringLiteral("%1 s as WAV").arg(sum.seconds)};
+    return sum;
+}
+
+// All of it is decoded: what the converter and the headers of the file promise does not count.
+QString lackOfJoined(const QString &path, const media::SoundFacts &sum, const std::stop_token &stop) {
+    const auto reader = media::openSound(path, sum.rate, sum.channels);
+    if (!reader)
+        return reader.failure().detail;
+    std::vector<float> block(static_cast<std::size_t>(sum.channels) * 65536);
+    double frames = 0;
+    for (std::size_t read = 1; read > 0 && !stop.stop_requested(); frames += static_cast<double>(read))
+        read = reader.value()->read(block.data(), 65536);
+    const double seconds = frames / sum.rate;
+    if (std::abs(seconds - sum.seconds) <= sum.padding)
+        return {};
+    return QStringLiteral("%1 s of %2 s can be decoded").arg(seconds).arg(sum.seconds);
+}
+
+// A line per file. A name with a line feed can't stand in one, so a link of another name stands for it.
+QString concatList(const QStringList &paths, const QTemporaryDir &links) {
+    QStringList lines;
+    for (const QString &path : paths) {
+        QString name = path;
+        if (name.contains(QLatin1Char('\n'))) {
+            name = links.filePath(QString::number(lines.size()));
+            (void)QFile::link(path, name); // the converter tells where it is missing
+        }
+        lines << QStringLiteral("file '%1'").arg(name);
+    }
+    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
+}
+
+} // namespace
+
+Result<MediaInformation> AudioConverter::readMediaInformation(const QString &file, const Converter &converter) {
+    if (const auto lack = lackOf(converter, {file}))
+        return *lack;
+    MediaInformation information;
+    bool hasSound = false;
+    const auto run = converter.run({QStringLiteral("-i"), file}, {file}, {}, [&](const QByteArray &line) {
+        const QString text = QString::fromUtf8(line);
+        if (information.duration.isEmpty())
+            information.duration = ConverterOutputParser::durationText(text);
+        hasSound = hasSound || ConverterOutputParser::tellsOfSound(text);
+    });
+    if (!run)
+        return run.failure();
+    const QString said = QString::fromUtf8(run.value().said);
+    Log(QStringLiteral("Media Info %1").arg(said));
+    // The converter's exit status is a failure here whatever it finds, since it is given nothing to make.
+    if (hasSound && !information.duration.isEmpty())
+        return information;
+    ConvertTrouble trouble = converter.troubleIn(run.value(), {file});
+    if (trouble.fault == ConvertFault::Other)
+        trouble.fault = ConvertFault::NoSound;
+    return fileFailed(trouble, file);
+}
+
+Result<QString> AudioConverter::convertFile(const FileToConvert &file, const Converter &converter,
+                                            const std::function<void(double percent)> &progress) {
+    const QString &input = file.path;
+    const ConvertPreset &preset = file.preset;
+    if (const auto lack = lackOf(converter, {input}))
+        return *lack;
+    if (preset.format == QLatin1String("wav") && file.seconds > kLongestWave)
+        return Failure{kConvertTooLong(input), QStringLiteral("%1 s as WAV").arg(file.seconds)};
+
+    const QString wanted = resultPath(file.folder, ToolFile::fileNameAtPath(input),
+                                      preset.isAlac() ? QStringLiteral("(ALAC)") : QString(), preset.extension());
+    const QStringList arguments = getConvertArgumentsWithOutputPreset(preset, input, wanted);
+    QString output = arguments.last();
+    (void)ToolFile::createFolderAtPath(file.folder); // Where it is missing still, no file can be made in it.
+    int error = 0;
+    auto hidden = HiddenFile::create(file.folder, preset.extension(), error);
+    if (!hidden)
+        return folderFailed(file.folder, error);
+    Log(QStringLiteral("Args :%1").arg(arguments.join(QLatin1Char(' '))));
+    ConvertTrouble trouble;
+    auto result = converter.make(
+        arguments, {input}, std::move(*hidden), asLongAs(input),
+        [&](const QByteArray &line) {
+            const auto percent = ConverterOutputParser::progress(QString::fromUtf8(line), file.seconds);
+            if (percent && progress)
+                progress(*percent);
+        },
+        trouble);
+    if (!result)
+        return fileFailed(trouble, input, file.folder);
+    if ((error = takeFreeName(*result, output, AppSettings::freePathInFolder)))
+        return folderFailed(file.folder, error);
+    return output;
+}
+
+Result<QString> AudioConverter::startMerge(const QStringList &paths, const ConvertPreset &usePreset,
+                                           const QString &withOutputFile, const Converter &converter) {
+    Log(QStringLiteral("Start merge \n files:%1").arg(paths.join(QLatin1Char('\n'))));
+    const auto failed = [](const Failure &failure) {
+        Log(QStringLiteral("Merge failed."));
+        return failure;
+    };
+    if (const auto lack = lackOf(converter, paths))
+        return failed(*lack);
+    const auto sum = sumOf(paths, usePreset);
+    if (!sum)
+        return failed(sum.failure());
+
+    const QTemporaryDir links;
+    const QString list = Tools::getUniqeNameInTempDirWithExtenionName(QStringLiteral("txt"));
+    (void)Tools::writeToFile(concatList(paths, links), list, false); // whether it is there is looked at
+    if (!ToolFile::isFileExistsAtPath(list)) {
+        Log(QStringLiteral("Merge failed, concat file doesn't exist!,%1").arg(list));
+        return folderFailed(ToolString::getTempDir(), 0);
+    }
+    const QStringList arguments = {
+        QStringLiteral("-f"), QStringLiteral("concat"), QStringLiteral("-i"), list,
+        QStringLiteral("-c"), QStringLiteral("copy"),   QStringLiteral("-y"), withOutputFile};
+    const QString folder = QFileInfo(withOutputFile).absolutePath();
+    int error = 0;
+    auto hidden = HiddenFile::create(folder, usePreset.extension(), error);
+    if (!hidden) {
+        removeCachesFileWithPath(list);
+        return failed(folderFailed(folder, error));
+    }
+    ConvertTrouble trouble;
+    auto result = converter.make(
+        arguments, paths, std::move(*hidden),
+        [&](const QString &path) { return lackOfJoined(path, sum.value(), converter.stop); },
+        [](const QByteArray &line) { Log(QStringLiteral("*** %1").arg(QString::fromUtf8(line))); }, trouble);
+    removeCachesFileWithPath(list);
+    Log(QStringLiteral("Merge output :%1").arg(trouble.detail));
+    if (!result)
+        return failed(fileFailed(trouble, withOutputFile, folder));
+    QString output = withOutputFile;
+    if ((error = takeFreeName(*result, output, AppSettings::freePathInFolder)))
+        return failed(folderFailed(folder, error));
+    Log(QStringLiteral("Merge succeeded."));
+    return output;
+}
+
+QString AudioConverter::mergedPath(const QString &first, const QString &folder, const ConvertPreset &preset) {
+    return resultPath(folder, ToolFile::fileNameAtPath(first), QStringLiteral("-merge"), preset.extension());
+}
+
+} // namespace cantorel
