@@ -163,16 +163,16 @@ TEST(LangSentence, IsSaidInTheLanguageInForceWithWhatIsFilledInAsItIs) {
 TEST(LangSentence, TellsWhyTheSystemRefusedInTheLanguageInForce) {
     const struct {
         int error;
-        const char *english, *german;
-    } cases[] = {{ENOSPC, "the disk is full", "der Datenträger ist voll"},
-                 {EACCES, "the rights for it are missing", "die Rechte dafür fehlen"},
-                 {EROFS, "the disk can only be read", "der Datenträger ist schreibgeschützt"},
-                 {EIO, "the disk reports an error", "der Datenträger meldet einen Fehler"},
-                 {ENAMETOOLONG, "its name is too long", "ihr Name ist zu lang"},
-                 {ENOTTY, "the system reports the error 25", "das System meldet den Fehler 25"}};
-    Lang::ChangeLanguage("German");
+        const char *english, *swedish;
+    } cases[] = {{ENOSPC, "the disk is full", "disken är full"},
+                 {EACCES, "the rights for it are missing", "behörighet saknas"},
+                 {EROFS, "the disk can only be read", "disken är skrivskyddad"},
+                 {EIO, "the disk reports an error", "disken rapporterar ett fel"},
+                 {ENAMETOOLONG, "its name is too long", "namnet är för långt"},
+                 {ENOTTY, "the system reports the error 25", "systemet rapporterar fel 25"}};
+    Lang::ChangeLanguage("Swedish");
     for (const auto &c : cases) {
-        EXPECT_EQ(Lang::sentence(foundation::errorReason(c.error)), c.german);
+        EXPECT_EQ(Lang::sentence(foundation::errorReason(c.error)), c.swedish);
         EXPECT_EQ(Lang::english(foundation::errorReason(c.error)), c.english);
     }
 }
