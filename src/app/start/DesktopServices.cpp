@@ -2,6 +2,7 @@
 
 #include "platform/desktop/ShellScriptHost.h"
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
+#include "platform/desktop/dbus/DBusLauncherEntry.h"
 #include "platform/desktop/dbus/DBusMediaControls.h"
 #include "platform/desktop/dbus/DBusNotifications.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
@@ -30,6 +31,7 @@ desktop::Services desktopServices() {
                                                                    QStringLiteral("com.tessolar.Cantorel.Recorder"));
     services.sleep = std::make_unique<desktop::DBusSleepDelay>();
     services.appearance = std::make_unique<desktop::PortalAppearance>([] { return QDBusConnection::sessionBus(); });
+    services.launcher = std::make_unique<desktop::DBusLauncherEntry>(QString::fromLatin1(kBundleIdentifier));
     services.chooser = std::make_unique<desktop::PortalFileChooser>([] { return QDBusConnection::sessionBus(); });
     return services;
 }

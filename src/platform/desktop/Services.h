@@ -3,6 +3,7 @@
 #include "platform/desktop/Appearance.h"
 #include "platform/desktop/FileChooser.h"
 #include "platform/desktop/FileManagerReveal.h"
+#include "platform/desktop/LauncherEntry.h"
 #include "platform/desktop/MediaControls.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/desktop/PowerActivity.h"
@@ -28,6 +29,7 @@ struct Services {
     std::unique_ptr<SleepDelay> sleep;
     std::unique_ptr<Appearance> appearance;
     std::unique_ptr<FileChooser> chooser;
+    std::unique_ptr<LauncherEntry> launcher;
     SystemVersion version = SystemVersion::current();
 };
 
