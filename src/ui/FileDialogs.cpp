@@ -4,7 +4,9 @@
 
 #include <QFileDialog>
 #include <QGuiApplication>
+#include <QMimeData>
 #include <QPointer>
+#include <QUrl>
 
 #include <utility>
 
@@ -52,6 +54,14 @@ void chooseFolder(QWidget &asking, const QString &title, const QString &folder,
                   std::function<void(const QString &)> chosen) {
     choose(asking, {What::Folder, title, folder},
            [chosen = std::move(chosen)](const QStringList &paths) { chosen(paths.constFirst()); });
+}
+
+QStringList localFiles(const QMimeData &data) {
+    QStringList files;
+    for (const QUrl &url : data.urls())
+        if (url.isLocalFile())
+            files << url.toLocalFile();
+    return files;
 }
 
 } // namespace cantorel::ui

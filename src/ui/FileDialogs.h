@@ -2,6 +2,7 @@
 
 #include "platform/desktop/FileChooser.h"
 
+class QMimeData;
 class QWidget;
 
 namespace cantorel::ui {
@@ -11,5 +12,8 @@ namespace cantorel::ui {
 void chooseFiles(QWidget &asking, const QString &title, std::function<void(const QStringList &)> chosen);
 void chooseFolder(QWidget &asking, const QString &title, const QString &folder,
                   std::function<void(const QString &)> chosen);
+
+// The files and folders among what is dropped.
+QStringList localFiles(const QMimeData &data);
 
 } // namespace cantorel::ui

@@ -5,6 +5,7 @@
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 #include "ui/AlertAsker.h"
+#include "ui/ConvertStrip.h"
 #include "ui/Icons.h"
 #include "ui/LibraryTab.h"
 #include "ui/Page.h"
@@ -18,6 +19,7 @@
 #include "ui/TasksPage.h"
 #include "ui/UpdateWindow.h"
 #include "ui/WindowKeys.h"
+#include "ui/ZQAudioConvertController.h"
 #include "ui/look/Look.h"
 #include "util/tools/Tools.h"
 
@@ -91,6 +93,7 @@ MainWindow::MainWindow(const Parts &parts)
     connect(mTabs, &QTabWidget::currentChanged, this, [this] {
         complete();
         showRecordingEverywhere();
+        placeStrip();
     });
     mRecordingTab->begin();
     listen();
@@ -121,6 +124,7 @@ void MainWindow::complete() {
     connect(&mLibraryTab->media(), &LibraryMedia::toEnd, this, [this] { leave(); });
     connect(&mParts.panel, &RecorderPanel::dayChanged, mLibraryTab, &LibraryTab::itemsDidChange);
     connect(mLibraryTab, &LibraryTab::playsIntoRecording, this, [this](const QString &file) { askToPlay(file); });
+    connect(mLibraryTab, &LibraryTab::convertWanted, this, &MainWindow::openConverter);
     mLibraryTab->listDidChange();
 }
 
@@ -179,6 +183,7 @@ QWidget *MainWindow::makeHome() {
     connect(mPages, &QStackedWidget::currentChanged, this, [this] {
         mBackAction->setEnabled(mPages->page());
         showRecordingEverywhere();
+        placeStrip();
     });
     return mPages;
 }
@@ -368,6 +373,51 @@ TasksPage &MainWindow::tasks() {
     if (!mTasks)
         mTasks = new TasksPage(mParts.tasks, mParts.panel, this);
     return *mTasks;
+}
+
+ZQAudioConvertController &MainWindow::convertPage() {
+    if (mConvert)
+        return *mConvert;
+    mConvert = new ZQAudioConvertController(mParts.converter, this);
+    mConvertStrip = new ConvertStrip(*mConvert, this);
+    connect(mConvertStrip, &ConvertStrip::showWanted, this, [this] { openConverter({}); });
+    connect(mConvert, &ZQAudioConvertController::revealWanted, this, [this](const QStringList &files) {
+        if (mParts.desktop.files)
+            (void)mParts.desktop.files->reveal(files); // a person sees whether a folder opens
+    });
+    connect(mConvert, &ZQAudioConvertController::progressed, this, [this] {
+        if (mParts.desktop.launcher && mParts.converter.isConverting())
+            mParts.desktop.launcher->showProgress(mParts.converter.progress().percent / 100);
+    });
+    connect(mConvert, &ZQAudioConvertController::ended, this, &MainWindow::conversionDidEnd);
+    placeStrip();
+    return *mConvert;
+}
+
+void MainWindow::openConverter(const QStringList &files) {
+    if (!files.isEmpty())
+        convertPage().add(files);
+    mPages->open(convertPage());
+}
+
+// Above what stands at the bottom of the page that is shown.
+void MainWindow::placeStrip() {
+    if (!mConvertStrip)
+        return;
+    if (Page *page = mPages->page())
+        page->takeStrip(*mConvertStrip);
+    else if (mTabs->currentWidget() == mRecordingTab)
+        mRecordingTab->takeStrip(*mConvertStrip);
+    else
+        library().takeStrip(*mConvertStrip);
+    mConvertStrip->setElsewhere(mPages->page() != mConvert);
+}
+
+void MainWindow::conversionDidEnd() {
+    if (mParts.desktop.launcher)
+        mParts.desktop.launcher->hideProgress();
+    if (!isActiveWindow())
+        mNotices.tell(Lang::menuAudioConverter(), mConvert->summaryText());
 }
 
 void MainWindow::showShutdown(int seconds) {
@@ -580,7 +630,7 @@ void MainWindow::closeEvent(QCloseEvent *event) {
 void MainWindow::leave() {
     if (mIsLeaving)
         endOnceSettled();
-    else if (isRecording() || !mParts.panel.taskAheadText().isEmpty())
+    else if (isRecording() || !mParts.panel.taskAheadText().isEmpty() || mParts.converter.isConverting())
         askToLeave();
     else
         stopAndQuit();
@@ -593,7 +643,9 @@ void MainWindow::askToLeave() {
         const bool records = isRecording();
         return Card::Texts{QStringLiteral("sound"),
                            Tools::fillTextMarkers(Lang::commExitConfirm()),
-                           records ? Lang::windowStillRecording() : mParts.panel.taskAheadText(),
+                           records                           ? Lang::windowStillRecording()
+                           : mParts.converter.isConverting() ? convertPage().progressText()
+                                                             : mParts.panel.taskAheadText(),
                            {records ? Lang::windowKeepRecording() : Lang::windowKeepWaiting(),
                             records ? Lang::windowStopAndQuit() : Lang::btnExit()}};
     };

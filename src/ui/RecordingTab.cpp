@@ -173,6 +173,11 @@ QString RecordingTab::nameNewFile(const QString &folder, const QString &extensio
     return {};
 }
 
+void RecordingTab::takeStrip(QWidget &strip) {
+    auto *column = static_cast<QBoxLayout *>(layout());
+    column->insertWidget(column->indexOf(mDeck), &strip);
+}
+
 bool RecordingTab::showShutdown(int seconds) { return mStrips->showShutdown(seconds); }
 
 void RecordingTab::showTriggers(const std::array<QString, 3> &triggers) { mDeck->setTriggers(triggers); }

@@ -45,6 +45,8 @@ public:
     void showTriggers(const std::array<QString, 3> &triggers);
     // The file of the next recording by the name that was entered; empty, with a word on it, where there is none.
     QString nameNewFile(const QString &folder, const QString &extension);
+    // The strip of what goes on elsewhere stands above the deck.
+    void takeStrip(QWidget &strip);
     RecordCards &cards() { return *mCards; }
     // Seconds until the computer is shut down; below 0 when it is not any more. True where that is news.
     bool showShutdown(int seconds);

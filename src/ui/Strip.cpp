@@ -7,6 +7,7 @@
 #include <QEvent>
 #include <QLineEdit>
 #include <QPainter>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QToolButton>
 
@@ -23,11 +24,10 @@ struct Dress {
     QColor Tokens::*ink;
 };
 // In the order of Strip::Kind.
-constexpr Dress kDresses[] = {{"information", &Tokens::sunken, &Tokens::text2},
-                              {"tick", &Tokens::soft, &Tokens::accent},
-                              {"tasks", &Tokens::amberSoft, &Tokens::amber},
-                              {"warning", &Tokens::amberSoft, &Tokens::amber},
-                              {"warning", &Tokens::redSoft, &Tokens::red}};
+constexpr Dress kDresses[] = {
+    {"information", &Tokens::sunken, &Tokens::text2}, {"tick", &Tokens::soft, &Tokens::accent},
+    {"convert", &Tokens::soft, &Tokens::accent},      {"tasks", &Tokens::amberSoft, &Tokens::amber},
+    {"warning", &Tokens::amberSoft, &Tokens::amber},  {"warning", &Tokens::redSoft, &Tokens::red}};
 
 const Dress &dressOf(Strip::Kind kind) { return kDresses[static_cast<int>(kind)]; }
 
@@ -93,6 +93,13 @@ QLineEdit &Strip::addField(const QString &objectName) {
     field->hide();
     mContent->insertWidget(0, field);
     return *field;
+}
+
+QProgressBar &Strip::addBar() {
+    auto *bar = new QProgressBar(&body());
+    bar->setTextVisible(false);
+    mContent->insertWidget(1, bar, 1);
+    return *bar;
 }
 
 void Strip::fit() {

@@ -8,6 +8,7 @@ class QBoxLayout;
 class QHBoxLayout;
 class QLabel;
 class QLineEdit;
+class QProgressBar;
 class QPushButton;
 class QToolButton;
 
@@ -19,7 +20,7 @@ class Strip : public Unfolding {
     Q_OBJECT
 
 public:
-    enum class Kind { Hint, Result, Waiting, Warning, Error };
+    enum class Kind { Hint, Result, Progress, Waiting, Warning, Error };
 
     enum class Form { Line, Card };
 
@@ -33,6 +34,8 @@ public:
     QPushButton &addAction(const QString &objectName, bool isFilled);
     // What a button with an icon says; only as a tip where there is no room.
     void setWord(QPushButton &button, const QString &word);
+    // A bar beside the text.
+    QProgressBar &addBar();
     // A field in front of the text, hidden at first.
     QLineEdit &addField(const QString &objectName);
     QToolButton &close() { return *mClose; }

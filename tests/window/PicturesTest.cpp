@@ -7,6 +7,7 @@
 #include "ui/RecordingTab.h"
 #include "ui/SettingsPage.h"
 #include "ui/TasksPage.h"
+#include "ui/ZQAudioConvertController.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -83,6 +84,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
     recorder.schedule().initScheduleTaskList();
     pass(1100);
     ui::RecordCards &cards = window.recordPage().cards();
+    converter.parseAudioInfoWithURLs({QUrl::fromLocalFile(left), QUrl::fromLocalFile(path("Missing.wav"))});
     const std::pair<const char *, std::function<void()>> asks[] = {
         {"-offer", [&] { cards.offerVirtualDevice([](bool) {}); }},
         {"-leftovers", [&] { window.offerLeftovers(); }},
@@ -115,6 +117,9 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
             turnSettingsTo(page);
             look(window, name + "-settings-" + std::to_string(page));
         }
+        window.openConverter({});
+        look(window, name + "-convert");
+        window.convertPage().goBack();
         openTasks();
         find<QListWidget>("tasks")->setCurrentRow(0);
         look(window, name + "-tasks");
