@@ -1,8 +1,8 @@
 // The conversion queue against shell loops of the same ffmpeg commands, in one run: many small files, one large file,
-// and media information alone. Prints ratios of wall and CPU time, the threads of the pool, and the longest time that
-// the main thread was away from its event loop.
+// and media information alone. Prints ratios of wall and CPU time, and the longest time that the main thread was away
+// from its event loop. On an idle machine only: the queue stands back behind everything else, the loops do not.
 // Limits: small files 1.00 in wall and CPU, the large one 1.01 in both, media information 0.55 in wall on two cores,
-// the main thread 16 ms. usage: convert_queue [files=1000] [minutes of the large file=30] [rounds=3]
+// the main thread 16 ms. Arguments: files (1000), minutes of the large file (30), rounds (3).
 
 #include "convert/queue/ZQAudioConvertManager.h"
 #include "lang/Lang.h"

@@ -10,6 +10,8 @@
 #include <QDir>
 #include <QEventLoop>
 #include <QFileInfo>
+#include <QJsonValue>
+#include <QStringList>
 
 #include <unistd.h>
 
@@ -17,6 +19,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace cantorel {

@@ -5,8 +5,7 @@
 #include "platform/foundation/Console.h"
 
 #include <QEventLoop>
-#include <QFile>
-#include <QFileInfo>
+#include <QJsonValue>
 
 #include <CLI/CLI.hpp>
 #include <memory>

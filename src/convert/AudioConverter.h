@@ -4,6 +4,7 @@
 #include "convert/Converter.h"
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/Result.h"
+#include "platform/foundation/Sentence.h"
 
 #include <QString>
 #include <QStringList>

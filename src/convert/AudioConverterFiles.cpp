@@ -16,9 +16,13 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
-#include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
+#include <functional>
+#include <optional>
+#include <stop_token>
 #include <utility>
 #include <vector>
 

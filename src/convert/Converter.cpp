@@ -5,7 +5,6 @@
 
 #include <QFileInfo>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cmath>

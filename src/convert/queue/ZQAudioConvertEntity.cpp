@@ -11,9 +11,6 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <utility>
-
 namespace cantorel {
 
 ZQAudioConvertEntity::FileStamp ZQAudioConvertEntity::FileStamp::of(const QString &path) {

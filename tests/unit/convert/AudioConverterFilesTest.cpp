@@ -1,5 +1,5 @@
 #include "convert/AudioConverter.h"
-#include "settings/AppSettings.h"
+#include "platform/foundation/SearchPaths.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/Wave.h"
 

@@ -14,8 +14,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <csignal>
+#include <utility>
 
 namespace cantorel {
 namespace {
