@@ -269,12 +269,9 @@ void ZQAudioConvertController::showState() {
     setInk(*mEmpty, Look::tokens().text2);
     const QList<int> rows = selected();
     const bool isOne = rows.size() == 1;
-    mUp->setVisible(!isRunning && count > 1);
-    mUp->setEnabled(isOne && rows.constFirst() > 0);
-    mDown->setVisible(!isRunning && count > 1);
-    mDown->setEnabled(isOne && rows.constFirst() < count - 1);
-    mRemove->setVisible(!isRunning && count > 0);
-    mRemove->setEnabled(!rows.isEmpty());
+    mUp->setVisible(!isRunning && isOne && rows.constFirst() > 0);
+    mDown->setVisible(!isRunning && isOne && rows.constFirst() < count - 1);
+    mRemove->setVisible(!isRunning && !rows.isEmpty());
     mOptions->setRunning(isRunning);
     mStart->setText(isRunning ? Lang::btnStop() : Lang::btnConvert());
     mStart->setDefault(!isRunning);

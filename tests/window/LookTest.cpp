@@ -3,6 +3,8 @@
 #include "tests/window/WindowFixture.h"
 #include "ui/RecordButton.h"
 #include "ui/Strip.h"
+#include "ui/TasksPage.h"
+#include "ui/ZQAudioConvertController.h"
 
 #include <QAbstractButton>
 #include <QBoxLayout>
@@ -101,15 +103,16 @@ struct LookFirst {
 class LookPixels : public LookFirst, public test::WindowFixture {
 public:
     void expectReadable(QWidget &shown, const char *page) {
-        for (const bool isDark : {false, true}) {
-            look.follow({isDark ? Scheme::Dark : Scheme::Light, false, true});
+        for (const char *dress : {"light", "dark", "high contrast"}) {
+            const bool isDark = qstrcmp(dress, "dark") == 0, isHigh = qstrcmp(dress, "high contrast") == 0;
+            look.follow({isDark ? Scheme::Dark : Scheme::Light, isHigh, true});
             QTest::qWait(50);
-            EXPECT_EQ(faintParts(shown).join("; ").toStdString(), "") << page << (isDark ? ", dark" : ", light");
+            EXPECT_EQ(faintParts(shown).join("; ").toStdString(), "") << page << ", " << dress;
             if (const QIcon dot = find<QTabWidget>("tabs")->tabIcon(0); !dot.isNull()) {
                 const QImage drawn = dot.pixmap(8, 8).toImage();
                 EXPECT_EQ(drawn.pixelColor(drawn.rect().center()), Look::tokens().red) << page;
             }
-            photograph(shown, QStringLiteral("contrast-%1-%2").arg(page).arg(isDark));
+            photograph(shown, QStringLiteral("contrast-%1-%2").arg(page, dress));
         }
     }
 };
@@ -131,6 +134,16 @@ TEST_F(LookPixels, EveryTextAndIconStandsOutFromWhatItIsPaintedOn) {
     expectReadable(window, "trouble");
     find<QTabWidget>("tabs")->setCurrentIndex(1);
     expectReadable(window, "library");
+    converter.parseAudioInfoWithURLs({QUrl::fromLocalFile(path("Missing.wav"))});
+    window.openConverter({});
+    expectReadable(window, "convert");
+    window.convertPage().goBack();
+    openSettings();
+    expectReadable(window, "settings");
+    addTask();
+    openTasks();
+    fillTask();
+    expectReadable(window, "tasks");
 }
 
 TEST(Look, EveryColourStandsOutFromItsGround) {

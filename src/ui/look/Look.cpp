@@ -85,7 +85,9 @@ void Look::follow(const desktop::AppearanceState &state) {
                             : state.scheme == desktop::AppearanceState::Scheme::Dark;
     shown().hasMotion = !state.isMotionReduced;
     shown().tokens = state.isContrastHigh ? Tokens::highContrast(desktop) : isDark ? Tokens::dark() : Tokens::light();
-    QApplication::setPalette(state.isContrastHigh ? desktop : paletteOf(shown().tokens));
+    QPalette high = desktop;
+    high.setColor(QPalette::PlaceholderText, shown().tokens.text); // second lines and labels
+    QApplication::setPalette(state.isContrastHigh ? high : paletteOf(shown().tokens));
 }
 
 const Tokens &Look::tokens() { return shown().tokens; }
