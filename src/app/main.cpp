@@ -7,6 +7,7 @@
 #include "app/start/Hardware.h"
 #include "app/start/SignalWatch.h"
 #include "audio_device/ZQAudioKextKit.h"
+#include "convert/queue/ZQAudioConvertManager.h"
 #include "lang/Lang.h"
 #include "platform/foundation/Console.h"
 #include "recording/control/RecordingControl.h"
@@ -61,8 +62,8 @@ public:
     bool claim() { return mSession.claim(); }
 
     int run() {
-        mWindow.emplace(
-            ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks, desktop::InstalledServices::current()});
+        mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks, mConverter,
+                                              desktop::InstalledServices::current()});
         const InstalledAsker asker(mWindow->alerts());
         ui::WindowFace face(*mWindow, mWindow->alerts());
         face.checkUpdates = [this](bool byHand) { byHand ? mCommonUtils.checkByHand() : mCommonUtils.checkSilent(); };
@@ -140,6 +141,7 @@ private:
     TaskList mTasks;
     RecordingSession mSession;
     ScheduledSession mRecorder;
+    ZQAudioConvertManager mConverter{hal::HardwareSystem::clock()};
     std::optional<ui::MainWindow> mWindow;
     std::optional<RecordingControl> mControl;
     std::shared_ptr<desktop::HotKeys> mDesktopKeys; // null where the desktop has none

@@ -17,18 +17,17 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr int kDisc = 40, kUnfold = 160; // ms
+constexpr int kDisc = 40;
 
 } // namespace
 
 Card::Card(const QString &objectName, QWidget *parent)
-    : QWidget(parent),
-      mBody(new QWidget(this)),
-      mIcon(new QLabel(mBody)),
-      mTitle(new QLabel(mBody)),
-      mText(new QLabel(mBody)),
+    : Unfolding(Edge::Above, parent),
+      mIcon(new QLabel(&body())),
+      mTitle(new QLabel(&body())),
+      mText(new QLabel(&body())),
       mActions(new QHBoxLayout),
-      mClose(new QToolButton(mBody)) {
+      mClose(new QToolButton(&body())) {
     setObjectName(objectName);
     mTitle->setWordWrap(true);
     mText->setWordWrap(true);
@@ -47,19 +46,11 @@ Card::Card(const QString &objectName, QWidget *parent)
     mActions->setSpacing(measure::kGap);
     mActions->addStretch();
     lines->addLayout(mActions);
-    auto *row = rowIn(mBody, 2 * measure::kGap);
+    auto *row = rowIn(&body(), 2 * measure::kGap);
     row->setContentsMargins(2 * measure::kGap, 2 * measure::kGap, measure::kGap, 2 * measure::kGap);
     row->addWidget(mIcon, 0, Qt::AlignTop);
     row->addLayout(lines, 1);
     row->addWidget(mClose, 0, Qt::AlignTop);
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    policy.setHeightForWidth(true);
-    setSizePolicy(policy);
-    mUnfold.setStartValue(0.0);
-    mUnfold.setEndValue(1.0);
-    mUnfold.setEasingCurve(QEasingCurve::OutCubic);
-    connect(&mUnfold, &QVariantAnimation::valueChanged, this, [this] { updateGeometry(); });
-    hide();
 }
 
 void Card::ask(std::function<Texts()> texts, std::function<void(int)> answered, bool takesFocus) {
@@ -72,7 +63,7 @@ void Card::ask(std::function<Texts()> texts, std::function<void(int)> answered, 
     }
     const auto count = mTexts().actions.size();
     for (int number = 0; number < count; ++number) {
-        auto *button = new QPushButton(mBody);
+        auto *button = new QPushButton(&body());
         button->setObjectName(objectName() + QString::number(number));
         button->setDefault(number == 0);
         button->setAutoDefault(true);
@@ -104,16 +95,6 @@ void Card::answer(int answer) {
         answered(answer);
 }
 
-void Card::setInSight(bool isInSight) {
-    if (isInSight == !isHidden())
-        return;
-    mUnfold.stop();
-    mUnfold.setDuration(Look::hasMotion() && parentWidget()->isVisible() ? kUnfold : 0);
-    setVisible(isInSight);
-    if (isInSight)
-        mUnfold.start();
-}
-
 void Card::showTexts() {
     if (!mTexts)
         return;
@@ -140,15 +121,6 @@ void Card::showIcons() {
     update();
 }
 
-int Card::heightForWidth(int width) const {
-    return qRound(mUnfold.currentValue().toReal() * mBody->heightForWidth(width));
-}
-
-QSize Card::sizeHint() const {
-    const QSize body = mBody->sizeHint();
-    return {body.width(), qRound(mUnfold.currentValue().toReal() * body.height())};
-}
-
 QSize Card::minimumSizeHint() const {
     int widest = 0;
     for (const QPushButton *button : mButtons)
@@ -157,8 +129,8 @@ QSize Card::minimumSizeHint() const {
 }
 
 int Card::besideLines() const {
-    const QMargins margins = mBody->layout()->contentsMargins();
-    return margins.left() + mIcon->width() + 2 * mBody->layout()->spacing() + mClose->sizeHint().width()
+    const QMargins margins = body().layout()->contentsMargins();
+    return margins.left() + mIcon->width() + 2 * body().layout()->spacing() + mClose->sizeHint().width()
            + margins.right();
 }
 
@@ -168,9 +140,7 @@ void Card::resizeEvent(QResizeEvent *event) {
         row += button->sizeHint().width() + mActions->spacing();
     // Where they have no room side by side, the buttons stand one below the other.
     mActions->setDirection(row <= width() - besideLines() ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    const int whole = mBody->heightForWidth(width());
-    mBody->setGeometry(0, qMin(0, height() - whole), width(), whole);
-    QWidget::resizeEvent(event);
+    Unfolding::resizeEvent(event);
 }
 
 void Card::paintEvent(QPaintEvent *) {
@@ -179,17 +149,17 @@ void Card::paintEvent(QPaintEvent *) {
     const Tokens &tokens = Look::tokens();
     painter.setPen(tokens.line);
     painter.setBrush(tokens.surface);
-    painter.drawRoundedRect(QRectF(mBody->geometry()).adjusted(0.5, 0.5, -0.5, -0.5), measure::kCardRadius,
+    painter.drawRoundedRect(QRectF(body().geometry()).adjusted(0.5, 0.5, -0.5, -0.5), measure::kCardRadius,
                             measure::kCardRadius);
     painter.setPen(Qt::NoPen);
     painter.setBrush(tokens.soft);
-    painter.drawEllipse(mIcon->geometry().translated(mBody->pos()));
+    painter.drawEllipse(mIcon->geometry().translated(body().pos()));
 }
 
 void Card::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange)
         showIcons();
-    QWidget::changeEvent(event);
+    Unfolding::changeEvent(event);
 }
 
 } // namespace cantorel::ui

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QVariantAnimation>
-#include <QWidget>
+#include "ui/Unfolding.h"
 
 #include <functional>
 #include <vector>
@@ -15,7 +14,7 @@ namespace cantorel::ui {
 
 // What stands at the top of a page and waits for the person without standing in the way: an icon, a title, one or two
 // sentences, buttons that say what they do, and a cross.
-class Card : public QWidget {
+class Card : public Unfolding {
     Q_OBJECT
 
 public:
@@ -36,13 +35,8 @@ public:
     void putAway();
     bool isAsking() const { return static_cast<bool>(mTexts); }
     void answer(int answer);
-    // In sight or not while it asks: only the most urgent card of a page is.
-    void setInSight(bool isInSight);
     void showTexts();
 
-    bool hasHeightForWidth() const override { return true; }
-    int heightForWidth(int width) const override;
-    QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
@@ -60,13 +54,11 @@ private:
 
     std::function<Texts()> mTexts;
     std::function<void(int)> mAnswered;
-    QWidget *mBody; // whole, while the card still unfolds
     QLabel *mIcon, *mTitle, *mText;
     QHBoxLayout *mActions;
     std::vector<QPushButton *> mButtons;
     QToolButton *mClose;
     QString mIconName;
-    QVariantAnimation mUnfold; // 0 to 1
 };
 
 } // namespace cantorel::ui

@@ -4,6 +4,8 @@
 #include "recording/control/RecorderPanel.h"
 #include "settings/AppSettings.h"
 #include "ui/DigitLabel.h"
+#include "ui/Fields.h"
+#include "ui/FileDialogs.h"
 #include "ui/Icons.h"
 #include "ui/PageParts.h"
 #include "ui/look/Look.h"
@@ -13,7 +15,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QToolButton>
@@ -24,7 +25,7 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr int kDot = 8;
+constexpr int kDot = 8, kLeastFormat = 96;
 constexpr QString (*kReady[])() = {Lang::windowReadySystem, Lang::windowReadyMicrophone, Lang::windowReadyBoth};
 
 QString readyText() { return kReady[qBound(0, AppSettings::getAudioType(), int(std::size(kReady)) - 1)](); }
@@ -48,7 +49,8 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
       mFolder(new QToolButton(this)) {
     mState->setObjectName(QStringLiteral("state"));
     mElapsed->setObjectName(QStringLiteral("elapsed"));
-    mFolder->setAutoRaise(true);
+    Look::makeChip(*mFormat);
+    Look::makeChip(*mFolder);
     mFolder->setFocusPolicy(Qt::StrongFocus);
     mFolder->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     mFolder->setObjectName(QStringLiteral("folder"));
@@ -56,8 +58,8 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
     mName->setObjectName(QStringLiteral("recordingName"));
     connect(mName, &QLineEdit::returnPressed, this, &Headline::nameEntered);
     mSilence->setObjectName(QStringLiteral("silence"));
-    mFormat->addItems(AppSettings::audioFormats());
     mFormat->setObjectName(QStringLiteral("format"));
+    mFormat->setMinimumWidth(Look::scaled(*this, kLeastFormat)); // It names less where there is no room.
     connect(mFormat, &QComboBox::activated, this, [this](int index) {
         AppSettings::setAudioFormat(index);
         Q_EMIT chosen();
@@ -110,11 +112,10 @@ void Headline::forgetName() { mName->clear(); }
 void Headline::setFileShown(bool isShown) { mFileLine->setVisible(isShown); }
 
 void Headline::chooseFolder() {
-    const QString chosenFolder =
-        QFileDialog::getExistingDirectory(this, Lang::commSelectFolder(), AppSettings::outputPath());
-    if (!chosenFolder.isEmpty())
-        AppSettings::setOutputPath(chosenFolder);
-    Q_EMIT chosen();
+    ui::chooseFolder(*this, Lang::commSelectFolder(), AppSettings::outputPath(), [this](const QString &folder) {
+        AppSettings::setOutputPath(folder);
+        Q_EMIT chosen();
+    });
 }
 
 void Headline::showNumbers() {
@@ -127,6 +128,7 @@ void Headline::showNumbers() {
     mTimeLeft->setText(mPanel.timeLeftText());
     for (DigitLabel *number : {mSize, mTimeLeft}) {
         setInk(*number, tokens.text2);
+        number->setVisible(mElapsed->sizeHint().width() + measure::kGap + number->sizeHint().width() <= mRoom);
         number->updateGeometry();
     }
 }
@@ -168,7 +170,7 @@ void Headline::showFile() {
     const QString folder = QDir(AppSettings::outputPath()).dirName();
     mFolder->setText({});
     const int taken = (isNamed ? mFile : static_cast<QWidget *>(mName))->minimumSizeHint().width()
-                      + mFormat->sizeHint().width() + mFolder->sizeHint().width() + 3 * measure::kGap;
+                      + qMin(mFormat->sizeHint().width(), mRoom / 2) + mFolder->sizeHint().width() + 3 * measure::kGap;
     mFolder->setText(
         mFolder->fontMetrics().elidedText(folder, Qt::ElideMiddle, qMin(qMin(width(), mRoom) / 4, mRoom - taken)));
     QString details = Lang::windowFormatInFolder()
@@ -201,6 +203,7 @@ void Headline::showTexts() {
     mName->setPlaceholderText(Lang::windowEnterRecordingName());
     mName->setAccessibleName(Lang::windowEnterRecordingName());
     mFormat->setAccessibleName(Lang::commFormat());
+    showChoices(*mFormat, Tools::shownAudioFormats());
 }
 
 void Headline::showIcons() {

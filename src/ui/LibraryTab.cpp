@@ -5,6 +5,7 @@
 #include "settings/UserDefaultFunctions.h"
 #include "ui/Deck.h"
 #include "ui/DetailsPanel.h"
+#include "ui/FileDialogs.h"
 #include "ui/Icons.h"
 #include "ui/PlayerBar.h"
 #include "ui/RecordingsTable.h"
@@ -17,7 +18,6 @@
 #include <QDateTime>
 #include <QDragEnterEvent>
 #include <QEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -52,14 +52,6 @@ protected:
     void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(rect(), Look::tokens().surface); }
 };
 
-QStringList localFiles(const QMimeData &data) {
-    QStringList files;
-    for (const QUrl &url : data.urls())
-        if (url.isLocalFile())
-            files << url.toLocalFile();
-    return files;
-}
-
 // Clicks leave the focus where it is, so that the keys of the list go on working.
 QToolButton *flatButton(QWidget *parent, const char *name) {
     auto *button = new QToolButton(parent);
@@ -85,6 +77,7 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mEmpty(new QLabel(this)),
       mPlayerBar(new PlayerBar(mPlayer, list, this)),
       mAdd(flatButton(this, "add")),
+      mConvert(flatButton(this, "convertSelected")),
       mReveal(flatButton(this, "reveal")),
       mToggle(flatButton(this, "showDetails")) {
     setAcceptDrops(true);
@@ -146,13 +139,16 @@ QWidget *LibraryTab::makeTools() {
     row->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
     mSearch->setMaximumWidth(Look::scaled(*this, kSearch));
     mToggle->setCheckable(true);
-    mReveal->hide();
+    for (QToolButton *button : {mConvert, mReveal})
+        button->hide();
+    connect(mConvert, &QToolButton::clicked, this, [this] { convert(); });
     connect(mReveal, &QToolButton::clicked, this, [this] { reveal(); });
     connect(mToggle, &QToolButton::clicked, this, [this] { toggleDetails(); });
     connect(mAdd, &QToolButton::clicked, this, [this] { chooseFiles(); });
     row->addWidget(mSearch, 3);
     row->addSpacing(measure::kGap);
     row->addWidget(mAdd);
+    row->addWidget(mConvert);
     row->addWidget(mReveal);
     row->addStretch(1);
     row->addWidget(mToggle);
@@ -161,6 +157,7 @@ QWidget *LibraryTab::makeTools() {
 
 QWidget *LibraryTab::makeTable() {
     mTable->setModel(&mModel);
+    mTable->setTileColumn(RecordingsModel::Cover);
     // Behind what the view itself does with its selection.
     connect(&mModel, &QAbstractItemModel::modelAboutToBeReset, this, [this] { remember(); });
     connect(&mModel, &QAbstractItemModel::modelReset, this, [this] { restore(); });
@@ -204,6 +201,7 @@ QWidget *LibraryTab::makeTable() {
     };
     onPage(QKeySequence::Find, [this] { mSearch->setFocus(Qt::ShortcutFocusReason); });
     onPage(Qt::CTRL | Qt::Key_I, [this] { toggleDetails(); });
+    onPage(Qt::CTRL | Qt::SHIFT | Qt::Key_C, [this] { convert(); });
     onPage(QKeySequence::Open, [this] { chooseFiles(); });
     onPage(QKeySequence::Undo, [this] { undo(); });
     return mTable;
@@ -241,6 +239,7 @@ void LibraryTab::showMenu(const QPoint &position) {
         "play", Lang::btnPlay(), [this, file = items.front()->getFileName()] { play(file); }, isOne && isReady);
     add(
         "rename", Lang::btnRename(), [this] { rename(); }, isOne && isReady);
+    add("convert", Lang::windowConvertFiles(), [this] { convert(); });
     add(
         "folder", Lang::btnShowInFinder(), [this] { reveal(); }, isOne);
     if (mDetails == Details::Closed)
@@ -301,6 +300,20 @@ void LibraryTab::reveal() {
         (void)mFiles->reveal({items.front()->getFileName()}); // The desktop shows it or has no file manager.
 }
 
+void LibraryTab::convert() {
+    QStringList files;
+    for (const RecordedAudioInfo *item : selected())
+        if (!item->isInUse())
+            files << item->getFileName();
+    if (!files.isEmpty())
+        Q_EMIT convertWanted(files);
+}
+
+void LibraryTab::takeStrip(QWidget &strip) {
+    auto *column = static_cast<QBoxLayout *>(layout());
+    column->insertWidget(column->indexOf(mPlayerBar), &strip);
+}
+
 bool LibraryTab::isWide() const { return width() >= Look::scaled(*this, kWide); }
 
 void LibraryTab::toggleDetails() {
@@ -357,6 +370,8 @@ void LibraryTab::showChoice() {
     const RecordedAudioInfo *item = chosen();
     mPlayerBar->choose(item && !item->isInUse() ? item->getFileName() : QString());
     mReveal->setVisible(mFiles != nullptr && mTable->selectionModel()->hasSelection());
+    mConvert->setVisible(mTable->selectionModel()->hasSelection());
+    fitTools();
 }
 
 int LibraryTab::listWidth() const { return width() - (mDetails == Details::Beside ? mPanel->besideWidth() : 0); }
@@ -364,7 +379,7 @@ int LibraryTab::listWidth() const { return width() - (mDetails == Details::Besid
 // In a narrow window the tools are their icons.
 void LibraryTab::fitTools() {
     for (const auto style : {Qt::ToolButtonTextBesideIcon, Qt::ToolButtonIconOnly}) {
-        for (QToolButton *tool : {mAdd, mReveal})
+        for (QToolButton *tool : {mAdd, mConvert, mReveal})
             tool->setToolButtonStyle(style);
         if (mTools->sizeHint().width() <= listWidth())
             return;
@@ -410,12 +425,7 @@ void LibraryTab::remove(RecordingsRemoval::Files files) {
 }
 
 void LibraryTab::chooseFiles() {
-    QFileDialog dialog(this);
-    dialog.setWindowTitle(Lang::windowSoundFiles());
-    dialog.setFileMode(QFileDialog::ExistingFiles);
-    dialog.setObjectName(QStringLiteral("chooseFiles"));
-    if (dialog.exec() == QDialog::Accepted)
-        add(dialog.selectedFiles());
+    ui::chooseFiles(*this, Lang::windowSoundFiles(), [this](const QStringList &files) { add(files); });
 }
 
 void LibraryTab::add(const QStringList &paths) {
@@ -543,6 +553,8 @@ void LibraryTab::showTexts() {
     mUndo->setText(Lang::windowUndo());
     mAdd->setText(Lang::windowAddFiles());
     mAdd->setToolTip(Lang::windowAddFiles());
+    mConvert->setText(Lang::windowConvertFiles());
+    mConvert->setToolTip(Lang::windowConvertFiles());
     mReveal->setText(Lang::btnShowInFinder());
     mReveal->setToolTip(Lang::btnShowInFinder());
     mToggle->setToolTip(Lang::commFileInformation());
@@ -556,6 +568,7 @@ void LibraryTab::showTexts() {
 
 void LibraryTab::showIcons() {
     mAdd->setIcon(icon(QStringLiteral("add"), palette()));
+    mConvert->setIcon(icon(QStringLiteral("convert"), palette()));
     mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
     mToggle->setIcon(icon(QStringLiteral("tag"), palette()));
     const QIcon glass = icon(QStringLiteral("search"), palette());

@@ -53,11 +53,14 @@ public:
     void setRecordsSystemSound(bool records);
     void play(const QString &file);
     void playAllTheSame(const QString &file);
+    // The strip of what goes on elsewhere stands above the player.
+    void takeStrip(QWidget &strip);
     LibraryPlayer &player() { return mPlayer; }
     LibraryMedia &media() { return mMedia; }
 
 Q_SIGNALS:
     void playsIntoRecording(const QString &file);
+    void convertWanted(const QStringList &files);
 
 private:
     QWidget *makeTools();
@@ -69,6 +72,7 @@ private:
     void playTile(int row);
     void rename();
     void reveal();
+    void convert();
     void chooseFiles();
     void add(const QStringList &paths);
     void showAdded(const RecordingsAdding::Added &added);
@@ -126,7 +130,7 @@ private:
     QPushButton *mUndo = nullptr;
     std::function<void()> mUndoes; // what the strip tells of; empty for nothing
     PlayerBar *mPlayerBar;
-    QToolButton *mAdd, *mReveal, *mToggle;
+    QToolButton *mAdd, *mConvert, *mReveal, *mToggle;
     enum class Playing { Free, AsksFirst, Allowed } mPlaying = Playing::Free;
 };
 

@@ -5,6 +5,7 @@
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 #include "ui/AlertAsker.h"
+#include "ui/ConvertStrip.h"
 #include "ui/Icons.h"
 #include "ui/LibraryTab.h"
 #include "ui/Page.h"
@@ -18,6 +19,7 @@
 #include "ui/TasksPage.h"
 #include "ui/UpdateWindow.h"
 #include "ui/WindowKeys.h"
+#include "ui/ZQAudioConvertController.h"
 #include "ui/look/Look.h"
 #include "util/tools/Tools.h"
 
@@ -91,6 +93,7 @@ MainWindow::MainWindow(const Parts &parts)
     connect(mTabs, &QTabWidget::currentChanged, this, [this] {
         complete();
         showRecordingEverywhere();
+        placeStrip();
     });
     mRecordingTab->begin();
     listen();
@@ -119,7 +122,9 @@ void MainWindow::complete() {
     QApplication::setWindowIcon(applicationIcon());
     connect(&mLibraryTab->media(), &LibraryMedia::toWindow, this, [this] { bringToFront(); });
     connect(&mLibraryTab->media(), &LibraryMedia::toEnd, this, [this] { leave(); });
+    connect(&mParts.panel, &RecorderPanel::dayChanged, mLibraryTab, &LibraryTab::itemsDidChange);
     connect(mLibraryTab, &LibraryTab::playsIntoRecording, this, [this](const QString &file) { askToPlay(file); });
+    connect(mLibraryTab, &LibraryTab::convertWanted, this, &MainWindow::openConverter);
     mLibraryTab->listDidChange();
 }
 
@@ -162,7 +167,9 @@ QWidget *MainWindow::makeHome() {
     row->addWidget(mMenuButton);
     corner->setObjectName(QStringLiteral("corner"));
     auto *lead = new QWidget(this);
-    (new QHBoxLayout(lead))->addSpacing(measure::kGap);
+    auto *before = new QHBoxLayout(lead);
+    before->setContentsMargins({});
+    before->addSpacing(measure::kMargin - style()->pixelMetric(QStyle::PM_TabBarTabHSpace) / 2);
     mTabs->setCornerWidget(lead, Qt::TopLeftCorner);
     connect(mPill, &Pill::shown, this, [this] { showTab(mRecordingTab); });
     connect(mPill, &Pill::paused, this, [this] { mParts.session.onPauseRecording(); });
@@ -176,6 +183,7 @@ QWidget *MainWindow::makeHome() {
     connect(mPages, &QStackedWidget::currentChanged, this, [this] {
         mBackAction->setEnabled(mPages->page());
         showRecordingEverywhere();
+        placeStrip();
     });
     return mPages;
 }
@@ -277,6 +285,10 @@ void MainWindow::listen() {
     });
     connect(&panel, &RecorderPanel::missed, this,
             [this](const QString &sentence) { mNotices.tell(Lang::windowTaskMissed(), sentence); });
+    connect(&panel, &RecorderPanel::taskIsNear, this, [this](const QString &text) {
+        if (!isActiveWindow())
+            mNotices.tell(Lang::toolsScheduleTaskTitle(), text);
+    });
     connect(&panel, &RecorderPanel::shutdownIn, this, [this](int seconds) { showShutdown(seconds); });
     connect(&panel, &RecorderPanel::settled, this, [this] {
         if (!mParts.list.unsaved().isEmpty())
@@ -303,6 +315,14 @@ void MainWindow::listen() {
     });
     connect(mRecordingTab, &RecordingTab::shutdownCancelled, this,
             [this] { mParts.recorder.schedule().cancelShutdown(); });
+    const auto settle = [this](const foundation::Result<void> &done) {
+        if (!done)
+            mParts.panel.setSentence(done.failure().sentence);
+    };
+    connect(mRecordingTab, &RecordingTab::taskCancelled, this,
+            [this, settle] { settle(mParts.recorder.schedule().skipNextStart()); });
+    connect(mRecordingTab, &RecordingTab::taskWanted, this,
+            [this, settle] { settle(mParts.recorder.schedule().makeSkippedStart()); });
     connect(mRecordingTab, &RecordingTab::virtualDeviceWanted, this, &MainWindow::virtualDeviceWanted);
     mParts.list.view = this;
 }
@@ -353,6 +373,51 @@ TasksPage &MainWindow::tasks() {
     if (!mTasks)
         mTasks = new TasksPage(mParts.tasks, mParts.panel, this);
     return *mTasks;
+}
+
+ZQAudioConvertController &MainWindow::convertPage() {
+    if (mConvert)
+        return *mConvert;
+    mConvert = new ZQAudioConvertController(mParts.converter, this);
+    mConvertStrip = new ConvertStrip(*mConvert, this);
+    connect(mConvertStrip, &ConvertStrip::showWanted, this, [this] { openConverter({}); });
+    connect(mConvert, &ZQAudioConvertController::revealWanted, this, [this](const QStringList &files) {
+        if (mParts.desktop.files)
+            (void)mParts.desktop.files->reveal(files); // a person sees whether a folder opens
+    });
+    connect(mConvert, &ZQAudioConvertController::progressed, this, [this] {
+        if (mParts.desktop.launcher && mParts.converter.isConverting())
+            mParts.desktop.launcher->showProgress(mParts.converter.progress().percent / 100);
+    });
+    connect(mConvert, &ZQAudioConvertController::ended, this, &MainWindow::conversionDidEnd);
+    placeStrip();
+    return *mConvert;
+}
+
+void MainWindow::openConverter(const QStringList &files) {
+    if (!files.isEmpty())
+        convertPage().add(files);
+    mPages->open(convertPage());
+}
+
+// Above what stands at the bottom of the page that is shown.
+void MainWindow::placeStrip() {
+    if (!mConvertStrip)
+        return;
+    if (Page *page = mPages->page())
+        page->takeStrip(*mConvertStrip);
+    else if (mTabs->currentWidget() == mRecordingTab)
+        mRecordingTab->takeStrip(*mConvertStrip);
+    else
+        library().takeStrip(*mConvertStrip);
+    mConvertStrip->setElsewhere(mPages->page() != mConvert);
+}
+
+void MainWindow::conversionDidEnd() {
+    if (mParts.desktop.launcher)
+        mParts.desktop.launcher->hideProgress();
+    if (!isActiveWindow())
+        mNotices.tell(Lang::menuAudioConverter(), mConvert->summaryText());
 }
 
 void MainWindow::showShutdown(int seconds) {
@@ -565,7 +630,7 @@ void MainWindow::closeEvent(QCloseEvent *event) {
 void MainWindow::leave() {
     if (mIsLeaving)
         endOnceSettled();
-    else if (isRecording() || !mParts.panel.taskAheadText().isEmpty())
+    else if (isRecording() || !mParts.panel.taskAheadText().isEmpty() || mParts.converter.isConverting())
         askToLeave();
     else
         stopAndQuit();
@@ -578,7 +643,9 @@ void MainWindow::askToLeave() {
         const bool records = isRecording();
         return Card::Texts{QStringLiteral("sound"),
                            Tools::fillTextMarkers(Lang::commExitConfirm()),
-                           records ? Lang::windowStillRecording() : mParts.panel.taskAheadText(),
+                           records                           ? Lang::windowStillRecording()
+                           : mParts.converter.isConverting() ? convertPage().progressText()
+                                                             : mParts.panel.taskAheadText(),
                            {records ? Lang::windowKeepRecording() : Lang::windowKeepWaiting(),
                             records ? Lang::windowStopAndQuit() : Lang::btnExit()}};
     };

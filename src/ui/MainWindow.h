@@ -14,12 +14,14 @@ class QToolButton;
 namespace cantorel {
 class RecordingSession;
 class ScheduledSession;
+class ZQAudioConvertManager;
 struct UpdateDescription;
 } // namespace cantorel
 
 namespace cantorel::ui {
 
 class AlertAsker;
+class ConvertStrip;
 class LibraryTab;
 class PageStack;
 class Pill;
@@ -27,6 +29,7 @@ class RecordingTab;
 class SettingsPage;
 class StatusItem;
 class TasksPage;
+class ZQAudioConvertController;
 enum class Command;
 
 // The window: the recording and the library tab, and the ways to everything else. Owned by the application.
@@ -41,6 +44,7 @@ public:
         RecordingSession &session;
         RecordedList &list;
         TaskList &tasks;
+        ZQAudioConvertManager &converter;
         desktop::Services &desktop;
     };
     explicit MainWindow(const Parts &parts);
@@ -76,6 +80,9 @@ public:
     LibraryTab &library();
     SettingsPage &settings();
     TasksPage &tasks();
+    ZQAudioConvertController &convertPage();
+    // With these files and folders in its list as well.
+    void openConverter(const QStringList &files);
 
 Q_SIGNALS:
     // The person wants to quit, and nothing is recorded or converted any more.
@@ -101,6 +108,8 @@ private:
     void openMenu();
     void openSettings();
     void openTasks();
+    void placeStrip();
+    void conversionDidEnd();
     void showShutdown(int seconds);
     void showAbout();
     void recoverLeftovers();
@@ -139,6 +148,8 @@ private:
     LibraryTab *mLibraryTab = nullptr;
     SettingsPage *mSettings = nullptr;
     TasksPage *mTasks = nullptr;
+    ZQAudioConvertController *mConvert = nullptr;
+    ConvertStrip *mConvertStrip = nullptr;
     std::array<QString, 3> mTriggers;
     foundation::Sentence mHotkeyTrouble;
     std::unique_ptr<StatusItem> mStatusItem;

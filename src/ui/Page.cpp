@@ -44,6 +44,8 @@ void Page::setPanel(PagePanel &panel) {
 
 void Page::takePill(QWidget &pill) { mHeader->takePill(pill); }
 
+void Page::takeStrip(QWidget &strip) { layout()->addWidget(&strip); }
+
 void Page::openPanel() {
     if (mPanel->isHidden())
         mBeforePanel = focusWidget();

@@ -24,6 +24,8 @@ public:
     QToolButton &addAction(const QString &objectName);
     void setContent(QWidget &content);
     void setPanel(PagePanel &panel);
+    // The strip of what goes on elsewhere stands at the bottom.
+    void takeStrip(QWidget &strip);
     // The running recording stands in the header of the page that is shown.
     void takePill(QWidget &pill);
 

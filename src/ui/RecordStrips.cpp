@@ -4,12 +4,15 @@
 #include "recording/control/ListRequests.h"
 #include "recording/control/RecorderPanel.h"
 #include "settings/AppSettings.h"
+#include "ui/Icons.h"
 #include "ui/Strip.h"
+#include "ui/look/Look.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
 
 #include <QBoxLayout>
 #include <QDir>
+#include <QEvent>
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
@@ -25,10 +28,14 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
       mList(list),
       mTrouble(new Strip(this)),
       mShutdown(new Strip(this)),
+      mSoon(new Strip(this)),
+      mSkipped(new Strip(this)),
       mWaiting(new Strip(this)),
-      mResult(new Strip(this)),
+      mResult(new Strip(this, Strip::Form::Card)),
       mAdvice(new Strip(this)),
       mCancel(&mShutdown->addAction(QStringLiteral("cancelShutdown"), true)),
+      mSkip(&mSoon->addAction(QStringLiteral("skipTask"), false)),
+      mUndoSkip(&mSkipped->addAction(QStringLiteral("undoSkip"), false)),
       mKeepSilence(&mWaiting->addAction(QStringLiteral("keepSilence"), false)),
       mPlay(&mResult->addAction(QStringLiteral("playResult"), true)),
       mRename(&mResult->addAction(QStringLiteral("renameResult"), false)),
@@ -40,13 +47,20 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
     mShutdown->text().setObjectName(QStringLiteral("shutdown"));
     mShutdown->close().hide(); // its button says what it does
     connect(mCancel, &QPushButton::clicked, this, &RecordStrips::shutdownCancelled);
+    mSoon->text().setObjectName(QStringLiteral("taskSoon"));
+    mSoon->close().hide(); // it stays until the task begins
+    connect(mSkip, &QPushButton::clicked, this, &RecordStrips::taskCancelled);
+    mSkipped->text().setObjectName(QStringLiteral("taskSkipped"));
+    mSkipped->close().hide(); // it stays until it is too late
+    connect(mUndoSkip, &QPushButton::clicked, this, &RecordStrips::taskWanted);
     mWaiting->text().setObjectName(QStringLiteral("waiting"));
     mWaiting->close().hide(); // it stays as long as it is silent
     connect(mKeepSilence, &QPushButton::clicked, this, [this] {
         AppSettings::setAutoSkipSilence(false);
         Q_EMIT silenceKept();
     });
-    mResult->text().setObjectName(QStringLiteral("result"));
+    mResult->title().setObjectName(QStringLiteral("result"));
+    mResult->text().setObjectName(QStringLiteral("resultDetails"));
     mResult->close().setObjectName(QStringLiteral("resultClose"));
     connect(mPlay, &QPushButton::clicked, this, [this] { Q_EMIT playWanted(mFinished->file); });
     connect(mReveal, &QPushButton::clicked, this, [this] { Q_EMIT revealWanted(mFinished->file); });
@@ -59,10 +73,11 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
     mAdvice->text().setObjectName(QStringLiteral("advice"));
     mAdvice->close().hide(); // it stays as long as it holds
     connect(mMend, &QPushButton::clicked, this, [this] { mend(); });
+    showIcons();
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins({});
     column->setSpacing(0);
-    for (Strip *strip : {mTrouble, mShutdown, mWaiting, mResult, mAdvice})
+    for (Strip *strip : {mTrouble, mShutdown, mSoon, mSkipped, mWaiting, mResult, mAdvice})
         column->addWidget(strip);
 }
 
@@ -90,20 +105,27 @@ void RecordStrips::showState() {
     const struct {
         Strip *strip;
         Strip::Kind kind;
-        QString text;
-    } news[] = {{mTrouble, isIdle ? Strip::Kind::Error : Strip::Kind::Warning, mPanel.sentence()},
-                {mShutdown, Strip::Kind::Waiting, shutdownText()},
-                {mWaiting, Strip::Kind::Waiting,
-                 mPanel.state() == RecorderState::WaitingForSound
-                     ? Lang::windowSilenceIsSkipped() + QLatin1Char(' ') + Lang::windowGoesOnWithSound()
-                     : QString()},
-                {mResult, Strip::Kind::Result, resultText()},
-                {mAdvice, lacksServer ? Strip::Kind::Warning : Strip::Kind::Hint,
-                 mIsAdviceShown ? Lang::sentence(mLack.sentence) : QString()}};
-    bool isTold = false;
-    for (const auto &[strip, kind, text] : news) {
-        strip->tell(kind, isTold ? QString() : text);
+        QString text, title = {};
+    } news[] = {
+        {mTrouble, isIdle ? Strip::Kind::Error : Strip::Kind::Warning, mPanel.sentence()},
+        {mShutdown, Strip::Kind::Waiting, shutdownText()},
+        {mSoon, Strip::Kind::Waiting, mPanel.taskSoonText()},
+        {mSkipped, Strip::Kind::Hint, skippedText()},
+        {mWaiting, Strip::Kind::Waiting,
+         mPanel.state() == RecorderState::WaitingForSound
+             ? Lang::windowSilenceIsSkipped() + QLatin1Char(' ') + Lang::windowGoesOnWithSound()
+             : QString()},
+        {mResult, Strip::Kind::Result, resultText(), mFinished ? QFileInfo(mFinished->file).fileName() : QString()},
+        {mAdvice, lacksServer ? Strip::Kind::Warning : Strip::Kind::Hint,
+         mIsAdviceShown ? Lang::sentence(mLack.sentence) : QString()}};
+    bool isTold = false, wasTold = false;
+    for (const auto &[strip, kind, text, title] : news)
+        wasTold |= !strip->isHidden();
+    for (const auto &[strip, kind, text, title] : news) {
+        strip->tell(kind, isTold ? QString() : text, title);
         isTold |= !text.isEmpty();
+        if (wasTold && !strip->isHidden())
+            strip->unfoldAtOnce(); // in the place of another
     }
 }
 
@@ -157,25 +179,47 @@ QString RecordStrips::shutdownText() const {
     return Lang::windowShutdownIn(mSecondsToShutdown);
 }
 
+QString RecordStrips::skippedText() const {
+    const QString name = mPanel.countdown().skippedName;
+    return name.isEmpty() ? QString() : Lang::windowTaskSkipped().replace(QLatin1String("[#TaskName#]"), name);
+}
+
 QString RecordStrips::resultText() const {
     if (!mFinished)
         return {};
     if (!mNameTrouble.isEmpty())
         return mNameTrouble;
     const QFileInfo file(mFinished->file);
-    const QStringList parts{file.fileName(), ToolString::stringFromDuration(mFinished->seconds),
-                            ToolFile::fileSizeFormatterToString(mFinished->bytes).trimmed(),
-                            QDir(file.path()).dirName()};
-    return parts.join(QStringLiteral("   "));
+    const QString numbers = ToolString::stringFromDuration(mFinished->seconds) + QStringLiteral(", ")
+                            + ToolFile::fileSizeFormatterToString(mFinished->bytes).trimmed();
+    return Lang::windowFormatInFolder()
+        .replace(QLatin1String("[#Format#]"), numbers)
+        .replace(QLatin1String("[#Folder#]"), QDir(file.path()).dirName());
+}
+
+void RecordStrips::showIcons() {
+    QPalette filled = palette();
+    filled.setColor(QPalette::ButtonText, Look::tokens().onAccent);
+    mPlay->setIcon(icon(QStringLiteral("play"), filled));
+    mRename->setIcon(icon(QStringLiteral("rename"), palette()));
+    mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
+}
+
+void RecordStrips::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange)
+        showIcons();
+    QWidget::changeEvent(event);
 }
 
 void RecordStrips::showTexts() {
-    mCancel->setText(Lang::btnCancel());
+    for (QPushButton *button : {mCancel, mSkip})
+        button->setText(Lang::btnCancel());
+    mUndoSkip->setText(Lang::windowUndo());
     mKeepSilence->setText(Lang::windowKeepSilence());
-    mRename->setText(Lang::btnRename());
+    mResult->setWord(*mRename, Lang::btnRename());
     mName->setAccessibleName(Lang::commFileName());
     mPlay->setText(Lang::btnPlay());
-    mReveal->setText(Lang::btnShowInFinder());
+    mResult->setWord(*mReveal, Lang::btnShowInFinder());
     mResult->setAccessibleName(Lang::windowFileReady());
     for (Strip *strip : {mTrouble, mResult})
         strip->close().setToolTip(Lang::btnClose());

@@ -43,6 +43,9 @@ Q_SIGNALS:
     void silenceKept();
     void virtualDeviceWanted();
     void shutdownCancelled();
+    // The start that comes next shall not be made; it shall after all.
+    void taskCancelled();
+    void taskWanted();
     // What is missing may be there now.
     void mended();
     void playWanted(const QString &file);
@@ -50,16 +53,19 @@ Q_SIGNALS:
 
 private:
     QString shutdownText() const;
+    QString skippedText() const;
     QString resultText() const;
     void mend();
     void editName(bool isEdited);
     void rename();
+    void showIcons();
+    void changeEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
     RecorderPanel &mPanel;
     RecordedList &mList;
-    Strip *mTrouble, *mShutdown, *mWaiting, *mResult, *mAdvice; // the most urgent first
-    QPushButton *mCancel, *mKeepSilence, *mPlay, *mRename, *mReveal, *mMend;
+    Strip *mTrouble, *mShutdown, *mSoon, *mSkipped, *mWaiting, *mResult, *mAdvice; // the most urgent first
+    QPushButton *mCancel, *mSkip, *mUndoSkip, *mKeepSilence, *mPlay, *mRename, *mReveal, *mMend;
     QLineEdit *mName; // of the result, while it is renamed
     QString mNameTrouble;
     RecordingAdvice mLack;

@@ -78,7 +78,10 @@ void RecordingTab::listen() {
         mHeadline->showNumbers();
         mDeck->showNumbers();
     });
-    connect(&mPanel, &RecorderPanel::countdownDidChange, this, [this] { mDeck->showTask(); });
+    connect(&mPanel, &RecorderPanel::countdownDidChange, this, [this] {
+        mDeck->showTask();
+        mStrips->showState();
+    });
     connect(&mPanel, &RecorderPanel::begun, this, [this] {
         showSettings();
         mSourceLine->showSource();
@@ -95,6 +98,8 @@ void RecordingTab::listen() {
     connect(mCards, &RecordCards::changed, this, [this] { showState(); });
     connect(mCards, &RecordCards::microphoneChosen, this, [this] { showSettings(); });
     connect(mStrips, &RecordStrips::shutdownCancelled, this, &RecordingTab::shutdownCancelled);
+    connect(mStrips, &RecordStrips::taskCancelled, this, &RecordingTab::taskCancelled);
+    connect(mStrips, &RecordStrips::taskWanted, this, &RecordingTab::taskWanted);
     connect(mStrips, &RecordStrips::mended, this, [this] { showSettings(); });
     connect(mStrips, &RecordStrips::virtualDeviceWanted, this, &RecordingTab::virtualDeviceWanted);
     connect(mStrips, &RecordStrips::playWanted, this, &RecordingTab::playWanted);
@@ -135,6 +140,7 @@ void RecordingTab::showState() {
     mHeadline->setFileShown(!isOffering);
     mStrips->setAdviceShown(!isOffering);
     mSourceLine->setRecording(mPanel.isRunning());
+    mPicture->setRunning(mPanel.isRunning());
     mLevels->setVisible(mPanel.isRunning());
     if (mPanel.isRunning())
         mLevels->setBoth(mSession.currentFile().source == RecordingSource::Both);
@@ -165,6 +171,11 @@ QString RecordingTab::nameNewFile(const QString &folder, const QString &extensio
     Q_EMIT nameWanted();
     mHeadline->askForName();
     return {};
+}
+
+void RecordingTab::takeStrip(QWidget &strip) {
+    auto *column = static_cast<QBoxLayout *>(layout());
+    column->insertWidget(column->indexOf(mDeck), &strip);
 }
 
 bool RecordingTab::showShutdown(int seconds) { return mStrips->showShutdown(seconds); }

@@ -45,6 +45,8 @@ public:
     void showTriggers(const std::array<QString, 3> &triggers);
     // The file of the next recording by the name that was entered; empty, with a word on it, where there is none.
     QString nameNewFile(const QString &folder, const QString &extension);
+    // The strip of what goes on elsewhere stands above the deck.
+    void takeStrip(QWidget &strip);
     RecordCards &cards() { return *mCards; }
     // Seconds until the computer is shut down; below 0 when it is not any more. True where that is news.
     bool showShutdown(int seconds);
@@ -53,6 +55,9 @@ Q_SIGNALS:
     // The person wants the virtual device installed.
     void virtualDeviceWanted();
     void shutdownCancelled();
+    // The start of the task that comes next shall not be made; it shall after all.
+    void taskCancelled();
+    void taskWanted();
     // A recording shall begin that has no name yet.
     void nameWanted();
     void playWanted(const QString &file);

@@ -1,7 +1,5 @@
 #include "ui/RecordingsTable.h"
 
-#include "recording/library/RecordingsModel.h"
-
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -26,7 +24,7 @@ RecordingsTable::RecordingsTable(QWidget *parent) : QTableView(parent) {
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     connect(this, &QAbstractItemView::clicked, this, [this](const QModelIndex &index) {
-        if (index.column() == RecordingsModel::Cover && QGuiApplication::keyboardModifiers() == Qt::NoModifier)
+        if (index.column() == mTileColumn && QGuiApplication::keyboardModifiers() == Qt::NoModifier)
             Q_EMIT tileClicked(index.row());
     });
 }

@@ -4,19 +4,21 @@
 
 namespace cantorel::ui {
 
-// The table of recordings: a list in columns, whose keys go by rows. What its page does with a key, and its tiles'
-// clicks, are left to the page.
+// The table of recordings, or of files: a list in columns, whose keys go by rows. What its page does with a key, and
+// its tiles' clicks, are left to the page.
 class RecordingsTable : public QTableView {
     Q_OBJECT
 
 public:
     explicit RecordingsTable(QWidget *parent);
 
+    // Where the cells are pictures or words that a click acts on.
+    void setTileColumn(int column) { mTileColumn = column; }
     // The row below the pointer; -1 for none.
     int hoveredRow() const { return mHovered; }
 
 Q_SIGNALS:
-    // The picture of a row has been clicked.
+    // Such a cell of a row has been clicked.
     void tileClicked(int row);
 
 protected:
@@ -28,6 +30,7 @@ protected:
 private:
     void hover(int row);
 
+    int mTileColumn = -1;
     int mHovered = -1;
 };
 

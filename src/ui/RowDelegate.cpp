@@ -56,7 +56,7 @@ QString whoOrWhere(const RecordedAudioInfo &item) {
 }
 
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const {
-    paintGround(*painter, option, index);
+    paintRowGround(*painter, option, isHovered(index.row()));
     if (index.column() == RecordingsModel::Cover)
         paintCover(*painter, option, index);
     else if (index.column() == RecordingsModel::Title)
@@ -65,11 +65,10 @@ void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, c
         paintFigures(*painter, option, index.data().toString());
 }
 
-// One ground below all cells of a row.
-void RowDelegate::paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const {
+void paintRowGround(QPainter &painter, const QStyleOptionViewItem &option, bool isHovered) {
     const Tokens &tokens = Look::tokens();
     const bool isSelected = option.state & QStyle::State_Selected;
-    if (!isSelected && !isHovered(index.row()))
+    if (!isSelected && !isHovered)
         return;
     const auto *table = static_cast<const QTableView *>(option.widget);
     const QRect row(measure::kGap, option.rect.top() + kInset, table->viewport()->width() - 2 * measure::kGap,
@@ -119,14 +118,18 @@ void RowDelegate::paintTitle(QPainter &painter, const QStyleOptionViewItem &opti
     painter.setPen(stateColour(*item));
     painter.drawText(line, Qt::AlignVCenter | Qt::AlignLeft,
                      secondMetrics.elidedText(below, Qt::ElideRight, line.width()));
-    if (option.state & QStyle::State_HasFocus && option.state & QStyle::State_KeyboardFocusChange) {
-        painter.setPen(QPen(tokens.focus, measure::kFocus));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(option.rect.adjusted(1, 1, -1, -1), measure::kFieldRadius, measure::kFieldRadius);
-    }
+    paintCellFocus(painter, option);
 }
 
-void RowDelegate::paintFigures(QPainter &painter, const QStyleOptionViewItem &option, const QString &text) {
+void paintCellFocus(QPainter &painter, const QStyleOptionViewItem &option) {
+    if (!(option.state & QStyle::State_HasFocus && option.state & QStyle::State_KeyboardFocusChange))
+        return;
+    painter.setPen(QPen(Look::tokens().focus, measure::kFocus));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(option.rect.adjusted(1, 1, -1, -1), measure::kFieldRadius, measure::kFieldRadius);
+}
+
+void paintFigures(QPainter &painter, const QStyleOptionViewItem &option, const QString &text) {
     painter.setFont(option.font);
     painter.setPen(Look::tokens().text2);
     const QFontMetricsF metrics(option.font);

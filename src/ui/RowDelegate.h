@@ -14,6 +14,13 @@ namespace cantorel::ui {
 // Who plays a recording, else where it lies.
 QString whoOrWhere(const RecordedAudioInfo &item);
 
+// The ground below all cells of a row: chosen, below the pointer, or none.
+void paintRowGround(QPainter &painter, const QStyleOptionViewItem &option, bool isHovered);
+// Figures at the right of a cell, in digits of one width.
+void paintFigures(QPainter &painter, const QStyleOptionViewItem &option, const QString &text);
+// The ring of a cell that the keys stand on, once a key was used.
+void paintCellFocus(QPainter &painter, const QStyleOptionViewItem &option);
+
 // Draws the rows of the library: the title with a second line below it, figures in columns of equally wide digits.
 class RowDelegate : public QStyledItemDelegate {
 public:
@@ -30,10 +37,8 @@ public:
                               const QModelIndex &index) const override;
 
 private:
-    void paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
     void paintCover(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
     void paintTitle(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
-    static void paintFigures(QPainter &painter, const QStyleOptionViewItem &option, const QString &text);
 
     const RecordingsModel &mModel;
 };

@@ -3,9 +3,10 @@
 #include "lang/Lang.h"
 #include "recording/hotkeys/HotKey.h"
 #include "settings/AppSettings.h"
+#include "ui/Fields.h"
+#include "ui/FileDialogs.h"
 #include "ui/HotkeyField.h"
 #include "ui/Icons.h"
-#include "ui/NumberField.h"
 #include "ui/RowCard.h"
 #include "ui/look/Look.h"
 #include "util/tools/Tools.h"
@@ -17,7 +18,6 @@
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QScrollArea>
@@ -88,6 +88,7 @@ SettingsPage::SettingsPage(QWidget *parent)
         if (isOn)
             mPages->setCurrentIndex(page);
         showIcons();
+        fit();
     });
     mChosen->button(General)->setChecked(true);
     fit();
@@ -164,7 +165,6 @@ SettingsPage::NumberedChoice &SettingsPage::addNumbered(RowCard &card, const cha
 
 void SettingsPage::makeRecording() {
     RowCard *files = card(), *silent = card();
-    mFormat->addItems(AppSettings::audioFormats());
     mFormat->setObjectName(QStringLiteral("settingsFormat"));
     mFormatRow = &files->addRow();
     mFormatRow->setControl(*mFormat);
@@ -270,9 +270,15 @@ void SettingsPage::fit() {
     const int beside = isNarrow ? measure::kNarrowMargin : kListMargin;
     mListLayout->setContentsMargins(beside, isNarrow ? measure::kGap : kListMargin, beside, 0);
     mList->setMinimumWidth(isNarrow ? 0 : Look::scaled(*this, kList));
-    for (QAbstractButton *button : mChosen->buttons())
-        static_cast<QToolButton *>(button)->setToolButtonStyle(isNarrow ? Qt::ToolButtonTextOnly
-                                                                        : Qt::ToolButtonTextBesideIcon);
+    const auto show = [this](Qt::ToolButtonStyle style, bool isForChosen) {
+        for (QAbstractButton *button : mChosen->buttons())
+            if (isForChosen || !button->isChecked())
+                static_cast<QToolButton *>(button)->setToolButtonStyle(style);
+        mListLayout->invalidate();
+    };
+    show(isNarrow ? Qt::ToolButtonTextOnly : Qt::ToolButtonTextBesideIcon, true);
+    if (isNarrow && mListLayout->minimumSize().width() > width())
+        show(Qt::ToolButtonIconOnly, false);
     const int margin = isNarrow ? measure::kNarrowMargin : measure::kMargin;
     for (QBoxLayout *column : mColumns)
         column->setContentsMargins(measure::kNarrowMargin, kListMargin, margin, margin);
@@ -319,12 +325,11 @@ void SettingsPage::chooseLanguage(const QString &displayName) {
 }
 
 void SettingsPage::chooseFolder() {
-    const QString chosen = QFileDialog::getExistingDirectory(this, Lang::commSelectFolder(), AppSettings::outputPath());
-    if (chosen.isEmpty())
-        return;
-    AppSettings::setOutputPath(chosen);
-    showSettings();
-    Q_EMIT recordingChanged();
+    ui::chooseFolder(*this, Lang::commSelectFolder(), AppSettings::outputPath(), [this](const QString &folder) {
+        AppSettings::setOutputPath(folder);
+        showSettings();
+        Q_EMIT recordingChanged();
+    });
 }
 
 void SettingsPage::chooseHotkey(std::size_t index, const QString &text) {
@@ -397,10 +402,14 @@ void SettingsPage::showTexts() {
     mChosen->button(General)->setText(Lang::settingsGeneralTitle());
     mChosen->button(Recording)->setText(Lang::settingsRecordTitle());
     mChosen->button(Hotkeys)->setText(Lang::settingsGeneralHotkey());
+    for (QAbstractButton *button : mChosen->buttons())
+        button->setToolTip(button->text());
+    fit();
     mFiles->setText(Lang::windowFiles());
     mSilence->setText(Lang::windowSilenceAndLength());
     mLanguageRow->setTexts(Lang::settingsGeneralSetLanguage());
     mFormatRow->setTexts(Lang::commFormat());
+    showChoices(*mFormat, Tools::shownAudioFormats());
     mFolderRow->setTexts(Lang::windowOutputFolder());
     showNextName();
     mSkipRow->setTexts(Lang::settingsRecordSkipSilent(), Lang::windowWaitsForSound());

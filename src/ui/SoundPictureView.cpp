@@ -6,6 +6,8 @@
 #include <QPaintEvent>
 #include <QPainter>
 
+#include <utility>
+
 namespace cantorel::ui {
 
 namespace {
@@ -28,6 +30,11 @@ std::size_t SoundPictureView::firstBar() const {
     const std::size_t bars = (mHistory.total() + kColumnsOfBar - 1) / kColumnsOfBar;
     const auto room = static_cast<std::size_t>(qMax(1, width() / pitch()));
     return bars > room ? bars - room : 0;
+}
+
+void SoundPictureView::setRunning(bool isRunning) {
+    if (std::exchange(mIsRunning, isRunning) != isRunning)
+        update();
 }
 
 void SoundPictureView::wake() {
@@ -72,7 +79,8 @@ void SoundPictureView::paintEvent(QPaintEvent *event) {
         }
         const qreal half = qreal(level) * level * (middle - 2);
         if (half >= 1)
-            painter.fillRect(QRectF(x, middle - half, kBar, 2 * half), isRecorded ? tokens.wave : tokens.waveRest);
+            painter.fillRect(QRectF(x, middle - half, kBar, 2 * half),
+                             isRecorded && mIsRunning ? tokens.wave : tokens.waveRest);
         else // nothing there, or nothing heard
             painter.fillRect(QRectF(x, middle - 1, kBar, kBar), tokens.line);
         if (mark == SoundHistory::Mark::Split || (mark == SoundHistory::Mark::Start && bar > 0)) {

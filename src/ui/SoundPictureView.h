@@ -15,6 +15,8 @@ public:
     // The history outlives the view.
     explicit SoundPictureView(const SoundHistory &history, QWidget *parent = nullptr);
 
+    // Whether the sound is that of a recording under way; else it rests.
+    void setRunning(bool isRunning);
     // A column has come.
     void wake();
 
@@ -30,6 +32,7 @@ private:
 
     const SoundHistory &mHistory;
     std::size_t mShownFirst = 0, mShownTotal = 0;
+    bool mIsRunning = false;
 };
 
 } // namespace cantorel::ui

@@ -145,6 +145,7 @@ void SourceLine::showNames() {
         if (layout()->minimumSize().width() <= mRoom)
             return;
     }
+    mDevice->hide(); // Where even that has no room; the sound settings say it.
 }
 
 QString SourceLine::elided(const QString &device) const {

@@ -4,8 +4,8 @@
 #include "recording/control/RecorderPanel.h"
 #include "recording/schedule/ScheduleCheck.h"
 #include "recording/schedule/ScheduleTaskText.h"
+#include "ui/Fields.h"
 #include "ui/Icons.h"
-#include "ui/NumberField.h"
 #include "ui/PagePanel.h"
 #include "ui/RowCard.h"
 #include "ui/Strip.h"
@@ -170,9 +170,6 @@ void TasksPage::makePanel() {
     mCancel->setObjectName(QStringLiteral("cancelTask"));
     mStart->setCalendarPopup(true);
     mStart->setDisplayFormat(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-    mHours->setSuffix(QStringLiteral(" h"));
-    mMinutes->setSuffix(QStringLiteral(" min"));
-    mSeconds->setSuffix(QStringLiteral(" s"));
     auto *length = new QWidget(mEditor);
     auto *lengthRow = new QHBoxLayout(length);
     lengthRow->setContentsMargins({});
@@ -442,23 +439,18 @@ void TasksPage::showTexts() {
     mSourceLabel->setText(Lang::settingsRecordAudioSource());
     mStartLabel->setText(Lang::toolsScheduleTaskStartTime());
     mLengthLabel->setText(Lang::windowLength());
+    showUnit(*mHours, Lang::windowHours());
+    showUnit(*mMinutes, Lang::windowMinutes());
+    showUnit(*mSeconds, Lang::windowSeconds());
     for (QSpinBox *number : {mHours, mMinutes, mSeconds})
         number->setAccessibleName(Lang::windowLength());
-    const auto fill = [](QComboBox &box, const QStringList &texts) {
-        const QSignalBlocker untold(box);
-        const int chosen = qMax(0, box.currentIndex());
-        box.clear();
-        box.addItems(texts);
-        box.setCurrentIndex(chosen);
-    };
-    fill(*mSource, {Lang::settingsRecordSystemSound(), Lang::windowMicrophone(), Lang::settingsRecordBoth()});
-    fill(*mRepeat, {Lang::windowRepeatOnce(), Lang::windowRepeatTimes(), Lang::toolsScheduleRepeatStopManually()});
+    showChoices(*mSource, {Lang::settingsRecordSystemSound(), Lang::windowMicrophone(), Lang::settingsRecordBoth()});
+    showChoices(*mRepeat,
+                {Lang::windowRepeatOnce(), Lang::windowRepeatTimes(), Lang::toolsScheduleRepeatStopManually()});
     mWeeklyRow->setTexts(Lang::windowDaily());
     showDays();
     mRepeatLabel->setText(Lang::toolsScheduleRepeat());
-    const QStringList times = Lang::toolsScheduleRepeatStopAtCount().split(QStringLiteral("[#count#]"));
-    mTimes->setPrefix(times.constFirst());
-    mTimes->setSuffix(times.constLast());
+    showUnit(*mTimes, Lang::toolsScheduleRepeatStopAtCount());
     mTimes->setAccessibleName(Lang::windowRepeatTimes());
     mRepeatHint->setText(Lang::windowRepeatHint());
     mShutdownRow->setTexts(Lang::toolsScheduleTaskShutdown());

@@ -4,6 +4,7 @@
 #include "ui/RecordingTab.h"
 #include "ui/SettingsPage.h"
 #include "ui/TasksPage.h"
+#include "ui/ZQAudioConvertController.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -43,6 +44,9 @@ public:
             QTest::qWait(1);
             look(window, "settings " + std::to_string(page));
         }
+        window.openConverter({});
+        look(window, "convert");
+        window.convertPage().goBack();
         openTasks();
         find<QListWidget>("tasks")->setCurrentRow(0);
         look(window, "tasks");

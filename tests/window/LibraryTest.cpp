@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QFile>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
@@ -156,6 +157,13 @@ TEST_F(LongLibrary, WhatIsDraggedAreTheFilesOfTheSelectionButNoUnfinishedOne) {
     EXPECT_TRUE(table->model()->index(1, 0).flags() & Qt::ItemIsDragEnabled);
     list.items().back()->isRecording = true;
     EXPECT_FALSE(table->model()->index(0, 0).flags() & Qt::ItemIsDragEnabled);
+}
+
+TEST_F(LongLibrary, DatesAreShownAnewOnAnotherDay) {
+    int told = 0;
+    QObject::connect(table->model(), &QAbstractItemModel::dataChanged, table, [&] { ++told; });
+    panel.dayDidChange();
+    EXPECT_EQ(told, 1);
 }
 
 TEST_F(LongLibrary, DetailsStandBesideTheListOrCoverANarrowOneAndAreRemembered) {
@@ -319,6 +327,30 @@ TEST_F(LongLibrary, SoundThatIsDroppedJoinsTheListWhereItLiesAndRubbishIsNamed) 
     EXPECT_EQ(list.items().size(), kMany + 2u) << "the last ones only";
     EXPECT_TRUE(QFile::exists(home.filePath("Album/Inner/Deep.wav")));
     EXPECT_FALSE(drop({})) << "no files";
+}
+
+TEST_F(LongLibrary, AddAsksWithTheDesktopsDialogOrWithOurOwnWhereItHasNone) {
+    struct Desktop : desktop::FileChooser {
+        void ask(const Question &, Answer answer) override { answered = std::move(answer); }
+        Answer answered;
+    };
+    auto *desktop = new Desktop;
+    desktop::InstalledServices::current().chooser.reset(desktop);
+    click("add");
+    EXPECT_EQ(window.findChild<QFileDialog *>(), nullptr);
+    desktop->answered({});
+    auto *own = find<QFileDialog>("fileDialog");
+    EXPECT_TRUE(own->isVisible());
+    own->close();
+    const QString sound = path("One.wav");
+    ASSERT_TRUE(test::writeWav(sound, std::vector<float>(2 * 48'000)));
+    click("add");
+    desktop->answered(QStringList{sound});
+    EXPECT_TRUE(passUntil([&] { return list.items().size() == kMany + 1u; }));
+    click("add");
+    desktop->answered(QStringList());
+    pass(50);
+    EXPECT_EQ(list.items().size(), kMany + 1u);
 }
 
 TEST_F(LongLibrary, ACoverIsShownOnceItIsDecoded) {

@@ -2,9 +2,15 @@
 
 #include "tests/window/WindowFixture.h"
 #include "ui/RecordButton.h"
+#include "ui/Strip.h"
+#include "ui/TasksPage.h"
+#include "ui/ZQAudioConvertController.h"
 
 #include <QAbstractButton>
+#include <QBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
+#include <QStandardItemModel>
 #include <QTabWidget>
 #include <QTableView>
 
@@ -97,15 +103,16 @@ struct LookFirst {
 class LookPixels : public LookFirst, public test::WindowFixture {
 public:
     void expectReadable(QWidget &shown, const char *page) {
-        for (const bool isDark : {false, true}) {
-            look.follow({isDark ? Scheme::Dark : Scheme::Light, false, true});
+        for (const char *dress : {"light", "dark", "high contrast"}) {
+            const bool isDark = qstrcmp(dress, "dark") == 0, isHigh = qstrcmp(dress, "high contrast") == 0;
+            look.follow({isDark ? Scheme::Dark : Scheme::Light, isHigh, true});
             QTest::qWait(50);
-            EXPECT_EQ(faintParts(shown).join("; ").toStdString(), "") << page << (isDark ? ", dark" : ", light");
+            EXPECT_EQ(faintParts(shown).join("; ").toStdString(), "") << page << ", " << dress;
             if (const QIcon dot = find<QTabWidget>("tabs")->tabIcon(0); !dot.isNull()) {
                 const QImage drawn = dot.pixmap(8, 8).toImage();
                 EXPECT_EQ(drawn.pixelColor(drawn.rect().center()), Look::tokens().red) << page;
             }
-            photograph(shown, QStringLiteral("contrast-%1-%2").arg(page).arg(isDark));
+            photograph(shown, QStringLiteral("contrast-%1-%2").arg(page, dress));
         }
     }
 };
@@ -127,6 +134,16 @@ TEST_F(LookPixels, EveryTextAndIconStandsOutFromWhatItIsPaintedOn) {
     expectReadable(window, "trouble");
     find<QTabWidget>("tabs")->setCurrentIndex(1);
     expectReadable(window, "library");
+    converter.parseAudioInfoWithURLs({QUrl::fromLocalFile(path("Missing.wav"))});
+    window.openConverter({});
+    expectReadable(window, "convert");
+    window.convertPage().goBack();
+    openSettings();
+    expectReadable(window, "settings");
+    addTask();
+    openTasks();
+    fillTask();
+    expectReadable(window, "tasks");
 }
 
 TEST(Look, EveryColourStandsOutFromItsGround) {
@@ -135,6 +152,50 @@ TEST(Look, EveryColourStandsOutFromItsGround) {
             for (const auto ground : pair.grounds)
                 EXPECT_GE(contrast(tokens->*pair.ink, tokens->*ground), pair.least)
                     << pair.name << " on " << (tokens->*ground).name().toStdString();
+}
+
+TEST(Look, TheArrowOfAHeaderPointsDownWhereTheLargestComesFirst) {
+    const Look look(nullptr);
+    QStandardItemModel model(0, 1);
+    model.setHorizontalHeaderLabels({QString()});
+    QHeaderView header(Qt::Horizontal);
+    header.setModel(&model);
+    header.setSortIndicatorShown(true);
+    header.setSortIndicator(0, Qt::DescendingOrder);
+    header.resize(200, 40);
+    const QImage picture = header.grab(QRect(0, 0, header.sectionSize(0), 38)).toImage();
+    std::vector<int> widths; // of the arrow, from its top
+    for (int y = 0; y < picture.height(); ++y) {
+        int first = picture.width(), last = -1;
+        for (int x = 0; x < picture.width(); ++x)
+            if (picture.pixelColor(x, y).lightness() < 170)
+                first = std::min(first, x), last = x;
+        if (last >= 0)
+            widths.push_back(last - first);
+    }
+    ASSERT_GT(widths.size(), 2u);
+    EXPECT_GT(widths.front(), widths.back());
+}
+
+TEST(Look, AStripUnfoldsOverTimeAndAtOnceWhereMotionIsReduced) {
+    Look look(nullptr);
+    for (const bool isReduced : {false, true}) {
+        look.follow({Scheme::Light, false, isReduced});
+        QWidget page;
+        QVBoxLayout column(&page);
+        ui::Strip strip(&page);
+        column.addStretch();
+        column.addWidget(&strip);
+        page.resize(500, 300);
+        page.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&page));
+        strip.tell(ui::Strip::Kind::Hint, "News.");
+        const int whole = strip.findChild<QWidget *>()->sizeHint().height();
+        EXPECT_EQ(strip.heightForWidth(400), isReduced ? whole : 0);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return strip.height() == whole; }));
+        strip.tell(ui::Strip::Kind::Hint, {});
+        EXPECT_TRUE(strip.isHidden());
+    }
 }
 
 TEST(Look, TheWindowFollowsTheDesktopWhileItIsShown) {

@@ -7,6 +7,7 @@
 #include "ui/RecordingTab.h"
 #include "ui/SettingsPage.h"
 #include "ui/TasksPage.h"
+#include "ui/ZQAudioConvertController.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -83,6 +84,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
     recorder.schedule().initScheduleTaskList();
     pass(1100);
     ui::RecordCards &cards = window.recordPage().cards();
+    converter.parseAudioInfoWithURLs({QUrl::fromLocalFile(left), QUrl::fromLocalFile(path("Missing.wav"))});
     const std::pair<const char *, std::function<void()>> asks[] = {
         {"-offer", [&] { cards.offerVirtualDevice([](bool) {}); }},
         {"-leftovers", [&] { window.offerLeftovers(); }},
@@ -104,11 +106,20 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
         window.recordPage().showShutdown(30);
         look(window, name + "-shutdown");
         window.recordPage().showShutdown(-1);
+        window.recordPage().showResult({.file = path("A long evening.mp3"), .seconds = 5025, .bytes = 120'000'000});
+        look(window, name + "-result");
+        RecordingControls runs;
+        runs.startShowsStop = true;
+        panel.recordingControlsDidChange(runs); // with which the result goes
+        panel.recordingControlsDidChange({});
         openSettings();
         for (const int page : {0, 1, 2}) {
             turnSettingsTo(page);
             look(window, name + "-settings-" + std::to_string(page));
         }
+        window.openConverter({});
+        look(window, name + "-convert");
+        window.convertPage().goBack();
         openTasks();
         find<QListWidget>("tasks")->setCurrentRow(0);
         look(window, name + "-tasks");
@@ -133,6 +144,10 @@ struct LargeText {
 };
 
 class LargePictures : public LargeText, public Pictures {};
+
+TEST_F(LargePictures, TextOfTwiceTheSizeFitsTheSmallestWindow) {
+    expectAllTextsShown({560, 420}, {560, 420}, "least-");
+}
 
 TEST_F(LargePictures, TextOfTwiceTheSizeFitsOnASmallLaptop) { expectAllTextsShown({1100, 680}, {1366, 720}, "large-"); }
 

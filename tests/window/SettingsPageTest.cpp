@@ -109,5 +109,21 @@ TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
     photograph(window, "settings-german");
 }
 
+TEST_F(Settings, UnitsAndFormatsAreNamedAsTheLanguageNamesThem) {
+    window.tasks();
+    EXPECT_EQ(find<QComboBox>("format")->itemText(1), AppSettings::audioFormats()[1]) << "as fixed";
+    for (const auto &[language, hours, seconds, format] :
+         {std::tuple("Japanese", " 時間", " 秒", "MP3  - 高音質"), {"Turkish", " sa", " sn", "MP3  - Yüksek kalite"}}) {
+        Lang::ChangeLanguage(language);
+        window.changeLanguageText();
+        EXPECT_EQ(window.tasks().findChild<QSpinBox *>("hours")->suffix(), hours);
+        EXPECT_EQ(window.tasks().findChild<QSpinBox *>("seconds")->suffix(), seconds);
+        EXPECT_TRUE(panel.timeLeftText().contains(hours)) << panel.timeLeftText().toStdString();
+        for (const char *box : {"format", "settingsFormat"})
+            EXPECT_EQ(find<QComboBox>(box)->itemText(0), format) << box;
+        EXPECT_EQ(find<QComboBox>("format")->currentIndex(), AppSettings::getAudioFormat());
+    }
+}
+
 } // namespace
 } // namespace cantorel

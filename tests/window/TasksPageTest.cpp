@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QSpinBox>
+#include <QTabWidget>
 #include <QToolButton>
 
 #include <utility>
@@ -158,6 +159,27 @@ TEST_F(Tasks, WhatIsRemovedComesBackWithUndoAndWhatWasMissedSaysWhy) {
     click("removeTask");
     EXPECT_EQ(rows->count(), 1);
     EXPECT_EQ(taskList.tasks().size(), 1u);
+}
+
+TEST_F(Tasks, AStartThatIsNearIsSaidOnTheRecordPageAndSkippedOrNot) {
+    name("Concert");
+    length(60);
+    start(now.addSecs(270));
+    ASSERT_EQ(add(), QString());
+    find<QTabWidget>("tabs")->setCurrentIndex(0);
+    window.tasks().goBack();
+    const auto says = [this](const char *label, const QString &text) {
+        return passUntil([&] { return find<QLabel>(label)->isVisible() && find<QLabel>(label)->text() == text; });
+    };
+    EXPECT_TRUE(says("taskSoon", "'Concert' is recorded in 5 min."));
+    photograph(window, "task-soon");
+    click("skipTask");
+    EXPECT_TRUE(says("taskSkipped", "'Concert' is not recorded this time."));
+    EXPECT_FALSE(find<QLabel>("taskSoon")->isVisible());
+    EXPECT_EQ(taskList.tasks().size(), 1u);
+    photograph(window, "task-skipped");
+    click("undoSkip");
+    EXPECT_TRUE(says("taskSoon", "'Concert' is recorded in 5 min."));
 }
 
 // Of two tasks of one name the row that is chosen goes, also when others have gone elsewhere meanwhile.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "convert/queue/ZQAudioConvertManager.h"
 #include "lang/Lang.h"
 #include "recording/control/RecorderPanel.h"
 #include "recording/control/ScheduledSession.h"
@@ -104,7 +105,8 @@ public:
     RecordingSession session{panel, list, surroundings("state")};
     TaskList taskList;
     ScheduledSession recorder{session, taskList, panel, *world.clock};
-    ui::MainWindow window{{panel, recorder, session, list, taskList, desktop::InstalledServices::current()}};
+    ZQAudioConvertManager converter{*world.clock};
+    ui::MainWindow window{{panel, recorder, session, list, taskList, converter, desktop::InstalledServices::current()}};
 };
 
 } // namespace cantorel::test

@@ -2,12 +2,14 @@
 
 #include "platform/desktop/ShellScriptHost.h"
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
+#include "platform/desktop/dbus/DBusLauncherEntry.h"
 #include "platform/desktop/dbus/DBusMediaControls.h"
 #include "platform/desktop/dbus/DBusNotifications.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
 #include "platform/desktop/dbus/DBusRemoteControl.h"
 #include "platform/desktop/dbus/DBusSleepDelay.h"
 #include "platform/desktop/portal/PortalAppearance.h"
+#include "platform/desktop/portal/PortalFileChooser.h"
 #include "platform/desktop/portal/PortalHotKeys.h"
 #include "platform/desktop/x11/X11HotKeys.h"
 #include "settings/AppSettings.h"
@@ -29,6 +31,8 @@ desktop::Services desktopServices() {
                                                                    QStringLiteral("com.tessolar.Cantorel.Recorder"));
     services.sleep = std::make_unique<desktop::DBusSleepDelay>();
     services.appearance = std::make_unique<desktop::PortalAppearance>([] { return QDBusConnection::sessionBus(); });
+    services.launcher = std::make_unique<desktop::DBusLauncherEntry>(QString::fromLatin1(kBundleIdentifier));
+    services.chooser = std::make_unique<desktop::PortalFileChooser>([] { return QDBusConnection::sessionBus(); });
     return services;
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/desktop/Appearance.h"
+#include "platform/desktop/FileChooser.h"
 #include "platform/desktop/FileManagerReveal.h"
+#include "platform/desktop/LauncherEntry.h"
 #include "platform/desktop/MediaControls.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/desktop/PowerActivity.h"
@@ -26,6 +28,8 @@ struct Services {
     std::unique_ptr<RemoteControl> remote;
     std::unique_ptr<SleepDelay> sleep;
     std::unique_ptr<Appearance> appearance;
+    std::unique_ptr<FileChooser> chooser;
+    std::unique_ptr<LauncherEntry> launcher;
     SystemVersion version = SystemVersion::current();
 };
 

@@ -1,7 +1,8 @@
 #include "platform/media/MediaFailures.h"
 
+#include "platform/foundation/ErrorReason.h"
+
 #include <cerrno>
-#include <cstring>
 
 namespace cantorel::media::failures {
 
@@ -20,23 +21,22 @@ constexpr foundation::SentenceKey kNotOpened("NotOpened", "Device");
 constexpr foundation::SentenceKey kNoDevice("NoDevice");
 constexpr foundation::SentenceKey kFormatChanged("FormatChanged", "Device");
 
-QString reason(int error) { return QString::fromLocal8Bit(std::strerror(error)); }
-
 } // namespace
 
 Failure codecsMissing(const QString &detail) { return {kCodecsMissing(), detail}; }
 
 Failure cannotCreate(const QString &path, int error) {
-    return {kNotCreated(path, reason(error)), QStringLiteral("create %1: errno %2").arg(path).arg(error)};
+    return {kNotCreated(path, foundation::errorReason(error)),
+            QStringLiteral("create %1: errno %2").arg(path).arg(error)};
 }
 
 Failure cannotRead(const QString &path, int error) {
-    return {kNotRead(path, reason(error)), QStringLiteral("read %1: errno %2").arg(path).arg(error)};
+    return {kNotRead(path, foundation::errorReason(error)), QStringLiteral("read %1: errno %2").arg(path).arg(error)};
 }
 
 Failure writeFailed(const QString &path, int error) {
     const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
-    return {full ? kNoRoomLeft(path) : kNotWritten(path, reason(error)),
+    return {full ? kNoRoomLeft(path) : kNotWritten(path, foundation::errorReason(error)),
             QStringLiteral("write %1: errno %2").arg(path).arg(error)};
 }
 

@@ -17,13 +17,17 @@ namespace {
 
 constexpr foundation::SentenceKey kOutputGone("OutputGone");
 constexpr std::size_t kMostMissed = 50; // remembered
+constexpr qint64 kSoon = 300;           // seconds
 
-// As exactly as anybody plans with it; the signs of the units are the same in all languages.
+QString counted(QString text, qint64 count) { return text.replace(QLatin1String("[#Count#]"), QString::number(count)); }
+
+// As exactly as anybody plans with it.
 QString hoursAndMinutes(qint64 seconds) {
-    const qint64 hours = seconds / 3600, minutes = seconds / 60 % 60;
-    if (hours >= 10)
-        return QStringLiteral("%1 h").arg(hours);
-    return hours > 0 ? QStringLiteral("%1 h %2 min").arg(hours).arg(minutes) : QStringLiteral("%1 min").arg(minutes);
+    const QString hours = counted(Lang::windowHours(), seconds / 3600),
+                  minutes = counted(Lang::windowMinutes(), seconds / 60 % 60);
+    if (seconds < 3600)
+        return minutes;
+    return seconds < 36'000 ? hours + QLatin1Char(' ') + minutes : hours;
 }
 
 } // namespace
@@ -76,6 +80,17 @@ QString RecorderPanel::taskStartText() const {
     return QStringLiteral("%1 %2 %3")
         .arg(locale.dayName(start.date().dayOfWeek(), QLocale::ShortFormat),
              locale.toString(start.date(), QLocale::ShortFormat), time);
+}
+
+QString RecorderPanel::taskSoonText() const {
+    if (mCountdown.taskName.isEmpty() || mCountdown.isExecuted || mCountdown.seconds > kSoon)
+        return {};
+    const bool isMinutes = mCountdown.seconds > 60;
+    const qint64 count = isMinutes ? (mCountdown.seconds + 59) / 60 : mCountdown.seconds;
+    const QString time = isMinutes ? Lang::windowMinutes() : Lang::windowSeconds();
+    return Lang::windowTaskSoon()
+        .replace(QLatin1String("[#Time#]"), counted(time, count))
+        .replace(QLatin1String("[#TaskName#]"), mCountdown.taskName);
 }
 
 QString RecorderPanel::taskAheadText() const {
@@ -219,8 +234,11 @@ void RecorderPanel::recordingSettled() {
 void RecorderPanel::stopPlayback() { Q_EMIT playbackShallStop(); }
 
 void RecorderPanel::taskCountdown(const TaskCountdown &countdown) {
+    const bool wasNear = !taskSoonText().isEmpty();
     mCountdown = countdown;
     Q_EMIT countdownDidChange();
+    if (const QString text = taskSoonText(); !wasNear && !text.isEmpty())
+        Q_EMIT taskIsNear(text);
 }
 
 void RecorderPanel::taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const foundation::Sentence &why) {

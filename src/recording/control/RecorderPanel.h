@@ -56,6 +56,8 @@ public:
     // When the next task begins, or that it is recorded now; empty without one.
     QString taskStartText() const;
     const TaskCountdown &countdown() const { return mCountdown; }
+    // That a task begins within some minutes; empty without one.
+    QString taskSoonText() const;
     // Which task comes next, and that the program must keep running for it; empty without one.
     QString taskAheadText() const;
 
@@ -81,6 +83,7 @@ public:
     void taskMissed(const ScheduleTaskInfo &task, const QDateTime &start, const foundation::Sentence &why) override;
     void shutdownCountdown(int secondsLeft) override;
     void shutdownCancelled() override;
+    void dayDidChange() override { Q_EMIT dayChanged(); }
 
 Q_SIGNALS:
     // State, texts or controls have changed.
@@ -97,7 +100,11 @@ Q_SIGNALS:
     void settled();
     void playbackShallStop();
     void countdownDidChange();
+    // A task begins within some minutes.
+    void taskIsNear(const QString &text);
     void missed(const QString &sentence);
+    // What reads "Today" does so no longer.
+    void dayChanged();
     // Seconds until the computer is shut down; below 0 if the shutdown was cancelled.
     void shutdownIn(int seconds);
 

@@ -24,7 +24,12 @@ ScheduleCheck checkTasks(const ScheduleTaskInfo::Tasks &tasks, const ScheduleTas
         task->_fromTime = task->_fromTime.toUTC();
         QDateTime start = task->_fromTime;
         if (task->_daily) {
-            start = ScheduleTaskInfo::getDateFromDailyTime(task->_fromTime, task->WeeksOn_, now).toUTC();
+            const auto startAfter = [&](const QDateTime &moment) {
+                return ScheduleTaskInfo::getDateFromDailyTime(task->_fromTime, task->WeeksOn_, moment).toUTC();
+            };
+            start = startAfter(now);
+            if (start.isValid() && start == task->dealtWithStart) // skipped, or behind before the clock was set back
+                start = startAfter(start.addSecs(1));
             if (start.isValid())
                 moveToNextStart(*task, start);
         }

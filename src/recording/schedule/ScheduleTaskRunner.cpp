@@ -100,6 +100,9 @@ void ScheduleTaskRunner::tick() {
     checkScheduleTask(now);
     showCountdown(now);
     tickShutdown();
+    // With the look of each second, so that neither sleep nor a clock that is set hides it.
+    if (last.toLocalTime().date() != now.toLocalTime().date())
+        mView.dayDidChange();
 }
 
 // Whether a look at the list would find the same as the last one.
@@ -246,8 +249,43 @@ void ScheduleTaskRunner::release() {
     mAwaitsEnd = false;
 }
 
-void ScheduleTaskRunner::showCountdown(const QDateTime &now) const {
+foundation::Result<void> ScheduleTaskRunner::skipNextStart() {
+    const auto task = mFound.closest;
+    if (!task || m_currentScheduleTaskInfo)
+        return {}; // It has begun, or is gone.
+    const QDateTime before = task->dealtWithStart;
+    if (const auto settled = mTasks.settleStart(task, mFound.start); !settled)
+        return settled;
+    mSkipped = {task, mFound.start, before};
+    lookAgain();
+    return {};
+}
+
+foundation::Result<void> ScheduleTaskRunner::makeSkippedStart() {
+    const auto skipped = std::exchange(mSkipped, {});
+    if (!skipped.task || skipped.start <= mLocalTime())
+        return {};
+    const auto settled = mTasks.settleStart(skipped.task, skipped.dealtWithBefore);
+    if (!settled)
+        mSkipped = skipped;
+    lookAgain();
+    return settled;
+}
+
+void ScheduleTaskRunner::lookAgain() {
+    mQuietUntil = {};
+    const QDateTime now = mLocalTime();
+    checkScheduleTask(now);
+    showCountdown(now);
+}
+
+void ScheduleTaskRunner::showCountdown(const QDateTime &now) {
     TaskCountdown countdown;
+    const auto &tasks = mTasks.tasks();
+    if (mSkipped.start <= now || std::find(tasks.begin(), tasks.end(), mSkipped.task) == tasks.end())
+        mSkipped = {};
+    if (mSkipped.task)
+        countdown.skippedName = mSkipped.task->_taskName;
     if (const TaskPtr task = m_currentScheduleTaskInfo) {
         countdown.taskName = task->_taskName;
         const qint64 passed = std::chrono::floor<std::chrono::seconds>(mClock.now() - mLastStart).count();

@@ -32,6 +32,7 @@ struct TaskCountdown {
     bool isExecuted = false;
     QDateTime start; // of one that lies ahead
     QString text;
+    QString skippedName; // of a task whose start, which lies ahead, was skipped
 };
 
 // Shows the schedule; implemented by each face. Main thread. All optional.
@@ -48,6 +49,8 @@ public:
     // Every second until the computer is shut down; the person can cancel it.
     virtual void shutdownCountdown(int /*secondsLeft*/) {}
     virtual void shutdownCancelled() {}
+    // It is another day, by the local time of the machine.
+    virtual void dayDidChange() {}
 };
 
 // Starts what is due, settles what has ended, and shuts the computer down afterwards if the task asks for it. Looks at
@@ -72,6 +75,12 @@ public:
     // A recording of the executed task is over. Nothing happens when none is executed.
     void taskRecordingDidEnd();
 
+    // The start that lies ahead is not made, and its task stays. That is on the disk before this returns, or the start
+    // is made.
+    foundation::Result<void> skipNextStart();
+    // Takes that back until the start is over.
+    foundation::Result<void> makeSkippedStart();
+
     // Shuts the computer down half a minute after all recordings and conversions have ended.
     void requestShutdown();
     void cancelShutdown();
@@ -82,6 +91,7 @@ private:
 
     void keepWhatIsKnown(const ScheduleTaskInfo::Tasks &before) const;
     void tick();
+    void lookAgain();
     void checkScheduleTask(const QDateTime &now);
     bool isQuiet(const QDateTime &now) const;
     void _execScheduleTask_();
@@ -91,7 +101,7 @@ private:
     void removeExpired(const ScheduleTaskInfo::Tasks &expired);
     void complete();
     void release();
-    void showCountdown(const QDateTime &now) const;
+    void showCountdown(const QDateTime &now);
     void tickShutdown();
 
     TaskList &mTasks;
@@ -110,6 +120,10 @@ private:
     // What that check looked at, and until when it would find the same again.
     std::vector<ScheduleTaskInfo> mFoundIn;
     QDateTime mQuietUntil;
+    struct {
+        std::shared_ptr<ScheduleTaskInfo> task; // null for none
+        QDateTime start, dealtWithBefore;
+    } mSkipped;
     Shutdown mShutdown = Shutdown::None;
     foundation::Clock::Duration mShutdownDue{};
 };

@@ -122,6 +122,16 @@ Result<TaskList::Tasks> TaskList::removeNamed(const QString &name) {
     return removed;
 }
 
+Result<void> TaskList::settleStart(const Task &task, const QDateTime &start) {
+    if (std::find(tasks().begin(), tasks().end(), task) == tasks().end())
+        return {}; // It has left the list meanwhile.
+    const QDateTime before = std::exchange(task->dealtWithStart, start);
+    const auto taken = take(tasks());
+    if (!taken)
+        task->dealtWithStart = before;
+    return taken;
+}
+
 void TaskList::replace(const Task &task, const Task &by) { std::replace(mTasks.begin(), mTasks.end(), Task(task), by); }
 
 void TaskList::drop(const Tasks &over) {

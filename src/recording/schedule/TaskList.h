@@ -35,6 +35,8 @@ public:
     // Tasks that are recorded now are not removed.
     foundation::Result<void> remove(const Task &task);
     foundation::Result<Tasks> removeNamed(const QString &name);
+    // The start is not made any more, whoever looks at the task; an invalid one is none.
+    foundation::Result<void> settleStart(const Task &task, const QDateTime &start);
     // One object in the place of another that says the same.
     void replace(const Task &task, const Task &by);
     // What is over, whether it can be stored now or with the next save.

@@ -11,6 +11,7 @@ namespace cantorel::ui {
 
 namespace {
 
+constexpr const char *kChip = "chip";                      // a property of the widget
 constexpr qreal kNormalLine = 19;                          // height of a line of text at the normal size
 const QString kWasDark = QStringLiteral("desktopWasDark"); // at the last start; the first picture need not wait then
 
@@ -84,12 +85,18 @@ void Look::follow(const desktop::AppearanceState &state) {
                             : state.scheme == desktop::AppearanceState::Scheme::Dark;
     shown().hasMotion = !state.isMotionReduced;
     shown().tokens = state.isContrastHigh ? Tokens::highContrast(desktop) : isDark ? Tokens::dark() : Tokens::light();
-    QApplication::setPalette(state.isContrastHigh ? desktop : paletteOf(shown().tokens));
+    QPalette high = desktop;
+    high.setColor(QPalette::PlaceholderText, shown().tokens.text); // second lines and labels
+    QApplication::setPalette(state.isContrastHigh ? high : paletteOf(shown().tokens));
 }
 
 const Tokens &Look::tokens() { return shown().tokens; }
 
 bool Look::hasMotion() { return shown().hasMotion; }
+
+void Look::makeChip(QWidget &widget) { widget.setProperty(kChip, true); }
+
+bool Look::isChip(const QWidget *widget) { return widget != nullptr && widget->property(kChip).toBool(); }
 
 int Look::tall(const QWidget &widget, int height) {
     return height + qMax(0, qRound(widget.fontMetrics().height() - kNormalLine));

@@ -30,6 +30,10 @@ public:
     static const Tokens &tokens();
     static bool hasMotion();
 
+    // Has a button or a choice drawn as a chip, which stands within a line of text.
+    static void makeChip(QWidget &widget);
+    static bool isChip(const QWidget *widget);
+
     // The height of a control: the text in it grows, and what is above and below it stays.
     static int tall(const QWidget &widget, int height);
     // A measure that grows with the text of the widget.

@@ -96,10 +96,11 @@ void drawButton(QPainter &painter, const QStyleOptionButton &option) {
     const Tokens &tokens = Look::tokens();
     Painting painting(painter);
     const bool isFilled = option.features & QStyleOptionButton::DefaultButton && isEnabled(option);
-    QColor fill = isFilled ? tokens.accent : isHovered(option) ? tokens.hover : tokens.surface;
+    const bool isFlat = option.features & QStyleOptionButton::Flat && !isFilled;
+    QColor fill = isFilled ? tokens.accent : isHovered(option) ? tokens.hover : isFlat ? QColor() : tokens.surface;
     if (isDown(option) || option.state & QStyle::State_On)
         fill = isFilled ? tokens.accent.darker(115) : tokens.sunken;
-    painting.box(option.rect, measure::kButtonRadius, fill, isFilled ? QColor() : tokens.line);
+    painting.box(option.rect, measure::kButtonRadius, fill, isFilled || isFlat ? QColor() : tokens.line);
     if (showsFocus(option))
         focusRing(painting, option.rect, measure::kButtonRadius);
 }
@@ -136,6 +137,17 @@ void drawMark(QPainter &painter, const QStyleOption &option, bool isRound) {
     }
     if (showsFocus(option))
         focusRing(painting, place.adjusted(-3, -3, 3, 3), isRound ? place.height() : 6);
+}
+
+// Within a line of text: round, and quieter than a field.
+void drawChip(QPainter &painter, const QStyleOption &option) {
+    const Tokens &tokens = Look::tokens();
+    Painting painting(painter);
+    const QColor fill = isDown(option) ? tokens.sunken : isHovered(option) ? tokens.hover : tokens.surface;
+    const qreal radius = option.rect.height() / 2.0;
+    painting.box(option.rect, radius, fill, tokens.line);
+    if (showsFocus(option))
+        focusRing(painting, option.rect, radius);
 }
 
 void drawField(QPainter &painter, const QStyleOption &option) {
@@ -201,6 +213,8 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
             return drawButton(*painter, *button);
         break;
     case PE_PanelButtonTool: {
+        if (Look::isChip(widget))
+            return drawChip(*painter, *option);
         Painting painting(*painter);
         const bool isRaised = option->state & State_AutoRaise;
         const QColor fill = option->state & State_On ? tokens.soft
@@ -255,7 +269,8 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
         if (!header || header->sortIndicator == QStyleOptionHeader::None)
             return;
         Painting painting(*painter);
-        painting.chevron(QRectF(option->rect).center(), 4, header->sortIndicator == QStyleOptionHeader::SortUp ? 2 : 0,
+        // A view that shows the largest or newest first asks for an arrow up; it points to where the smaller ones are.
+        painting.chevron(QRectF(option->rect).center(), 4, header->sortIndicator == QStyleOptionHeader::SortUp ? 0 : 2,
                          tokens.text);
         return;
     }
@@ -275,6 +290,8 @@ void LookStyle::drawControl(ControlElement element, const QStyleOption *option, 
                             const QWidget *widget) const {
     const Tokens &tokens = Look::tokens();
     switch (element) {
+    case CE_PushButtonBevel: // A flat one has its hover and its ring as well.
+        return drawPrimitive(PE_PanelButtonCommand, option, painter, widget);
     case CE_PushButtonLabel:
         if (const auto *button = qstyleoption_cast<const QStyleOptionButton *>(option)) {
             QStyleOptionButton label = *button;
@@ -365,7 +382,7 @@ void LookStyle::drawComplexControl(ComplexControl control, const QStyleOptionCom
         const auto *box = qstyleoption_cast<const QStyleOptionComboBox *>(option);
         if (!box || !box->frame)
             break;
-        drawField(*painter, *option);
+        Look::isChip(widget) ? drawChip(*painter, *option) : drawField(*painter, *option);
         Painting painting(*painter);
         painting.chevron(QRectF(subControlRect(control, option, SC_ComboBoxArrow, widget)).center(), 4, 0,
                          ink(*option));

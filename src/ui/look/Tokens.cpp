@@ -2,6 +2,9 @@
 
 #include <QPalette>
 
+#include <algorithm>
+#include <cmath>
+
 namespace cantorel::ui {
 
 const Tokens &Tokens::light() {
@@ -58,6 +61,23 @@ const Tokens &Tokens::dark() {
     return tokens;
 }
 
+namespace {
+
+// As the eye weighs the parts of a colour, 0 to 1.
+double luminance(const QColor &colour) {
+    const auto linear = [](double part) {
+        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
+}
+
+bool isReadable(const QColor &ink, const QColor &ground) {
+    const double one = luminance(ink), other = luminance(ground);
+    return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05) >= 4.5;
+}
+
+} // namespace
+
 Tokens Tokens::highContrast(const QPalette &desktop) {
     const QColor ground = desktop.color(QPalette::Window), text = desktop.color(QPalette::WindowText);
     const QColor highlight = desktop.color(QPalette::Highlight);
@@ -72,9 +92,9 @@ Tokens Tokens::highContrast(const QPalette &desktop) {
         .outline = text,
         .text = text,
         .text2 = text,
-        .accent = highlight,
-        .onAccent = desktop.color(QPalette::HighlightedText),
-        .soft = highlight,
+        .accent = text,
+        .onAccent = desktop.color(QPalette::Base),
+        .soft = isReadable(text, highlight) ? highlight : desktop.color(QPalette::Button), // text stands on it
         .red = nearest.red,
         .redFill = nearest.redFill,
         .redSoft = ground,

@@ -42,6 +42,7 @@ inline constexpr int kMargin = 24, kNarrowMargin = 16; // of a page
 inline constexpr int kGap = 8;
 inline constexpr int kControl = 36, kField = 32, kTarget = 32, kSwitch = 40;
 inline constexpr int kHeader = 48, kRow = 56;
+inline constexpr int kCardBelow = 16; // from a card to what is below it
 inline constexpr int kFieldRadius = 6, kButtonRadius = 8, kCardRadius = 12;
 inline constexpr int kIcon = 20;
 inline constexpr int kFocus = 2; // width of the ring

@@ -1,5 +1,6 @@
 #include "util/tools/Tools.h"
 
+#include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/desktop/Services.h"
 #include "platform/foundation/SearchPaths.h"
@@ -79,6 +80,17 @@ qint64 Tools::getFileSizeByteCountFromFileName(const QString &path) { return Too
 
 QString Tools::getFileSizeStringFromFileName(const QString &path) {
     return formatSizeFromByte(getFileSizeByteCountFromFileName(path));
+}
+
+QStringList Tools::shownAudioFormats() {
+    const QString qualities[] = {Lang::windowHighQuality(),     Lang::windowStandardQuality(),
+                                 Lang::windowBestQuality(),     Lang::windowHighQuality(),
+                                 Lang::windowWaveformFile(),    Lang::windowHighQuality(),
+                                 Lang::windowStandardQuality(), Lang::windowLowQuality()};
+    QStringList shown = AppSettings::audioFormats();
+    for (qsizetype format = 0; format < shown.size(); ++format)
+        shown[format] = shown[format].section(QLatin1Char('-'), 0, 0) + QStringLiteral("- ") + qualities[format];
+    return shown;
 }
 
 bool Tools::isNumerice(const QString &text) {

@@ -37,6 +37,9 @@ public:
     static qint64 getFileSizeByteCountFromFileName(const QString &path);
     static QString getFileSizeStringFromFileName(const QString &path);
 
+    // The fixed titles of AppSettings::audioFormats(), their qualities in the language in force.
+    static QStringList shownAudioFormats();
+
     // Only digits, and at least one. Spelling is fixed.
     static bool isNumerice(const QString &text);
     static bool isContainsString(const QString &text, const QString &containString);

@@ -1,6 +1,7 @@
 #include "lang/Lang.h"
 
 #include "lang/LangTable.h"
+#include "platform/foundation/ErrorReason.h"
 #include "tests/support/OrdinaryFile.h"
 
 #include <QDir>
@@ -10,6 +11,8 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 namespace cantorel {
 namespace {
@@ -154,6 +157,23 @@ TEST(LangSentence, IsSaidInTheLanguageInForceWithWhatIsFilledInAsItIs) {
         EXPECT_EQ(Lang::sentence(whole) == Lang::english(whole), language.name == "English");
         EXPECT_EQ(Lang::english(whole),
                   QStringLiteral("\"%1\" cannot be read: There is no device to record from; connect one..").arg(kName));
+    }
+}
+
+TEST(LangSentence, TellsWhyTheSystemRefusedInTheLanguageInForce) {
+    const struct {
+        int error;
+        const char *english, *swedish;
+    } cases[] = {{ENOSPC, "the disk is full", "disken är full"},
+                 {EACCES, "the rights for it are missing", "behörighet saknas"},
+                 {EROFS, "the disk can only be read", "disken är skrivskyddad"},
+                 {EIO, "the disk reports an error", "disken rapporterar ett fel"},
+                 {ENAMETOOLONG, "its name is too long", "namnet är för långt"},
+                 {ENOTTY, "the system reports the error 25", "systemet rapporterar fel 25"}};
+    Lang::ChangeLanguage("Swedish");
+    for (const auto &c : cases) {
+        EXPECT_EQ(Lang::sentence(foundation::errorReason(c.error)), c.swedish);
+        EXPECT_EQ(Lang::english(foundation::errorReason(c.error)), c.english);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "platform/desktop/portal/PortalAppearance.h"
 
+#include "platform/desktop/portal/PortalCall.h"
+
 #include <QDBusArgument>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
@@ -9,10 +11,10 @@
 
 namespace cantorel::desktop {
 
+using namespace portal;
+
 namespace {
 
-const QString kService = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString kPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString kInterface = QStringLiteral("org.freedesktop.portal.Settings");
 const QString kAppearance = QStringLiteral("org.freedesktop.appearance");
 const QString kGnome = QStringLiteral("org.gnome.desktop.interface"); // where the switch for animations stands
@@ -34,8 +36,7 @@ void PortalAppearance::listen(Listener listener) {
 }
 
 void PortalAppearance::ask() {
-    QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("ReadAll"));
-    call << QStringList{kAppearance, kGnome};
+    const QDBusMessage call = callTo(kInterface, QStringLiteral("ReadAll"), {QStringList{kAppearance, kGnome}});
     auto *watcher = new QDBusPendingCallWatcher(mBus().asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();

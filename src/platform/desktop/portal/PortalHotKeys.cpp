@@ -1,6 +1,7 @@
 #include "platform/desktop/portal/PortalHotKeys.h"
 
 #include "platform/desktop/HotKeyTable.h"
+#include "platform/desktop/portal/PortalCall.h"
 #include "platform/desktop/portal/PortalShortcut.h"
 
 #include <QDBusArgument>
@@ -16,24 +17,15 @@
 namespace cantorel::desktop {
 
 using foundation::Failure;
+using namespace portal;
 
 namespace {
 
 constexpr foundation::SentenceKey kKeysRefused("KeysRefused");
 
-const QString kService = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString kPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString kRegistry = QStringLiteral("org.freedesktop.host.portal.Registry");
 const QString kShortcuts = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
-const QString kRequest = QStringLiteral("org.freedesktop.portal.Request");
 const QString kSession = QStringLiteral("org.freedesktop.portal.Session");
-
-QDBusMessage callTo(const QString &interface, const QString &method, const QVariantList &arguments,
-                    const QString &path = kPath) {
-    QDBusMessage call = QDBusMessage::createMethodCall(kService, path, interface, method);
-    call.setArguments(arguments);
-    return call;
-}
 
 } // namespace
 
@@ -185,10 +177,7 @@ void PortalHotKeys::request(const QString &method, QVariantList arguments, QVari
     const QString token = QStringLiteral("cantorel_%1").arg(++mTokens);
     options.insert(QStringLiteral("handle_token"), token);
     arguments << options;
-    // Listened for before it is asked, lest the answer be faster.
-    QString sender = mBus.baseService().mid(1);
-    sender.replace(QLatin1Char('.'), QLatin1Char('_'));
-    mRequest = QStringLiteral("%1/request/%2/%3").arg(kPath, sender, token);
+    mRequest = requestPath(mBus, token);
     mAnswer = answer;
     mBus.connect(kService, mRequest, kRequest, QStringLiteral("Response"), this, SLOT(requestDidRespond(QDBusMessage)));
     auto *watcher = new QDBusPendingCallWatcher(mBus.asyncCall(callTo(kShortcuts, method, arguments)), this);

@@ -57,6 +57,7 @@ protected:
         events << QStringLiteral("%1 missed %2: %3").arg(stamp(start), task._taskName, reason).trimmed();
     }
     void shutdownCountdown(int secondsLeft) override { shutdownShown << secondsLeft; }
+    void dayDidChange() override { ++days; }
 
     QDateTime now() const {
         return startOfTime.addMSecs(std::chrono::duration_cast<std::chrono::milliseconds>(clock.now()).count()
@@ -110,6 +111,7 @@ protected:
     qint64 handsMoved = 0; // milliseconds
     QStringList events;
     QList<int> shutdownShown;
+    int days = 0; // that were told
     TaskCountdown countdown;
     QString startFailure;
     bool failureLeavesRecordingShown = false;
@@ -474,6 +476,55 @@ TEST_F(ScheduleTaskRunnerTest, StoppedByHandItDoesNotShutDown) {
     endRecording();
     pass(100);
     EXPECT_TRUE(shutdownShown.isEmpty());
+}
+
+TEST_F(ScheduleTaskRunnerTest, AStartThatIsSkippedIsNotMadeAfterARestartEitherAndItsTaskStays) {
+    begin("2026-03-02 10:00:00");
+    add("daily", "2026-03-02 10:00:10", 5, {0, 1, 2, 3, 4, 5, 6});
+    pass(2);
+    ASSERT_TRUE(runner.skipNextStart());
+    EXPECT_EQ(countdown.skippedName, "daily");
+    EXPECT_EQ(stamp(countdown.start), "03-03 10:00") << "the next day's";
+    ASSERT_TRUE(runner.makeSkippedStart());
+    EXPECT_EQ(stamp(countdown.start), "03-02 10:00") << "taken back";
+    ASSERT_TRUE(runner.skipNextStart());
+    {
+        TaskList stored;
+        ScheduleTaskRunner after(stored, *this, *this, clock, [this] { return now(); });
+        after.initScheduleTaskList();
+        pass(30);
+    }
+    pass(1);
+    EXPECT_EQ(countdown.skippedName, "") << "it is too late to take it back";
+    ASSERT_TRUE(runner.makeSkippedStart());
+    EXPECT_EQ(told(), "");
+    handsMoved += 86'400'000 - 40'000;
+    pass(30);
+    EXPECT_EQ(told().substr(0, 22), "03-03 10:00 start dail");
+
+    add("once", "2026-03-04 12:00:00", 5);
+    handsMoved = 0;
+    startOfTime = QDateTime(QDate(2026, 3, 4), QTime(11, 59, 40)).toUTC().addMSecs(-clock.now() / 1ms);
+    pass(1);
+    ASSERT_TRUE(runner.skipNextStart());
+    EXPECT_TRUE(storedNames().contains("once"));
+    pass(100);
+    EXPECT_FALSE(told().find("once") != std::string::npos) << "neither made nor missed";
+    EXPECT_FALSE(storedNames().contains("once")) << "it has no other start";
+}
+
+TEST_F(ScheduleTaskRunnerTest, ANewDayIsToldOnceWhateverTheClockAndTheMachineDid) {
+    begin("2026-03-02 23:59:50");
+    pass(5);
+    EXPECT_EQ(days, 0);
+    pass(10);
+    EXPECT_EQ(days, 1);
+    handsMoved = 3 * 86'400'000; // it slept
+    pass(5);
+    EXPECT_EQ(days, 2);
+    handsMoved = 0; // and its clock was wrong
+    pass(5);
+    EXPECT_EQ(days, 3);
 }
 
 TEST_F(ScheduleTaskRunnerTest, ANameCannotPretendToBeAPlaceholder) {

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+
+namespace cantorel::desktop {
+
+// The desktop's own dialog for files and folders. Main thread.
+class FileChooser {
+public:
+    virtual ~FileChooser() = default;
+
+    struct Question {
+        enum class What { Files, Folder } what = What::Files;
+        QString title;
+        QString folder;         // where it begins; empty for the desktop's choice
+        quintptr x11Parent = 0; // the window that asks; 0 where there is no X server
+    };
+    // What was chosen; empty where the person has cancelled; nothing where the desktop shows no dialog.
+    using Answer = std::function<void(const std::optional<QStringList> &paths)>;
+    // Asks without waiting; answered once, and not when the chooser has gone.
+    virtual void ask(const Question &question, Answer answered) = 0;
+};
+
+} // namespace cantorel::desktop

@@ -1,0 +1,67 @@
+#include "ui/FileDialogs.h"
+
+#include "platform/desktop/Services.h"
+
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QPointer>
+#include <QUrl>
+
+#include <utility>
+
+namespace cantorel::ui {
+
+namespace {
+
+using desktop::FileChooser;
+using What = FileChooser::Question::What;
+using Chosen = std::function<void(const QStringList &)>;
+
+void chooseHere(QWidget &asking, const FileChooser::Question &question, const Chosen &chosen) {
+    auto *dialog = new QFileDialog(&asking, question.title, question.folder);
+    dialog->setObjectName(QStringLiteral("fileDialog"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(question.what == What::Files ? QFileDialog::ExistingFiles : QFileDialog::Directory);
+    QObject::connect(dialog, &QFileDialog::filesSelected, &asking, chosen);
+    dialog->open();
+}
+
+void choose(QWidget &asking, FileChooser::Question question, Chosen chosen) {
+    FileChooser *chooser = desktop::InstalledServices::current().chooser.get();
+    if (chooser == nullptr)
+        return chooseHere(asking, question, chosen);
+    if (QGuiApplication::platformName() == QLatin1String("xcb"))
+        question.x11Parent = asking.window()->winId();
+    const QPointer<QWidget> self(&asking);
+    chooser->ask(question, [self, question, chosen = std::move(chosen)](const std::optional<QStringList> &paths) {
+        if (!self)
+            return;
+        if (!paths)
+            chooseHere(*self, question, chosen);
+        else if (!paths->isEmpty())
+            chosen(*paths);
+    });
+}
+
+} // namespace
+
+void chooseFiles(QWidget &asking, const QString &title, std::function<void(const QStringList &)> chosen) {
+    choose(asking, {What::Files, title, {}}, std::move(chosen));
+}
+
+void chooseFolder(QWidget &asking, const QString &title, const QString &folder,
+                  std::function<void(const QString &)> chosen) {
+    choose(asking, {What::Folder, title, folder},
+           [chosen = std::move(chosen)](const QStringList &paths) { chosen(paths.constFirst()); });
+}
+
+QStringList localFiles(const QMimeData &data) {
+    QStringList files;
+    for (const QUrl &url : data.urls())
+        if (url.isLocalFile())
+            files << url.toLocalFile();
+    return files;
+}
+
+} // namespace cantorel::ui

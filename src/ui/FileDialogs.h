@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/desktop/FileChooser.h"
+
+class QMimeData;
+class QWidget;
+
+namespace cantorel::ui {
+
+// Asks for files or a folder with the desktop's dialog, or with our own where it has none, while the window goes on.
+// chosen: called with what was chosen, unless that is nothing or the widget that asks has gone.
+void chooseFiles(QWidget &asking, const QString &title, std::function<void(const QStringList &)> chosen);
+void chooseFolder(QWidget &asking, const QString &title, const QString &folder,
+                  std::function<void(const QString &)> chosen);
+
+// The files and folders among what is dropped.
+QStringList localFiles(const QMimeData &data);
+
+} // namespace cantorel::ui

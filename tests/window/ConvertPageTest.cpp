@@ -1,0 +1,167 @@
+#include "platform/desktop/recorded/RecordedServices.h"
+#include "tests/support/Wave.h"
+#include "tests/window/WindowFixture.h"
+#include "ui/LibraryTab.h"
+#include "ui/ZQAudioConvertController.h"
+
+#include <QDir>
+#include <QDropEvent>
+#include <QLabel>
+#include <QMimeData>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTableView>
+
+namespace cantorel {
+namespace {
+
+using Column = ConvertModel::Column;
+
+// A launcher that notes what it is to show; below 0 for nothing.
+struct Launcher : desktop::LauncherEntry {
+    void showProgress(double progress) override { shown.push_back(progress); }
+    void hideProgress() override { shown.push_back(-1); }
+    std::vector<double> shown;
+};
+
+class ConvertPage : public test::WindowFixture {
+public:
+    ConvertPage() : WindowFixture(test::EmbeddedWorld::Virtual::Installed, desktop::recordedServices(record())) {
+        desktop::InstalledServices::current().launcher.reset(launcher);
+        AppSettings::setConvertOutputPath(folder.path());
+        QDir().mkpath(path("Album/Inner"));
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        QApplication::setActiveWindow(&window);
+    }
+    static std::shared_ptr<desktop::CallRecord> record() {
+        static const auto calls = std::make_shared<desktop::CallRecord>();
+        return calls;
+    }
+    QString sound(const char *name, int seconds = 1) {
+        EXPECT_TRUE(test::writeWav(path(name), std::vector<float>(static_cast<std::size_t>(seconds) * 2 * 48'000)));
+        return path(name);
+    }
+    // Opens the page by the button of the library that a chosen recording offers.
+    void openFromLibrary(const QString &file) {
+        list.append({{file, "00:00:01", "1.00 MB", {}, {}, {}, {}}});
+        window.library().listDidChange();
+        find<QTabWidget>("tabs")->setCurrentIndex(1);
+        pass(50);
+        find<QTableView>("recordings")->selectRow(0);
+        click("convertSelected");
+        ASSERT_TRUE(hasRows(1));
+    }
+    bool drop(const QStringList &paths) {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const QString &each : paths)
+            urls << QUrl::fromLocalFile(each);
+        data.setUrls(urls);
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        enter.ignore();
+        QApplication::sendEvent(&window.convertPage(), &enter);
+        if (!enter.isAccepted())
+            return false;
+        QDropEvent event({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&window.convertPage(), &event);
+        return true;
+    }
+    bool hasRows(int count) {
+        return passUntil([&] { return rows().rowCount() == count; });
+    }
+    bool isDone() {
+        return passUntil([&] { return !converter.isConverting(); });
+    }
+    QAbstractItemModel &rows() { return *find<QTableView>("convertRows")->model(); }
+    QString line(int row) { return rows().index(row, Column::Name).data(ConvertModel::LineRole).toString(); }
+    QStringList names() {
+        QStringList all;
+        for (int row = 0; row < rows().rowCount(); ++row)
+            all << rows().index(row, Column::Name).data().toString();
+        return all;
+    }
+    void clickCell(int row, Column column) {
+        auto *table = find<QTableView>("convertRows");
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(rows().index(row, column)).center());
+    }
+
+    Launcher *launcher = new Launcher; // which the services own
+};
+
+TEST_F(ConvertPage, WhatIsChosenOrDroppedIsConvertedAndAFailureSaysWhyAndIsTriedAgain) {
+    openFromLibrary(sound("One.wav"));
+    EXPECT_TRUE(window.convertPage().isVisible());
+    sound("Album/Two.wav");
+    sound("Album/Inner/Three.wav");
+    test::touch(path("Album/Cover.jpg"));
+    test::store(path("Rubbish.mp3"), "no sound");
+    EXPECT_FALSE(drop({}));
+    ASSERT_TRUE(drop({path("Album"), path("Rubbish.mp3")}));
+    ASSERT_TRUE(hasRows(4));
+    EXPECT_EQ(names(), (QStringList{"One", "Three", "Two", "Rubbish"}));
+    EXPECT_TRUE(passUntil([&] { return rows().index(0, Column::Length).data() == "00:00:01"; }));
+    photograph(window, "convert-ready");
+    find<QTableView>("convertRows")->selectRow(1);
+    click("convertDown");
+    EXPECT_EQ(names(), (QStringList{"One", "Two", "Three", "Rubbish"}));
+    EXPECT_FALSE(find<QWidget>("convertBar")->isVisible());
+    click("startConvert");
+    EXPECT_TRUE(find<QWidget>("convertBar")->isVisible());
+    EXPECT_FALSE(find<QWidget>("convertRemove")->isVisible()) << "the queue cannot take it now";
+    EXPECT_FALSE(find<QWidget>("convertFormat")->isVisible()) << "text while it runs";
+    ASSERT_TRUE(isDone());
+    pass(50);
+    EXPECT_EQ(line(0), "One.mp3");
+    EXPECT_EQ(find<QLabel>("convertCount")->text(), "3 files converted. Failed: 1");
+    EXPECT_TRUE(line(3).startsWith("\"Rubbish.mp3\" ")) << line(3).toStdString();
+    EXPECT_TRUE(rows().index(3, Column::Name).data(ConvertModel::TroubleRole).toBool());
+    EXPECT_EQ(launcher->shown.back(), -1);
+    EXPECT_GT(launcher->shown.size(), 1u);
+    photograph(window, "convert-done");
+    click("revealConverted");
+    const QStringList made{path("One.mp3"), path("Two.mp3"), path("Three.mp3")};
+    EXPECT_EQ(record()->calls().last(), "reveal " + made.join(' '));
+    ASSERT_TRUE(QFile::remove(path("Rubbish.mp3")));
+    sound("Rubbish.mp3"); // by now it is one
+    clickCell(3, Column::Action);
+    ASSERT_TRUE(isDone());
+    EXPECT_EQ(find<QLabel>("convertCount")->text(), "4 files converted");
+    EXPECT_EQ(rows().index(0, Column::Status).data(ConvertModel::StatusRole).toInt(), 3) << "the others stay";
+    find<QTableView>("convertRows")->selectRow(3);
+    QTest::keyClick(find<QTableView>("convertRows"), Qt::Key_Delete);
+    EXPECT_EQ(names(), (QStringList{"One", "Two", "Three"}));
+}
+
+TEST_F(ConvertPage, WhileAnotherPageIsShownAStripTellsHowFarItIsAndStopsIt) {
+    openFromLibrary(sound("Long.wav", 240));
+    ASSERT_TRUE(drop({sound("Next.wav"), sound("Last.wav")}));
+    ASSERT_TRUE(hasRows(3));
+    click("startConvert");
+    ASSERT_TRUE(passUntil([&] { return converter.progress().percent > 0; }));
+    photograph(window, "convert-running");
+    clickCell(2, Column::Action);
+    EXPECT_EQ(rows().index(2, Column::Status).data(ConvertModel::StatusRole).toInt(), 4) << "its wait was cancelled";
+    EXPECT_FALSE(find<QWidget>("convertStrip")->isVisible()) << "on the page itself";
+    window.convertPage().goBack();
+    for (const int tab : {0, 1}) {
+        find<QTabWidget>("tabs")->setCurrentIndex(tab);
+        EXPECT_TRUE(find<QWidget>("convertStrip")->isVisible());
+        EXPECT_EQ(find<QLabel>("convertStripText")->text(), "Converting... 2 of 3");
+    }
+    photograph(window, "convert-strip");
+    click("showConvert");
+    EXPECT_TRUE(window.convertPage().isVisible());
+    window.convertPage().goBack();
+    click("stopConvert");
+    ASSERT_TRUE(isDone());
+    EXPECT_EQ(window.convertPage().summaryText(), "Failed: 3");
+    EXPECT_EQ(find<QLabel>("convertStripText")->text(), "Failed: 3") << find<QLabel>("convertStripText")->isVisible();
+    EXPECT_FALSE(QFile::exists(path("Long.mp3")));
+    click("convertStripClose");
+    EXPECT_FALSE(find<QWidget>("convertStrip")->isVisible());
+}
+
+} // namespace
+} // namespace cantorel
