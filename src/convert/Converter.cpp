@@ -55,7 +55,9 @@ ConvertFault faultOf(const Converter &converter, const Converter::Run &run, cons
         return ConvertFault::Signalled;
     if (says("Unknown encoder") || says("Unable to find a suitable output format"))
         return ConvertFault::NoEncoder;
-    if (says("does not contain any stream") || says("Invalid data found when processing input"))
+    const bool isOpened = says("Input #");
+    if (says("does not contain any stream") || says("Invalid data found when processing input")
+        || (!isOpened && says(": Invalid argument")))
         return ConvertFault::NoSound;
     return ConvertFault::Other;
 }
