@@ -68,6 +68,8 @@ public:
         QApplication::sendEvent(&window.convertPage(), &event);
         return true;
     }
+    // Converters stand back behind all that the machine does besides.
+    bool passUntil(const std::function<bool()> &condition) { return WindowFixture::passUntil(condition, 60000); }
     bool hasRows(int count) {
         return passUntil([&] { return rows().rowCount() == count; });
     }

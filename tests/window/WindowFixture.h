@@ -35,11 +35,12 @@ public:
             QTest::qWait(1);
         }
     }
-    bool passUntil(const std::function<bool()> &condition) {
-        return eventually([&] {
+    bool passUntil(const std::function<bool()> &condition, int milliseconds = 10000) {
+        const auto holds = [&] {
             pass(50);
             return condition();
-        });
+        };
+        return eventually(holds, milliseconds);
     }
     template <class Widget> Widget *find(const char *name) {
         auto *found = window.findChild<Widget *>(name);
