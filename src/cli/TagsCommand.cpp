@@ -29,18 +29,18 @@ std::optional<QString> text(const std::optional<std::string> &value) {
 
 void show(const CommandSession &session, const QString &file, const id3Tag &tag, bool isOneOfMany) {
     const auto pictures = tag.id3Image.isEmpty() ? nullptr : loadPictures().ok() ? loadPictures().value() : nullptr;
-    const std::optional<QSize> size = pictures ? pictures->size(tag.id3Image) : std::nullopt;
+    const QSize size = pictures ? pictures->size(tag.id3Image).value_or(QSize()) : QSize();
     QJsonObject object{{QStringLiteral("title"), tag.id3Title}, {QStringLiteral("artist"), tag.id3Artist},
                        {QStringLiteral("album"), tag.id3Album}, {QStringLiteral("genre"), tag.id3Genre},
                        {QStringLiteral("year"), tag.id3Year},   {QStringLiteral("cover"), QJsonValue()}};
     if (isOneOfMany)
         object.insert(QStringLiteral("file"), file);
     QString cover = QStringLiteral("none");
-    if (size) {
-        object.insert(QStringLiteral("cover"), QJsonObject{{QStringLiteral("width"), size->width()},
-                                                           {QStringLiteral("height"), size->height()},
+    if (size.isValid()) {
+        object.insert(QStringLiteral("cover"), QJsonObject{{QStringLiteral("width"), size.width()},
+                                                           {QStringLiteral("height"), size.height()},
                                                            {QStringLiteral("bytes"), tag.id3Image.size()}});
-        cover = QStringLiteral("%1 x %2, %3 bytes").arg(size->width()).arg(size->height()).arg(tag.id3Image.size());
+        cover = QStringLiteral("%1 x %2, %3 bytes").arg(size.width()).arg(size.height()).arg(tag.id3Image.size());
     }
     session.answer(object,
                    (isOneOfMany ? file + QLatin1Char('\n') : QString())
