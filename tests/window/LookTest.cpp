@@ -127,6 +127,9 @@ TEST_F(LookPixels, EveryTextAndIconStandsOutFromWhatItIsPaintedOn) {
     expectReadable(window, "trouble");
     find<QTabWidget>("tabs")->setCurrentIndex(1);
     expectReadable(window, "library");
+    addTagged();
+    turnToTags(true);
+    expectReadable(window, "tags");
 }
 
 TEST(Look, EveryColourStandsOutFromItsGround) {
