@@ -37,6 +37,14 @@ QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scal
         return drawn(QStringLiteral("record"), Look::tokens().red, size, scale);
     const Source source{item.cover(), item.cover().isEmpty() ? item.getFileName() : QString(),
                         item.cover().isEmpty() ? item.size() : QString(), static_cast<int>(size * scale)};
+    return picture(source, size, scale);
+}
+
+QIcon CoverPictures::picture(const QByteArray &cover, int size, qreal scale) {
+    return picture(Source{cover, {}, {}, static_cast<int>(size * scale)}, size, scale);
+}
+
+QIcon CoverPictures::picture(const Source &source, int size, qreal scale) {
     const QIcon *known = mDecoded.object(source);
     if (!known)
         decode(source, scale);

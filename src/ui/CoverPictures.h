@@ -25,6 +25,8 @@ public:
 
     // size: of its sides, in the pixels of a screen without scaling. It stays itself in a selected row.
     QIcon picture(const RecordedAudioInfo &item, int size, qreal scale);
+    // The same of a cover itself; a drawn one for none.
+    QIcon picture(const QByteArray &cover, int size, qreal scale);
 
 Q_SIGNALS:
     // A picture has been decoded and replaces its placeholder.
@@ -45,6 +47,7 @@ private:
     };
 
     const QIcon &drawn(const QString &name, const QColor &colour, int size, qreal scale);
+    QIcon picture(const Source &source, int size, qreal scale);
     void decode(const Source &source, qreal scale);
 
     QHash<QString, QIcon> mDrawn;

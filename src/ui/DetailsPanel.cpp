@@ -1,13 +1,18 @@
 #include "ui/DetailsPanel.h"
 
 #include "lang/Lang.h"
+#include "recording/library/ID3EditWindowController.h"
 #include "recording/library/RecordedAudioInfo.h"
 #include "ui/DigitLabel.h"
 #include "ui/Icons.h"
+#include "ui/PageParts.h"
+#include "ui/SavedSign.h"
+#include "ui/TagFields.h"
 #include "ui/look/Look.h"
 
 #include <QBoxLayout>
 #include <QDir>
+#include <QDragEnterEvent>
 #include <QEvent>
 #include <QFileInfo>
 #include <QPainter>
@@ -46,16 +51,23 @@ QLabel *textLabel(QWidget *parent) {
 
 } // namespace
 
-DetailsPanel::DetailsPanel(QWidget *parent)
+DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
     : QWidget(parent),
+      mTags(tags),
       mBack(new QToolButton(this)),
       mHead(new QWidget),
       mCover(new QLabel(mHead)),
       mName(textLabel(mHead)),
       mNobody(new QLabel),
+      mPlain(textLabel(nullptr)),
       mFigures(new DigitLabel(mHead)),
+      mFields(new TagFields(tags, nullptr)),
+      mSaved(new SavedSign(this)),
       mRows(new QVBoxLayout) {
     setObjectName(QStringLiteral("details"));
+    setAcceptDrops(true);
+    mPlain->setObjectName(QStringLiteral("detailsTakeNoTags"));
+    mPlain->setForegroundRole(QPalette::PlaceholderText);
     mBack->setObjectName(QStringLiteral("back"));
     mBack->setAutoRaise(true);
     mBack->setFocusPolicy(Qt::StrongFocus);
@@ -83,7 +95,9 @@ DetailsPanel::DetailsPanel(QWidget *parent)
     mColumn->setSpacing(2 * measure::kGap);
     mColumn->addWidget(mHead);
     mColumn->addWidget(mNobody);
+    mColumn->addWidget(mFields);
     mColumn->addLayout(mRows);
+    mColumn->addWidget(mPlain);
     mColumn->addStretch();
     auto *scrolled = new QScrollArea(this);
     scrolled->setWidgetResizable(true);
@@ -100,7 +114,17 @@ DetailsPanel::DetailsPanel(QWidget *parent)
     lead->addStretch();
     column->addLayout(lead);
     column->addWidget(scrolled, 1);
+    connect(&mTags, &ID3EditWindowController::written, this, [this](const TagsWritten &written) {
+        if (written.failures.empty())
+            mSaved->play();
+    });
+    changeLanguageText();
     dress();
+}
+
+void DetailsPanel::changeLanguageText() {
+    mPlain->setText(Lang::windowTakesNoTags());
+    mFields->changeLanguageText();
 }
 
 int DetailsPanel::besideWidth() const { return Look::scaled(*this, kWidth); }
@@ -113,21 +137,28 @@ void DetailsPanel::setCovering(bool covers) {
                                 measure::kMargin);
 }
 
-void DetailsPanel::show(const RecordedAudioInfo *item, const QPixmap &cover, const QString &date) {
+void DetailsPanel::show(const RecordedAudioInfo *item, qsizetype count, const QPixmap &cover, const QString &date) {
     mHead->setVisible(item);
     mNobody->setVisible(!item);
     mNobody->setText(Lang::windowNothingChosen());
+    mPlain->setVisible(item && mTags.state() == ID3EditWindowController::State::Plain);
     Rows rows;
     if (item) {
         const QFileInfo file(item->getFileName());
         mCover->setPixmap(cover);
-        mName->setText(breakable(file.fileName(), mName->fontMetrics(),
+        const QString more = count > 1 ? QStringLiteral(" + %1").arg(count - 1) : QString();
+        mName->setText(breakable(file.fileName() + more, mName->fontMetrics(),
                                  besideWidth() - coverSide() - 2 * measure::kMargin - 3 * measure::kGap));
-        mFigures->setText(QStringList{item->duration(), item->size().trimmed()}.join(QStringLiteral(", ")));
+        mFigures->setText(count > 1 ? QString()
+                                    : QStringList{item->duration(), item->size().trimmed()}.join(QStringLiteral(", ")));
+    }
+    if (item && count == 1) {
+        const QFileInfo file(item->getFileName());
+        const bool isEdited = !mFields->isHidden();
         rows = {{Lang::windowFolder(), QDir::toNativeSeparators(file.path())},
                 {Lang::commFormat(), file.suffix().toUpper()},
-                {Lang::windowArtist(), item->artist()},
-                {Lang::windowAlbum(), item->album()},
+                {Lang::windowArtist(), isEdited ? QString() : item->artist()},
+                {Lang::windowAlbum(), isEdited ? QString() : item->album()},
                 {Lang::commDateAdded(), date},
                 {Lang::windowState(), file.exists() ? item->status() : Lang::tabPlaylistNoFile()}};
     }
@@ -170,6 +201,20 @@ void DetailsPanel::paintEvent(QPaintEvent *) {
     painter.fillRect(rect(), Look::tokens().ground);
     if (mBack->isHidden())
         painter.fillRect(0, 0, 1, height(), Look::tokens().line);
+}
+
+void DetailsPanel::dragEnterEvent(QDragEnterEvent *event) {
+    const QStringList files = localFiles(*event->mimeData());
+    const QStringList kinds{QStringLiteral("jpg"), QStringLiteral("jpeg"), QStringLiteral("png")};
+    const bool isPicture = files.size() == 1 && kinds.contains(QFileInfo(files.first()).suffix().toLower());
+    event->setDropAction(Qt::CopyAction); // Nothing is moved.
+    event->setAccepted(isPicture && mTags.canEditImage());
+}
+
+void DetailsPanel::dropEvent(QDropEvent *event) {
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    mTags.addID3TagImage(localFiles(*event->mimeData()).constFirst());
 }
 
 void DetailsPanel::changeEvent(QEvent *event) {

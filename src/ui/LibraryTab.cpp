@@ -7,6 +7,7 @@
 #include "ui/DetailsPanel.h"
 #include "ui/FileDialogs.h"
 #include "ui/Icons.h"
+#include "ui/PageParts.h"
 #include "ui/PlayerBar.h"
 #include "ui/RecordingsTable.h"
 #include "ui/RowDelegate.h"
@@ -32,6 +33,7 @@
 #include <QStackedLayout>
 #include <QToolButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace cantorel::ui {
@@ -70,6 +72,7 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mModel(list),
       mRemoval(list),
       mAdding(list),
+      mTags(list),
       mMedia(mPlayer, mModel, media),
       mFiles(files),
       mSearch(new QLineEdit(this)),
@@ -103,7 +106,7 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
     column->setContentsMargins({});
     column->setSpacing(0);
     mPage = new Page(this);
-    mPanel = new DetailsPanel(this);
+    mPanel = new DetailsPanel(mTags, this);
     auto *upper = new QHBoxLayout;
     upper->setSpacing(0);
     upper->addWidget(mPage, 1);
@@ -127,6 +130,14 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
     connect(mTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { showChoice(); });
     connect(mTable->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { showChoice(); });
     connect(&mModel, &QAbstractItemModel::dataChanged, this, [this] { showDetails(); });
+    connect(&mTags, &ID3EditWindowController::changed, this, [this] { showDetails(); });
+    connect(&mTags, &ID3EditWindowController::failed, this, [this](const auto &why) { notice(why); });
+    connect(&mTags, &ID3EditWindowController::left, this, [this](const auto &unsaved) {
+        mLeft.push_back(unsaved);
+        notice({});
+    });
+    connect(&mTags, &ID3EditWindowController::written, this,
+            [this](const auto &written, const auto &unsaved) { tellWritten(written, unsaved); });
     arrangeDetails();
     showIcons();
     showTexts();
@@ -212,7 +223,16 @@ QWidget *LibraryTab::makeNotice() {
     mNotice->text().setObjectName(QStringLiteral("notice"));
     mUndo = &mNotice->addAction(QStringLiteral("undo"), false);
     connect(mUndo, &QPushButton::clicked, this, [this] { undo(); });
-    connect(mNotice, &Strip::closed, this, [this] { notice({}); });
+    mSave = &mNotice->addAction(QStringLiteral("saveLeftTags"), false);
+    connect(mSave, &QPushButton::clicked, this, [this] {
+        for (const auto &unsaved : std::exchange(mLeft, {}))
+            mTags.save(unsaved);
+        notice({});
+    });
+    connect(mNotice, &Strip::closed, this, [this] {
+        mLeft.clear();
+        notice({});
+    });
     return mNotice;
 }
 
@@ -357,12 +377,21 @@ RecordedAudioInfo *LibraryTab::chosen() const {
 void LibraryTab::showDetails() {
     if (mDetails == Details::Closed)
         return;
+    const auto items = selected();
+    QStringList files;
+    if (std::none_of(items.begin(), items.end(), [](const auto *item) { return item->isInUse(); }))
+        for (const RecordedAudioInfo *item : items)
+            files << item->getFileName();
+    mTags.edit(files);
     const RecordedAudioInfo *item = chosen();
-    mPanel->show(item,
-                 item ? mPictures.picture(*item, mPanel->coverSide(), devicePixelRatioF())
-                            .pixmap(mPanel->coverSide(), mPanel->coverSide())
-                      : QPixmap(),
-                 item ? mModel.fullDate(item->dateAdded()) : QString());
+    if (!item)
+        return mPanel->show(nullptr, 0, {}, {});
+    const int side = mPanel->coverSide();
+    const bool isEdited = mTags.isImageTouched() || items.size() > 1;
+    const QIcon cover = isEdited ? mPictures.picture(mTags.image(), side, devicePixelRatioF())
+                                 : mPictures.picture(*item, side, devicePixelRatioF());
+    mPanel->show(item, static_cast<qsizetype>(items.size()), cover.pixmap(side, side),
+                 mModel.fullDate(item->dateAdded()));
 }
 
 void LibraryTab::showChoice() {
@@ -447,6 +476,20 @@ void LibraryTab::showAdded(const RecordingsAdding::Added &added) {
         tell(Strip::Kind::Result, text, takeOut);
 }
 
+void LibraryTab::tellWritten(const TagsWritten &written, const ID3EditWindowController::Unsaved &unsaved) {
+    if (!unsaved.files.isEmpty())
+        mLeft.push_back(unsaved);
+    std::function<void()> undo;
+    if (!written.undo.files.empty())
+        undo = [this, before = written.undo] { mTags.undo(before); };
+    if (written.failures.empty())
+        tell(Strip::Kind::Result, Lang::toolsID3TagsSuccess(), std::move(undo));
+    else
+        tell(Strip::Kind::Error,
+             Lang::windowTagsFailed() + QLatin1Char(' ') + Lang::sentence(written.failures.front().failure.sentence),
+             std::move(undo));
+}
+
 void LibraryTab::undo() {
     if (const auto undo = std::exchange(mUndoes, {})) {
         notice({});
@@ -457,7 +500,9 @@ void LibraryTab::undo() {
 void LibraryTab::tell(Strip::Kind kind, const QString &text, std::function<void()> undo) {
     mUndoes = std::move(undo);
     mUndo->setVisible(bool(mUndoes));
-    mNotice->tell(kind, text);
+    mSave->setVisible(!mLeft.empty());
+    const bool isRest = text.isEmpty() && !mLeft.empty(); // It is told again once other news are over.
+    mNotice->tell(isRest ? Strip::Kind::Warning : kind, isRest ? Lang::windowTagsLeft() : text);
 }
 
 void LibraryTab::notice(const foundation::Sentence &trouble) { tell(Strip::Kind::Error, Lang::sentence(trouble), {}); }
@@ -551,6 +596,8 @@ void LibraryTab::showTexts() {
     mSearch->setAccessibleName(Lang::windowSearchRecordings());
     mTable->setAccessibleName(Lang::tabPlaylistTitle());
     mUndo->setText(Lang::windowUndo());
+    mSave->setText(Lang::btnSave());
+    mPanel->changeLanguageText();
     mAdd->setText(Lang::windowAddFiles());
     mAdd->setToolTip(Lang::windowAddFiles());
     mConvert->setText(Lang::windowConvertFiles());

@@ -3,6 +3,7 @@
 #include "platform/desktop/FileManagerReveal.h"
 #include "platform/desktop/MediaControls.h"
 #include "platform/foundation/Sentence.h"
+#include "recording/library/ID3EditWindowController.h"
 #include "recording/library/LibraryMedia.h"
 #include "recording/library/LibraryPlayer.h"
 #include "recording/library/RecordingsAdding.h"
@@ -15,6 +16,7 @@
 
 #include <functional>
 #include <unordered_set>
+#include <vector>
 
 class QLabel;
 class QLineEdit;
@@ -85,6 +87,7 @@ private:
     // undo: takes back what is told; empty where nothing can be.
     void tell(Strip::Kind kind, const QString &text, std::function<void()> undo);
     void notice(const foundation::Sentence &trouble);
+    void tellWritten(const TagsWritten &written, const ID3EditWindowController::Unsaved &unsaved);
     void remember();
     void restore();
     int listWidth() const;
@@ -109,6 +112,7 @@ private:
     CoverPictures mPictures;
     RecordingsRemoval mRemoval;
     RecordingsAdding mAdding;
+    ID3EditWindowController mTags;
     LibraryPlayer mPlayer;
     LibraryMedia mMedia;
     desktop::FileManagerReveal *const mFiles;
@@ -127,8 +131,9 @@ private:
     RecordingsTable *mTable;
     QLabel *mEmpty;
     Strip *mNotice = nullptr;
-    QPushButton *mUndo = nullptr;
-    std::function<void()> mUndoes; // what the strip tells of; empty for nothing
+    QPushButton *mUndo = nullptr, *mSave = nullptr;
+    std::function<void()> mUndoes;                       // what the strip tells of; empty for nothing
+    std::vector<ID3EditWindowController::Unsaved> mLeft; // tags that may still be saved
     PlayerBar *mPlayerBar;
     QToolButton *mAdd, *mConvert, *mReveal, *mToggle;
     enum class Playing { Free, AsksFirst, Allowed } mPlaying = Playing::Free;

@@ -27,6 +27,7 @@ public:
         window.library();
         list.insert(0, {}); // An empty library has no table.
         addTask();
+        addTagged();
         window.recordPage().cards().offerVirtualDevice([](bool) {});
         auto *card = find<QWidget>("deviceOffer"), *close = find<QWidget>("deviceOfferClose");
         EXPECT_TRUE(QTest::qWaitFor([&] { return close->mapTo(card, QPoint()).y() > 0; })) << "unfolded";
@@ -38,6 +39,9 @@ public:
             QTest::qWait(1);
             look(window, "tab " + std::to_string(tab));
         }
+        turnToTags(true);
+        look(window, "tags");
+        turnToTags(false);
         openSettings();
         for (const int page : {0, 1, 2}) {
             turnSettingsTo(page);

@@ -134,6 +134,9 @@ TEST_F(LookPixels, EveryTextAndIconStandsOutFromWhatItIsPaintedOn) {
     expectReadable(window, "trouble");
     find<QTabWidget>("tabs")->setCurrentIndex(1);
     expectReadable(window, "library");
+    addTagged();
+    turnToTags(true);
+    expectReadable(window, "tags");
     converter.parseAudioInfoWithURLs({QUrl::fromLocalFile(path("Missing.wav"))});
     window.openConverter({});
     expectReadable(window, "convert");

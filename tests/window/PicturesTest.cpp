@@ -83,6 +83,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
     ASSERT_TRUE(taskList.add({"Evening concert", start, start.addSecs(60), 1, false}));
     recorder.schedule().initScheduleTaskList();
     pass(1100);
+    addTagged();
     ui::RecordCards &cards = window.recordPage().cards();
     converter.parseAudioInfoWithURLs({QUrl::fromLocalFile(left), QUrl::fromLocalFile(path("Missing.wav"))});
     const std::pair<const char *, std::function<void()>> asks[] = {
@@ -97,6 +98,9 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
             find<QTabWidget>("tabs")->setCurrentIndex(tab);
             look(window, name + "-" + std::to_string(tab));
         }
+        turnToTags(true);
+        look(window, name + "-tags");
+        turnToTags(false);
         find<QTabWidget>("tabs")->setCurrentIndex(0);
         for (const auto &[page, ask] : asks) {
             ask();

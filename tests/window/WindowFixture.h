@@ -4,14 +4,19 @@
 #include "lang/Lang.h"
 #include "recording/control/RecorderPanel.h"
 #include "recording/control/ScheduledSession.h"
+#include "tests/support/OrdinaryFile.h"
 #include "tests/unit/recording/RecordingFixture.h"
+#include "ui/LibraryTab.h"
 #include "ui/MainWindow.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QMenu>
 #include <QMessageBox>
+#include <QTabWidget>
+#include <QTableView>
 #include <QTest>
 #include <QToolButton>
 
@@ -65,6 +70,22 @@ public:
         task._daily = true;
         task.WeeksOn_ = {1, 2, 3, 4, 5};
         EXPECT_TRUE(taskList.add(task));
+    }
+    // A frame of silence after the other, as far as a reader of tags looks.
+    static QByteArray mpegSound() { return (QByteArray("\xFF\xFB\x90\x64") + QByteArray(413, '\0')).repeated(20); }
+    // The library with a recording chosen whose tags can be edited.
+    void addTagged() {
+        const QString file = QDir::homePath() + "/Tagged.mp3";
+        store(file, mpegSound());
+        list.addRecordedFile(file, "00:03:10", "1.00 MB");
+        window.library().listDidChange();
+        find<QTableView>("recordings")->selectRow(0);
+    }
+    // Opens and closes the editor of its tags, in a window too narrow for both.
+    void turnToTags(bool open) {
+        find<QTabWidget>("tabs")->setCurrentIndex(1);
+        find<QToolButton>("showDetails")->click();
+        EXPECT_TRUE(passUntil([&] { return find<QWidget>("saveTags")->isVisible() == open; }));
     }
     // Opens the panel for a new task with all that it can show.
     void fillTask() {
