@@ -4,6 +4,7 @@
 #include "recording/library/ID3EditWindowController.h"
 #include "recording/library/RecordedAudioInfo.h"
 #include "ui/DigitLabel.h"
+#include "ui/FileDialogs.h"
 #include "ui/Icons.h"
 #include "ui/PageParts.h"
 #include "ui/SavedSign.h"

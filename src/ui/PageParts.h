@@ -3,9 +3,6 @@
 #include <QColor>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMimeData>
-#include <QStringList>
-#include <QUrl>
 
 namespace cantorel::ui {
 
@@ -23,15 +20,6 @@ inline void setInk(QLabel &label, const QColor &ink) {
         return;
     palette.setColor(QPalette::WindowText, ink);
     label.setPalette(palette);
-}
-
-// Of what is dragged or pasted.
-inline QStringList localFiles(const QMimeData &data) {
-    QStringList files;
-    for (const QUrl &url : data.urls())
-        if (url.isLocalFile())
-            files << url.toLocalFile();
-    return files;
 }
 
 } // namespace cantorel::ui
