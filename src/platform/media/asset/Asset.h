@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/media/asset/FrameReader.h"
+#include "platform/media/asset/MediaTime.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+#include <memory>
+
+namespace cantorel::media {
+
+// One thing that a file says of itself.
+struct MetadataItem {
+    QString keySpace;  // "id3", "itunes", "vorbis", ...; the tag that holds it
+    QString commonKey; // "title", "artist", "album", "type", "creationDate", "artwork"; empty for others
+    QString text;
+    QByteArray data; // of a picture
+};
+
+// Sound to work on: a file, or what was put together from several. Never changes; held by everybody who uses it. Any
+// thread.
+class Asset {
+public:
+    virtual ~Asset() = default;
+
+    virtual QUrl url() const = 0; // empty where no single file holds it
+    // Exact; in frames of the sound's own rate. Zero where there is no sound.
+    virtual MediaTime duration() const = 0;
+    virtual SoundFormat format() const = 0; // of the first track of sound
+    // A frame of sound could be read.
+    virtual bool isPlayable() const = 0;
+    virtual bool hasProtectedContent() const = 0;
+    virtual QList<MetadataItem> metadata() const = 0;
+    // Reads the first track of sound in that format, from its beginning. Another rate keeps the length: frame i lies
+    // where frame i * rate / own rate was. One channel goes to both of two; more than two are mixed down.
+    virtual foundation::Result<std::unique_ptr<FrameReader>> openReader(SoundFormat format) const = 0;
+};
+
+using AssetPointer = std::shared_ptr<const Asset>;
+
+} // namespace cantorel::media

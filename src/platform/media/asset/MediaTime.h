@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+
+namespace cantorel::media {
+
+// A time or a length as a count of units of which `timescale` make a second. Sound counts in frames: its timescale is
+// its rate. All arithmetic is in integers and holds for any length that a disk can.
+struct MediaTime {
+    std::int64_t value = 0;
+    std::int32_t timescale = 1; // above 0
+
+    // The same time in other units, rounded to the nearest, halves away from zero.
+    constexpr MediaTime in(std::int32_t units) const {
+        const __int128 scaled = static_cast<__int128>(value) * units;
+        const __int128 half = (scaled < 0 ? -timescale : timescale) / 2;
+        return {static_cast<std::int64_t>((scaled + half) / timescale), units};
+    }
+    constexpr double seconds() const { return static_cast<double>(value) / timescale; }
+    constexpr std::int64_t wholeSeconds() const { return value / timescale; } // toward zero
+};
+
+constexpr bool operator==(MediaTime left, MediaTime right) {
+    return static_cast<__int128>(left.value) * right.timescale == static_cast<__int128>(right.value) * left.timescale;
+}
+constexpr bool operator<(MediaTime left, MediaTime right) {
+    return static_cast<__int128>(left.value) * right.timescale < static_cast<__int128>(right.value) * left.timescale;
+}
+
+// From start, for that long.
+struct MediaTimeRange {
+    MediaTime start;
+    MediaTime duration;
+};
+
+} // namespace cantorel::media
