@@ -30,8 +30,8 @@ public:
 
     foundation::WeakDelegate<AudioPlayerDelegate> delegate;
 
-    // Lets go of what was prepared before. The handler is called later, from the event loop, once it can be played; never
-    // for what can't be, nor when something else was prepared or all was cleared meanwhile.
+    // Lets go of what was prepared before. The handler is called later, from the event loop, once it can be played;
+    // never for what can't be, nor when something else was prepared or all was cleared meanwhile.
     void prepareForPlayWithAsset(media::AssetPointer asset, std::function<void()> completeHandler);
     void clear();
 

@@ -1,5 +1,7 @@
 #include "platform/media/Player.h"
 
+#include "platform/media/asset/OpenAsset.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -10,7 +12,7 @@ namespace {
 constexpr int kTickMilliseconds = 50;
 constexpr std::size_t kChunkFrames = 4096;
 constexpr std::size_t kQueueFrames = 32768;
-constexpr int kFirstPart = 5;                      // of a second, read before the sound goes on elsewhere
+constexpr int kFirstPart = 5;                    // of a second, read before the sound goes on elsewhere
 constexpr SoundFormat kUsualFormat = {48000, 2}; // of most outputs
 constexpr AudioObjectPropertyAddress kAlive = {kAudioDevicePropertyDeviceIsAlive, kAudioObjectPropertyScopeGlobal, 0};
 
@@ -34,7 +36,8 @@ foundation::Result<std::unique_ptr<Player>> Player::open(AssetPointer asset) {
     auto reader = asset->openReader(kUsualFormat);
     if (!reader)
         return reader.failure();
-    return std::unique_ptr<Player>(new Player(std::move(asset), std::move(reader).value())); // Its constructor is private.
+    return std::unique_ptr<Player>(
+        new Player(std::move(asset), std::move(reader).value())); // Its constructor is private.
 }
 
 foundation::Result<std::unique_ptr<Player>> Player::open(const QString &path) {

@@ -38,7 +38,7 @@ public:
     bool isPlaying() const { return mDevice != kAudioObjectUnknown; }
     // Something was played since the last seek.
     bool hasMoved() const { return mStretch && mStretch->played.load() > 0; }
-    double currentTime() const;                                       // seconds, of what was given to the device
+    double currentTime() const;                                      // seconds, of what was given to the device
     double duration() const { return mAsset->duration().seconds(); } // seconds
 
 private:
