@@ -5,7 +5,8 @@
 #include "log/Log.h"
 #include "platform/foundation/HiddenFile.h"
 #include "platform/media/DiskSpace.h"
-#include "platform/media/SoundReader.h"
+#include "platform/media/SoundFacts.h"
+#include "platform/media/asset/OpenAsset.h"
 #include "settings/AppSettings.h"
 #include "tags/Covers.h"
 #include "util/ToolFile.h"
@@ -154,13 +155,16 @@ Result<media::SoundFacts> sumOf(const QStringList &paths, const ConvertPreset &p
 
 // All of it is decoded: what the converter and the headers of the file promise does not count.
 QString lackOfJoined(const QString &path, const media::SoundFacts &sum, const std::stop_token &stop) {
-    const auto reader = media::openSound(path, sum.rate, sum.channels);
+    const auto asset = media::openAsset(QUrl::fromLocalFile(path));
+    const auto reader = asset ? asset.value()->openReader({sum.rate, sum.channels}) : asset.failure();
     if (!reader)
         return reader.failure().detail;
     std::vector<float> block(static_cast<std::size_t>(sum.channels) * 65536);
     double frames = 0;
-    for (std::size_t read = 1; read > 0 && !stop.stop_requested(); frames += static_cast<double>(read))
-        read = reader.value()->read(block.data(), 65536);
+    for (std::size_t read = 1; read > 0 && !stop.stop_requested(); frames += static_cast<double>(read)) {
+        const auto got = reader.value()->read(block.data(), 65536);
+        read = got ? got.value() : 0;
+    }
     const double seconds = frames / sum.rate;
     if (std::abs(seconds - sum.seconds) <= sum.padding)
         return {};

@@ -1,7 +1,7 @@
 #include "convert/Converter.h"
 
 #include "platform/media/DiskSpace.h"
-#include "platform/media/SoundReader.h"
+#include "platform/media/SoundFacts.h"
 
 #include <QFileInfo>
 

@@ -1,7 +1,7 @@
 #include "recording/library/RecordingsAdding.h"
 
 #include "log/GuardedAction.h"
-#include "platform/media/SoundReader.h"
+#include "platform/media/asset/OpenAsset.h"
 #include "recording/library/RecordedList.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
@@ -18,8 +18,6 @@ namespace {
 
 constexpr foundation::SentenceKey kNotAdded("NotAdded", "FileName");
 constexpr foundation::SentenceKey kSeveralNotAdded("SeveralNotAdded", "Count", "FileName");
-
-constexpr int kRate = 48'000, kChannels = 2; // any: nothing is decoded
 
 // What is taken out of a folder, where much else may lie.
 QStringList soundFilesIn(const QString &folder) {
@@ -39,13 +37,8 @@ QStringList soundFilesIn(const QString &folder) {
 double secondsOf(const QString &file) {
     if (!QFileInfo(file).isFile()) // Others could keep us waiting.
         return 0;
-    const auto opened = media::openSound(file, kRate, kChannels);
-    if (!opened)
-        return 0;
-    if (const double told = opened.value()->durationSeconds(); told > 0)
-        return told;
-    const auto counted = media::soundFacts(file);
-    return counted ? counted.value().seconds : 0;
+    const auto asset = media::openAsset(QUrl::fromLocalFile(file));
+    return asset && asset.value()->isPlayable() ? asset.value()->duration().seconds() : 0;
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "log/Log.h"
 #include "platform/media/RecordingRepair.h"
-#include "platform/media/SoundReader.h"
+#include "platform/media/asset/OpenAsset.h"
 #include "recording/library/RecordedList.h"
 #include "recording/session/RecordingJournal.h"
 #include "settings/AppSettings.h"
@@ -124,8 +124,8 @@ EndedFile FinishedFiles::drop(const FileUnderWay &file, const FinishedRecording 
 
 double FinishedFiles::keep(const FileUnderWay &file, const QString &path) {
     // What was captured is more than what is in the file.
-    const auto written = media::openSound(path, 44100, 2);
-    const double seconds = written ? written.value()->durationSeconds() : 0;
+    const auto written = media::openAsset(QUrl::fromLocalFile(path));
+    const double seconds = written ? written.value()->duration().seconds() : 0;
     if (file.item) {
         file.item->isRecording = false;
         file.item->setStatus({});

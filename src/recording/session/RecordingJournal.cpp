@@ -4,7 +4,7 @@
 #include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/media/RecordingRepair.h"
-#include "platform/media/SoundReader.h"
+#include "platform/media/asset/OpenAsset.h"
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
@@ -101,8 +101,10 @@ using Recovered = RecordingJournal::Recovered;
 std::optional<Recovered> wholeSound(const QString &file) {
     if (!QFileInfo(file).isFile())
         return {};
-    const auto sound = media::openSound(file, 44100, 2);
-    return sound ? std::optional(Recovered{file, file, sound.value()->durationSeconds(), {}, true}) : std::nullopt;
+    const auto sound = media::openAsset(QUrl::fromLocalFile(file));
+    if (!sound || !sound.value()->isPlayable())
+        return {};
+    return Recovered{file, file, sound.value()->duration().seconds(), {}, true};
 }
 
 Recovered repaired(const QFileInfo &info) {

@@ -1,4 +1,4 @@
-#include "platform/media/SoundReader.h"
+#include "platform/media/SoundFacts.h"
 
 #include "platform/foundation/LoadedModule.h"
 #include "platform/media/MediaFailures.h"
@@ -14,22 +14,6 @@ constexpr const char *kModule = "cantorel-ffmpeg-reader.so";
 foundation::Failure cannotBePlayed(const QString &path, const QString &why) {
     return {QStringLiteral("\"%1\" can't be played; check that it is a sound file and may be read.").arg(path), why};
 }
-
-} // namespace
-
-foundation::Result<std::unique_ptr<SoundReader>> openSound(const QString &path, int rate, int channels) {
-    static const auto entry = foundation::loadEntryPoint(kModule, kSoundReaderEntryPoint);
-    if (!entry)
-        return failures::codecsMissing(entry.failure().detail);
-    QString why;
-    SoundReader *reader = reinterpret_cast<SoundReaderEntryPoint>(entry.value())(QFile::encodeName(path).constData(),
-                                                                                 rate, channels, &why);
-    if (!reader)
-        return cannotBePlayed(path, why);
-    return std::unique_ptr<SoundReader>(reader);
-}
-
-namespace {
 
 foundation::Result<SoundFacts> readFacts(const QString &path, bool asPromised) {
     static const auto entry = foundation::loadEntryPoint(kModule, kSoundFactsEntryPoint);
