@@ -29,6 +29,8 @@ void addDoctorCommand(CLI::App &root, CommandSession &session);
 void addDriverCommand(CLI::App &root, CommandSession &session);
 // "hotkeys parse TEXT": what a hot-key text means.
 void addHotkeysCommand(CLI::App &root, CommandSession &session);
+// "identify FILE...": recognises the music in sound files.
+void addIdentifyCommand(CLI::App &root, CommandSession &session);
 // "info FILE...": the media information of files.
 void addInfoCommand(CLI::App &root, CommandSession &session);
 // "lang list", "lang get KEY": the languages and the text table.

@@ -87,6 +87,24 @@ Outcome rename(const CommandSession &session, const std::string &from, const QSt
 
 } // namespace
 
+Outcome renameInList(const QString &file, const QString &name) {
+    if (StoredRecordings().list().itemWithFile(file))
+        return changeOwnedList(
+            kTheList,
+            [&] {
+                StoredRecordings recordings;
+                const auto renamed = renameRecording(recordings.list(), file, name);
+                return renamed ? Outcome::done() : Outcome::failed(renamed.failure().sentence);
+            },
+            control::kRenameRecording, {file, name}, [](const QVariantMap &) {});
+    const QFileInfo info(file);
+    const QString suffix = info.suffix().isEmpty() ? QString() : QLatin1Char('.') + info.suffix();
+    QString why;
+    return ToolFile::moveFileFromPath(file, info.path() + QLatin1Char('/') + name + suffix, &why)
+               ? Outcome::done()
+               : Outcome::failed(why);
+}
+
 Outcome takeTagsIntoList(const QStringList &files) {
     bool isDone = false; // by ourselves, for all of them
     for (const QString &file : files) {

@@ -20,6 +20,8 @@ std::optional<foundation::Result<QVariantMap>> askRunningInstance(const char *me
 Outcome changeOwnedList(const QString &what, const std::function<Outcome()> &action, const char *method,
                         const QStringList &arguments, const std::function<void(const QVariantMap &)> &shown);
 
+// Renames a file, and the recording that it is where the list has it; nothing is overwritten.
+Outcome renameInList(const QString &file, const QString &name);
 // Has the list of recordings, whoever owns it, take the new tags of those files that it has.
 Outcome takeTagsIntoList(const QStringList &files);
 

@@ -70,6 +70,16 @@ public:
     static void setAudioOutputDeviceNameBeforeRecording(const QString &name);
     static bool isAutoIdentifyID3();
     static void setAutoIdentifyID3(bool value);
+    // What the recognition service wants to know us by; without it nothing is asked.
+    static QString recognitionAccess();
+    static void setRecognitionAccess(const QString &value);
+    // Where the services stand; each is an address without a stroke at its end.
+    static QString recognitionServer();
+    static void setRecognitionServer(const QString &value);
+    static QString musicDataServer();
+    static void setMusicDataServer(const QString &value);
+    static QString coverServer();
+    static void setCoverServer(const QString &value);
 
     // Silence, filter and split.
     static bool isAutoSkipSilence();

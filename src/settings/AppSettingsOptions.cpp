@@ -119,6 +119,22 @@ bool AppSettings::isAutoIdentifyID3() { return read(setting::kIsAutoIdentifyID3)
 
 void AppSettings::setAutoIdentifyID3(bool value) { write(setting::kIsAutoIdentifyID3, value); }
 
+QString AppSettings::recognitionAccess() { return read(setting::kRecognitionAccess); }
+
+void AppSettings::setRecognitionAccess(const QString &value) { write(setting::kRecognitionAccess, value); }
+
+QString AppSettings::recognitionServer() { return read(setting::kRecognitionServer); }
+
+void AppSettings::setRecognitionServer(const QString &value) { write(setting::kRecognitionServer, value); }
+
+QString AppSettings::musicDataServer() { return read(setting::kMusicDataServer); }
+
+void AppSettings::setMusicDataServer(const QString &value) { write(setting::kMusicDataServer, value); }
+
+QString AppSettings::coverServer() { return read(setting::kCoverServer); }
+
+void AppSettings::setCoverServer(const QString &value) { write(setting::kCoverServer, value); }
+
 bool AppSettings::isAutoSkipSilence() { return read(setting::kIsAutoSkipSilence); }
 
 void AppSettings::setAutoSkipSilence(bool value) { write(setting::kIsAutoSkipSilence, value); }

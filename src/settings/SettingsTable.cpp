@@ -65,6 +65,10 @@ std::span<const SettingRow> settingRows() {
         of<&A::getAudioOutputDeviceNameBeforeRecording, &A::setAudioOutputDeviceNameBeforeRecording>(
             kAudioOutputDeviceNameBeforeRecording),
         of<&A::isAutoIdentifyID3, &A::setAutoIdentifyID3>(kIsAutoIdentifyID3),
+        of<&A::recognitionAccess, &A::setRecognitionAccess>(kRecognitionAccess),
+        of<&A::recognitionServer, &A::setRecognitionServer>(kRecognitionServer),
+        of<&A::musicDataServer, &A::setMusicDataServer>(kMusicDataServer),
+        of<&A::coverServer, &A::setCoverServer>(kCoverServer),
         of<&A::isAutoSkipSilence, &A::setAutoSkipSilence>(kIsAutoSkipSilence),
         of<&A::isAutoFilterAudioFile, &A::setAutoFilterAudioFile>(kIsAutoFilterAudioFile),
         of<&A::autoFilterSeconds, &A::setAutoFilterSeconds>(kAutoFilterSeconds),

@@ -43,6 +43,10 @@ inline constexpr TextSetting kAggregateMicrophone{"aggregateMicrophone", ""};
 inline constexpr TextSetting kAudioInputDeviceNameBeforeRecording{"audioInputDeviceNameBeforeRecording", ""};
 inline constexpr TextSetting kAudioOutputDeviceNameBeforeRecording{"audioOutputDeviceNameBeforeRecording", ""};
 inline constexpr BooleanSetting kIsAutoIdentifyID3{"isAutoIdentifyID3", true};
+inline constexpr TextSetting kRecognitionAccess{"recognitionAccess", ""}; // the key of the look-up service
+inline constexpr TextSetting kRecognitionServer{"recognitionServer", "https://api.acoustid.org"};
+inline constexpr TextSetting kMusicDataServer{"musicDataServer", "https://musicbrainz.org"};
+inline constexpr TextSetting kCoverServer{"coverServer", "https://coverartarchive.org"};
 inline constexpr BooleanSetting kIsAutoSkipSilence{"isAutoSkipSilence", true};
 inline constexpr BooleanSetting kIsAutoFilterAudioFile{"isAutoFilterAudioFile", false};
 inline constexpr IntegerSetting kAutoFilterSeconds{{"autoFilterSeconds", 5}};

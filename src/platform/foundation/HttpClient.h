@@ -16,6 +16,7 @@ struct HttpRequest {
     QString url; // http or https; no redirection leads elsewhere, nor from https to http
     QByteArray userAgent;
     std::optional<QByteArray> form; // posted as an encoded form; without one the request is a GET
+    bool compressesForm = false;    // by gzip, which the server has to know
 };
 
 // What a server may cost at most; what goes beyond fails.
@@ -27,7 +28,8 @@ struct HttpLimits {
 
 struct HttpResponse {
     int status = 0;
-    QByteArray body; // whatever the status
+    QByteArray body;    // whatever the status
+    int retryAfter = 0; // seconds that the server wants us to wait; 0 when it says nothing
 };
 
 // Sends a request and waits for the whole answer, or until `stop` is requested. A separate process does it, so that our

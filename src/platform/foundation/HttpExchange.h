@@ -26,7 +26,8 @@ inline const char *redirectionProtocols(const QString &url) {
 inline QDataStream &operator<<(QDataStream &stream, const HttpQuestion &question) {
     const auto &[request, limits] = question;
     return stream << request.url << request.userAgent << request.form.has_value() << request.form.value_or(QByteArray())
-                  << static_cast<qint64>(limits.time.count()) << limits.bytes << limits.redirects;
+                  << request.compressesForm << static_cast<qint64>(limits.time.count()) << limits.bytes
+                  << limits.redirects;
 }
 
 inline QDataStream &operator>>(QDataStream &stream, HttpQuestion &question) {
@@ -34,18 +35,19 @@ inline QDataStream &operator>>(QDataStream &stream, HttpQuestion &question) {
     bool isForm = false;
     QByteArray form;
     qint64 time = 0;
-    stream >> request.url >> request.userAgent >> isForm >> form >> time >> limits.bytes >> limits.redirects;
+    stream >> request.url >> request.userAgent >> isForm >> form >> request.compressesForm >> time >> limits.bytes
+        >> limits.redirects;
     request.form = isForm ? std::optional(form) : std::nullopt;
     limits.time = std::chrono::milliseconds(time);
     return stream;
 }
 
 inline QDataStream &operator<<(QDataStream &stream, const HttpAnswer &answer) {
-    return stream << answer.trouble << answer.response.status << answer.response.body;
+    return stream << answer.trouble << answer.response.status << answer.response.body << answer.response.retryAfter;
 }
 
 inline QDataStream &operator>>(QDataStream &stream, HttpAnswer &answer) {
-    return stream >> answer.trouble >> answer.response.status >> answer.response.body;
+    return stream >> answer.trouble >> answer.response.status >> answer.response.body >> answer.response.retryAfter;
 }
 
 } // namespace cantorel::foundation

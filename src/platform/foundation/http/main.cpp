@@ -7,12 +7,18 @@
 #include <QFile>
 #include <QUrl>
 
+#include <zlib.h>
+
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
 namespace cantorel::foundation {
 
 namespace {
+
+constexpr int kGzip = 15 + 16;          // the largest window, in gzip's frame
+constexpr curl_off_t kLongest = 86'400; // seconds
 
 struct Body {
     QByteArray bytes;
@@ -26,6 +32,23 @@ std::size_t take(const char *bytes, std::size_t size, std::size_t count, void *b
         return CURL_WRITEFUNC_ERROR;
     into.bytes.append(bytes, length);
     return size * count;
+}
+
+// A form as gzip; empty when there is no memory.
+QByteArray compressed(QByteArray form) {
+    z_stream stream{};
+    if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, kGzip, 8, Z_DEFAULT_STRATEGY) != Z_OK)
+        return {};
+    QByteArray packed(static_cast<qsizetype>(deflateBound(&stream, static_cast<uLong>(form.size()))),
+                      Qt::Uninitialized);
+    stream.next_in = reinterpret_cast<Bytef *>(form.data());
+    stream.avail_in = static_cast<uInt>(form.size());
+    stream.next_out = reinterpret_cast<Bytef *>(packed.data());
+    stream.avail_out = static_cast<uInt>(packed.size());
+    const bool isDone = deflate(&stream, Z_FINISH) == Z_STREAM_END;
+    packed.truncate(isDone ? static_cast<qsizetype>(stream.total_out) : 0);
+    deflateEnd(&stream);
+    return packed;
 }
 
 // A text that cannot begin a header of its own.
@@ -51,10 +74,14 @@ HttpAnswer answerTo(const HttpQuestion &question) {
     set(CURLOPT_WRITEFUNCTION, &take);
     set(CURLOPT_WRITEDATA, &body);
     set(CURLOPT_ERRORBUFFER, error.data());
+    const QByteArray form =
+        request.compressesForm ? compressed(request.form.value_or(QByteArray())) : request.form.value_or(QByteArray());
     if (request.form) { // Its type and its length are the library's own headers for it.
-        set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.form->size()));
-        set(CURLOPT_POSTFIELDS, request.form->constData());
+        set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(form.size()));
+        set(CURLOPT_POSTFIELDS, form.constData());
         headers.reset(curl_slist_append(nullptr, "Expect:")); // It is sent at once, whatever its length.
+        if (request.compressesForm)
+            curl_slist_append(headers.get(), "Content-Encoding: gzip");
         set(CURLOPT_HTTPHEADER, headers.get());
     }
     const CURLcode code = curl_easy_perform(easy.get());
@@ -62,7 +89,11 @@ HttpAnswer answerTo(const HttpQuestion &question) {
         return {{}, QString::fromUtf8(error[0] != '\0' ? error.data() : curl_easy_strerror(code))};
     long status = 0;
     curl_easy_getinfo(easy.get(), CURLINFO_RESPONSE_CODE, &status);
-    return {{static_cast<int>(status), std::move(body.bytes)}, {}};
+    curl_off_t retryAfter = 0;
+    curl_easy_getinfo(easy.get(), CURLINFO_RETRY_AFTER, &retryAfter);
+    return {
+        {static_cast<int>(status), std::move(body.bytes), static_cast<int>(std::min<curl_off_t>(retryAfter, kLongest))},
+        {}};
 }
 
 int run() {

@@ -1,0 +1,18 @@
+#include "tags/identify/Fingerprint.h"
+
+#include "platform/foundation/LoadedModule.h"
+
+namespace cantorel {
+
+foundation::Result<QByteArray> fingerprintOf(std::span<const std::int16_t> mono, int rate) {
+    static const auto entry = foundation::loadEntryPoint("cantorel-fingerprint.so", kFingerprintEntryPoint);
+    if (!entry)
+        return entry.failure();
+    QByteArray fingerprint = reinterpret_cast<FingerprintEntryPoint>(entry.value())(mono, rate);
+    if (fingerprint.isEmpty())
+        return foundation::Failure{QStringLiteral("The sound is too short to be recognised."),
+                                   QStringLiteral("no fingerprint of %1 frames").arg(mono.size())};
+    return fingerprint;
+}
+
+} // namespace cantorel
