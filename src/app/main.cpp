@@ -15,6 +15,7 @@
 #include "recording/control/ScheduledSession.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tags/identify/RecordingIdentification.h"
 #include "ui/Accessibility.h"
 #include "ui/Icons.h"
 #include "ui/MainWindow.h"
@@ -62,7 +63,7 @@ public:
     bool claim() { return mSession.claim(); }
 
     int run() {
-        mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks, mConverter,
+        mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks, mConverter, mIdentification,
                                               desktop::InstalledServices::current()});
         const InstalledAsker asker(mWindow->alerts());
         ui::WindowFace face(*mWindow, mWindow->alerts());
@@ -79,6 +80,11 @@ public:
             mWindow->tellNoUpdate(update.has_value());
         };
         QObject::connect(&*mWindow, &ui::MainWindow::hotkeysChanged, qApp, [this] { registerHotkeys(); });
+
+        QObject::connect(&mPanel, &RecorderPanel::finished, &delegate, [this](const FinishedRecording &finished) {
+            if (const RecordedAudioInfo *item = mList.itemWithFile(finished.file))
+                (void)mIdentification.identifyFinished(*item); // not what is too short, for one
+        });
 
         // The list loads behind the window; a window that nothing paints keeps nothing waiting either.
         QObject::connect(&*mWindow, &ui::MainWindow::firstShown, qApp, [this] { takeUp(); });
@@ -142,6 +148,10 @@ private:
     RecordingSession mSession;
     ScheduledSession mRecorder;
     ZQAudioConvertManager mConverter{hal::HardwareSystem::clock()};
+    RecordingIdentification mIdentification{mList, [](std::stop_token stop) {
+                                                return CommAudioIdentify(AppSettings::TessolarConverterPath(),
+                                                                         RecognitionServices::fromSettings(), stop);
+                                            }};
     std::optional<ui::MainWindow> mWindow;
     std::optional<RecordingControl> mControl;
     std::shared_ptr<desktop::HotKeys> mDesktopKeys; // null where the desktop has none

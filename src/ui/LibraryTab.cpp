@@ -1,8 +1,10 @@
 #include "ui/LibraryTab.h"
 
 #include "lang/Lang.h"
+#include "log/Log.h"
 #include "recording/library/RecordedList.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tags/identify/RecordingIdentification.h"
 #include "ui/Deck.h"
 #include "ui/DetailsPanel.h"
 #include "ui/FileDialogs.h"
@@ -228,6 +230,12 @@ QWidget *LibraryTab::makeNotice() {
     mNotice->text().setObjectName(QStringLiteral("notice"));
     mUndo = &mNotice->addAction(QStringLiteral("undo"), false);
     connect(mUndo, &QPushButton::clicked, this, [this] { undo(); });
+    mUse = &mNotice->addAction(QStringLiteral("useProposal"), false);
+    connect(mUse, &QPushButton::clicked, this, [this] {
+        const auto use = std::exchange(mUseProposal, {});
+        notice({});
+        use();
+    });
     mSave = &mNotice->addAction(QStringLiteral("saveLeftTags"), false);
     connect(mSave, &QPushButton::clicked, this, [this] {
         for (const auto &unsaved : std::exchange(mLeft, {}))
@@ -265,6 +273,9 @@ void LibraryTab::showMenu(const QPoint &position) {
     add(
         "rename", Lang::btnRename(), [this] { rename(); }, isOne && isReady);
     add("convert", Lang::windowConvertFiles(), [this] { convert(); });
+    if (mIdentification)
+        add(
+            "wave", Lang::btnIdentifyID3(), [this] { onIdentifyID3tagsRecordedItem(); }, isReady);
     add(
         "folder", Lang::btnShowInFinder(), [this] { reveal(); }, isOne);
     if (mDetails == Details::Closed)
@@ -495,6 +506,47 @@ void LibraryTab::tellWritten(const TagsWritten &written, const ID3EditWindowCont
              std::move(undo));
 }
 
+void LibraryTab::setIdentification(RecordingIdentification &identification) {
+    mIdentification = &identification;
+    const auto named = [](QString text, const RecognisedMusic &music) {
+        return text.replace(QLatin1String("[#Title#]"), music.Title())
+            .replace(QLatin1String("[#Artist#]"), music.Artist());
+    };
+    connect(mIdentification, &RecordingIdentification::identified, this, [this, named](const auto &identified) {
+        tell(Strip::Kind::Result, named(Lang::windowIdentified(), identified.music),
+             [this, identified] { mIdentification->undo(identified); });
+    });
+    connect(mIdentification, &RecordingIdentification::proposed, this,
+            [this, named](const QString &file, const RecognisedMusic &music) {
+                tell(Strip::Kind::Hint, named(Lang::windowProposed(), music), {});
+                mUseProposal = [this, file, music] { mIdentification->use(file, music); };
+                mUse->show();
+            });
+    connect(mIdentification, &RecordingIdentification::notIdentified, this,
+            [this](const QString &, const foundation::Sentence &why) {
+                if (!mIsAsked) // What begins by itself says nothing in vain.
+                    return;
+                if (why.isEmpty())
+                    tell(Strip::Kind::Hint, Lang::windowNotIdentified(), {});
+                else
+                    notice(why);
+            });
+}
+
+// Those whose files are there, one after the other.
+void LibraryTab::onIdentifyID3tagsRecordedItem() {
+    mIsAsked = true;
+    for (const RecordedAudioInfo *item : selected()) {
+        const QString file = item->getFileName();
+        if (QFileInfo(file).isFile()) {
+            Log(QStringLiteral("* identify file:%1").arg(file));
+            mIdentification->identifyID3TagsFromFile(file);
+        } else {
+            tell(Strip::Kind::Error, Lang::tabPlaylistNoFile(), {});
+        }
+    }
+}
+
 void LibraryTab::undo() {
     if (const auto undo = std::exchange(mUndoes, {})) {
         notice({});
@@ -504,6 +556,8 @@ void LibraryTab::undo() {
 
 void LibraryTab::tell(Strip::Kind kind, const QString &text, std::function<void()> undo) {
     mUndoes = std::move(undo);
+    mUseProposal = {};
+    mUse->hide();
     mUndo->setVisible(bool(mUndoes));
     mSave->setVisible(!mLeft.empty());
     const bool isRest = text.isEmpty() && !mLeft.empty(); // It is told again once other news are over.
@@ -603,6 +657,7 @@ void LibraryTab::showTexts() {
     mTable->setAccessibleName(Lang::tabPlaylistTitle());
     mUndo->setText(Lang::windowUndo());
     mSave->setText(Lang::btnSave());
+    mUse->setText(Lang::windowUseProposal());
     mPanel->changeLanguageText();
     mAdd->setText(Lang::windowAddFiles());
     mAdd->setToolTip(Lang::windowAddFiles());

@@ -29,6 +29,10 @@ namespace cantorel {
 class RecordedList;
 }
 
+namespace cantorel {
+class RecordingIdentification;
+}
+
 namespace cantorel::ui {
 
 class DetailsPanel;
@@ -60,6 +64,8 @@ public:
     void takeStrip(QWidget &strip);
     LibraryPlayer &player() { return mPlayer; }
     LibraryMedia &media() { return mMedia; }
+    // Who recognises music when it is asked to, and tells what became of it; outlives the tab.
+    void setIdentification(RecordingIdentification &identification);
     // Shows tags that were typed and not saved, with a way to save them; false when there are none.
     bool showUnsavedTags() { return mTags.leave(); }
 
@@ -86,6 +92,7 @@ private:
     void showDetails();
     void showChoice();
     void remove(RecordingsRemoval::Files files);
+    void onIdentifyID3tagsRecordedItem();
     void undo();
     // undo: takes back what is told; empty where nothing can be.
     void tell(Strip::Kind kind, const QString &text, std::function<void()> undo);
@@ -135,8 +142,11 @@ private:
     RecordingsTable *mTable;
     QLabel *mEmpty;
     Strip *mNotice = nullptr;
-    QPushButton *mUndo = nullptr, *mSave = nullptr;
-    std::function<void()> mUndoes;                       // what the strip tells of; empty for nothing
+    QPushButton *mUse = nullptr, *mUndo = nullptr, *mSave = nullptr;
+    std::function<void()> mUndoes;      // what the strip tells of; empty for nothing
+    std::function<void()> mUseProposal; // where one is shown
+    RecordingIdentification *mIdentification = nullptr;
+    bool mIsAsked = false;                               // to identify, by the person
     std::vector<ID3EditWindowController::Unsaved> mLeft; // tags that may still be saved
     PlayerBar *mPlayerBar;
     QToolButton *mAdd, *mConvert, *mReveal, *mToggle;

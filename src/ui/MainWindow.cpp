@@ -124,6 +124,7 @@ void MainWindow::complete() {
     connect(&mLibraryTab->media(), &LibraryMedia::toEnd, this, [this] { leave(); });
     connect(&mParts.panel, &RecorderPanel::dayChanged, mLibraryTab, &LibraryTab::itemsDidChange);
     connect(mLibraryTab, &LibraryTab::playsIntoRecording, this, [this](const QString &file) { askToPlay(file); });
+    mLibraryTab->setIdentification(mParts.identification);
     connect(mLibraryTab, &LibraryTab::convertWanted, this, &MainWindow::openConverter);
     mLibraryTab->listDidChange();
 }

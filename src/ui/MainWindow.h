@@ -14,6 +14,7 @@ class QToolButton;
 namespace cantorel {
 class RecordingSession;
 class ScheduledSession;
+class RecordingIdentification;
 class ZQAudioConvertManager;
 struct UpdateDescription;
 } // namespace cantorel
@@ -45,6 +46,7 @@ public:
         RecordedList &list;
         TaskList &tasks;
         ZQAudioConvertManager &converter;
+        RecordingIdentification &identification;
         desktop::Services &desktop;
     };
     explicit MainWindow(const Parts &parts);

@@ -20,6 +20,7 @@
 #include <QEvent>
 #include <QFileInfo>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollArea>
 #include <QStackedWidget>
 #include <QToolButton>
@@ -164,7 +165,7 @@ SettingsPage::NumberedChoice &SettingsPage::addNumbered(RowCard &card, const cha
 }
 
 void SettingsPage::makeRecording() {
-    RowCard *files = card(), *silent = card();
+    RowCard *files = card(), *silent = card(), *music = card();
     mFormat->setObjectName(QStringLiteral("settingsFormat"));
     mFormatRow = &files->addRow();
     mFormatRow->setControl(*mFormat);
@@ -201,7 +202,17 @@ void SettingsPage::makeRecording() {
     filter.setOn = AppSettings::setAutoFilterAudioFile;
     filter.value = secondsOf<AppSettings::autoFilterSeconds>;
     filter.setValue = setSecondsOf<AppSettings::setAutoFilterSeconds>;
-    addPage({mFiles, files, mSilence, silent});
+    mIdentifyRow = &music->addRow();
+    mIdentify = choice(*mIdentifyRow, "autoIdentify");
+    mKeyRow = &music->addRow();
+    mKey = new QLineEdit(mKeyRow);
+    mKey->setObjectName(QStringLiteral("recognitionKey"));
+    mKey->setFixedWidth(Look::scaled(*this, kHotkeyField));
+    mKeyRow->setControl(*mKey);
+    addPage({mFiles, files, mSilence, silent, music});
+    connect(mIdentify, &QCheckBox::clicked, this, [](bool on) { AppSettings::setAutoIdentifyID3(on); });
+    connect(mKey, &QLineEdit::textEdited, this,
+            [](const QString &key) { AppSettings::setRecognitionAccess(key.trimmed()); });
 
     connect(mFormat, &QComboBox::activated, this, [this](int index) {
         AppSettings::setAudioFormat(index);
@@ -373,6 +384,9 @@ void SettingsPage::showSettings() {
     mNumber->setVisible(mAutoName->isChecked());
     showNextName();
     mSkipSilence->setChecked(AppSettings::isAutoSkipSilence());
+    mIdentify->setChecked(AppSettings::isAutoIdentifyID3());
+    if (mKey->text().trimmed() != AppSettings::recognitionAccess()) // not while it is typed
+        mKey->setText(AppSettings::recognitionAccess());
     for (const NumberedChoice &numbered : mNumbered) {
         numbered.choice->setChecked(numbered.isOn());
         const double value = numbered.value();
@@ -413,6 +427,8 @@ void SettingsPage::showTexts() {
     mFolderRow->setTexts(Lang::windowOutputFolder());
     showNextName();
     mSkipRow->setTexts(Lang::settingsRecordSkipSilent(), Lang::windowWaitsForSound());
+    mIdentifyRow->setTexts(Lang::settingsRecordAutoIdentifyID3(), Lang::windowIdentifySends());
+    mKeyRow->setTexts(Lang::windowRecognitionKey());
     for (const NumberedChoice &numbered : mNumbered) {
         numbered.number->setSuffix(QLatin1Char(' ') + Lang::commSeconds());
         numbered.row->setTexts(numbered.text());

@@ -12,6 +12,7 @@ class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
 class QLabel;
+class QLineEdit;
 class QSpinBox;
 class QStackedWidget;
 class QToolButton;
@@ -85,10 +86,11 @@ private:
     std::vector<QBoxLayout *> mColumns; // of the pages
     QLabel *mFiles, *mSilence, *mHotkeyNote;
     CardRow *mLanguageRow = nullptr, *mFormatRow = nullptr, *mFolderRow = nullptr, *mNameRow = nullptr,
-            *mSkipRow = nullptr, *mHotkeysRow = nullptr;
+            *mSkipRow = nullptr, *mHotkeysRow = nullptr, *mIdentifyRow = nullptr, *mKeyRow = nullptr;
     QComboBox *mLanguage, *mFormat;
     QToolButton *mFolder;
-    QCheckBox *mAutoName = nullptr, *mSkipSilence = nullptr, *mEnableHotkeys = nullptr;
+    QCheckBox *mAutoName = nullptr, *mSkipSilence = nullptr, *mIdentify = nullptr, *mEnableHotkeys = nullptr;
+    QLineEdit *mKey = nullptr;
     QSpinBox *mNumber;
     std::vector<NumberedChoice> mNumbered;
     std::array<CardRow *, 3> mHotkeyRows{};

@@ -173,6 +173,24 @@ TEST_F(TagEditor, WhatIsLeftUnsavedOrFailsIsToldAndNotLost) {
     EXPECT_EQ(test::contents(path("Two.mp3")), "no sound");
 }
 
+TEST_F(TagEditor, AProposedSongIsUsedAndTakenBack) {
+    Q_EMIT identification.proposed(path("One.mp3"), RecognisedMusic({0.6, {}, {}, "Hymn", "Singers", {}, {}}, {}, {}));
+    ASSERT_TRUE(isTold("Hymn"));
+    photograph(window, "identify-proposed");
+    EXPECT_EQ(tagsOf("One.mp3").id3Title, "First") << "nothing is done before it is used";
+    click("useProposal");
+    ASSERT_TRUE(passUntil([&] { return identification.isIdle() && !find<QWidget>("useProposal")->isVisible(); }));
+    EXPECT_EQ(tagsOf("Hymn.mp3").id3Title, "Hymn");
+    EXPECT_EQ(tagsOf("Hymn.mp3").id3Album, "Live") << "what is not known stays";
+    EXPECT_EQ(list.itemWithFile(path("Hymn.mp3"))->artist(), "Singers");
+    ASSERT_TRUE(isTold("Singers"));
+    photograph(window, "identify-named");
+    click("undo");
+    ASSERT_TRUE(passUntil([&] { return QFileInfo::exists(path("One.mp3")); }));
+    EXPECT_EQ(tagsOf("One.mp3").id3Title, "First");
+    EXPECT_EQ(list.itemWithFile(path("One.mp3"))->artist(), "Choir");
+}
+
 TEST_F(TagEditor, WhatTakesNoTagsOrNoCoverOffersNone) {
     const auto seen = [&](const char *name) { return find<QWidget>(name)->isVisible(); };
     select({"One.mp3"});

@@ -4,6 +4,7 @@
 #include "lang/Lang.h"
 #include "recording/control/RecorderPanel.h"
 #include "recording/control/ScheduledSession.h"
+#include "tags/identify/RecordingIdentification.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/unit/recording/RecordingFixture.h"
 #include "ui/LibraryTab.h"
@@ -128,7 +129,12 @@ public:
     TaskList taskList;
     ScheduledSession recorder{session, taskList, panel, *world.clock};
     ZQAudioConvertManager converter{*world.clock};
-    ui::MainWindow window{{panel, recorder, session, list, taskList, converter, desktop::InstalledServices::current()}};
+    RecordingIdentification identification{list, [](std::stop_token stop) {
+                                               return CommAudioIdentify(AppSettings::TessolarConverterPath(),
+                                                                        RecognitionServices::fromSettings(), stop);
+                                           }};
+    ui::MainWindow window{
+        {panel, recorder, session, list, taskList, converter, identification, desktop::InstalledServices::current()}};
 };
 
 } // namespace cantorel::test

@@ -103,7 +103,9 @@ void RecordingIdentification::identifyID3TagsFromFile(const QString &path) {
 }
 
 bool RecordingIdentification::identifyFinished(const RecordedAudioInfo &item) {
-    if (!AppSettings::isAutoIdentifyID3() || Tools::getSecondsFromString(item.duration()) < kShortest)
+    // Without access nobody could be asked.
+    if (!AppSettings::isAutoIdentifyID3() || AppSettings::recognitionAccess().isEmpty()
+        || Tools::getSecondsFromString(item.duration()) < kShortest)
         return false;
     identifyID3TagsFromFile(item.getFileName());
     return item.isIdentifying;
