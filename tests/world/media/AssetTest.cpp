@@ -2,6 +2,7 @@
 #include "tests/support/MadeSound.h"
 #include "tests/support/TestHome.h"
 
+#include <QFile>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -133,6 +134,28 @@ INSTANTIATE_TEST_SUITE_P(
         QString name = info.param.name;
         return name.replace('.', '_').toStdString();
     });
+
+TEST(Asset, ADamagedFlacKeepsWhatLiesBehindTheDamage) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("whole.flac"), damaged = folder.filePath("damaged.flac");
+    ASSERT_TRUE(ffmpeg(test::variedSound(300000, 44100, 2) + QStringList{path}));
+    QByteArray bytes = test::contents(path);
+    bytes.remove(bytes.size() / 3, 50000); // some frames
+    QFile file(damaged);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    file.close();
+    const auto asset = openAsset(QUrl::fromLocalFile(damaged));
+    ASSERT_TRUE(asset);
+    EXPECT_GT(asset.value()->duration().value, 300000 - 8 * 4608);
+    auto whole = openAsset(QUrl::fromLocalFile(path)).value()->openSampleReader();
+    auto part = asset.value()->openSampleReader();
+    std::vector<std::int16_t> end(2 * 50000), expected(end.size());
+    whole.value()->seek(250000);
+    part.value()->seek(asset.value()->duration().value - 50000);
+    ASSERT_EQ(whole.value()->read(expected.data(), 50000).value(), 50000u);
+    ASSERT_EQ(part.value()->read(end.data(), 50000).value(), 50000u);
+    EXPECT_EQ(end, expected);
+}
 
 } // namespace
 } // namespace cantorel

@@ -1,6 +1,7 @@
 #include "platform/media/ffmpeg/reader/SoundTrack.h"
 
 #include "platform/media/asset/AssetFailures.h"
+#include "platform/media/ffmpeg/reader/FlacFrames.h"
 #include "platform/media/ffmpeg/reader/FrameSource.h"
 #include "platform/media/ffmpeg/reader/MovieTrack.h"
 
@@ -58,12 +59,14 @@ public:
     }
     bool isDone() const { return !mDecoder || mTried >= kTriedPackets || mTrack.isPlayable; }
     int framesOfPacket() const { return mFrames; }
+    std::int64_t firstPosition() const { return mFirstPosition; }
     // One channel or two of the plain kind, which has no memory but the packet before.
     bool isSimpleAac() const { return mIsSimple; }
     void take(const AVPacket &packet) {
         if (isDone())
             return;
-        ++mTried;
+        if (mTried++ == 0)
+            mFirstPosition = packet.pos;
         if (avcodec_send_packet(mDecoder.get(), &packet) < 0 || avcodec_receive_frame(mDecoder.get(), mFrame.get()) < 0
             || mFrame->nb_samples <= 0 || mFrame->sample_rate <= 0 || mFrame->ch_layout.nb_channels <= 0)
             return;
@@ -80,6 +83,7 @@ private:
     FrameHandle mFrame{av_frame_alloc()};
     int mTried = 0;
     int mFrames = 0;
+    std::int64_t mFirstPosition = -1;
     bool mIsSimple = false;
 };
 
@@ -153,6 +157,8 @@ private:
             frames = av_rescale_q(packet.duration, mStream.time_base, {1, std::max(mTrack.format.rate, 1)});
         else if (isPlainSamples(codec))
             frames = framesOfPlain(packet.size, mStream);
+        if (frames == 0)
+            return; // Damage that was taken for a packet makes no sound.
         mIsWhole = frames > 0 && frames <= kLongestPacket && packet.pos >= 0 && (!isSample() || liesThere(packet));
         if (mIsWhole)
             mTrack.packets.add(packet.pos, packet.size, static_cast<std::int32_t>(frames));
@@ -275,6 +281,21 @@ Result<void> takeBlocks(SoundTrack &track, Demuxer &demuxer, const AVStream &str
     return {};
 }
 
+// The frames of a FLAC file, by their headers or else by libavformat.
+Result<void> takeFlac(SoundTrack &track, Demuxer &demuxer, std::int64_t begin, Scan &scan) {
+    const auto found = findFlacFrames(*track.file, begin, track.packets);
+    if (!found)
+        return found.failure();
+    if (found.value()) {
+        track.bytes = track.file->size() - begin;
+        return {};
+    }
+    track.packets = {};
+    if (avformat_seek_file(&demuxer.context(), -1, INT64_MIN, 0, INT64_MAX, 0) < 0)
+        return failures::notSound(track.file->path(), QStringLiteral("no way back"));
+    return scan.run(demuxer, true);
+}
+
 // The last packet has as many frames as come out of it; one that was cut off gives no sound and no length.
 Result<void> settleEnd(SoundTrack &track) {
     const PacketTable::Packet last = track.packets.packet(track.packets.count() - 1);
@@ -359,9 +380,16 @@ Result<SoundTrack> readTrack(std::shared_ptr<const SourceFile> file, Demuxer &gi
     const bool isPlainFile = isPlainSamples(codec)
                              && (isDemuxedBy(demuxer->context(), "wav") || isDemuxedBy(demuxer->context(), "aiff")
                                  || isDemuxedBy(demuxer->context(), "w64"));
-    const auto read = hasIndex || isPlainFile ? probe(*demuxer, *stream, tried) : scan.run(*demuxer, ownFrames);
-    if (!read)
+    const bool isFlacFile = isDemuxedBy(demuxer->context(), "flac");
+    if (const auto read =
+            hasIndex || isPlainFile || isFlacFile ? probe(*demuxer, *stream, tried) : scan.run(*demuxer, ownFrames);
+        !read)
         return read.failure();
+    if (isFlacFile && track.isPlayable) {
+        const auto found = takeFlac(track, *demuxer, tried.firstPosition(), scan);
+        if (!found)
+            return found.failure();
+    }
     if (!track.isPlayable)
         return track;
     if (isPlainFile) {
