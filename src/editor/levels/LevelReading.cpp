@@ -113,10 +113,10 @@ Result<void> LevelReading::run(const std::stop_token &stop) {
     auto first = mAsset->openSampleReader();
     if (!first)
         return first.failure();
-    mFrames = first.value()->frames();
-    mSections = (static_cast<std::size_t>(mFrames) + kSectionFrames - 1) / kSectionFrames;
     {
         const std::scoped_lock lock(mMutex);
+        mFrames = first.value()->frames();
+        mSections = (static_cast<std::size_t>(mFrames) + kSectionFrames - 1) / kSectionFrames;
         mIsDone.assign(mSections, false);
         mSeries = LevelSeries::make(static_cast<std::size_t>(mFrames) / kGroupFrames, mFolder);
     }
