@@ -140,8 +140,14 @@ TEST_F(AudioReader, WhatCantBeReadIsOverAndSaysWhy) {
     const QString cut = inFolder("cut.m4a"), locked = inFolder("locked.m4a");
     append(cut, bytes.left(bytes.lastIndexOf("moov") - 4));
     append(locked, QByteArray(bytes).replace(bytes.lastIndexOf("mp4a"), 4, "enca"));
+    // One that claims a rate of 121 million, which no resampler bears.
+    const QString fast = inFolder("fast.wav");
+    ASSERT_TRUE(test::ffmpeg({"-i", sound, fast}));
+    QFile header(fast);
+    ASSERT_TRUE(header.open(QIODevice::ReadWrite) && header.seek(24) && header.write("\x40\xFC\x3A\x07") == 4);
+    header.close();
     int ended = 0;
-    for (const QString &path : {text, film, cut, locked, inFolder("missing.wav")}) {
+    for (const QString &path : {fast, text, film, cut, locked, inFolder("missing.wav")}) {
         ASSERT_TRUE(read(path)) << path.toStdString();
         EXPECT_EQ(mListener.ended, ++ended);
         EXPECT_EQ(mListener.told, ended);
