@@ -118,7 +118,8 @@ void ZQAudioReader::beginReading() {
     cancel();
     mThread = {}; // the one before ends soon
     mAudioWaveData.clear();
-    mSeries.reset();
+    mEarlier.push_back(std::exchange(mSeries, nullptr));
+    mEarlier.push_back(mReading);
     mFailure.reset();
     mIsReading = true;
     mReading.reset(new Reading{mAudioURL, mAudioAsset, mLevelsFolder, {}, {}});
@@ -139,7 +140,7 @@ void ZQAudioReader::beginReading() {
         if (!guarded("audioReadingInNewThread", [&] { ending = readAudioWave(stop, *reading); }))
             ending = {Ending::Fails, {}, {}, media::failures::notSound(reading->url.fileName(), {})};
         if (ending.kind != Ending::IsCancelled)
-            tell([this, reading, ending] { end(*reading, ending); });
+            tell([this, ending] { end(ending); });
     });
 }
 
@@ -191,7 +192,8 @@ ZQAudioReader::Ending ZQAudioReader::readAudioWave(const std::stop_token &stop, 
     return ending;
 }
 
-void ZQAudioReader::end(const Reading & /*reading*/, const Ending &ending) {
+void ZQAudioReader::end(const Ending &ending) {
+    const auto earlier = std::exchange(mEarlier, {}); // up to the end of this
     mIsReading = false;
     if (ending.asset)
         mAudioAsset = ending.asset;

@@ -16,6 +16,7 @@
 #include <memory>
 #include <optional>
 #include <thread>
+#include <vector>
 
 namespace cantorel {
 
@@ -60,7 +61,8 @@ public:
     QUrl audioURL() const { return mAudioURL; }
     // Opened by the reading, or else by the first who asks. Null where it can't be.
     media::AssetPointer audioAsset() const;
-    // Signed 16-bit values, little-endian, one for each group of frames. Valid up to the next reading.
+    // Signed 16-bit values, little-endian, one for each group of frames. Valid until the end of the next
+    // reading has been told.
     QByteArray audioWaveData() const { return mAudioWaveData; }
 
     QString title() const;
@@ -87,7 +89,7 @@ public:
     bool isReading() const { return mIsReading; }
     // From 0 to 1.
     double progress() const;
-    // What is there of the series of a reading that runs; valid up to the next reading.
+    // What is there of the series of a reading that runs; valid as long as that.
     QByteArray preview() const;
     // Why the last reading gave no series.
     const std::optional<foundation::Failure> &failure() const { return mFailure; }
@@ -101,7 +103,7 @@ private:
     struct Ending;  // how it has ended
 
     static Ending readAudioWave(const std::stop_token &stop, Reading &reading);
-    void end(const Reading &reading, const Ending &ending);
+    void end(const Ending &ending);
 
     const QString mLevelsFolder;
     QUrl mAudioURL;
@@ -113,7 +115,8 @@ private:
     std::optional<foundation::Failure> mFailure;
     bool mIsReading = false;
     std::shared_ptr<Reading> mReading;
-    std::jthread mThread; // last, so that it ends first
+    std::vector<std::shared_ptr<const void>> mEarlier; // series that may still be drawn
+    std::jthread mThread;                              // last, so that it ends first
 };
 
 } // namespace cantorel
