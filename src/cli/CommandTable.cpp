@@ -68,7 +68,8 @@ std::span<const AddCommand> allCommands() {
     static constexpr AddCommand kCommands[] = {
         addDoctorCommand, addDevicesCommand, addDriverCommand, addRecordCommand,  addSettingsCommand,
         addTasksCommand,  addHotkeysCommand, addLangCommand,   addLibraryCommand, addControlCommands,
-        addUpdateCommand, addTagsCommand,    addInfoCommand,   addConvertCommand, addIdentifyCommand};
+        addUpdateCommand, addTagsCommand,    addInfoCommand,   addConvertCommand, addIdentifyCommand,
+        addWaveCommand};
     return kCommands;
 }
 
