@@ -12,7 +12,8 @@ void ZQAudioTools::getCurrentPlayingEntity(const ZQAudioCutEntity *&current, con
     current = next = nullptr;
     if (index < 0)
         return;
-    const auto frame = [rate](double time) { return std::llround(time * rate); };
+    // Slack, since a count of frames that has become seconds is not quite the same count again.
+    const auto frame = [rate](double time) { return static_cast<std::int64_t>(std::floor(time * rate + 1e-4)); };
     for (auto i = static_cast<std::size_t>(index); i < entities.size(); ++i) {
         const ZQAudioCutEntity &entity = *entities[i];
         const bool isLast = i + 1 == entities.size();

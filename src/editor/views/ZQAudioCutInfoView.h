@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/models/CutList.h"
+#include "editor/models/EditorDelegates.h"
 #include "editor/views/ZQAudioTimeView.h"
 #include "platform/foundation/NotificationCenter.h"
 
@@ -8,18 +8,7 @@ class QBoxLayout;
 class QLabel;
 class QPushButton;
 
-namespace cantorel {
-
-// Hears of times that were typed. The ids are fixed.
-inline constexpr const char *kStartTimeControl = "startTime", *kEndTimeControl = "endTime";
-class AudioCutInfoDelegate {
-public:
-    virtual ~AudioCutInfoDelegate() = default;
-    virtual void AudioCutInfoDelegate_UpdateSelectedCutEntityStartTime(double startTime, double endTime,
-                                                                       const char *timeControlID) = 0;
-};
-
-namespace ui {
+namespace cantorel::ui {
 
 // Start and end of the focused selection, and what can be done with selections.
 class ZQAudioCutInfoView : public QWidget, private AudioTimeDelegate {
@@ -63,5 +52,4 @@ private:
     foundation::NotificationCenter::Subscription mRectDidChange;
 };
 
-} // namespace ui
-} // namespace cantorel
+} // namespace cantorel::ui

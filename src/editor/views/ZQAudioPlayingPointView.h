@@ -2,18 +2,7 @@
 
 #include "editor/views/ZQAudioWave.h"
 
-namespace cantorel {
-
-// What the play head asks its owner.
-class AudioPlayingPointDelegate {
-public:
-    virtual ~AudioPlayingPointDelegate() = default;
-    // The head is to go to the time of that point.
-    virtual void AudioPlayingPointDelegate_updateThePlayingPoint(QPointF point) = 0;
-    virtual const ZQAudioCutEntity *AudioPlayingPointDelegate_GetFocusOnCutEntity() const = 0;
-};
-
-namespace ui {
+namespace cantorel::ui {
 
 // The play head over the wave. It covers all of it and has the mouse first: edges of selections are handed to the wave,
 // everything else leads the head.
@@ -51,5 +40,4 @@ private:
     QPointF mPoint{WaveGeometry::kInset, 0};
 };
 
-} // namespace ui
-} // namespace cantorel
+} // namespace cantorel::ui

@@ -91,7 +91,7 @@ CutHit ZQAudioWave::press(QPointF point) {
 // The edge goes as far as the pointer, and it is the edge that is held back.
 void ZQAudioWave::drag(QPointF point) {
     if (isDragging())
-        mDelegate.AudioCutRequestDelegate_DragEdge(*mEntity, mHit, point.x() - mBeside);
+        mDelegate.dragEdge(*mEntity, mHit, point.x() - mBeside);
 }
 
 void ZQAudioWave::release() {
@@ -101,7 +101,7 @@ void ZQAudioWave::release() {
     mHit = CutHit::None;
     mEntity = nullptr;
     if (wasDragging)
-        mDelegate.AudioCutRequestDelegate_DragEnded();
+        mDelegate.dragDidEnd();
 }
 
 void ZQAudioWave::hover(QPointF point) {

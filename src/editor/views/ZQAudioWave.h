@@ -1,29 +1,13 @@
 #pragma once
 
-#include "editor/models/CutList.h"
+#include "editor/models/EditorDelegates.h"
 
 #include <QImage>
 #include <QWidget>
 
 #include <vector>
 
-namespace cantorel {
-
-// What the wave asks its owner, who holds the selections.
-class AudioCutRequestDelegate {
-public:
-    virtual ~AudioCutRequestDelegate() = default;
-    // A press; the selection that it has taken gets the focus.
-    virtual CutHit AudioCutRequestDelegate_MouseDown(QPointF point, ZQAudioCutEntity *&selectedCutEntity) = 0;
-    virtual CutHit AudioCutRequestDelegate_MouseMove(QPointF point) = 0;
-    virtual void AudioCutRequestDelegate_DragEdge(ZQAudioCutEntity &entity, CutHit edge, double x) = 0;
-    virtual void AudioCutRequestDelegate_DragEnded() = 0;
-    virtual ZQAudioTools::Entities AudioCutRequestDelegate_GetExistCutEntitysRect() const = 0;
-    // The view has another size now.
-    virtual void waveSizeDidChange(QSizeF size) = 0;
-};
-
-namespace ui {
+namespace cantorel::ui {
 
 // The whole sound as bars, with the selections in their colours, kept as a picture. Its edges are dragged here.
 class ZQAudioWave : public QWidget {
@@ -75,5 +59,4 @@ private:
     double mBeside = 0;
 };
 
-} // namespace ui
-} // namespace cantorel
+} // namespace cantorel::ui

@@ -115,7 +115,32 @@ TEST_F(Cuts, EveryChangeIsToldOnceButAnotherSizeIsNot) {
     EXPECT_EQ(told, 2);
 }
 
-// A plain list of pairs, kept by the rules alone, beside the one that is tested.
+TEST_F(Cuts, PlayingThemGoesFromOneToTheNextAndFromTheLastToTheFirst) {
+    set({{10, 20}, {40.0001, 50}});
+    const struct {
+        double seconds;
+        int index, current, next;
+    } cases[] = {{0, 0, -1, 0},
+                 {10, 0, 0, 1},
+                 {20, 0, 0, 1},
+                 {20.001, 0, -1, 1},
+                 {40, 0, -1, 1},
+                 {45, 0, 1, 0},
+                 {50.1, 0, -1, 0},
+                 {15, 1, -1, 1},
+                 {15, 2, -1, -1},
+                 {15, -1, -1, -1},
+                 {std::floor(40.0001 * 44100) / 44100, 0, 1, 0}}; // where a seek to its start arrives
+    const auto all = list.pointers();
+    const auto at = [&](int index) { return index < 0 ? nullptr : all[static_cast<std::size_t>(index)]; };
+    for (const auto &[seconds, index, current, next] : cases) {
+        const ZQAudioCutEntity *now = nullptr, *then = nullptr;
+        ZQAudioTools::getCurrentPlayingEntity(now, then, seconds, index, all, 44100);
+        EXPECT_EQ(now, at(current)) << seconds;
+        EXPECT_EQ(then, at(next)) << seconds;
+    }
+}
+
 TEST_F(Cuts, RandomChangesKeepTheOrderTheFocusAndTheBounds) {
     std::mt19937 random(3);
     const auto pick = [&](double most) { return std::round(random() % 100001 / 100000.0 * most * 1000) / 1000; };
