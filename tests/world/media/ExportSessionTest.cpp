@@ -25,12 +25,13 @@ protected:
     // The path of the export, which has taken a name; empty when there is none.
     QString exported(const AssetPointer &asset, std::optional<MediaTimeRange> range, ExportCoding coding,
                      const QList<MetadataItem> &items = {}) {
-        ExportSession session(asset, range, coding, items);
-        auto made = session.render(mFolder.path(), mStop.get_token());
+        double progress = 0;
+        auto made = ExportSession{asset, range, coding, items}.render(mFolder.path(), mStop.get_token(),
+                                                                      [&](double done) { progress = done; });
         mWhy = made ? foundation::Sentence() : made.failure().sentence;
         if (!made)
             return {};
-        EXPECT_EQ(session.progress(), 1);
+        EXPECT_EQ(progress, 1);
         mFrames = made.value().frames;
         const QString path = mFolder.filePath(QString("%1.m4a").arg(++mNumber));
         EXPECT_EQ(made.value().file.take(path), 0);

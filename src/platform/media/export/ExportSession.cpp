@@ -43,30 +43,27 @@ Result<void> proved(const foundation::HiddenFile &file, std::int64_t frames, int
 
 } // namespace
 
-ExportSession::ExportSession(AssetPointer asset, std::optional<MediaTimeRange> range, ExportCoding coding,
-                             QList<MetadataItem> metadata)
-    : mAsset(std::move(asset)), mRange(range), mCoding(coding), mMetadata(std::move(metadata)) {}
-
-Result<ExportedFile> ExportSession::render(const QString &folder, const std::stop_token &stop) {
-    const int rate = mAsset->format().rate;
+Result<ExportedFile> ExportSession::render(const QString &folder, const std::stop_token &stop,
+                                           const std::function<void(double)> &progress) const {
+    const int rate = asset->format().rate;
     if (rate <= 0)
         return Failure{kExportNothing(), QStringLiteral("no sound in the asset")};
-    auto opened = mAsset->openReader({rate, 2});
+    auto opened = asset->openReader({rate, 2});
     if (!opened)
         return opened.failure();
     FrameReader &reader = *opened.value();
-    const std::int64_t from = mRange ? std::min(frameAt(rate, mRange->start), reader.frames()) : 0;
+    const std::int64_t from = range ? std::min(frameAt(rate, range->start), reader.frames()) : 0;
     const std::int64_t to =
-        mRange ? std::min(frameAt(rate, mRange->start, mRange->duration), reader.frames()) : reader.frames();
+        range ? std::min(frameAt(rate, range->start, range->duration), reader.frames()) : reader.frames();
     const std::int64_t frames = to - from;
     if (frames <= 0)
         return Failure{kExportNothing(), QStringLiteral("frames %1 to %2").arg(from).arg(to)};
     if (const auto room = freeBytes(folder);
-        room && static_cast<double>(frames) * bytesPerFrame(mCoding, rate) > static_cast<double>(*room))
+        room && static_cast<double>(frames) * bytesPerFrame(coding, rate) > static_cast<double>(*room))
         return Failure{kDiskFull(folder), QStringLiteral("%1 frames in %2 bytes").arg(frames).arg(*room)};
 
-    auto made = mCoding == ExportCoding::Aac ? MovieSink::aac(folder, rate)
-                                             : MovieSink::pcm(folder, rate, mCoding == ExportCoding::PcmFloat);
+    auto made = coding == ExportCoding::Aac ? MovieSink::aac(folder, rate)
+                                            : MovieSink::pcm(folder, rate, coding == ExportCoding::PcmFloat);
     if (!made)
         return made.failure();
     MovieSink &sink = *made.value();
@@ -81,17 +78,17 @@ Result<ExportedFile> ExportSession::render(const QString &folder, const std::sto
         if (!got)
             return got.failure();
         if (got.value() == 0)
-            return Failure{kExportIncomplete(mAsset->url().fileName()),
+            return Failure{kExportIncomplete(asset->url().fileName()),
                            QStringLiteral("%1 of %2 frames").arg(done).arg(frames)};
         if (const auto taken = sink.append({block.data(), got.value() * 2}); !taken)
             return taken.failure();
         done += static_cast<std::int64_t>(got.value());
-        mProgress.store(static_cast<double>(done) / static_cast<double>(frames), std::memory_order_relaxed);
+        progress(static_cast<double>(done) / static_cast<double>(frames));
     }
-    if (const auto finished = sink.finish(frames, itemList(mMetadata).data()); !finished)
+    if (const auto finished = sink.finish(frames, itemList(metadata).data()); !finished)
         return finished.failure();
     ExportedFile exported{std::move(sink).take(), frames, reader.limited()};
-    const auto proof = proved(exported.file, frames, rate, mAsset->url().fileName());
+    const auto proof = proved(exported.file, frames, rate, asset->url().fileName());
     return proof ? Result(std::move(exported)) : proof.failure();
 }
 

@@ -8,8 +8,8 @@
 #include <QList>
 #include <QString>
 
-#include <atomic>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <stop_token>
 
@@ -31,26 +31,18 @@ struct ExportedFile {
     std::int64_t limited = 0; // samples; see FrameReader
 };
 
-// Renders a stretch of an asset, as stereo at the asset's rate, into an M4A. Decoded, it has exactly the frames of the
-// stretch.
-class ExportSession {
-public:
-    // All of the asset without a range. metadata: see itemList(); only for AAC.
-    ExportSession(AssetPointer asset, std::optional<MediaTimeRange> range, ExportCoding coding,
-                  QList<MetadataItem> metadata = {});
+// A stretch of an asset that is rendered, as stereo at the asset's rate, into an M4A. Decoded, it has exactly the
+// frames of the stretch. A value.
+struct ExportSession {
+    AssetPointer asset;
+    std::optional<MediaTimeRange> range; // all of it without one
+    ExportCoding coding = ExportCoding::Aac;
+    QList<MetadataItem> metadata; // see itemList(); only for AAC
 
     // Writes beside the place where the file is to go. What is answered is on the disk, and as long as the stretch by
-    // what is read back. Blocks; once only.
-    foundation::Result<ExportedFile> render(const QString &folder, const std::stop_token &stop);
-    // From 0 to 1; any thread.
-    double progress() const { return mProgress.load(std::memory_order_relaxed); }
-
-private:
-    const AssetPointer mAsset;
-    const std::optional<MediaTimeRange> mRange;
-    const ExportCoding mCoding;
-    const QList<MetadataItem> mMetadata;
-    std::atomic<double> mProgress = 0;
+    // what is read back. Tells how far it is, from 0 to 1. Blocks.
+    foundation::Result<ExportedFile> render(const QString &folder, const std::stop_token &stop,
+                                            const std::function<void(double)> &progress) const;
 };
 
 } // namespace cantorel::media

@@ -1,6 +1,5 @@
 #include "platform/media/export/MovieSink.h"
 
-#include "platform/foundation/ErrorReason.h"
 #include "platform/media/DiskSpace.h"
 #include "platform/media/asset/MediaTime.h"
 
@@ -15,19 +14,10 @@
 
 namespace cantorel::media {
 
-using foundation::Failure;
 using foundation::HiddenFile;
 using foundation::Result;
 
 namespace {
-
-constexpr foundation::SentenceKey kExportNotWritten("ExportNotWritten", "FileName", "Reason");
-
-Failure writeFailed(const QString &folder, int error) {
-    const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
-    return {full ? kDiskFull(folder) : kExportNotWritten(folder, foundation::errorReason(error)),
-            QStringLiteral("write in %1: errno %2").arg(folder).arg(error)};
-}
 
 // Codes as it goes.
 class AacSink : public MovieSink {
@@ -109,7 +99,7 @@ Result<HiddenFile> MovieSink::makeFile(const QString &folder) {
     int error = 0;
     auto file = HiddenFile::create(folder, QStringLiteral("m4a"), error);
     if (!file)
-        return writeFailed(folder, error);
+        return folderFailed(folder, error);
     return std::move(*file);
 }
 
@@ -144,7 +134,7 @@ Result<void> MovieSink::writeAt(std::uint64_t position, std::span<const std::uin
         if (written < 0 && errno == EINTR)
             continue;
         if (written < 0)
-            return writeFailed(QFileInfo(mFile.path()).path(), errno);
+            return folderFailed(QFileInfo(mFile.path()).path(), errno);
         position += static_cast<std::uint64_t>(written);
         bytes = bytes.subspan(static_cast<std::size_t>(written));
     }
