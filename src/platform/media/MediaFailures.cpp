@@ -10,9 +10,7 @@ using foundation::Failure;
 
 namespace {
 
-constexpr foundation::SentenceKey kCodecsMissing("CodecsMissing");
 constexpr foundation::SentenceKey kNotCreated("NotCreated", "FileName", "Reason");
-constexpr foundation::SentenceKey kNotRead("NotRead", "FileName", "Reason");
 constexpr foundation::SentenceKey kNoRoomLeft("NoRoomLeft", "FileName");
 constexpr foundation::SentenceKey kNotWritten("NotWritten", "FileName", "Reason");
 constexpr foundation::SentenceKey kDiskNearlyFull("DiskNearlyFull", "FileName");
@@ -23,15 +21,9 @@ constexpr foundation::SentenceKey kFormatChanged("FormatChanged", "Device");
 
 } // namespace
 
-Failure codecsMissing(const QString &detail) { return {kCodecsMissing(), detail}; }
-
 Failure cannotCreate(const QString &path, int error) {
     return {kNotCreated(path, foundation::errorReason(error)),
             QStringLiteral("create %1: errno %2").arg(path).arg(error)};
-}
-
-Failure cannotRead(const QString &path, int error) {
-    return {kNotRead(path, foundation::errorReason(error)), QStringLiteral("read %1: errno %2").arg(path).arg(error)};
 }
 
 Failure writeFailed(const QString &path, int error) {

@@ -1,15 +1,14 @@
 #pragma once
 
 #include "platform/foundation/Result.h"
+#include "platform/media/asset/AssetFailures.h"
 
 #include <QString>
 
-// Every sentence that this module says when something fails.
+// Every sentence that this module says when something fails, beside those of its assets.
 namespace cantorel::media::failures {
 
-foundation::Failure codecsMissing(const QString &detail);
 foundation::Failure cannotCreate(const QString &path, int error);
-foundation::Failure cannotRead(const QString &path, int error);
 // A full disk gets a sentence of its own.
 foundation::Failure writeFailed(const QString &path, int error);
 // Told before the disk is full; the file is whole.

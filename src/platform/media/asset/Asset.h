@@ -2,6 +2,7 @@
 
 #include "platform/media/asset/FrameReader.h"
 #include "platform/media/asset/MediaTime.h"
+#include "platform/media/asset/SampleReader.h"
 
 #include <QByteArray>
 #include <QList>
@@ -16,8 +17,8 @@ namespace cantorel::media {
 struct MetadataItem {
     QString keySpace;  // "id3", "itunes", "vorbis", ...; the tag that holds it
     QString commonKey; // "title", "artist", "album", "type", "creationDate", "artwork"; empty for others
-    QString text;
-    QByteArray data; // of a picture
+    QString text;      // of a picture: its type, such as "image/png"
+    QByteArray data;   // of a picture
 };
 
 // Sound to work on: a file, or what was put together from several. Never changes; held by everybody who uses it. Any
@@ -37,6 +38,9 @@ public:
     // Reads the first track of sound in that format, from its beginning. Another rate keeps the length: frame i lies
     // where frame i * rate / own rate was. One channel goes to both of two; more than two are mixed down.
     virtual foundation::Result<std::unique_ptr<FrameReader>> openReader(SoundFormat format) const = 0;
+    // The same in its own rate and channels, as what a converter to 16 bits without dither makes of it. Here: floats,
+    // rounded.
+    virtual foundation::Result<std::unique_ptr<SampleReader>> openSampleReader() const;
 };
 
 using AssetPointer = std::shared_ptr<const Asset>;

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/media/asset/Asset.h"
+
+#include <QUrl>
+
+namespace cantorel::media {
+
+// Opens a file of this machine by the reader's own module, loaded when it is first needed. It stays open as long as the
+// asset lives, and is the same file whatever happens to its name; one that was changed meanwhile can't be read any
+// more. A file without sound is an asset too, with 0 channels. Any thread.
+foundation::Result<AssetPointer> openAsset(const QUrl &url);
+
+// The function that the module exports.
+inline constexpr const char *kAssetEntryPoint = "cantorel_open_asset";
+using AssetEntryPoint = foundation::Result<AssetPointer> (*)(const QString &path);
+
+} // namespace cantorel::media

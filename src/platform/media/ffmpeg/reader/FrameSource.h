@@ -1,0 +1,77 @@
+#pragma once
+
+#include "platform/media/ffmpeg/reader/SoundTrack.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace cantorel::media {
+
+// The decoded frames of a track, what its coder has put in front included, from any of them on. One thread at a time.
+class FrameSource {
+public:
+    virtual ~FrameSource() = default;
+
+    // The next ones, null at the end. Valid until the next call.
+    virtual foundation::Result<const AVFrame *> next() = 0;
+    // Where what next() gave begins.
+    std::int64_t first() const { return mFirst; }
+    // next() goes on with, or before, that frame.
+    virtual void seek(std::int64_t frame) = 0;
+
+protected:
+    std::int64_t mFirst = 0;
+};
+
+foundation::Result<std::unique_ptr<FrameSource>> openSource(const SoundTrack &track);
+
+// By the table of packets: what is damaged is silent and keeps its length, so that all behind it keeps its place.
+class TableSource : public FrameSource {
+public:
+    explicit TableSource(const SoundTrack &track) : mTrack(track) {}
+    foundation::Result<void> open();
+
+    foundation::Result<const AVFrame *> next() override;
+    void seek(std::int64_t frame) override;
+    // How many frames the decoder made of the packet that next() gave.
+    int decodedFrames() const { return mDecodedFrames; }
+
+private:
+    foundation::Result<std::span<const std::uint8_t>> bytes(const PacketTable::Packet &packet);
+    int decode(std::span<const std::uint8_t> bytes);
+    const AVFrame *silence(int frames);
+
+    const SoundTrack &mTrack;
+    CodecContextHandle mDecoder;
+    PacketHandle mPacket{av_packet_alloc()};
+    FrameHandle mFrame{av_frame_alloc()};
+    FrameHandle mSilence{av_frame_alloc()};
+    std::vector<std::uint8_t> mWindow; // a part of the file
+    std::int64_t mWindowBegin = 0;
+    std::size_t mWindowBytes = 0;
+    std::size_t mNext = 0;   // packet
+    std::size_t mWanted = 0; // packet; those before it are only decoded
+    int mDecodedFrames = 0;
+};
+
+// By libavformat, from the beginning.
+class StreamSource : public FrameSource {
+public:
+    explicit StreamSource(const SoundTrack &track) : mTrack(track) {}
+    foundation::Result<void> open();
+
+    foundation::Result<const AVFrame *> next() override;
+    void seek(std::int64_t frame) override;
+
+private:
+    const SoundTrack &mTrack;
+    std::unique_ptr<Demuxer> mDemuxer; // none: to be opened
+    CodecContextHandle mDecoder;
+    PacketHandle mPacket{av_packet_alloc()};
+    FrameHandle mFrame{av_frame_alloc()};
+    int mStream = -1;
+    std::int64_t mDecoded = 0; // frames
+};
+
+} // namespace cantorel::media

@@ -1,0 +1,169 @@
+#include "platform/foundation/ChildProcess.h"
+#include "platform/media/asset/OpenAsset.h"
+#include "tests/support/OrdinaryFile.h"
+#include "tests/support/TestHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+namespace cantorel {
+namespace {
+
+using namespace media;
+
+bool ffmpeg(const QStringList &arguments) {
+    const auto run =
+        foundation::ChildProcess::run({"ffmpeg", QStringList{"-v", "error", "-nostdin", "-y"} + arguments, {}, {}});
+    return run && run.value().ending.succeeded();
+}
+
+// A sweep beside noise, so that no two places are alike.
+QStringList sound(int frames, int rate, int channels) {
+    const QString source =
+        QStringLiteral("aevalsrc='0.4*sin(t*t*900)+0.3*(random(0)-0.5)|0.5*sin(t*t*700)|0.2*sin(t*900)|"
+                       "0.1*sin(t*2000)':s=%1,atrim=end_sample=%2,asetpts=N/SR/TB")
+            .arg(rate)
+            .arg(frames);
+    QString mapped;
+    for (int i = 0; i < channels; ++i)
+        mapped += QStringLiteral("|c%1=c%1").arg(i);
+    return {"-f", "lavfi", "-i",
+            source
+                + QStringLiteral(",pan=%1%2")
+                      .arg(channels == 1   ? "mono"
+                           : channels == 2 ? "stereo"
+                                           : "4.0",
+                           mapped)};
+}
+
+std::vector<std::int16_t> samplesOf(const QByteArray &bytes) {
+    std::vector<std::int16_t> samples(static_cast<std::size_t>(bytes.size()) / 2);
+    std::copy_n(bytes.constData(), samples.size() * 2, reinterpret_cast<char *>(samples.data()));
+    return samples;
+}
+
+struct Made {
+    const char *name;
+    QStringList coder;
+    int rate, channels, frames;
+    // What is heard of it: all of these frames, as many as ffmpeg decodes, or as many as its container tells in
+    // milliseconds.
+    enum { AsMade, AsDecoded, AsTold } length;
+};
+
+void PrintTo(const Made &made, std::ostream *out) { *out << made.name; }
+
+class AssetOf : public testing::TestWithParam<Made> {
+protected:
+    QString make() {
+        const Made &made = GetParam();
+        const QString path = QDir::temp().filePath(made.name);
+        const bool done = ffmpeg(sound(made.frames, made.rate, made.channels) + made.coder + QStringList{path});
+        EXPECT_TRUE(done);
+        return path;
+    }
+};
+
+TEST_P(AssetOf, IsReadToTheFrameAndTheBit) {
+    const QString path = make();
+    const auto opened = openAsset(QUrl::fromLocalFile(path));
+    ASSERT_TRUE(opened);
+    const Asset &asset = *opened.value();
+    EXPECT_TRUE(asset.isPlayable());
+    EXPECT_EQ(asset.format(), (SoundFormat{GetParam().rate, GetParam().channels}));
+    auto reader = asset.openSampleReader();
+    ASSERT_TRUE(reader);
+    const auto channels = static_cast<std::size_t>(asset.format().channels);
+    std::vector<std::int16_t> own(static_cast<std::size_t>(reader.value()->frames() + 1) * channels);
+    const auto got = reader.value()->read(own.data(), own.size() / channels);
+    ASSERT_TRUE(got);
+    own.resize(got.value() * channels);
+
+    const QString raw = path + ".raw";
+    ASSERT_TRUE(ffmpeg({"-i", path, "-map", "0:a:0", "-f", "s16le", raw}));
+    std::vector<std::int16_t> told = samplesOf(test::contents(raw));
+    const std::size_t heard =
+        GetParam().length == Made::AsMade ? static_cast<std::size_t>(GetParam().frames) : told.size() / channels;
+    EXPECT_EQ(asset.duration().value * static_cast<std::int64_t>(channels), static_cast<std::int64_t>(own.size()));
+    if (GetParam().length == Made::AsTold) {
+        EXPECT_NEAR(own.size() / channels, heard, 2048);
+        own.resize(std::min(own.size(), told.size()));
+    } else {
+        ASSERT_EQ(own.size(), heard * channels);
+    }
+    ASSERT_GE(told.size(), own.size());
+    told.resize(own.size()); // ffmpeg leaves what pads the last packet of a movie
+    EXPECT_EQ(std::mismatch(own.begin(), own.end(), told.begin()).first - own.begin(),
+              static_cast<std::ptrdiff_t>(own.size()));
+}
+
+TEST_P(AssetOf, GivesTheSameFromAnyFrame) {
+    const auto opened = openAsset(QUrl::fromLocalFile(make()));
+    ASSERT_TRUE(opened);
+    const int rate = GetParam().rate;
+    for (const SoundFormat format : {SoundFormat{rate, 2}, SoundFormat{rate == 48000 ? 44100 : 48000, 1}}) {
+        auto reader = opened.value()->openReader(format);
+        ASSERT_TRUE(reader);
+        FrameReader &frames = *reader.value();
+        EXPECT_EQ(frames.frames(), opened.value()->duration().in(format.rate).value);
+        const auto width = static_cast<std::size_t>(format.channels);
+        const auto count = static_cast<std::size_t>(frames.frames());
+        std::vector<float> all(count * width);
+        ASSERT_EQ(frames.read(all.data(), count).value(), count);
+        ASSERT_EQ(frames.read(all.data(), 1).value(), 0u);
+        std::mt19937 random(7);
+        for (int i = 0; i < 40; ++i) {
+            const std::size_t from = i == 0 ? 0 : random() % count;
+            const std::size_t length = std::min<std::size_t>(1 + random() % 5000, count - from);
+            std::vector<float> part(length * width);
+            frames.seek(static_cast<std::int64_t>(from));
+            ASSERT_EQ(frames.read(part.data(), length).value(), length);
+            ASSERT_TRUE(std::equal(part.begin(), part.end(), all.begin() + static_cast<std::ptrdiff_t>(from * width)))
+                << "from frame " << from << " at " << format.rate;
+        }
+    }
+}
+
+const QStringList kNoNoise = {"-c:a", "aac", "-aac_pns", "0"};
+
+INSTANTIATE_TEST_SUITE_P(
+    All, AssetOf,
+    testing::Values(
+        Made{"s16.wav", {"-c:a", "pcm_s16le"}, 44100, 2, 100003, Made::AsMade},
+        Made{"u8.wav", {"-c:a", "pcm_u8"}, 8000, 1, 30001, Made::AsMade},
+        Made{"s24.wav", {"-c:a", "pcm_s24le"}, 48000, 2, 50021, Made::AsMade},
+        Made{"s32.wav", {"-c:a", "pcm_s32le"}, 96000, 4, 50021, Made::AsMade},
+        Made{"float.wav", {"-c:a", "pcm_f32le"}, 22050, 1, 50021, Made::AsMade},
+        Made{"rf64.wav", {"-c:a", "pcm_s16le", "-rf64", "always"}, 44100, 2, 70001, Made::AsMade},
+        Made{"big.aiff", {"-c:a", "pcm_s16be"}, 44100, 2, 70001, Made::AsMade},
+        Made{"mono.flac", {"-c:a", "flac"}, 44100, 1, 90001, Made::AsMade},
+        Made{"stereo.flac", {"-c:a", "flac"}, 48000, 2, 90007, Made::AsMade},
+        Made{"four.flac", {"-c:a", "flac", "-sample_fmt", "s32"}, 96000, 4, 90001, Made::AsMade},
+        Made{"cbr.mp3", {"-c:a", "libmp3lame", "-b:a", "320k"}, 44100, 2, 200003, Made::AsMade},
+        Made{"vbr.mp3", {"-c:a", "libmp3lame", "-q:a", "6"}, 48000, 2, 200003, Made::AsMade},
+        Made{"low.mp3", {"-c:a", "libmp3lame", "-b:a", "32k"}, 22050, 1, 200003, Made::AsMade},
+        Made{"bare.mp3", {"-c:a", "libmp3lame", "-b:a", "128k", "-write_xing", "0"}, 44100, 2, 90001, Made::AsDecoded},
+        Made{"plain.m4a", kNoNoise, 44100, 2, 200003, Made::AsMade},
+        Made{"mono.m4a", kNoNoise, 48000, 1, 100003, Made::AsMade},
+        Made{"pieces.m4a", kNoNoise + QStringList{"-movflags", "frag_keyframe+empty_moov"}, 44100, 2, 100003,
+             Made::AsDecoded},
+        Made{"lossless.m4a", {"-c:a", "alac"}, 44100, 2, 100003, Made::AsMade},
+        Made{"samples.mov", {"-c:a", "pcm_s16le"}, 44100, 2, 100003, Made::AsMade},
+        Made{"bare.aac", kNoNoise, 44100, 2, 90001, Made::AsDecoded},
+        Made{"speech.wma", {"-c:a", "wmav2"}, 44100, 2, 90001, Made::AsTold},
+        Made{"free.ogg", {"-c:a", "libvorbis"}, 44100, 2, 90001, Made::AsDecoded},
+        Made{"free.opus", {"-c:a", "libopus"}, 48000, 2, 90001, Made::AsDecoded}),
+    [](const auto &info) {
+        QString name = info.param.name;
+        return name.replace('.', '_').toStdString();
+    });
+
+} // namespace
+} // namespace cantorel
