@@ -33,6 +33,9 @@ double ZQAVAudioPlayer::currentPlayTime() const { return mAudioPlayer->currentTi
 
 double ZQAVAudioPlayer::totalTime() const { return mAudioPlayer->duration(); }
 
-bool ZQAVAudioPlayer::playAtTime(double seconds) { return mAudioPlayer->seek(seconds) && mAudioPlayer->play(); }
+bool ZQAVAudioPlayer::playAtTime(double seconds) {
+    mAudioPlayer->seek(seconds);
+    return mAudioPlayer->play();
+}
 
 } // namespace cantorel

@@ -7,6 +7,7 @@
 #include "platform/media/DiskSpace.h"
 #include "platform/media/SoundReader.h"
 #include "settings/AppSettings.h"
+#include "tags/Covers.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
 #include "util/tools/Tools.h"
@@ -219,8 +220,14 @@ Result<QString> AudioConverter::convertFile(const FileToConvert &file, const Con
     if (!hidden)
         return media::folderFailed(file.folder, error);
     Log(QStringLiteral("Args :%1").arg(arguments.join(QLatin1Char(' '))));
+    // The converter is told to leave pictures out: it fails with some that players show.
+    Converter withCover = converter;
+    withCover.complete = [&](const QString &path) {
+        if (const QByteArray cover = coverOf(input); !cover.isEmpty())
+            (void)giveCover(path, cover); // not every kind of file holds one
+    };
     ConvertTrouble trouble;
-    auto result = converter.make(
+    auto result = withCover.make(
         arguments, {input}, std::move(*hidden), asLongAs(input),
         [&](const QByteArray &line) {
             const auto percent = ConverterOutputParser::progress(QString::fromUtf8(line), file.seconds);

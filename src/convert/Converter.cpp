@@ -122,6 +122,8 @@ std::optional<HiddenFile> Converter::make(const QStringList &arguments, const QS
         return {};
     // The converter's word is not enough: ffmpeg is content with a last write that met a full disk, and takes an input
     // that can't be read to its end for one that ends there.
+    if (complete)
+        complete(file.path());
     QString lack;
     if (const int error = file.flush())
         lack = QStringLiteral("flushing it: errno %1").arg(error);

@@ -43,6 +43,8 @@ struct Converter {
     // How long a run may take; usualLimit() of its inputs by default.
     std::optional<foundation::Clock::Duration> limit = {};
     std::stop_token stop = {}; // ends the run at once, or before it begins
+    // What is added to a result before it is flushed and proved.
+    std::function<void(const QString &path)> complete = {};
 
     using LineListener = foundation::ChildProcess::LineListener;
 

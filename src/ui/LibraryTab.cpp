@@ -76,6 +76,8 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mMedia(mPlayer, mModel, media),
       mFiles(files),
       mSearch(new QLineEdit(this)),
+      mGlass(mSearch->addAction(QIcon(), QLineEdit::LeadingPosition)),
+      mClearSearch(mSearch->addAction(QIcon(), QLineEdit::TrailingPosition)),
       mTable(new RecordingsTable(this)),
       mEmpty(new QLabel(this)),
       mPlayerBar(new PlayerBar(mPlayer, list, this)),
@@ -84,9 +86,12 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mReveal(flatButton(this, "reveal")),
       mToggle(flatButton(this, "showDetails")) {
     setAcceptDrops(true);
-    mSearch->setClearButtonEnabled(true);
     mSearch->setObjectName(QStringLiteral("search"));
+    // Qt's own button to clear it has all readers of pictures loaded.
+    mClearSearch->setVisible(false);
+    connect(mClearSearch, &QAction::triggered, mSearch, &QLineEdit::clear);
     connect(mSearch, &QLineEdit::textChanged, this, [this](const QString &text) {
+        mClearSearch->setVisible(!text.isEmpty());
         mModel.search(text);
         showEmptiness();
     });
@@ -594,6 +599,7 @@ void LibraryTab::showEmptiness() {
 void LibraryTab::showTexts() {
     mSearch->setPlaceholderText(Lang::windowSearchRecordings());
     mSearch->setAccessibleName(Lang::windowSearchRecordings());
+    mClearSearch->setText(Lang::btnClear());
     mTable->setAccessibleName(Lang::tabPlaylistTitle());
     mUndo->setText(Lang::windowUndo());
     mSave->setText(Lang::btnSave());
@@ -618,11 +624,8 @@ void LibraryTab::showIcons() {
     mConvert->setIcon(icon(QStringLiteral("convert"), palette()));
     mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
     mToggle->setIcon(icon(QStringLiteral("tag"), palette()));
-    const QIcon glass = icon(QStringLiteral("search"), palette());
-    if (mSearch->actions().isEmpty())
-        mSearch->addAction(glass, QLineEdit::LeadingPosition);
-    else
-        mSearch->actions().first()->setIcon(glass);
+    mGlass->setIcon(icon(QStringLiteral("search"), palette()));
+    mClearSearch->setIcon(icon(QStringLiteral("close"), palette()));
 }
 
 // So that keys of the window do not come before what Escape leaves here.
@@ -698,11 +701,8 @@ void LibraryTab::resizeEvent(QResizeEvent *event) {
 }
 
 void LibraryTab::changeEvent(QEvent *event) {
-    if (event->type() == QEvent::PaletteChange) {
-        for (QAction *action : mSearch->actions())
-            mSearch->removeAction(action);
+    if (event->type() == QEvent::PaletteChange)
         showIcons();
-    }
     if (event->type() == QEvent::LanguageChange)
         showTexts();
     QWidget::changeEvent(event);

@@ -18,6 +18,7 @@
 #include <unordered_set>
 #include <vector>
 
+class QAction;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -59,6 +60,8 @@ public:
     void takeStrip(QWidget &strip);
     LibraryPlayer &player() { return mPlayer; }
     LibraryMedia &media() { return mMedia; }
+    // Shows tags that were typed and not saved, with a way to save them; false when there are none.
+    bool showUnsavedTags() { return mTags.leave(); }
 
 Q_SIGNALS:
     void playsIntoRecording(const QString &file);
@@ -127,6 +130,7 @@ private:
     QWidget *mPage = nullptr, *mTools = nullptr; // tools and list; tools
     DetailsPanel *mPanel = nullptr;
     QLineEdit *mSearch;
+    QAction *mGlass, *mClearSearch;
     QStackedLayout *mStack = nullptr;
     RecordingsTable *mTable;
     QLabel *mEmpty;

@@ -630,7 +630,10 @@ void MainWindow::closeEvent(QCloseEvent *event) {
 void MainWindow::leave() {
     if (mIsLeaving)
         endOnceSettled();
-    else if (isRecording() || !mParts.panel.taskAheadText().isEmpty() || mParts.converter.isConverting())
+    else if (mLibraryTab && mLibraryTab->showUnsavedTags()) {
+        bringToFront();
+        showTab(mLibraryPage); // Who leaves once more means it.
+    } else if (isRecording() || !mParts.panel.taskAheadText().isEmpty() || mParts.converter.isConverting())
         askToLeave();
     else
         stopAndQuit();

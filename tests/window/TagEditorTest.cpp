@@ -146,6 +146,22 @@ TEST_F(TagEditor, WhatIsLeftUnsavedOrFailsIsToldAndNotLost) {
     EXPECT_EQ(tagsOf("One.mp3").id3Title, "Kept");
 
     ASSERT_TRUE(shows("tagTitle", "Second"));
+    type("tagTitle", "Typed last");
+    find<QTabWidget>("tabs")->setCurrentIndex(0);
+    int ends = 0;
+    QObject::connect(&window, &ui::MainWindow::mayEnd, &window, [&] { ++ends; });
+    window.close();
+    EXPECT_EQ(ends, 0);
+    EXPECT_EQ(find<QTabWidget>("tabs")->currentIndex(), 1);
+    ASSERT_TRUE(isTold(Lang::windowTagsLeft()));
+    ASSERT_TRUE(shows("tagTitle", "Second"));
+    window.close();
+    EXPECT_EQ(ends, 1);
+    window.show();
+    click("saveLeftTags");
+    ASSERT_TRUE(isTold(Lang::toolsID3TagsSuccess()));
+    ASSERT_TRUE(shows("tagTitle", "Typed last"));
+
     test::store(path("Two.mp3"), "no sound");
     click("clearTags");
     type("tagTitle", "Mine");

@@ -1,6 +1,9 @@
 #include "platform/media/Player.h"
 
+#include "platform/media/asset/OpenAsset.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace cantorel::media {
 
@@ -9,6 +12,8 @@ namespace {
 constexpr int kTickMilliseconds = 50;
 constexpr std::size_t kChunkFrames = 4096;
 constexpr std::size_t kQueueFrames = 32768;
+constexpr int kFirstPart = 5;                    // of a second, read before the sound goes on elsewhere
+constexpr SoundFormat kUsualFormat = {48000, 2}; // of most outputs
 constexpr AudioObjectPropertyAddress kAlive = {kAudioDevicePropertyDeviceIsAlive, kAudioObjectPropertyScopeGlobal, 0};
 
 template <class T> bool readOutput(AudioObjectID device, AudioObjectPropertySelector selector, T &value) {
@@ -19,31 +24,41 @@ template <class T> bool readOutput(AudioObjectID device, AudioObjectPropertySele
 
 } // namespace
 
-foundation::Result<std::unique_ptr<Player>> Player::open(const QString &path) {
-    std::unique_ptr<Player> player(new Player(path)); // Its constructor is private.
-    auto reader = openSound(path, player->mRate, player->mChannels);
+Player::Stretch::Stretch(int channels) : queue(channels, kQueueFrames) {}
+
+Player::Player(AssetPointer asset, std::unique_ptr<FrameReader> reader)
+    : mAsset(std::move(asset)), mReader(std::move(reader)) {
+    mTimer.setInterval(kTickMilliseconds);
+    connect(&mTimer, &QTimer::timeout, this, &Player::tick);
+}
+
+foundation::Result<std::unique_ptr<Player>> Player::open(AssetPointer asset) {
+    auto reader = asset->openReader(kUsualFormat);
     if (!reader)
         return reader.failure();
-    player->mReader = std::move(reader).value();
-    player->mDuration = player->mReader->durationSeconds();
-    player->mTimer.setInterval(kTickMilliseconds);
-    connect(&player->mTimer, &QTimer::timeout, player.get(), [raw = player.get()] { raw->tick(); });
-    return player;
+    return std::unique_ptr<Player>(
+        new Player(std::move(asset), std::move(reader).value())); // Its constructor is private.
+}
+
+foundation::Result<std::unique_ptr<Player>> Player::open(const QString &path) {
+    auto asset = openAsset(QUrl::fromLocalFile(path));
+    if (!asset)
+        return asset.failure();
+    return open(std::move(asset).value());
 }
 
 Player::~Player() { letGo(); }
 
-bool Player::openReader(int rate, int channels) {
-    if (mReader && rate == mRate && channels == mChannels)
+bool Player::openReader(SoundFormat format) {
+    if (mReader && mReader->format() == format)
         return true;
-    auto reader = openSound(mPath, rate, channels);
+    auto reader = mAsset->openReader(format);
     if (!reader)
         return false;
+    mStart = currentTime();
     mReader = std::move(reader).value();
-    mRate = rate;
-    mChannels = channels;
-    mQueue.reset();
-    return mStart == 0 || mReader->seek(mStart);
+    mStretch.reset();
+    return true;
 }
 
 bool Player::play() {
@@ -54,12 +69,10 @@ bool Player::play() {
     AudioStreamBasicDescription format = {};
     if (AudioHardwareGetProperty(kAudioHardwarePropertyDefaultOutputDevice, &size, &device) != kAudioHardwareNoError
         || device == kAudioObjectUnknown || !readOutput(device, kAudioDevicePropertyStreamFormat, format)
-        || !openReader(static_cast<int>(format.mSampleRate), static_cast<int>(format.mChannelsPerFrame)))
+        || !openReader({static_cast<int>(format.mSampleRate), static_cast<int>(format.mChannelsPerFrame)}))
         return false;
-    if (!mQueue)
-        mQueue = std::make_unique<FrameQueue>(mChannels, kQueueFrames);
-    mChunk.resize(kChunkFrames * static_cast<std::size_t>(mChannels));
-    fill();
+    if (!mStretch)
+        beginStretch();
 
     if (AudioDeviceCreateIOProcID(device, give, this, &mProc) != kAudioHardwareNoError)
         return false;
@@ -85,40 +98,50 @@ void Player::letGo() {
     (void)AudioDeviceStop(mDevice, mProc);
     (void)AudioDeviceDestroyIOProcID(mDevice, mProc);
     mDevice = kAudioObjectUnknown;
+    mRetired.clear();
 }
 
 void Player::pause() { letGo(); }
 
 void Player::stop() {
     letGo();
-    (void)seek(0); // A file that cannot seek is opened again.
+    seek(0);
 }
 
-bool Player::seek(double seconds) {
-    const bool playing = isPlaying();
-    letGo();
-    mQueue.reset();
-    mAllRead = false;
-    mPlayed.store(0);
-    mStart = std::clamp(seconds, 0.0, std::max(mDuration, 0.0));
-    if (!mReader->seek(mStart)) {
-        mStart = 0;
-        mReader.reset();
-        if (!openReader(mRate, mChannels))
-            return false;
-    }
-    return !playing || play();
+void Player::seek(double seconds) {
+    mStart = std::clamp(seconds, 0.0, duration());
+    if (isPlaying())
+        beginStretch();
+    else
+        mStretch.reset(); // play() begins it, in the format of the device of then
 }
 
-double Player::currentTime() const { return mStart + static_cast<double>(mPlayed.load()) / mRate; }
+void Player::beginStretch() {
+    const SoundFormat format = mReader->format();
+    if (mStretch)
+        mRetired.push_back(std::move(mStretch));
+    mStretch = std::make_unique<Stretch>(format.channels);
+    mChunk.resize(kChunkFrames * static_cast<std::size_t>(format.channels));
+    mReader->seek(std::llround(mStart * format.rate));
+    mReading = Reading::GoesOn;
+    fill(static_cast<std::size_t>(format.rate) / kFirstPart); // the rest comes with the next tick
+    mCurrent.store(mStretch.get(), std::memory_order_release);
+}
 
-double Player::duration() const { return mDuration; }
+double Player::currentTime() const {
+    const double seconds =
+        mStretch ? mStart + static_cast<double>(mStretch->played.load()) / mReader->format().rate : mStart;
+    return std::min(seconds, std::max(duration(), mStart));
+}
 
-void Player::fill() {
-    while (!mAllRead && mQueue->available() + kChunkFrames <= kQueueFrames) {
-        const std::size_t frames = mReader->read(mChunk.data(), kChunkFrames);
-        mQueue->push(mChunk.data(), frames);
-        mAllRead = frames == 0;
+void Player::fill(std::size_t ahead) {
+    FrameQueue &queue = mStretch->queue;
+    ahead = std::min(ahead, kQueueFrames - kChunkFrames);
+    while (mReading == Reading::GoesOn && queue.available() <= ahead) {
+        const auto frames = mReader->read(mChunk.data(), kChunkFrames);
+        if (frames)
+            queue.push(mChunk.data(), frames.value());
+        mReading = !frames ? Reading::Failed : frames.value() == 0 ? Reading::AtEnd : Reading::GoesOn;
     }
 }
 
@@ -133,9 +156,11 @@ void Player::tick() {
             end(false);
         return;
     }
-    fill();
-    if (mAllRead && mQueue->available() == 0)
-        end(true);
+    if (mHeard.load(std::memory_order_acquire) == mStretch.get())
+        mRetired.clear();
+    fill(kQueueFrames);
+    if (mReading != Reading::GoesOn && mStretch->queue.available() == 0)
+        end(mReading == Reading::AtEnd);
 }
 
 void Player::end(bool completely) {
@@ -153,22 +178,24 @@ OSStatus Player::give(AudioObjectID, const AudioTimeStamp *, const AudioBufferLi
     auto *self = static_cast<Player *>(player);
     if (outputData->mNumberBuffers == 0)
         return 0;
+    Stretch &stretch = *self->mCurrent.load(std::memory_order_acquire);
+    self->mHeard.store(&stretch, std::memory_order_release);
     const AudioBuffer &buffer = outputData->mBuffers[0];
-    if (buffer.mNumberChannels != static_cast<std::uint32_t>(self->mChannels))
+    if (buffer.mNumberChannels != static_cast<std::uint32_t>(stretch.queue.channels()))
         return 0;
     // The buffer arrives silent, and one procedure alone plays this sound; others may have added theirs before.
     auto *output = static_cast<float *>(buffer.mData);
     float block[2048];
     const std::size_t most = std::size(block) / buffer.mNumberChannels;
     for (std::size_t left = buffer.mDataByteSize / (buffer.mNumberChannels * sizeof(float)); left > 0;) {
-        const std::size_t frames = self->mQueue->pop(block, std::min(left, most));
+        const std::size_t frames = stretch.queue.pop(block, std::min(left, most));
         if (frames == 0)
             break;
         for (std::size_t i = 0; i < frames * buffer.mNumberChannels; ++i)
             output[i] += block[i];
         output += frames * buffer.mNumberChannels;
         left -= frames;
-        self->mPlayed.fetch_add(frames, std::memory_order_relaxed);
+        stretch.played.fetch_add(frames, std::memory_order_relaxed);
     }
     return 0;
 }

@@ -85,13 +85,25 @@ ID3EditWindowController::~ID3EditWindowController() {
 void ID3EditWindowController::edit(const QStringList &files) {
     if (mFiles == files)
         return;
-    const Unsaved before{mFiles, touched()};
-    const bool isLeft = mState == State::Editable && isTouched();
+    const auto before = unsaved();
     mFiles = files;
     mShown = {};
     displayID3();
-    if (isLeft)
-        Q_EMIT left(before);
+    if (before)
+        Q_EMIT left(*before);
+}
+
+bool ID3EditWindowController::leave() {
+    const auto before = unsaved();
+    if (!before)
+        return false;
+    displayID3();
+    Q_EMIT left(*before);
+    return true;
+}
+
+std::optional<ID3EditWindowController::Unsaved> ID3EditWindowController::unsaved() const {
+    return mState == State::Editable && isTouched() ? std::optional(Unsaved{mFiles, touched()}) : std::nullopt;
 }
 
 void ID3EditWindowController::displayID3() {

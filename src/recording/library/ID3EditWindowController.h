@@ -12,6 +12,7 @@
 
 #include <array>
 #include <atomic>
+#include <optional>
 
 namespace cantorel {
 
@@ -42,6 +43,8 @@ public:
     // Other files: they are read, and what was not saved of those before is told by left().
     void edit(const QStringList &files);
     const QStringList &files() const { return mFiles; }
+    // What was not saved is told by left(), and the files are shown as they are; false when there is nothing.
+    bool leave();
     State state() const { return mState; }
 
     // Reads the files again; what was touched is forgotten.
@@ -87,6 +90,7 @@ private:
 
     bool isTouched() const;
     id3TagEdit touched() const;
+    std::optional<Unsaved> unsaved() const;
     void setImage(const QByteArray &picture);
     void setState(State state);
     void settle(const QStringList &files, bool isDone);

@@ -3,6 +3,7 @@
 #include "convert/AudioConverter.h"
 #include "platform/foundation/ChildProcess.h"
 #include "settings/AppSettings.h"
+#include "tags/Covers.h"
 #include "tests/support/Sound.h"
 
 #include <QDir>
@@ -102,6 +103,27 @@ TEST_F(ConvertQueueTest, EachFormatAndQualityGivesItsStream) {
             QFile::remove(mResults.filePath(result));
     }
     EXPECT_EQ(convert({sound("six.wav", 1, {"-ac", "6"})}, "wma").status, 0); // which knows two channels
+}
+
+TEST_F(ConvertQueueTest, CoversGoWithTheSound) {
+    make(path("c.jpg"), {"-f", "lavfi", "-i", "testsrc=size=200x100", "-frames:v", "1"});
+    const QStringList attached = {"-i",   path("c.jpg"), "-map",           "0",           "-map", "1",
+                                  "-c:v", "copy",        "-disposition:v", "attached_pic"};
+    const QString film = sound("mp3.mp3", 1, attached), lossless = sound("flac.flac", 1, attached),
+                  tiff = sound("tiff.mp3", 1);
+    // Our own writer puts a TIFF there and calls it a JPEG, with which the converter fails.
+    EXPECT_EQ(run({"tags", tiff, "--cover", path("c.jpg")}).status, 0);
+    for (const char *format : {"mp3", "m4a", "flac", "wma", "alac"}) {
+        const Ran ran = convert({film, lossless, tiff}, format);
+        EXPECT_EQ(ran.status, 0) << format << ran.lastLine.toStdString();
+        for (int i = 0; i < 2; ++i)
+            EXPECT_TRUE(
+                probed(ran.event("done", i)["output"].toString(), "stream=codec_name,width").contains("mjpeg,200"))
+                << format << i;
+        EXPECT_EQ(coverOf(ran.event("done", 2)["output"].toString()), coverOf(tiff)) << format;
+    }
+    EXPECT_FALSE(coverOf(tiff).isEmpty());
+    EXPECT_EQ(convert({film}, "wav").status, 0); // which holds none
 }
 
 TEST_F(ConvertQueueTest, JoinedFilesHoldAllTheirParts) {

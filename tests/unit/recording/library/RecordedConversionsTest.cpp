@@ -21,7 +21,9 @@ public:
     foundation::Result<QString> convert(const char *line) {
         const QString program = QDir::homePath() + "/ffmpeg";
         test::storeProgram(program,
-                           "#!/bin/sh\nfor out; do :; done\nout=${out#file:} in=${3#file:}\n" + QByteArray(line));
+                           "#!/bin/sh\nfor out; do [ \"$before\" != -i ] || in=${out#file:}; before=$out; done\n"
+                           "out=${out#file:}\n"
+                               + QByteArray(line));
         qputenv("CANTOREL_FFMPEG", program.toUtf8());
         std::optional<foundation::Result<QString>> ended;
         conversions.convertRecordedfileFormat(*list.items().front(), [&](const auto &result) { ended = result; });
