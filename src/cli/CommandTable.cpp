@@ -68,7 +68,7 @@ std::span<const AddCommand> allCommands() {
     static constexpr AddCommand kCommands[] = {
         addDoctorCommand, addDevicesCommand, addDriverCommand, addRecordCommand,  addSettingsCommand,
         addTasksCommand,  addHotkeysCommand, addLangCommand,   addLibraryCommand, addControlCommands,
-        addUpdateCommand, addTagsCommand,    addInfoCommand,   addConvertCommand};
+        addUpdateCommand, addTagsCommand,    addInfoCommand,   addConvertCommand, addEditCommand};
     return kCommands;
 }
 
