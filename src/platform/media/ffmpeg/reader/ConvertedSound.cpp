@@ -157,6 +157,8 @@ Result<std::size_t> ConvertedSound::convertMore(std::uint8_t *room, std::size_t 
 }
 
 Result<std::size_t> ConvertedSound::read(void *interleaved, std::size_t frames) {
+    if (mOutput < 0)
+        return std::size_t(0);
     auto *to = static_cast<std::uint8_t *>(interleaved);
     std::size_t left = static_cast<std::size_t>(
         std::min<std::int64_t>(mFrames - mOutput, static_cast<std::int64_t>(std::min<std::size_t>(frames, INT32_MAX))));

@@ -100,6 +100,7 @@ public:
             if (packet->stream_index != mStream.index)
                 continue;
             mProbe.take(*packet);
+            mTrack.bytes += packet->size;
             takeTrims(*packet);
             takeTimes(*packet);
             if (ownFrames && mIsWhole)
@@ -211,6 +212,7 @@ void takeIndex(SoundTrack &track, AVStream &stream, int framesOfPacket) {
         if (frames <= 0 || frames > kLongestPacket)
             break;
         track.packets.add(entry.pos, entry.size, static_cast<std::int32_t>(frames));
+        track.bytes += entry.size;
     }
 }
 
@@ -269,6 +271,7 @@ Result<void> takeBlocks(SoundTrack &track, Demuxer &demuxer, const AVStream &str
     track.packets.setBlocks(begin, end - begin, frameBytes);
     track.packetsBefore = 0;
     track.frames = track.packets.frames();
+    track.bytes = end - begin;
     return {};
 }
 
@@ -286,6 +289,14 @@ Result<void> settleEnd(SoundTrack &track) {
     if (source.decodedFrames() > 0)
         track.packets.add(last.position, last.size, source.decodedFrames());
     return {};
+}
+
+// What a container says of sound that can't be decoded.
+void takePromises(SoundTrack &track, const AVStream &stream) {
+    constexpr std::int64_t kLongest = std::int64_t(1) << 48;
+    track.format = {stream.codecpar->sample_rate, stream.codecpar->ch_layout.nb_channels};
+    track.frames = av_rescale_q(std::clamp<std::int64_t>(stream.duration, 0, kLongest), stream.time_base,
+                                {1, std::max(track.format.rate, 1)});
 }
 
 std::size_t packetsBefore(AVCodecID codec, const Probe &probe) {
@@ -322,6 +333,7 @@ Result<SoundTrack> readTrack(std::shared_ptr<const SourceFile> file, Demuxer &gi
     const auto told = movie ? readMovieTrack(*track.file, static_cast<std::uint32_t>(stream->id)) : std::nullopt;
     track.isProtected = (told && told->isProtected)
                         || av_dict_get(given.context().metadata, "ASF_Protection_Type", nullptr, 0) != nullptr;
+    takePromises(track, *stream);
     if (track.isProtected)
         return track;
 

@@ -20,6 +20,7 @@ struct SoundTrack {
     ParametersHandle parameters;
     SoundFormat format; // as it is decoded; 0 channels without sound
     AVSampleFormat sampleFormat = AV_SAMPLE_FMT_NONE;
+    std::int64_t bytes = 0; // of its packets
     bool isPlayable = false;
     bool isProtected = false;
 
