@@ -15,8 +15,9 @@ bool WaveGeometry::setSize(QSizeF size) {
     return true;
 }
 
-void WaveGeometry::addAudioWaveData(const QByteArray &levels) {
+void WaveGeometry::addAudioWaveData(const QByteArray &levels, double part) {
     mAudioWavaData = levels;
+    mPart = part > 0 ? part : 1;
     parseSamples();
 }
 
@@ -43,7 +44,8 @@ void WaveGeometry::parseSamples() {
         return;
     const std::int64_t count = mAudioWavaData.size() / 2;
     // Single precision is deliberate: of a long series it may leave a column more than there are points.
-    const auto step = static_cast<std::int64_t>(std::ceil(static_cast<float>(count) / static_cast<float>(waveWidth())));
+    const auto whole = static_cast<float>(static_cast<double>(count) / mPart);
+    const auto step = static_cast<std::int64_t>(std::ceil(whole / static_cast<float>(waveWidth())));
     int loudest = 0;
     for (std::int64_t first = 0; first < count; first += step) {
         std::uint16_t sum = 0; // It wraps around deliberately: loud passages look as they always have.

@@ -23,8 +23,9 @@ public:
     // Whole seconds: what goes beyond them lies beyond the axis.
     void addAudioDuration(std::int32_t seconds) { mAudioDuration = seconds; }
     std::int32_t audioDuration() const { return mAudioDuration; }
-    // Signed 16-bit values in the machine's order, one for each group of frames.
-    void addAudioWaveData(const QByteArray &levels);
+    // Signed 16-bit values in the machine's order, one for each group of frames; kept as they are given. part: how much
+    // of the sound they are, from its beginning.
+    void addAudioWaveData(const QByteArray &levels, double part = 1);
 
     double waveWidth() const { return mSize.width() - 2 * kInset; }
     double waveHeight() const { return mSize.height() - kScaleHeight; }
@@ -46,7 +47,8 @@ private:
 
     QSizeF mSize;
     std::int32_t mAudioDuration = 0;
-    QByteArray mAudioWavaData;                  // spelling is fixed
+    QByteArray mAudioWavaData; // spelling is fixed
+    double mPart = 1;
     std::vector<std::int16_t> mAdjustAudioData; // the level of each column
     std::vector<QPointF> mSampleData;
 };

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <algorithm>
 #include <cstring>
 
 namespace cantorel::ui {
@@ -39,8 +40,10 @@ ZQAudioCutInfoView::ZQAudioCutInfoView(AudioCutInfoDelegate &infoDelegate, QWidg
         label.setBuddy(&field);
         auto *column = new QVBoxLayout;
         column->setSpacing(measure::kGap / 2);
+        column->addStretch();
         column->addWidget(&label);
         column->addWidget(&field);
+        column->addStretch();
         mFields->addLayout(column);
         field.delegate = this;
     };
@@ -50,11 +53,13 @@ ZQAudioCutInfoView::ZQAudioCutInfoView(AudioCutInfoDelegate &infoDelegate, QWidg
     mClear->setFlat(true);
     mButtons->setSpacing(measure::kGap);
     for (QPushButton *button : {mAdd, mDelete, mClear})
-        mButtons->addWidget(button);
+        mButtons->addWidget(button, 0, Qt::AlignLeft);
+    mButtons->addStretch();
     mRow->setContentsMargins({});
+    mRow->setSizeConstraint(QLayout::SetNoConstraint);
     mRow->setSpacing(measure::kMargin);
     mRow->addWidget(mLead);
-    mRow->addWidget(mFieldBox);
+    mRow->addWidget(mFieldBox, 0, Qt::AlignLeft);
     mRow->addStretch();
     mRow->addLayout(mButtons);
     mRectDidChange = foundation::NotificationCenter::defaultCenter().subscribe<const ZQAudioCutEntity *>(
@@ -96,20 +101,29 @@ void ZQAudioCutInfoView::showTexts(const QString &start, const QString &end) {
     fit();
 }
 
+QSize ZQAudioCutInfoView::minimumSizeHint() const {
+    int width = std::max(mLead->minimumSizeHint().width(), mStart->sizeHint().width());
+    for (const QPushButton *button : {mAdd, mDelete, mClear})
+        width = std::max(width, button->sizeHint().width());
+    return {width, mRow->minimumSize().height()};
+}
+
 // Buttons go below the fields where there is no room beside them, then below each other, and so do the fields.
 void ZQAudioCutInfoView::fit() {
-    using Direction = QBoxLayout::Direction;
-    const int room = width();
-    mFields->setDirection(Direction::LeftToRight);
-    mButtons->setDirection(Direction::LeftToRight);
-    const int fields = mFieldBox->sizeHint().width(), buttons = mButtons->sizeHint().width();
-    if (fields > room)
-        mFields->setDirection(Direction::TopToBottom);
-    if (buttons > room)
-        mButtons->setDirection(Direction::TopToBottom);
-    const bool isRow = mLead->sizeHint().width() + fields + buttons + 2 * measure::kMargin <= room;
-    mRow->setDirection(isRow ? Direction::LeftToRight : Direction::TopToBottom);
-    mRow->setSpacing(isRow ? measure::kMargin : measure::kGap);
+    const int fields = 2 * mStart->sizeHint().width() + measure::kMargin;
+    int buttons = 0;
+    for (const QPushButton *button : {mAdd, mDelete, mClear})
+        buttons += button->sizeHint().width() + measure::kGap;
+    const auto turn = [this](QBoxLayout &layout, bool isRow) {
+        const auto wanted = isRow ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom;
+        if (layout.direction() == wanted)
+            return;
+        layout.setDirection(wanted);
+        updateGeometry();
+    };
+    turn(*mFields, fields <= width());
+    turn(*mButtons, buttons <= width());
+    turn(*mRow, mLead->sizeHint().width() + fields + buttons + 2 * measure::kMargin <= width());
 }
 
 void ZQAudioCutInfoView::resizeEvent(QResizeEvent *event) {

@@ -34,6 +34,9 @@ public:
     QPushButton &clear() { return *mClear; }
     void showTexts(const QString &start, const QString &end);
 
+    // As narrow as its widest part.
+    QSize minimumSizeHint() const override;
+
 protected:
     void resizeEvent(QResizeEvent *event) override;
     bool event(QEvent *event) override;

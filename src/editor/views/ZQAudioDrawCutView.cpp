@@ -4,6 +4,7 @@
 #include "ui/look/Look.h"
 
 #include <QPainter>
+#include <QPainterPath>
 
 namespace cantorel::ui {
 
@@ -49,6 +50,12 @@ void ZQAudioDrawCutView::paintEvent(QPaintEvent *) {
         painter.drawText(place, Qt::AlignLeft | Qt::AlignTop, text);
         beforeEnd = place.right() + kNumberLeft;
     }
+    QPainterPath corners;
+    corners.addRect(rect());
+    corners.addRoundedRect(rect(), measure::kButtonRadius, measure::kButtonRadius);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.fillPath(corners, Look::tokens().ground);
 }
 
 } // namespace cantorel::ui

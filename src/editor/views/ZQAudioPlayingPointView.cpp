@@ -1,6 +1,7 @@
 #include "editor/views/ZQAudioPlayingPointView.h"
 
 #include "editor/painting/WavePainting.h"
+#include "ui/look/Look.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -46,6 +47,21 @@ void ZQAudioPlayingPointView::drawPlayingPoint_(QPainter &painter) const {
 void ZQAudioPlayingPointView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     drawPlayingPoint_(painter);
+    if (!hasFocus())
+        return;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Look::tokens().focus, measure::kFocus));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), measure::kButtonRadius, measure::kButtonRadius);
+}
+
+void ZQAudioPlayingPointView::focusInEvent(QFocusEvent *event) {
+    update();
+    QWidget::focusInEvent(event);
+}
+
+void ZQAudioPlayingPointView::focusOutEvent(QFocusEvent *event) {
+    update();
+    QWidget::focusOutEvent(event);
 }
 
 void ZQAudioPlayingPointView::mousePressEvent(QMouseEvent *event) {
