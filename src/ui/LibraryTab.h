@@ -58,6 +58,8 @@ public:
     void playAllTheSame(const QString &file);
     // The strip of what goes on elsewhere stands above the player.
     void takeStrip(QWidget &strip);
+    // Files and folders join the list.
+    void add(const QStringList &paths);
     LibraryPlayer &player() { return mPlayer; }
     LibraryMedia &media() { return mMedia; }
     // Shows tags that were typed and not saved, with a way to save them; false when there are none.
@@ -66,6 +68,7 @@ public:
 Q_SIGNALS:
     void playsIntoRecording(const QString &file);
     void convertWanted(const QStringList &files);
+    void editWanted(const QString &file);
 
 private:
     QWidget *makeTools();
@@ -78,8 +81,8 @@ private:
     void rename();
     void reveal();
     void convert();
+    void edit();
     void chooseFiles();
-    void add(const QStringList &paths);
     void showAdded(const RecordingsAdding::Added &added);
     void toggleDetails();
     void arrangeDetails();
@@ -139,7 +142,7 @@ private:
     std::function<void()> mUndoes;                       // what the strip tells of; empty for nothing
     std::vector<ID3EditWindowController::Unsaved> mLeft; // tags that may still be saved
     PlayerBar *mPlayerBar;
-    QToolButton *mAdd, *mConvert, *mReveal, *mToggle;
+    QToolButton *mAdd, *mEdit, *mConvert, *mReveal, *mToggle;
     enum class Playing { Free, AsksFirst, Allowed } mPlaying = Playing::Free;
 };
 
