@@ -64,7 +64,7 @@ public:
 
     int run() {
         mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks, mConverter, mIdentification,
-                                              desktop::InstalledServices::current()});
+                                              hal::HardwareSystem::clock(), desktop::InstalledServices::current()});
         const InstalledAsker asker(mWindow->alerts());
         ui::WindowFace face(*mWindow, mWindow->alerts());
         face.checkUpdates = [this](bool byHand) { byHand ? mCommonUtils.checkByHand() : mCommonUtils.checkSilent(); };

@@ -69,7 +69,7 @@ std::span<const AddCommand> allCommands() {
         addDoctorCommand, addDevicesCommand, addDriverCommand, addRecordCommand,  addSettingsCommand,
         addTasksCommand,  addHotkeysCommand, addLangCommand,   addLibraryCommand, addControlCommands,
         addUpdateCommand, addTagsCommand,    addInfoCommand,   addConvertCommand, addIdentifyCommand,
-        addWaveCommand};
+        addWaveCommand,   addEditCommand};
     return kCommands;
 }
 

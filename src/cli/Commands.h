@@ -27,6 +27,8 @@ void addDevicesCommand(CLI::App &root, CommandSession &session);
 void addDoctorCommand(CLI::App &root, CommandSession &session);
 // "driver": the virtual loopback device that system sound is recorded through.
 void addDriverCommand(CLI::App &root, CommandSession &session);
+// "edit FILE": the editor without its window.
+void addEditCommand(CLI::App &root, CommandSession &session);
 // "hotkeys parse TEXT": what a hot-key text means.
 void addHotkeysCommand(CLI::App &root, CommandSession &session);
 // "identify FILE...": recognises the music in sound files.

@@ -1,13 +1,12 @@
 #include "cli/Commands.h"
 #include "cli/RunningInstance.h"
+#include "cli/TagOptions.h"
 #include "platform/foundation/Console.h"
 #include "tags/AudioIdentify.h"
 #include "tags/Pictures.h"
 #include "tags/TagReading.h"
-#include "tags/TagValues.h"
 #include "tags/TagWriting.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <CLI/CLI.hpp>
@@ -20,12 +19,8 @@ namespace {
 
 struct Arguments {
     std::vector<std::string> files;
-    std::optional<std::string> title, artist, album, genre, year, cover;
+    TagOptions tags;
 };
-
-std::optional<QString> text(const std::optional<std::string> &value) {
-    return value ? std::optional(QString::fromStdString(*value)) : std::nullopt;
-}
 
 void show(const CommandSession &session, const QString &file, const id3Tag &tag, bool isOneOfMany) {
     const auto pictures = tag.id3Image.isEmpty() ? nullptr : loadPictures().ok() ? loadPictures().value() : nullptr;
@@ -48,18 +43,6 @@ void show(const CommandSession &session, const QString &file, const id3Tag &tag,
                              .arg(tag.id3Title, tag.id3Artist, tag.id3Album, tag.id3Genre, tag.id3Year, cover));
 }
 
-// The picture of that file, or none at all; nothing for what is no picture.
-std::optional<QByteArray> coverNamed(const QString &name) {
-    if (name == QLatin1String("none"))
-        return QByteArray();
-    QFile file(name);
-    if (!QFileInfo(name).isFile() || !file.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray bytes = file.read(kLargestPicture + 1);
-    const auto pictures = loadPictures();
-    return pictures && pictures.value()->size(bytes) ? std::optional(bytes) : std::nullopt;
-}
-
 // Why the file's tags can't be read or written as is wished; empty for none. What is wished is written.
 QString handle(const QString &file, const std::optional<id3TagEdit> &edit) {
     const auto now = AudioIdentify::getID3TagFromFile(file);
@@ -77,19 +60,9 @@ QString handle(const QString &file, const std::optional<id3TagEdit> &edit) {
 
 Outcome run(const CommandSession &session, const Arguments &arguments) {
     std::optional<id3TagEdit> edit;
-    if (arguments.title || arguments.artist || arguments.album || arguments.genre || arguments.year || arguments.cover)
-        edit = {text(arguments.title), text(arguments.artist), text(arguments.album),
-                text(arguments.genre), text(arguments.year),   {}};
-    if (arguments.cover) {
-        const QString name = QString::fromStdString(*arguments.cover);
-        edit->image = coverNamed(name);
-        if (!edit->image)
-            return Outcome::wrongUsage(
-                QStringLiteral("\"%1\" is no picture that can be read; name a JPEG or PNG file, or \"none\".")
-                    .arg(name));
-    }
-    if (edit && edit->year && !yearToWrite(*edit->year))
-        foundation::printToConsole(QStringLiteral("\"%1\" is no year, so years stay as they are.\n").arg(*edit->year));
+    if (!arguments.tags.isEmpty())
+        if (const Outcome read = arguments.tags.read(edit.emplace()); read.status != 0)
+            return read;
     QStringList troubles, written;
     for (const std::string &name : arguments.files) {
         const QString file = QString::fromStdString(name);
@@ -119,14 +92,7 @@ void addTagsCommand(CLI::App &root, CommandSession &session) {
                              "tags ~/Music/Track1.mp3 --title \"Evening concert\" --cover front.jpg",
                              [&session, arguments] { return run(session, *arguments); });
     tags.add_option("FILE", arguments->files, "Sound files")->required();
-    for (const auto &[name, value, what] :
-         {std::tuple("--title", &arguments->title, "The title; an empty text clears it"),
-          std::tuple("--artist", &arguments->artist, "The artist"),
-          std::tuple("--album", &arguments->album, "The album"),
-          std::tuple("--genre", &arguments->genre, "The genre, any text"),
-          std::tuple("--year", &arguments->year, "The year; what is no number changes nothing")})
-        tags.add_option(name, *value, what)->type_name("TEXT");
-    tags.add_option("--cover", arguments->cover, "A picture, or none; that of an M4A stays")->type_name("IMAGE|none");
+    arguments->tags.addTo(tags, "A picture, or none; that of an M4A stays");
 }
 
 } // namespace cantorel

@@ -3,6 +3,7 @@
 #include "convert/ConvertPreset.h"
 #include "convert/Converter.h"
 #include "platform/foundation/Clock.h"
+#include "platform/foundation/HiddenFile.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/Sentence.h"
 
@@ -65,6 +66,13 @@ public:
     // Converts a file into a free name of the folder and answers its path. The progress is told from 0 to below 100.
     static foundation::Result<QString> convertFile(const FileToConvert &file, const Converter &converter,
                                                    const std::function<void(double percent)> &progress = {});
+
+    // What the editor has exported, for the output, whose extension is its type: the same list for every type.
+    static QStringList exportArguments(const QString &inputFile, const QString &outputFile);
+    // Makes the output in a hidden file of its folder. The input stays.
+    static foundation::Result<foundation::HiddenFile>
+    convertExported(const QString &inputFile, const QString &outputFile, const Converter &converter,
+                    const std::function<void(double percent)> &progress);
 
     // Joins the files, which are of that format, into the output or the next free name, and answers its path. All of it
     // has been decoded by then. The files stay.

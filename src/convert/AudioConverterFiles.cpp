@@ -41,7 +41,6 @@ constexpr foundation::SentenceKey kConvertNotAllowed("ConvertNotAllowed", "FileN
 constexpr foundation::SentenceKey kConvertNoSound("ConvertNoSound", "FileName");
 constexpr foundation::SentenceKey kConvertNoEncoder("ConvertNoEncoder");
 constexpr foundation::SentenceKey kConvertNoProgram("ConvertNoProgram");
-constexpr foundation::SentenceKey kConvertFolder("ConvertFolder", "Folder");
 constexpr foundation::SentenceKey kConvertTimedOut("ConvertTimedOut", "FileName");
 constexpr foundation::SentenceKey kConvertEnded("ConvertEnded", "FileName");
 constexpr foundation::SentenceKey kConvertIncomplete("ConvertIncomplete", "FileName");
@@ -71,11 +70,6 @@ QString resultPath(const QString &folder, const QString &stem, const QString &ta
             break;
     }
     return path;
-}
-
-Failure folderFailed(const QString &folder, int error) {
-    return {error == ENOSPC ? media::kDiskFull(folder) : kConvertFolder(folder),
-            QStringLiteral("a file in %1: %2").arg(folder, QString::fromLocal8Bit(std::strerror(error)))};
 }
 
 foundation::Sentence sentenceOf(const ConvertTrouble &trouble, const QString &path, const QString &folder) {
@@ -228,7 +222,7 @@ Result<QString> AudioConverter::convertFile(const FileToConvert &file, const Con
     int error = 0;
     auto hidden = HiddenFile::create(file.folder, preset.extension(), error);
     if (!hidden)
-        return folderFailed(file.folder, error);
+        return media::folderFailed(file.folder, error);
     Log(QStringLiteral("Args :%1").arg(arguments.join(QLatin1Char(' '))));
     // The converter is told to leave pictures out: it fails with some that players show.
     Converter withCover = converter;
@@ -248,8 +242,39 @@ Result<QString> AudioConverter::convertFile(const FileToConvert &file, const Con
     if (!result)
         return fileFailed(trouble, input, file.folder);
     if ((error = takeFreeName(*result, output, AppSettings::freePathInFolder)))
-        return folderFailed(file.folder, error);
+        return media::folderFailed(file.folder, error);
     return output;
+}
+
+QStringList AudioConverter::exportArguments(const QString &inputFile, const QString &outputFile) {
+    return {QStringLiteral("-i"),  inputFile,           QStringLiteral("-ab"), QStringLiteral("320K"),
+            QStringLiteral("-ac"), QStringLiteral("2"), QStringLiteral("-ar"), QStringLiteral("44100"),
+            QStringLiteral("-y"),  outputFile};
+}
+
+Result<HiddenFile> AudioConverter::convertExported(const QString &inputFile, const QString &outputFile,
+                                                   const Converter &converter,
+                                                   const std::function<void(double percent)> &progress) {
+    if (const auto lack = lackOf(converter, {inputFile}))
+        return *lack;
+    const auto facts = media::promisedSoundFacts(inputFile);
+    const int seconds = facts ? static_cast<int>(std::ceil(facts.value().seconds)) : 0;
+    const QFileInfo output(outputFile);
+    int error = 0;
+    auto hidden = HiddenFile::create(output.absolutePath(), output.suffix(), error);
+    if (!hidden)
+        return media::folderFailed(output.absolutePath(), error);
+    ConvertTrouble trouble;
+    auto result = converter.make(
+        exportArguments(inputFile, outputFile), {inputFile}, std::move(*hidden), asLongAs(inputFile),
+        [&](const QByteArray &line) {
+            if (const auto percent = ConverterOutputParser::progress(QString::fromUtf8(line), seconds))
+                progress(*percent);
+        },
+        trouble);
+    if (!result)
+        return fileFailed(trouble, inputFile, output.absolutePath());
+    return std::move(*result);
 }
 
 Result<QString> AudioConverter::startMerge(const QStringList &paths, const ConvertPreset &usePreset,
@@ -270,7 +295,7 @@ Result<QString> AudioConverter::startMerge(const QStringList &paths, const Conve
     (void)Tools::writeToFile(concatList(paths, links), list, false); // whether it is there is looked at
     if (!ToolFile::isFileExistsAtPath(list)) {
         Log(QStringLiteral("Merge failed, concat file doesn't exist!,%1").arg(list));
-        return folderFailed(ToolString::getTempDir(), 0);
+        return media::folderFailed(ToolString::getTempDir(), 0);
     }
     const QStringList arguments = {
         QStringLiteral("-f"), QStringLiteral("concat"), QStringLiteral("-i"), list,
@@ -280,7 +305,7 @@ Result<QString> AudioConverter::startMerge(const QStringList &paths, const Conve
     auto hidden = HiddenFile::create(folder, usePreset.extension(), error);
     if (!hidden) {
         removeCachesFileWithPath(list);
-        return failed(folderFailed(folder, error));
+        return failed(media::folderFailed(folder, error));
     }
     ConvertTrouble trouble;
     auto result = converter.make(
@@ -293,7 +318,7 @@ Result<QString> AudioConverter::startMerge(const QStringList &paths, const Conve
         return failed(fileFailed(trouble, withOutputFile, folder));
     QString output = withOutputFile;
     if ((error = takeFreeName(*result, output, AppSettings::freePathInFolder)))
-        return failed(folderFailed(folder, error));
+        return failed(media::folderFailed(folder, error));
     Log(QStringLiteral("Merge succeeded."));
     return output;
 }

@@ -22,7 +22,15 @@ void chooseHere(QWidget &asking, const FileChooser::Question &question, const Ch
     auto *dialog = new QFileDialog(&asking, question.title, question.folder);
     dialog->setObjectName(QStringLiteral("fileDialog"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setFileMode(question.what == What::Files ? QFileDialog::ExistingFiles : QFileDialog::Directory);
+    dialog->setFileMode(question.what == What::Files     ? QFileDialog::ExistingFiles
+                        : question.what == What::OneFile ? QFileDialog::ExistingFile
+                        : question.what == What::NewFile ? QFileDialog::AnyFile
+                                                         : QFileDialog::Directory);
+    if (question.what == What::NewFile) {
+        dialog->setAcceptMode(QFileDialog::AcceptSave);
+        dialog->setOption(QFileDialog::DontConfirmOverwrite);
+        dialog->selectFile(question.name);
+    }
     QObject::connect(dialog, &QFileDialog::filesSelected, &asking, chosen);
     dialog->open();
 }
@@ -47,12 +55,24 @@ void choose(QWidget &asking, FileChooser::Question question, Chosen chosen) {
 } // namespace
 
 void chooseFiles(QWidget &asking, const QString &title, std::function<void(const QStringList &)> chosen) {
-    choose(asking, {What::Files, title, {}}, std::move(chosen));
+    choose(asking, {.what = What::Files, .title = title}, std::move(chosen));
 }
 
 void chooseFolder(QWidget &asking, const QString &title, const QString &folder,
                   std::function<void(const QString &)> chosen) {
-    choose(asking, {What::Folder, title, folder},
+    choose(asking, {.what = What::Folder, .title = title, .folder = folder},
+           [chosen = std::move(chosen)](const QStringList &paths) { chosen(paths.constFirst()); });
+}
+
+void chooseFile(QWidget &asking, const QString &title, const QString &folder,
+                std::function<void(const QString &)> chosen) {
+    choose(asking, {.what = What::OneFile, .title = title, .folder = folder},
+           [chosen = std::move(chosen)](const QStringList &paths) { chosen(paths.constFirst()); });
+}
+
+void chooseNewFile(QWidget &asking, const QString &title, const QString &folder, const QString &name,
+                   std::function<void(const QString &)> chosen) {
+    choose(asking, {.what = What::NewFile, .title = title, .folder = folder, .name = name},
            [chosen = std::move(chosen)](const QStringList &paths) { chosen(paths.constFirst()); });
 }
 

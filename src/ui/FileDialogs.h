@@ -13,6 +13,13 @@ void chooseFiles(QWidget &asking, const QString &title, std::function<void(const
 void chooseFolder(QWidget &asking, const QString &title, const QString &folder,
                   std::function<void(const QString &)> chosen);
 
+// One file, in that folder at first.
+void chooseFile(QWidget &asking, const QString &title, const QString &folder,
+                std::function<void(const QString &)> chosen);
+// A name for a file that is to be made; one that is there is not replaced by its maker, so nothing is asked about it.
+void chooseNewFile(QWidget &asking, const QString &title, const QString &folder, const QString &name,
+                   std::function<void(const QString &)> chosen);
+
 // The files and folders among what is dropped.
 QStringList localFiles(const QMimeData &data);
 

@@ -84,6 +84,7 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mEmpty(new QLabel(this)),
       mPlayerBar(new PlayerBar(mPlayer, list, this)),
       mAdd(flatButton(this, "add")),
+      mEdit(flatButton(this, "editSelected")),
       mConvert(flatButton(this, "convertSelected")),
       mReveal(flatButton(this, "reveal")),
       mToggle(flatButton(this, "showDetails")) {
@@ -157,8 +158,9 @@ QWidget *LibraryTab::makeTools() {
     row->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
     mSearch->setMaximumWidth(Look::scaled(*this, kSearch));
     mToggle->setCheckable(true);
-    for (QToolButton *button : {mConvert, mReveal})
+    for (QToolButton *button : {mEdit, mConvert, mReveal})
         button->hide();
+    connect(mEdit, &QToolButton::clicked, this, [this] { edit(); });
     connect(mConvert, &QToolButton::clicked, this, [this] { convert(); });
     connect(mReveal, &QToolButton::clicked, this, [this] { reveal(); });
     connect(mToggle, &QToolButton::clicked, this, [this] { toggleDetails(); });
@@ -166,6 +168,7 @@ QWidget *LibraryTab::makeTools() {
     row->addWidget(mSearch, 3);
     row->addSpacing(measure::kGap);
     row->addWidget(mAdd);
+    row->addWidget(mEdit);
     row->addWidget(mConvert);
     row->addWidget(mReveal);
     row->addStretch(1);
@@ -219,6 +222,7 @@ QWidget *LibraryTab::makeTable() {
     };
     onPage(QKeySequence::Find, [this] { mSearch->setFocus(Qt::ShortcutFocusReason); });
     onPage(Qt::CTRL | Qt::Key_I, [this] { toggleDetails(); });
+    onPage(Qt::CTRL | Qt::Key_E, [this] { edit(); });
     onPage(Qt::CTRL | Qt::SHIFT | Qt::Key_C, [this] { convert(); });
     onPage(QKeySequence::Open, [this] { chooseFiles(); });
     onPage(QKeySequence::Undo, [this] { undo(); });
@@ -272,6 +276,8 @@ void LibraryTab::showMenu(const QPoint &position) {
         "play", Lang::btnPlay(), [this, file = items.front()->getFileName()] { play(file); }, isOne && isReady);
     add(
         "rename", Lang::btnRename(), [this] { rename(); }, isOne && isReady);
+    add(
+        "edit", Lang::btnEdit(), [this] { edit(); }, isOne && isReady);
     add("convert", Lang::windowConvertFiles(), [this] { convert(); });
     if (mIdentification)
         add(
@@ -345,6 +351,11 @@ void LibraryTab::convert() {
         Q_EMIT convertWanted(files);
 }
 
+void LibraryTab::edit() {
+    if (const RecordedAudioInfo *item = chosen(); item && !item->isInUse())
+        Q_EMIT editWanted(item->getFileName());
+}
+
 void LibraryTab::takeStrip(QWidget &strip) {
     auto *column = static_cast<QBoxLayout *>(layout());
     column->insertWidget(column->indexOf(mPlayerBar), &strip);
@@ -416,6 +427,7 @@ void LibraryTab::showChoice() {
     mPlayerBar->choose(item && !item->isInUse() ? item->getFileName() : QString());
     mReveal->setVisible(mFiles != nullptr && mTable->selectionModel()->hasSelection());
     mConvert->setVisible(mTable->selectionModel()->hasSelection());
+    mEdit->setVisible(item && !item->isInUse());
     fitTools();
 }
 
@@ -424,7 +436,7 @@ int LibraryTab::listWidth() const { return width() - (mDetails == Details::Besid
 // In a narrow window the tools are their icons.
 void LibraryTab::fitTools() {
     for (const auto style : {Qt::ToolButtonTextBesideIcon, Qt::ToolButtonIconOnly}) {
-        for (QToolButton *tool : {mAdd, mConvert, mReveal})
+        for (QToolButton *tool : {mAdd, mEdit, mConvert, mReveal})
             tool->setToolButtonStyle(style);
         if (mTools->sizeHint().width() <= listWidth())
             return;
@@ -661,6 +673,8 @@ void LibraryTab::showTexts() {
     mPanel->changeLanguageText();
     mAdd->setText(Lang::windowAddFiles());
     mAdd->setToolTip(Lang::windowAddFiles());
+    mEdit->setText(Lang::btnEdit());
+    mEdit->setToolTip(Lang::btnEdit());
     mConvert->setText(Lang::windowConvertFiles());
     mConvert->setToolTip(Lang::windowConvertFiles());
     mReveal->setText(Lang::btnShowInFinder());
@@ -676,6 +690,7 @@ void LibraryTab::showTexts() {
 
 void LibraryTab::showIcons() {
     mAdd->setIcon(icon(QStringLiteral("add"), palette()));
+    mEdit->setIcon(icon(QStringLiteral("edit"), palette()));
     mConvert->setIcon(icon(QStringLiteral("convert"), palette()));
     mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
     mToggle->setIcon(icon(QStringLiteral("tag"), palette()));

@@ -62,6 +62,8 @@ public:
     void playAllTheSame(const QString &file);
     // The strip of what goes on elsewhere stands above the player.
     void takeStrip(QWidget &strip);
+    // Files and folders join the list.
+    void add(const QStringList &paths);
     LibraryPlayer &player() { return mPlayer; }
     LibraryMedia &media() { return mMedia; }
     // Who recognises music when it is asked to, and tells what became of it; outlives the tab.
@@ -72,6 +74,7 @@ public:
 Q_SIGNALS:
     void playsIntoRecording(const QString &file);
     void convertWanted(const QStringList &files);
+    void editWanted(const QString &file);
 
 private:
     QWidget *makeTools();
@@ -84,8 +87,8 @@ private:
     void rename();
     void reveal();
     void convert();
+    void edit();
     void chooseFiles();
-    void add(const QStringList &paths);
     void showAdded(const RecordingsAdding::Added &added);
     void toggleDetails();
     void arrangeDetails();
@@ -149,7 +152,7 @@ private:
     bool mIsAsked = false;                               // to identify, by the person
     std::vector<ID3EditWindowController::Unsaved> mLeft; // tags that may still be saved
     PlayerBar *mPlayerBar;
-    QToolButton *mAdd, *mConvert, *mReveal, *mToggle;
+    QToolButton *mAdd, *mEdit, *mConvert, *mReveal, *mToggle;
     enum class Playing { Free, AsksFirst, Allowed } mPlaying = Playing::Free;
 };
 

@@ -6,6 +6,7 @@
 #include "settings/UserDefaultFunctions.h"
 #include "ui/AlertAsker.h"
 #include "ui/ConvertStrip.h"
+#include "ui/EditorPage.h"
 #include "ui/Icons.h"
 #include "ui/LibraryTab.h"
 #include "ui/Page.h"
@@ -126,6 +127,8 @@ void MainWindow::complete() {
     connect(mLibraryTab, &LibraryTab::playsIntoRecording, this, [this](const QString &file) { askToPlay(file); });
     mLibraryTab->setIdentification(mParts.identification);
     connect(mLibraryTab, &LibraryTab::convertWanted, this, &MainWindow::openConverter);
+    connect(mLibraryTab, &LibraryTab::editWanted, this,
+            [this](const QString &file) { beginAudioEditWithURL(QUrl::fromLocalFile(file)); });
     mLibraryTab->listDidChange();
 }
 
@@ -274,7 +277,11 @@ void MainWindow::listen() {
     RecorderPanel &panel = mParts.panel;
     connect(&panel, &RecorderPanel::changed, this, [this] { showPanel(); });
     connect(&panel, &RecorderPanel::ticked, this, [this] { showPanel(); });
-    connect(&panel, &RecorderPanel::playbackShallStop, this, [this] { library().stopPlayback(); });
+    connect(&panel, &RecorderPanel::playbackShallStop, this, [this] {
+        library().stopPlayback();
+        if (mEditor)
+            mEditor->manager().stopPlayback();
+    });
     connect(&panel, &RecorderPanel::finished, this, [this](const FinishedRecording &recording) {
         mRecordingTab->showResult(recording);
         if (!isActiveWindow())
@@ -303,6 +310,8 @@ void MainWindow::listen() {
         showTab(mLibraryPage);
         library().play(file);
     });
+    connect(mRecordingTab, &RecordingTab::editWanted, this,
+            [this](const QString &file) { beginAudioEditWithURL(QUrl::fromLocalFile(file)); });
     connect(mRecordingTab, &RecordingTab::revealWanted, this, [this](const QString &file) {
         if (mParts.desktop.files)
             (void)mParts.desktop.files->reveal({file}); // a person sees whether a folder opens
@@ -400,6 +409,26 @@ void MainWindow::openConverter(const QStringList &files) {
         convertPage().add(files);
     mPages->open(convertPage());
 }
+
+EditorPage &MainWindow::editorPage() {
+    if (mEditor)
+        return *mEditor;
+    mEditor = new EditorPage(mParts.clock, this);
+    connect(mEditor, &EditorPage::exported, this, [this](const QStringList &files) { library().add(files); });
+    connect(mEditor, &EditorPage::revealWanted, this, [this](const QStringList &files) {
+        if (mParts.desktop.files)
+            (void)mParts.desktop.files->reveal(files); // a person sees whether a folder opens
+    });
+    return *mEditor;
+}
+
+void MainWindow::beginAudioEditWithURL(const QUrl &url) {
+    library().stopPlayback();
+    editorPage().manager().editAudioWithURL(url);
+    showEditor();
+}
+
+void MainWindow::showEditor() { mPages->open(editorPage()); }
 
 // Above what stands at the bottom of the page that is shown.
 void MainWindow::placeStrip() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/desktop/Services.h"
+#include "platform/foundation/Clock.h"
 #include "recording/control/RecorderPanel.h"
 #include "recording/control/RecordingNotices.h"
 #include "recording/library/RecordedList.h"
@@ -23,6 +24,7 @@ namespace cantorel::ui {
 
 class AlertAsker;
 class ConvertStrip;
+class EditorPage;
 class LibraryTab;
 class PageStack;
 class Pill;
@@ -47,6 +49,7 @@ public:
         TaskList &tasks;
         ZQAudioConvertManager &converter;
         RecordingIdentification &identification;
+        foundation::Clock &clock;
         desktop::Services &desktop;
     };
     explicit MainWindow(const Parts &parts);
@@ -85,6 +88,10 @@ public:
     ZQAudioConvertController &convertPage();
     // With these files and folders in its list as well.
     void openConverter(const QStringList &files);
+    EditorPage &editorPage();
+    void showEditor();
+    // Opens the editor with that file.
+    void beginAudioEditWithURL(const QUrl &url);
 
 Q_SIGNALS:
     // The person wants to quit, and nothing is recorded or converted any more.
@@ -152,6 +159,7 @@ private:
     TasksPage *mTasks = nullptr;
     ZQAudioConvertController *mConvert = nullptr;
     ConvertStrip *mConvertStrip = nullptr;
+    EditorPage *mEditor = nullptr;
     std::array<QString, 3> mTriggers;
     foundation::Sentence mHotkeyTrouble;
     std::unique_ptr<StatusItem> mStatusItem;

@@ -40,6 +40,7 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
       mPlay(&mResult->addAction(QStringLiteral("playResult"), true)),
       mRename(&mResult->addAction(QStringLiteral("renameResult"), false)),
       mReveal(&mResult->addAction(QStringLiteral("revealResult"), false)),
+      mEdit(&mResult->addAction(QStringLiteral("editResult"), false)),
       mMend(&mAdvice->addAction(QStringLiteral("mend"), false)),
       mName(&mResult->addField(QStringLiteral("resultName"))) {
     mTrouble->text().setObjectName(QStringLiteral("sentence"));
@@ -64,6 +65,7 @@ RecordStrips::RecordStrips(RecorderPanel &panel, RecordedList &list, QWidget *pa
     mResult->close().setObjectName(QStringLiteral("resultClose"));
     connect(mPlay, &QPushButton::clicked, this, [this] { Q_EMIT playWanted(mFinished->file); });
     connect(mReveal, &QPushButton::clicked, this, [this] { Q_EMIT revealWanted(mFinished->file); });
+    connect(mEdit, &QPushButton::clicked, this, [this] { Q_EMIT editWanted(mFinished->file); });
     connect(mRename, &QPushButton::clicked, this, [this] { editName(mName->isHidden()); });
     connect(mName, &QLineEdit::returnPressed, this, [this] { rename(); });
     connect(mResult, &Strip::closed, this, [this] {
@@ -203,6 +205,7 @@ void RecordStrips::showIcons() {
     mPlay->setIcon(icon(QStringLiteral("play"), filled));
     mRename->setIcon(icon(QStringLiteral("rename"), palette()));
     mReveal->setIcon(icon(QStringLiteral("folder"), palette()));
+    mEdit->setIcon(icon(QStringLiteral("edit"), palette()));
 }
 
 void RecordStrips::changeEvent(QEvent *event) {
@@ -220,6 +223,7 @@ void RecordStrips::showTexts() {
     mName->setAccessibleName(Lang::commFileName());
     mPlay->setText(Lang::btnPlay());
     mResult->setWord(*mReveal, Lang::btnShowInFinder());
+    mResult->setWord(*mEdit, Lang::btnEdit());
     mResult->setAccessibleName(Lang::windowFileReady());
     for (Strip *strip : {mTrouble, mResult})
         strip->close().setToolTip(Lang::btnClose());

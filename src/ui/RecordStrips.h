@@ -50,6 +50,7 @@ Q_SIGNALS:
     void mended();
     void playWanted(const QString &file);
     void revealWanted(const QString &file);
+    void editWanted(const QString &file);
 
 private:
     QString shutdownText() const;
@@ -65,7 +66,7 @@ private:
     RecorderPanel &mPanel;
     RecordedList &mList;
     Strip *mTrouble, *mShutdown, *mSoon, *mSkipped, *mWaiting, *mResult, *mAdvice; // the most urgent first
-    QPushButton *mCancel, *mSkip, *mUndoSkip, *mKeepSilence, *mPlay, *mRename, *mReveal, *mMend;
+    QPushButton *mCancel, *mSkip, *mUndoSkip, *mKeepSilence, *mPlay, *mRename, *mReveal, *mEdit, *mMend;
     QLineEdit *mName; // of the result, while it is renamed
     QString mNameTrouble;
     RecordingAdvice mLack;

@@ -104,6 +104,7 @@ void RecordingTab::listen() {
     connect(mStrips, &RecordStrips::virtualDeviceWanted, this, &RecordingTab::virtualDeviceWanted);
     connect(mStrips, &RecordStrips::playWanted, this, &RecordingTab::playWanted);
     connect(mStrips, &RecordStrips::revealWanted, this, &RecordingTab::revealWanted);
+    connect(mStrips, &RecordStrips::editWanted, this, &RecordingTab::editWanted);
     const auto showDevices = [this](const QVariantMap &) { showSettings(); };
     auto &center = foundation::NotificationCenter::defaultCenter();
     mDefaultInput = center.subscribe<QVariantMap>(kNotificationDefaultInputDidChange, showDevices);

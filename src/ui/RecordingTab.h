@@ -62,6 +62,7 @@ Q_SIGNALS:
     void nameWanted();
     void playWanted(const QString &file);
     void revealWanted(const QString &file);
+    void editWanted(const QString &file);
 
 private:
     void listen();

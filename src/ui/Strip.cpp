@@ -104,7 +104,8 @@ QProgressBar &Strip::addBar() {
 
 void Strip::fit() {
     const QMargins margins = mRow->contentsMargins();
-    const int room = width() - margins.left() - margins.right() - 2 * mRow->spacing() - mIcon->sizeHint().width()
+    const int room = width() - margins.left() - margins.right() - 2 * mRow->spacing()
+                     - qMax(mIcon->minimumWidth(), mIcon->sizeHint().width())
                      - (mClose->isHidden() ? 0 : mClose->sizeHint().width());
     const auto taken = [this] {
         int taken = 0;
@@ -118,8 +119,8 @@ void Strip::fit() {
         for (const auto &[button, word] : mWords)
             button->setText({});
     const int actions = taken();
-    mContent->setDirection(room - actions < Look::scaled(*this, kLeastText) ? QBoxLayout::TopToBottom
-                                                                            : QBoxLayout::LeftToRight);
+    const int text = qMax(Look::scaled(*this, kLeastText), mForm == Form::Card ? mTitle->sizeHint().width() : 0);
+    mContent->setDirection(room - actions < text ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
     mActions->setDirection(room < actions ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
     mActions->setAlignment(Qt::AlignLeft);
 }

@@ -28,6 +28,7 @@ public:
         list.insert(0, {}); // An empty library has no table.
         addTask();
         addTagged();
+        openEditor();
         window.recordPage().cards().offerVirtualDevice([](bool) {});
         auto *card = find<QWidget>("deviceOffer"), *close = find<QWidget>("deviceOfferClose");
         EXPECT_TRUE(QTest::qWaitFor([&] { return close->mapTo(card, QPoint()).y() > 0; })) << "unfolded";
@@ -51,6 +52,7 @@ public:
         window.openConverter({});
         look(window, "convert");
         window.convertPage().goBack();
+        eachEditorPage([&](const char *page) { look(window, page); });
         openTasks();
         find<QListWidget>("tasks")->setCurrentRow(0);
         look(window, "tasks");

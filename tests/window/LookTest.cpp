@@ -141,6 +141,8 @@ TEST_F(LookPixels, EveryTextAndIconStandsOutFromWhatItIsPaintedOn) {
     window.openConverter({});
     expectReadable(window, "convert");
     window.convertPage().goBack();
+    openEditor();
+    eachEditorPage([&](const char *page) { expectReadable(window, page); });
     openSettings();
     expectReadable(window, "settings");
     addTask();

@@ -84,6 +84,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
     recorder.schedule().initScheduleTaskList();
     pass(1100);
     addTagged();
+    openEditor();
     ui::RecordCards &cards = window.recordPage().cards();
     converter.parseAudioInfoWithURLs({QUrl::fromLocalFile(left), QUrl::fromLocalFile(path("Missing.wav"))});
     const std::pair<const char *, std::function<void()>> asks[] = {
@@ -124,6 +125,7 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
         window.openConverter({});
         look(window, name + "-convert");
         window.convertPage().goBack();
+        eachEditorPage([&](const char *page) { look(window, name + "-" + page); });
         openTasks();
         find<QListWidget>("tasks")->setCurrentRow(0);
         look(window, name + "-tasks");

@@ -6,7 +6,9 @@
 #include "recording/control/ScheduledSession.h"
 #include "tags/identify/RecordingIdentification.h"
 #include "tests/support/OrdinaryFile.h"
+#include "tests/support/Wave.h"
 #include "tests/unit/recording/RecordingFixture.h"
+#include "ui/EditorPage.h"
 #include "ui/LibraryTab.h"
 #include "ui/MainWindow.h"
 
@@ -74,6 +76,36 @@ public:
     }
     // A frame of silence after the other, as far as a reader of tags looks.
     static QByteArray mpegSound() { return (QByteArray("\xFF\xFB\x90\x64") + QByteArray(413, '\0')).repeated(20); }
+    // Two seconds of sound in the editor, with two selections of which the second is chosen.
+    void openEditor() {
+        std::vector<float> samples(2 * 2 * 48'000);
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            samples[i] =
+                static_cast<float>(std::sin(static_cast<double>(i) / 40) * static_cast<double>(i % 40'000) / 40'000);
+        const QString file = QDir::homePath() + "/A long evening in the old town hall.wav";
+        EXPECT_TRUE(writeWav(file, samples));
+        window.beginAudioEditWithURL(QUrl::fromLocalFile(file));
+        ZQAudioEditorManager &editor = window.editorPage().manager();
+        EXPECT_TRUE(passUntil([&] { return editor.player().isPlayButtonEnabled(); }));
+        for (const double seconds : {0.2, 1.1}) {
+            editor.AudioPlayControlDelegate_ResetPlayCurrentTime(seconds);
+            editor.addNewCutEntity();
+        }
+        window.editorPage().goBack();
+    }
+    // The page, and its two panels.
+    void eachEditorPage(const std::function<void(const char *)> &look) {
+        window.showEditor();
+        look("editor");
+        ZQAudioEditorManager &editor = window.editorPage().manager();
+        editor.showExportInfo();
+        look("export");
+        window.editorPage().goBack();
+        editor.actionForEditToolInsertMute();
+        look("insert");
+        window.editorPage().goBack();
+        window.editorPage().goBack();
+    }
     // The library with a recording chosen whose tags can be edited.
     void addTagged() {
         const QString file = QDir::homePath() + "/Tagged.mp3";
@@ -134,7 +166,7 @@ public:
                                                                         RecognitionServices::fromSettings(), stop);
                                            }};
     ui::MainWindow window{
-        {panel, recorder, session, list, taskList, converter, identification, desktop::InstalledServices::current()}};
+        {panel, recorder, session, list, taskList, converter, identification, *world.clock, desktop::InstalledServices::current()}};
 };
 
 } // namespace cantorel::test

@@ -14,10 +14,11 @@ public:
     virtual ~FileChooser() = default;
 
     struct Question {
-        enum class What { Files, Folder } what = What::Files;
-        QString title;
-        QString folder;         // where it begins; empty for the desktop's choice
+        enum class What { Files, Folder, OneFile, NewFile } what = What::Files;
+        QString title = {};
+        QString folder = {};    // where it begins; empty for the desktop's choice
         quintptr x11Parent = 0; // the window that asks; 0 where there is no X server
+        QString name = {};      // proposed for a new file
     };
     // What was chosen; empty where the person has cancelled; nothing where the desktop shows no dialog.
     using Answer = std::function<void(const std::optional<QStringList> &paths)>;

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cmath>
+#include <cstring>
 
 namespace cantorel::media {
 
@@ -16,6 +17,8 @@ namespace {
 
 // Of a packet, in the tables of the file and its fragments.
 constexpr double kIndexBytesPerPacket = 14;
+
+constexpr foundation::SentenceKey kConvertFolder("ConvertFolder", "Folder");
 
 } // namespace
 
@@ -29,6 +32,14 @@ std::optional<std::uint64_t> freeBytes(const QString &path) {
         place = parent;
     }
     return std::uint64_t{space.f_bavail} * space.f_frsize;
+}
+
+foundation::Failure folderFailed(const QString &folder, int error) {
+    const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
+    return {full ? kDiskFull(folder) : kConvertFolder(folder), QStringLiteral("a file in %1: errno %2, %3")
+                                                                   .arg(folder)
+                                                                   .arg(error)
+                                                                   .arg(QString::fromLocal8Bit(std::strerror(error)))};
 }
 
 double recordingBytesPerSecond(double sampleRate) {

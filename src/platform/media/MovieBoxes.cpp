@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <initializer_list>
 #include <limits>
 #include <string_view>
 
@@ -59,6 +61,31 @@ void sampleEntry(BoxBuffer &out, const AacFormat &format) {
     out.u8(2);
     out.close(esds);
     out.close(mp4a);
+    out.close(stsd);
+}
+
+// Bare samples, as QuickTime describes them in its second version; players and FFmpeg read it in an M4A too.
+void sampleEntry(BoxBuffer &out, const PcmFormat &format) {
+    constexpr std::uint32_t kFloat = 1, kSigned = 4, kPacked = 8; // little endian
+    const std::size_t stsd = out.openFull("stsd", 0, 0);
+    out.u32(1);
+    const std::size_t lpcm = out.open("lpcm");
+    out.zeros(6);
+    out.u16(1); // data reference
+    out.u16(2); // version
+    out.zeros(6);
+    for (const std::uint32_t fixed : {3u, 16u, 0xFFFEu, 0u})
+        out.u16(fixed);
+    out.u32(0x10000);
+    out.u32(72); // bytes of this description
+    out.u64(std::bit_cast<std::uint64_t>(static_cast<double>(format.rate)));
+    out.u32(static_cast<std::uint32_t>(format.channels));
+    out.u32(0x7F000000);
+    out.u32(static_cast<std::uint32_t>(format.bytesPerSample()) * 8);
+    out.u32((format.isFloat ? kFloat : kSigned) | kPacked);
+    out.u32(static_cast<std::uint32_t>(format.bytesPerFrame()));
+    out.u32(1);
+    out.close(lpcm);
     out.close(stsd);
 }
 
@@ -135,22 +162,42 @@ void soundAndDataReference(BoxBuffer &out) {
     out.close(dinf);
 }
 
+// What of its frames a track has before those to be heard, how many are heard, and how many there are.
+struct TrackTimes {
+    int rate = 0;
+    int priming = 0;
+    std::uint64_t heard = 0;
+    std::uint64_t decoded = 0;
+};
+
 // The boxes of moov up to and with the sample description; the caller adds the tables and closes the marks from the
 // back.
-std::array<std::size_t, 5> openMovie(BoxBuffer &out, const AacFormat &format, std::uint64_t heard,
-                                     std::uint64_t decoded) {
+template <class Format>
+std::array<std::size_t, 5> openMovie(BoxBuffer &out, const Format &format, const TrackTimes &times,
+                                     std::span<const std::uint8_t> userData = {}) {
     const std::size_t moov = out.open("moov");
-    movieHeader(out, format.sampleRate, heard);
+    movieHeader(out, times.rate, times.heard);
+    out.bytes(userData);
     const std::size_t trak = out.open("trak");
-    trackHeader(out, heard);
-    editList(out, heard, format.primingFrames);
+    trackHeader(out, times.heard);
+    editList(out, times.heard, times.priming);
     const std::size_t mdia = out.open("mdia");
-    mediaHeader(out, format.sampleRate, decoded);
+    mediaHeader(out, times.rate, times.decoded);
     const std::size_t minf = out.open("minf");
     soundAndDataReference(out);
     const std::size_t stbl = out.open("stbl");
     sampleEntry(out, format);
     return {moov, trak, mdia, minf, stbl};
+}
+
+BoxBuffer fileType() {
+    BoxBuffer out;
+    const std::size_t ftyp = out.open("ftyp");
+    out.text("M4A ");
+    out.u32(0);
+    out.text("M4A isomiso5");
+    out.close(ftyp);
+    return out;
 }
 
 void durations(BoxBuffer &out, std::uint64_t packets, std::uint64_t lastPacketFrames) {
@@ -195,17 +242,12 @@ void packetsPerChunk(BoxBuffer &out, const SampleTable &table) {
 } // namespace
 
 BoxBuffer movieStart(const AacFormat &format) {
-    BoxBuffer out;
-    const std::size_t ftyp = out.open("ftyp");
-    out.text("M4A ");
-    out.u32(0);
-    out.text("M4A isomiso5");
-    out.close(ftyp);
+    BoxBuffer out = fileType();
     const std::size_t placeholder = out.open("free");
     out.text(kMark);
     out.close(placeholder);
 
-    const auto marks = openMovie(out, format, 0, 0);
+    const auto marks = openMovie(out, format, {format.sampleRate, format.primingFrames, 0, 0});
     durations(out, 0, 0);
     for (const char *empty : {"stsc", "stco"}) {
         const std::size_t box = out.openFull(empty, 0, 0);
@@ -264,7 +306,8 @@ BoxBuffer swallowingHeader(std::uint64_t moovPosition) {
 }
 
 bool writeMovie(const AacFormat &format, const SampleTable &table, std::int64_t validFrames,
-                const std::function<bool(std::span<const std::uint8_t>)> &write) {
+                const std::function<bool(std::span<const std::uint8_t>)> &write,
+                std::span<const std::uint8_t> userData) {
     const std::uint64_t packets = table.packets();
     const std::uint64_t allFrames = packets * kFramesPerPacket;
     const std::uint64_t heard = std::max<std::int64_t>(validFrames, 0);
@@ -277,7 +320,7 @@ bool writeMovie(const AacFormat &format, const SampleTable &table, std::int64_t 
 
     // The two tables that grow with the recording come last, so that the rest is small and they can be streamed.
     BoxBuffer out;
-    const auto marks = openMovie(out, format, heard, decoded);
+    const auto marks = openMovie(out, format, {format.sampleRate, format.primingFrames, heard, decoded}, userData);
     durations(out, packets, packets ? decoded - (allFrames - kFramesPerPacket) : 0);
     packetsPerChunk(out, table);
     for (std::size_t i = marks.size(); i-- > 0;)
@@ -311,6 +354,35 @@ bool writeMovie(const AacFormat &format, const SampleTable &table, std::int64_t 
             return false;
     }
     return flushAt(1);
+}
+
+BoxBuffer pcmMovie(const PcmFormat &format, std::uint64_t position, std::uint64_t frames) {
+    // A file counts its samples in 32 bits; where they do not suffice, many frames stand for one.
+    const std::uint64_t framesPerSample = frames <= std::numeric_limits<std::uint32_t>::max() ? 1 : 1 << 20;
+    const std::uint64_t samples = (frames + framesPerSample - 1) / framesPerSample;
+    BoxBuffer out;
+    const auto marks = openMovie(out, format, {format.rate, 0, frames, samples * framesPerSample});
+    const auto table = [&](const char *type, std::initializer_list<std::uint64_t> values) {
+        const std::size_t box = out.openFull(type, 0, 0);
+        for (const std::uint64_t value : values)
+            out.u32(value);
+        out.close(box);
+    };
+    table("stts", {1, samples, framesPerSample});
+    table("stsc", {1, 1, samples, 1});
+    table("stsz", {framesPerSample * static_cast<std::uint64_t>(format.bytesPerFrame()), samples});
+    table("co64", {1, position >> 32, position});
+    for (std::size_t i = marks.size(); i-- > 0;)
+        out.close(marks[i]);
+    return out;
+}
+
+BoxBuffer plainMovieStart() {
+    BoxBuffer out = fileType();
+    out.u32(kLongBox);
+    out.text("mdat");
+    out.u64(0);
+    return out;
 }
 
 std::optional<UnfinishedStart> readMovieStart(std::span<const std::uint8_t> fileStart) {

@@ -28,9 +28,26 @@ BoxBuffer fragmentStart(std::uint32_t sequence, std::uint64_t firstFrame, const 
 BoxBuffer swallowingHeader(std::uint64_t moovPosition);
 
 // Hands the full moov to `write` in pieces of at most 64 KiB, until one answers false; answers whether all were taken.
-// validFrames: what is to be heard, priming not counted.
+// validFrames: what is to be heard, priming not counted. userData: whole boxes that stand in the moov beside the track.
 bool writeMovie(const AacFormat &format, const SampleTable &table, std::int64_t validFrames,
-                const std::function<bool(std::span<const std::uint8_t>)> &write);
+                const std::function<bool(std::span<const std::uint8_t>)> &write,
+                std::span<const std::uint8_t> userData = {});
+
+// Bare samples, little endian and interleaved.
+struct PcmFormat {
+    int rate = 0;
+    int channels = 0;
+    bool isFloat = false; // of 32 bits; else integers of 16
+
+    int bytesPerSample() const { return isFloat ? 4 : 2; }
+    int bytesPerFrame() const { return channels * bytesPerSample(); }
+};
+
+// An M4A that is written in one go: this, the sound, the moov. swallowingHeader() is put in place of the mdat's header
+// once it is known where the moov begins.
+BoxBuffer plainMovieStart();
+// The moov of bare samples that lie at that position.
+BoxBuffer pcmMovie(const PcmFormat &format, std::uint64_t position, std::uint64_t frames);
 
 // What movieStart() wrote, read back from the start of a file; nothing for any other bytes.
 struct UnfinishedStart {

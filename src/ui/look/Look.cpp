@@ -11,7 +11,7 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr const char *kChip = "chip";                      // a property of the widget
+constexpr const char *kFilled = "filled", *kChip = "chip"; // a property of the widget
 constexpr qreal kNormalLine = 19;                          // height of a line of text at the normal size
 const QString kWasDark = QStringLiteral("desktopWasDark"); // at the last start; the first picture need not wait then
 
@@ -97,6 +97,10 @@ bool Look::hasMotion() { return shown().hasMotion; }
 void Look::makeChip(QWidget &widget) { widget.setProperty(kChip, true); }
 
 bool Look::isChip(const QWidget *widget) { return widget != nullptr && widget->property(kChip).toBool(); }
+
+void Look::makeFilled(QWidget &widget) { widget.setProperty(kFilled, true); }
+
+bool Look::isFilled(const QWidget *widget) { return widget != nullptr && widget->property(kFilled).toBool(); }
 
 int Look::tall(const QWidget &widget, int height) {
     return height + qMax(0, qRound(widget.fontMetrics().height() - kNormalLine));

@@ -34,6 +34,10 @@ public:
     static void makeChip(QWidget &widget);
     static bool isChip(const QWidget *widget);
 
+    // Has a tool button filled, as the one that leads on.
+    static void makeFilled(QWidget &widget);
+    static bool isFilled(const QWidget *widget);
+
     // The height of a control: the text in it grows, and what is above and below it stays.
     static int tall(const QWidget &widget, int height);
     // A measure that grows with the text of the widget.

@@ -217,6 +217,11 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
             return drawChip(*painter, *option);
         Painting painting(*painter);
         const bool isRaised = option->state & State_AutoRaise;
+        if (Look::isFilled(widget) && isEnabled(*option)) {
+            painting.box(option->rect, measure::kButtonRadius,
+                         isDown(*option) ? tokens.accent.darker(115) : tokens.accent);
+            return;
+        }
         const QColor fill = option->state & State_On ? tokens.soft
                             : isDown(*option)        ? tokens.sunken
                             : isHovered(*option)     ? tokens.hover
@@ -338,6 +343,8 @@ void LookStyle::drawControl(ControlElement element, const QStyleOption *option, 
             button && isInOneLine(*button)) {
             QStyleOptionToolButton label = *button;
             label.rect.adjust(kButtonInset, 0, -kButtonInset, 0);
+            if (Look::isFilled(widget) && isEnabled(*option))
+                label.palette.setColor(QPalette::ButtonText, tokens.onAccent);
             return QProxyStyle::drawControl(element, &label, painter, widget);
         }
         break;

@@ -21,7 +21,8 @@ public:
         tell("org.freedesktop.portal.Request", "Response", {code, QVariantMap{{"uris", uris}}}, requests[dialog]);
     }
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
-        if (message.member() != "OpenFile" || !offers)
+        method = message.member();
+        if ((method != "OpenFile" && method != "SaveFile") || !offers)
             return bus.send(message.createErrorReply(QDBusError::UnknownMethod, "no such method"));
         options = qdbus_cast<QVariantMap>(message.arguments().value(2));
         parent = message.arguments().value(0).toString();
@@ -32,7 +33,7 @@ public:
 
     bool offers = true;
     QVariantMap options; // of the last dialog
-    QString parent;
+    QString parent, method;
     QStringList requests;
 };
 
@@ -73,6 +74,10 @@ TEST_F(PortalFileChooserTest, EachQuestionGetsItsOwnAnswerInLocalPaths) {
     desktop.respond(2, 1, {});
     ASSERT_TRUE(answered(3));
     EXPECT_EQ(answers[2], QStringList()) << "cancelled";
+    ask({What::NewFile, "Export as", "/music", 0, "Evening"});
+    ASSERT_TRUE(test::eventually([&] { return desktop.requests.size() == 4; }));
+    EXPECT_EQ(desktop.method + ' ' + desktop.options.value("current_name").toString(), "SaveFile Evening");
+    EXPECT_FALSE(desktop.options.contains("multiple"));
     EXPECT_EQ(answers.size(), 3u) << "answered once";
 }
 

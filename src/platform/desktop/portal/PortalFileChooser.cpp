@@ -41,16 +41,21 @@ void PortalFileChooser::ask(const Question &question, Answer answered) {
     mAsked.insert(request, {question.what, std::move(answered)});
     bus.connect(portal::kService, request, portal::kRequest, QStringLiteral("Response"), this,
                 SLOT(requestDidRespond(QDBusMessage)));
-    QVariantMap options{{QStringLiteral("handle_token"), token},
-                        {QStringLiteral("modal"), true},
-                        {QStringLiteral("multiple"), question.what == Question::What::Files},
-                        {QStringLiteral("directory"), question.what == Question::What::Folder}};
+    const bool isNew = question.what == Question::What::NewFile;
+    QVariantMap options{{QStringLiteral("handle_token"), token}, {QStringLiteral("modal"), true}};
+    if (isNew)
+        options.insert(QStringLiteral("current_name"), question.name);
+    else {
+        options.insert(QStringLiteral("multiple"), question.what == Question::What::Files);
+        options.insert(QStringLiteral("directory"), question.what == Question::What::Folder);
+    }
     if (!question.folder.isEmpty()) // in bytes that end with a zero
         options.insert(QStringLiteral("current_folder"), QFile::encodeName(question.folder) + '\0');
     const QString parent =
         question.x11Parent == 0 ? QString() : QStringLiteral("x11:%1").arg(question.x11Parent, 0, 16);
     auto *watcher = new QDBusPendingCallWatcher(
-        bus.asyncCall(portal::callTo(kFileChooser, QStringLiteral("OpenFile"), {parent, question.title, options}),
+        bus.asyncCall(portal::callTo(kFileChooser, isNew ? QStringLiteral("SaveFile") : QStringLiteral("OpenFile"),
+                                     {parent, question.title, options}),
                       kPatience),
         this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, request] {

@@ -28,6 +28,8 @@ public:
     // The next frame read is this one, to the frame and to the bit as if all before it had been read; clamped to the
     // end.
     virtual void seek(std::int64_t frame) = 0;
+    // How many of the samples read so far were beyond full scale where several sounds met, and were limited to it.
+    virtual std::int64_t limited() const { return 0; }
 };
 
 } // namespace cantorel::media

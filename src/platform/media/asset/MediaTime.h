@@ -33,4 +33,19 @@ struct MediaTimeRange {
     MediaTime duration;
 };
 
+// Far more frames than any disk holds, and far from where 64 bits end.
+inline constexpr std::int64_t kMostFrames = std::int64_t{1} << 53;
+
+// The frame that lies at the sum of both times, rounded once; from 0 to just above kMostFrames.
+constexpr std::int64_t frameAt(int rate, MediaTime first, MediaTime second = {}) {
+    const __int128 units = static_cast<__int128>(first.timescale) * second.timescale;
+    const __int128 sum =
+        static_cast<__int128>(first.value) * second.timescale + static_cast<__int128>(second.value) * first.timescale;
+    if (sum <= 0)
+        return 0;
+    if (sum / units > kMostFrames / rate)
+        return kMostFrames + 1;
+    return static_cast<std::int64_t>((sum * rate + units / 2) / units);
+}
+
 } // namespace cantorel::media

@@ -1,0 +1,61 @@
+#include "editor/views/ZQAudioDrawCutView.h"
+
+#include "editor/painting/WavePainting.h"
+#include "ui/look/Look.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace cantorel::ui {
+
+namespace {
+
+constexpr float kLine = 0.55F; // how much of its colour an edge shows
+constexpr int kNumberTop = 8, kNumberLeft = 8;
+
+} // namespace
+
+ZQAudioDrawCutView::ZQAudioDrawCutView(const WaveGeometry &geometry, const AudioCutRequestDelegate &delegate,
+                                       QWidget *parent)
+    : QWidget(parent), mGeometry(geometry), mDelegate(delegate) {
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+void ZQAudioDrawCutView::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    painter.setFont(Look::font(*this, text_size::kLabel, QFont::Bold));
+    const QSizeF handle = ZQAudioTools::dragHandleSize();
+    const double top = mGeometry.waveCenterY() - handle.height() / 2;
+    int number = 0;
+    double beforeEnd = 0; // of the number before
+    for (const ZQAudioCutEntity *entity : mDelegate.AudioCutRequestDelegate_GetExistCutEntitysRect()) {
+        const double left = entity->leftPoint().x(), right = entity->rightPoint().x();
+        const QColor colour = colourOf(entity->rectColor());
+        QColor edge = colour;
+        edge.setAlphaF(kLine);
+        for (const double x : {left, right - 1})
+            painter.fillRect(QRectF(qRound(x), 0, 1, height()), edge);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(colour);
+        painter.drawRoundedRect(QRectF({left - handle.width(), top}, handle), 1.5, 1.5);
+        painter.drawRoundedRect(QRectF({right, top}, handle), 1.5, 1.5);
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        const QString text = QString::number(++number);
+        if (left + kNumberLeft < beforeEnd)
+            continue; // One number over another could not be read.
+        painter.setPen(colour);
+        const QRectF place(left + kNumberLeft, kNumberTop, painter.fontMetrics().horizontalAdvance(text),
+                           painter.fontMetrics().height());
+        painter.drawText(place, Qt::AlignLeft | Qt::AlignTop, text);
+        beforeEnd = place.right() + kNumberLeft;
+    }
+    QPainterPath corners;
+    corners.addRect(rect());
+    corners.addRoundedRect(rect(), measure::kButtonRadius, measure::kButtonRadius);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.fillPath(corners, Look::tokens().ground);
+}
+
+} // namespace cantorel::ui

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "editor/views/ZQAudioWave.h"
+
+#include <QWidget>
+
+namespace cantorel::ui {
+
+// The edges of the selections, their handles and their numbers, over the wave. Takes no mouse.
+class ZQAudioDrawCutView : public QWidget {
+public:
+    // Both outlive it.
+    ZQAudioDrawCutView(const WaveGeometry &geometry, const AudioCutRequestDelegate &delegate, QWidget *parent);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    const WaveGeometry &mGeometry;
+    const AudioCutRequestDelegate &mDelegate;
+};
+
+} // namespace cantorel::ui

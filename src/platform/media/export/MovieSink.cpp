@@ -1,0 +1,152 @@
+#include "platform/media/export/MovieSink.h"
+
+#include "platform/media/DiskSpace.h"
+#include "platform/media/asset/MediaTime.h"
+
+#include <QFileInfo>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <utility>
+
+namespace cantorel::media {
+
+using foundation::HiddenFile;
+using foundation::Result;
+
+namespace {
+
+// Codes as it goes.
+class AacSink : public MovieSink {
+public:
+    AacSink(HiddenFile file, std::unique_ptr<AacEncoder> encoder, int rate)
+        : MovieSink(std::move(file)), mEncoder(std::move(encoder)), mRate(rate) {}
+
+    Result<void> append(std::span<const float> interleaved) override {
+        mPackets.clear();
+        const auto coded = mEncoder->encode(interleaved, mPackets);
+        return coded ? writePackets() : coded;
+    }
+
+    Result<void> finish(std::int64_t frames, std::span<const std::uint8_t> userData) override {
+        mPackets.clear();
+        Result<void> done = mEncoder->flush(mPackets);
+        if (done)
+            done = writePackets();
+        if (done)
+            done = closeData();
+        if (!done)
+            return done;
+        // In a rate that AAC does not know, the coder has changed it.
+        const std::int64_t heard = MediaTime{frames, mRate}.in(mEncoder->format().sampleRate).value;
+        (void)writeMovie( // it stops at the failure that is answered
+            mEncoder->format(), mTable, std::min(heard, mEncoder->frames()),
+            [&](std::span<const std::uint8_t> piece) {
+                done = write(piece);
+                return done.ok();
+            },
+            userData);
+        return done;
+    }
+
+private:
+    Result<void> writePackets() {
+        if (mPackets.sizes.empty())
+            return {};
+        mTable.addChunk(mEnd, mPackets.sizes);
+        return write(mPackets.bytes);
+    }
+
+    const std::unique_ptr<AacEncoder> mEncoder;
+    const int mRate;
+    PacketRun mPackets;
+    SampleTable mTable;
+};
+
+class PcmSink : public MovieSink {
+public:
+    PcmSink(HiddenFile file, int rate, bool isFloat) : MovieSink(std::move(file)), mFormat{rate, 2, isFloat} {}
+
+    Result<void> append(std::span<const float> interleaved) override {
+        if (mFormat.isFloat)
+            return write({reinterpret_cast<const std::uint8_t *>(interleaved.data()), interleaved.size_bytes()});
+        mIntegers.resize(interleaved.size());
+        // Limited before it is rounded: the compiler makes one vector loop of it.
+        std::transform(interleaved.begin(), interleaved.end(), mIntegers.begin(), [](float sample) {
+            return static_cast<std::int16_t>(std::lrint(std::clamp(sample * 32768.0F, -32768.0F, 32767.0F)));
+        });
+        return write({reinterpret_cast<const std::uint8_t *>(mIntegers.data()), mIntegers.size() * 2});
+    }
+
+    Result<void> finish(std::int64_t frames, std::span<const std::uint8_t>) override {
+        const std::uint64_t begin = plainMovieStart().size();
+        if (const auto closed = closeData(); !closed)
+            return closed;
+        return write(pcmMovie(mFormat, begin, static_cast<std::uint64_t>(frames)).data());
+    }
+
+private:
+    const PcmFormat mFormat;
+    std::vector<std::int16_t> mIntegers;
+};
+
+} // namespace
+
+Result<HiddenFile> MovieSink::makeFile(const QString &folder) {
+    int error = 0;
+    auto file = HiddenFile::create(folder, QStringLiteral("m4a"), error);
+    if (!file)
+        return folderFailed(folder, error);
+    return std::move(*file);
+}
+
+Result<std::unique_ptr<MovieSink>> MovieSink::aac(const QString &folder, int rate) {
+    const auto codecs = loadCodecs();
+    if (!codecs)
+        return codecs.failure();
+    auto encoder = codecs.value()->makeAacEncoder(rate, {.bitRate = 256000});
+    if (!encoder)
+        return encoder.failure();
+    auto file = makeFile(folder);
+    if (!file)
+        return file.failure();
+    std::unique_ptr<MovieSink> sink =
+        std::make_unique<AacSink>(std::move(file).value(), std::move(encoder).value(), rate);
+    const auto begun = sink->write(plainMovieStart().data());
+    return begun ? Result(std::move(sink)) : begun.failure();
+}
+
+Result<std::unique_ptr<MovieSink>> MovieSink::pcm(const QString &folder, int rate, bool isFloat) {
+    auto file = makeFile(folder);
+    if (!file)
+        return file.failure();
+    std::unique_ptr<MovieSink> sink = std::make_unique<PcmSink>(std::move(file).value(), rate, isFloat);
+    const auto begun = sink->write(plainMovieStart().data());
+    return begun ? Result(std::move(sink)) : begun.failure();
+}
+
+Result<void> MovieSink::writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::pwrite(mDescriptor.get(), bytes.data(), bytes.size(), static_cast<off_t>(position));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written < 0)
+            return folderFailed(QFileInfo(mFile.path()).path(), errno);
+        position += static_cast<std::uint64_t>(written);
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
+    return {};
+}
+
+Result<void> MovieSink::write(std::span<const std::uint8_t> bytes) {
+    const auto written = writeAt(mEnd, bytes);
+    mEnd += bytes.size();
+    return written;
+}
+
+Result<void> MovieSink::closeData() { return writeAt(kPlaceholderPosition, swallowingHeader(mEnd).data()); }
+
+} // namespace cantorel::media

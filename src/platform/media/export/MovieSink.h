@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/HiddenFile.h"
+#include "platform/foundation/Result.h"
+#include "platform/media/BoxBuffer.h"
+#include "platform/media/Codecs.h"
+#include "platform/media/MovieBoxes.h"
+#include "platform/media/SampleTable.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace cantorel::media {
+
+// Takes stereo sound from its beginning to its end and makes an ordinary M4A of it in a hidden file, which is gone when
+// it is not finished. One thread at a time.
+class MovieSink {
+public:
+    static foundation::Result<std::unique_ptr<MovieSink>> aac(const QString &folder, int rate);
+    // Bare samples: floats, or integers of 16 bits.
+    static foundation::Result<std::unique_ptr<MovieSink>> pcm(const QString &folder, int rate, bool isFloat);
+    virtual ~MovieSink() = default;
+
+    // Interleaved stereo.
+    virtual foundation::Result<void> append(std::span<const float> interleaved) = 0;
+    // Once only; what was appended are that many frames. userData: see writeMovie().
+    virtual foundation::Result<void> finish(std::int64_t frames, std::span<const std::uint8_t> userData) = 0;
+    // Only after finish().
+    foundation::HiddenFile take() && { return std::move(mFile); }
+
+protected:
+    explicit MovieSink(foundation::HiddenFile file) : mFile(std::move(file)), mDescriptor(mFile.descriptor()) {}
+    // Behind what is there.
+    foundation::Result<void> write(std::span<const std::uint8_t> bytes);
+    // The moov begins here.
+    foundation::Result<void> closeData();
+
+    foundation::HiddenFile mFile;
+    const foundation::FileDescriptor mDescriptor;
+    std::uint64_t mEnd = 0;
+
+private:
+    static foundation::Result<foundation::HiddenFile> makeFile(const QString &folder);
+    foundation::Result<void> writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
+};
+
+} // namespace cantorel::media

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "editor/ZQAudioEditorManager.h"
+#include "ui/Page.h"
+#include "ui/Strip.h"
+#include "ui/ZQAudioHeaderView.h"
+
+#include <optional>
+
+class QLabel;
+class QMenu;
+class QPushButton;
+
+namespace cantorel::ui {
+
+class DigitLabel;
+class EditorPanel;
+class PlayButton;
+class WaveArea;
+class ZQAudioCutInfoView;
+
+// The editor: the wave of a file with its selections, what is played of it, what is put into it, and what is exported
+// from it. It shows what the manager tells.
+class EditorPage : public Page {
+    Q_OBJECT
+
+public:
+    // clock: outlives the page.
+    EditorPage(foundation::Clock &clock, QWidget *parent);
+    ~EditorPage() override;
+
+    ZQAudioEditorManager &manager() { return mManager; }
+    void edit(const QString &file);
+    void begin() override;
+
+Q_SIGNALS:
+    // An export has made these.
+    void exported(const QStringList &files);
+    void revealWanted(const QStringList &files);
+
+private:
+    void makeActions();
+    QWidget *makeUpper();
+    QWidget *makeLead();
+    void listen();
+    void open();
+    void chooseInsert(InsertType type);
+    void askForName();
+    void showState();
+    void showCuts();
+    void showHead();
+    void showReadout(std::optional<QPointF> point);
+    void tell(Strip::Kind kind, const QString &text, bool canUndo, const QStringList &files = {});
+    void showIcons();
+    void showTexts();
+    void fit();
+    bool act(const QKeyEvent &event);
+
+    void keyPressEvent(QKeyEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+    ZQAudioEditorManager mManager;
+    QToolButton *mOpen, *mInsert, *mExport;
+    ZQAudioHeaderView mHeader;
+    QMenu *mInsertMenu;
+    WaveArea *mWave;
+    DigitLabel *mFrom, *mReadout, *mTo, *mPosition, *mLength;
+    PlayButton *mPlay;
+    QPushButton *mPlayCuts;
+    QLabel *mWhich, *mHint;
+    Strip *mNews;
+    QPushButton *mUndo, *mReveal;
+    ZQAudioCutInfoView *mCutInfo = nullptr;
+    EditorPanel *mPanel;
+    QStringList mMade; // what the strip tells of
+};
+
+} // namespace cantorel::ui

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "editor/operations/ZQAudioInserter.h"
+#include "editor/views/ZQAudioTimeView.h"
+#include "ui/PagePanel.h"
+
+#include <QList>
+
+#include <array>
+
+class QComboBox;
+class QLineEdit;
+class QPushButton;
+
+namespace cantorel {
+class ZQAudioEditorManager;
+}
+
+namespace cantorel::ui {
+
+// What an insert operation is called.
+QString insertText(InsertType type);
+
+// The panel of the editor: where and how long to insert, or as what to export.
+class EditorPanel : public PagePanel, private AudioTimeDelegate {
+    Q_OBJECT
+
+public:
+    // manager: outlives it.
+    EditorPanel(ZQAudioEditorManager &manager, QWidget *parent);
+
+    enum class Asks { Insert, Export };
+    void ask(Asks what);
+    void showTexts();
+
+Q_SIGNALS:
+    // What was asked for is done or not wanted.
+    void done();
+
+private:
+    void makeInsert();
+    void makeExport();
+    void addGroupField(QList<QWidget *> &group, QLabel *&label, QWidget &field);
+    void showInsert();
+    void showExport();
+    void confirm();
+    void chooseImage();
+    QLineEdit *lineOf(std::size_t field) const;
+    void AudioTime_UpdateTime(ZQAudioTimeView &view, double seconds) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+    ZQAudioEditorManager &mManager;
+    Asks mAsks = Asks::Insert;
+    QList<QWidget *> mInsertParts, mExportParts;
+    QLabel *mFile, *mTrouble, *mFileLabel = nullptr, *mPositionLabel = nullptr, *mLengthLabel = nullptr;
+    ZQAudioTimeView *mPosition, *mLength;
+    QLabel *mFormatLabel = nullptr, *mModeLabel = nullptr, *mCoverLabel = nullptr, *mCover;
+    QComboBox *mFormat, *mMode, *mGenre;
+    QWidget *mImage;
+    QPushButton *mAddImage, *mDeleteImage, *mClear, *mConfirm, *mCancel;
+    std::array<QWidget *, 5> mTags{};
+    std::array<QLabel *, 5> mTagLabels{};
+};
+
+} // namespace cantorel::ui
