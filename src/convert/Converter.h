@@ -43,6 +43,7 @@ struct Converter {
     // How long a run may take; usualLimit() of its inputs by default.
     std::optional<foundation::Clock::Duration> limit = {};
     std::stop_token stop = {}; // ends the run at once, or before it begins
+    bool standsBack = true;    // behind everything else that the machine does; not where somebody waits for it
 
     using LineListener = foundation::ChildProcess::LineListener;
 
@@ -55,7 +56,7 @@ struct Converter {
         foundation::ChildProcess::Ending ending;
         QByteArray said; // the last 16 KiB of its lines, without those of progress
     };
-    // Runs it behind everything else that the machine does. Fails when there is no such program.
+    // Fails when there is no such program.
     foundation::Result<Run> run(const QStringList &arguments, const QStringList &inputs, const QString &output,
                                 const LineListener &listener = {}) const;
 

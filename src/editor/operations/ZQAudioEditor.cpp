@@ -179,6 +179,7 @@ void ZQAudioEditor::exportAACTypeAudioFileEnd(const Exported &result) {
     work([this, result] {
         Converter converter{AppSettings::TessolarConverterPath()};
         converter.stop = mStop.get_token();
+        converter.standsBack = false;
         ZQAudioConvert convert(converter, result.stamps, [this](double done) { mConverted = done; });
         convert.convertAudioPaths(result.exportPaths, result.exportFormat, {}, 0, *this);
     });

@@ -31,16 +31,21 @@ double bytesPerFrame(ExportCoding coding, int rate) {
     return coding == ExportCoding::Aac ? recordingBytesPerSecond(rate) / rate : coding == ExportCoding::Pcm16 ? 4 : 8;
 }
 
-// What the file says of itself, and what lies in it.
-QString lackOf(const foundation::HiddenFile &file, MediaTime wanted) {
-    if (const int error = file.flush())
-        return QStringLiteral("flushing it: errno %1").arg(error);
-    const auto asset = openAsset(QUrl::fromLocalFile(file.path()));
+// What the file lacks by what it says of itself.
+QString lackOf(const QString &path, MediaTime wanted) {
+    const auto asset = openAsset(QUrl::fromLocalFile(path));
     if (!asset)
         return asset.failure().detail;
     const MediaTime held = asset.value()->duration();
-    if (held.value != wanted.in(held.timescale).value)
-        return QStringLiteral("%1 s of %2 s are in it").arg(held.seconds()).arg(wanted.seconds());
+    return held.value == wanted.in(held.timescale).value
+               ? QString()
+               : QStringLiteral("%1 s of %2 s are in it").arg(held.seconds()).arg(wanted.seconds());
+}
+
+// The same of one that is going to stay, by what can be read.
+QString lackOfLasting(const foundation::HiddenFile &file, MediaTime wanted) {
+    if (const int error = file.flush())
+        return QStringLiteral("flushing it: errno %1").arg(error);
     const auto facts = soundFacts(file.path());
     if (!facts)
         return facts.failure().detail;
@@ -100,7 +105,9 @@ Result<ExportedFile> ExportSession::render(const QString &path, const std::stop_
     if (const auto finished = sink.finish(frames, itemList(metadata).data()); !finished)
         return finished.failure();
     ExportedFile exported{std::move(sink).take(), frames, reader.limited()};
-    const QString lack = lackOf(exported.file, {frames, rate});
+    QString lack = lackOf(exported.file.path(), {frames, rate});
+    if (lack.isEmpty() && coding == ExportCoding::Aac)
+        lack = lackOfLasting(exported.file, {frames, rate});
     return lack.isEmpty() ? Result(std::move(exported)) : incomplete(lack);
 }
 
