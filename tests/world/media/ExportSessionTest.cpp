@@ -94,7 +94,8 @@ TEST_F(ExportSessionTest, TagsAreReadByOthersAndEmptyOnesAreNotThere) {
     const QList<MetadataItem> items = {{"quicktime", "artist", QString::fromUtf8("Ä & Ø"), {}},
                                        {"quicktime", "album", "Album", {}},
                                        {"quicktime", "creationDate", "2009", {}},
-                                       {"quicktime", "", "", {}},
+                                       {"quicktime", "title", "", {}},
+                                       {"quicktime", "artwork", "", {}},
                                        {"quicktime", "artwork", "", jpeg},
                                        {"quicktime", "type", "Jazz", {}},
                                        {"itunes", "artwork", "", png}};
