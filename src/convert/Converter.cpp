@@ -82,7 +82,7 @@ bool Converter::isInstalled() const { return QFileInfo(program).isExecutable(); 
 foundation::Result<Converter::Run> Converter::run(const QStringList &arguments, const QStringList &inputs,
                                                   const QString &output, const LineListener &listener) const {
     ChildProcess::Command command{program, arguments, {}, {QStringLiteral("CANTOREL_CONVERT_INTO=") + output}};
-    command.inBackground = true;
+    command.inBackground = standsBack;
     const auto started = ChildProcess::start(command);
     if (!started)
         return started.failure();

@@ -45,6 +45,7 @@ struct Converter {
     std::stop_token stop = {}; // ends the run at once, or before it begins
     // What is added to a result before it is flushed and proved.
     std::function<void(const QString &path)> complete = {};
+    bool standsBack = true;    // behind everything else that the machine does; not where somebody waits for it
 
     using LineListener = foundation::ChildProcess::LineListener;
 
@@ -57,7 +58,7 @@ struct Converter {
         foundation::ChildProcess::Ending ending;
         QByteArray said; // the last 16 KiB of its lines, without those of progress
     };
-    // Runs it behind everything else that the machine does. Fails when there is no such program.
+    // Fails when there is no such program.
     foundation::Result<Run> run(const QStringList &arguments, const QStringList &inputs, const QString &output,
                                 const LineListener &listener = {}) const;
 

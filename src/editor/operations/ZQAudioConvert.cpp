@@ -2,6 +2,7 @@
 
 #include "convert/AudioConverter.h"
 #include "editor/operations/InOrder.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/media/DiskSpace.h"
 #include "platform/media/export/ExportSession.h"
 #include "settings/AppSettings.h"
@@ -10,6 +11,9 @@
 
 #include <QFile>
 #include <QFileInfo>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -26,6 +30,12 @@ namespace {
 constexpr foundation::SentenceKey kExportKept("ExportKept", "Reason", "FileName");
 
 constexpr int kAtOnce = 2;
+
+void flush(const QString &path) {
+    const foundation::FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    if (file.isOpen())
+        (void)::fsync(file.get()); // there is no better one to fall back to
+}
 
 } // namespace
 
@@ -70,6 +80,7 @@ QString ZQAudioConvert::takeResult(const QString &input, const QString &output, 
         return {};
     }
     const auto kept = [&](const Failure &why) {
+        flush(input); // it was meant to go
         mFailures.push_back({kExportKept(why.sentence, QFileInfo(input).fileName()), why.detail});
         return input;
     };

@@ -3,6 +3,7 @@
 #include "editor/operations/InOrder.h"
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
+#include "platform/foundation/HiddenFile.h"
 #include "platform/media/DiskSpace.h"
 #include "platform/media/asset/OpenAsset.h"
 #include "platform/media/composition/CompositionBuilder.h"
@@ -24,6 +25,8 @@ using media::ExportSession;
 using media::MediaTimeRange;
 
 namespace {
+
+constexpr foundation::SentenceKey kExportEnded("ExportEnded");
 
 constexpr int kAtOnce = 2;
 constexpr double kRenderingShare = 0.25; // of the time, where a conversion follows
@@ -139,6 +142,7 @@ ZQAudioEditor::Exported ZQAudioEditor::exportParts(const Order &order,
     const ExportCoding coding = codingOf(order.format, asset->format().rate);
     const auto metadata =
         order.format.isAac() ? addNewMetadata(asset->metadata(), order.format, {}) : QList<media::MetadataItem>();
+    foundation::HiddenFile::sweep(folder); // what a program that was killed has left there
     Exported result{order.format, {}, {}, {}};
     QString path = order.path;
     inOrder(
@@ -146,7 +150,7 @@ ZQAudioEditor::Exported ZQAudioEditor::exportParts(const Order &order,
         [&](int index) {
             double before = 0;
             return ExportSession{asset, ranges[static_cast<std::size_t>(index)], coding, metadata}.render(
-                folder, mStop.get_token(), [&](double now) {
+                order.path, mStop.get_token(), [&](double now) {
                     mRendered.fetch_add((now - before) / static_cast<double>(ranges.size()));
                     before = now;
                 });
@@ -175,6 +179,7 @@ void ZQAudioEditor::exportAACTypeAudioFileEnd(const Exported &result) {
     work([this, result] {
         Converter converter{AppSettings::TessolarConverterPath()};
         converter.stop = mStop.get_token();
+        converter.standsBack = false;
         ZQAudioConvert convert(converter, result.stamps, [this](double done) { mConverted = done; });
         convert.convertAudioPaths(result.exportPaths, result.exportFormat, {}, 0, *this);
     });
@@ -205,7 +210,7 @@ void ZQAudioEditor::work(std::function<void()> action) {
     mWorker = std::jthread([this, action = std::move(action)] {
         if (!guarded("export", action)) // logged there
             tell([this] {
-                take({{media::kExportStopped(), QStringLiteral("an exception")}});
+                take({{kExportEnded(), QStringLiteral("an exception")}});
                 end({});
             });
     });

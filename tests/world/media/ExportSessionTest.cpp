@@ -26,7 +26,7 @@ protected:
     QString exported(const AssetPointer &asset, std::optional<MediaTimeRange> range, ExportCoding coding,
                      const QList<MetadataItem> &items = {}) {
         double progress = 0;
-        auto made = ExportSession{asset, range, coding, items}.render(mFolder.path(), mStop.get_token(),
+        auto made = ExportSession{asset, range, coding, items}.render(mFolder.filePath("wanted.m4a"), mStop.get_token(),
                                                                       [&](double done) { progress = done; });
         mWhy = made ? foundation::Sentence() : made.failure().sentence;
         if (!made)
@@ -94,7 +94,8 @@ TEST_F(ExportSessionTest, TagsAreReadByOthersAndEmptyOnesAreNotThere) {
     const QList<MetadataItem> items = {{"quicktime", "artist", QString::fromUtf8("Ä & Ø"), {}},
                                        {"quicktime", "album", "Album", {}},
                                        {"quicktime", "creationDate", "2009", {}},
-                                       {"quicktime", "", "", {}},
+                                       {"quicktime", "title", "", {}},
+                                       {"quicktime", "artwork", "", {}},
                                        {"quicktime", "artwork", "", jpeg},
                                        {"quicktime", "type", "Jazz", {}},
                                        {"itunes", "artwork", "", png}};

@@ -2,10 +2,12 @@
 
 #include "platform/media/DiskSpace.h"
 #include "platform/media/SoundReader.h"
+#include "platform/media/asset/OpenAsset.h"
 #include "platform/media/export/ItemList.h"
 #include "platform/media/export/MovieSink.h"
 
 #include <QFileInfo>
+#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
@@ -29,25 +31,41 @@ double bytesPerFrame(ExportCoding coding, int rate) {
     return coding == ExportCoding::Aac ? recordingBytesPerSecond(rate) / rate : coding == ExportCoding::Pcm16 ? 4 : 8;
 }
 
-Result<void> proved(const foundation::HiddenFile &file, std::int64_t frames, int rate, const QString &name) {
+// What the file lacks by what it says of itself.
+QString lackOf(const QString &path, MediaTime wanted) {
+    const auto asset = openAsset(QUrl::fromLocalFile(path));
+    if (!asset)
+        return asset.failure().detail;
+    const MediaTime held = asset.value()->duration();
+    return held.value == wanted.in(held.timescale).value
+               ? QString()
+               : QStringLiteral("%1 s of %2 s are in it").arg(held.seconds()).arg(wanted.seconds());
+}
+
+// The same of one that is going to stay, by what can be read.
+QString lackOfLasting(const foundation::HiddenFile &file, MediaTime wanted) {
     if (const int error = file.flush())
-        return Failure{kExportIncomplete(name), QStringLiteral("flushing %1: errno %2").arg(file.path()).arg(error)};
+        return QStringLiteral("flushing it: errno %1").arg(error);
     const auto facts = soundFacts(file.path());
-    const double seconds = static_cast<double>(frames) / rate;
-    if (facts && std::abs(facts.value().seconds - seconds) <= facts.value().padding)
-        return {};
-    return Failure{kExportIncomplete(name),
-                   facts ? QStringLiteral("%1 s of %2 s are in it").arg(facts.value().seconds).arg(seconds)
-                         : facts.failure().detail};
+    if (!facts)
+        return facts.failure().detail;
+    return std::abs(facts.value().seconds - wanted.seconds()) <= facts.value().padding
+               ? QString()
+               : QStringLiteral("%1 s of %2 s can be read").arg(facts.value().seconds).arg(wanted.seconds());
 }
 
 } // namespace
 
-Result<ExportedFile> ExportSession::render(const QString &folder, const std::stop_token &stop,
+Result<ExportedFile> ExportSession::render(const QString &path, const std::stop_token &stop,
                                            const std::function<void(double)> &progress) const {
     const int rate = asset->format().rate;
-    if (rate <= 0)
-        return Failure{kExportNothing(), QStringLiteral("no sound in the asset")};
+    if (rate <= 0 || asset->hasProtectedContent())
+        return Failure{kExportNothing(), QStringLiteral("no sound in the asset that can be read")};
+    const QFileInfo target(path);
+    const QString folder = target.absolutePath();
+    const auto incomplete = [&](const QString &detail) {
+        return Failure{kExportIncomplete(target.fileName()), detail};
+    };
     auto opened = asset->openReader({rate, 2});
     if (!opened)
         return opened.failure();
@@ -78,8 +96,7 @@ Result<ExportedFile> ExportSession::render(const QString &folder, const std::sto
         if (!got)
             return got.failure();
         if (got.value() == 0)
-            return Failure{kExportIncomplete(asset->url().fileName()),
-                           QStringLiteral("%1 of %2 frames").arg(done).arg(frames)};
+            return incomplete(QStringLiteral("%1 of %2 frames").arg(done).arg(frames));
         if (const auto taken = sink.append({block.data(), got.value() * 2}); !taken)
             return taken.failure();
         done += static_cast<std::int64_t>(got.value());
@@ -88,8 +105,10 @@ Result<ExportedFile> ExportSession::render(const QString &folder, const std::sto
     if (const auto finished = sink.finish(frames, itemList(metadata).data()); !finished)
         return finished.failure();
     ExportedFile exported{std::move(sink).take(), frames, reader.limited()};
-    const auto proof = proved(exported.file, frames, rate, asset->url().fileName());
-    return proof ? Result(std::move(exported)) : proof.failure();
+    QString lack = lackOf(exported.file.path(), {frames, rate});
+    if (lack.isEmpty() && coding == ExportCoding::Aac)
+        lack = lackOfLasting(exported.file, {frames, rate});
+    return lack.isEmpty() ? Result(std::move(exported)) : incomplete(lack);
 }
 
 } // namespace cantorel::media

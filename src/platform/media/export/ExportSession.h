@@ -39,9 +39,10 @@ struct ExportSession {
     ExportCoding coding = ExportCoding::Aac;
     QList<MetadataItem> metadata; // see itemList(); only for AAC
 
-    // Writes beside the place where the file is to go. What is answered is on the disk, and as long as the stretch by
-    // what is read back. Tells how far it is, from 0 to 1. Blocks.
-    foundation::Result<ExportedFile> render(const QString &folder, const std::stop_token &stop,
+    // For a file of that path, beside which it is written. What is answered has the frames of the stretch by what is
+    // read back; as AAC it is on the disk, bare samples only if they are flushed. Tells how far it is, from 0 to 1.
+    // Blocks.
+    foundation::Result<ExportedFile> render(const QString &path, const std::stop_token &stop,
                                             const std::function<void(double)> &progress) const;
 };
 
