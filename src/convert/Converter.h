@@ -45,7 +45,7 @@ struct Converter {
     std::stop_token stop = {}; // ends the run at once, or before it begins
     // What is added to a result before it is flushed and proved.
     std::function<void(const QString &path)> complete = {};
-    bool standsBack = true;    // behind everything else that the machine does; not where somebody waits for it
+    bool standsBack = true; // behind everything else that the machine does; not where somebody waits for it
 
     using LineListener = foundation::ChildProcess::LineListener;
 

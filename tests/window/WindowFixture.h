@@ -165,8 +165,8 @@ public:
                                                return CommAudioIdentify(AppSettings::TessolarConverterPath(),
                                                                         RecognitionServices::fromSettings(), stop);
                                            }};
-    ui::MainWindow window{
-        {panel, recorder, session, list, taskList, converter, identification, *world.clock, desktop::InstalledServices::current()}};
+    ui::MainWindow window{{panel, recorder, session, list, taskList, converter, identification, *world.clock,
+                           desktop::InstalledServices::current()}};
 };
 
 } // namespace cantorel::test

@@ -1,7 +1,7 @@
 #include "platform/media/export/ExportSession.h"
 
 #include "platform/media/DiskSpace.h"
-#include "platform/media/SoundReader.h"
+#include "platform/media/SoundFacts.h"
 #include "platform/media/asset/OpenAsset.h"
 #include "platform/media/export/ItemList.h"
 #include "platform/media/export/MovieSink.h"
