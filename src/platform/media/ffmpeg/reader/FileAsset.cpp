@@ -158,7 +158,7 @@ Result<AssetPointer> FileAsset::open(const QString &path) {
     if (!demuxer)
         return demuxer.failure();
     QList<MetadataItem> metadata = metadataOf(demuxer.value()->context());
-    auto track = readTrack(file.value(), *demuxer.value());
+    auto track = readTrack(file.value(), std::move(demuxer).value());
     if (!track)
         return track.failure();
     return AssetPointer(new FileAsset(std::move(track).value(), std::move(metadata))); // Its constructor is private.

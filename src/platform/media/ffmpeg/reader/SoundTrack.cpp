@@ -6,9 +6,10 @@
 #include "platform/media/ffmpeg/reader/MovieTrack.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 extern "C" {
 #include <libavutil/intreadwrite.h>
@@ -341,33 +342,31 @@ Result<CodecContextHandle> openDecoder(const SoundTrack &track) {
     return decoder;
 }
 
-Result<SoundTrack> readTrack(std::shared_ptr<const SourceFile> file, Demuxer &given) {
+Result<SoundTrack> readTrack(std::shared_ptr<const SourceFile> file, std::unique_ptr<Demuxer> demuxer) {
     SoundTrack track;
     track.file = std::move(file);
-    AVStream *stream = given.sound();
+    AVStream *stream = demuxer->sound();
     if (!stream)
         return track;
     track.parameters.reset(avcodec_parameters_alloc());
     avcodec_parameters_copy(track.parameters.get(), stream->codecpar);
     const AVCodecID codec = stream->codecpar->codec_id;
-    const bool movie = isMovie(given.context());
+    const bool movie = isMovie(demuxer->context());
     const auto told = movie ? readMovieTrack(*track.file, static_cast<std::uint32_t>(stream->id)) : std::nullopt;
     track.isProtected = (told && told->isProtected)
-                        || av_dict_get(given.context().metadata, "ASF_Protection_Type", nullptr, 0) != nullptr;
+                        || av_dict_get(demuxer->context().metadata, "ASF_Protection_Type", nullptr, 0) != nullptr;
     takePromises(track, *stream);
     if (track.isProtected)
         return track;
 
     // Several edits, which nobody makes but by hand, are left to libavformat.
     const bool ownFrames = hasOwnFrames(codec) && !(told && told->hasSeveralEdits);
-    std::unique_ptr<Demuxer> unedited;
-    Demuxer *demuxer = &given;
     if (told && !told->hasSeveralEdits) {
+        demuxer.reset(); // The table of a long movie takes a lot of memory.
         auto opened = Demuxer::open(track.file, Edits::Ignored);
         if (!opened)
             return opened.failure();
-        unedited = std::move(opened).value();
-        demuxer = unedited.get();
+        demuxer = std::move(opened).value();
         stream = demuxer->sound();
         track.edits = Edits::Ignored;
         if (!stream)

@@ -45,6 +45,6 @@ struct SoundTrack {
 foundation::Result<CodecContextHandle> openDecoder(const SoundTrack &track);
 
 // Reads as much of the file as is needed to know its length to the frame.
-foundation::Result<SoundTrack> readTrack(std::shared_ptr<const SourceFile> file, Demuxer &demuxer);
+foundation::Result<SoundTrack> readTrack(std::shared_ptr<const SourceFile> file, std::unique_ptr<Demuxer> demuxer);
 
 } // namespace cantorel::media
