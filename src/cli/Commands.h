@@ -47,6 +47,8 @@ void addTagsCommand(CLI::App &root, CommandSession &session);
 void addTasksCommand(CLI::App &root, CommandSession &session);
 // "update check": what the maker's server says of the latest release.
 void addUpdateCommand(CLI::App &root, CommandSession &session);
+// "wave FILE": the levels of a sound, from which its wave is drawn.
+void addWaveCommand(CLI::App &root, CommandSession &session);
 
 // Files as they are named on the command line, by their full paths.
 QList<QUrl> fileUrls(const std::vector<std::string> &files);

@@ -9,10 +9,12 @@
 #include "settings/UserDefaultFunctions.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/OrdinaryFile.h"
+#include "tests/support/Wave.h"
 #include "tests/unit/cli/CommandRun.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -22,6 +24,7 @@
 
 #include <CLI/CLI.hpp>
 #include <stdexcept>
+#include <vector>
 
 namespace cantorel {
 namespace {
@@ -141,6 +144,28 @@ TEST(TagsCommand, ShowsAndWritesWhatIsNamedAndHasTheListKnow) {
     }
     EXPECT_EQ(test::contents(folder.filePath("text.mp3")), "text");
     EXPECT_TRUE(tags({folder.filePath("song.m4a"), "--cover", none}).error.value(0).contains("--cover"));
+}
+
+TEST(WaveCommand, AnswersTheSeriesAndWritesItInPlaceOfAnother) {
+    const QTemporaryDir folder;
+    const QString sound = folder.filePath("sound.wav"), raw = folder.filePath("levels");
+    std::vector<float> samples(2 * 30, 0.25f); // two groups of frames, and eight that make none
+    for (std::size_t i = 0; i < 22; ++i)
+        samples[i] = -0.5f;
+    ASSERT_TRUE(test::writeWav(sound, samples));
+    QFile old(raw);
+    ASSERT_TRUE(old.open(QIODevice::WriteOnly) && old.write("longer than what follows") > 0);
+    old.close();
+    const CommandRun run = runCommand({"--json", "wave", sound, "--raw", raw});
+    ASSERT_EQ(run.status, 0);
+    EXPECT_EQ(
+        run.out,
+        QStringList(R"({"channels":2,"duration":0.000625,"max":8192,"min":-16384,"sampleRate":48000,"values":2})"));
+    EXPECT_EQ(test::contents(raw), QByteArray("\x00\xC0\x00\x20", 4));
+
+    EXPECT_EQ(runCommand({"wave", folder.filePath("missing.wav")}).status, 1);
+    ASSERT_EQ(runCommand({"wave", raw, "--raw", sound}).status, 1);
+    EXPECT_GT(QFileInfo(sound).size(), 200); // not touched by a reading that fails
 }
 
 TEST(SettingsCommand, GetAnswersWhatTheGetterAnswersInItsOwnType) {

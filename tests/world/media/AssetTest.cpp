@@ -1,11 +1,10 @@
-#include "platform/foundation/ChildProcess.h"
 #include "platform/media/asset/OpenAsset.h"
-#include "tests/support/OrdinaryFile.h"
+#include "tests/support/MadeSound.h"
 #include "tests/support/TestHome.h"
 
-#include <QDir>
 #include <QFile>
 #include <QStringList>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -17,37 +16,7 @@ namespace cantorel {
 namespace {
 
 using namespace media;
-
-bool ffmpeg(const QStringList &arguments) {
-    const auto run =
-        foundation::ChildProcess::run({"ffmpeg", QStringList{"-v", "error", "-nostdin", "-y"} + arguments, {}, {}});
-    return run && run.value().ending.succeeded();
-}
-
-// A sweep beside noise, so that no two places are alike.
-QStringList sound(int frames, int rate, int channels) {
-    const QString source =
-        QStringLiteral("aevalsrc='0.4*sin(t*t*900)+0.3*(random(0)-0.5)|0.5*sin(t*t*700)|0.2*sin(t*900)|"
-                       "0.1*sin(t*2000)':s=%1,atrim=end_sample=%2,asetpts=N/SR/TB")
-            .arg(rate)
-            .arg(frames);
-    QString mapped;
-    for (int i = 0; i < channels; ++i)
-        mapped += QStringLiteral("|c%1=c%1").arg(i);
-    return {"-f", "lavfi", "-i",
-            source
-                + QStringLiteral(",pan=%1%2")
-                      .arg(channels == 1   ? "mono"
-                           : channels == 2 ? "stereo"
-                                           : "4.0",
-                           mapped)};
-}
-
-std::vector<std::int16_t> samplesOf(const QByteArray &bytes) {
-    std::vector<std::int16_t> samples(static_cast<std::size_t>(bytes.size()) / 2);
-    std::copy_n(bytes.constData(), samples.size() * 2, reinterpret_cast<char *>(samples.data()));
-    return samples;
-}
+using test::ffmpeg;
 
 struct Made {
     const char *name;
@@ -64,11 +33,14 @@ class AssetOf : public testing::TestWithParam<Made> {
 protected:
     QString make() {
         const Made &made = GetParam();
-        const QString path = QDir::temp().filePath(made.name);
-        const bool done = ffmpeg(sound(made.frames, made.rate, made.channels) + made.coder + QStringList{path});
+        const QString path = mFolder.filePath(made.name);
+        const bool done =
+            ffmpeg(test::variedSound(made.frames, made.rate, made.channels) + made.coder + QStringList{path});
         EXPECT_TRUE(done);
         return path;
     }
+
+    const QTemporaryDir mFolder;
 };
 
 TEST_P(AssetOf, IsReadToTheFrameAndTheBit) {
@@ -86,9 +58,7 @@ TEST_P(AssetOf, IsReadToTheFrameAndTheBit) {
     ASSERT_TRUE(got);
     own.resize(got.value() * channels);
 
-    const QString raw = path + ".raw";
-    ASSERT_TRUE(ffmpeg({"-i", path, "-map", "0:a:0", "-f", "s16le", raw}));
-    std::vector<std::int16_t> told = samplesOf(test::contents(raw));
+    std::vector<std::int16_t> told = test::decodedSamples(path);
     const std::size_t heard =
         GetParam().length == Made::AsMade ? static_cast<std::size_t>(GetParam().frames) : told.size() / channels;
     EXPECT_EQ(asset.duration().value * static_cast<std::int64_t>(channels), static_cast<std::int64_t>(own.size()));
@@ -164,6 +134,28 @@ INSTANTIATE_TEST_SUITE_P(
         QString name = info.param.name;
         return name.replace('.', '_').toStdString();
     });
+
+TEST(Asset, ADamagedFlacKeepsWhatLiesBehindTheDamage) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("whole.flac"), damaged = folder.filePath("damaged.flac");
+    ASSERT_TRUE(ffmpeg(test::variedSound(300000, 44100, 2) + QStringList{path}));
+    QByteArray bytes = test::contents(path);
+    bytes.remove(bytes.size() / 3, 50000); // some frames
+    QFile file(damaged);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    file.close();
+    const auto asset = openAsset(QUrl::fromLocalFile(damaged));
+    ASSERT_TRUE(asset);
+    EXPECT_GT(asset.value()->duration().value, 300000 - 8 * 4608);
+    auto whole = openAsset(QUrl::fromLocalFile(path)).value()->openSampleReader();
+    auto part = asset.value()->openSampleReader();
+    std::vector<std::int16_t> end(2 * 50000), expected(end.size());
+    whole.value()->seek(250000);
+    part.value()->seek(asset.value()->duration().value - 50000);
+    ASSERT_EQ(whole.value()->read(expected.data(), 50000).value(), 50000u);
+    ASSERT_EQ(part.value()->read(end.data(), 50000).value(), 50000u);
+    EXPECT_EQ(end, expected);
+}
 
 } // namespace
 } // namespace cantorel

@@ -2,6 +2,7 @@
 
 #include "lang/Lang.h"
 #include "platform/media/RecordingRepair.h"
+#include "platform/media/asset/OpenAsset.h"
 #include "tests/support/Sound.h"
 
 #include <QTemporaryDir>
@@ -63,6 +64,14 @@ TEST_P(WrittenFile, SaysItsExactLengthAndHoldsTheSoundInPhase) {
     const std::vector<float> samples = decoded(mPath);
     ASSERT_GE(samples.size() / 2, frames);
     ASSERT_LT(samples.size() / 2, frames + kFramesPerPacket);
+    if (frames == 0)
+        return;
+    const auto asset = openAsset(QUrl::fromLocalFile(mPath));
+    ASSERT_TRUE(asset);
+    EXPECT_EQ(asset.value()->duration().value, static_cast<std::int64_t>(frames));
+    std::vector<float> own(2 * frames);
+    ASSERT_EQ(asset.value()->openReader({rate, 2}).value()->read(own.data(), frames).value(), frames);
+    EXPECT_TRUE(std::equal(own.begin(), own.end(), samples.begin()));
     if (frames < 10000)
         return;
     EXPECT_EQ(probed(mPath, "stream=profile"), "LC");

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <cstdint>
 #include <memory>
 
 namespace cantorel::media {
@@ -35,6 +36,8 @@ public:
     virtual bool isPlayable() const = 0;
     virtual bool hasProtectedContent() const = 0;
     virtual QList<MetadataItem> metadata() const = 0;
+    // Of the sound alone, as it lies in the file; 0 where no single file holds it.
+    virtual std::int64_t soundBytes() const { return 0; }
     // Reads the first track of sound in that format, from its beginning. Another rate keeps the length: frame i lies
     // where frame i * rate / own rate was. One channel goes to both of two; more than two are mixed down.
     virtual foundation::Result<std::unique_ptr<FrameReader>> openReader(SoundFormat format) const = 0;

@@ -11,8 +11,13 @@ namespace cantorel::media {
 // more. A file without sound is an asset too, with 0 channels. Any thread.
 foundation::Result<AssetPointer> openAsset(const QUrl &url);
 
-// The function that the module exports.
+// What a file says of itself, which is quicker to learn than how long it is. Any thread.
+foundation::Result<QList<MetadataItem>> readMetadata(const QUrl &url);
+
+// The functions that the module exports.
 inline constexpr const char *kAssetEntryPoint = "cantorel_open_asset";
 using AssetEntryPoint = foundation::Result<AssetPointer> (*)(const QString &path);
+inline constexpr const char *kMetadataEntryPoint = "cantorel_read_metadata";
+using MetadataEntryPoint = foundation::Result<QList<MetadataItem>> (*)(const QString &path);
 
 } // namespace cantorel::media

@@ -17,9 +17,9 @@ public:
     virtual std::int64_t frames() const = 0;
     virtual foundation::Result<std::size_t> read(std::int16_t *interleaved, std::size_t frames) = 0;
     virtual void seek(std::int64_t frame) = 0;
-    // What this one has read since it was opened would have been other, had all before it been read first. True from
-    // the beginning where that costs as much as reading all before it.
-    virtual bool needsAllBefore() const { return false; }
+    // What was read since the last seek would have been other, had all before it been read first. True as well where
+    // that is done anyhow, so that a seek is slow, and once this was true. Reading goes on only after a seek.
+    virtual bool needsAllBefore() { return false; }
 };
 
 } // namespace cantorel::media

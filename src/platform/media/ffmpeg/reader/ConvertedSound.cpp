@@ -19,7 +19,6 @@ namespace {
 
 constexpr int kSilentFrames = 4096;
 constexpr std::int64_t kFilterFrames = 64; // twice as long as the filter at most, at the lower of both rates
-constexpr int kMostChannels = 64;
 
 } // namespace
 
@@ -32,7 +31,7 @@ ConvertedSound::ConvertedSound(const SoundTrack &track, AVSampleFormat sample, S
 
 Result<std::unique_ptr<ConvertedSound>> ConvertedSound::open(const SoundTrack &track, AVSampleFormat sample,
                                                              SoundFormat format) {
-    if (!track.isPlayable || format.rate <= 0 || format.channels <= 0 || format.channels > kMostChannels)
+    if (!track.isPlayable || !SoundTrack::isSound(format))
         return failures::notSound(track.file->path(), QStringLiteral("no sound in it"));
     std::unique_ptr<ConvertedSound> sound(new ConvertedSound(track, sample, format)); // Its constructor is private.
     auto source = openSource(track);
@@ -121,7 +120,7 @@ Result<std::size_t> ConvertedSound::convertMore(std::uint8_t *room, std::size_t 
         if (mSource->first() + mFrame->nb_samples <= mTrack.start + mInput)
             mFrame = nullptr;
     }
-    const std::uint8_t *planes[kMostChannels] = {};
+    const std::uint8_t *planes[SoundTrack::kMostChannels] = {};
     int count = static_cast<int>(std::min<std::int64_t>(mTrack.frames - mInput, kSilentFrames));
     std::vector<std::uint8_t> silence;
     if (count > 0) {
@@ -157,6 +156,8 @@ Result<std::size_t> ConvertedSound::convertMore(std::uint8_t *room, std::size_t 
 }
 
 Result<std::size_t> ConvertedSound::read(void *interleaved, std::size_t frames) {
+    if (mOutput < 0)
+        return std::size_t(0);
     auto *to = static_cast<std::uint8_t *>(interleaved);
     std::size_t left = static_cast<std::size_t>(
         std::min<std::int64_t>(mFrames - mOutput, static_cast<std::int64_t>(std::min<std::size_t>(frames, INT32_MAX))));

@@ -21,6 +21,11 @@ public:
     // Interleaved. As many as were asked for but at the end.
     foundation::Result<std::size_t> read(void *interleaved, std::size_t frames);
     void seek(std::int64_t frame);
+    // See SampleReader. Reading goes on only after a seek.
+    bool needsAllBefore() {
+        mOutput = -1;
+        return mSource->needsAllBefore();
+    }
 
 private:
     ConvertedSound(const SoundTrack &track, AVSampleFormat sample, SoundFormat format);
@@ -45,7 +50,7 @@ private:
     std::int64_t mInput = 0;         // the next frame of what is heard to be converted
     bool mIsFlushed = false;
     std::int64_t mSkipped = 0; // frames that come out and are not wanted
-    std::int64_t mOutput = 0;  // the next frame to be given
+    std::int64_t mOutput = 0;  // the next frame to be given; -1: none but after a seek
     std::vector<std::uint8_t> mReady;
     std::size_t mTaken = 0; // bytes of it
 };

@@ -59,7 +59,7 @@ Result<std::unique_ptr<Demuxer>> Demuxer::open(std::shared_ptr<const SourceFile>
     // The name helps to tell what it is; nothing is opened by it.
     const int error = avformat_open_input(&context, QFile::encodeName(path).constData(), nullptr, &options);
     const OptionsHandle unknown{options}; // those that its format does not have
-    demuxer->mContext.reset(context); // null when it failed
+    demuxer->mContext.reset(context);     // null when it failed
     const int found = error < 0 ? error : avformat_find_stream_info(context, nullptr);
     if (demuxer->mFailure)
         return *demuxer->mFailure;

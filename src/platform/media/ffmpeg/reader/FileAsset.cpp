@@ -43,7 +43,7 @@ public:
         return mSound->read(interleaved, frames);
     }
     void seek(std::int64_t frame) override { mSound->seek(frame); }
-    bool needsAllBefore() const override { return mTrack->packetsBefore == SoundTrack::kAllBefore; }
+    bool needsAllBefore() override { return mSound->needsAllBefore(); }
 
 private:
     std::shared_ptr<const SoundTrack> mTrack; // the sound refers to it
@@ -164,6 +164,16 @@ Result<AssetPointer> FileAsset::open(const QString &path) {
     return AssetPointer(new FileAsset(std::move(track).value(), std::move(metadata))); // Its constructor is private.
 }
 
+Result<QList<MetadataItem>> readMetadataOf(const QString &path) {
+    auto file = SourceFile::open(path);
+    if (!file)
+        return file.failure();
+    auto demuxer = Demuxer::open(std::move(file).value(), Edits::Applied);
+    if (!demuxer)
+        return demuxer.failure();
+    return metadataOf(demuxer.value()->context());
+}
+
 MediaTime FileAsset::duration() const { return {mTrack->frames, std::max(mTrack->format.rate, 1)}; }
 
 Result<std::unique_ptr<FrameReader>> FileAsset::openReader(SoundFormat format) const {
@@ -178,10 +188,24 @@ Result<std::unique_ptr<SampleReader>> FileAsset::openSampleReader() const {
 
 } // namespace cantorel::media
 
-extern "C" __attribute__((visibility("default"))) cantorel::foundation::Result<cantorel::media::AssetPointer>
-cantorel_open_asset(const QString &path) {
+namespace {
+
+void prepareLibraries() {
     constexpr std::size_t kLargestBlock = std::size_t(512) * 1024 * 1024; // of memory: a file may promise anything
     av_log_set_level(AV_LOG_QUIET);
     av_max_alloc(kLargestBlock);
+}
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) cantorel::foundation::Result<cantorel::media::AssetPointer>
+cantorel_open_asset(const QString &path) {
+    prepareLibraries();
     return cantorel::media::FileAsset::open(path);
+}
+
+extern "C" __attribute__((visibility("default"))) cantorel::foundation::Result<QList<cantorel::media::MetadataItem>>
+cantorel_read_metadata(const QString &path) {
+    prepareLibraries();
+    return cantorel::media::readMetadataOf(path);
 }

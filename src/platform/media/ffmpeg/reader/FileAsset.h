@@ -16,6 +16,7 @@ public:
     bool isPlayable() const override { return mTrack->isPlayable; }
     bool hasProtectedContent() const override { return mTrack->isProtected; }
     QList<MetadataItem> metadata() const override { return mMetadata; }
+    std::int64_t soundBytes() const override { return mTrack->bytes; }
     foundation::Result<std::unique_ptr<FrameReader>> openReader(SoundFormat format) const override;
     foundation::Result<std::unique_ptr<SampleReader>> openSampleReader() const override;
 
@@ -26,5 +27,8 @@ private:
     std::shared_ptr<const SoundTrack> mTrack;
     QList<MetadataItem> mMetadata;
 };
+
+// Reads no more of the file than that needs.
+foundation::Result<QList<MetadataItem>> readMetadataOf(const QString &path);
 
 } // namespace cantorel::media

@@ -54,6 +54,17 @@ void TableSource::seek(std::int64_t frame) {
         avcodec_flush_buffers(mDecoder.get());
 }
 
+bool TableSource::needsAllBefore() {
+    if (mTrack.packetsBefore == SoundTrack::kAllBefore)
+        return true;
+    if (mTrack.parameters->codec_id != AV_CODEC_ID_AAC)
+        return false;
+    if (!mProbe)
+        mProbe = std::make_unique<NoiseProbe>(mTrack);
+    mNext = mTrack.packets.count();
+    return mProbe->hasDrawn(*mDecoder);
+}
+
 Result<std::span<const std::uint8_t>> TableSource::bytes(const PacketTable::Packet &packet) {
     const auto size = static_cast<std::size_t>(packet.size);
     const bool isThere = packet.position >= mWindowBegin

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/media/ffmpeg/reader/NoiseProbe.h"
 #include "platform/media/ffmpeg/reader/SoundTrack.h"
 
 #include <cstdint>
@@ -19,6 +20,8 @@ public:
     std::int64_t first() const { return mFirst; }
     // next() goes on with, or before, that frame.
     virtual void seek(std::int64_t frame) = 0;
+    // See SampleReader. next() goes on only after a seek.
+    virtual bool needsAllBefore() = 0;
 
 protected:
     std::int64_t mFirst = 0;
@@ -34,6 +37,7 @@ public:
 
     foundation::Result<const AVFrame *> next() override;
     void seek(std::int64_t frame) override;
+    bool needsAllBefore() override;
     // How many frames the decoder made of the packet that next() gave.
     int decodedFrames() const { return mDecodedFrames; }
 
@@ -53,6 +57,7 @@ private:
     std::size_t mNext = 0;   // packet
     std::size_t mWanted = 0; // packet; those before it are only decoded
     int mDecodedFrames = 0;
+    std::unique_ptr<NoiseProbe> mProbe; // once it is asked for
 };
 
 // By libavformat, from the beginning.
@@ -63,6 +68,7 @@ public:
 
     foundation::Result<const AVFrame *> next() override;
     void seek(std::int64_t frame) override;
+    bool needsAllBefore() override { return true; }
 
 private:
     const SoundTrack &mTrack;

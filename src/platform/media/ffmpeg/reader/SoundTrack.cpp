@@ -1,6 +1,7 @@
 #include "platform/media/ffmpeg/reader/SoundTrack.h"
 
 #include "platform/media/asset/AssetFailures.h"
+#include "platform/media/ffmpeg/reader/FlacFrames.h"
 #include "platform/media/ffmpeg/reader/FrameSource.h"
 #include "platform/media/ffmpeg/reader/MovieTrack.h"
 
@@ -58,14 +59,16 @@ public:
     }
     bool isDone() const { return !mDecoder || mTried >= kTriedPackets || mTrack.isPlayable; }
     int framesOfPacket() const { return mFrames; }
+    std::int64_t firstPosition() const { return mFirstPosition; }
     // One channel or two of the plain kind, which has no memory but the packet before.
     bool isSimpleAac() const { return mIsSimple; }
     void take(const AVPacket &packet) {
         if (isDone())
             return;
-        ++mTried;
+        if (mTried++ == 0)
+            mFirstPosition = packet.pos;
         if (avcodec_send_packet(mDecoder.get(), &packet) < 0 || avcodec_receive_frame(mDecoder.get(), mFrame.get()) < 0
-            || mFrame->nb_samples <= 0 || mFrame->sample_rate <= 0 || mFrame->ch_layout.nb_channels <= 0)
+            || mFrame->nb_samples <= 0 || !SoundTrack::isSound({mFrame->sample_rate, mFrame->ch_layout.nb_channels}))
             return;
         mTrack.isPlayable = true;
         mTrack.format = {mFrame->sample_rate, mFrame->ch_layout.nb_channels};
@@ -80,6 +83,7 @@ private:
     FrameHandle mFrame{av_frame_alloc()};
     int mTried = 0;
     int mFrames = 0;
+    std::int64_t mFirstPosition = -1;
     bool mIsSimple = false;
 };
 
@@ -100,6 +104,7 @@ public:
             if (packet->stream_index != mStream.index)
                 continue;
             mProbe.take(*packet);
+            mTrack.bytes += packet->size;
             takeTrims(*packet);
             takeTimes(*packet);
             if (ownFrames && mIsWhole)
@@ -152,6 +157,8 @@ private:
             frames = av_rescale_q(packet.duration, mStream.time_base, {1, std::max(mTrack.format.rate, 1)});
         else if (isPlainSamples(codec))
             frames = framesOfPlain(packet.size, mStream);
+        if (frames == 0)
+            return; // Damage that was taken for a packet makes no sound.
         mIsWhole = frames > 0 && frames <= kLongestPacket && packet.pos >= 0 && (!isSample() || liesThere(packet));
         if (mIsWhole)
             mTrack.packets.add(packet.pos, packet.size, static_cast<std::int32_t>(frames));
@@ -211,6 +218,7 @@ void takeIndex(SoundTrack &track, AVStream &stream, int framesOfPacket) {
         if (frames <= 0 || frames > kLongestPacket)
             break;
         track.packets.add(entry.pos, entry.size, static_cast<std::int32_t>(frames));
+        track.bytes += entry.size;
     }
 }
 
@@ -269,7 +277,23 @@ Result<void> takeBlocks(SoundTrack &track, Demuxer &demuxer, const AVStream &str
     track.packets.setBlocks(begin, end - begin, frameBytes);
     track.packetsBefore = 0;
     track.frames = track.packets.frames();
+    track.bytes = end - begin;
     return {};
+}
+
+// The frames of a FLAC file, by their headers or else by libavformat.
+Result<void> takeFlac(SoundTrack &track, Demuxer &demuxer, std::int64_t begin, Scan &scan) {
+    const auto found = findFlacFrames(*track.file, begin, track.packets);
+    if (!found)
+        return found.failure();
+    if (found.value()) {
+        track.bytes = track.file->size() - begin;
+        return {};
+    }
+    track.packets = {};
+    if (avformat_seek_file(&demuxer.context(), -1, INT64_MIN, 0, INT64_MAX, 0) < 0)
+        return failures::notSound(track.file->path(), QStringLiteral("no way back"));
+    return scan.run(demuxer, true);
 }
 
 // The last packet has as many frames as come out of it; one that was cut off gives no sound and no length.
@@ -286,6 +310,14 @@ Result<void> settleEnd(SoundTrack &track) {
     if (source.decodedFrames() > 0)
         track.packets.add(last.position, last.size, source.decodedFrames());
     return {};
+}
+
+// What a container says of sound that can't be decoded.
+void takePromises(SoundTrack &track, const AVStream &stream) {
+    constexpr std::int64_t kLongest = std::int64_t(1) << 48;
+    track.format = {stream.codecpar->sample_rate, stream.codecpar->ch_layout.nb_channels};
+    track.frames = av_rescale_q(std::clamp<std::int64_t>(stream.duration, 0, kLongest), stream.time_base,
+                                {1, std::max(track.format.rate, 1)});
 }
 
 std::size_t packetsBefore(AVCodecID codec, const Probe &probe) {
@@ -322,6 +354,7 @@ Result<SoundTrack> readTrack(std::shared_ptr<const SourceFile> file, Demuxer &gi
     const auto told = movie ? readMovieTrack(*track.file, static_cast<std::uint32_t>(stream->id)) : std::nullopt;
     track.isProtected = (told && told->isProtected)
                         || av_dict_get(given.context().metadata, "ASF_Protection_Type", nullptr, 0) != nullptr;
+    takePromises(track, *stream);
     if (track.isProtected)
         return track;
 
@@ -347,9 +380,16 @@ Result<SoundTrack> readTrack(std::shared_ptr<const SourceFile> file, Demuxer &gi
     const bool isPlainFile = isPlainSamples(codec)
                              && (isDemuxedBy(demuxer->context(), "wav") || isDemuxedBy(demuxer->context(), "aiff")
                                  || isDemuxedBy(demuxer->context(), "w64"));
-    const auto read = hasIndex || isPlainFile ? probe(*demuxer, *stream, tried) : scan.run(*demuxer, ownFrames);
-    if (!read)
+    const bool isFlacFile = isDemuxedBy(demuxer->context(), "flac");
+    if (const auto read =
+            hasIndex || isPlainFile || isFlacFile ? probe(*demuxer, *stream, tried) : scan.run(*demuxer, ownFrames);
+        !read)
         return read.failure();
+    if (isFlacFile && track.isPlayable) {
+        const auto found = takeFlac(track, *demuxer, tried.firstPosition(), scan);
+        if (!found)
+            return found.failure();
+    }
     if (!track.isPlayable)
         return track;
     if (isPlainFile) {

@@ -13,6 +13,13 @@ namespace cantorel::media {
 
 // All that is known of the first track of sound of a file. Never changes once it is made; any thread.
 struct SoundTrack {
+    // What is beyond is no sound: a resampler takes for ever there.
+    static constexpr int kLowestRate = 100, kHighestRate = 1 << 20; // frames a second
+    static constexpr int kMostChannels = 64;
+    static bool isSound(SoundFormat format) {
+        return format.rate >= kLowestRate && format.rate <= kHighestRate && format.channels > 0
+               && format.channels <= kMostChannels;
+    }
     // As a number of packets: decoding begins at the first one, wherever sound is wanted from.
     static constexpr std::size_t kAllBefore = std::numeric_limits<std::size_t>::max();
 
@@ -20,6 +27,7 @@ struct SoundTrack {
     ParametersHandle parameters;
     SoundFormat format; // as it is decoded; 0 channels without sound
     AVSampleFormat sampleFormat = AV_SAMPLE_FMT_NONE;
+    std::int64_t bytes = 0; // of its packets
     bool isPlayable = false;
     bool isProtected = false;
 
