@@ -116,21 +116,12 @@ TEST_F(Cuts, EveryChangeIsToldOnceButAnotherSizeIsNot) {
 }
 
 TEST_F(Cuts, PlayingThemGoesFromOneToTheNextAndFromTheLastToTheFirst) {
-    set({{10, 20}, {40.0001, 50}});
+    set({{10, 20}, {40, 50}});
     const struct {
         double seconds;
         int index, current, next;
-    } cases[] = {{0, 0, -1, 0},
-                 {10, 0, 0, 1},
-                 {20, 0, 0, 1},
-                 {20.001, 0, -1, 1},
-                 {40, 0, -1, 1},
-                 {45, 0, 1, 0},
-                 {50.1, 0, -1, 0},
-                 {15, 1, -1, 1},
-                 {15, 2, -1, -1},
-                 {15, -1, -1, -1},
-                 {std::floor(40.0001 * 44100) / 44100, 0, 1, 0}}; // where a seek to its start arrives
+    } cases[] = {{0, 0, -1, 0}, {10, 0, 0, 1},    {20, 0, 0, 1},  {20.001, 0, -1, 1}, {39.9, 0, -1, 1},
+                 {45, 0, 1, 0}, {50.1, 0, -1, 0}, {15, 1, -1, 1}, {15, 2, -1, -1},    {15, -1, -1, -1}};
     const auto all = list.pointers();
     const auto at = [&](int index) { return index < 0 ? nullptr : all[static_cast<std::size_t>(index)]; };
     for (const auto &[seconds, index, current, next] : cases) {
@@ -138,6 +129,12 @@ TEST_F(Cuts, PlayingThemGoesFromOneToTheNextAndFromTheLastToTheFirst) {
         ZQAudioTools::getCurrentPlayingEntity(now, then, seconds, index, all, 44100);
         EXPECT_EQ(now, at(current)) << seconds;
         EXPECT_EQ(then, at(next)) << seconds;
+    }
+    for (int frame = 1; frame < 3000; ++frame) { // A seek to a start has arrived there, whatever fractions make of it.
+        set({{(frame + 0.4) / 44100, 1}});
+        const ZQAudioCutEntity *now = nullptr, *then = nullptr;
+        ZQAudioTools::getCurrentPlayingEntity(now, then, frame / 44100.0, 0, list.pointers(), 44100);
+        ASSERT_NE(now, nullptr) << frame;
     }
 }
 
