@@ -192,6 +192,7 @@ void ZQAudioEditorManager::resetAudioCutInfo_() {
 
 void ZQAudioEditorManager::leave() {
     mPlayer.pause();
+    mPreview.reset();
     if (mState == State::Analysing)
         mReader.cancel();
 }

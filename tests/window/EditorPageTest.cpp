@@ -309,6 +309,12 @@ TEST_F(EditorPage, ADroppedFileIsOpenedAtOnceAndWhatHoldsNoSoundSaysSo) {
     EXPECT_EQ(manager().audioFileName(), "Second.wav");
     window.editorPage().goBack();
     EXPECT_FALSE(window.editorPage().isVisible());
+    window.beginAudioEditWithURL(QUrl::fromLocalFile(path("First.wav")));
+    window.editorPage().goBack(); // in the middle of the reading
+    pass(1500);
+    EXPECT_EQ(manager().state(), State::Analysing);
+    window.showEditor();
+    EXPECT_TRUE(isReady()) << "it is read once it is shown again";
 }
 
 } // namespace

@@ -120,7 +120,7 @@ TEST_F(Cuts, PlayingThemGoesFromOneToTheNextAndFromTheLastToTheFirst) {
     const struct {
         double seconds;
         int index, current, next;
-    } cases[] = {{0, 0, -1, 0}, {10, 0, 0, 1},    {20, 0, 0, 1},  {20.001, 0, -1, 1}, {40, 0, -1, 1},
+    } cases[] = {{0, 0, -1, 0}, {10, 0, 0, 1},    {20, 0, 0, 1},  {20.001, 0, -1, 1}, {39.9, 0, -1, 1},
                  {45, 0, 1, 0}, {50.1, 0, -1, 0}, {15, 1, -1, 1}, {15, 2, -1, -1},    {15, -1, -1, -1}};
     const auto all = list.pointers();
     const auto at = [&](int index) { return index < 0 ? nullptr : all[static_cast<std::size_t>(index)]; };
