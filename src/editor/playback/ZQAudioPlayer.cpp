@@ -87,7 +87,7 @@ void ZQAudioPlayer::setCurrentPlayTime(double seconds) {
 }
 
 void ZQAudioPlayer::_updateCurrentPlayTime() {
-    if (!isPlaying())
+    if (!isPlaying() && !mIsAtEnd)
         show(mShown, false);
     delegate->AudioPlayerDelegate_UpdateCurrentPlayingTime(currentTime());
 }
@@ -98,12 +98,16 @@ void ZQAudioPlayer::ended(bool completely) {
         _updateCurrentPlayTime();
         return;
     }
-    if (mShown == Shown::PlayingCuts) {
-        delegate->AudioPlayerDelegate_UpdateCurrentPlayingTime(duration());
-        if (mShown == Shown::PlayingCuts && mPlayer && !mPlayer->hasMoved())
-            return play(); // with the selection that was sought
-    }
-    stop();
+    if (mShown != Shown::PlayingCuts)
+        return stop();
+    // The button stays as it is while the delegate decides; a stop turns it off.
+    mIsAtEnd = true;
+    delegate->AudioPlayerDelegate_UpdateCurrentPlayingTime(duration());
+    mIsAtEnd = false;
+    if (mShown == Shown::PlayingCuts && mPlayer && !mPlayer->hasMoved())
+        play(); // with the selection that was sought
+    else
+        stop();
 }
 
 bool ZQAudioPlayer::toggle(Shown what) {

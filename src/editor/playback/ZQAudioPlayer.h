@@ -79,6 +79,7 @@ private:
     media::MediaTime mSought;                     // by the last seek
     quint64 mGeneration = 0;                      // of what is prepared
     Shown mShown = Shown::Stopped;
+    bool mIsAtEnd = false; // while the delegate decides where it goes on
     bool mIsPlayEnabled = false;
     bool mIsCutsPlayEnabled = false;
 };
