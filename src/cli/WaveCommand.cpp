@@ -1,11 +1,13 @@
 #include "cli/Commands.h"
 #include "editor/ZQAudioReader.h"
+#include "editor/painting/WaveFile.h"
 #include "platform/foundation/HiddenFile.h"
 
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonValue>
+#include <QSize>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -17,8 +19,11 @@ namespace cantorel {
 
 namespace {
 
+constexpr QSize kSmallest(11, 21); // less leaves no room for the wave
+constexpr int kLargest = 16384;
+
 struct Arguments {
-    std::string file, raw;
+    std::string file, raw, png, size = "1200x240";
 };
 
 // One reading that is waited for. Main thread.
@@ -60,7 +65,26 @@ bool write(const QByteArray &bytes, const QString &path) {
     return hidden->replace(old, foundation::FileIdentity(old)) == 0;
 }
 
+// "WxH" in pixels; empty where it is none.
+QSize sizeOf(const std::string &text) {
+    const QStringList sides = QString::fromStdString(text).split(QLatin1Char('x'));
+    if (sides.size() != 2)
+        return {};
+    const QSize size(sides[0].toInt(), sides[1].toInt());
+    return size.width() >= kSmallest.width() && size.height() >= kSmallest.height() && size.width() <= kLargest
+                   && size.height() <= kLargest
+               ? size
+               : QSize();
+}
+
 Outcome run(const CommandSession &session, const Arguments &arguments) {
+    const QSize size = sizeOf(arguments.size);
+    if (!arguments.png.empty() && size.isEmpty())
+        return Outcome::wrongUsage(QStringLiteral("\"%1\" is no size; give one from %2x%3 to %4x%4.")
+                                       .arg(QString::fromStdString(arguments.size))
+                                       .arg(kSmallest.width())
+                                       .arg(kSmallest.height())
+                                       .arg(kLargest));
     WaveRun wave;
     if (!wave.read(fileUrls({arguments.file}).constFirst()))
         return Outcome::failed(wave.reader().failure()->sentence);
@@ -69,6 +93,11 @@ Outcome run(const CommandSession &session, const Arguments &arguments) {
     if (!raw.isEmpty() && !write(bytes, raw))
         return Outcome::failed(
             QStringLiteral("\"%1\" can't be written; check the rights of its folder and the free space.").arg(raw));
+    if (!arguments.png.empty())
+        if (const auto painted = writeWave(bytes, static_cast<std::int32_t>(wave.reader().duration()), size,
+                                           QString::fromStdString(arguments.png));
+            !painted)
+            return Outcome::failed(painted.failure().sentence);
     const std::span<const std::int16_t> values(reinterpret_cast<const std::int16_t *>(bytes.constData()),
                                                static_cast<std::size_t>(bytes.size()) / sizeof(std::int16_t));
     const auto [least, most] = std::minmax_element(values.begin(), values.end());
@@ -104,6 +133,8 @@ void addWaveCommand(CLI::App &root, CommandSession &session) {
     command.add_option("FILE", arguments->file, "The sound file")->required();
     command.add_option("--raw", arguments->raw, "Writes the levels there, as signed 16-bit little-endian values")
         ->type_name("OUT");
+    command.add_option("--png", arguments->png, "Writes the wave there as the editor shows it")->type_name("OUT");
+    command.add_option("--size", arguments->size, "How large, in pixels")->type_name("WxH");
 }
 
 } // namespace cantorel

@@ -163,6 +163,14 @@ TEST(WaveCommand, AnswersTheSeriesAndWritesItInPlaceOfAnother) {
         QStringList(R"({"channels":2,"duration":0.000625,"max":8192,"min":-16384,"sampleRate":48000,"values":2})"));
     EXPECT_EQ(test::contents(raw), QByteArray("\x00\xC0\x00\x20", 4));
 
+    const QString picture = folder.filePath("wave.png");
+    ASSERT_EQ(runCommand({"wave", sound, "--png", picture, "--size", "300x100"}).status, 0);
+    const QByteArray png = test::contents(picture);
+    EXPECT_TRUE(png.startsWith("\x89PNG"));
+    EXPECT_EQ(png.mid(16, 8), QByteArray("\0\0\x01\x2C\0\0\0\x64", 8)); // its sides
+    for (const char *size : {"300", "10x100", "300x20", "99999x100", "axb"})
+        EXPECT_EQ(runCommand({"wave", sound, "--png", picture, "--size", size}).status, 2) << size;
+
     EXPECT_EQ(runCommand({"wave", folder.filePath("missing.wav")}).status, 1);
     ASSERT_EQ(runCommand({"wave", raw, "--raw", sound}).status, 1);
     EXPECT_GT(QFileInfo(sound).size(), 200); // not touched by a reading that fails
