@@ -55,11 +55,9 @@ media::MediaTime ZQAudioPlayer::currentMediaTime() const {
 }
 
 void ZQAudioPlayer::play() {
-    if (!mPlayer || !mPlayer->play()) {
-        _updateCurrentPlayTime();
-        return;
-    }
-    mObserver = mClock.every(kObserved, [this] { _updateCurrentPlayTime(); });
+    mObserver.reset();
+    if (mPlayer && mPlayer->play())
+        mObserver = mClock.every(kObserved, [this] { _updateCurrentPlayTime(); });
     _updateCurrentPlayTime();
 }
 
@@ -87,23 +85,16 @@ void ZQAudioPlayer::setCurrentPlayTime(double seconds) {
 }
 
 void ZQAudioPlayer::_updateCurrentPlayTime() {
-    if (!isPlaying() && !mIsAtEnd)
+    if (!isPlaying() && !mObserver) // Its end is told apart from this.
         show(mShown, false);
     delegate->AudioPlayerDelegate_UpdateCurrentPlayingTime(currentTime());
 }
 
 void ZQAudioPlayer::ended(bool completely) {
-    mObserver.reset();
-    if (!completely) { // it can go on from there
-        _updateCurrentPlayTime();
-        return;
-    }
-    if (mShown != Shown::PlayingCuts)
-        return stop();
-    // The button stays as it is while the delegate decides; a stop turns it off.
-    mIsAtEnd = true;
-    delegate->AudioPlayerDelegate_UpdateCurrentPlayingTime(duration());
-    mIsAtEnd = false;
+    if (!completely) // it can go on from there
+        return pause();
+    if (mShown == Shown::PlayingCuts) // The delegate may seek the next selection, or stop.
+        delegate->AudioPlayerDelegate_UpdateCurrentPlayingTime(duration());
     if (mShown == Shown::PlayingCuts && mPlayer && !mPlayer->hasMoved())
         play(); // with the selection that was sought
     else

@@ -75,11 +75,10 @@ private:
 
     foundation::Clock &mClock;
     std::unique_ptr<media::Player> mPlayer;
-    std::unique_ptr<foundation::Timer> mObserver; // while it plays
+    std::unique_ptr<foundation::Timer> mObserver; // from a play to what ends it
     media::MediaTime mSought;                     // by the last seek
     quint64 mGeneration = 0;                      // of what is prepared
     Shown mShown = Shown::Stopped;
-    bool mIsAtEnd = false; // while the delegate decides where it goes on
     bool mIsPlayEnabled = false;
     bool mIsCutsPlayEnabled = false;
 };
