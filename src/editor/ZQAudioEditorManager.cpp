@@ -122,6 +122,7 @@ void ZQAudioEditorManager::initStartEditSettings_() {
 }
 
 void ZQAudioEditorManager::initSettings() {
+    mSearch.reset();
     mCuts.clear();
     mPlayer.clear();
     mPlayer.setPlayButtonEnable(false);
@@ -315,6 +316,31 @@ void ZQAudioEditorManager::waveSizeDidChange(QSizeF size) {
     Q_EMIT headMoved();
 }
 
+// What lies between silences.
+
+void ZQAudioEditorManager::showBetweenSilences(double decibels, double leastSeconds) {
+    if (!canFind())
+        return;
+    if (!mSearch)
+        mSearch.emplace(SilenceFinder(mReader.audioWaveData(), mAsset->duration().seconds()), mCuts.ranges());
+    mSearch->found = mSearch->finder.find(decibels, leastSeconds);
+    showRanges(mSearch->found.sound.isEmpty() ? mSearch->before : mSearch->found.sound);
+}
+
+void ZQAudioEditorManager::acceptFound() {
+    const auto search = std::exchange(mSearch, {});
+    if (!search || search->found.sound.isEmpty())
+        return;
+    remember();
+    mUndo.back().cuts = search->before;
+    Q_EMIT stateChanged();
+}
+
+void ZQAudioEditorManager::dropFound() {
+    if (const auto search = std::exchange(mSearch, {}))
+        showRanges(search->before);
+}
+
 // Undo.
 
 ZQAudioEditorManager::Step ZQAudioEditorManager::now() const {
@@ -323,6 +349,7 @@ ZQAudioEditorManager::Step ZQAudioEditorManager::now() const {
 
 // what: several changes of it are one step.
 void ZQAudioEditorManager::remember(const void *what) {
+    acceptFound();
     if (!what || what != mLastChange) {
         mUndo.push_back(now());
         mRedo.clear();
@@ -331,13 +358,19 @@ void ZQAudioEditorManager::remember(const void *what) {
 }
 
 void ZQAudioEditorManager::undo() {
-    if (canUndo())
+    if (!canUndo())
+        return;
+    if (mSearch)
+        dropFound();
+    else
         go(mUndo, mRedo);
 }
 
 void ZQAudioEditorManager::redo() {
-    if (canRedo())
-        go(mRedo, mUndo);
+    if (!canRedo())
+        return;
+    dropFound();
+    go(mRedo, mUndo);
 }
 
 void ZQAudioEditorManager::go(std::vector<Step> &from, std::vector<Step> &to) {
@@ -349,18 +382,21 @@ void ZQAudioEditorManager::go(std::vector<Step> &from, std::vector<Step> &to) {
 }
 
 void ZQAudioEditorManager::go(const Step &step) {
-    if (isReady() && step.asset == mAsset) {
-        mCuts.setRanges(step.cuts);
-        if (mCuts.isEmpty() && mPlayer.isPlaying())
-            mPlayer.stop();
-        return cutsDidChange();
-    }
+    if (isReady() && step.asset == mAsset)
+        return showRanges(step.cuts);
     mWanted = step;
     mSourceURL = step.url;
     if (step.asset && step.asset->url().isEmpty())
         editaudioWithCompositionAsset(step.asset, step.name);
     else
         open(step.url);
+}
+
+void ZQAudioEditorManager::showRanges(const QList<CutList::Range> &ranges) {
+    mCuts.setRanges(ranges);
+    if (mCuts.isEmpty() && mPlayer.isPlaying())
+        mPlayer.stop();
+    cutsDidChange();
 }
 
 // Playing.

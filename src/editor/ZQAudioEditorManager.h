@@ -5,6 +5,7 @@
 #include "editor/ZQAudioReader.h"
 #include "editor/models/CutList.h"
 #include "editor/models/EditorDelegates.h"
+#include "editor/models/SilenceFinder.h"
 #include "editor/models/WaveGeometry.h"
 #include "editor/operations/ZQAudioEditor.h"
 #include "editor/playback/ZQAudioPlayer.h"
@@ -72,9 +73,18 @@ public:
     bool canDelete() const;
     bool canClear() const { return isReady() && !mCuts.isEmpty(); }
     bool canType() const;
+    bool canFind() const { return isReady() && mGeometry.audioDuration() > 0; }
+
+    // What lies between silences, shown in place of the selections. It becomes one step once it is accepted, or
+    // something else is done with it; until then undoing or dropping it puts back what was there. Nothing that is found
+    // leaves what was there.
+    void showBetweenSilences(double decibels, double leastSeconds);
+    void acceptFound();
+    void dropFound();
+    const SilenceFinder::Found *found() const { return mSearch ? &mSearch->found : nullptr; }
 
     // What a person did to the sound and the selections, step by step.
-    bool canUndo() const { return isReady() && !mUndo.empty(); }
+    bool canUndo() const { return isReady() && (mSearch || !mUndo.empty()); }
     bool canRedo() const { return isReady() && !mRedo.empty(); }
     void undo();
     void redo();
@@ -139,9 +149,15 @@ private:
         QList<CutList::Range> cuts;
         double head = 0;
     };
+    struct Search {
+        SilenceFinder finder;
+        QList<CutList::Range> before; // the selections
+        SilenceFinder::Found found;
+    };
     Step now() const;
     void remember(const void *what = nullptr);
     void go(const Step &step);
+    void showRanges(const QList<CutList::Range> &ranges);
     void go(std::vector<Step> &from, std::vector<Step> &to);
 
     void open(const QUrl &url);
@@ -183,6 +199,7 @@ private:
     std::optional<double> mPlayUntil; // the end of the one selection that is played
     std::optional<Step> mWanted;      // what to show once it is read
     std::vector<Step> mUndo, mRedo;
+    std::optional<Search> mSearch;     // of silences; what it has found is shown
     const void *mLastChange = nullptr; // what one step of undo takes together
     // What is exported once its place is known.
     ZQAudioExportFormat mExportFormat;

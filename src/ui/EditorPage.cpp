@@ -174,11 +174,16 @@ void EditorPage::makeActions() {
     connect(mExport, &QToolButton::clicked, &mManager, &ZQAudioEditorManager::showExportInfo);
     connect(mPlay, &PlayButton::clicked, &mManager, &ZQAudioEditorManager::playOrPause);
     connect(mPlayCuts, &QPushButton::clicked, &mManager, &ZQAudioEditorManager::playCuts);
-    for (QPushButton *button : {&mCutInfo->add(), &mCutInfo->remove(), &mCutInfo->clear()})
+    for (QPushButton *button : {&mCutInfo->add(), &mCutInfo->remove(), &mCutInfo->clear(), &mCutInfo->find()})
         button->setFocusPolicy(Qt::TabFocus);
     connect(&mCutInfo->add(), &QPushButton::clicked, &mManager, &ZQAudioEditorManager::addNewCutEntity);
     connect(&mCutInfo->remove(), &QPushButton::clicked, &mManager, &ZQAudioEditorManager::deleteEntity);
     connect(&mCutInfo->clear(), &QPushButton::clicked, &mManager, &ZQAudioEditorManager::clearAllSelectedCutEntitys);
+    connect(&mCutInfo->find(), &QPushButton::clicked, this, [this] {
+        openPanel();
+        mPanel->ask(EditorPanel::Asks::Silences);
+    });
+    connect(this, &Page::panelClosed, &mManager, &ZQAudioEditorManager::dropFound);
     connect(mUndo, &QPushButton::clicked, this, [this] {
         tell(Strip::Kind::Hint, {}, false);
         mWave->head().setFocus(Qt::OtherFocusReason); // The button goes.
@@ -290,6 +295,7 @@ void EditorPage::showState() {
     mCutInfo->setAddCutAreaFunctionEnable(mManager.canAdd());
     mCutInfo->setDeleteAreaFunctionEnable(mManager.canDelete());
     mCutInfo->setClearButtonEnable(mManager.canClear());
+    mCutInfo->find().setEnabled(mManager.canFind());
     mCutInfo->setcutAreaTimeControllerEnable(mManager.canType());
     mTo->setText(mManager.audioFileDuration());
 }
@@ -356,6 +362,7 @@ void EditorPage::showTexts() {
     mCutInfo->remove().setText(Lang::btnDelete());
     mCutInfo->remove().setToolTip(Lang::toolsEditorDeleteCut());
     mCutInfo->clear().setText(Lang::btnClear());
+    mCutInfo->find().setText(Lang::windowBetweenSilences());
     mUndo->setText(Lang::windowUndo());
     mReveal->setText(Lang::btnShowInFinder());
     mNews->close().setToolTip(Lang::btnClose());
@@ -384,6 +391,7 @@ void EditorPage::showIcons() {
     mCutInfo->add().setIcon(icon(QStringLiteral("plus"), palette()));
     mCutInfo->remove().setIcon(icon(QStringLiteral("wastebasket"), palette()));
     mCutInfo->clear().setIcon(icon(QStringLiteral("close"), palette()));
+    mCutInfo->find().setIcon(icon(QStringLiteral("split"), palette()));
 }
 
 // The person does.

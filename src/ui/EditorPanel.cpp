@@ -4,6 +4,7 @@
 #include "lang/Lang.h"
 #include "tags/id3Tag.h"
 #include "tags/pictures/DecodedPicture.h"
+#include "ui/Fields.h"
 #include "ui/FileDialogs.h"
 #include "ui/PageParts.h"
 #include "ui/look/Look.h"
@@ -11,9 +12,15 @@
 
 #include <QBoxLayout>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPushButton>
+#include <QSlider>
+
+#include <cmath>
+#include <utility>
 
 namespace cantorel::ui {
 
@@ -23,6 +30,8 @@ using Exporting = ZQAudioEditExportController;
 
 constexpr const char *kNames[] = {"exportTitle", "exportArtist", "exportAlbum", "exportYear", "exportGenre"};
 constexpr int kCover = 88;
+constexpr int kSoftest = -80, kLoudest = -1, kThreshold = -40; // in decibels
+constexpr double kShortest = 0.1, kLongest = 60, kLeast = 1;   // silences, in seconds
 
 QString menuText(InsertType type) {
     switch (type) {
@@ -40,14 +49,15 @@ QString menuText(InsertType type) {
     return {};
 }
 
-} // namespace
-
-QString insertText(InsertType type) {
-    QString text = menuText(type);
+QString withoutDots(QString text) {
     while (text.endsWith(QLatin1Char('.')) || text.endsWith(QChar(0x2026)))
         text.chop(1);
     return text;
 }
+
+} // namespace
+
+QString insertText(InsertType type) { return withoutDots(menuText(type)); }
 
 EditorPanel::EditorPanel(ZQAudioEditorManager &manager, QWidget *parent)
     : PagePanel(parent),
@@ -61,6 +71,8 @@ EditorPanel::EditorPanel(ZQAudioEditorManager &manager, QWidget *parent)
       mMode(new QComboBox(this)),
       mGenre(new QComboBox(this)),
       mImage(new QWidget(this)),
+      mThreshold(new QSlider(Qt::Horizontal, this)),
+      mShortest(new QDoubleSpinBox(this)),
       mAddImage(new QPushButton(mImage)),
       mDeleteImage(new QPushButton(mImage)),
       mClear(new QPushButton(this)),
@@ -71,6 +83,7 @@ EditorPanel::EditorPanel(ZQAudioEditorManager &manager, QWidget *parent)
     mCancel->setObjectName(QStringLiteral("cancelEdit"));
     mTrouble->setObjectName(QStringLiteral("editTrouble"));
     mTrouble->setWordWrap(true);
+    makeSilences();
     makeInsert();
     makeExport();
     fields().addStretch();
@@ -85,6 +98,10 @@ EditorPanel::EditorPanel(ZQAudioEditorManager &manager, QWidget *parent)
     connect(&mManager.exporting(), &Exporting::changed, this, [this] {
         if (mAsks == Asks::Export)
             showExport();
+    });
+    connect(&mManager, &ZQAudioEditorManager::cutsChanged, this, [this] {
+        if (mAsks == Asks::Silences)
+            showSilences();
     });
     showTexts();
 }
@@ -151,24 +168,48 @@ void EditorPanel::makeExport() {
     mExportParts << mClear;
 }
 
+void EditorPanel::makeSilences() {
+    mThreshold->setObjectName(QStringLiteral("silenceThreshold"));
+    mThreshold->setRange(kSoftest, kLoudest);
+    mThreshold->setValue(kThreshold);
+    mShortest->setObjectName(QStringLiteral("shortestSilence"));
+    mShortest->setDecimals(1);
+    mShortest->setSingleStep(kShortest);
+    mShortest->setRange(kShortest, kLongest);
+    mShortest->setValue(kLeast);
+    addGroupField(mSilenceParts, mThresholdLabel, *mThreshold);
+    addGroupField(mSilenceParts, mShortestLabel, *mShortest);
+    connect(mThreshold, &QSlider::valueChanged, this, [this] { find(); });
+    connect(mShortest, &QDoubleSpinBox::valueChanged, this, [this] { find(); });
+}
+
+void EditorPanel::find() {
+    mManager.showBetweenSilences(mThreshold->value(), mShortest->value());
+    showSilences();
+}
+
 QLineEdit *EditorPanel::lineOf(std::size_t field) const {
     return field == Exporting::Genre ? mGenre->lineEdit() : static_cast<QLineEdit *>(mTags[field]);
 }
 
 void EditorPanel::ask(Asks what) {
+    if (what != Asks::Silences) // which may have been asked for before
+        mManager.acceptFound();
     mAsks = what;
-    const bool isInsert = what == Asks::Insert;
-    for (QWidget *part : mInsertParts)
-        part->setVisible(isInsert);
-    for (QWidget *part : mExportParts)
-        part->setVisible(!isInsert);
+    for (const auto &[asks, parts] : {std::pair(Asks::Insert, &mInsertParts), std::pair(Asks::Export, &mExportParts),
+                                      std::pair(Asks::Silences, &mSilenceParts)})
+        for (QWidget *part : *parts)
+            part->setVisible(asks == what);
     mTrouble->clear();
     mTrouble->hide();
+    mConfirm->setEnabled(true);
     showTexts();
-    if (isInsert)
+    if (what == Asks::Silences)
+        find();
+    if (what == Asks::Insert)
         mPosition->setFocus(Qt::TabFocusReason);
     else
-        mFormat->setFocus(Qt::OtherFocusReason);
+        (what == Asks::Export ? static_cast<QWidget *>(mFormat) : mThreshold)->setFocus(Qt::OtherFocusReason);
 }
 
 void EditorPanel::showInsert() {
@@ -208,6 +249,29 @@ void EditorPanel::showExport() {
     mDeleteImage->setVisible(hasTags && !image.isNull());
 }
 
+void EditorPanel::showSilences() {
+    const QLocale locale = Lang::locale();
+    const auto level = [&locale](QString text, double decibels) {
+        return text.replace(QLatin1String("[#Level#]"), locale.toString(qRound(decibels)));
+    };
+    const QString below = level(Lang::windowSilenceBelow(), mThreshold->value());
+    mThresholdLabel->setText(below);
+    mThreshold->setAccessibleName(below);
+    const SilenceFinder::Found *found = mManager.found();
+    const auto count = found ? found->sound.size() : 0;
+    mConfirm->setEnabled(count > 0);
+    mTrouble->setVisible(found);
+    if (!found)
+        return;
+    setInk(*mTrouble, count > 0 ? Look::tokens().text : Look::tokens().red);
+    // Rounded down: a silence that is too short never looks long enough.
+    mTrouble->setText(count > 0           ? QStringLiteral("%1: %2").arg(Lang::toolsEditorSelection()).arg(count)
+                      : found->hasSilence ? level(Lang::windowNothingLouder(), found->loudest)
+                                          : Lang::windowNoSuchSilence().replace(
+                                              QLatin1String("[#Seconds#]"),
+                                              locale.toString(std::floor(found->longest * 100) / 100, 'f', 2)));
+}
+
 void EditorPanel::chooseImage() {
     chooseFiles(*this, Lang::toolsID3TagsArtwork(), [this](const QStringList &files) {
         if (!mManager.exporting().addNewArtworkImage(files.constFirst())) {
@@ -236,8 +300,12 @@ void EditorPanel::confirm() {
             mTrouble->show();
             return;
         }
-    } else
+    } else if (mAsks == Asks::Export)
         mManager.exportAudio();
+    else if (mConfirm->isEnabled())
+        mManager.acceptFound();
+    else
+        return;
     Q_EMIT done();
 }
 
@@ -250,7 +318,9 @@ void EditorPanel::keyPressEvent(QKeyEvent *event) {
 
 void EditorPanel::showTexts() {
     const QString colon = QStringLiteral(":");
-    setTitle(mAsks == Asks::Insert ? insertText(mManager.inserting().type()) : Lang::toolsExportTitle());
+    setTitle(mAsks == Asks::Insert   ? insertText(mManager.inserting().type())
+             : mAsks == Asks::Export ? Lang::toolsExportTitle()
+                                     : withoutDots(Lang::windowBetweenSilences()));
     mFileLabel->setText(Lang::commFileInformation());
     mPositionLabel->setText(Lang::windowPosition());
     mPosition->setAccessibleName(Lang::windowPosition());
@@ -275,12 +345,20 @@ void EditorPanel::showTexts() {
         mTags[field]->setAccessibleName(texts[field]);
         lineOf(field)->setAccessibleName(texts[field]);
     }
-    mConfirm->setText(mAsks == Asks::Insert ? Lang::toolsEditorButtonInsert() : Lang::toolsExportTitle());
+    mShortestLabel->setText(Lang::windowShortestSilence());
+    mShortest->setAccessibleName(Lang::windowShortestSilence());
+    mShortest->setLocale(Lang::locale());
+    showUnit(*mShortest, Lang::windowSeconds());
+    mConfirm->setText(mAsks == Asks::Insert   ? Lang::toolsEditorButtonInsert()
+                      : mAsks == Asks::Export ? Lang::toolsExportTitle()
+                                              : Lang::btnOK());
     mCancel->setText(Lang::btnCancel());
     if (mAsks == Asks::Insert)
         showInsert();
-    else
+    else if (mAsks == Asks::Export)
         showExport();
+    else
+        showSilences();
 }
 
 } // namespace cantorel::ui

@@ -9,8 +9,10 @@
 #include <array>
 
 class QComboBox;
+class QDoubleSpinBox;
 class QLineEdit;
 class QPushButton;
+class QSlider;
 
 namespace cantorel {
 class ZQAudioEditorManager;
@@ -21,7 +23,7 @@ namespace cantorel::ui {
 // What an insert operation is called.
 QString insertText(InsertType type);
 
-// The panel of the editor: where and how long to insert, or as what to export.
+// The panel of the editor: where and how long to insert, as what to export, or between which silences to select.
 class EditorPanel : public PagePanel, private AudioTimeDelegate {
     Q_OBJECT
 
@@ -29,7 +31,7 @@ public:
     // manager: outlives it.
     EditorPanel(ZQAudioEditorManager &manager, QWidget *parent);
 
-    enum class Asks { Insert, Export };
+    enum class Asks { Insert, Export, Silences };
     void ask(Asks what);
     void showTexts();
 
@@ -40,9 +42,12 @@ Q_SIGNALS:
 private:
     void makeInsert();
     void makeExport();
+    void makeSilences();
+    void find();
     void addGroupField(QList<QWidget *> &group, QLabel *&label, QWidget &field);
     void showInsert();
     void showExport();
+    void showSilences();
     void confirm();
     void chooseImage();
     QLineEdit *lineOf(std::size_t field) const;
@@ -51,13 +56,16 @@ private:
 
     ZQAudioEditorManager &mManager;
     Asks mAsks = Asks::Insert;
-    QList<QWidget *> mInsertParts, mExportParts;
+    QList<QWidget *> mInsertParts, mExportParts, mSilenceParts;
     QLabel *mFile, *mTrouble, *mFileLabel = nullptr, *mPositionLabel = nullptr, *mLengthLabel = nullptr;
     ZQAudioTimeView *mPosition, *mLength;
     QLabel *mFormatLabel = nullptr, *mModeLabel = nullptr, *mCoverLabel = nullptr, *mCover;
     QComboBox *mFormat, *mMode, *mGenre;
     QWidget *mImage;
+    QSlider *mThreshold;
+    QDoubleSpinBox *mShortest;
     QPushButton *mAddImage, *mDeleteImage, *mClear, *mConfirm, *mCancel;
+    QLabel *mThresholdLabel = nullptr, *mShortestLabel = nullptr;
     std::array<QWidget *, 5> mTags{};
     std::array<QLabel *, 5> mTagLabels{};
 };

@@ -60,6 +60,7 @@ void Page::closePanel() {
         mBeforePanel->setFocus(Qt::OtherFocusReason);
     else
         begin();
+    Q_EMIT panelClosed();
 }
 
 void Page::goBack() {

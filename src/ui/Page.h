@@ -41,6 +41,7 @@ public:
 
 Q_SIGNALS:
     void closed();
+    void panelClosed();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;

@@ -8,11 +8,13 @@
 #include "ui/WaveArea.h"
 
 #include <QAccessible>
+#include <QDoubleSpinBox>
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSlider>
 #include <QTabWidget>
 #include <QTableView>
 
@@ -258,6 +260,55 @@ TEST_F(EditorPage, WhatIsInsertedCanBeUndone) {
     ASSERT_TRUE(isReady());
     EXPECT_EQ(manager().audioFileName(), "Short.wav");
     EXPECT_EQ(times(), before);
+}
+
+TEST_F(EditorPage, WhatLiesBetweenSilencesIsSelectedWhileTheThresholdIsTriedOutAndIsOneStep) {
+    std::vector<float> samples(20 * 48'000 * 2); // soft from 5 to 7 seconds, silent from 12 to 12.7
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double t = static_cast<double>(i / 2) / 48'000;
+        const double volume = t >= 5 && t < 7 ? 0.002 : t >= 12 && t < 12.7 ? 0 : 0.5;
+        samples[i] = static_cast<float>(volume * std::sin(t * 700));
+    }
+    ASSERT_TRUE(test::writeWav(path("Pieces.wav"), samples));
+    open(path("Pieces.wav"));
+    select(2, 3);
+    const auto before = times();
+    const auto expectFound = [&](const char *told, const std::vector<double> &expected) {
+        EXPECT_EQ(find<QLabel>("editTrouble")->text().toStdString(), told);
+        ASSERT_EQ(times().size(), expected.size()) << told;
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            EXPECT_NEAR(times()[i], expected[i], 0.03) << told;
+        EXPECT_EQ(find<QWidget>("confirmEdit")->isEnabled(), expected != before) << told;
+    };
+    click("findCuts");
+    expectFound("Selection: 2", {0, 5, 7, 20});
+    auto *threshold = find<QSlider>("silenceThreshold");
+    EXPECT_EQ(threshold, QApplication::focusWidget());
+    photograph(window, "editor-silences");
+    threshold->setValue(-70);
+    expectFound("No silence is that long; the longest is 0.68 s.", before);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(threshold->isVisible()) << "there is nothing to accept";
+    threshold->setValue(-1);
+    expectFound("Nothing is louder than that; the loudest reaches -6 dB.", before);
+    threshold->setValue(-40);
+    find<QDoubleSpinBox>("shortestSilence")->setValue(0.5);
+    expectFound("Selection: 3", {0, 5, 7, 12, 12.7, 20});
+    window.editorPage().goBack();
+    EXPECT_EQ(times(), before) << "it is not wanted";
+    click("findCuts");
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(times(), before) << "nor here";
+    threshold->setValue(-41);
+    press(Qt::Key_Return);
+    EXPECT_FALSE(threshold->isVisible());
+    EXPECT_EQ(times().size(), 6u);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(times(), before) << "one step";
+    click("findCuts");
+    find<QToolButton>("insertAudio")->menu()->actions()[0]->trigger();
+    click("cancelEdit");
+    EXPECT_EQ(times().size(), 6u) << "who goes on with what is found accepts it";
 }
 
 TEST_F(EditorPage, AnExportAsksForTypeTagsAndNameAndJoinsTheLibrary) {

@@ -104,6 +104,9 @@ public:
         editor.actionForEditToolInsertMute();
         look("insert");
         window.editorPage().goBack();
+        find<QAbstractButton>("findCuts")->click();
+        look("silences");
+        window.editorPage().goBack();
         window.editorPage().goBack();
     }
     // The library with a recording chosen whose tags can be edited.

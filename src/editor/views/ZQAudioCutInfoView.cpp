@@ -24,6 +24,7 @@ ZQAudioCutInfoView::ZQAudioCutInfoView(AudioCutInfoDelegate &infoDelegate, QWidg
       mAdd(new QPushButton(this)),
       mDelete(new QPushButton(this)),
       mClear(new QPushButton(this)),
+      mFind(new QPushButton(this)),
       mRow(new QHBoxLayout(this)),
       mFields(new QHBoxLayout(mFieldBox)),
       mButtons(new QHBoxLayout) {
@@ -32,6 +33,7 @@ ZQAudioCutInfoView::ZQAudioCutInfoView(AudioCutInfoDelegate &infoDelegate, QWidg
     mAdd->setObjectName(QStringLiteral("addCut"));
     mDelete->setObjectName(QStringLiteral("deleteCut"));
     mClear->setObjectName(QStringLiteral("clearCuts"));
+    mFind->setObjectName(QStringLiteral("findCuts"));
     mFields->setContentsMargins({});
     mFields->setSpacing(measure::kMargin);
     const auto addField = [this](QLabel &label, ZQAudioTimeView &field) {
@@ -51,8 +53,9 @@ ZQAudioCutInfoView::ZQAudioCutInfoView(AudioCutInfoDelegate &infoDelegate, QWidg
     addField(*mEndLabel, *mEnd);
     mDelete->setFlat(true);
     mClear->setFlat(true);
+    mFind->setFlat(true);
     mButtons->setSpacing(measure::kGap);
-    for (QPushButton *button : {mAdd, mDelete, mClear})
+    for (QPushButton *button : {mAdd, mDelete, mClear, mFind})
         mButtons->addWidget(button, 0, Qt::AlignLeft);
     mButtons->addStretch();
     mRow->setContentsMargins({});
@@ -103,7 +106,7 @@ void ZQAudioCutInfoView::showTexts(const QString &start, const QString &end) {
 
 QSize ZQAudioCutInfoView::minimumSizeHint() const {
     int width = std::max(mLead->minimumSizeHint().width(), mStart->sizeHint().width());
-    for (const QPushButton *button : {mAdd, mDelete, mClear})
+    for (const QPushButton *button : {mAdd, mDelete, mClear, mFind})
         width = std::max(width, button->sizeHint().width());
     return {width, mRow->minimumSize().height()};
 }
@@ -112,7 +115,7 @@ QSize ZQAudioCutInfoView::minimumSizeHint() const {
 void ZQAudioCutInfoView::fit() {
     const int fields = 2 * mStart->sizeHint().width() + measure::kMargin;
     int buttons = 0;
-    for (const QPushButton *button : {mAdd, mDelete, mClear})
+    for (const QPushButton *button : {mAdd, mDelete, mClear, mFind})
         buttons += button->sizeHint().width() + measure::kGap;
     const auto turn = [this](QBoxLayout &layout, bool isRow) {
         const auto wanted = isRow ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom;

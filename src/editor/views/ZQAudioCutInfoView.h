@@ -32,6 +32,7 @@ public:
     QPushButton &add() { return *mAdd; }
     QPushButton &remove() { return *mDelete; }
     QPushButton &clear() { return *mClear; }
+    QPushButton &find() { return *mFind; } // selections between silences
     void showTexts(const QString &start, const QString &end);
 
     // As narrow as its widest part.
@@ -49,7 +50,7 @@ private:
     QWidget *mLead, *mFieldBox;
     QLabel *mStartLabel, *mEndLabel;
     ZQAudioTimeView *mStart, *mEnd;
-    QPushButton *mAdd, *mDelete, *mClear;
+    QPushButton *mAdd, *mDelete, *mClear, *mFind;
     QBoxLayout *mRow, *mFields, *mButtons;
     double mMinTimeValue = 0, mMaxTimeValue = 0;
     foundation::NotificationCenter::Subscription mRectDidChange;
