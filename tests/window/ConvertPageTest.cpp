@@ -6,12 +6,15 @@
 
 #include <QDir>
 #include <QDropEvent>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
+#include <QToolButton>
+#include <QToolTip>
 
 namespace cantorel {
 namespace {
@@ -88,7 +91,6 @@ public:
         auto *table = find<QTableView>("convertRows");
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(rows().index(row, column)).center());
     }
-
     Launcher *launcher = new Launcher; // which the services own
 };
 
@@ -163,6 +165,46 @@ TEST_F(ConvertPage, WhileAnotherPageIsShownAStripTellsHowFarItIsAndStopsIt) {
     EXPECT_FALSE(QFile::exists(path("Long.mp3")));
     click("convertStripClose");
     EXPECT_FALSE(find<QWidget>("convertStrip")->isVisible());
+}
+
+TEST_F(ConvertPage, MovingARowToAnEndKeepsTheFocusAndTheSelection) {
+    openFromLibrary(sound("One.wav"));
+    ASSERT_TRUE(drop({sound("Two.wav"), sound("Three.wav")}));
+    ASSERT_TRUE(hasRows(3));
+    const struct {
+        const char *button;
+        int from, to;
+        QStringList names;
+    } moves[] = {{"convertDown", 1, 2, {"One", "Three", "Two"}}, {"convertUp", 1, 0, {"Three", "One", "Two"}}};
+    auto *table = find<QTableView>("convertRows");
+    for (const auto &[name, from, to, moved] : moves) {
+        table->selectRow(from);
+        auto *button = find<QToolButton>(name);
+        button->setFocus();
+        QTest::keyClick(button, Qt::Key_Space);
+        QTest::keyClick(button, Qt::Key_Space); // nothing moves any more
+        EXPECT_EQ(names(), moved);
+        EXPECT_TRUE(button->hasFocus());
+        EXPECT_TRUE(table->selectionModel()->isRowSelected(to));
+    }
+}
+
+TEST_F(ConvertPage, AReasonThatLacksRoomIsToldWhole) {
+    const QString name = "A <b> " + QString(180, 'x');
+    test::store(path(qPrintable(name + ".mp3")), "no sound");
+    openFromLibrary(path(qPrintable(name + ".mp3")));
+    ASSERT_TRUE(passUntil([&] { return line(0).endsWith("can be read."); })) << line(0).toStdString();
+    auto *table = find<QTableView>("convertRows");
+    for (const Column column : {Column::Name, Column::Status}) {
+        const QModelIndex cell = rows().index(0, column);
+        QHelpEvent help(QEvent::ToolTip, table->visualRect(cell).center(),
+                        table->viewport()->mapToGlobal(table->visualRect(cell).center()));
+        QApplication::sendEvent(table->viewport(), &help);
+        EXPECT_EQ(QToolTip::text(), "<p>" + (name + ", " + line(0)).toHtmlEscaped() + "</p>");
+        QToolTip::hideText();
+    }
+    EXPECT_TRUE(rows().index(0, Column::Name).data(Qt::AccessibleTextRole).toString().endsWith(line(0)));
+    photograph(window, "convert-reason");
 }
 
 } // namespace
