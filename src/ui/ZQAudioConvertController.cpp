@@ -12,6 +12,7 @@
 
 #include <QBoxLayout>
 #include <QDragEnterEvent>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
@@ -256,6 +257,8 @@ QString ZQAudioConvertController::summaryText() const {
         parts << Lang::windowFailedCount().replace(QLatin1String("[#Count#]"), QString::number(summary.failed));
     if (!summary.mergeFailure.isEmpty())
         parts << Lang::sentence(summary.mergeFailure);
+    if (!summary.mergedPath.isEmpty())
+        parts << QFileInfo(summary.mergedPath).fileName();
     return parts.join(QStringLiteral(". "));
 }
 
