@@ -44,12 +44,10 @@ constexpr foundation::SentenceKey kConvertNoProgram("ConvertNoProgram");
 constexpr foundation::SentenceKey kConvertTimedOut("ConvertTimedOut", "FileName");
 constexpr foundation::SentenceKey kConvertEnded("ConvertEnded", "FileName");
 constexpr foundation::SentenceKey kConvertIncomplete("ConvertIncomplete", "FileName");
-constexpr foundation::SentenceKey kConvertTooLong("ConvertTooLong", "FileName");
 constexpr foundation::SentenceKey kConvertOther("ConvertOther", "FileName", "Reason");
 constexpr foundation::SentenceKey kJoinChannels("JoinChannels", "FileName");
 
-constexpr double kWaveBytesPerSecond = 44100 * 4; // of what the queue makes
-constexpr double kLongestWave = 4294967295.0 / kWaveBytesPerSecond;
+constexpr double kLongWave = 6 * 3600;  // seconds; a WAV of the queue comes to 4 GiB after 6.7 hours
 constexpr qsizetype kLongestName = 255; // bytes
 
 // As much of the stem as leaves room for the rest of a file name.
@@ -141,9 +139,6 @@ Result<media::SoundFacts> sumOf(const QStringList &paths, const ConvertPreset &p
         sum.seconds += part.seconds;
         sum.padding += part.padding;
     }
-    if (preset.format == QLatin1String("wav") && sum.seconds > kLongestWave)
-        return Failure{kConvertTooLong(QFileInfo(paths.front()).fileName()),
-                       QStringLiteral("%1 s as WAV").arg(sum.seconds)};
     return sum;
 }
 
@@ -163,6 +158,14 @@ QString lackOfJoined(const QString &path, const media::SoundFacts &sum, const st
     if (std::abs(seconds - sum.seconds) <= sum.padding)
         return {};
     return QStringLiteral("%1 s of %2 s can be decoded").arg(seconds).arg(sum.seconds);
+}
+
+// A WAV may exceed 4 GiB, as RF64, where it may have to.
+QStringList withRoomFor(double seconds, const ConvertPreset &preset, QStringList arguments) {
+    if (preset.format == QLatin1String("wav") && seconds > kLongWave)
+        for (const char *option : {"-rf64", "auto"})
+            arguments.insert(arguments.size() - 2, QString::fromLatin1(option)); // before "-y" and the output
+    return arguments;
 }
 
 // A line per file. A name with a line feed can't stand in one, so a link of another name stands for it.
@@ -211,12 +214,11 @@ Result<QString> AudioConverter::convertFile(const FileToConvert &file, const Con
     const ConvertPreset &preset = file.preset;
     if (const auto lack = lackOf(converter, {input}))
         return *lack;
-    if (preset.format == QLatin1String("wav") && file.seconds > kLongestWave)
-        return Failure{kConvertTooLong(input), QStringLiteral("%1 s as WAV").arg(file.seconds)};
 
     const QString wanted = resultPath(file.folder, ToolFile::fileNameAtPath(input),
                                       preset.isAlac() ? QStringLiteral("(ALAC)") : QString(), preset.extension());
-    const QStringList arguments = getConvertArgumentsWithOutputPreset(preset, input, wanted);
+    const QStringList arguments =
+        withRoomFor(file.seconds, preset, getConvertArgumentsWithOutputPreset(preset, input, wanted));
     QString output = arguments.last();
     (void)ToolFile::createFolderAtPath(file.folder); // Where it is missing still, no file can be made in it.
     int error = 0;
@@ -297,9 +299,10 @@ Result<QString> AudioConverter::startMerge(const QStringList &paths, const Conve
         Log(QStringLiteral("Merge failed, concat file doesn't exist!,%1").arg(list));
         return media::folderFailed(ToolString::getTempDir(), 0);
     }
-    const QStringList arguments = {
-        QStringLiteral("-f"), QStringLiteral("concat"), QStringLiteral("-i"), list,
-        QStringLiteral("-c"), QStringLiteral("copy"),   QStringLiteral("-y"), withOutputFile};
+    const QStringList arguments =
+        withRoomFor(sum.value().seconds, usePreset,
+                    {QStringLiteral("-f"), QStringLiteral("concat"), QStringLiteral("-i"), list, QStringLiteral("-c"),
+                     QStringLiteral("copy"), QStringLiteral("-y"), withOutputFile});
     const QString folder = QFileInfo(withOutputFile).absolutePath();
     int error = 0;
     auto hidden = HiddenFile::create(folder, usePreset.extension(), error);

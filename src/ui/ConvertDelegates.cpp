@@ -70,8 +70,9 @@ void ConvertRowDelegate::paintName(QPainter &painter, const QStyleOptionViewItem
     line.translate(0, titleMetrics.height());
     line.setHeight(secondMetrics.height());
     const bool isUnderWay = statusOf(index) == ConvertStatus::Converting;
+    // In the middle: a reason begins with the name that stands above it.
     const QString below =
-        secondMetrics.elidedText(index.data(ConvertModel::LineRole).toString(), Qt::ElideRight, line.width());
+        secondMetrics.elidedText(index.data(ConvertModel::LineRole).toString(), Qt::ElideMiddle, line.width());
     painter.setFont(second);
     painter.setPen(index.data(ConvertModel::TroubleRole).toBool() ? tokens.red
                    : isUnderWay                                   ? tokens.text

@@ -7,6 +7,7 @@
 #include "tags/identify/RecordingIdentification.h"
 #include "ui/Deck.h"
 #include "ui/DetailsPanel.h"
+#include "ui/DropPlaces.h"
 #include "ui/FileDialogs.h"
 #include "ui/Icons.h"
 #include "ui/PageParts.h"
@@ -19,7 +20,6 @@
 #include <QAction>
 #include <QBoxLayout>
 #include <QDateTime>
-#include <QDragEnterEvent>
 #include <QEvent>
 #include <QFileInfo>
 #include <QHeaderView>
@@ -27,7 +27,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMimeData>
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollBar>
@@ -88,8 +87,8 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
       mConvert(flatButton(this, "convertSelected")),
       mReveal(flatButton(this, "reveal")),
       mToggle(flatButton(this, "showDetails")) {
-    setAcceptDrops(true);
     mSearch->setObjectName(QStringLiteral("search"));
+    mSearch->setAcceptDrops(false); // Files may be dropped here as well.
     // Qt's own button to clear it has all readers of pictures loaded.
     mClearSearch->setVisible(false);
     connect(mClearSearch, &QAction::triggered, mSearch, &QLineEdit::clear);
@@ -134,6 +133,10 @@ LibraryTab::LibraryTab(RecordedList &list, desktop::MediaControls *media, deskto
     mEmpty->setEnabled(false); // A quiet word.
     mStack->addWidget(mEmpty);
     page->addWidget(stacked, 1);
+    auto *places = new DropPlaces(*this, *mPage, *mTable); // owned by the tab
+    connect(places, &DropPlaces::convertWanted, this, &LibraryTab::convertWanted);
+    connect(places, &DropPlaces::editWanted, this, &LibraryTab::editWanted);
+    connect(places, &DropPlaces::addWanted, this, &LibraryTab::add);
     connect(&mPanel->back(), &QToolButton::clicked, this, [this] { toggleDetails(); });
     connect(mTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { showChoice(); });
     connect(mTable->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { showChoice(); });
@@ -745,19 +748,6 @@ void LibraryTab::keyPressEvent(QKeyEvent *event) {
         break;
     }
     QWidget::keyPressEvent(event);
-}
-
-void LibraryTab::dragEnterEvent(QDragEnterEvent *event) {
-    if (event->source() != mTable && !localFiles(*event->mimeData()).isEmpty()) {
-        event->setDropAction(Qt::CopyAction);
-        event->accept();
-    }
-}
-
-void LibraryTab::dropEvent(QDropEvent *event) {
-    event->setDropAction(Qt::CopyAction); // Nothing is moved.
-    event->accept();
-    add(localFiles(*event->mimeData()));
 }
 
 void LibraryTab::showEvent(QShowEvent *event) {

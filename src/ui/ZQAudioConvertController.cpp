@@ -12,6 +12,7 @@
 
 #include <QBoxLayout>
 #include <QDragEnterEvent>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
@@ -256,6 +257,8 @@ QString ZQAudioConvertController::summaryText() const {
         parts << Lang::windowFailedCount().replace(QLatin1String("[#Count#]"), QString::number(summary.failed));
     if (!summary.mergeFailure.isEmpty())
         parts << Lang::sentence(summary.mergeFailure);
+    if (!summary.mergedPath.isEmpty())
+        parts << QFileInfo(summary.mergedPath).fileName();
     return parts.join(QStringLiteral(". "));
 }
 
@@ -268,9 +271,8 @@ void ZQAudioConvertController::showState() {
     mEmpty->setVisible(count == 0);
     setInk(*mEmpty, Look::tokens().text2);
     const QList<int> rows = selected();
-    const bool isOne = rows.size() == 1;
-    mUp->setVisible(!isRunning && isOne && rows.constFirst() > 0);
-    mDown->setVisible(!isRunning && isOne && rows.constFirst() < count - 1);
+    for (QToolButton *button : {mUp, mDown}) // At an end of the list too: who moves a row there keeps the focus.
+        button->setVisible(!isRunning && rows.size() == 1 && count > 1);
     mRemove->setVisible(!isRunning && !rows.isEmpty());
     mOptions->setRunning(isRunning);
     mStart->setText(isRunning ? Lang::btnStop() : Lang::btnConvert());

@@ -1,4 +1,5 @@
 #include "platform/desktop/recorded/RecordedServices.h"
+#include "platform/media/SoundFacts.h"
 #include "tests/support/Wave.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
@@ -6,12 +7,18 @@
 
 #include <QDir>
 #include <QDropEvent>
+#include <QHelpEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
+#include <QTimer>
+#include <QToolButton>
+#include <QToolTip>
+#include <QWindow>
 
 namespace cantorel {
 namespace {
@@ -88,6 +95,28 @@ public:
         auto *table = find<QTableView>("convertRows");
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(rows().index(row, column)).center());
     }
+    // What the menu of a row offers; one of it is chosen.
+    QStringList menuOf(int row, const QString &chosen) {
+        QStringList offered;
+        QTimer looks;
+        QObject::connect(&looks, &QTimer::timeout, &looks, [&] {
+            auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            if (!menu || !offered.isEmpty())
+                return;
+            for (QAction *action : menu->actions()) {
+                offered << action->text();
+                if (action->text() == chosen)
+                    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+            }
+            menu->close(); // where it was not among them
+        });
+        looks.start(1);
+        auto *table = find<QTableView>("convertRows");
+        const QPoint at = table->visualRect(rows().index(row, Column::Name)).center();
+        QTest::mouseClick(window.windowHandle(), Qt::RightButton, {}, table->viewport()->mapTo(&window, at));
+        EXPECT_TRUE(passUntil([&] { return !offered.isEmpty(); }));
+        return offered;
+    }
 
     Launcher *launcher = new Launcher; // which the services own
 };
@@ -163,6 +192,98 @@ TEST_F(ConvertPage, WhileAnotherPageIsShownAStripTellsHowFarItIsAndStopsIt) {
     EXPECT_FALSE(QFile::exists(path("Long.mp3")));
     click("convertStripClose");
     EXPECT_FALSE(find<QWidget>("convertStrip")->isVisible());
+}
+
+TEST_F(ConvertPage, MovingARowToAnEndKeepsTheFocusAndTheSelection) {
+    openFromLibrary(sound("One.wav"));
+    ASSERT_TRUE(drop({sound("Two.wav"), sound("Three.wav")}));
+    ASSERT_TRUE(hasRows(3));
+    const struct {
+        const char *button;
+        int from, to;
+        QStringList names;
+    } moves[] = {{"convertDown", 1, 2, {"One", "Three", "Two"}}, {"convertUp", 1, 0, {"Three", "One", "Two"}}};
+    auto *table = find<QTableView>("convertRows");
+    for (const auto &[name, from, to, moved] : moves) {
+        table->selectRow(from);
+        auto *button = find<QToolButton>(name);
+        button->setFocus();
+        QTest::keyClick(button, Qt::Key_Space);
+        QTest::keyClick(button, Qt::Key_Space); // nothing moves any more
+        EXPECT_EQ(names(), moved);
+        EXPECT_TRUE(button->hasFocus());
+        EXPECT_TRUE(table->selectionModel()->isRowSelected(to));
+    }
+}
+
+TEST_F(ConvertPage, AReasonThatLacksRoomIsToldWhole) {
+    const QString name = "A <b> " + QString(180, 'x');
+    test::store(path(qPrintable(name + ".mp3")), "no sound");
+    openFromLibrary(path(qPrintable(name + ".mp3")));
+    ASSERT_TRUE(passUntil([&] { return line(0).endsWith("can be read."); })) << line(0).toStdString();
+    auto *table = find<QTableView>("convertRows");
+    for (const Column column : {Column::Name, Column::Status}) {
+        const QModelIndex cell = rows().index(0, column);
+        QHelpEvent help(QEvent::ToolTip, table->visualRect(cell).center(),
+                        table->viewport()->mapToGlobal(table->visualRect(cell).center()));
+        QApplication::sendEvent(table->viewport(), &help);
+        EXPECT_EQ(QToolTip::text(), "<p>" + (name + ", " + line(0)).toHtmlEscaped() + "</p>");
+        QToolTip::hideText();
+    }
+    EXPECT_TRUE(rows().index(0, Column::Name).data(Qt::AccessibleTextRole).toString().endsWith(line(0)));
+    photograph(window, "convert-reason");
+}
+
+TEST_F(ConvertPage, TwoFilesAreJoinedIntoOneThatIsNamed) {
+    openFromLibrary(sound("One.wav"));
+    ASSERT_TRUE(drop({sound("Two.wav", 2)}));
+    ASSERT_TRUE(hasRows(2));
+    click("convertJoin");
+    click("startConvert");
+    ASSERT_TRUE(isDone());
+    EXPECT_EQ(find<QLabel>("convertCount")->text(), "2 files converted. One-merge.mp3");
+    EXPECT_EQ(window.convertPage().results(), QStringList(path("One-merge.mp3")));
+    const auto facts = media::soundFacts(path("One-merge.mp3"));
+    ASSERT_TRUE(facts);
+    EXPECT_NEAR(facts.value().seconds, 3, 0.2);
+    EXPECT_FALSE(QFile::exists(path("One.mp3")) || QFile::exists(path("Two.mp3")));
+}
+
+TEST_F(ConvertPage, LeavingAsksWhileItConverts) {
+    openFromLibrary(sound("Long.wav", 240));
+    click("startConvert");
+    ASSERT_TRUE(passUntil([&] { return converter.progress().percent > 0; }));
+    window.close();
+    ASSERT_TRUE(find<QWidget>("leave0")->isVisible());
+    EXPECT_EQ(find<QLabel>("leaveText")->text(), "Converting... 1 of 1");
+    click("leave0");
+    pass(50);
+    EXPECT_TRUE(converter.isConverting());
+    EXPECT_FALSE(find<QWidget>("leave0")->isVisible());
+    converter.stopConvert();
+    ASSERT_TRUE(isDone());
+    EXPECT_EQ(QDir(folder.path()).entryList({".*", "*.mp3"}, QDir::Files | QDir::Hidden), QStringList());
+}
+
+TEST_F(ConvertPage, TheMenuOfARowOffersWhatItsStateAllows) {
+    openFromLibrary(sound("One.wav"));
+    test::store(path("Rubbish.mp3"), "no sound");
+    ASSERT_TRUE(drop({path("Rubbish.mp3"), sound("Long.wav", 240), sound("Last.wav")}));
+    ASSERT_TRUE(hasRows(4));
+    const QString shows = Lang::btnShowInFinder(), removes = Lang::btnRemove(), again = Lang::windowTryAgain();
+    EXPECT_EQ(menuOf(3, removes), QStringList(removes));
+    ASSERT_EQ(names(), (QStringList{"One", "Rubbish", "Long"}));
+    click("startConvert");
+    EXPECT_EQ(menuOf(2, Lang::btnCancel()), QStringList(Lang::btnCancel()));
+    ASSERT_TRUE(isDone());
+    EXPECT_EQ(rows().index(2, Column::Status).data(ConvertModel::StatusRole).toInt(), 4);
+    EXPECT_EQ(menuOf(0, shows), (QStringList{shows, removes}));
+    EXPECT_EQ(record()->calls().last(), "reveal " + path("One.mp3"));
+    sound("Rubbish.mp3"); // by now it is one
+    EXPECT_EQ(menuOf(1, again), (QStringList{again, removes}));
+    ASSERT_TRUE(isDone());
+    EXPECT_TRUE(QFile::exists(path("Rubbish.mp3"))) << "beside it";
+    EXPECT_EQ(line(1), "Rubbish-2.mp3");
 }
 
 } // namespace

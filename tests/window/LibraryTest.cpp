@@ -4,11 +4,12 @@
 #include "tests/support/Wave.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
+#include "ui/ZQAudioConvertController.h"
 
 #include <QAbstractButton>
 #include <QBuffer>
 #include <QDir>
-#include <QDragEnterEvent>
+#include <QDrag>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -21,7 +22,9 @@
 #include <QSlider>
 #include <QTabWidget>
 #include <QTableView>
+#include <QTimer>
 #include <QUrl>
+#include <QWindow>
 
 namespace cantorel {
 namespace {
@@ -280,7 +283,7 @@ TEST_F(LongLibrary, ThePictureBelowThePointerPlaysAndWhatIsRecordedStaysOnTop) {
     EXPECT_EQ(title(7), "Track7.mp3") << "and then where it belongs";
 }
 
-TEST_F(LongLibrary, SoundThatIsDroppedJoinsTheListWhereItLiesAndRubbishIsNamed) {
+TEST_F(LongLibrary, WhatIsDroppedIsConvertedEditedOrJoinsTheListWhereItLies) {
     const QDir home(QDir::homePath());
     ASSERT_TRUE(home.mkpath("Album/Inner"));
     for (const char *sound : {"Album/One.wav", "Album/Inner/Deep.wav", "Two.wav"})
@@ -288,22 +291,29 @@ TEST_F(LongLibrary, SoundThatIsDroppedJoinsTheListWhereItLiesAndRubbishIsNamed) 
     test::touch(home.filePath("Album/Cover.jpg"));
     test::touch(home.filePath("Rubbish.mp3"));
     auto *notice = find<QLabel>("notice");
-    const auto drop = [&](const QStringList &names) {
-        QMimeData data;
+    auto *places = find<QWidget>("dropPlaces");
+    // With the mouse, which hovers above that part of the page before it lets go.
+    const auto drop = [&](const QStringList &names, double x, double y) {
+        auto *drag = new QDrag(&window); // which ends itself
+        auto *data = new QMimeData;
         QList<QUrl> urls;
         for (const QString &name : names)
             urls << QUrl::fromLocalFile(home.filePath(name));
-        data.setUrls(urls);
-        auto &page = window.library();
-        QDragEnterEvent enter({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
-        enter.ignore();
-        QApplication::sendEvent(&page, &enter);
-        if (!enter.isAccepted())
-            return false;
-        EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
-        QDropEvent event({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(&page, &event);
-        return true;
+        data->setUrls(urls);
+        drag->setMimeData(data);
+        QTimer::singleShot(0, drag, [&] {
+            QWindow *screen = window.windowHandle();
+            QWidget *search = find<QWidget>("search");
+            QTest::mouseMove(screen, search->mapTo(&window, search->rect().center()));
+            EXPECT_EQ(places->isVisible(), !names.isEmpty()) << "above a field as well";
+            const QPoint at(static_cast<int>(x * places->width()), static_cast<int>(y * places->height()));
+            QTest::mouseMove(screen, places->mapTo(&window, at));
+            photograph(window, "library-drop");
+            QTest::mouseRelease(screen, Qt::LeftButton, {}, places->mapTo(&window, at));
+        });
+        const Qt::DropAction done = drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::MoveAction);
+        EXPECT_FALSE(places->isVisible());
+        return done;
     };
     const struct {
         QStringList names;
@@ -313,7 +323,7 @@ TEST_F(LongLibrary, SoundThatIsDroppedJoinsTheListWhereItLiesAndRubbishIsNamed) 
                  {{"Two.wav"}, {"One.wav", "Two.wav"}, Lang::windowAlreadyListed()},
                  {{"Album/Inner/Deep.wav"}, {"One.wav", "Two.wav", "Deep.wav"}, "Deep.wav"}};
     for (const auto &[names, joined, said] : drops) {
-        ASSERT_TRUE(drop(names));
+        ASSERT_EQ(drop(names, 0.5, 0.9), Qt::CopyAction);
         EXPECT_TRUE(passUntil([&] { return notice->text().contains(said); })) << notice->text().toStdString();
         photograph(window, "library-dropped");
         QStringList listed;
@@ -326,7 +336,21 @@ TEST_F(LongLibrary, SoundThatIsDroppedJoinsTheListWhereItLiesAndRubbishIsNamed) 
     click("undo");
     EXPECT_EQ(list.items().size(), kMany + 2u) << "the last ones only";
     EXPECT_TRUE(QFile::exists(home.filePath("Album/Inner/Deep.wav")));
-    EXPECT_FALSE(drop({})) << "no files";
+    EXPECT_EQ(drop({}, 0.5, 0.5), Qt::IgnoreAction) << "no files";
+
+    const auto isConverted = [&](int rows) {
+        EXPECT_TRUE(passUntil([&] { return converter.numberOfAudioEntitys() == rows; })) << rows;
+        EXPECT_TRUE(window.convertPage().isVisible());
+        window.convertPage().goBack();
+    };
+    drop({"Two.wav"}, 0.25, 0.3);
+    isConverted(1);
+    drop({"Album", "Two.wav"}, 0.75, 0.3); // of several none is edited
+    isConverted(4);
+    drop({"Two.wav"}, 0.75, 0.3);
+    EXPECT_TRUE(window.editorPage().isVisible());
+    EXPECT_TRUE(passUntil([&] { return window.editorPage().manager().player().isPlayButtonEnabled(); }));
+    EXPECT_EQ(list.items().size(), kMany + 2u);
 }
 
 TEST_F(LongLibrary, AddAsksWithTheDesktopsDialogOrWithOurOwnWhereItHasNone) {

@@ -105,8 +105,11 @@ QVariant ConvertModel::data(const QModelIndex &index, int role) const {
         return lineOf(*row);
     if (role == TroubleRole)
         return !row->failure().isEmpty();
-    if (index.column() == Name && (role == Qt::AccessibleTextRole || role == Qt::ToolTipRole))
-        return row->fileName() + QStringLiteral(", ") + lineOf(*row);
+    const auto whole = [&] { return row->fileName() + QStringLiteral(", ") + lineOf(*row); };
+    if (role == Qt::ToolTipRole) // A paragraph wraps, and what is escaped is no markup.
+        return QStringLiteral("<p>%1</p>").arg(whole().toHtmlEscaped());
+    if (index.column() == Name && role == Qt::AccessibleTextRole)
+        return whole();
     if (role != Qt::DisplayRole && role != Qt::AccessibleTextRole)
         return {};
     switch (index.column()) {

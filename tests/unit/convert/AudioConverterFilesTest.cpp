@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <tuple>
 
 namespace cantorel {
 namespace {
@@ -146,15 +147,32 @@ TEST_F(AudioConverterFilesTest, FailuresAreToldByWhatTheConverterSays) {
     EXPECT_EQ(AudioConverter::convertFile(song, {"/nowhere"}).failure().sentence.key(), "ConverterMissing");
     EXPECT_EQ(convert("missing.mp3").failure().sentence.key(), "ConvertGone");
     EXPECT_EQ(convert(".").failure().sentence.key(), "ConvertNoSound");
-    EXPECT_EQ(AudioConverter::convertFile({song.path, mResults.path(), kWave, 24400}, converter("exit 1"))
-                  .failure()
-                  .sentence.key(),
-              "ConvertTooLong");
     EXPECT_EQ(
         AudioConverter::convertFile({song.path, "/proc/none", kWave, 2}, converter("exit 1")).failure().sentence.key(),
         "ConvertFolder");
     EXPECT_EQ(convert("song.mp3", "rm \"$in\"; exit 1").failure().sentence.key(), "ConvertGone");
     EXPECT_EQ(results(), QStringList());
+}
+
+// As RF64, which a short WAV is not.
+TEST_F(AudioConverterFilesTest, AWaveMayExceedFourGiBWhereItsLengthNeedsIt) {
+    const QString part = store("part.wav"), output = mResults.filePath("joined.wav");
+    const Converter asks = converter("case \"$*\" in *' -rf64 auto -y '*) exit 3 ;; esac\n"
+                                     "echo \"Unknown encoder 'none'\"; exit 1");
+    const auto isAsked = [](const foundation::Result<QString> &made) {
+        return made.failure().sentence.key() == "ConvertOther";
+    };
+    for (const auto &[seconds, format, asked] :
+         {std::tuple(24400, "wav", true), {24300, "wav", true}, {3600, "wav", false}, {24400, "mp3", false}})
+        EXPECT_EQ(isAsked(AudioConverter::convertFile({part, mResults.path(), {format, ConvertQuality::High}, seconds},
+                                                      asks)),
+                  asked)
+            << seconds << format;
+    EXPECT_FALSE(isAsked(AudioConverter::startMerge({part, part}, kWave, output, asks)));
+    QByteArray slow = mSound;
+    slow.replace(24, 4, QByteArray("\x04\0\0\0", 4)); // frames a second: it lasts six hours
+    test::store(part, slow);
+    EXPECT_TRUE(isAsked(AudioConverter::startMerge({part, part}, kWave, output, asks)));
 }
 
 TEST_F(AudioConverterFilesTest, NamesTakenMeanwhileStay) {

@@ -33,8 +33,8 @@ private:
 };
 
 // A queue over a converter of a few lines of shell behind the real launcher: it tells of every file that it lasts two
-// seconds, and makes WAV files by copying. A file whose name begins with "wait" is begun and then waits for the file
-// "go"; one with "bad" fails.
+// seconds, and makes WAV files by copying. A file whose name begins with "wait" is half done, tells less once more, and
+// then waits for the file "go"; one with "bad" fails.
 class ZQAudioConvertManagerTest : public testing::Test, public QObject, public ConvertManagerDelegate {
 protected:
     void SetUp() override {
@@ -50,7 +50,7 @@ here=${0%/*}
 case $in in
 */bad*) echo "$in: Invalid data found when processing input"; exit 1 ;;
 */wait*)
-    printf 'size= 1kB time=00:00:01.00 bitrate=1\r'
+    printf 'size= 1kB time=00:00:01.00 bitrate=1\rsize= 1kB time=00:00:00.00 bitrate=1\r'
     until [ -e "$here/go" ]; do sleep 0.02; done ;;
 pipe:0)
     [ -e "$here/go" ] || echo joining >"$here/joining"
