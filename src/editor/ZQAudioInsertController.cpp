@@ -1,5 +1,7 @@
 #include "editor/ZQAudioInsertController.h"
 
+#include "editor/operations/ZQAudioInserter.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -7,8 +9,6 @@
 namespace cantorel {
 
 namespace {
-
-constexpr foundation::SentenceKey kSilenceLength("SilenceLength");
 
 media::MediaTime timeOf(double seconds) { return {std::llround(seconds * 1000), 1000}; }
 

@@ -16,7 +16,6 @@ using media::MediaTime;
 
 namespace {
 
-constexpr foundation::SentenceKey kSilenceLength("SilenceLength");
 constexpr foundation::SentenceKey kEditPlaceBeyond("EditPlaceBeyond");
 
 constexpr MediaTime kLongestSilence{(99 * 3600 + 59 * 60 + 59) * std::int64_t{1000} + 999, 1000};

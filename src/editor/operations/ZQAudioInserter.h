@@ -1,12 +1,15 @@
 #pragma once
 
 #include "platform/foundation/Result.h"
+#include "platform/foundation/Sentence.h"
 #include "platform/media/asset/Asset.h"
 
 #include <QString>
 #include <QUrl>
 
 namespace cantorel {
+
+inline constexpr foundation::SentenceKey kSilenceLength("SilenceLength");
 
 enum class InsertType { Silence = 0, Append = 1, Insert = 2, Mix = 3, Overwrite = 4 };
 
