@@ -100,10 +100,13 @@ public:
     void silencePlayer() { mPlayer.reset(); }
     // Lets time pass until the condition holds.
     bool stepUntil(const std::function<bool()> &condition) {
-        return eventually([&] {
-            world.advance(50);
-            return condition();
-        });
+        // The converter stands back behind all else that the machine does.
+        return eventually(
+            [&] {
+                world.advance(50);
+                return condition();
+            },
+            60000);
     }
     static QString output() { return ZQAudioKextKit::getDefaultAudioOutputName(); }
     std::optional<QString> chosenOutput() const { return world.backend->configuredDefault(hal::Direction::Output); }
