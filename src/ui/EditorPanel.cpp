@@ -13,6 +13,7 @@
 #include <QBoxLayout>
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QLocale>
@@ -202,7 +203,7 @@ void EditorPanel::ask(Asks what) {
             part->setVisible(asks == what);
     mTrouble->clear();
     mTrouble->hide();
-    mConfirm->setEnabled(true);
+    mConfirm->show();
     showTexts();
     if (what == Asks::Silences)
         find();
@@ -259,11 +260,11 @@ void EditorPanel::showSilences() {
     mThreshold->setAccessibleName(below);
     const SilenceFinder::Found *found = mManager.found();
     const auto count = found ? found->sound.size() : 0;
-    mConfirm->setEnabled(count > 0);
+    mConfirm->setVisible(count > 0);
     mTrouble->setVisible(found);
     if (!found)
         return;
-    setInk(*mTrouble, count > 0 ? Look::tokens().text : Look::tokens().red);
+    inkTrouble();
     // Rounded down: a silence that is too short never looks long enough.
     mTrouble->setText(count > 0           ? QStringLiteral("%1: %2").arg(Lang::toolsEditorSelection()).arg(count)
                       : found->hasSilence ? level(Lang::windowNothingLouder(), found->loudest)
@@ -272,10 +273,23 @@ void EditorPanel::showSilences() {
                                               locale.toString(std::floor(found->longest * 100) / 100, 'f', 2)));
 }
 
+// How many were found is no trouble.
+void EditorPanel::inkTrouble() {
+    const SilenceFinder::Found *found = mAsks == Asks::Silences ? mManager.found() : nullptr;
+    setInk(*mTrouble, found && !found->sound.empty() ? Look::tokens().text : Look::tokens().red);
+}
+
+void EditorPanel::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange)
+        inkTrouble();
+    PagePanel::changeEvent(event);
+}
+
 void EditorPanel::chooseImage() {
     chooseFiles(*this, Lang::toolsID3TagsArtwork(), [this](const QStringList &files) {
         if (!mManager.exporting().addNewArtworkImage(files.constFirst())) {
             mTrouble->setText(Lang::commFileIncorrect().replace(QLatin1String("[#FileName#]"), files.constFirst()));
+            inkTrouble();
             mTrouble->show();
         }
     });
@@ -296,13 +310,13 @@ void EditorPanel::confirm() {
         mLength->clearTextField();
         if (!mManager.inserting().actionForInsert()) {
             mTrouble->setText(Lang::sentence(mManager.inserting().trouble()));
-            setInk(*mTrouble, Look::tokens().red);
+            inkTrouble();
             mTrouble->show();
             return;
         }
     } else if (mAsks == Asks::Export)
         mManager.exportAudio();
-    else if (mConfirm->isEnabled())
+    else if (!mConfirm->isHidden())
         mManager.acceptFound();
     else
         return;

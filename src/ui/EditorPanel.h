@@ -49,10 +49,12 @@ private:
     void showExport();
     void showSilences();
     void confirm();
+    void inkTrouble();
     void chooseImage();
     QLineEdit *lineOf(std::size_t field) const;
     void AudioTime_UpdateTime(ZQAudioTimeView &view, double seconds) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
     ZQAudioEditorManager &mManager;
     Asks mAsks = Asks::Insert;
