@@ -37,6 +37,7 @@ Result<void> TableSource::open() {
     if (!decoder)
         return decoder.failure();
     mDecoder = std::move(decoder).value();
+    mProbe.reset(); // It knows how much noise the one before has drawn.
     return {};
 }
 
