@@ -10,7 +10,7 @@ namespace cantorel::ui {
 
 QVector<qreal> DigitLabel::positions() const {
     const QFontMetricsF metrics(font());
-    const qreal cell = Look::digitWidth(metrics);
+    const qreal cell = Look::digitWidth(font());
     QVector<qreal> places{0};
     for (const QChar character : text())
         places.append(places.last() + (character.isDigit() ? cell : metrics.horizontalAdvance(character)));

@@ -97,7 +97,7 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
 
 void Headline::fit(int room, bool isLow) {
     if (std::exchange(mRoom, room) != room)
-        showSettings();
+        showState();
     // The same with fields as with text, so that nothing jumps.
     mFileLine->setFixedHeight(qMax(Look::tall(*this, measure::kControl), mFormat->sizeHint().height()));
     mElapsed->setFont(Look::font(*this, isLow ? text_size::kLowTime : text_size::kTime, QFont::Light));
@@ -195,7 +195,6 @@ void Headline::showFile() {
 void Headline::showSettings() {
     mFormat->setCurrentIndex(AppSettings::getAudioFormat());
     mFolder->setToolTip(QDir::toNativeSeparators(AppSettings::outputPath()));
-    showState();
 }
 
 void Headline::showTexts() {

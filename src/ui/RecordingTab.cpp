@@ -64,8 +64,6 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     column->addWidget(mDeck);
 
     listen();
-    fit();
-    showTexts();
 }
 
 RecordingTab::~RecordingTab() {
@@ -128,6 +126,8 @@ void RecordingTab::fit() {
 void RecordingTab::begin() { mDeck->begin(); }
 
 void RecordingTab::showSettings() {
+    if (!isVisible())
+        return; // showEvent() comes before it is seen.
     mSourceLine->showSettings();
     mHeadline->showSettings();
     mStrips->showAdvice();
@@ -135,6 +135,8 @@ void RecordingTab::showSettings() {
 }
 
 void RecordingTab::showState() {
+    if (!isVisible())
+        return;
     // What a card offers for the source stands for the lines that would say the same.
     const bool isOffering = mCards->isOfferingDevice();
     mSourceLine->setVisible(!isOffering);
@@ -188,7 +190,7 @@ void RecordingTab::changeEvent(QEvent *event) {
         showSettings();
     if (event->type() == QEvent::FontChange)
         fit();
-    if (event->type() == QEvent::LanguageChange)
+    if (event->type() == QEvent::LanguageChange && isVisible())
         showTexts();
     QWidget::changeEvent(event);
 }
@@ -206,7 +208,7 @@ void RecordingTab::resizeEvent(QResizeEvent *event) {
 }
 
 void RecordingTab::showEvent(QShowEvent *event) {
-    showSettings();
+    showTexts();
     QWidget::showEvent(event);
 }
 

@@ -133,7 +133,7 @@ void paintFigures(QPainter &painter, const QStyleOptionViewItem &option, const Q
     painter.setFont(option.font);
     painter.setPen(Look::tokens().text2);
     const QFontMetricsF metrics(option.font);
-    const qreal cell = Look::digitWidth(metrics);
+    const qreal cell = Look::digitWidth(option.font);
     qreal x = option.rect.right() - 2 * measure::kGap;
     const qreal baseline = option.rect.center().y() + (metrics.ascent() - metrics.descent()) / 2 + 0.5;
     for (auto character = text.crbegin(); character != text.crend(); ++character) {

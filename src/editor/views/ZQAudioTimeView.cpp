@@ -175,7 +175,7 @@ void ZQAudioTimeView::focusOutEvent(QFocusEvent *event) {
 void ZQAudioTimeView::drawTime_(QPainter &painter) const {
     const Tokens &tokens = Look::tokens();
     const QFontMetricsF metrics(font());
-    const double cell = Look::digitWidth(metrics);
+    const double cell = Look::digitWidth(font());
     const auto centred = [&](const QString &text, const QRectF &place) {
         double x = place.center().x() - cell * static_cast<double>(text.size()) / 2;
         for (const QChar digit : text) {

@@ -4,7 +4,8 @@
 #include "ui/look/LookStyle.h"
 
 #include <QApplication>
-#include <QFontMetrics>
+#include <QFontMetricsF>
+#include <QHash>
 #include <QWidget>
 
 namespace cantorel::ui {
@@ -110,11 +111,16 @@ int Look::scaled(const QWidget &widget, int measure) {
     return qRound(measure * qMax(1.0, widget.fontMetrics().height() / kNormalLine));
 }
 
-qreal Look::digitWidth(const QFontMetricsF &metrics) {
-    qreal widest = 0;
-    for (char digit = '0'; digit <= '9'; ++digit)
-        widest = qMax(widest, metrics.horizontalAdvance(QLatin1Char(digit)));
-    return widest;
+qreal Look::digitWidth(const QFont &font) {
+    static QHash<QString, qreal> known; // A time ticks twice a second, and a list has many figures.
+    auto place = known.find(font.key());
+    if (place == known.end()) {
+        place = known.insert(font.key(), 0);
+        const QFontMetricsF metrics(font);
+        for (char digit = '0'; digit <= '9'; ++digit)
+            *place = qMax(*place, metrics.horizontalAdvance(QLatin1Char(digit)));
+    }
+    return *place;
 }
 
 QFont Look::font(const QWidget &widget, qreal size, QFont::Weight weight) {

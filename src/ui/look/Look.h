@@ -43,7 +43,7 @@ public:
     // A measure that grows with the text of the widget.
     static int scaled(const QWidget &widget, int measure);
     // The widest digit's width: the cell of each where figures stand in columns.
-    static qreal digitWidth(const QFontMetricsF &metrics);
+    static qreal digitWidth(const QFont &font);
     // The widget's font, larger or smaller; sizes are in multiples of the desktop's.
     static QFont font(const QWidget &widget, qreal size, QFont::Weight weight = QFont::Normal);
 
