@@ -1,5 +1,6 @@
 #include "editor/ZQAudioEditorManager.h"
 
+#include "editor/levels/GroupMeans.h"
 #include "editor/models/TimeField.h"
 #include "lang/Lang.h"
 #include "platform/media/asset/OpenAsset.h"
@@ -20,6 +21,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr foundation::SentenceKey kNoSoundFile("ConvertNoSound", "FileName");
+
+constexpr double kLead = 0.05; // of the view, in front of a head that it was turned to
 
 constexpr auto kAfterReading = 500ms, kBeforeExport = 250ms, kAfterExport = 250ms, kPreviewInterval = 100ms;
 
@@ -130,6 +133,7 @@ void ZQAudioEditorManager::initSettings() {
     mPlayUntil.reset();
     mGeometry.addAudioDuration(0);
     mGeometry.addAudioWaveData({});
+    mGeometry.setView(0, 1);
     moveHead(0);
     Q_EMIT waveChanged();
     Q_EMIT cutsChanged();
@@ -169,6 +173,7 @@ void ZQAudioEditorManager::AudioReadingDelegate_ReadingFailed(const foundation::
 
 void ZQAudioEditorManager::drawTheAudioWave() {
     mGeometry.addAudioDuration(static_cast<std::int32_t>(mReader.duration()));
+    mGeometry.setLevelsPerSecond(static_cast<double>(mAsset->format().rate) / kGroupFrames);
     mGeometry.addAudioWaveData(mReader.audioWaveData());
     mPlayer.prepareForPlayWithAsset(mAsset, [this] {
         mPlayer.setPlayButtonEnable(true);
@@ -178,6 +183,7 @@ void ZQAudioEditorManager::drawTheAudioWave() {
     });
     resetAudioCutInfo_();
     if (const auto wanted = std::exchange(mWanted, {})) {
+        mGeometry.setView(wanted->viewStart, wanted->zoom);
         mCuts.setRanges(wanted->cuts);
         moveHead(wanted->head);
     }
@@ -228,6 +234,7 @@ void ZQAudioEditorManager::addNewCutEntity() {
     if (!canAdd())
         return;
     remember();
+    showHead();
     mCuts.add(currentPlayingPoint().x());
     cutsDidChange();
 }
@@ -308,12 +315,42 @@ void ZQAudioEditorManager::dragDidEnd() {
 }
 
 void ZQAudioEditorManager::waveSizeDidChange(QSizeF size) {
-    if (!mGeometry.setSize(size))
-        return;
+    if (mGeometry.setSize(size))
+        viewDidChange();
+}
+
+void ZQAudioEditorManager::viewDidChange() {
     mCuts.rebuild();
     Q_EMIT waveChanged();
     Q_EMIT cutsChanged();
     Q_EMIT headMoved();
+}
+
+// What is looked at.
+
+bool ZQAudioEditorManager::canZoom(double factor) const {
+    return isReady() && (factor < 1 ? mGeometry.zoom() > 1 : mGeometry.zoom() < mGeometry.mostZoom());
+}
+
+void ZQAudioEditorManager::zoom(double factor, std::optional<double> aboutX) {
+    if (!canZoom(factor))
+        return;
+    const double middle = mGeometry.viewStart() + mGeometry.viewSeconds() / 2;
+    const double about = aboutX                        ? mGeometry.transformTimeWithPoint({*aboutX, 0})
+                         : mGeometry.sees(mPlayTime) ? mPlayTime
+                                                       : middle;
+    if (mGeometry.zoomAbout(about, factor))
+        viewDidChange();
+}
+
+void ZQAudioEditorManager::scrollTo(double seconds) {
+    if (isReady() && mGeometry.setView(seconds, mGeometry.zoom()))
+        viewDidChange();
+}
+
+void ZQAudioEditorManager::showHead() {
+    if (!mGeometry.sees(mPlayTime))
+        scrollTo(mPlayTime - kLead * mGeometry.viewSeconds());
 }
 
 // What lies between silences.
@@ -344,7 +381,8 @@ void ZQAudioEditorManager::dropFound() {
 // Undo.
 
 ZQAudioEditorManager::Step ZQAudioEditorManager::now() const {
-    return {mAsset, mSourceURL, mName, mCuts.ranges(), mPlayTime};
+    return {mAsset,    mSourceURL,          mName,           mCuts.ranges(),
+            mPlayTime, mGeometry.viewStart(), mGeometry.zoom()};
 }
 
 // what: several changes of it are one step.
@@ -446,6 +484,7 @@ void ZQAudioEditorManager::AudioPlayControlDelegate_ResetPlayCurrentTime(double 
         mPlayer.setCurrentPlayTime(wanted); // which tells the time
     else
         moveHead(wanted);
+    showHead();
 }
 
 void ZQAudioEditorManager::AudioPlayingPointDelegate_updateThePlayingPoint(QPointF point) {
@@ -453,8 +492,12 @@ void ZQAudioEditorManager::AudioPlayingPointDelegate_updateThePlayingPoint(QPoin
         AudioPlayControlDelegate_ResetPlayCurrentTime(mGeometry.transformTimeWithPoint(point));
 }
 
+// The view turns a page with a head that was seen.
 void ZQAudioEditorManager::moveHead(double seconds) {
+    const bool wasSeen = mGeometry.sees(mPlayTime);
     mPlayTime = seconds;
+    if (wasSeen)
+        showHead();
     Q_EMIT headMoved();
 }
 
@@ -529,7 +572,7 @@ void ZQAudioEditorManager::insertFile(InsertType type, const QString &path) {
 
 void ZQAudioEditorManager::insert(const ZQAudioInsertController::Inserted &inserted) {
     remember();
-    mWanted = Step{{}, {}, {}, {}, inserted.start};
+    mWanted = Step{{}, {}, {}, {}, inserted.start, mGeometry.viewStart(), mGeometry.zoom()};
     editaudioWithCompositionAsset(inserted.composition, inserted.name);
 }
 

@@ -58,6 +58,12 @@ public:
     void comeBack();
 
     const WaveGeometry &geometry() const { return mGeometry; }
+    // What is looked at of the sound. The head stays where it is when it is seen, else the middle does; or that point
+    // of the wave.
+    void zoom(double factor, std::optional<double> aboutX = {});
+    void scrollTo(double seconds); // which is where the view begins then
+    bool canZoom(double factor) const;
+
     const CutList &cuts() const { return mCuts; }
     static constexpr WaveColour existedRectColor() { return ZQAudioTools::existedRectColor(); }
     static constexpr WaveColour focusOnRectColor() { return ZQAudioTools::focusOnRectColor(); }
@@ -148,6 +154,7 @@ private:
         QString name;
         QList<CutList::Range> cuts;
         double head = 0;
+        double viewStart = 0, zoom = 1;
     };
     struct Search {
         SilenceFinder finder;
@@ -171,6 +178,8 @@ private:
     void setState(State state);
     void after(std::chrono::milliseconds delay, std::function<void()> action);
     void moveHead(double seconds);
+    void showHead();
+    void viewDidChange();
     void playNextCutEntity();
     void insert(const ZQAudioInsertController::Inserted &inserted);
     void exportAudioWithFilePath_(const QString &path);

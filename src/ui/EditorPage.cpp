@@ -1,6 +1,7 @@
 #include "ui/EditorPage.h"
 
 #include "editor/views/EditorAccessibility.h"
+#include "editor/views/WaveOverview.h"
 #include "editor/views/ZQAudioCutInfoView.h"
 #include "lang/Lang.h"
 #include "settings/AppSettings.h"
@@ -33,6 +34,7 @@ namespace cantorel::ui {
 namespace {
 
 constexpr qreal kPositionSize = 1.7;
+constexpr double kZoomStep = 2;
 constexpr int kDeckHeight = 88, kLeadWidth = 148;
 constexpr double kStep = 1, kSmallStep = 0.1; // seconds that an arrow key goes
 
@@ -56,6 +58,9 @@ EditorPage::EditorPage(foundation::Clock &clock, QWidget *parent)
       mHeader(*this, *mInsert),
       mInsertMenu(new QMenu(this)),
       mWave(new WaveArea(mManager, this)),
+      mOverview(new WaveOverview(mManager.geometry(), mManager.cuts(), this)),
+      mZoomOut(new QToolButton(this)),
+      mZoomIn(new QToolButton(this)),
       mFrom(new DigitLabel(this)),
       mReadout(new DigitLabel(this)),
       mTo(new DigitLabel(this)),
@@ -113,6 +118,8 @@ QWidget *EditorPage::makeUpper() {
     auto *column = new QVBoxLayout(upper);
     column->setContentsMargins(measure::kMargin, 2 * measure::kGap, measure::kMargin, 2 * measure::kGap);
     column->setSpacing(measure::kGap);
+    mOverview->setObjectName(QStringLiteral("waveOverview"));
+    column->addWidget(mOverview);
     column->addWidget(mWave, 1);
     auto *times = new QHBoxLayout;
     for (DigitLabel *label : {mFrom, mReadout, mTo}) {
@@ -138,6 +145,14 @@ QWidget *EditorPage::makeUpper() {
     transport->addWidget(mPlay);
     transport->addWidget(mPlayCuts);
     transport->addStretch();
+    mZoomOut->setObjectName(QStringLiteral("zoomOut"));
+    mZoomIn->setObjectName(QStringLiteral("zoomIn"));
+    for (QToolButton *button : {mZoomOut, mZoomIn}) {
+        button->setAutoRaise(true);
+        button->setFocusPolicy(Qt::TabFocus);
+        button->setIconSize(QSize(1, 1) * Look::scaled(*this, measure::kIcon));
+        transport->addWidget(button);
+    }
     transport->addWidget(mPosition);
     column->addLayout(transport);
     return upper;
@@ -196,6 +211,14 @@ void EditorPage::makeActions() {
         shortcut->setContext(Qt::WidgetWithChildrenShortcut);
         connect(shortcut, &QShortcut::activated, this, action);
     };
+    const auto zoomBy = [this](double factor) { return [this, factor] { mManager.zoom(factor); }; };
+    connect(mZoomIn, &QToolButton::clicked, this, zoomBy(kZoomStep));
+    connect(mZoomOut, &QToolButton::clicked, this, zoomBy(1 / kZoomStep));
+    for (const QKeySequence &keys : QKeySequence::keyBindings(QKeySequence::ZoomIn))
+        onPage(keys, zoomBy(kZoomStep));
+    for (const QKeySequence &keys : QKeySequence::keyBindings(QKeySequence::ZoomOut))
+        onPage(keys, zoomBy(1 / kZoomStep));
+    onPage(QKeySequence(Qt::CTRL | Qt::Key_0), zoomBy(0));
     onPage(QKeySequence::Open, [this] { open(); });
     onPage(QKeySequence::Save, [this] { mManager.showExportInfo(); });
     onPage(QKeySequence::Undo, [this] { mManager.undo(); });
@@ -208,6 +231,7 @@ void EditorPage::listen() {
     connect(&mManager, &Manager::waveChanged, this, [this] {
         mWave->wave().waveDidChange();
         showHead();
+        showView();
     });
     connect(&mManager, &Manager::cutsChanged, this, [this] { showCuts(); });
     connect(&mManager, &Manager::headMoved, this, [this] { showHead(); });
@@ -239,6 +263,12 @@ void EditorPage::listen() {
     connect(&head, &ZQAudioPlayingPointView::pointed, this, [this](QPointF point) { showReadout(point); });
     connect(&head, &ZQAudioPlayingPointView::left, this, [this] { showReadout({}); });
     connect(&head, &ZQAudioPlayingPointView::doubleClicked, &mManager, &Manager::playCut);
+    connect(&head, &ZQAudioPlayingPointView::zoomWanted, this,
+            [this](double factor, double x) { mManager.zoom(factor, x); });
+    connect(&head, &ZQAudioPlayingPointView::scrollWanted, this, [this](double points) {
+        mManager.scrollTo(mManager.geometry().viewStart() + points * mManager.geometry().scaleOffset());
+    });
+    connect(mOverview, &WaveOverview::scrollWanted, &mManager, &Manager::scrollTo);
 }
 
 void EditorPage::edit(const QString &file) {
@@ -297,7 +327,7 @@ void EditorPage::showState() {
     mCutInfo->setClearButtonEnable(mManager.canClear());
     mCutInfo->find().setEnabled(mManager.canFind());
     mCutInfo->setcutAreaTimeControllerEnable(mManager.canType());
-    mTo->setText(mManager.audioFileDuration());
+    showView();
 }
 
 void EditorPage::showCuts() {
@@ -335,6 +365,17 @@ void EditorPage::showHead() {
     mPosition->setAccessibleName(Lang::windowPosition() + QStringLiteral(": ") + mPosition->text());
 }
 
+void EditorPage::showView() {
+    mOverview->showView();
+    mZoomIn->setEnabled(mManager.canZoom(kZoomStep));
+    mZoomOut->setEnabled(mManager.canZoom(1 / kZoomStep));
+    const WaveGeometry &geometry = mManager.geometry();
+    const bool isPart = geometry.zoom() > 1;
+    mFrom->setText(isPart ? TimeField::wholeText(geometry.viewStart()) : QStringLiteral("00:00:00"));
+    mTo->setText(isPart ? TimeField::wholeText(geometry.viewStart() + geometry.viewSeconds())
+                        : mManager.audioFileDuration());
+}
+
 void EditorPage::showReadout(std::optional<QPointF> point) {
     const bool isShown = point && mManager.isReady();
     mReadout->setText(isShown ? TimeField::wholeText(qMin<double>(mManager.geometry().transformTimeWithPoint(*point),
@@ -367,7 +408,12 @@ void EditorPage::showTexts() {
     mReveal->setText(Lang::btnShowInFinder());
     mNews->close().setToolTip(Lang::btnClose());
     mNews->close().setAccessibleName(Lang::btnClose());
-    mFrom->setText(QStringLiteral("00:00:00"));
+    for (const auto &[button, text] :
+         {std::pair<QWidget *, QString>(mZoomIn, Lang::windowZoomIn()), {mZoomOut, Lang::windowZoomOut()}}) {
+        button->setToolTip(text);
+        button->setAccessibleName(text);
+    }
+    mOverview->setAccessibleName(Lang::windowWholeSound());
     mInsertMenu->clear();
     mInsertMenu->addAction(Lang::toolsEditormenuInsertSilence(), this,
                            [this] { mManager.actionForEditToolInsertMute(); });
@@ -388,6 +434,8 @@ void EditorPage::showIcons() {
     filled.setColor(QPalette::ButtonText, Look::tokens().onAccent);
     mExport->setIcon(icon(QStringLiteral("export"), filled));
     mPlayCuts->setIcon(icon(QStringLiteral("playCuts"), palette()));
+    mZoomIn->setIcon(icon(QStringLiteral("zoomIn"), palette()));
+    mZoomOut->setIcon(icon(QStringLiteral("zoomOut"), palette()));
     mCutInfo->add().setIcon(icon(QStringLiteral("plus"), palette()));
     mCutInfo->remove().setIcon(icon(QStringLiteral("wastebasket"), palette()));
     mCutInfo->clear().setIcon(icon(QStringLiteral("close"), palette()));
@@ -453,7 +501,8 @@ void EditorPage::dropEvent(QDropEvent *event) {
 void EditorPage::fit() {
     const int room = mWave->width();
     mPlayCuts->setText(Lang::windowPlaySelections());
-    if (mPlay->sizeHint().width() + mPlayCuts->sizeHint().width() + mPosition->sizeHint().width() + 4 * measure::kGap
+    if (mPlay->sizeHint().width() + mPlayCuts->sizeHint().width() + mPosition->sizeHint().width()
+            + 2 * mZoomIn->sizeHint().width() + 8 * measure::kGap
         > room)
         mPlayCuts->setText({});
 }

@@ -17,6 +17,7 @@ class DigitLabel;
 class EditorPanel;
 class PlayButton;
 class WaveArea;
+class WaveOverview;
 class ZQAudioCutInfoView;
 
 // The editor: the wave of a file with its selections, what is played of it, what is put into it, and what is exported
@@ -49,6 +50,7 @@ private:
     void showState();
     void showCuts();
     void showHead();
+    void showView();
     void showReadout(std::optional<QPointF> point);
     void tell(Strip::Kind kind, const QString &text, bool canUndo, const QStringList &files = {});
     void showIcons();
@@ -69,6 +71,8 @@ private:
     ZQAudioHeaderView mHeader;
     QMenu *mInsertMenu;
     WaveArea *mWave;
+    WaveOverview *mOverview;
+    QToolButton *mZoomOut, *mZoomIn;
     DigitLabel *mFrom, *mReadout, *mTo, *mPosition, *mLength;
     PlayButton *mPlay;
     QPushButton *mPlayCuts;

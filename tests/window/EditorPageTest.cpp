@@ -152,6 +152,53 @@ TEST_F(EditorPage, ASoundIsOpenedFromItsRowAndItsSelectionsAreMadeWithMouseAndKe
     EXPECT_EQ(times().size(), 4u);
 }
 
+TEST_F(EditorPage, AStretchIsLookedAtCloselyAndMovedAndNothingElseChanges) {
+    open(sound("Song.wav"));
+    select(10, 20);
+    const auto before = times();
+    const WaveGeometry &geometry = manager().geometry();
+    auto &overview = *find<QAbstractSlider>("waveOverview");
+    EXPECT_FALSE(overview.isVisible());
+    const int at = x(30);
+    const auto wheel = [&](QPoint angle, Qt::KeyboardModifiers modifiers) {
+        QWheelEvent event(QPointF(at, 20), wave()->mapToGlobal(QPointF(at, 20)), {}, angle, Qt::NoButton, modifiers,
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(wave(), &event);
+        pass(1); // The wave has made room for what stands above it.
+    };
+    for (int i = 0; i < 12; ++i)
+        wheel({0, 120}, Qt::ControlModifier);
+    EXPECT_NEAR(geometry.zoom(), std::pow(1.25, 12), 0.01);
+    EXPECT_NEAR(x(30), at, 1);
+    EXPECT_TRUE(overview.isVisible());
+    const double start = geometry.viewStart();
+    wheel({0, -120}, {});
+    EXPECT_NEAR(geometry.viewStart(), start + 60 * pointWidth(), 0.01);
+    QTest::mousePress(&overview, Qt::LeftButton, {}, {overview.width() / 4, 8});
+    EXPECT_NEAR(geometry.viewStart() + geometry.viewSeconds() / 2, 15, 0.2) << "it comes there";
+    QTest::mouseMove(&overview, {overview.width() / 2, 8});
+    QMouseEvent move(QEvent::MouseMove, QPointF(overview.width() / 2.0, 8), QPointF(), Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(&overview, &move);
+    EXPECT_NEAR(geometry.viewStart() + geometry.viewSeconds() / 2, 30, 0.2) << "and is led on";
+    EXPECT_EQ(times(), before);
+    select(29.9, 30.3);
+    EXPECT_NEAR(times()[2], 29.9, 0.05);
+    EXPECT_NEAR(times()[3], 30.3, 0.05) << "closer than the whole would let it be";
+    manager().AudioPlayControlDelegate_ResetPlayCurrentTime(50);
+    EXPECT_TRUE(geometry.sees(50)) << "the view goes with the head";
+    photograph(window, "editor-zoomed");
+    wave()->setFocus();
+    press(Qt::Key_0, Qt::ControlModifier);
+    EXPECT_EQ(geometry.zoom(), 1);
+    EXPECT_FALSE(overview.isVisible());
+    EXPECT_EQ(find<QWidget>("zoomOut")->isEnabled(), false);
+    click("zoomIn");
+    EXPECT_EQ(geometry.zoom(), 2);
+    EXPECT_NEAR(times()[0], before[0], 0);
+    open(sound("Other.wav", 40));
+    EXPECT_EQ(geometry.zoom(), 1);
+}
+
 TEST_F(EditorPage, ThePointerSaysWhatAPressWouldTake) {
     open(sound("Short.wav", 20));
     select(5, 10);

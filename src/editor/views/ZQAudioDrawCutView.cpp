@@ -6,6 +6,8 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
+
 namespace cantorel::ui {
 
 namespace {
@@ -42,10 +44,11 @@ void ZQAudioDrawCutView::paintEvent(QPaintEvent *) {
         painter.drawRoundedRect(QRectF({right, top}, handle), 1.5, 1.5);
         painter.setRenderHint(QPainter::Antialiasing, false);
         const QString text = QString::number(++number);
-        if (left + kNumberLeft < beforeEnd)
+        const double textLeft = std::max(left, 0.0) + kNumberLeft; // also of one that begins before the view
+        if (textLeft < beforeEnd || right < 0)
             continue; // One number over another could not be read.
         painter.setPen(colour);
-        const QRectF place(left + kNumberLeft, kNumberTop, painter.fontMetrics().horizontalAdvance(text),
+        const QRectF place(textLeft, kNumberTop, painter.fontMetrics().horizontalAdvance(text),
                            painter.fontMetrics().height());
         painter.drawText(place, Qt::AlignLeft | Qt::AlignTop, text);
         beforeEnd = place.right() + kNumberLeft;

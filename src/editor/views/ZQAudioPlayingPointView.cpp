@@ -4,9 +4,13 @@
 #include "ui/look/Look.h"
 
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QPainter>
+#include <QWheelEvent>
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <utility>
 
 namespace cantorel::ui {
@@ -14,6 +18,7 @@ namespace cantorel::ui {
 namespace {
 
 constexpr int kWidth = 2;
+constexpr double kNotch = 120, kNotchZoom = 1.25, kNotchPoints = 60, kDragShare = 4;
 
 } // namespace
 
@@ -76,8 +81,13 @@ void ZQAudioPlayingPointView::mouseMoveEvent(QMouseEvent *event) {
     Q_EMIT pointed(event->position());
     if (!(event->buttons() & Qt::LeftButton))
         return mWave.hover(event->position());
-    if (mWave.isDragging())
+    if (mWave.isDragging()) {
+        // Beyond the edge of the view it goes on there.
+        const double beyond = event->position().x() - std::clamp(event->position().x(), 0.0, double(width()));
+        if (beyond != 0)
+            Q_EMIT scrollWanted(beyond / kDragShare);
         return mWave.drag(event->position());
+    }
     double x = event->position().x();
     if (const ZQAudioCutEntity *focused = mDelegate.AudioPlayingPointDelegate_GetFocusOnCutEntity())
         x = std::clamp(x, focused->leftPoint().x(), focused->rightPoint().x());
@@ -93,6 +103,31 @@ void ZQAudioPlayingPointView::mouseReleaseEvent(QMouseEvent *event) {
 void ZQAudioPlayingPointView::mouseDoubleClickEvent(QMouseEvent *event) {
     if (event->button() == Qt::LeftButton)
         Q_EMIT doubleClicked(event->position());
+}
+
+// With Ctrl it zooms; else it scrolls what is not all seen, which its owner knows.
+void ZQAudioPlayingPointView::wheelEvent(QWheelEvent *event) {
+    const QPoint angle = event->angleDelta(), pixels = event->pixelDelta();
+    if (event->modifiers() & Qt::ControlModifier) {
+        Q_EMIT zoomWanted(std::pow(kNotchZoom, angle.y() / kNotch), event->position().x());
+        return event->accept();
+    }
+    if (mWave.isWholeSeen())
+        return event->ignore();
+    const auto along = [](QPoint delta) { return std::abs(delta.x()) > std::abs(delta.y()) ? delta.x() : delta.y(); };
+    Q_EMIT scrollWanted(-(pixels.isNull() ? along(angle) / kNotch * kNotchPoints : along(pixels)));
+    event->accept();
+}
+
+bool ZQAudioPlayingPointView::event(QEvent *event) {
+    if (event->type() == QEvent::NativeGesture) {
+        const auto &gesture = static_cast<const QNativeGestureEvent &>(*event);
+        if (gesture.gestureType() == Qt::ZoomNativeGesture) {
+            Q_EMIT zoomWanted(1 + gesture.value(), gesture.position().x());
+            return true;
+        }
+    }
+    return QWidget::event(event);
 }
 
 void ZQAudioPlayingPointView::leaveEvent(QEvent *event) {

@@ -22,6 +22,10 @@ Q_SIGNALS:
     void pointed(QPointF point);
     void left();
     void doubleClicked(QPointF point);
+    // So many times closer, about that point of the wave.
+    void zoomWanted(double factor, double x);
+    // By so many points to the right.
+    void scrollWanted(double points);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -30,6 +34,8 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    bool event(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
 

@@ -27,6 +27,7 @@ public:
     void drag(QPointF point);
     void release();
     void hover(QPointF point);
+    bool isWholeSeen() const { return mGeometry.zoom() <= 1; }
     bool isDragging() const { return mHit == CutHit::LeftEdge || mHit == CutHit::RightEdge; }
 
     QSize minimumSizeHint() const override { return {2 * static_cast<int>(WaveGeometry::kInset) + 1, kLeastHeight}; }

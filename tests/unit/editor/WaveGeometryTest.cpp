@@ -92,5 +92,46 @@ TEST(WaveGeometry, ColumnsEqualThoseOfAPlainComputationAtEveryWidth) {
     }
 }
 
+TEST(WaveGeometry, AStretchIsSeenAtItsOwnTimesAndAllOfItIsAsItWasBefore) {
+    std::mt19937 random(3);
+    Levels levels(60'000); // 600 a second
+    for (auto &level : levels)
+        level = static_cast<std::int16_t>(static_cast<int>(random() % 4000) - 2000);
+    const WaveGeometry whole = wave(210, 100, levels);
+    WaveGeometry geometry = wave(210, 100, levels);
+    geometry.setLevelsPerSecond(600);
+    EXPECT_EQ(geometry.mostZoom(), 300);
+    EXPECT_FALSE(geometry.setView(7, 1)) << "all is seen";
+    for (int i = 0; i < 300; ++i) {
+        const double seconds = geometry.viewStart() + random() % 100 / 100.0 * geometry.viewSeconds();
+        const double x = geometry.getPointWithTime(seconds).x(), before = geometry.viewSeconds();
+        geometry.zoomAbout(seconds, random() % 3 ? 1.4 : 0.5);
+        ASSERT_GE(geometry.viewStart(), 0);
+        ASSERT_LE(geometry.viewStart() + geometry.viewSeconds(), 100 + 1e-9);
+        ASSERT_GE(geometry.viewSeconds(), 100 / 300.0 - 1e-9);
+        const bool isAtEnd = geometry.viewStart() == 0 || geometry.sees(100 - 1e-9);
+        if (!isAtEnd || geometry.viewSeconds() < before) {
+            ASSERT_NEAR(geometry.getPointWithTime(seconds).x(), x, 1e-6) << "it stays below the pointer";
+        }
+        ASSERT_NEAR(geometry.transformTimeWithPoint(geometry.getPointWithTime(seconds)), seconds, 1e-6);
+    }
+    geometry.setView(20, 10); // 30 levels a point
+    ASSERT_EQ(geometry.sampleData().size(), 200u);
+    std::vector<double> means;
+    for (std::size_t point = 0; point < 200; ++point) {
+        double sum = 0;
+        for (std::size_t i = 0; i < 30; ++i)
+            sum += std::abs(levels[12'000 + 30 * point + i]);
+        means.push_back(std::floor(sum / 30));
+    }
+    const double factor = height(geometry, 0) / means[0];
+    EXPECT_GT(factor, 2 * 100 / 3.0 / 2000) << "the loudest fills its part of the height";
+    for (std::size_t point = 0; point < 200; ++point)
+        ASSERT_NEAR(height(geometry, point), std::min(means[point] * factor, 200 / 3.0), 1e-3) << point;
+    geometry.setView(50, 0);
+    EXPECT_EQ(geometry.sampleData(), whole.sampleData());
+    EXPECT_EQ(geometry.getPointWithTime(33.3), whole.getPointWithTime(33.3));
+}
+
 } // namespace
 } // namespace cantorel
