@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/ZQAudioRecorder.h"
+#include "capture/ZQScreenRecorder.h"
 
 #include <QStringList>
 
@@ -13,6 +14,7 @@ public:
 
     // Null when none can be made.
     ZQAudioRecorder *getAudioRecorder();
+    ZQScreenRecorder *getScreenRecorder();
 
     // The frame rates that can be chosen for pictures.
     static QStringList FPSList();
@@ -21,6 +23,7 @@ private:
     friend void RecorderRelease(ZQAVRecorder *recorder);
 
     std::unique_ptr<ZQAudioRecorder> mAudioRecorder;
+    std::unique_ptr<ZQScreenRecorder> mScreenRecorder;
 };
 
 // Gives up the recorder, so that the next request makes a fresh one; nothing for one that is not the current one. It is
