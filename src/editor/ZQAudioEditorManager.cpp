@@ -336,9 +336,9 @@ void ZQAudioEditorManager::zoom(double factor, std::optional<double> aboutX) {
     if (!canZoom(factor))
         return;
     const double middle = mGeometry.viewStart() + mGeometry.viewSeconds() / 2;
-    const double about = aboutX                        ? mGeometry.transformTimeWithPoint({*aboutX, 0})
+    const double about = aboutX                      ? mGeometry.transformTimeWithPoint({*aboutX, 0})
                          : mGeometry.sees(mPlayTime) ? mPlayTime
-                                                       : middle;
+                                                     : middle;
     if (mGeometry.zoomAbout(about, factor))
         viewDidChange();
 }
@@ -381,8 +381,7 @@ void ZQAudioEditorManager::dropFound() {
 // Undo.
 
 ZQAudioEditorManager::Step ZQAudioEditorManager::now() const {
-    return {mAsset,    mSourceURL,          mName,           mCuts.ranges(),
-            mPlayTime, mGeometry.viewStart(), mGeometry.zoom()};
+    return {mAsset, mSourceURL, mName, mCuts.ranges(), mPlayTime, mGeometry.viewStart(), mGeometry.zoom()};
 }
 
 // what: several changes of it are one step.

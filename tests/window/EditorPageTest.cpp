@@ -177,7 +177,8 @@ TEST_F(EditorPage, AStretchIsLookedAtCloselyAndMovedAndNothingElseChanges) {
     QTest::mousePress(&overview, Qt::LeftButton, {}, {overview.width() / 4, 8});
     EXPECT_NEAR(geometry.viewStart() + geometry.viewSeconds() / 2, 15, 0.2) << "it comes there";
     QTest::mouseMove(&overview, {overview.width() / 2, 8});
-    QMouseEvent move(QEvent::MouseMove, QPointF(overview.width() / 2.0, 8), QPointF(), Qt::NoButton, Qt::LeftButton, {});
+    QMouseEvent move(QEvent::MouseMove, QPointF(overview.width() / 2.0, 8), QPointF(), Qt::NoButton, Qt::LeftButton,
+                     {});
     QApplication::sendEvent(&overview, &move);
     EXPECT_NEAR(geometry.viewStart() + geometry.viewSeconds() / 2, 30, 0.2) << "and is led on";
     EXPECT_EQ(times(), before);

@@ -31,8 +31,8 @@ public:
     double waveHeight() const { return mSize.height() - kScaleHeight; }
     double waveCenterY() const { return waveHeight() * 0.5; }
     double scaleOffset() const; // seconds a point; 0 where there is nothing to spread or no room
-    // How many levels there are of a second; 0 where it is not known. Where a stretch is looked at, each level stands at
-    // its own time; over the whole sound they are spread as they always have been.
+    // How many levels there are of a second; 0 where it is not known. Where a stretch is looked at, each level stands
+    // at its own time; over the whole sound they are spread as they always have been.
     void setLevelsPerSecond(double count) { mLevelsPerSecond = count; }
 
     // What is looked at: so many times less than the whole, from that second on. Both are kept within what there is; at
@@ -73,7 +73,7 @@ private:
     double mViewStart = 0; // seconds
     double mZoom = 1;
     std::vector<double> mLoudest; // mean of 1, 8, 64, ... levels; worked out when it is first needed
-    QByteArray mAudioWavaData; // spelling is fixed
+    QByteArray mAudioWavaData;    // spelling is fixed
     double mPart = 1;
     std::vector<std::int16_t> mAdjustAudioData; // the level of each column
     std::vector<QPointF> mSampleData;

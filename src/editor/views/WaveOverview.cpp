@@ -91,8 +91,8 @@ void WaveOverview::paintEvent(QPaintEvent *) {
         const double left = mWhole.getPointWithTime(entity->startTime()).x();
         QColor colour = colourOf(entity->rectColor());
         colour.setAlphaF(kVeil);
-        painter.fillRect(QRectF(left, 0, std::max(1.0, mWhole.getPointWithTime(entity->endTime()).x() - left), height()),
-                         colour);
+        painter.fillRect(
+            QRectF(left, 0, std::max(1.0, mWhole.getPointWithTime(entity->endTime()).x() - left), height()), colour);
     }
     QPainterPath veil;
     veil.addRect(rect());
