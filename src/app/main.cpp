@@ -52,7 +52,8 @@ public:
           mSession(mPanel, mList,
                    {hal::HardwareSystem::clock(), desktop::InstalledServices::current().sleep.get(),
                     Hardware::stateFolder()}),
-          mRecorder(mSession, mTasks, mPanel, hal::HardwareSystem::clock()) {}
+          mMovies(mPanel, mList, mSession.journal(), hal::HardwareSystem::clock()),
+          mRecorder(mSession, &mMovies, mTasks, mPanel, hal::HardwareSystem::clock()) {}
 
     ~WindowProgram() {
         mHotkeys.reset();
@@ -82,7 +83,7 @@ public:
         QObject::connect(&*mWindow, &ui::MainWindow::hotkeysChanged, qApp, [this] { registerHotkeys(); });
 
         QObject::connect(&mPanel, &RecorderPanel::finished, &delegate, [this](const FinishedRecording &finished) {
-            if (const RecordedAudioInfo *item = mList.itemWithFile(finished.file))
+            if (const RecordedAudioInfo *item = mList.itemWithFile(finished.file); item && !isMovieFile(finished.file))
                 (void)mIdentification.identifyFinished(*item); // not what is too short, for one
         });
 
@@ -111,7 +112,7 @@ private:
         mWindow->offerLeftovers();
         mRecorder.schedule().initScheduleTaskList();
         mControl.emplace(mSession, mList, mTasks, RecordingControl::Begins::Any,
-                         desktop::InstalledServices::current().remote.get());
+                         desktop::InstalledServices::current().remote.get(), &mMovies);
         mControl->show = [this] { mWindow->showAgain(); };
         mControl->offer();
         if (auto hotKeys = desktopHotKeys(); hotKeys)
@@ -146,6 +147,7 @@ private:
     RecordedList mList;
     TaskList mTasks;
     RecordingSession mSession;
+    MovieSession mMovies;
     ScheduledSession mRecorder;
     ZQAudioConvertManager mConverter{hal::HardwareSystem::clock()};
     RecordingIdentification mIdentification{mList, [](std::stop_token stop) {

@@ -50,7 +50,7 @@ Outcome TasksRun::start() {
             QStringLiteral("Another Cantorel is running and keeps the schedule; stop that one first."));
     mList->initRecordedList();
     mSession->leftovers().recover();
-    mScheduled = std::make_unique<ScheduledSession>(*mSession, mTasks, *this, clock);
+    mScheduled = std::make_unique<ScheduledSession>(*mSession, nullptr, mTasks, *this, clock);
 
     const auto tell = [this](const foundation::Sentence &sentence) { command().note(Lang::english(sentence)); };
     connect(mScheduled.get(), &ScheduledSession::startRefused, this, tell);

@@ -2,11 +2,13 @@
 
 #include "lang/Lang.h"
 #include "recording/control/RecorderPanel.h"
+#include "recording/control/ScheduledSession.h"
 #include "settings/AppSettings.h"
 #include "ui/DigitLabel.h"
 #include "ui/Fields.h"
 #include "ui/FileDialogs.h"
 #include "ui/Icons.h"
+#include "ui/MovieChips.h"
 #include "ui/PageParts.h"
 #include "ui/look/Look.h"
 #include "util/tools/Tools.h"
@@ -28,13 +30,12 @@ namespace {
 constexpr int kDot = 8, kLeastFormat = 96;
 constexpr QString (*kReady[])() = {Lang::windowReadySystem, Lang::windowReadyMicrophone, Lang::windowReadyBoth};
 
-QString readyText() { return kReady[qBound(0, AppSettings::getAudioType(), int(std::size(kReady)) - 1)](); }
-
 } // namespace
 
-Headline::Headline(const RecorderPanel &panel, QWidget *parent)
+Headline::Headline(const RecorderPanel &panel, ScheduledSession &recorder, QWidget *parent)
     : QWidget(parent),
       mPanel(panel),
+      mRecorder(recorder),
       mStateDot(new QLabel(this)),
       mState(new QLabel(this)),
       mElapsed(new DigitLabel(this)),
@@ -46,6 +47,7 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
       mSilence(new QLabel(this)),
       mName(new QLineEdit(this)),
       mFormat(new QComboBox(this)),
+      mMovie(recorder.movies() ? new MovieChips(*recorder.movies(), this) : nullptr),
       mFolder(new QToolButton(this)) {
     mState->setObjectName(QStringLiteral("state"));
     mElapsed->setObjectName(QStringLiteral("elapsed"));
@@ -83,6 +85,10 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
     file->addWidget(mFileDetails);
     file->addWidget(mName, 1);
     file->addWidget(mFormat);
+    if (mMovie) {
+        file->addWidget(mMovie);
+        connect(recorder.movies(), &MovieSession::wishChanged, this, &Headline::chosen);
+    }
     file->addWidget(mFolder);
     file->addWidget(mSilence);
     file->addStretch();
@@ -93,6 +99,17 @@ Headline::Headline(const RecorderPanel &panel, QWidget *parent)
     lines->addLayout(time);
     lines->addWidget(mFileLine);
     showIcons();
+}
+
+bool Headline::isMovie() const {
+    return mMovie && (mPanel.isRunning() ? mRecorder.recordsMovie() : mRecorder.movies()->isWanted());
+}
+
+QString Headline::readyText() const {
+    if (isMovie())
+        return mRecorder.movies()->wish().picture == MovieWish::Picture::Camera ? Lang::windowReadyCamera()
+                                                                               : Lang::windowReadyScreen();
+    return kReady[qBound(0, AppSettings::getAudioType(), int(std::size(kReady)) - 1)]();
 }
 
 void Headline::fit(int room, bool isLow) {
@@ -155,7 +172,9 @@ void Headline::showState() {
 void Headline::showFile() {
     const bool isIdle = !mPanel.isRunning();
     const Tokens &tokens = Look::tokens();
-    mFormat->setVisible(isIdle);
+    mFormat->setVisible(isIdle && !isMovie());
+    if (mMovie)
+        mMovie->setVisible(isIdle && isMovie());
     mFolder->setVisible(isIdle);
     const QString file = isIdle ? QFileInfo(Tools::getAudioNameFromTrack()).completeBaseName()
                                 : QFileInfo(mPanel.file()).completeBaseName();
@@ -170,13 +189,14 @@ void Headline::showFile() {
     const QString folder = QDir(AppSettings::outputPath()).dirName();
     mFolder->setText({});
     const int taken = (isNamed ? mFile : static_cast<QWidget *>(mName))->minimumSizeHint().width()
-                      + qMin(mFormat->sizeHint().width(), mRoom / 2) + mFolder->sizeHint().width() + 3 * measure::kGap;
+                      + qMin((isMovie() ? mMovie : static_cast<QWidget *>(mFormat))->sizeHint().width(), mRoom / 2) + mFolder->sizeHint().width() + 3 * measure::kGap;
     mFolder->setText(
         mFolder->fontMetrics().elidedText(folder, Qt::ElideMiddle, qMin(qMin(width(), mRoom) / 4, mRoom - taken)));
     QString details = Lang::windowFormatInFolder()
-                          .replace(QLatin1String("[#Format#]"), mFormat->currentText().simplified())
+                          .replace(QLatin1String("[#Format#]"), isMovie() ? QStringLiteral("MP4") : mFormat->currentText().simplified())
                           .replace(QLatin1String("[#Folder#]"), folder);
-    if (AppSettings::isAutoSkipSilence())
+    const bool skipsSilence = AppSettings::isAutoSkipSilence() && !isMovie();
+    if (skipsSilence)
         details += QLatin1Char(' ') + Lang::windowSilenceIsSkipped();
     const int left = mRoom - mFile->sizeHint().width() - measure::kGap;
     mFileDetails->setText(mFileDetails->fontMetrics().elidedText(details, Qt::ElideRight, left));
@@ -186,7 +206,7 @@ void Headline::showFile() {
     // What it will do is said before it does it; where there is no room, the settings say it.
     mSilence->setText(Lang::windowSilenceIsSkipped());
     setInk(*mSilence, tokens.text2);
-    mSilence->setVisible(isIdle && AppSettings::isAutoSkipSilence());
+    mSilence->setVisible(isIdle && skipsSilence);
     mFileLine->layout()->invalidate();
     if (mFileLine->layout()->minimumSize().width() > mRoom)
         mSilence->hide();
@@ -203,6 +223,8 @@ void Headline::showTexts() {
     mName->setAccessibleName(Lang::windowEnterRecordingName());
     mFormat->setAccessibleName(Lang::commFormat());
     showChoices(*mFormat, Tools::shownAudioFormats());
+    if (mMovie)
+        mMovie->showTexts();
 }
 
 void Headline::showIcons() {

@@ -9,19 +9,21 @@ class QToolButton;
 
 namespace cantorel {
 class RecorderPanel;
-}
+class ScheduledSession;
+} // namespace cantorel
 
 namespace cantorel::ui {
 
 class DigitLabel;
+class MovieChips;
 
 // State, time and file of what is recorded or will be; at the right the size and how long the disk lasts.
 class Headline : public QWidget {
     Q_OBJECT
 
 public:
-    // The panel outlives it.
-    Headline(const RecorderPanel &panel, QWidget *parent);
+    // Both outlive it.
+    Headline(const RecorderPanel &panel, ScheduledSession &recorder, QWidget *parent);
 
     // What goes on twice a second.
     void showNumbers();
@@ -49,13 +51,19 @@ private:
     void showIcons();
     void changeEvent(QEvent *event) override;
 
+    // Pictures are recorded as well, or will be.
+    bool isMovie() const;
+    QString readyText() const;
+
     const RecorderPanel &mPanel;
+    const ScheduledSession &mRecorder;
     QLabel *mStateDot, *mState;
     DigitLabel *mElapsed, *mSize, *mTimeLeft;
     QWidget *mFileLine;
     QLabel *mFile, *mFileDetails, *mSilence;
     QLineEdit *mName;
     QComboBox *mFormat;
+    MovieChips *mMovie; // null where no movies are recorded
     QToolButton *mFolder;
     int mRoom = QWIDGETSIZE_MAX;
 };

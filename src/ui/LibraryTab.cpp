@@ -17,6 +17,7 @@
 #include "ui/Strip.h"
 #include "ui/look/Look.h"
 
+#include <QUrl>
 #include <QAction>
 #include <QBoxLayout>
 #include <QDateTime>
@@ -318,10 +319,20 @@ void LibraryTab::play(const QString &file) {
         notice(kFileGone(file));
     else if (mPlaying == Playing::AsksFirst)
         Q_EMIT playsIntoRecording(file);
+    else if (isMovieFile(file))
+        watch(file);
     else if (const auto played = mPlayer.play(file); !played)
         notice(played.failure().sentence);
     else if (!mUndoes)
         notice({});
+}
+
+// Pictures are shown by the desktop's own player.
+void LibraryTab::watch(const QString &file) {
+    if (!mFiles)
+        return;
+    if (const auto opened = mFiles->open(QUrl::fromLocalFile(file)); !opened)
+        notice(opened.failure().sentence);
 }
 
 void LibraryTab::setRecordsSystemSound(bool records) {

@@ -83,6 +83,7 @@ private:
     std::vector<RecordedAudioInfo *> selected() const;
     RecordedAudioInfo *chosen() const;
     void showMenu(const QPoint &position);
+    void watch(const QString &file);
     void playTile(int row);
     void rename();
     void reveal();

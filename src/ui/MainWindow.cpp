@@ -118,7 +118,7 @@ void MainWindow::complete() {
     mStatusItem = std::make_unique<StatusItem>(
         mParts.panel, StatusItem::Actions{[this] { bringToFront(); }, [this] { showOrHide(); },
                                           [this] { mParts.recorder.onStartRecording(); },
-                                          [this] { mParts.session.onPauseRecording(); },
+                                          [this] { mParts.recorder.onPauseRecording(); },
                                           [this] { mParts.session.splitRecording(); }, [this] { leave(); }});
     QApplication::setWindowIcon(applicationIcon());
     connect(&mLibraryTab->media(), &LibraryMedia::toWindow, this, [this] { bringToFront(); });
@@ -176,7 +176,7 @@ QWidget *MainWindow::makeHome() {
     before->addSpacing(measure::kMargin - style()->pixelMetric(QStyle::PM_TabBarTabHSpace) / 2);
     mTabs->setCornerWidget(lead, Qt::TopLeftCorner);
     connect(mPill, &Pill::shown, this, [this] { showTab(mRecordingTab); });
-    connect(mPill, &Pill::paused, this, [this] { mParts.session.onPauseRecording(); });
+    connect(mPill, &Pill::paused, this, [this] { mParts.recorder.onPauseRecording(); });
     connect(mPill, &Pill::stopped, this, [this] { mParts.recorder.stopByHand(); });
     auto *home = new QWidget(this);
     auto *grid = new QGridLayout(home);
@@ -225,7 +225,7 @@ void MainWindow::run(Command command) {
     case Command::Record:
         return mParts.recorder.onStartRecording();
     case Command::Pause:
-        return mParts.session.onPauseRecording();
+        return mParts.recorder.onPauseRecording();
     case Command::Split:
         return mParts.session.splitRecording();
     case Command::RecordPage:
@@ -592,9 +592,9 @@ void MainWindow::showHotkeyTrouble(const foundation::Sentence &sentence) {
         mSettings->setHotkeyTrouble(sentence);
 }
 
-bool MainWindow::isRecording() const { return mParts.session.isBusy(); }
+bool MainWindow::isRecording() const { return mParts.recorder.isBusy(); }
 
-bool MainWindow::isSettled() const { return mParts.session.isSettled(); }
+bool MainWindow::isSettled() const { return mParts.recorder.isSettled(); }
 
 bool MainWindow::isPrepareStartRecording() const { return mParts.session.isPrepareStartRecording(); }
 
@@ -616,7 +616,7 @@ void MainWindow::showPanel() {
         return;
     mStatusItem->showPanel();
     mLibraryTab->media().setRecording(isRecording());
-    mLibraryTab->setRecordsSystemSound(isRecording() && includesSystemSound(mParts.session.currentFile().source));
+    mLibraryTab->setRecordsSystemSound(isRecording() && includesSystemSound(mParts.recorder.source()));
     if (mHasSign && !isRecording()) {
         mNotices.endSign();
         signDidChange(false);
@@ -721,7 +721,7 @@ void MainWindow::endOnceSettled() {
     if (isVisible())
         (void)ZQUserDefaultSetValue_Object(saveGeometry(), kGeometry); // a failure is logged by the store
     hide();
-    if (mParts.session.isSettled())
+    if (isSettled())
         Q_EMIT mayEnd();
 }
 

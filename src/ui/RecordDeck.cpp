@@ -47,7 +47,7 @@ RecordDeck::RecordDeck(const RecorderPanel &panel, ScheduledSession &recorder, R
     mPause->setObjectName(QStringLiteral("pause"));
     mSplit->setObjectName(QStringLiteral("split"));
     connect(mRecord, &RecordButton::clicked, this, [this] { start(); });
-    connect(mPause, &QToolButton::clicked, this, [&session] { session.onPauseRecording(); });
+    connect(mPause, &QToolButton::clicked, this, [this] { mRecorder.onPauseRecording(); });
     connect(mSplit, &QToolButton::clicked, this, [&session] { session.splitRecording(); });
 
     mTask->setObjectName(QStringLiteral("nextTask"));
@@ -116,7 +116,7 @@ void RecordDeck::showState() {
     mPause->setEnabled(controls.pauseEnabled);
     mPause->setText(controls.pauseShowsResume ? Lang::btnResume() : Lang::windowPause());
     mPause->setToolTip(withKeys(mPause->text(), Command::Pause));
-    mSplit->setVisible(!isIdle);
+    mSplit->setVisible(!isIdle && !mRecorder.recordsMovie());
     const QString keys = mTriggers[isIdle ? 0 : 1];
     mKeys->setKeys(keys);
     mKeysText->setText(keys.isEmpty() ? QString()

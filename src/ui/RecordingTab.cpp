@@ -3,6 +3,7 @@
 #include "audio_device/AudioDeviceEngine.h"
 #include "lang/Lang.h"
 #include "recording/control/RecorderPanel.h"
+#include "recording/control/ScheduledSession.h"
 #include "recording/session/RecordingSession.h"
 #include "ui/Headline.h"
 #include "ui/LevelLanes.h"
@@ -32,11 +33,11 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
                            RecordedList &list, QWidget *parent)
     : QWidget(parent),
       mPanel(panel),
-      mSession(session),
+      mRecorder(recorder),
       mPage(new QWidget),
       mCards(new RecordCards(panel, mPage)),
-      mSourceLine(new SourceLine(mPage)),
-      mHeadline(new Headline(panel, mPage)),
+      mSourceLine(new SourceLine(recorder.movies(), mPage)),
+      mHeadline(new Headline(panel, recorder, mPage)),
       mPicture(new SoundPictureView(panel.history(), mPage)),
       mLevels(new LevelLanes(panel, mPage)),
       mStrips(new RecordStrips(panel, list, this)),
@@ -146,7 +147,7 @@ void RecordingTab::showState() {
     mPicture->setRunning(mPanel.isRunning());
     mLevels->setVisible(mPanel.isRunning());
     if (mPanel.isRunning())
-        mLevels->setBoth(mSession.currentFile().source == RecordingSource::Both);
+        mLevels->setBoth(mRecorder.source() == RecordingSource::Both);
     mHeadline->showState();
     mStrips->showState();
     mDeck->showState();

@@ -75,7 +75,7 @@ private:
     void showEvent(QShowEvent *event) override;
 
     RecorderPanel &mPanel;
-    RecordingSession &mSession;
+    ScheduledSession &mRecorder;
     QWidget *mPage;
     RecordCards *mCards;
     SourceLine *mSourceLine;

@@ -37,9 +37,11 @@ int chosenType() { return qBound(0, AppSettings::getAudioType(), kCount - 1); }
 
 } // namespace
 
-SourceLine::SourceLine(QWidget *parent)
+SourceLine::SourceLine(MovieSession *movies, QWidget *parent)
     : QWidget(parent),
+      mMovies(movies),
       mSources(new SourceSwitch(kCount, this)),
+      mScreen(new QToolButton(this)),
       mIcon(new QLabel(this)),
       mSource(new QLabel(this)),
       mDevice(new QLabel(this)),
@@ -49,11 +51,18 @@ SourceLine::SourceLine(QWidget *parent)
     mMicrophone->setAutoRaise(true);
     mMicrophone->setFocusPolicy(Qt::StrongFocus);
     mMicrophone->setPopupMode(QToolButton::InstantPopup);
+    mScreen->setObjectName(QStringLiteral("screenToggle"));
+    mScreen->setCheckable(true);
+    mScreen->setAutoRaise(true);
+    mScreen->setFocusPolicy(Qt::StrongFocus);
+    mScreen->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    connect(mScreen, &QToolButton::clicked, this, [this](bool isOn) { wantScreen(isOn); });
     auto *menu = new QMenu(mMicrophone);
     connect(menu, &QMenu::aboutToShow, this, [this, menu] { offerMicrophones(*menu); });
     mMicrophone->setMenu(menu);
     auto *row = rowIn(this, measure::kGap);
     row->addWidget(mSources);
+    row->addWidget(mScreen);
     row->addWidget(mIcon);
     row->addWidget(mSource);
     row->addStretch();
@@ -65,6 +74,22 @@ SourceLine::SourceLine(QWidget *parent)
     });
     setRecording(false);
     showIcons();
+}
+
+// What was shown last is shown again; without a display, a camera.
+void SourceLine::wantScreen(bool isOn) {
+    MovieWish wish = mMovies->wish();
+    if (!isOn) {
+        mLastPicture = wish.picture;
+        wish.picture = MovieWish::Picture::None;
+    } else {
+        wish.picture = mLastPicture;
+        if (const auto cameras = mMovies->cameras(); mMovies->displays().empty() && !cameras.empty()) {
+            wish.picture = MovieWish::Picture::Camera;
+            wish.camera = cameras.front().uniqueID;
+        }
+    }
+    mMovies->setWish(wish);
 }
 
 // The microphone that is recorded is the desktop's own choice, so another one is chosen there.
@@ -90,6 +115,7 @@ void SourceLine::showSource() {
     mDevice->setText(type == 2 && !mOutput.isEmpty() ? mOutput + QStringLiteral(" + ") : mOutput);
     mDevice->setVisible(type != 1);
     mMicrophone->setVisible(type != 0);
+    mScreen->setChecked(mMovies && mMovies->isWanted());
     showColours();
 }
 
@@ -114,6 +140,7 @@ void SourceLine::showSettings() {
 void SourceLine::setRecording(bool isRecording) {
     mIsRecording = isRecording;
     mSources->setVisible(!isRecording);
+    mScreen->setVisible(!isRecording && mMovies);
     mIcon->setVisible(isRecording);
     mSource->setVisible(isRecording);
     mMicrophone->setEnabled(!isRecording);
@@ -126,6 +153,8 @@ void SourceLine::showTexts() {
         choice->setToolTip(kSources[type].tip());
     }
     mMicrophone->setToolTip(Lang::windowMicrophone());
+    mScreen->setToolTip(Lang::windowScreenTip());
+    mScreen->setAccessibleName(Lang::windowScreen());
     showNames();
 }
 
@@ -134,12 +163,14 @@ void SourceLine::fit(int room) {
         showSettings();
 }
 
+// What lacks room goes: the names of what is not chosen, then the word beside the switch.
 void SourceLine::showNames() {
-    for (const bool all : {true, false}) {
+    for (const int words : {kCount + 1, 2, 1}) {
         for (int type = 0; type < kCount; ++type) {
             QAbstractButton *choice = mSources->choices().button(type);
-            choice->setText(all || choice->isChecked() ? kSources[type].shortText() : QString());
+            choice->setText(words > kCount || choice->isChecked() ? kSources[type].shortText() : QString());
         }
+        mScreen->setText(words > 1 ? Lang::windowScreen() : QString());
         mSources->updateGeometry();
         layout()->invalidate();
         if (layout()->minimumSize().width() <= mRoom)
@@ -155,6 +186,7 @@ QString SourceLine::elided(const QString &device) const {
 void SourceLine::showIcons() {
     for (int type = 0; type < kCount; ++type)
         mSources->choices().button(type)->setIcon(icon(QString::fromLatin1(kSources[type].icon), palette()));
+    mScreen->setIcon(icon(QStringLiteral("screen"), palette()));
 }
 
 void SourceLine::changeEvent(QEvent *event) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "recording/session/MovieSession.h"
+
 #include <QWidget>
 
 class QLabel;
@@ -15,7 +17,8 @@ class SourceLine : public QWidget {
     Q_OBJECT
 
 public:
-    explicit SourceLine(QWidget *parent);
+    // movies: null where none are recorded; outlives the line.
+    SourceLine(MovieSession *movies, QWidget *parent);
 
     // As the settings and the desktop have it; while something is recorded it stays what it was at the start.
     void showSettings();
@@ -31,6 +34,7 @@ Q_SIGNALS:
     void chosen();
 
 private:
+    void wantScreen(bool isOn);
     void offerMicrophones(QMenu &menu);
     void showNames();
     QString elided(const QString &device) const;
@@ -38,7 +42,10 @@ private:
     void showIcons();
     void changeEvent(QEvent *event) override;
 
+    MovieSession *const mMovies;
     SourceSwitch *mSources;
+    QToolButton *mScreen;
+    MovieWish::Picture mLastPicture = MovieWish::Picture::Screen;
     QLabel *mIcon, *mSource, *mDevice;
     QToolButton *mMicrophone;
     QString mOutput;

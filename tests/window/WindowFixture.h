@@ -162,7 +162,8 @@ public:
     RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordingSession session{panel, list, surroundings("state")};
     TaskList taskList;
-    ScheduledSession recorder{session, taskList, panel, *world.clock};
+    MovieSession movies{panel, list, session.journal(), *world.clock};
+    ScheduledSession recorder{session, &movies, taskList, panel, *world.clock};
     ZQAudioConvertManager converter{*world.clock};
     RecordingIdentification identification{list, [](std::stop_token stop) {
                                                return CommAudioIdentify(AppSettings::TessolarConverterPath(),

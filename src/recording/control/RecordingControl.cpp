@@ -5,6 +5,7 @@
 #include "recording/control/ListRequests.h"
 #include "recording/schedule/ScheduleTaskText.h"
 #include "recording/schedule/TaskList.h"
+#include "recording/session/MovieSession.h"
 #include "recording/session/RecordingSpace.h"
 #include "settings/AppSettings.h"
 
@@ -38,8 +39,8 @@ void insertTimeLeft(QVariantMap &status, double seconds, qint64 bytes) {
 } // namespace
 
 RecordingControl::RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins,
-                                   desktop::RemoteControl *remote)
-    : mSession(session), mList(list), mTasks(tasks), mBegins(begins), mRemote(remote) {}
+                                   desktop::RemoteControl *remote, MovieSession *movies)
+    : mSession(session), mMovies(movies), mList(list), mTasks(tasks), mBegins(begins), mRemote(remote) {}
 
 RecordingControl::~RecordingControl() {
     if (mIsOffered)
@@ -95,8 +96,10 @@ RecordingControl::Answer RecordingControl::call(const QString &method, const QSt
 
 // Recording.
 
+bool RecordingControl::recordsMovie() const { return mMovies && mMovies->isRecording(); }
+
 RecordingControl::Answer RecordingControl::start(const QStringList &) {
-    if (mSession.isBusy())
+    if (mSession.isBusy() || recordsMovie())
         return statusNow();
     if (mBegins == Begins::None)
         return refusal(QStringLiteral("The recording has ended and is being finished; begin another when that is done: "
@@ -111,16 +114,22 @@ RecordingControl::Answer RecordingControl::start(const QStringList &) {
 }
 
 RecordingControl::Answer RecordingControl::stop(const QStringList &) {
-    if (mSession.isBusy())
+    if (recordsMovie())
+        mMovies->stop();
+    else if (mSession.isBusy())
         mSession.stopByHand();
     return statusNow();
 }
 
 RecordingControl::Answer RecordingControl::toggle(const QStringList &) {
-    return mSession.isBusy() ? stop({}) : start({});
+    return mSession.isBusy() || recordsMovie() ? stop({}) : start({});
 }
 
 RecordingControl::Answer RecordingControl::pause(const QStringList &) {
+    if (recordsMovie()) {
+        mMovies->onPause();
+        return statusNow();
+    }
     if (!mSession.isBusy())
         return refusal(QStringLiteral("Nothing is being recorded, so there is nothing to pause."));
     mSession.onPauseRecording();
@@ -144,7 +153,7 @@ RecordingControl::Answer RecordingControl::showWindow(const QStringList &) {
 }
 
 const char *RecordingControl::state() const {
-    switch (mSession.state()) {
+    switch (mMovies && !mMovies->isSettled() ? mMovies->state() : mSession.state()) {
     case RecorderState::Preparing:
         return "starting";
     case RecorderState::Paused:
@@ -162,6 +171,16 @@ const char *RecordingControl::state() const {
 }
 
 QVariantMap RecordingControl::statusNow() const {
+    if (mMovies && !mMovies->isSettled()) {
+        const RecordingDisplay &shown = mMovies->shown();
+        QVariantMap status{{kState, QString::fromLatin1(state())},
+                           {kFile, mMovies->path()},
+                           {kSeconds, shown.seconds},
+                           {kBytes, shown.bytes}};
+        if (shown.secondsLeft)
+            status.insert(kTimeLeft, *shown.secondsLeft);
+        return status;
+    }
     if (mSession.isSettled())
         return stoppedStatus();
     QVariantMap status{{kState, QString::fromLatin1(state())}};

@@ -7,6 +7,7 @@
 
 namespace cantorel {
 
+class MovieSession;
 class TaskList;
 
 // What the other programs of the person's session may ask of a recorder.
@@ -36,9 +37,10 @@ public:
     // Whether it may begin recordings itself.
     enum class Begins { Any, None };
 
-    // remote: how others reach it; null where the desktop has no way. All outlive the control.
+    // remote: how others reach it; null where the desktop has no way. movies: null where there are none; one that the
+    // person has begun is paused and ended here too. All outlive the control.
     RecordingControl(RecordingSession &session, RecordedList &list, TaskList &tasks, Begins begins,
-                     desktop::RemoteControl *remote);
+                     desktop::RemoteControl *remote, MovieSession *movies = nullptr);
     ~RecordingControl() override;
 
     // Makes it reachable; a failure is a line of the log.
@@ -78,8 +80,10 @@ private:
 
     const char *state() const; // while anything is going on
     QVariantMap statusNow() const;
+    bool recordsMovie() const;
 
     RecordingSession &mSession;
+    MovieSession *const mMovies;
     RecordedList &mList;
     TaskList &mTasks;
     const Begins mBegins;

@@ -54,6 +54,9 @@ public:
 
 class RecordedItemPointer;
 
+// Whether a recording holds pictures: it is not converted, filtered or identified by itself.
+inline bool isMovieFile(const QString &path) { return path.endsWith(QLatin1String(".mp4"), Qt::CaseInsensitive); }
+
 // One recording of the library. A library holds a hundred thousand of them: what is stored lies in one piece of
 // memory, and what few of them have in another, made when it is first needed. Owned by RecordedList; main thread.
 class RecordedAudioInfo {

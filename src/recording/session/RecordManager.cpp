@@ -78,7 +78,12 @@ bool RecordManager::start(const QUrl &file) {
     AppSettings::setAudioInputDeviceNameBeforeRecording(ZQAudioKextKit::getDefaultAudioInputName());
     AppSettings::setRecordingOutputDeviceName(output);
     if (mSource && includesSystemSound(*mSource))
-        routeSystemSound();
+        mRouting.begin([this](bool isHeard) {
+            if (isHeard)
+                delegate->RecordManagerOutputBack(*this);
+            else
+                delegate->RecordManagerOutputLost(*this);
+        });
 
     QString error;
     const bool started = mAudioRecorder->startRecording(file, &error);
@@ -91,22 +96,6 @@ bool RecordManager::start(const QUrl &file) {
     return started;
 }
 
-void RecordManager::routeSystemSound() {
-    mHearing = foundation::NotificationCenter::defaultCenter().subscribe<bool>(
-        kNotificationRoutedSoundIsHeard, [this](const bool &heard) {
-            if (heard)
-                delegate->RecordManagerOutputBack(*this);
-            else
-                delegate->RecordManagerOutputLost(*this);
-        });
-    const bool stays = ZQAudioKextKit::isRoutingKept();
-    const bool isRouted = ZQAudioKextKit::setSVAD();
-    // Where the routing goes on, so does the volume that the person has chosen meanwhile. An output that is recorded
-    // itself, for lack of a virtual device, deliberately keeps its volume: turned up, it would be heard so.
-    if (isRouted && !stays)
-        (void)ZQAudioKextKit::setVolume(1.0f, ZQAudioKextKit::getDefaultAudioOutputName());
-}
-
 void RecordManager::stopRecord() {
     if (isRecording()) {
         mCounts = mAudioRecorder->recordingCounts();
@@ -115,8 +104,7 @@ void RecordManager::stopRecord() {
         endJoin();
     }
     if (mSource && includesSystemSound(*mSource))
-        ZQAudioKextKit::unsetSVAD();
-    mHearing.cancel();
+        mRouting.end();
 }
 
 void RecordManager::joinNextRecording() {

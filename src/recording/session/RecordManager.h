@@ -2,6 +2,7 @@
 
 #include "capture/ZQAudioRecorder.h"
 #include "platform/foundation/NotificationCenter.h"
+#include "recording/session/SoundRouting.h"
 #include "settings/RecordingSource.h"
 
 #include <QObject>
@@ -105,12 +106,11 @@ private:
     void captureDeviceLost(ZQAVRecorder &) override { delegate->RecordManagerDeviceLost(*this); }
     void captureDeviceBack(ZQAVRecorder &) override { delegate->RecordManagerDeviceBack(*this); }
     bool start(const QUrl &file);
-    void routeSystemSound();
     void endJoin();
 
     ZQAudioRecorder *mAudioRecorder = nullptr; // the shared one; null unless a recording is prepared or running
     media::RecordingContinuation mContinuation;
-    foundation::NotificationCenter::Subscription mHearing;
+    SoundRouting mRouting;
     std::unique_ptr<foundation::Timer> mJoin; // runs while the next recording is awaited, and ends the wait
     media::RecordingCounts mCounts;           // of the last recording, from its stop on
     State mRecordState = State::Idle;

@@ -40,6 +40,14 @@ QString freeRecordingPath(const QString &chosen) {
     return path;
 }
 
+QString freeMoviePath(const QString &chosen) {
+    const QString base = ToolFile::pathWithExtension(chosen, {});
+    QString path = base + QStringLiteral(".mp4");
+    for (qint64 n = 1; QFileInfo::exists(path); ++n)
+        path = QStringLiteral("%1(%2).mp4").arg(base).arg(n);
+    return path;
+}
+
 QString rescuePath(const QString &lost) {
     const QString folder = AppSettings::outputPath(); // the music folder, where the chosen one is gone
     QDir().mkpath(folder);

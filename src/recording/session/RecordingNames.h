@@ -11,11 +11,14 @@ bool recordingIsNamedByHand();
 
 // The path for a new recording, from its task or the settings; empty if the person was asked for a name and cancelled.
 // Main thread.
-QString chosenRecordingPath(const std::optional<ExecutedTask> &task);
+QString chosenRecordingPath(const std::optional<ExecutedTask> &task = {});
 
 // A name beside the chosen one that neither a recording has nor what it will be converted to: it must still be free
 // when that has ended. Any thread.
 QString freeRecordingPath(const QString &chosen);
+
+// The same for a movie, which is not converted.
+QString freeMoviePath(const QString &chosen);
 
 // Where a recording goes whose folder was removed meanwhile: a free name in the folder that recordings go to without
 // it, which is made. Any thread.

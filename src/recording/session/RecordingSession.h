@@ -69,6 +69,8 @@ public:
     bool claim() { return mJournal.claim(); }
     // What a crash has left behind. After claim().
     CrashLeftovers &leftovers() { return mLeftovers; }
+    // For who records beside it, one at a time.
+    RecordingJournal &journal() { return mJournal; }
 
 private:
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) override;

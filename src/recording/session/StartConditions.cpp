@@ -29,15 +29,6 @@ constexpr foundation::SentenceKey kOvertaken("Overtaken");
 const QString kOldAggregateKey =
     QStringLiteral("OldAggregateSubDeivceUIDs"); // Spelling is fixed: stored settings use it.
 
-std::optional<Failure> folderTrouble(const QString &folder) {
-    QTemporaryFile probe(folder + QStringLiteral("/.cantorel-XXXXXX")); // Rights alone do not tell.
-    if (!QDir().mkpath(folder) || !probe.open())
-        return Failure{kCannotWriteTo(folder), QStringLiteral("no recording can be written to %1").arg(folder)};
-    if (recordingSecondsLeft(folder, AppSettings::getAudioFormat(), 0, 0) == 0)
-        return Failure{media::kDiskFull(folder), QStringLiteral("the disk of %1 is full").arg(folder)};
-    return {};
-}
-
 std::optional<Failure> deviceTrouble(RecordingSource source) {
     if (const auto reached = hal::HardwareSystem::reach(); !reached)
         return Failure{kNoServer(), reached.failure().detail};
@@ -61,11 +52,20 @@ std::optional<Failure> deviceTrouble(RecordingSource source) {
 
 } // namespace
 
+std::optional<Failure> recordingFolderTrouble(const QString &folder) {
+    QTemporaryFile probe(folder + QStringLiteral("/.cantorel-XXXXXX")); // Rights alone do not tell.
+    if (!QDir().mkpath(folder) || !probe.open())
+        return Failure{kCannotWriteTo(folder), QStringLiteral("no recording can be written to %1").arg(folder)};
+    if (recordingSecondsLeft(folder, AppSettings::getAudioFormat(), 0, 0) == 0)
+        return Failure{media::kDiskFull(folder), QStringLiteral("the disk of %1 is full").arg(folder)};
+    return {};
+}
+
 Result<void> StartConditions::check(RecordingSource source) {
     mLackedDevice = false;
     if (!mJournal.claim())
         return Failure{kAnotherRecorder(), QStringLiteral("the recorder lock is held")};
-    if (const auto trouble = folderTrouble(AppSettings::outputPath()))
+    if (const auto trouble = recordingFolderTrouble(AppSettings::outputPath()))
         return *trouble;
     const auto trouble = deviceTrouble(source);
     mLackedDevice = trouble.has_value();

@@ -12,6 +12,9 @@ inline constexpr foundation::SentenceKey kNoSystemSound("NoSystemSound");
 class RecordingJournal;
 class RecordingSessionView;
 
+// Why nothing can be recorded to the folder, which is made where it is missing; nothing if it can.
+std::optional<foundation::Failure> recordingFolderTrouble(const QString &folder);
+
 // What must hold before a recording begins: this process is the recorder, the output folder has room, the source's
 // devices are there, and the file has a name. Owned by RecordingSession; main thread.
 class StartConditions {

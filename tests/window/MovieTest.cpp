@@ -1,0 +1,180 @@
+#include "platform/desktop/recorded/RecordedServices.h"
+#include "platform/media/asset/OpenAsset.h"
+#include "tests/window/WindowFixture.h"
+#include "ui/AreaPicker.h"
+
+#include <QLabel>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+namespace cantorel {
+namespace {
+
+using media::PictureSize;
+
+// Displays that stand still: each shows one picture.
+class StillPictures : public media::PictureSources {
+public:
+    struct Asked {
+        std::vector<media::DisplayRequest> requests;
+        bool hasDisplay = true;
+    };
+    explicit StillPictures(Asked &asked) : mAsked(asked) {}
+
+    foundation::Result<std::vector<media::Display>> displays() override {
+        if (!mAsked.hasDisplay)
+            return PictureSources::displays();
+        return std::vector<media::Display>{{7, "Test display", QRect(0, 0, 320, 240), 1}};
+    }
+    foundation::Result<std::unique_ptr<media::PictureSource>> openDisplay(const media::DisplayRequest &request) override {
+        if (!mAsked.hasDisplay)
+            return PictureSources::openDisplay(request);
+        mAsked.requests.push_back(request);
+        const QSize size = request.region.value_or(QRect(0, 0, 320, 240)).size();
+        return std::unique_ptr<media::PictureSource>(std::make_unique<Still>(PictureSize{size.width(), size.height()}));
+    }
+
+private:
+    class Still : public media::PictureSource {
+    public:
+        explicit Still(PictureSize size) : mSize(size) {}
+        PictureSize size() const override { return mSize; }
+        foundation::Result<void> start(media::PictureSink &sink, int) override {
+            const std::vector<std::uint8_t> grey(static_cast<std::size_t>(mSize.width * mSize.height) * 4, 90);
+            media::Picture picture;
+            picture.size = mSize;
+            picture.planes = {grey.data(), nullptr, nullptr};
+            picture.strides = {4 * mSize.width, 0, 0};
+            picture.hostTime = static_cast<std::uint64_t>(hal::HardwareSystem::clock().now().count());
+            sink.takePicture(picture);
+            return {};
+        }
+        void stop() override {}
+
+    private:
+        const PictureSize mSize;
+    };
+    Asked &mAsked;
+};
+
+class Movie : public test::WindowFixture {
+public:
+    Movie() : WindowFixture(test::EmbeddedWorld::Virtual::Installed, desktop::recordedServices(record())) {
+        window.resize(900, 600);
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        QApplication::setActiveWindow(&window);
+    }
+    static std::shared_ptr<desktop::CallRecord> record() {
+        static const auto calls = std::make_shared<desktop::CallRecord>();
+        return calls;
+    }
+    bool isState(RecorderState state) {
+        return passUntil([&] { return panel.state() == state; });
+    }
+
+    StillPictures::Asked asked;
+    media::InstalledPictureSources sources{std::make_unique<StillPictures>(asked)};
+};
+
+TEST_F(Movie, AScreenIsRecordedWithItsSoundPausedAndListedAndNothingIsConverted) {
+    EXPECT_FALSE(find<QWidget>("moviePicture")->isVisible());
+    click("screenToggle");
+    EXPECT_TRUE(find<QWidget>("moviePicture")->isVisible());
+    EXPECT_FALSE(find<QWidget>("format")->isVisible());
+    EXPECT_EQ(find<QLabel>("state")->text(), Lang::windowReadyScreen());
+    photograph(window, "movie-idle");
+    find<QComboBox>("movieRate")->setCurrentIndex(0);
+    Q_EMIT find<QComboBox>("movieRate")->activated(0);
+    click("record");
+    ASSERT_TRUE(isState(RecorderState::Recording));
+    EXPECT_FALSE(find<QWidget>("split")->isVisible());
+    EXPECT_FALSE(find<QWidget>("screenToggle")->isVisible());
+    pass(3000);
+    EXPECT_EQ(panel.display().seconds, 3) << "by the sound's clock";
+    photograph(window, "movie-recording");
+    click("pause");
+    ASSERT_TRUE(isState(RecorderState::Paused));
+    pass(2000);
+    click("pause");
+    pass(1000);
+    click("record");
+    ASSERT_TRUE(isState(RecorderState::Idle));
+    ASSERT_EQ(list.items().size(), 1u);
+    const QString file = list.items().front()->getFileName();
+    EXPECT_EQ(QFileInfo(file).fileName(), "Track1.mp4");
+    const auto sound = media::openAsset(QUrl::fromLocalFile(file));
+    ASSERT_TRUE(sound);
+    EXPECT_NEAR(sound.value()->duration().seconds(), 4, 0.4) << "without the pause";
+    EXPECT_TRUE(QDir(folder.path()).entryList({"*.mp3", "*.m4a"}).isEmpty());
+    EXPECT_TRUE(session.leftovers().pending().empty());
+    ASSERT_EQ(asked.requests.size(), 1u);
+    EXPECT_FALSE(asked.requests.front().region);
+    photograph(window, "movie-result");
+    record()->calls.clear();
+    window.findChild<QPushButton *>("playResult")->click();
+    EXPECT_TRUE(passUntil([&] { return record()->calls.join('\n').contains("Track1.mp4"); })) << "in a player of pictures";
+    EXPECT_TRUE(find<QToolButton>("screenToggle")->isChecked());
+    click("screenToggle");
+    recordByButton();
+    click("record");
+    EXPECT_TRUE(passUntil([&] { return list.items().size() == 2 && list.items().back()->getFileName().endsWith("Track2.mp3"); }))
+        << "sound alone again";
+}
+
+TEST_F(Movie, AnAreaIsDrawnMovedByKeysAndLeft) {
+    click("screenToggle");
+    const auto pick = [&] {
+        auto *chip = find<QComboBox>("moviePicture");
+        Q_EMIT chip->activated(1);
+        ui::AreaPicker *picker = nullptr;
+        EXPECT_TRUE(passUntil([&] {
+            for (QWidget *each : QApplication::topLevelWidgets())
+                if (each->objectName() == "areaPicker" && each->isVisible())
+                    picker = static_cast<ui::AreaPicker *>(each);
+            return picker != nullptr;
+        }));
+        return picker;
+    };
+    ui::AreaPicker *picker = pick();
+    ASSERT_NE(picker, nullptr);
+    photograph(*picker, "movie-area");
+    QTest::keyClick(picker, Qt::Key_Escape);
+    EXPECT_EQ(movies.wish().picture, MovieWish::Picture::Screen) << "nothing was taken";
+    picker = pick();
+    QTest::mousePress(picker, Qt::LeftButton, {}, {10, 20});
+    QMouseEvent move(QEvent::MouseMove, QPointF(109, 99), QPointF(), Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(picker, &move);
+    QTest::mouseRelease(picker, Qt::LeftButton, {}, {109, 99});
+    EXPECT_EQ(movies.wish().area, QRect(10, 20, 100, 80));
+    EXPECT_EQ(movies.wish().display, 7u);
+    picker = pick();
+    QTest::keyClick(picker, Qt::Key_Right);
+    QTest::keyClick(picker, Qt::Key_Down, Qt::ShiftModifier);
+    QTest::keyClick(picker, Qt::Key_Return);
+    EXPECT_EQ(movies.wish().area, QRect(20, 20, 100, 90));
+    click("record");
+    ASSERT_TRUE(isState(RecorderState::Recording));
+    pass(1500);
+    click("record");
+    ASSERT_TRUE(isState(RecorderState::Idle));
+    ASSERT_EQ(asked.requests.size(), 1u);
+    EXPECT_EQ(asked.requests.front().region, QRect(20, 20, 100, 90));
+}
+
+TEST_F(Movie, WithoutADisplayOneSentenceSaysSoAndSoundCanBeRecordedAtOnce) {
+    asked.hasDisplay = false;
+    click("screenToggle");
+    click("record");
+    EXPECT_TRUE(passUntil([&] { return !panel.sentence().isEmpty(); }));
+    EXPECT_EQ(panel.state(), RecorderState::Idle);
+    EXPECT_TRUE(list.items().empty());
+    click("screenToggle");
+    recordByButton();
+    EXPECT_EQ(panel.state(), RecorderState::Recording);
+}
+
+} // namespace
+} // namespace cantorel
