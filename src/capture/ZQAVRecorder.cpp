@@ -106,13 +106,17 @@ std::vector<float> ZQAVRecorder::sourceLevels() const {
 }
 
 std::vector<media::AudioChannel> ZQAVRecorder::countedChannels() const {
-    std::vector<media::AudioChannel> counted;
+    std::vector<media::AudioChannel> counted = audioChannels();
+    std::erase_if(counted, [this](const media::AudioChannel &channel) { return !counts(channel); });
+    return counted;
+}
+
+std::vector<media::AudioChannel> ZQAVRecorder::audioChannels() const {
+    std::vector<media::AudioChannel> channels;
     if (const auto *output = fileOutput())
         for (const media::CaptureConnection &connection : output->connections())
-            for (const media::AudioChannel &channel : connection.audioChannels)
-                if (counts(channel))
-                    counted.push_back(channel);
-    return counted;
+            channels.insert(channels.end(), connection.audioChannels.begin(), connection.audioChannels.end());
+    return channels;
 }
 
 void ZQAVRecorder::captureOutputDidStartRecording(media::AudioFileOutput &, const QString &path) {

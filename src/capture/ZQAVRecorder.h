@@ -33,6 +33,8 @@ public:
     // The device of a running recording has gone, or has come back.
     virtual void captureDeviceLost(ZQAVRecorder &) {}
     virtual void captureDeviceBack(ZQAVRecorder &) {}
+    // A movie is finished and lies at the path.
+    virtual void AVRecorderDidFinishRecorderWithOutputFilePath(ZQAVRecorder &, const QString & /*outputFilePath*/) {}
 };
 
 // The common base of the recorders: a capture session and one file output. Main thread.
@@ -51,16 +53,16 @@ public:
     virtual void stopRecording();
     // Does nothing while nothing is recorded. A pause for silence keeps the last frames; a pause by the person after it
     // drops them.
-    void pauseRecording(media::AudioFileOutput::Pause pause = media::AudioFileOutput::Pause::ByPerson);
-    void resumeRecording();
+    virtual void pauseRecording(media::AudioFileOutput::Pause pause = media::AudioFileOutput::Pause::ByPerson);
+    virtual void resumeRecording();
 
     void startCaptureRuning(); // Spelling is fixed.
     void stopCaptureRuning();  // Spelling is fixed.
 
     bool isPaused() const { return bIsPaused; }
-    bool isRecording() const;
+    virtual bool isRecording() const;
     // Of the recording under way, else of the last one.
-    media::RecordingCounts recordingCounts() const;
+    virtual media::RecordingCounts recordingCounts() const;
     std::int64_t recordedFileSize() const { return recordingCounts().bytes; }
     double recordingDuration() const { return recordingCounts().wholeSeconds(); } // seconds
 
@@ -73,12 +75,17 @@ public:
     QUrl outputFileURL() const { return mOuputFileURL; }
     std::uint32_t outputFrameRate() const { return OutputFrameRate_; }
     void setOutputFrameRate(std::uint32_t rate) { OutputFrameRate_ = rate; }
+    // What codes the pictures of movies: "libx264" or "h264_vaapi"; empty: libx264.
+    QString videoEncodeName() const { return mVideoEncodeName; }
+    void setVideoEncodeName(const QString &name) { mVideoEncodeName = name; }
+    virtual QString outputVideoQuality() const { return QString::fromLatin1(media::kSessionPresetHigh); }
 
 protected:
     // The file output that the operations above act on; null in the base.
     virtual media::AudioFileOutput *fileOutput() const { return nullptr; }
     // The base counts all channels.
     virtual bool counts(const media::AudioChannel &) const { return true; }
+    virtual std::vector<media::AudioChannel> audioChannels() const;
 
     void captureOutputDidStartRecording(media::AudioFileOutput &, const QString &path) override;
     void captureOutputDidFinishRecording(media::AudioFileOutput &, const QString &path,
@@ -97,6 +104,7 @@ private:
 
     std::unique_ptr<foundation::Timer> mAudioLevelTimer;
     std::uint32_t OutputFrameRate_ = 30;
+    QString mVideoEncodeName;
 };
 
 } // namespace cantorel

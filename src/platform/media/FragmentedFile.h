@@ -3,6 +3,7 @@
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Result.h"
 #include "platform/media/Codecs.h"
+#include "platform/media/MovieFormat.h"
 #include "platform/media/SampleTable.h"
 
 #include <QString>

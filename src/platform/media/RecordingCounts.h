@@ -13,7 +13,8 @@ struct RecordingCounts {
     // Silence that stands for what the device, or one of the two that it joins, did not bring while it was away; part
     // of the frames.
     std::int64_t filledFrames = 0;
-    double secondsAway = 0; // how long the device was away when it came back last
+    std::int64_t droppedPictures = 0; // of a movie: that came faster than they could be written
+    double secondsAway = 0;           // how long the device was away when it came back last
 
     double seconds() const { return rate < 1 ? 0 : static_cast<double>(frames) / rate; }
     // The integer division is deliberate: whole seconds are what splits and displays go by.

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "platform/media/movie/MovieCapture.h"
+#include "platform/media/movie/MovieWriter.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace cantorel {
+
+// Writes samples to a movie. Used only by the thread that hands them over. Spelling is fixed.
+class ZQAVWritter {
+public:
+    // Sizes in points. Without channels or rate there is no sound. The file is made with the first picture; sound
+    // before it is held.
+    ZQAVWritter(const QString &outputFilePath, int resolutionWidth, int resolutionHeight, int audioChannel,
+                int sampleRate);
+    virtual ~ZQAVWritter();
+
+    // False once writing has failed; failure() says why. A picture that is not there is skipped.
+    bool writeWithSampleBuffer(const media::MovieSample &sample, bool isVideo);
+    void stopWriting() { stopWritingWithFinishWrittingWithBlock({}); }
+    // The block, else the finish block, is always called, at the end of this call: also when nothing was written.
+    void stopWritingWithFinishWrittingWithBlock(std::function<void()> block);
+
+    bool isRecording() const { return mAVWritter != nullptr; } // a file is open
+    QString outputFilePath() const { return mOutputFilePath; }
+    media::MovieTime startTime() const { return mStartTime; }
+    void setStartTime(media::MovieTime time) { mStartTime = time; }
+    void setFinishBlock(std::function<void()> block) { mFinishBlock = std::move(block); }
+
+    // Up to which time the last picture is shown when it stops.
+    void setEndTime(media::MovieTime time) { mEndTime = time; }
+    // The hidden name that the file bears until it is whole.
+    void setWrittenAs(const QString &file) { mWrittenAs = file; }
+    const std::optional<foundation::Failure> &failure() const { return mFailure; }
+    std::uint64_t bytes() const { return mBytes; }
+    QString coder() const { return mCoder; }
+
+protected:
+    media::MovieSettings mSettings;
+
+private:
+    bool note(const foundation::Result<void> &done, const char *what);
+
+    const QString mOutputFilePath;
+    QString mWrittenAs;
+    std::unique_ptr<media::MovieWriter> mAVWritter;                     // Spelling is fixed.
+    std::vector<std::pair<media::MovieTime, std::vector<float>>> mHeld; // sound before the first picture
+    media::MovieTime mStartTime{};
+    media::MovieTime mEndTime{};
+    std::function<void()> mFinishBlock;
+    std::optional<foundation::Failure> mFailure;
+    std::uint64_t mBytes = 0;
+    QString mCoder;
+};
+
+} // namespace cantorel
