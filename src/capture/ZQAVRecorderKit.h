@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/ZQAudioRecorder.h"
+#include "capture/ZQCameraRecorder.h"
 
 #include <QStringList>
 
@@ -13,6 +14,11 @@ public:
 
     // Null when none can be made.
     ZQAudioRecorder *getAudioRecorder();
+
+    ZQCameraRecorder *getCameraRecorder();
+
+    // What the camera recorder can be given.
+    std::vector<media::Camera> usableCameraDevices();
 
     // The frame rates that can be chosen for pictures.
     static QStringList FPSList();

@@ -31,6 +31,9 @@ struct Camera {
     bool operator==(const Camera &) const = default;
 };
 
+// How large the pictures of a camera are at most: as large as it can at the pace that is wanted, 1280 x 720, 640 x 480.
+enum class CameraQuality { High, Medium, Low };
+
 // What is to be seen of a display.
 struct DisplayRequest {
     std::uint32_t display = 0;   // 0: the main one
@@ -51,7 +54,8 @@ public:
     virtual foundation::Result<std::unique_ptr<PictureSource>> openDisplay(const DisplayRequest &request);
 
     virtual std::vector<Camera> cameras() { return {}; }
-    virtual foundation::Result<std::unique_ptr<PictureSource>> openCamera(const QString &uniqueID);
+    virtual foundation::Result<std::unique_ptr<PictureSource>> openCamera(const QString &uniqueID,
+                                                                          CameraQuality quality = CameraQuality::High);
 };
 
 // Lends the sources to the recorders while it lives. One at a time; made by the composition root.

@@ -39,6 +39,15 @@ public:
     virtual foundation::Result<std::shared_ptr<const FittedPicture>> fit(const Picture &picture) = 0;
 };
 
+// Turns pictures of any size and layout into BGRx of the size that is wanted. One thread at a time.
+class PictureConverter {
+public:
+    virtual ~PictureConverter() = default;
+
+    // bgrx: room for four bytes a pixel. Fails for a picture that cannot be read.
+    virtual foundation::Result<void> convert(const Picture &picture, PictureSize size, std::uint8_t *bgrx) = 0;
+};
+
 // Codes the pictures of one movie. One thread at a time.
 class VideoEncoder {
 public:
@@ -59,6 +68,7 @@ public:
     virtual ~VideoCodecs() = default;
 
     virtual foundation::Result<std::unique_ptr<PictureFitter>> makeFitter(const VideoSettings &settings) const = 0;
+    virtual foundation::Result<std::unique_ptr<PictureConverter>> makeConverter() const = 0;
     // Fails for a size that H.264 has no level for.
     virtual foundation::Result<std::unique_ptr<VideoEncoder>> makeEncoder(const VideoSettings &settings) const = 0;
 };
