@@ -31,7 +31,7 @@ struct Camera {
     bool operator==(const Camera &) const = default;
 };
 
-// How large the pictures of a camera are at most: as large as it can at the pace that is wanted, 1280 x 720, 640 x 480.
+// How large the pictures of a camera are at most: 1920 x 1080, 1280 x 720, 640 x 480.
 enum class CameraQuality { High, Medium, Low };
 
 // What is to be seen of a display.
