@@ -26,7 +26,7 @@ public:
     bool isRecording() const override;
     media::RecordingCounts recordingCounts() const override;
 
-    // Why a start failed.
+    // Why a start failed, or what is wrong with the last movie.
     const std::optional<foundation::Failure> &failure() const { return mFailure; }
     // Hears of the hidden file that a movie grows in, before anything is written: a journal keeps it, so that the next
     // start finds what a crash leaves. Called in startRecording().
@@ -35,6 +35,8 @@ public:
     std::uint64_t diskReserve = media::kDiskReserve;
     // What codes the pictures of the movie under way, once that is known, else of the last one: "libx264".
     QString coder() const;
+    // Whether the movie under way has sound: some of the devices could be opened.
+    bool hasSound() const;
 
 protected:
     MovieRecorder();
@@ -42,7 +44,7 @@ protected:
     struct Begin {
         QUrl url;
         std::unique_ptr<media::PictureSource> source;
-        media::PictureSize size; // of the movie; made even here
+        media::PictureSize size; // of the movie, made even here; 0: that of the first picture
         bool isFromCamera = false;
         std::vector<media::CaptureDevice> devices; // those that cannot be opened are left out
     };
@@ -53,11 +55,14 @@ protected:
     std::vector<media::AudioChannel> audioChannels() const override;
 
 private:
-    void finished(const QString &path, const media::RecordingCounts &counts,
-                  const std::optional<foundation::Failure> &failure);
+    struct Heard;
+    struct Running;
 
-    std::vector<std::unique_ptr<media::CaptureStream>> mStreams;
-    std::unique_ptr<MovieRecording> mRecording; // until its file is finished
+    const MovieRecording *shown() const;
+    void finished(const Running &which, const QString &path, const std::optional<foundation::Failure> &failure);
+
+    std::unique_ptr<Running> mCurrent;
+    std::vector<std::unique_ptr<Running>> mEnding; // stopped, still writing
     media::RecordingCounts mLast;
     QString mLastCoder;
     std::optional<foundation::Failure> mFailure;

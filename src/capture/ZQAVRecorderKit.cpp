@@ -13,18 +13,28 @@ ZQAudioRecorder *ZQAVRecorderKit::getAudioRecorder() {
     return mAudioRecorder.get();
 }
 
+ZQScreenRecorder *ZQAVRecorderKit::getScreenRecorder() {
+    if (!mScreenRecorder)
+        mScreenRecorder = ZQScreenRecorder::init();
+    return mScreenRecorder.get();
+}
+
 QStringList ZQAVRecorderKit::FPSList() {
     return {QStringLiteral("15"), QStringLiteral("20"), QStringLiteral("23"), QStringLiteral("25"),
             QStringLiteral("30"), QStringLiteral("50"), QStringLiteral("60")};
 }
 
 void RecorderRelease(ZQAVRecorder *recorder) {
-    auto &slot = ZQAVRecorderKit::sharedInstance().mAudioRecorder;
-    if (!recorder || slot.get() != recorder)
+    ZQAVRecorderKit &kit = ZQAVRecorderKit::sharedInstance();
+    if (!recorder)
         return;
-    // The device is given back at once; the object goes later.
-    slot->setAudioDevice({});
-    slot.release()->deleteLater();
+    if (kit.mScreenRecorder.get() == recorder) {
+        kit.mScreenRecorder.release()->deleteLater();
+    } else if (kit.mAudioRecorder.get() == recorder) {
+        // The device is given back at once; the object goes later.
+        kit.mAudioRecorder->setAudioDevice({});
+        kit.mAudioRecorder.release()->deleteLater();
+    }
 }
 
 } // namespace cantorel

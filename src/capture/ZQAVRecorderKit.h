@@ -2,6 +2,7 @@
 
 #include "capture/ZQAudioRecorder.h"
 #include "capture/ZQCameraRecorder.h"
+#include "capture/ZQScreenRecorder.h"
 
 #include <QStringList>
 
@@ -14,6 +15,7 @@ public:
 
     // Null when none can be made.
     ZQAudioRecorder *getAudioRecorder();
+    ZQScreenRecorder *getScreenRecorder();
 
     ZQCameraRecorder *getCameraRecorder();
 
@@ -27,6 +29,7 @@ private:
     friend void RecorderRelease(ZQAVRecorder *recorder);
 
     std::unique_ptr<ZQAudioRecorder> mAudioRecorder;
+    std::unique_ptr<ZQScreenRecorder> mScreenRecorder;
 };
 
 // Gives up the recorder, so that the next request makes a fresh one; nothing for one that is not the current one. It is

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Result.h"
+#include "platform/media/UnfinishedName.h"
 #include "platform/media/movie/MovieCapture.h"
 #include "platform/media/movie/MovieWriter.h"
 
@@ -9,6 +10,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace cantorel {
 
@@ -29,13 +32,15 @@ public:
 
     bool isRecording() const { return mAVWritter != nullptr; } // a file is open
     QString outputFilePath() const { return mOutputFilePath; }
+    QString file() const { return mWrittenAs; } // where it lies now: hidden, until it is whole
     media::MovieTime startTime() const { return mStartTime; }
     void setStartTime(media::MovieTime time) { mStartTime = time; }
     void setFinishBlock(std::function<void()> block) { mFinishBlock = std::move(block); }
 
-    // Up to which time the last picture is shown when it stops.
+    // Up to which time the last picture is shown when it stops; the end of what was written, unless it is set.
     void setEndTime(media::MovieTime time) { mEndTime = time; }
-    // The hidden name that the file bears until it is whole.
+    media::MovieTime endTime() const { return mEndTime; }
+    // The hidden name that the file bears until it is whole, where it shall not be the next free one.
     void setWrittenAs(const QString &file) { mWrittenAs = file; }
     const std::optional<foundation::Failure> &failure() const { return mFailure; }
     std::uint64_t bytes() const { return mBytes; }

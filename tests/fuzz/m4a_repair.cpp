@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return 0;
     std::vector<std::uint8_t> bytes(data + 1, data + size);
     if (data[0] % 2) {
-        const auto start = media::movieStart({48000, 2, 256000, 1024, {0x11, 0x90}});
+        const auto start = media::movieStart(media::AacFormat{48000, 2, 256000, 1024, {0x11, 0x90}});
         bytes.insert(bytes.begin(), start.data().begin(), start.data().end());
     }
     folder.put("recording.m4a", bytes.data(), bytes.size());

@@ -127,11 +127,11 @@ OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const Audio
             queue->countFilled(frames);
         queue->push(samples, frames);
     }
-    self.mCycles.fetch_add(1);
     if (inputTime) {
         const double duration = static_cast<double>(frames) / self.mSampleRate * 1e9;
         self.mExpected.store(inputTime->mHostTime + static_cast<std::uint64_t>(duration), std::memory_order_relaxed);
     }
+    self.mCycles.fetch_add(1);
     self.mMeter.feed(samples, frames);
     return kAudioHardwareNoError;
 }
@@ -147,6 +147,17 @@ void CaptureStream::meetHole(FrameQueue &queue, const AudioTimeStamp &time) noex
         return;
     if (queue.noteHole(static_cast<std::uint64_t>(std::llround(static_cast<double>(mMissing) / 1e9 * mSampleRate))))
         mMissing = 0;
+}
+
+std::optional<CaptureStream::Moment> CaptureStream::moment(const FrameQueue &queue) const {
+    for (;;) {
+        const std::uint32_t cycle = mCycles.load();
+        const Moment moment{queue.accepted(), mExpected.load(std::memory_order_relaxed)};
+        std::atomic_thread_fence(std::memory_order_acquire);
+        if (cycle % 2 == 0 && mCycles.load() == cycle)
+            return moment.accepted > 0 && moment.hostTime > 0 ? std::optional(moment) : std::nullopt;
+        std::this_thread::yield(); // a cycle's copying is under way
+    }
 }
 
 double CaptureStream::secondsAway() const {

@@ -47,6 +47,14 @@ public:
     // The queue is not filled any more when this returns.
     void detach(FrameQueue *queue);
 
+    // How the attached queue's frames relate to time: so many were accepted, and the next is due then, in ns on the
+    // clock of the hardware. Nothing before the first. Any thread.
+    struct Moment {
+        std::uint64_t accepted = 0;
+        std::uint64_t hostTime = 0;
+    };
+    std::optional<Moment> moment(const FrameQueue &queue) const;
+
     // Seconds since the last frame; of use while the device is away.
     double secondsAway() const;
     // The hole that is noted once the device is back begins at this moment; what was missing before is not filled.
@@ -94,7 +102,7 @@ private:
     LevelMeter mMeter;
     std::atomic<FrameQueue *> mQueue{nullptr};
     std::atomic<bool> mLacksPart{false};
-    std::atomic<std::uint32_t> mCycles{0};   // odd while one is under way
+    std::atomic<std::uint32_t> mCycles{0};   // odd while one is under way; guards the queue and the next one
     std::atomic<std::uint64_t> mExpected{0}; // ns, host time at which the next frame is due; 0 before the first
     std::int64_t mMissing = 0; // ns, in all gaps since the last hole, less what came twice; the procedure's own
 };

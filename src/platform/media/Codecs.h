@@ -19,12 +19,14 @@ struct AacSettings {
     bool temporalNoiseShaping = false;
     bool midSide = true;
     bool fastCoder = true;
+    int channels = 2; // 1, 2 or 4
+    int rate = 0;     // that is coded; 0: the nearest to the input's that AAC knows
 };
 
 // What a file has to say about its AAC track.
 struct AacFormat {
     int sampleRate = 0;               // frames a second
-    int channels = 0;                 // 1 or 2
+    int channels = 0;                 // 1, 2 or 4
     int bitRate = 0;                  // bits a second
     int primingFrames = 0;            // decoded frames before the first frame that was handed in
     std::vector<std::uint8_t> config; // the AudioSpecificConfig
@@ -33,6 +35,7 @@ struct AacFormat {
 };
 
 inline constexpr int kFramesPerPacket = 1024;
+inline constexpr int kMostChannels = 4;
 
 // Bits a second of a recording, by its rate in frames a second.
 inline constexpr int defaultAacBitRate(int rate) {
@@ -52,14 +55,14 @@ struct PacketRun {
     }
 };
 
-// Codes one stream of stereo sound. Used by one thread at a time.
+// Codes one stream of sound. Used by one thread at a time.
 class AacEncoder {
 public:
     virtual ~AacEncoder() = default;
 
     virtual const AacFormat &format() const = 0;
 
-    // Adds what is ready to `packets`; interleaved stereo at the input rate, any number of frames.
+    // Adds what is ready to `packets`; interleaved at the input rate, any number of frames.
     virtual foundation::Result<void> encode(std::span<const float> interleaved, PacketRun &packets) = 0;
     // Adds the rest. Nothing can be encoded afterwards.
     virtual foundation::Result<void> flush(PacketRun &packets) = 0;

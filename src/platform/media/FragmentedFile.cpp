@@ -57,12 +57,14 @@ int copyAll(int from, int to) {
 
 } // namespace
 
-FragmentedFile::FragmentedFile(QString path, foundation::FileDescriptor file, const AacFormat &format)
+FragmentedFile::FragmentedFile(QString path, foundation::FileDescriptor file, const MovieFormat &format)
     : mPath(std::move(path)), mFile(std::move(file)), mFormat(format) {}
 
-Result<std::unique_ptr<FragmentedFile>> FragmentedFile::create(const QString &path, const AacFormat &format) {
-    foundation::FileDescriptor file(
-        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+Result<std::unique_ptr<FragmentedFile>> FragmentedFile::create(const QString &path, const MovieFormat &format,
+                                                               Taken taken) {
+    foundation::FileDescriptor file(::open(QFile::encodeName(path).constData(),
+                                           O_RDWR | O_CREAT | O_CLOEXEC | (taken == Taken::Fails ? O_EXCL : O_TRUNC),
+                                           0666));
     if (!file.isOpen())
         return failures::cannotCreate(path, errno);
     std::unique_ptr<FragmentedFile> made(new FragmentedFile(path, std::move(file), format));
@@ -76,7 +78,7 @@ Result<std::unique_ptr<FragmentedFile>> FragmentedFile::create(const QString &pa
 }
 
 std::unique_ptr<FragmentedFile> FragmentedFile::resume(const QString &path, foundation::FileDescriptor file,
-                                                       const AacFormat &format, SampleTable table, std::uint64_t end) {
+                                                       const MovieFormat &format, MovieTable table, std::uint64_t end) {
     std::unique_ptr<FragmentedFile> made(new FragmentedFile(path, std::move(file), format));
     made->mTable = std::move(table);
     made->mEnd = end;
@@ -110,26 +112,36 @@ void FragmentedFile::cutBack() {
         return;
 }
 
-Result<void> FragmentedFile::append(const PacketRun &packets) {
-    if (packets.sizes.empty())
+double FragmentedFile::seconds() const {
+    if (mFormat.pictures)
+        return static_cast<double>(mTable.pictures.duration()) / kPictureTimescale;
+    return static_cast<double>(mTable.sound.packets()) * kFramesPerPacket / mFormat.sound->sampleRate;
+}
+
+Result<void> FragmentedFile::append(const PacketRun &packets, const PictureRun &pictures) {
+    if (packets.sizes.empty() && pictures.entries.empty())
         return {};
     if (mError)
         return failures::writeFailed(mPath, mError);
-    BoxBuffer fragment =
-        fragmentStart(static_cast<std::uint32_t>(mTable.chunks() + 1), mTable.packets() * kFramesPerPacket, packets);
+    BoxBuffer fragment = fragmentStart(mFragments + 1, mTable.sound.packets() * kFramesPerPacket, packets,
+                                       mTable.pictures.duration(), pictures);
     const std::uint64_t payload = mEnd + fragment.size();
+    fragment.bytes(pictures.bytes);
     fragment.bytes(packets.bytes);
     mError = writeAt(mEnd, fragment.data());
     if (mError) {
         cutBack();
         return failures::writeFailed(mPath, mError);
     }
-    mTable.addChunk(payload, packets.sizes);
+    ++mFragments;
+    if (!pictures.entries.empty())
+        mTable.pictures.addChunk(payload, pictures.entries);
+    if (!packets.sizes.empty())
+        mTable.sound.addChunk(payload + pictures.bytes.size(), packets.sizes);
     mEnd += fragment.size();
 
-    const auto written = static_cast<std::int64_t>(mTable.packets());
-    if ((written - mSyncedPackets) * kFramesPerPacket >= std::int64_t{kSecondsBetweenSyncs} * mFormat.sampleRate) {
-        mSyncedPackets = written;
+    if (seconds() - mSyncedSeconds >= kSecondsBetweenSyncs) {
+        mSyncedSeconds = seconds();
         if (::fdatasync(mFile.get()) != 0 && errno != EINVAL) {
             mError = errno;
             return failures::writeFailed(mPath, mError);

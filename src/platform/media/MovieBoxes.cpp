@@ -7,17 +7,26 @@
 #include <bit>
 #include <initializer_list>
 #include <limits>
+#include <numeric>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace cantorel::media {
 
 namespace {
 
 constexpr std::string_view kMark = "cntrlrec";
+constexpr std::string_view kSoundBrand = "M4A ";
+constexpr std::string_view kMovieBrand = "mp42";
 constexpr std::size_t kPieceBytes = 64 * 1024;
 constexpr std::uint32_t kLongBox = 1; // as the 32-bit size: a 64-bit size follows
 constexpr std::uint32_t kTrackId = 1;
+constexpr std::uint32_t kPictureTrackId = 2;
 constexpr std::uint32_t kSyncSample = 0x02000000;
+constexpr std::uint32_t kDependentSample = 0x01010000;
+constexpr std::uint32_t kSoundRun = 0x000201;   // data offset, a size for each packet
+constexpr std::uint32_t kPictureRun = 0x000701; // data offset, length, size and flags for each picture
 
 void unityMatrix(BoxBuffer &out) {
     for (const std::uint32_t value : {0x10000u, 0u, 0u, 0u, 0x10000u, 0u, 0u, 0u, 0x40000000u})
@@ -64,6 +73,34 @@ void sampleEntry(BoxBuffer &out, const AacFormat &format) {
     out.close(stsd);
 }
 
+void sampleEntry(BoxBuffer &out, const AvcFormat &format) {
+    const std::size_t stsd = out.openFull("stsd", 0, 0);
+    out.u32(1);
+    const std::size_t avc1 = out.open("avc1");
+    out.zeros(6);
+    out.u16(1); // data reference
+    out.zeros(16);
+    out.u16(static_cast<std::uint32_t>(format.width));
+    out.u16(static_cast<std::uint32_t>(format.height));
+    out.u32(0x480000); // 72 dots an inch, by convention
+    out.u32(0x480000);
+    out.u32(0);
+    out.u16(1); // pictures of a sample
+    out.zeros(32);
+    out.u16(24); // depth
+    out.u16(0xFFFF);
+    const std::size_t avcC = out.open("avcC");
+    out.bytes(format.config);
+    out.close(avcC);
+    const std::size_t btrt = out.open("btrt");
+    out.u32(0);
+    out.u32(static_cast<std::uint32_t>(format.bitRate));
+    out.u32(static_cast<std::uint32_t>(format.bitRate));
+    out.close(btrt);
+    out.close(avc1);
+    out.close(stsd);
+}
+
 // Bare samples, as QuickTime describes them in its second version; players and FFmpeg read it in an M4A too.
 void sampleEntry(BoxBuffer &out, const PcmFormat &format) {
     constexpr std::uint32_t kFloat = 1, kSigned = 4, kPacked = 8; // little endian
@@ -101,15 +138,16 @@ void movieHeader(BoxBuffer &out, int timescale, std::uint64_t duration) {
     out.zeros(10);
     unityMatrix(out);
     out.zeros(24);
-    out.u32(kTrackId + 1);
+    out.u32(kPictureTrackId + 1);
     out.close(mvhd);
 }
 
-void trackHeader(BoxBuffer &out, std::uint64_t duration) {
+// Without a size for sound.
+void trackHeader(BoxBuffer &out, std::uint32_t id, std::uint64_t duration, int width = 0, int height = 0) {
     const std::size_t tkhd = out.openFull("tkhd", 1, 7); // enabled, in the movie, in the preview
     out.u64(0);
     out.u64(0);
-    out.u32(kTrackId);
+    out.u32(id);
     out.u32(0);
     out.u64(duration);
     out.zeros(8);
@@ -118,7 +156,8 @@ void trackHeader(BoxBuffer &out, std::uint64_t duration) {
     out.u16(0x100);
     out.u16(0);
     unityMatrix(out);
-    out.zeros(8);
+    out.u32(static_cast<std::uint64_t>(width) << 16);
+    out.u32(static_cast<std::uint64_t>(height) << 16);
     out.close(tkhd);
 }
 
@@ -134,7 +173,7 @@ void editList(BoxBuffer &out, std::uint64_t length, int primingFrames) {
     out.close(edts);
 }
 
-void mediaHeader(BoxBuffer &out, int timescale, std::uint64_t duration) {
+void mediaHeader(BoxBuffer &out, std::string_view handler, int timescale, std::uint64_t duration) {
     const std::size_t mdhd = out.openFull("mdhd", 1, 0);
     out.u64(0);
     out.u64(0);
@@ -145,15 +184,15 @@ void mediaHeader(BoxBuffer &out, int timescale, std::uint64_t duration) {
     out.close(mdhd);
     const std::size_t hdlr = out.openFull("hdlr", 0, 0);
     out.zeros(4);
-    out.text("soun");
+    out.text(handler);
     out.zeros(13);
     out.close(hdlr);
 }
 
-void soundAndDataReference(BoxBuffer &out) {
-    const std::size_t smhd = out.openFull("smhd", 0, 0);
-    out.zeros(4);
-    out.close(smhd);
+void kindAndDataReference(BoxBuffer &out, bool isSound) {
+    const std::size_t kind = isSound ? out.openFull("smhd", 0, 0) : out.openFull("vmhd", 0, 1);
+    out.zeros(isSound ? 4 : 8);
+    out.close(kind);
     const std::size_t dinf = out.open("dinf");
     const std::size_t dref = out.openFull("dref", 0, 0);
     out.u32(1);
@@ -168,34 +207,44 @@ struct TrackTimes {
     int priming = 0;
     std::uint64_t heard = 0;
     std::uint64_t decoded = 0;
+    std::uint64_t shown = 0; // what is heard, in units of the movie
 };
 
-// The boxes of moov up to and with the sample description; the caller adds the tables and closes the marks from the
+using TrackMarks = std::array<std::size_t, 4>;
+
+// The boxes of a track up to and with the sample description; the caller adds the tables and closes the marks from the
 // back.
-template <class Format>
-std::array<std::size_t, 5> openMovie(BoxBuffer &out, const Format &format, const TrackTimes &times,
-                                     std::span<const std::uint8_t> userData = {}) {
-    const std::size_t moov = out.open("moov");
-    movieHeader(out, times.rate, times.heard);
-    out.bytes(userData);
+template <class Format> TrackMarks openTrack(BoxBuffer &out, const Format &format, const TrackTimes &times) {
+    constexpr bool isSound = !std::is_same_v<Format, AvcFormat>;
     const std::size_t trak = out.open("trak");
-    trackHeader(out, times.heard);
-    editList(out, times.heard, times.priming);
+    if constexpr (isSound)
+        trackHeader(out, kTrackId, times.shown);
+    else
+        trackHeader(out, kPictureTrackId, times.shown, format.width, format.height);
+    editList(out, times.shown, times.priming);
     const std::size_t mdia = out.open("mdia");
-    mediaHeader(out, times.rate, times.decoded);
+    mediaHeader(out, isSound ? "soun" : "vide", times.rate, times.decoded);
     const std::size_t minf = out.open("minf");
-    soundAndDataReference(out);
+    kindAndDataReference(out, isSound);
     const std::size_t stbl = out.open("stbl");
     sampleEntry(out, format);
-    return {moov, trak, mdia, minf, stbl};
+    return {trak, mdia, minf, stbl};
 }
 
-BoxBuffer fileType() {
+void closeTrack(BoxBuffer &out, const TrackMarks &marks, std::uint64_t following = 0) {
+    for (std::size_t i = marks.size(); i-- > 0;)
+        out.close(marks[i], following);
+}
+
+// The units of the movie: those of the sound, where there is any.
+int movieTimescale(const MovieFormat &format) { return format.sound ? format.sound->sampleRate : kPictureTimescale; }
+
+BoxBuffer fileType(bool hasPictures = false) {
     BoxBuffer out;
     const std::size_t ftyp = out.open("ftyp");
-    out.text("M4A ");
+    out.text(hasPictures ? kMovieBrand : kSoundBrand);
     out.u32(0);
-    out.text("M4A isomiso5");
+    out.text(hasPictures ? "mp42isomiso5" : "M4A isomiso5");
     out.close(ftyp);
     return out;
 }
@@ -220,7 +269,7 @@ void durations(BoxBuffer &out, std::uint64_t packets, std::uint64_t lastPacketFr
     out.close(stts);
 }
 
-void packetsPerChunk(BoxBuffer &out, const SampleTable &table) {
+template <class Table> void packetsPerChunk(BoxBuffer &out, const Table &table) {
     const std::size_t stsc = out.openFull("stsc", 0, 0);
     const std::size_t count = out.size();
     out.u32(0);
@@ -239,15 +288,59 @@ void packetsPerChunk(BoxBuffer &out, const SampleTable &table) {
     out.close(stsc);
 }
 
-} // namespace
+bool needsLongOffsets(std::uint64_t lastOffset) { return lastOffset > std::numeric_limits<std::uint32_t>::max(); }
 
-BoxBuffer movieStart(const AacFormat &format) {
-    BoxBuffer out = fileType();
-    const std::size_t placeholder = out.open("free");
-    out.text(kMark);
-    out.close(placeholder);
+template <class Table> bool needsLongOffsets(const Table &table) {
+    return table.chunks() && needsLongOffsets(table.chunk(table.chunks() - 1).offset);
+}
 
-    const auto marks = openMovie(out, format, {format.sampleRate, format.primingFrames, 0, 0});
+// The whole track of pictures.
+void pictureTrack(BoxBuffer &out, const AvcFormat &format, const PictureTable &table, int timescale) {
+    const std::uint64_t shown = static_cast<std::uint64_t>(static_cast<unsigned __int128>(table.duration())
+                                                           * static_cast<unsigned>(timescale) / kPictureTimescale);
+    const TrackMarks marks = openTrack(out, format, {kPictureTimescale, 0, table.duration(), table.duration(), shown});
+
+    const std::size_t stts = out.openFull("stts", 0, 0);
+    const std::size_t runs = out.size();
+    out.u32(0);
+    std::uint32_t count = 0;
+    for (std::size_t i = 0; i < table.packets(); ++count) {
+        const std::size_t first = i;
+        while (i < table.packets() && table.length(i) == table.length(first))
+            ++i;
+        out.u32(i - first);
+        out.u32(table.length(first));
+    }
+    out.patch32(runs, count);
+    out.close(stts);
+
+    const std::size_t stss = out.openFull("stss", 0, 0);
+    out.u32(table.keys().size());
+    for (const std::uint32_t key : table.keys())
+        out.u32(key + 1);
+    out.close(stss);
+    packetsPerChunk(out, table);
+    const std::size_t stsz = out.openFull("stsz", 0, 0);
+    out.u32(0);
+    out.u32(table.packets());
+    for (std::size_t i = 0; i < table.packets(); ++i)
+        out.u32(table.packetSize(i));
+    out.close(stsz);
+    const bool longOffsets = needsLongOffsets(table);
+    const std::size_t offsets = out.openFull(longOffsets ? "co64" : "stco", 0, 0);
+    out.u32(table.chunks());
+    for (std::size_t i = 0; i < table.chunks(); ++i) {
+        if (longOffsets)
+            out.u64(table.chunk(i).offset);
+        else
+            out.u32(table.chunk(i).offset);
+    }
+    out.close(offsets);
+    closeTrack(out, marks);
+}
+
+void emptySoundTrack(BoxBuffer &out, const AacFormat &format) {
+    const TrackMarks marks = openTrack(out, format, {format.sampleRate, format.primingFrames, 0, 0, 0});
     durations(out, 0, 0);
     for (const char *empty : {"stsc", "stco"}) {
         const std::size_t box = out.openFull(empty, 0, 0);
@@ -257,42 +350,90 @@ BoxBuffer movieStart(const AacFormat &format) {
     const std::size_t stsz = out.openFull("stsz", 0, 0);
     out.zeros(8);
     out.close(stsz);
-    for (std::size_t i = marks.size() - 1; i > 0; --i)
-        out.close(marks[i]);
-    const std::size_t mvex = out.open("mvex");
+    closeTrack(out, marks);
+}
+
+void trackExtends(BoxBuffer &out, std::uint32_t id, std::uint32_t duration, std::uint32_t flags) {
     const std::size_t trex = out.openFull("trex", 0, 0);
-    for (const std::uint32_t value : {kTrackId, 1u, static_cast<std::uint32_t>(kFramesPerPacket), 0u, kSyncSample})
+    for (const std::uint32_t value : {id, 1u, duration, 0u, flags})
         out.u32(value);
     out.close(trex);
+}
+
+// Everything of a track's part in a fragment in front of its entries; answers where the data offset is to be filled in.
+std::size_t openRun(BoxBuffer &out, std::uint32_t id, std::uint64_t first, std::uint32_t flags, std::size_t count,
+                    std::array<std::size_t, 2> &marks) {
+    marks[0] = out.open("traf");
+    const std::size_t tfhd = out.openFull("tfhd", 0, 0x020000); // offsets count from this moof
+    out.u32(id);
+    out.close(tfhd);
+    const std::size_t tfdt = out.openFull("tfdt", 1, 0);
+    out.u64(first);
+    out.close(tfdt);
+    marks[1] = out.openFull("trun", 0, flags);
+    out.u32(count);
+    const std::size_t offset = out.size();
+    out.u32(0);
+    return offset;
+}
+
+} // namespace
+
+BoxBuffer movieStart(const MovieFormat &format) {
+    BoxBuffer out = fileType(format.pictures.has_value());
+    const std::size_t placeholder = out.open("free");
+    out.text(kMark);
+    out.close(placeholder);
+
+    const std::size_t moov = out.open("moov");
+    movieHeader(out, movieTimescale(format), 0);
+    if (format.pictures)
+        pictureTrack(out, *format.pictures, {}, movieTimescale(format));
+    if (format.sound)
+        emptySoundTrack(out, *format.sound);
+    const std::size_t mvex = out.open("mvex");
+    if (format.pictures)
+        trackExtends(out, kPictureTrackId, 0, kDependentSample);
+    if (format.sound)
+        trackExtends(out, kTrackId, kFramesPerPacket, kSyncSample);
     out.close(mvex);
-    out.close(marks[0]);
+    out.close(moov);
     return out;
 }
 
-BoxBuffer fragmentStart(std::uint32_t sequence, std::uint64_t firstFrame, const PacketRun &packets) {
+BoxBuffer fragmentStart(std::uint32_t sequence, std::uint64_t firstFrame, const PacketRun &packets,
+                        std::uint64_t firstPicture, const PictureRun &pictures) {
     BoxBuffer out;
     const std::size_t moof = out.open("moof");
     const std::size_t mfhd = out.openFull("mfhd", 0, 0);
     out.u32(sequence);
     out.close(mfhd);
-    const std::size_t traf = out.open("traf");
-    const std::size_t tfhd = out.openFull("tfhd", 0, 0x020000); // offsets count from this moof
-    out.u32(kTrackId);
-    out.close(tfhd);
-    const std::size_t tfdt = out.openFull("tfdt", 1, 0);
-    out.u64(firstFrame);
-    out.close(tfdt);
-    const std::size_t trun = out.openFull("trun", 0, 0x000201); // data offset, a size for each packet
-    out.u32(packets.sizes.size());
-    const std::size_t offset = out.size();
-    out.u32(0);
-    for (const std::uint32_t size : packets.sizes)
-        out.u32(size);
-    out.close(trun);
-    out.close(traf);
+    std::size_t pictureOffset = 0, soundOffset = 0;
+    std::array<std::size_t, 2> marks{};
+    if (!pictures.entries.empty()) {
+        pictureOffset = openRun(out, kPictureTrackId, firstPicture, kPictureRun, pictures.entries.size(), marks);
+        for (const PictureRun::Entry &entry : pictures.entries) {
+            out.u32(entry.length);
+            out.u32(entry.bytes);
+            out.u32(entry.isKey ? kSyncSample : kDependentSample);
+        }
+        out.close(marks[1]);
+        out.close(marks[0]);
+    }
+    if (!packets.sizes.empty()) {
+        soundOffset = openRun(out, kTrackId, firstFrame, kSoundRun, packets.sizes.size(), marks);
+        for (const std::uint32_t size : packets.sizes)
+            out.u32(size);
+        out.close(marks[1]);
+        out.close(marks[0]);
+    }
     out.close(moof);
-    out.patch32(offset, out.size() + 8);
-    out.u32(8 + packets.bytes.size());
+    const std::size_t payload = out.size() + 8;
+    if (pictureOffset)
+        out.patch32(pictureOffset, payload);
+    if (soundOffset)
+        out.patch32(soundOffset, payload + pictures.bytes.size());
+    out.u32(8 + pictures.bytes.size() + packets.bytes.size());
     out.text("mdat");
     return out;
 }
@@ -305,26 +446,39 @@ BoxBuffer swallowingHeader(std::uint64_t moovPosition) {
     return out;
 }
 
-bool writeMovie(const AacFormat &format, const SampleTable &table, std::int64_t validFrames,
+bool writeMovie(const MovieFormat &format, const MovieTable &table, std::int64_t validFrames,
                 const std::function<bool(std::span<const std::uint8_t>)> &write,
                 std::span<const std::uint8_t> userData) {
-    const std::uint64_t packets = table.packets();
+    const SampleTable &sound = table.sound;
+    const std::uint64_t packets = sound.packets();
     const std::uint64_t allFrames = packets * kFramesPerPacket;
     const std::uint64_t heard = std::max<std::int64_t>(validFrames, 0);
-    const std::uint64_t decoded =
-        std::clamp(heard + format.primingFrames, packets ? allFrames - kFramesPerPacket + 1 : 0, allFrames);
-    const bool longOffsets =
-        table.chunks() && table.chunk(table.chunks() - 1).offset > std::numeric_limits<std::uint32_t>::max();
+    const bool longOffsets = needsLongOffsets(sound);
     const std::uint64_t sizesBytes = 20 + 4 * packets;
-    const std::uint64_t offsetsBytes = 16 + (longOffsets ? 8 : 4) * table.chunks();
+    const std::uint64_t offsetsBytes = 16 + (longOffsets ? 8 : 4) * sound.chunks();
 
-    // The two tables that grow with the recording come last, so that the rest is small and they can be streamed.
     BoxBuffer out;
-    const auto marks = openMovie(out, format, {format.sampleRate, format.primingFrames, heard, decoded}, userData);
+    const int timescale = movieTimescale(format);
+    const std::size_t moov = out.open("moov");
+    const std::uint64_t seen = static_cast<std::uint64_t>(static_cast<unsigned __int128>(table.pictures.duration())
+                                                          * static_cast<unsigned>(timescale) / kPictureTimescale);
+    movieHeader(out, timescale, std::max(format.sound ? heard : 0, seen));
+    out.bytes(userData);
+    if (format.pictures)
+        pictureTrack(out, *format.pictures, table.pictures, timescale);
+    if (!format.sound) {
+        out.close(moov);
+        return write(out.data());
+    }
+    const std::uint64_t decoded =
+        std::clamp(heard + format.sound->primingFrames, packets ? allFrames - kFramesPerPacket + 1 : 0, allFrames);
+    // The two tables that grow with the recording come last, so that the rest is small and they can be streamed.
+    const TrackMarks marks =
+        openTrack(out, *format.sound, {format.sound->sampleRate, format.sound->primingFrames, heard, decoded, heard});
     durations(out, packets, packets ? decoded - (allFrames - kFramesPerPacket) : 0);
-    packetsPerChunk(out, table);
-    for (std::size_t i = marks.size(); i-- > 0;)
-        out.close(marks[i], sizesBytes + offsetsBytes);
+    packetsPerChunk(out, sound);
+    closeTrack(out, marks, sizesBytes + offsetsBytes);
+    out.close(moov, sizesBytes + offsetsBytes);
 
     const auto flushAt = [&](std::size_t limit) {
         if (out.size() < limit)
@@ -338,18 +492,18 @@ bool writeMovie(const AacFormat &format, const SampleTable &table, std::int64_t 
     out.u32(0);
     out.u32(packets);
     for (std::size_t i = 0; i < packets; ++i) {
-        out.u32(table.packetSize(i));
+        out.u32(sound.packetSize(i));
         if (!flushAt(kPieceBytes))
             return false;
     }
     const std::size_t offsets = out.openFull(longOffsets ? "co64" : "stco", 0, 0);
     out.patch32(offsets, offsetsBytes);
-    out.u32(table.chunks());
-    for (std::size_t i = 0; i < table.chunks(); ++i) {
+    out.u32(sound.chunks());
+    for (std::size_t i = 0; i < sound.chunks(); ++i) {
         if (longOffsets)
-            out.u64(table.chunk(i).offset);
+            out.u64(sound.chunk(i).offset);
         else
-            out.u32(table.chunk(i).offset);
+            out.u32(sound.chunk(i).offset);
         if (!flushAt(kPieceBytes))
             return false;
     }
@@ -361,7 +515,9 @@ BoxBuffer pcmMovie(const PcmFormat &format, std::uint64_t position, std::uint64_
     const std::uint64_t framesPerSample = frames <= std::numeric_limits<std::uint32_t>::max() ? 1 : 1 << 20;
     const std::uint64_t samples = (frames + framesPerSample - 1) / framesPerSample;
     BoxBuffer out;
-    const auto marks = openMovie(out, format, {format.rate, 0, frames, samples * framesPerSample});
+    const std::size_t moov = out.open("moov");
+    movieHeader(out, format.rate, frames);
+    const TrackMarks marks = openTrack(out, format, {format.rate, 0, frames, samples * framesPerSample, frames});
     const auto table = [&](const char *type, std::initializer_list<std::uint64_t> values) {
         const std::size_t box = out.openFull(type, 0, 0);
         for (const std::uint64_t value : values)
@@ -372,8 +528,8 @@ BoxBuffer pcmMovie(const PcmFormat &format, std::uint64_t position, std::uint64_
     table("stsc", {1, 1, samples, 1});
     table("stsz", {framesPerSample * static_cast<std::uint64_t>(format.bytesPerFrame()), samples});
     table("co64", {1, position >> 32, position});
-    for (std::size_t i = marks.size(); i-- > 0;)
-        out.close(marks[i]);
+    closeTrack(out, marks);
+    out.close(moov);
     return out;
 }
 
@@ -385,10 +541,59 @@ BoxBuffer plainMovieStart() {
     return out;
 }
 
+namespace {
+
+std::optional<AacFormat> readSound(std::span<const std::uint8_t> trak) {
+    const auto mdhd = descend(trak, {"mdia", "mdhd"});
+    const auto elst = descend(trak, {"edts", "elst"});
+    const auto stsd = descend(trak, {"mdia", "minf", "stbl", "stsd"});
+    if (!mdhd || !elst || !stsd || stsd->size() < 16 + 28)
+        return {};
+    const auto esds = BoxReader(*stsd).find("esds", 8 + 8 + 28);
+    if (!esds)
+        return {};
+    AacFormat format;
+    format.sampleRate = static_cast<int>(BoxReader(*mdhd).number(20, 4));
+    format.channels = static_cast<int>(BoxReader(*stsd).number(8 + 8 + 16, 2));
+    format.primingFrames = static_cast<int>(BoxReader(*elst).number(16, 8));
+    const BoxReader descriptors(*esds);
+    format.bitRate = static_cast<int>(descriptors.number(26, 4));
+    const std::size_t configSize = descriptors.number(34, 1) & 0x7F;
+    const std::string_view config = descriptors.text(35, configSize);
+    format.config.assign(config.begin(), config.end());
+    const bool sane = format.sampleRate > 0 && format.sampleRate <= 96000 && format.channels >= 1
+                      && format.channels <= kMostChannels && format.primingFrames >= 0
+                      && format.primingFrames <= 16 * kFramesPerPacket && !config.empty();
+    return sane ? std::optional(format) : std::nullopt;
+}
+
+std::optional<AvcFormat> readPictures(std::span<const std::uint8_t> trak) {
+    constexpr std::size_t kEntry = 8 + 8 + 78; // where the boxes of the entry begin
+    const auto mdhd = descend(trak, {"mdia", "mdhd"});
+    const auto stsd = descend(trak, {"mdia", "minf", "stbl", "stsd"});
+    if (!mdhd || BoxReader(*mdhd).number(20, 4) != kPictureTimescale || !stsd || stsd->size() < kEntry)
+        return {};
+    const BoxReader entry(*stsd);
+    const auto config = entry.find("avcC", kEntry);
+    const auto rates = entry.find("btrt", kEntry);
+    AvcFormat format;
+    format.width = static_cast<int>(entry.number(8 + 8 + 24, 2));
+    format.height = static_cast<int>(entry.number(8 + 8 + 26, 2));
+    if (!config || config->empty() || !rates || format.width < 1 || format.height < 1)
+        return {};
+    format.config.assign(config->begin(), config->end());
+    format.bitRate = static_cast<int>(BoxReader(*rates).number(8, 4));
+    return format;
+}
+
+} // namespace
+
 std::optional<UnfinishedStart> readMovieStart(std::span<const std::uint8_t> fileStart) {
     const BoxReader file(fileStart);
-    if (file.text(4, 8) != "ftypM4A " || file.number(0, 4) != kPlaceholderPosition
-        || file.text(kPlaceholderPosition + 4, 4) != "free" || file.text(kPlaceholderPosition + 8, 8) != kMark)
+    const bool hasPictures = file.text(8, 4) == kMovieBrand;
+    if (file.text(4, 4) != "ftyp" || (!hasPictures && file.text(8, 4) != kSoundBrand)
+        || file.number(0, 4) != kPlaceholderPosition || file.text(kPlaceholderPosition + 4, 4) != "free"
+        || file.text(kPlaceholderPosition + 8, 8) != kMark)
         return {};
     const std::size_t moovPosition = kPlaceholderPosition + kPlaceholderSize;
     if (file.text(moovPosition + 4, 4) != "moov")
@@ -396,47 +601,65 @@ std::optional<UnfinishedStart> readMovieStart(std::span<const std::uint8_t> file
     const auto moov = file.find("moov", moovPosition);
     if (!moov)
         return {};
-    const auto trak = descend(*moov, {"trak"});
-    const auto mdhd = trak ? descend(*trak, {"mdia", "mdhd"}) : trak;
-    const auto elst = trak ? descend(*trak, {"edts", "elst"}) : trak;
-    const auto stsd = trak ? descend(*trak, {"mdia", "minf", "stbl", "stsd"}) : trak;
-    if (!mdhd || !elst || !stsd || stsd->size() < 16 + 28)
-        return {};
-    const auto esds = BoxReader(*stsd).find("esds", 8 + 8 + 28);
-    if (!esds)
-        return {};
-
     UnfinishedStart start;
     start.size = moovPosition + 8 + moov->size();
-    start.format.sampleRate = static_cast<int>(BoxReader(*mdhd).number(20, 4));
-    start.format.channels = static_cast<int>(BoxReader(*stsd).number(8 + 8 + 16, 2));
-    start.format.primingFrames = static_cast<int>(BoxReader(*elst).number(16, 8));
-    const BoxReader descriptors(*esds);
-    start.format.bitRate = static_cast<int>(descriptors.number(26, 4));
-    const std::size_t configSize = descriptors.number(34, 1) & 0x7F;
-    const std::string_view config = descriptors.text(35, configSize);
-    start.format.config.assign(config.begin(), config.end());
-    const bool sane = start.format.sampleRate > 0 && start.format.sampleRate <= 96000 && start.format.channels >= 1
-                      && start.format.channels <= 2 && start.format.primingFrames >= 0
-                      && start.format.primingFrames <= 16 * kFramesPerPacket && !config.empty();
-    return sane ? std::optional(start) : std::nullopt;
+    BoxReader tracks(*moov);
+    auto trak = tracks.find("trak");
+    if (hasPictures) {
+        start.format.pictures = trak ? readPictures(*trak) : std::nullopt;
+        if (!start.format.pictures)
+            return {};
+        trak = tracks.find("trak", static_cast<std::size_t>(trak->data() - moov->data()) + trak->size());
+        if (!trak) // a movie without sound
+            return start;
+    }
+    start.format.sound = trak ? readSound(*trak) : std::nullopt;
+    return start.format.sound ? std::optional(start) : std::nullopt;
 }
 
-std::optional<std::vector<std::uint32_t>> readFragmentSizes(std::span<const std::uint8_t> moof) {
-    const auto trun = descend(moof, {"moof", "traf", "trun"});
-    if (!trun)
+std::uint64_t FragmentRuns::pictureBytes() const {
+    return std::accumulate(pictures.begin(), pictures.end(), std::uint64_t{0},
+                           [](std::uint64_t sum, const PictureRun::Entry &entry) { return sum + entry.bytes; });
+}
+
+std::uint64_t FragmentRuns::packetBytes() const {
+    return std::accumulate(packetSizes.begin(), packetSizes.end(), std::uint64_t{0});
+}
+
+std::optional<FragmentRuns> readFragment(std::span<const std::uint8_t> moof) {
+    const auto contents = descend(moof, {"moof"});
+    if (!contents)
         return {};
-    const BoxReader reader(*trun);
-    const std::uint64_t count = reader.number(4, 4);
-    if (reader.number(0, 4) != 0x000201 || count == 0 || trun->size() != 12 + 4 * count)
-        return {};
-    std::vector<std::uint32_t> sizes(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        sizes[i] = static_cast<std::uint32_t>(reader.number(12 + 4 * i, 4));
-        if (sizes[i] > SampleTable::kLargestPacket)
+    FragmentRuns runs;
+    std::size_t position = 0;
+    while (const auto traf = BoxReader(*contents).find("traf", position)) {
+        position = static_cast<std::size_t>(traf->data() - contents->data()) + traf->size();
+        const auto tfhd = descend(*traf, {"tfhd"});
+        const auto tfdt = descend(*traf, {"tfdt"});
+        const auto trun = descend(*traf, {"trun"});
+        if (!tfhd || !tfdt || !trun)
             return {};
+        const bool hasPictures = BoxReader(*tfhd).number(4, 4) == kPictureTrackId;
+        const std::size_t width = hasPictures ? 12 : 4;
+        const BoxReader reader(*trun);
+        const std::uint64_t count = reader.number(4, 4);
+        if (reader.number(0, 4) != (hasPictures ? kPictureRun : kSoundRun) || count == 0
+            || trun->size() != 12 + width * count)
+            return {};
+        (hasPictures ? runs.firstPicture : runs.firstFrame) = BoxReader(*tfdt).number(4, 8);
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto value = [&](std::size_t field) {
+                return static_cast<std::uint32_t>(reader.number(12 + width * i + 4 * field, 4));
+            };
+            if (hasPictures)
+                runs.pictures.push_back({value(1), value(0), value(2) == kSyncSample});
+            else if (value(0) <= SampleTable::kLargestPacket)
+                runs.packetSizes.push_back(value(0));
+            else
+                return {};
+        }
     }
-    return sizes;
+    return runs.pictures.empty() && runs.packetSizes.empty() ? std::nullopt : std::optional(std::move(runs));
 }
 
 } // namespace cantorel::media

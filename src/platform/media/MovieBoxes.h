@@ -2,6 +2,7 @@
 
 #include "platform/media/BoxBuffer.h"
 #include "platform/media/Codecs.h"
+#include "platform/media/MovieFormat.h"
 #include "platform/media/SampleTable.h"
 
 #include <cstdint>
@@ -13,23 +14,28 @@
 //   ftyp | free (16 bytes, with a mark) | moov without samples | moof mdat | moof mdat | ...
 // Finished, the bytes of "free" have become the header of an mdat that reaches up to the full moov at the end:
 //   ftyp | mdat (everything from here on) | moov
+// A movie has two tracks, or one of pictures; a fragment then holds the pictures of its time, and behind them the
+// sound.
 namespace cantorel::media {
 
 inline constexpr std::uint64_t kPlaceholderPosition = 28; // behind ftyp
 inline constexpr std::uint64_t kPlaceholderSize = 16;
 
 // Everything up to the first fragment.
-BoxBuffer movieStart(const AacFormat &format);
+BoxBuffer movieStart(const MovieFormat &format);
 
-// moof and the header of mdat; the packets' bytes follow.
-BoxBuffer fragmentStart(std::uint32_t sequence, std::uint64_t firstFrame, const PacketRun &packets);
+// moof and the header of mdat; the bytes of the pictures and of the packets follow, either may be none. firstPicture:
+// in units of kPictureTimescale.
+BoxBuffer fragmentStart(std::uint32_t sequence, std::uint64_t firstFrame, const PacketRun &packets,
+                        std::uint64_t firstPicture = 0, const PictureRun &pictures = {});
 
 // The header that replaces the placeholder; `moovPosition` is where the full moov begins.
 BoxBuffer swallowingHeader(std::uint64_t moovPosition);
 
-// Hands the full moov to `write` in pieces of at most 64 KiB, until one answers false; answers whether all were taken.
-// validFrames: what is to be heard, priming not counted. userData: whole boxes that stand in the moov beside the track.
-bool writeMovie(const AacFormat &format, const SampleTable &table, std::int64_t validFrames,
+// Hands the full moov to `write` in pieces of at most 64 KiB, or what the pictures' tables take, until one answers
+// false; answers whether all were taken. validFrames: what is to be heard, priming not counted. userData: whole boxes
+// that stand in the moov beside the tracks.
+bool writeMovie(const MovieFormat &format, const MovieTable &table, std::int64_t validFrames,
                 const std::function<bool(std::span<const std::uint8_t>)> &write,
                 std::span<const std::uint8_t> userData = {});
 
@@ -51,12 +57,21 @@ BoxBuffer pcmMovie(const PcmFormat &format, std::uint64_t position, std::uint64_
 
 // What movieStart() wrote, read back from the start of a file; nothing for any other bytes.
 struct UnfinishedStart {
-    AacFormat format;
+    MovieFormat format;
     std::uint64_t size = 0; // bytes up to the first fragment
 };
 std::optional<UnfinishedStart> readMovieStart(std::span<const std::uint8_t> fileStart);
 
 // What fragmentStart() wrote, read back; nothing for any other bytes.
-std::optional<std::vector<std::uint32_t>> readFragmentSizes(std::span<const std::uint8_t> moof);
+struct FragmentRuns {
+    std::vector<PictureRun::Entry> pictures;
+    std::uint64_t firstPicture = 0;
+    std::vector<std::uint32_t> packetSizes;
+    std::uint64_t firstFrame = 0;
+
+    std::uint64_t pictureBytes() const;
+    std::uint64_t packetBytes() const;
+};
+std::optional<FragmentRuns> readFragment(std::span<const std::uint8_t> moof);
 
 } // namespace cantorel::media

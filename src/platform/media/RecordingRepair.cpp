@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <numeric>
 #include <optional>
 #include <vector>
 
@@ -61,7 +60,8 @@ bool isBox(const std::vector<std::uint8_t> &header, std::string_view type) {
 }
 
 struct Found {
-    SampleTable table;
+    MovieTable table;
+    std::size_t fragments = 0;
     std::uint64_t end = 0; // behind the last whole fragment
 };
 
@@ -70,22 +70,25 @@ enum class Damage { Ends, IsPassedOver };
 
 // Adds the fragment at the position; nothing when none is whole there.
 std::optional<std::uint64_t> takeFragment(const FileDescriptor &file, std::uint64_t position, std::uint64_t fileSize,
-                                          SampleTable &table) {
+                                          MovieTable &table) {
     const auto moofHeader = readAt(file, position, 8);
     if (!isBox(moofHeader, "moof"))
         return {};
     const std::uint64_t moofSize = bigEndian(moofHeader, 0);
     if (moofSize > kLargestFragmentHeader)
         return {};
-    const auto sizes = readFragmentSizes(readAt(file, position, moofSize));
+    const auto runs = readFragment(readAt(file, position, moofSize));
     const auto mdatHeader = readAt(file, position + moofSize, 8);
-    if (!sizes || !isBox(mdatHeader, "mdat"))
+    if (!runs || !isBox(mdatHeader, "mdat"))
         return {};
     const std::uint64_t payload = position + moofSize + 8;
-    const std::uint64_t bytes = std::accumulate(sizes->begin(), sizes->end(), std::uint64_t{0});
+    const std::uint64_t pictures = runs->pictureBytes(), bytes = pictures + runs->packetBytes();
     if (bigEndian(mdatHeader, 0) != bytes + 8 || payload + bytes > fileSize)
         return {};
-    table.addChunk(payload, *sizes);
+    if (!runs->pictures.empty())
+        table.pictures.addChunk(payload, runs->pictures);
+    if (!runs->packetSizes.empty())
+        table.sound.addChunk(payload + pictures, runs->packetSizes);
     return payload + bytes;
 }
 
@@ -107,8 +110,9 @@ Found wholeFragments(const FileDescriptor &file, std::uint64_t position, std::ui
                      Damage damage) {
     Found found;
     found.end = position;
-    while (found.table.chunks() < most && position < fileSize) {
+    while (found.fragments < most && position < fileSize) {
         if (const auto end = takeFragment(file, position, fileSize, found.table)) {
+            ++found.fragments;
             found.end = position = *end;
             continue;
         }
@@ -120,8 +124,21 @@ Found wholeFragments(const FileDescriptor &file, std::uint64_t position, std::ui
     return found;
 }
 
-std::int64_t heardFrames(const Found &found, const AacFormat &format) {
-    return static_cast<std::int64_t>(found.table.packets()) * kFramesPerPacket - format.primingFrames;
+std::int64_t heardFrames(const Found &found, const MovieFormat &format) {
+    if (!format.sound)
+        return 0;
+    return static_cast<std::int64_t>(found.table.sound.packets()) * kFramesPerPacket - format.sound->primingFrames;
+}
+
+// What it plays for: a movie as long as there are pictures, else sound.
+double seconds(const Found &found, const MovieFormat &format) {
+    if (format.pictures)
+        return static_cast<double>(found.table.pictures.duration()) / kPictureTimescale;
+    return std::max(0.0, static_cast<double>(heardFrames(found, format))) / format.sound->sampleRate;
+}
+
+int bitRate(const MovieFormat &format) {
+    return (format.pictures ? format.pictures->bitRate : 0) + (format.sound ? format.sound->bitRate : 0);
 }
 
 // 0 or an errno.
@@ -174,7 +191,7 @@ UnfinishedSound unfinishedSound(const QString &path) {
     const auto fragments = [&](Damage damage) {
         return wholeFragments(file, start->size, size, kTellingFragments, damage);
     };
-    if (heardFrames(fragments(Damage::IsPassedOver), start->format) > 0)
+    if (seconds(fragments(Damage::IsPassedOver), start->format) > 0)
         return UnfinishedSound::Whole;
     // The coder's priming alone is no sound.
     return fragments(Damage::Ends).end >= size ? UnfinishedSound::None : UnfinishedSound::Lost;
@@ -187,12 +204,11 @@ double unfinishedSeconds(const QString &path) {
         return 0;
     const std::uint64_t size = sizeOf(file);
     const Found first = wholeFragments(file, start->size, size, kTellingFragments, Damage::Ends);
-    const double seconds =
-        std::max(0.0, static_cast<double>(heardFrames(first, start->format))) / start->format.sampleRate;
-    if (first.table.chunks() < kTellingFragments && size - first.end < kLargestFragment)
-        return seconds;
+    const double known = seconds(first, start->format);
+    if (first.fragments < kTellingFragments && size - first.end < kLargestFragment)
+        return known;
     const auto told = static_cast<double>(first.end - start->size), all = static_cast<double>(size - start->size);
-    return seconds > 0 ? seconds * all / told : all * 8 / std::max(start->format.bitRate, 1);
+    return known > 0 ? known * all / told : all * 8 / std::max(bitRate(start->format), 1);
 }
 
 Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPath) {
@@ -205,21 +221,22 @@ Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPa
     const FileIdentity replaced(copyPath);
     const std::uint64_t size = sizeOf(file);
     Found found = wholeFragments(file, start->size, size, kAllFragments, Damage::IsPassedOver);
-    const std::int64_t frames = heardFrames(found, start->format);
-    if (frames <= 0)
+    const double length = seconds(found, start->format);
+    if (length <= 0)
         return failures::nothingToRepair(path);
 
     const QFileInfo target(copyPath);
     int error = 0;
-    auto copy = HiddenFile::create(target.absolutePath(), QStringLiteral("m4a"), error);
+    auto copy = HiddenFile::create(target.absolutePath(),
+                                   start->format.pictures ? QStringLiteral("mp4") : QStringLiteral("m4a"), error);
     if (!copy)
         return failures::cannotCreate(copyPath, error);
     FileDescriptor bytes = copy->descriptor();
     error = copyBytes(file, bytes, size);
     if (error)
         return failures::writeFailed(copyPath, error);
-    const auto whole = FragmentedFile::resume(copyPath, std::move(bytes), start->format, std::move(found.table), size);
-    const auto form = whole->finish(frames);
+    const auto whole = FragmentedFile::resume(copyPath, std::move(bytes), start->format, found.table, size);
+    const auto form = whole->finish(std::max<std::int64_t>(heardFrames(found, start->format), 0));
     if (!form)
         return form.failure();
     if (form.value() != FileForm::Ordinary)
@@ -231,7 +248,7 @@ Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPa
         error = replaced.isAt(copyPath) ? copy->replace(copyPath, replaced) : copy->take(copyPath);
     if (error)
         return failures::cannotCreate(copyPath, error);
-    return RepairedFile{static_cast<double>(frames) / start->format.sampleRate, whole->bytes()};
+    return RepairedFile{length, whole->bytes()};
 }
 
 } // namespace cantorel::media

@@ -30,10 +30,10 @@ UnfinishedSound unfinishedSound(const QString &path);
 // that short. 0 for any other file. Takes the same time for every size.
 double unfinishedSeconds(const QString &path);
 
-// Makes an ordinary M4A at copyPath of all whole fragments of the file; what is damaged between them is passed over,
-// but every byte of it stays in the copy. The copy appears under its name only when it is whole and on the disk. A file
-// of that name is replaced, also the one that is repaired; a failure leaves it as it was and nothing else. Time grows
-// with the size, memory by two bytes a packet. Any thread.
+// Makes an ordinary M4A or MP4 at copyPath of all whole fragments of the file; what is damaged between them is passed
+// over, but every byte of it stays in the copy. The copy appears under its name only when it is whole and on the disk.
+// A file of that name is replaced, also the one that is repaired; a failure leaves it as it was and nothing else. Time
+// grows with the size, memory by two bytes a packet. Any thread.
 foundation::Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPath);
 
 } // namespace cantorel::media

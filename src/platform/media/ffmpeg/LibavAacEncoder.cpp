@@ -19,6 +19,13 @@ int nearestRate(int rate) {
                              [&](int a, int b) { return std::abs(a - rate) < std::abs(b - rate); });
 }
 
+// Four are front left and right, centre and back centre; AAC has no other layout of four.
+AVChannelLayout layoutOf(int channels) {
+    const AVChannelLayout mono = AV_CHANNEL_LAYOUT_MONO, stereo = AV_CHANNEL_LAYOUT_STEREO,
+                          four = AV_CHANNEL_LAYOUT_4POINT0;
+    return channels == 1 ? mono : channels == 2 ? stereo : four;
+}
+
 Failure refused(const QString &detail) {
     return {QStringLiteral("The sound cannot be coded; choose another sample rate for the device."), detail};
 }
@@ -35,10 +42,12 @@ LibavAacEncoder::LibavAacEncoder(CodecContextHandle context, std::optional<Resam
 Result<std::unique_ptr<AacEncoder>> LibavAacEncoder::make(int inputRate, const AacSettings &settings) {
     if (inputRate < 1 || inputRate > kHighestInputRate)
         return refused(QStringLiteral("input rate %1").arg(inputRate));
-    const int rate = nearestRate(inputRate);
+    if (settings.channels != 1 && settings.channels != 2 && settings.channels != kMostChannels)
+        return refused(QStringLiteral("%1 channels").arg(settings.channels));
+    const int rate = nearestRate(settings.rate > 0 ? settings.rate : inputRate);
     std::optional<Resampler> resampler;
     if (rate != inputRate) {
-        auto made = Resampler::make(inputRate, rate);
+        auto made = Resampler::make(inputRate, rate, settings.channels);
         if (!made)
             return made.failure();
         resampler = std::move(made).value();
@@ -50,7 +59,7 @@ Result<std::unique_ptr<AacEncoder>> LibavAacEncoder::make(int inputRate, const A
         return refused(QStringLiteral("no aac coder"));
     context->sample_fmt = AV_SAMPLE_FMT_FLTP;
     context->sample_rate = rate;
-    context->ch_layout = AV_CHANNEL_LAYOUT_STEREO;
+    context->ch_layout = layoutOf(settings.channels);
     context->bit_rate = settings.bitRate > 0 ? settings.bitRate : defaultAacBitRate(rate);
     context->profile = FF_PROFILE_AAC_LOW;
     context->time_base = {1, rate};
@@ -72,7 +81,7 @@ Result<std::unique_ptr<AacEncoder>> LibavAacEncoder::make(int inputRate, const A
 
     AacFormat format;
     format.sampleRate = rate;
-    format.channels = 2;
+    format.channels = settings.channels;
     format.bitRate = static_cast<int>(context->bit_rate);
     format.primingFrames = context->initial_padding;
     format.config.assign(context->extradata, context->extradata + context->extradata_size);
@@ -81,8 +90,6 @@ Result<std::unique_ptr<AacEncoder>> LibavAacEncoder::make(int inputRate, const A
 }
 
 Result<void> LibavAacEncoder::encode(std::span<const float> interleaved, PacketRun &packets) {
-    if (interleaved.size() < 2)
-        return {};
     if (!mResampler)
         return take(interleaved, packets);
     const auto converted = mResampler->convert(interleaved);
@@ -90,25 +97,25 @@ Result<void> LibavAacEncoder::encode(std::span<const float> interleaved, PacketR
 }
 
 Result<void> LibavAacEncoder::take(std::span<const float> interleaved, PacketRun &packets) {
-    while (interleaved.size() >= 2) {
+    const auto channels = static_cast<std::size_t>(mFormat.channels);
+    while (interleaved.size() >= channels) {
         if (mFilled == 0) {
             // A fresh buffer each time: the coder keeps the ones before.
             av_frame_unref(mFrame.get());
             mFrame->format = AV_SAMPLE_FMT_FLTP;
             mFrame->nb_samples = kFramesPerPacket;
-            mFrame->ch_layout = AV_CHANNEL_LAYOUT_STEREO;
+            mFrame->ch_layout = layoutOf(mFormat.channels);
             mFrame->sample_rate = mFormat.sampleRate;
             if (const int code = av_frame_get_buffer(mFrame.get(), 0); code < 0)
                 return refused(ffmpegError(code));
         }
-        const int count = std::min(kFramesPerPacket - mFilled, static_cast<int>(interleaved.size() / 2));
-        auto *left = reinterpret_cast<float *>(mFrame->data[0]) + mFilled;
-        auto *right = reinterpret_cast<float *>(mFrame->data[1]) + mFilled;
-        for (int i = 0; i < count; ++i) {
-            left[i] = interleaved[2 * i];
-            right[i] = interleaved[2 * i + 1];
+        const int count = std::min(kFramesPerPacket - mFilled, static_cast<int>(interleaved.size() / channels));
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            auto *plane = reinterpret_cast<float *>(mFrame->data[channel]) + mFilled;
+            for (int i = 0; i < count; ++i)
+                plane[i] = interleaved[channels * static_cast<std::size_t>(i) + channel];
         }
-        interleaved = interleaved.subspan(static_cast<std::size_t>(count) * 2);
+        interleaved = interleaved.subspan(static_cast<std::size_t>(count) * channels);
         mFilled += count;
         mFrames += count;
         if (mFilled == kFramesPerPacket)

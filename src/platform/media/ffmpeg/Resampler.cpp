@@ -15,31 +15,32 @@ Failure failed(int code) {
 
 } // namespace
 
-Result<Resampler> Resampler::make(int fromRate, int toRate) {
-    AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
+Result<Resampler> Resampler::make(int fromRate, int toRate, int channels) {
+    AVChannelLayout layout;
+    av_channel_layout_default(&layout, channels); // any that has so many: they are only counted
     SwrContext *raw = nullptr;
     int code =
-        swr_alloc_set_opts2(&raw, &stereo, AV_SAMPLE_FMT_FLT, toRate, &stereo, AV_SAMPLE_FMT_FLT, fromRate, 0, nullptr);
+        swr_alloc_set_opts2(&raw, &layout, AV_SAMPLE_FMT_FLT, toRate, &layout, AV_SAMPLE_FMT_FLT, fromRate, 0, nullptr);
     ResamplerHandle context(raw);
     if (code >= 0)
         code = swr_init(context.get());
     if (code < 0)
         return failed(code);
-    return Resampler(std::move(context));
+    return Resampler(std::move(context), channels);
 }
 
 Result<std::span<const float>> Resampler::convert(std::span<const float> interleaved) {
-    const int frames = static_cast<int>(interleaved.size() / 2);
+    const int frames = static_cast<int>(interleaved.size() / static_cast<std::size_t>(mChannels));
     const int room = swr_get_out_samples(mContext.get(), frames);
     if (room < 0)
         return failed(room);
-    mOutput.resize(static_cast<std::size_t>(room) * 2 + 2);
+    mOutput.resize((static_cast<std::size_t>(room) + 1) * static_cast<std::size_t>(mChannels));
     const auto *in = reinterpret_cast<const std::uint8_t *>(interleaved.data());
     auto *out = reinterpret_cast<std::uint8_t *>(mOutput.data());
     const int made = swr_convert(mContext.get(), &out, room, frames ? &in : nullptr, frames);
     if (made < 0)
         return failed(made);
-    return std::span<const float>(mOutput.data(), static_cast<std::size_t>(made) * 2);
+    return std::span<const float>(mOutput.data(), static_cast<std::size_t>(made * mChannels));
 }
 
 } // namespace cantorel::media

@@ -8,18 +8,19 @@
 
 namespace cantorel::media {
 
-// Changes the rate of interleaved stereo floats. One thread at a time.
+// Changes the rate of interleaved floats. One thread at a time.
 class Resampler {
 public:
-    static foundation::Result<Resampler> make(int fromRate, int toRate);
+    static foundation::Result<Resampler> make(int fromRate, int toRate, int channels);
 
     // What is ready of the input; an empty input gives the rest. Valid until the next call.
     foundation::Result<std::span<const float>> convert(std::span<const float> interleaved);
 
 private:
-    explicit Resampler(ResamplerHandle context) : mContext(std::move(context)) {}
+    Resampler(ResamplerHandle context, int channels) : mContext(std::move(context)), mChannels(channels) {}
 
     ResamplerHandle mContext;
+    int mChannels;
     std::vector<float> mOutput;
 };
 

@@ -45,7 +45,8 @@ public:
 // second, silence stands in. Made, asked and destroyed on the main thread.
 class MovieCapture : private PictureSink {
 public:
-    // The output outlives the capture. `sound` may be empty; its streams outlive the capture, too.
+    // A size of 0 is that of the first picture. The output outlives the capture, and so does what the inputs stand for;
+    // there may be none.
     MovieCapture(std::unique_ptr<PictureSource> source, const VideoSettings &pictures, std::vector<SoundInput> sound,
                  foundation::Clock &clock, MovieCaptureOutput &output);
     // Stops at once; the output hears of it before this returns.
@@ -68,7 +69,7 @@ private:
     };
     struct Pause {
         std::uint64_t from = 0;
-        std::uint64_t to = 0; // 0 while it lasts
+        std::uint64_t to = 0; // the largest number while it lasts
     };
     // What other threads ask for.
     struct Requests {
@@ -83,16 +84,22 @@ private:
     void pictureSourceEnded(const foundation::Failure &why) override;
 
     std::uint64_t now() const { return static_cast<std::uint64_t>(mClock.now().count()); }
+    foundation::Result<std::shared_ptr<const FittedPicture>> fitted(const Picture &picture);
+    void tell(); // the mutex is held
     void run();
     bool pump(); // false: all was handed over
     void showPictures(std::uint64_t before);
-    bool hearUntil(std::uint64_t hostTime);
+    void passPictures(std::uint64_t before);
     void show(std::uint64_t hostTime);
+    bool hearUntil(std::uint64_t hostTime, std::uint64_t here); // whether all of it was heard
+    MovieTime timeAt(std::uint64_t hostTime) const;
 
     std::unique_ptr<PictureSource> mSource;
-    const VideoSettings mSettings;
+    VideoSettings mSettings; // the source's thread's from the start on
     foundation::Clock &mClock;
     MovieCaptureOutput &mOutput;
+    const VideoCodecs *mCodecs = nullptr;   // once it was started
+    const std::uint64_t mBegin;             // host time
     std::unique_ptr<PictureFitter> mFitter; // the source's thread's
     std::optional<SoundTimeline> mSound;    // none for a movie without sound
     std::shared_ptr<const FittedPicture> mShown;
@@ -100,7 +107,8 @@ private:
     mutable std::mutex mMutex;  // guards the next ones
     std::condition_variable mWake;
     Requests mRequests;
-    std::thread mThread; // last: it uses all of the above
+    bool mHasNews = false; // something was asked since the thread looked
+    std::thread mThread;   // last: it uses all of the above
 };
 
 } // namespace cantorel::media

@@ -23,10 +23,15 @@ struct VideoSettings {
 // The size that a movie gets of one that was asked for: even, for the coder halves the colours.
 inline constexpr PictureSize evenSize(PictureSize size) { return {size.width & ~1, size.height & ~1}; }
 
+// Whether H.264 has a level for a movie of that size, and players like it.
+bool isMovieSize(PictureSize size);
+
 // A picture as it goes to the coder. Any thread may hold one.
 class FittedPicture {
 public:
     virtual ~FittedPicture() = default;
+
+    virtual PictureSize size() const = 0;
 };
 
 // Fits pictures of any size and layout into a movie: all of it is seen, with black beside it where the shapes differ; a

@@ -1,0 +1,176 @@
+#include "platform/media/ffmpeg/video/LibavFitter.h"
+
+#include "platform/media/movie/MovieFailures.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace cantorel::media {
+
+using foundation::Result;
+
+namespace {
+
+// Lines begin where the coder's wide instructions like it.
+constexpr int kAlignment = 32;
+
+constexpr int aligned(int bytes) { return (bytes + kAlignment - 1) & ~(kAlignment - 1); }
+
+AVPixelFormat formatOf(PixelLayout layout) {
+    switch (layout) {
+    case PixelLayout::Bgrx:
+        return AV_PIX_FMT_BGR0;
+    case PixelLayout::Rgbx:
+        return AV_PIX_FMT_RGB0;
+    case PixelLayout::Yuyv:
+        return AV_PIX_FMT_YUYV422;
+    case PixelLayout::Nv12:
+        return AV_PIX_FMT_NV12;
+    case PixelLayout::I420:
+        return AV_PIX_FMT_YUV420P;
+    case PixelLayout::Jpeg:
+        break;
+    }
+    return AV_PIX_FMT_NONE;
+}
+
+// The older names say the range with the layout; the scaler wants it apart.
+std::pair<AVPixelFormat, bool> withoutRange(AVPixelFormat format) {
+    switch (format) {
+    case AV_PIX_FMT_YUVJ420P:
+        return {AV_PIX_FMT_YUV420P, true};
+    case AV_PIX_FMT_YUVJ422P:
+        return {AV_PIX_FMT_YUV422P, true};
+    case AV_PIX_FMT_YUVJ444P:
+        return {AV_PIX_FMT_YUV444P, true};
+    default:
+        return {format, false};
+    }
+}
+
+} // namespace
+
+LibavFitter::LibavFitter(const VideoSettings &settings)
+    : mSize(settings.size),
+      mIsFromCamera(settings.isFromCamera),
+      mPool(av_buffer_pool_init(static_cast<std::size_t>(aligned(settings.size.width)) * settings.size.height
+                                    + static_cast<std::size_t>(aligned(settings.size.width / 2)) * settings.size.height
+                                    + kAlignment,
+                                nullptr)) {}
+
+VideoFrame LibavFitter::blank() {
+    VideoFrame frame(av_frame_alloc());
+    frame->format = AV_PIX_FMT_YUV420P;
+    frame->width = mSize.width;
+    frame->height = mSize.height;
+    frame->buf[0] = av_buffer_pool_get(mPool.get());
+    if (frame->buf[0] == nullptr)
+        return {};
+    std::uint8_t *at = frame->buf[0]->data;
+    for (int plane = 0; plane < 3; ++plane) {
+        frame->data[plane] = at;
+        frame->linesize[plane] = aligned(plane == 0 ? mSize.width : mSize.width / 2);
+        at += static_cast<std::size_t>(frame->linesize[plane]) * (plane == 0 ? mSize.height : mSize.height / 2);
+    }
+    return frame;
+}
+
+Result<LibavFitter::Source> LibavFitter::decoded(const Picture &picture) {
+    if (!mJpeg) {
+        const AVCodec *codec = avcodec_find_decoder(AV_CODEC_ID_MJPEG);
+        mJpeg.reset(codec ? avcodec_alloc_context3(codec) : nullptr);
+        mJpegFrame.reset(av_frame_alloc());
+        mJpegPacket.reset(av_packet_alloc());
+        if (!mJpeg || avcodec_open2(mJpeg.get(), codec, nullptr) < 0) {
+            mJpeg.reset();
+            return failures::pictureCodecs(QStringLiteral("no decoder for JPEG"));
+        }
+    }
+    int code = av_new_packet(mJpegPacket.get(), static_cast<int>(picture.bytes));
+    if (code >= 0) {
+        std::memcpy(mJpegPacket->data, picture.planes[0], picture.bytes);
+        code = avcodec_send_packet(mJpeg.get(), mJpegPacket.get());
+        av_packet_unref(mJpegPacket.get());
+    }
+    if (code >= 0)
+        code = avcodec_receive_frame(mJpeg.get(), mJpegFrame.get());
+    if (code < 0)
+        return failures::pictureUnreadable(videoError(code));
+    Source source;
+    std::tie(source.format, source.isFullRange) = withoutRange(static_cast<AVPixelFormat>(mJpegFrame->format));
+    source.isFullRange |= mJpegFrame->color_range == AVCOL_RANGE_JPEG;
+    source.size = {mJpegFrame->width, mJpegFrame->height};
+    for (int i = 0; i < 4; ++i) {
+        source.planes[i] = mJpegFrame->data[i];
+        source.strides[i] = mJpegFrame->linesize[i];
+    }
+    return source;
+}
+
+Result<LibavFitter::Source> LibavFitter::sourceOf(const Picture &picture) {
+    if (picture.layout == PixelLayout::Jpeg)
+        return decoded(picture);
+    Source source;
+    source.format = formatOf(picture.layout);
+    source.size = picture.size;
+    for (std::size_t i = 0; i < picture.planes.size(); ++i) {
+        source.planes[i] = picture.planes[i];
+        source.strides[i] = picture.strides[i];
+    }
+    return source;
+}
+
+LibavFitter::Place LibavFitter::placeOf(PictureSize size) const {
+    // As large as it goes, in the middle; where the colours lie, on even lines.
+    const auto width = std::min<std::int64_t>(mSize.width, std::int64_t{size.width} * mSize.height / size.height);
+    const auto height = std::min<std::int64_t>(mSize.height, std::int64_t{size.height} * mSize.width / size.width);
+    Place place;
+    place.size = {std::max(2, static_cast<int>(width) & ~1), std::max(2, static_cast<int>(height) & ~1)};
+    place.x = (mSize.width - place.size.width) / 2 & ~1;
+    place.y = (mSize.height - place.size.height) / 2 & ~1;
+    return place;
+}
+
+Result<std::shared_ptr<const FittedPicture>> LibavFitter::fit(const Picture &picture) {
+    auto read = sourceOf(picture);
+    if (!read)
+        return read.failure();
+    Source &source = read.value();
+    if (source.size.width < 1 || source.size.height < 1)
+        return failures::pictureUnreadable(QStringLiteral("an empty picture"));
+    // A line or column that only makes the size odd is left out rather than the whole scaled.
+    if (evenSize(source.size) == mSize)
+        source.size = mSize;
+    const bool fills = source.size == mSize;
+    const Place place = fills ? Place{0, 0, mSize} : placeOf(source.size);
+    if (!mScaler || mScaled.format != source.format || mScaled.size != source.size
+        || mScaled.isFullRange != source.isFullRange) {
+        mScaler.reset(sws_getContext(source.size.width, source.size.height, source.format, place.size.width,
+                                     place.size.height, AV_PIX_FMT_YUV420P, fills ? SWS_POINT : SWS_BILINEAR, nullptr,
+                                     nullptr, nullptr));
+        if (!mScaler)
+            return failures::pictureUnreadable(QStringLiteral("no scaler"));
+        const int *matrix = sws_getCoefficients(mIsFromCamera ? SWS_CS_SMPTE170M : SWS_CS_ITU709);
+        (void)sws_setColorspaceDetails(mScaler.get(), matrix, source.isFullRange, matrix, 0, 0, 1 << 16, 1 << 16);
+        mScaled = source;
+    }
+    auto fitted = std::make_shared<LibavPicture>();
+    fitted->frame = blank();
+    if (!fitted->frame)
+        return failures::pictureUnreadable(QStringLiteral("no memory"));
+    AVFrame &frame = *fitted->frame;
+    if (!fills) {
+        std::memset(frame.data[0], 16, static_cast<std::size_t>(frame.linesize[0]) * mSize.height);
+        for (int plane = 1; plane < 3; ++plane)
+            std::memset(frame.data[plane], 128, static_cast<std::size_t>(frame.linesize[plane]) * mSize.height / 2);
+    }
+    std::uint8_t *const planes[4] = {frame.data[0] + place.y * frame.linesize[0] + place.x,
+                                     frame.data[1] + place.y / 2 * frame.linesize[1] + place.x / 2,
+                                     frame.data[2] + place.y / 2 * frame.linesize[2] + place.x / 2, nullptr};
+    if (sws_scale(mScaler.get(), source.planes, source.strides, 0, source.size.height, planes, frame.linesize) < 0)
+        return failures::pictureUnreadable(QStringLiteral("not scaled"));
+    return std::shared_ptr<const FittedPicture>(std::move(fitted));
+}
+
+} // namespace cantorel::media
