@@ -22,7 +22,7 @@ FOREIGN = {
 # Only the composition roots name a concrete backend.
 CONCRETE = ["platform/hal/pipewire", "platform/hal/embedded", "platform/media/ffmpeg", "platform/desktop/dbus",
             "platform/desktop/recorded", "platform/media/movie/portal",
-            "platform/media/movie/v4l2"]
+            "platform/media/movie/camera"]
 
 
 def read_table(text):

@@ -43,8 +43,8 @@ public:
     // The part of a picture, in its pixels, that fills the frame without being distorted: the middle of it.
     static QRectF aspectFill(const QSizeF &picture, const QSizeF &frame);
 
-    // What it shows from now on; null for nothing. By its recorder.
-    void show(std::unique_ptr<media::PictureSource> source, int picturesPerSecond);
+    // What it shows from now on, or why it shows nothing. By its recorder.
+    void show(foundation::Result<std::unique_ptr<media::PictureSource>> source, int picturesPerSecond);
 
 private:
     struct State {

@@ -16,11 +16,10 @@ public:
     // Null when none can be made.
     ZQAudioRecorder *getAudioRecorder();
     ZQScreenRecorder *getScreenRecorder();
-
     ZQCameraRecorder *getCameraRecorder();
 
     // What the camera recorder can be given.
-    std::vector<media::Camera> usableCameraDevices();
+    std::vector<media::Camera> usableCameraDevices() { return ZQCameraRecorder::cameraDevices(); }
 
     // The frame rates that can be chosen for pictures.
     static QStringList FPSList();
@@ -30,6 +29,7 @@ private:
 
     std::unique_ptr<ZQAudioRecorder> mAudioRecorder;
     std::unique_ptr<ZQScreenRecorder> mScreenRecorder;
+    std::unique_ptr<ZQCameraRecorder> mCameraRecorder;
 };
 
 // Gives up the recorder, so that the next request makes a fresh one; nothing for one that is not the current one. It is

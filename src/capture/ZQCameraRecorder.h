@@ -46,13 +46,16 @@ public:
 private:
     ZQCameraRecorder() = default;
 
-    void openCamera();
+    void changeCamera();
+    // The pictures of the camera, for one who takes them.
+    foundation::Result<std::unique_ptr<media::PictureSource>> view();
+    void show(VideoPreviewLayer &layer);
 
     std::optional<media::Camera> mCamera;
     std::optional<media::CaptureDevice> mAudioDevice;
-    QString mPreset;
     std::shared_ptr<media::SharedPictures> mPictures; // of the camera; null until it is needed
     std::weak_ptr<VideoPreviewLayer> mPreview;
+    std::uint32_t mShownRate = 0; // of the preview
 };
 
 } // namespace cantorel

@@ -31,8 +31,14 @@ struct Camera {
     bool operator==(const Camera &) const = default;
 };
 
-// How large the pictures of a camera are at most: 1920 x 1080, 1280 x 720, 640 x 480.
+// How large the pictures of a camera are at most.
 enum class CameraQuality { High, Medium, Low };
+
+inline constexpr PictureSize largestSize(CameraQuality quality) {
+    return quality == CameraQuality::High     ? PictureSize{1920, 1080}
+           : quality == CameraQuality::Medium ? PictureSize{1280, 720}
+                                              : PictureSize{640, 480};
+}
 
 // What is to be seen of a display.
 struct DisplayRequest {

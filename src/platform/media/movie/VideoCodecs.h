@@ -44,7 +44,7 @@ public:
     virtual foundation::Result<std::shared_ptr<const FittedPicture>> fit(const Picture &picture) = 0;
 };
 
-// Turns pictures of any size and layout into BGRx of the size that is wanted. One thread at a time.
+// Turns pictures of any layout into BGRx of an even size, fitted as by a fitter. One thread at a time.
 class PictureConverter {
 public:
     virtual ~PictureConverter() = default;

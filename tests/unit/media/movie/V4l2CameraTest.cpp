@@ -18,8 +18,12 @@ using test::FakeCamera;
 
 class NotingSink : public PictureSink {
 public:
-    std::vector<int> values() const { return mValues.with([](const auto &all) { return all; }); }
-    std::string end() const { return mEnd.with([](const auto &end) { return end; }); }
+    std::vector<int> values() const {
+        return mValues.with([](const auto &all) { return all; });
+    }
+    std::string end() const {
+        return mEnd.with([](const auto &end) { return end; });
+    }
     void hold() { mGate.lock(); }
     void letGo() { mGate.unlock(); }
 
@@ -49,19 +53,24 @@ protected:
 };
 
 TEST_F(V4l2CameraTest, OnlyDevicesThatTakePicturesAreCameras) {
-    devices.cameras = {
-        {"/dev/video10", {"Second", "usb-2"}},
-        {"/dev/video2", {"First", "usb-1"}},
-        {"/dev/video3", {"First", "usb-1", V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING}},
-        {"/dev/video4", {"Infrared", "usb-1", V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING, {{V4L2_PIX_FMT_GREY}}}},
-        {"/dev/video5", {"Other lens", "usb-1"}},
-        {"/dev/video6", {"Forbidden", "usb-3", 0, {}, {}, EACCES}},
+    const auto add = [this](const char *path, const char *name, const char *bus) -> FakeCamera & {
+        FakeCamera &added = devices.cameras[path];
+        added.name = name;
+        added.bus = bus;
+        return added;
     };
+    devices.cameras.clear();
+    add("/dev/video10", "Second", "usb-2");
+    add("/dev/video2", "First", "usb-1");
+    add("/dev/video3", "First", "usb-1").does = V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING;
+    add("/dev/video4", "Infrared", "usb-1").formats = {{V4L2_PIX_FMT_GREY}};
+    add("/dev/video5", "Other lens", "usb-1");
+    add("/dev/video6", "Forbidden", "usb-3").opening = EACCES;
     QStringList found;
     for (const V4l2Device &device : v4l2Cameras(devices))
         found << device.path + ' ' + device.camera.uniqueID + ' ' + device.camera.localizedName;
-    EXPECT_EQ(found.join(", "), "/dev/video2 v4l2:usb-1 First, /dev/video5 v4l2:usb-1#2 Other lens, "
-                                "/dev/video10 v4l2:usb-2 Second");
+    EXPECT_EQ(found.join(", ").toStdString(), "/dev/video2 v4l2:usb-1 First, /dev/video5 v4l2:usb-1#2 Other lens, "
+                                              "/dev/video10 v4l2:usb-2 Second");
 }
 
 TEST_F(V4l2CameraTest, TheLargestPicturesAtThePaceAreChosen) {

@@ -4,8 +4,6 @@
 #include "platform/media/movie/PicturePace.h"
 #include "platform/media/movie/v4l2/V4l2Format.h"
 
-#include <QCollator>
-
 #include <linux/videodev2.h>
 #include <poll.h>
 #include <pthread.h>
@@ -61,9 +59,10 @@ Failure failureOf(const Camera &camera, const char *what, int error) {
 
 std::vector<V4l2Device> v4l2Cameras(VideoDevices &devices) {
     QStringList paths = devices.paths();
-    QCollator byNumber(QLocale::c());
-    byNumber.setNumericMode(true);
-    std::sort(paths.begin(), paths.end(), byNumber);
+    // By their numbers.
+    std::sort(paths.begin(), paths.end(), [](const QString &one, const QString &other) {
+        return std::pair(one.size(), one) < std::pair(other.size(), other);
+    });
     std::vector<V4l2Device> found;
     for (const QString &path : paths) {
         const FileDescriptor device = devices.open(path);
@@ -287,6 +286,8 @@ V4l2Camera::V4l2Camera(VideoDevices &devices, V4l2Device device, CameraQuality q
     : mDevices(devices), mDevice(std::move(device)), mQuality(quality) {}
 
 V4l2Camera::~V4l2Camera() = default;
+
+void V4l2Camera::stop() { mStream.reset(); }
 
 Result<void> V4l2Camera::start(PictureSink &sink, int picturesPerSecond) {
     stop();

@@ -26,7 +26,7 @@ public:
 
     PictureSize size() const override { return mSize; }
     foundation::Result<void> start(PictureSink &sink, int picturesPerSecond) override;
-    void stop() override { mStream.reset(); }
+    void stop() override;
 
 private:
     class Stream;

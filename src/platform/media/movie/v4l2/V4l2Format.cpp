@@ -25,18 +25,6 @@ constexpr std::array kCodes = {
     KnownCode{V4L2_PIX_FMT_JPEG, PixelLayout::Jpeg},
 };
 
-PictureSize largest(CameraQuality quality) {
-    switch (quality) {
-    case CameraQuality::Medium:
-        return {1280, 720};
-    case CameraQuality::Low:
-        return {640, 480};
-    case CameraQuality::High:
-        break;
-    }
-    return {1920, 1080};
-}
-
 bool fits(PictureSize size, PictureSize most) { return size.width <= most.width && size.height <= most.height; }
 
 // Calls with one entry after the other until the device says that there is none, or `take` wants no more.
@@ -98,7 +86,7 @@ std::optional<PixelLayout> layoutOf(std::uint32_t code) {
 
 std::optional<V4l2Format> chooseFormat(VideoDevices &devices, int device, CameraQuality quality,
                                        int picturesPerSecond) {
-    const PictureSize most = largest(quality);
+    const PictureSize most = largestSize(quality);
     const double enough = std::min<double>(picturesPerSecond, kEnough);
     std::optional<V4l2Format> best;
     const auto worth = [&](const V4l2Format &format) {
