@@ -10,11 +10,11 @@ using foundation::Failure;
 
 namespace {
 
-// Even, and not larger than the picture, but as large as what fills the frame.
+// Not larger than the picture, but as large as what fills the frame.
 media::PictureSize sizeFor(media::PictureSize picture, const QSizeF &frame) {
     const double scale = std::min(1.0, std::max(frame.width() / picture.width, frame.height() / picture.height));
-    const auto even = [scale](int length) { return std::max(2, static_cast<int>(std::lround(length * scale)) & ~1); };
-    return {even(picture.width), even(picture.height)};
+    const auto scaled = [scale](int length) { return std::max(2, static_cast<int>(std::lround(length * scale))); };
+    return {scaled(picture.width), scaled(picture.height)};
 }
 
 } // namespace
@@ -69,8 +69,9 @@ void VideoPreviewLayer::takePicture(const media::Picture &picture) {
         return; // The one before still waits to be drawn.
     auto shown = std::make_shared<PreviewPicture>();
     shown->size = sizeFor(picture.size, frame);
-    shown->pixels.resize(static_cast<std::size_t>(shown->stride()) * static_cast<std::size_t>(shown->size.height));
-    if (!mConverter->convert(picture, shown->size, shown->pixels.data()))
+    shown->stride = media::PictureConverter::strideFor(shown->size.width);
+    shown->pixels.resize(static_cast<std::size_t>(shown->stride) * static_cast<std::size_t>(shown->size.height));
+    if (!mConverter->convert(picture, shown->size, shown->pixels.data(), shown->stride))
         return; // A damaged picture; the next one may be well.
     mState.with([&](State &state) {
         state.picture = std::move(shown);

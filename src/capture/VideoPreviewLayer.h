@@ -20,8 +20,8 @@ namespace cantorel {
 // A picture of a preview: four bytes a pixel, which are blue, green, red and nothing.
 struct PreviewPicture {
     media::PictureSize size;
+    int stride = 0; // bytes from one line to the next
     std::vector<std::uint8_t> pixels;
-    int stride() const { return size.width * 4; } // bytes from one line to the next
 };
 
 // What a camera sees now, for a window to draw. The camera runs while the layer lives. Main thread.

@@ -1,6 +1,6 @@
 #include "capture/ZQCameraRecorder.h"
 
-#include "log/CommLog.h"
+#include "log/Log.h"
 #include "platform/media/movie/MovieFailures.h"
 
 #include <utility>
@@ -27,7 +27,7 @@ std::unique_ptr<ZQCameraRecorder> ZQCameraRecorder::init() {
 std::vector<media::Camera> ZQCameraRecorder::cameraDevices() {
     std::vector<media::Camera> cameras = media::InstalledPictureSources::current().cameras();
     for (const media::Camera &camera : cameras)
-        CommLog::I(QStringLiteral("camera device name : %1").arg(camera.localizedName));
+        Log(QStringLiteral("camera device name : %1").arg(camera.localizedName));
     return cameras;
 }
 

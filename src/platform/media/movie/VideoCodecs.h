@@ -44,13 +44,16 @@ public:
     virtual foundation::Result<std::shared_ptr<const FittedPicture>> fit(const Picture &picture) = 0;
 };
 
-// Turns pictures of any layout into BGRx of an even size, fitted as by a fitter. One thread at a time.
+// Turns pictures of any size and layout into BGRx of the size that is wanted. One thread at a time.
 class PictureConverter {
 public:
     virtual ~PictureConverter() = default;
 
-    // bgrx: room for four bytes a pixel. Fails for a picture that cannot be read.
-    virtual foundation::Result<void> convert(const Picture &picture, PictureSize size, std::uint8_t *bgrx) = 0;
+    // How many bytes from one line to the next there have to be: wide instructions write beyond the last pixel.
+    static constexpr int strideFor(int width) { return (width + 15) / 16 * 64; }
+    // bgrx: room for all lines. Fails for a picture that cannot be read.
+    virtual foundation::Result<void> convert(const Picture &picture, PictureSize size, std::uint8_t *bgrx,
+                                             int stride) = 0;
 };
 
 // Codes the pictures of one movie. One thread at a time.

@@ -1,22 +1,18 @@
 #pragma once
 
-#include "platform/media/ffmpeg/video/LibavFitter.h"
-#include "platform/media/ffmpeg/video/VideoHandles.h"
+#include "platform/media/ffmpeg/video/LibavReader.h"
 #include "platform/media/movie/VideoCodecs.h"
-
-#include <optional>
 
 namespace cantorel::media {
 
-// What a fitter makes of a picture, as a window draws it. Owned by a preview; one thread at a time.
+// By libswscale. Owned by a preview; one thread at a time.
 class LibavConverter : public PictureConverter {
 public:
-    foundation::Result<void> convert(const Picture &picture, PictureSize size, std::uint8_t *bgrx) override;
+    foundation::Result<void> convert(const Picture &picture, PictureSize size, std::uint8_t *bgrx, int stride) override;
 
 private:
-    PictureSize mSize;
-    std::optional<LibavFitter> mFitter; // for that size
-    ScalerContext mColours;             // the same
+    LibavReader mReader;
+    ScalerContext mScaler; // kept by the library as long as it fits
 };
 
 } // namespace cantorel::media
