@@ -12,16 +12,17 @@ INCLUDE = re.compile(r'^\s*#\s*include\s+([<"])([^>"]+)[>"]', re.M)
 # Headers of C libraries stay in the folders that wrap them; nobody above meets their types.
 FOREIGN = {
     r"^libav|^libsw": ["platform/media/ffmpeg"],
-    r"^pipewire/|^spa/": ["platform/pipewire", "platform/hal/pipewire"],
+    r"^pipewire/|^spa/": ["platform/pipewire", "platform/hal/pipewire", "platform/media/movie/pipewire"],
     r"^libxml/": ["platform/foundation"],
     r"^unicode/": ["lang", "util"],
-    r"^QtDBus|^QDBus": ["platform/desktop", "cli", "app"],
+    r"^QtDBus|^QDBus": ["platform/desktop", "platform/media/movie/portal", "cli", "app"],
     r"^QtWidgets|^QWidget|^QMessageBox|^QDialog": ["ui", "app", "editor/views"],
     r"^CLI/": ["cli"],
 }
 # Only the composition roots name a concrete backend.
 CONCRETE = ["platform/hal/pipewire", "platform/hal/embedded", "platform/media/ffmpeg", "platform/desktop/dbus",
-            "platform/desktop/recorded"]
+            "platform/desktop/recorded", "platform/media/movie/portal",
+            "platform/media/movie/camera"]
 
 
 def read_table(text):

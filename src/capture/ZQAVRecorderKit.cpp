@@ -19,6 +19,12 @@ ZQScreenRecorder *ZQAVRecorderKit::getScreenRecorder() {
     return mScreenRecorder.get();
 }
 
+ZQCameraRecorder *ZQAVRecorderKit::getCameraRecorder() {
+    if (!mCameraRecorder)
+        mCameraRecorder = ZQCameraRecorder::init();
+    return mCameraRecorder.get();
+}
+
 QStringList ZQAVRecorderKit::FPSList() {
     return {QStringLiteral("15"), QStringLiteral("20"), QStringLiteral("23"), QStringLiteral("25"),
             QStringLiteral("30"), QStringLiteral("50"), QStringLiteral("60")};
@@ -30,6 +36,9 @@ void RecorderRelease(ZQAVRecorder *recorder) {
         return;
     if (kit.mScreenRecorder.get() == recorder) {
         kit.mScreenRecorder.release()->deleteLater();
+    } else if (kit.mCameraRecorder.get() == recorder) {
+        kit.mCameraRecorder->setCameraDevice({}); // as below
+        kit.mCameraRecorder.release()->deleteLater();
     } else if (kit.mAudioRecorder.get() == recorder) {
         // The device is given back at once; the object goes later.
         kit.mAudioRecorder->setAudioDevice({});

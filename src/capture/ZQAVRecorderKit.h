@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/ZQAudioRecorder.h"
+#include "capture/ZQCameraRecorder.h"
 #include "capture/ZQScreenRecorder.h"
 
 #include <QStringList>
@@ -15,6 +16,10 @@ public:
     // Null when none can be made.
     ZQAudioRecorder *getAudioRecorder();
     ZQScreenRecorder *getScreenRecorder();
+    ZQCameraRecorder *getCameraRecorder();
+
+    // What the camera recorder can be given.
+    std::vector<media::Camera> usableCameraDevices() { return ZQCameraRecorder::cameraDevices(); }
 
     // The frame rates that can be chosen for pictures.
     static QStringList FPSList();
@@ -24,6 +29,7 @@ private:
 
     std::unique_ptr<ZQAudioRecorder> mAudioRecorder;
     std::unique_ptr<ZQScreenRecorder> mScreenRecorder;
+    std::unique_ptr<ZQCameraRecorder> mCameraRecorder;
 };
 
 // Gives up the recorder, so that the next request makes a fresh one; nothing for one that is not the current one. It is

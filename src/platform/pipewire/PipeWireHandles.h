@@ -18,6 +18,13 @@ struct DisconnectCore {
 };
 using CoreHandle = std::unique_ptr<pw_core, DisconnectCore>;
 
+// A timer or another source of events of a loop; ends before it, under its lock.
+struct DestroyLoopSource {
+    pw_loop *loop = nullptr;
+    void operator()(spa_source *source) const noexcept { pw_loop_destroy_source(loop, source); }
+};
+using LoopSourceHandle = std::unique_ptr<spa_source, DestroyLoopSource>;
+
 // A registered listener; removed with its holder, which therefore ends before the object that it listens to.
 struct Hook {
     Hook() = default;

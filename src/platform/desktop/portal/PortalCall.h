@@ -19,11 +19,19 @@ inline QDBusMessage callTo(const QString &interface, const QString &method, cons
     return call;
 }
 
-// Where the answer to a request with that token comes from: listened to before it is asked, lest the answer be faster.
-inline QString requestPath(const QDBusConnection &bus, const QString &token) {
+inline QString pathOf(const QDBusConnection &bus, const QString &kind, const QString &token) {
     QString sender = bus.baseService().mid(1);
     sender.replace(QLatin1Char('.'), QLatin1Char('_'));
-    return QStringLiteral("%1/request/%2/%3").arg(kPath, sender, token);
+    return QStringLiteral("%1/%2/%3/%4").arg(kPath, kind, sender, token);
+}
+
+// Where the answer to a request with that token comes from: listened to before it is asked, lest the answer be faster.
+inline QString requestPath(const QDBusConnection &bus, const QString &token) {
+    return pathOf(bus, QStringLiteral("request"), token);
+}
+
+inline QString sessionPath(const QDBusConnection &bus, const QString &token) {
+    return pathOf(bus, QStringLiteral("session"), token);
 }
 
 } // namespace cantorel::desktop::portal

@@ -18,7 +18,7 @@ foundation::Result<std::unique_ptr<PictureSource>> PictureSources::openDisplay(c
     return failures::noDisplay();
 }
 
-foundation::Result<std::unique_ptr<PictureSource>> PictureSources::openCamera(const QString &uniqueID) {
+foundation::Result<std::unique_ptr<PictureSource>> PictureSources::openCamera(const QString &uniqueID, CameraQuality) {
     return failures::cameraMissing(uniqueID);
 }
 

@@ -31,6 +31,15 @@ struct Camera {
     bool operator==(const Camera &) const = default;
 };
 
+// How large the pictures of a camera are at most.
+enum class CameraQuality { High, Medium, Low };
+
+inline constexpr PictureSize largestSize(CameraQuality quality) {
+    return quality == CameraQuality::High     ? PictureSize{1920, 1080}
+           : quality == CameraQuality::Medium ? PictureSize{1280, 720}
+                                              : PictureSize{640, 480};
+}
+
 // What is to be seen of a display.
 struct DisplayRequest {
     std::uint32_t display = 0;   // 0: the main one
@@ -51,7 +60,8 @@ public:
     virtual foundation::Result<std::unique_ptr<PictureSource>> openDisplay(const DisplayRequest &request);
 
     virtual std::vector<Camera> cameras() { return {}; }
-    virtual foundation::Result<std::unique_ptr<PictureSource>> openCamera(const QString &uniqueID);
+    virtual foundation::Result<std::unique_ptr<PictureSource>> openCamera(const QString &uniqueID,
+                                                                          CameraQuality quality = CameraQuality::High);
 };
 
 // Lends the sources to the recorders while it lives. One at a time; made by the composition root.

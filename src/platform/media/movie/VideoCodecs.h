@@ -44,6 +44,18 @@ public:
     virtual foundation::Result<std::shared_ptr<const FittedPicture>> fit(const Picture &picture) = 0;
 };
 
+// Turns pictures of any size and layout into BGRx of the size that is wanted. One thread at a time.
+class PictureConverter {
+public:
+    virtual ~PictureConverter() = default;
+
+    // How many bytes from one line to the next there have to be: wide instructions write beyond the last pixel.
+    static constexpr int strideFor(int width) { return (width + 15) / 16 * 64; }
+    // bgrx: room for all lines. Fails for a picture that cannot be read.
+    virtual foundation::Result<void> convert(const Picture &picture, PictureSize size, std::uint8_t *bgrx,
+                                             int stride) = 0;
+};
+
 // Codes the pictures of one movie. One thread at a time.
 class VideoEncoder {
 public:
@@ -64,6 +76,7 @@ public:
     virtual ~VideoCodecs() = default;
 
     virtual foundation::Result<std::unique_ptr<PictureFitter>> makeFitter(const VideoSettings &settings) const = 0;
+    virtual foundation::Result<std::unique_ptr<PictureConverter>> makeConverter() const = 0;
     // Fails for a size that H.264 has no level for.
     virtual foundation::Result<std::unique_ptr<VideoEncoder>> makeEncoder(const VideoSettings &settings) const = 0;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/media/ffmpeg/video/LibavReader.h"
 #include "platform/media/ffmpeg/video/VideoHandles.h"
 #include "platform/media/movie/VideoCodecs.h"
 
@@ -14,7 +15,7 @@ struct LibavPicture : FittedPicture {
     PictureSize size() const override { return {frame->width, frame->height}; }
 };
 
-// Fits by libswscale, and reads JPEG by libavcodec. Owned by a capture; one thread at a time, and the pictures may
+// Fits by libswscale. Owned by a capture; one thread at a time, and the pictures may
 // outlive it.
 class LibavFitter : public PictureFitter {
 public:
@@ -23,33 +24,21 @@ public:
     foundation::Result<std::shared_ptr<const FittedPicture>> fit(const Picture &picture) override;
 
 private:
-    // What a picture is, as the libraries say it.
-    struct Source {
-        AVPixelFormat format = AV_PIX_FMT_NONE;
-        PictureSize size;
-        const std::uint8_t *planes[4] = {};
-        int strides[4] = {};
-        bool isFullRange = false;
-    };
     // Where it goes.
     struct Place {
         int x = 0, y = 0;
         PictureSize size;
     };
 
-    foundation::Result<Source> sourceOf(const Picture &picture);
-    foundation::Result<Source> decoded(const Picture &picture);
     Place placeOf(PictureSize size) const;
     VideoFrame blank();
 
     const PictureSize mSize;
     const bool mIsFromCamera;
     VideoPool mPool; // of the planes
-    VideoContext mJpeg;
-    VideoFrame mJpegFrame;
-    VideoPacket mJpegPacket;
+    LibavReader mReader;
     ScalerContext mScaler;
-    Source mScaled; // what the scaler was made for
+    LibavSource mScaled; // what the scaler was made for
 };
 
 } // namespace cantorel::media

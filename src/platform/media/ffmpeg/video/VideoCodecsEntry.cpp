@@ -1,3 +1,4 @@
+#include "platform/media/ffmpeg/video/LibavConverter.h"
 #include "platform/media/ffmpeg/video/LibavFitter.h"
 #include "platform/media/ffmpeg/video/LibavVideoEncoder.h"
 #include "platform/media/movie/VideoCodecs.h"
@@ -13,6 +14,9 @@ public:
 
     foundation::Result<std::unique_ptr<PictureFitter>> makeFitter(const VideoSettings &settings) const override {
         return std::unique_ptr<PictureFitter>(std::make_unique<LibavFitter>(settings));
+    }
+    foundation::Result<std::unique_ptr<PictureConverter>> makeConverter() const override {
+        return std::unique_ptr<PictureConverter>(std::make_unique<LibavConverter>());
     }
     foundation::Result<std::unique_ptr<VideoEncoder>> makeEncoder(const VideoSettings &settings) const override {
         return LibavVideoEncoder::make(settings);
