@@ -77,7 +77,7 @@ private:
     State mState = State::Waiting;
     std::unique_ptr<ZQAVVideoWritter> mAVVideoWritter; // Spelling is fixed.
     std::shared_ptr<const media::FittedPicture> mHeld; // while sound is waited for, what is to be seen with it
-    bool mIsTold = false;                                   // that it has started
+    bool mIsTold = false;                              // that it has started
     bool _discont = false;                             // a pause happened, and the next sample tells how long it was
     media::MovieTime _timeOffset{};                    // all pauses until now
     std::optional<media::MovieTime> _lastVideo, _lastAudio; // ends of the last samples written

@@ -19,9 +19,10 @@ void MovieArguments::addTo(CLI::App &command) {
     command.add_option("--output", output, "The MP4 to make; one of that name is replaced at the end")->required();
     command.add_option("--fps", picturesPerSecond, "Pictures a second at most; without it 30")
         ->check(CLI::Range(1, 120));
-    command.add_option("--audio", audio,
-                       "The device to hear, by its name, or off; several are mixed; without it what the default output "
-                       "plays")
+    command
+        .add_option("--audio", audio,
+                    "The device to hear, by its name, or off; several are mixed; without it what the default output "
+                    "plays")
         ->allow_extra_args(false);
 }
 

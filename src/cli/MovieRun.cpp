@@ -38,8 +38,7 @@ Outcome MovieRun::open() {
         return Outcome::failed(kAnotherRecorder());
     if (mOptions.isSilent)
         return Outcome::done();
-    auto hardware =
-        Hardware::open(mCommand.backend, mOptions.audio.isEmpty() ? kShortPatience : Hardware::kPatience);
+    auto hardware = Hardware::open(mCommand.backend, mOptions.audio.isEmpty() ? kShortPatience : Hardware::kPatience);
     if (hardware)
         mHardware = std::move(hardware).value();
     else if (!mOptions.audio.isEmpty())

@@ -22,7 +22,7 @@ inline QByteArray outputOf(const QString &program, const QStringList &arguments)
 }
 
 struct ShownPicture {
-    double time = 0;    // seconds
+    double time = 0;       // seconds
     std::uint8_t grey = 0; // the mean of the part that was asked for
 };
 
@@ -48,7 +48,8 @@ inline QString factOf(const QString &file, const QString &stream, const QString 
     QStringList arguments{"-v", "error"};
     if (!stream.isEmpty())
         arguments += {"-select_streams", stream};
-    return QString::fromUtf8(outputOf("ffprobe", arguments + QStringList{"-show_entries", entry, "-of", "csv=p=0", file}))
+    return QString::fromUtf8(
+               outputOf("ffprobe", arguments + QStringList{"-show_entries", entry, "-of", "csv=p=0", file}))
         .trimmed();
 }
 

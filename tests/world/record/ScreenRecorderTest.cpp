@@ -176,7 +176,8 @@ TEST_F(ScreenRecorderTest, FlashAndClickStayTogetherAcrossAPauseThatLeavesNoGap)
     const double wall = std::chrono::duration<double>((end - begin) - (resumed - paused)).count();
     EXPECT_NEAR(listener.counts.seconds(), wall, 0.2);
     for (const char *stream : {"v", "a"})
-        EXPECT_NEAR(test::factOf(file, stream, "stream=duration").toDouble(), listener.counts.seconds(), 0.05) << stream;
+        EXPECT_NEAR(test::factOf(file, stream, "stream=duration").toDouble(), listener.counts.seconds(), 0.05)
+            << stream;
     EXPECT_EQ(test::factOf(file, "a", "stream=codec_name,sample_rate,channels"), "aac,48000,2");
     EXPECT_EQ(test::factOf(file, "v", "stream=codec_name,width,height"), "h264,640,480");
 }
