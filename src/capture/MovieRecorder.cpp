@@ -152,6 +152,8 @@ media::RecordingCounts MovieRecorder::recordingCounts() const { return shown() ?
 
 QString MovieRecorder::coder() const { return shown() ? shown()->coder() : mLastCoder; }
 
+media::PictureSize MovieRecorder::movieSize() const { return shown() ? shown()->size() : mLastSize; }
+
 bool MovieRecorder::hasSound() const { return mCurrent && !mCurrent->heard.empty(); }
 
 std::vector<media::AudioChannel> MovieRecorder::audioChannels() const {
@@ -179,6 +181,7 @@ void MovieRecorder::finished(const Running &which, const QString &path, const st
     mEnding.erase(found);
     mLast = ended->recording->counts();
     mLastCoder = ended->recording->coder();
+    mLastSize = ended->recording->size();
     mFailure = failure;
     if (QFileInfo::exists(path) && (!failure || mLast.bytes > 0))
         delegate->AVRecorderDidFinishRecorderWithOutputFilePath(*this, path);

@@ -35,6 +35,8 @@ public:
     std::uint64_t diskReserve = media::kDiskReserve;
     // What codes the pictures of the movie under way, once that is known, else of the last one: "libx264".
     QString coder() const;
+    // Of the movie under way, once that is known, else of the last one.
+    media::PictureSize movieSize() const;
     // Whether the movie under way has sound: some of the devices could be opened.
     bool hasSound() const;
 
@@ -65,6 +67,7 @@ private:
     std::vector<std::unique_ptr<Running>> mEnding; // stopped, still writing
     media::RecordingCounts mLast;
     QString mLastCoder;
+    media::PictureSize mLastSize;
     std::optional<foundation::Failure> mFailure;
 };
 

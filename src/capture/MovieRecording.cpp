@@ -73,6 +73,8 @@ void MovieRecording::captureDidOutputSample(const MovieSample &sample) {
     }
     mHeld.reset();
     write(sample);
+    if (!std::exchange(mIsTold, true) && mState == State::Writing)
+        mEvents.started();
 }
 
 void MovieRecording::begin(const MovieSample &first) {
@@ -84,7 +86,6 @@ void MovieRecording::begin(const MovieSample &first) {
     mAVVideoWritter->setWrittenAs(mWrittenAs);
     mAVVideoWritter->setStartTime(first.time);
     mDiskLookedAt = first.time;
-    mEvents.started();
 }
 
 MovieSample MovieRecording::adjustTime(MovieSample sample, MovieTime by) {
@@ -151,11 +152,15 @@ void MovieRecording::tellCounts() {
     counts.bytes = static_cast<std::int64_t>(mAVVideoWritter->bytes());
     counts.droppedFrames = static_cast<std::int64_t>(lost);
     counts.droppedPictures = mCapture.droppedPictures();
-    mTold.with([&](Told &told) { told = {counts, mAVVideoWritter->coder()}; });
+    mTold.with([&](Told &told) { told = {counts, mAVVideoWritter->coder(), mAVVideoWritter->size()}; });
 }
 
 media::RecordingCounts MovieRecording::counts() const {
     return mTold.with([](const Told &told) { return told.counts; });
+}
+
+media::PictureSize MovieRecording::size() const {
+    return mTold.with([](const Told &told) { return told.size; });
 }
 
 QString MovieRecording::coder() const {

@@ -47,6 +47,7 @@ public:
     // Any thread.
     media::RecordingCounts counts() const;
     QString coder() const;
+    media::PictureSize size() const; // of the movie
 
 private:
     // Of the queue that the samples come in.
@@ -76,6 +77,7 @@ private:
     State mState = State::Waiting;
     std::unique_ptr<ZQAVVideoWritter> mAVVideoWritter; // Spelling is fixed.
     std::shared_ptr<const media::FittedPicture> mHeld; // while sound is waited for, what is to be seen with it
+    bool mIsTold = false;                              // that it has started
     bool _discont = false;                             // a pause happened, and the next sample tells how long it was
     media::MovieTime _timeOffset{};                    // all pauses until now
     std::optional<media::MovieTime> _lastVideo, _lastAudio; // ends of the last samples written
@@ -85,6 +87,7 @@ private:
     struct Told {
         media::RecordingCounts counts;
         QString coder;
+        media::PictureSize size;
     };
     foundation::Guarded<Told> mTold;
     std::vector<std::shared_ptr<media::FrameQueue>> mQueues; // for the frames that they lost

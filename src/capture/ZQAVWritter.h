@@ -45,6 +45,7 @@ public:
     const std::optional<foundation::Failure> &failure() const { return mFailure; }
     std::uint64_t bytes() const { return mBytes; }
     QString coder() const { return mCoder; }
+    media::PictureSize size() const { return mSettings.pictures.size; }
 
 protected:
     media::MovieSettings mSettings;

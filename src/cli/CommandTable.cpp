@@ -66,10 +66,10 @@ QList<QUrl> fileUrls(const std::vector<std::string> &files) {
 
 std::span<const AddCommand> allCommands() {
     static constexpr AddCommand kCommands[] = {
-        addDoctorCommand, addDevicesCommand, addDriverCommand, addRecordCommand,  addSettingsCommand,
-        addTasksCommand,  addHotkeysCommand, addLangCommand,   addLibraryCommand, addControlCommands,
-        addUpdateCommand, addTagsCommand,    addInfoCommand,   addConvertCommand, addIdentifyCommand,
-        addWaveCommand,   addEditCommand};
+        addDoctorCommand,       addDevicesCommand,  addDriverCommand, addRecordCommand,  addRecordScreenCommand,
+        addRecordCameraCommand, addSettingsCommand, addTasksCommand,  addHotkeysCommand, addLangCommand,
+        addLibraryCommand,      addControlCommands, addUpdateCommand, addTagsCommand,    addInfoCommand,
+        addConvertCommand,      addIdentifyCommand, addWaveCommand,   addEditCommand};
     return kCommands;
 }
 

@@ -41,6 +41,10 @@ void addLangCommand(CLI::App &root, CommandSession &session);
 void addLibraryCommand(CLI::App &root, CommandSession &session);
 // "record": one recording, from the first frame to the converted file.
 void addRecordCommand(CLI::App &root, CommandSession &session);
+// "record-camera": a camera with sound, as a movie.
+void addRecordCameraCommand(CLI::App &root, CommandSession &session);
+// "record-screen": a display with sound, as a movie.
+void addRecordScreenCommand(CLI::App &root, CommandSession &session);
 // "settings list", "settings get KEY", "settings set KEY VALUE": the persistent options as their getters answer them.
 void addSettingsCommand(CLI::App &root, CommandSession &session);
 // "tags FILE": shows and writes the tags of sound files.

@@ -1,5 +1,6 @@
 // The command line's entry point and composition root.
 
+#include "app/start/DesktopPictures.h"
 #include "app/start/DesktopServices.h"
 #include "cli/CommandTable.h"
 #include "cli/TerminalAsker.h"
@@ -24,6 +25,7 @@ int main(int argc, char **argv) {
     TerminalAsker asker;
     const InstalledAsker installedAsker(asker);
     const desktop::InstalledServices installedServices(desktopServices());
+    const media::InstalledPictureSources installedPictures(desktopPictures());
 
     return runCommandLine(application.arguments().mid(1), allCommands());
 }

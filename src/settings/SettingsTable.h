@@ -72,6 +72,8 @@ inline constexpr const char *kRecordedList = "recordedList";
 inline constexpr const char *kScheduleTaskList = "scheduleTaskList";
 // Written and read directly through the store. Spelling is fixed: stored settings use it.
 inline constexpr const char *kOldAggregateSubDeivceUIDs = "OldAggregateSubDeivceUIDs";
+// What the desktop remembers by which screen is shared; it serves once. The same way.
+inline constexpr const char *kScreenShareToken = "screenShareToken";
 
 } // namespace setting
 

@@ -64,7 +64,7 @@ void CameraPreview::paintEvent(QPaintEvent *) {
     painter.fillRect(rect(), Tokens::dark().ground);
     const auto picture = mLayer ? mLayer->picture() : nullptr;
     if (picture) {
-        const QImage image(picture->pixels.data(), picture->size.width, picture->size.height, picture->stride(),
+        const QImage image(picture->pixels.data(), picture->size.width, picture->size.height, picture->stride,
                            QImage::Format_RGB32);
         painter.drawImage(QRectF(rect()), image, VideoPreviewLayer::aspectFill(image.size(), size()));
     } else if (mLayer && mLayer->failure()) {

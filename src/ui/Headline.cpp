@@ -142,7 +142,8 @@ void Headline::showNumbers() {
     mElapsed->setText(display.duration);
     setInk(*mElapsed, !isIdle && display.seconds > 0 ? tokens.text : tokens.outline);
     mSize->setText(isIdle ? QString() : display.size);
-    mTimeLeft->setText(mPanel.timeLeftText());
+    // How much room pictures take is known once they are recorded.
+    mTimeLeft->setText(isIdle && isMovie() ? QString() : mPanel.timeLeftText());
     for (DigitLabel *number : {mSize, mTimeLeft}) {
         setInk(*number, tokens.text2);
         number->setVisible(mElapsed->sizeHint().width() + measure::kGap + number->sizeHint().width() <= mRoom);

@@ -5,6 +5,7 @@
 #include "recording/control/RecorderPanel.h"
 #include "recording/control/ScheduledSession.h"
 #include "recording/session/RecordingSession.h"
+#include "ui/CameraPreview.h"
 #include "ui/Headline.h"
 #include "ui/LevelLanes.h"
 #include "ui/RecordCards.h"
@@ -48,7 +49,12 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     page->addWidget(mCards);
     page->addWidget(mSourceLine);
     page->addWidget(mHeadline);
-    page->addWidget(mPicture, 1);
+    auto *stage = new QHBoxLayout;
+    stage->setSpacing(2 * measure::kGap);
+    stage->addWidget(mPicture, 1);
+    if (recorder.movies())
+        stage->addWidget(new CameraPreview(*recorder.movies(), mPage));
+    page->addLayout(stage, 1);
     page->addWidget(mLevels);
 
     auto *scrolled = new QScrollArea(this);

@@ -6,6 +6,7 @@
 #include "platform/media/FragmentedFile.h"
 #include "platform/media/MediaFailures.h"
 #include "platform/media/MovieBoxes.h"
+#include "platform/media/asset/MediaTime.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <numeric>
 #include <optional>
 #include <vector>
 
@@ -63,14 +65,22 @@ struct Found {
     MovieTable table;
     std::size_t fragments = 0;
     std::uint64_t end = 0; // behind the last whole fragment
+    // What would come next if nothing was lost.
+    std::uint64_t nextPicture = 0;
+    std::uint64_t nextFrame = 0;
 };
 
 constexpr std::size_t kAllFragments = SIZE_MAX;
 enum class Damage { Ends, IsPassedOver };
 
+std::uint64_t lengthOf(const std::vector<PictureRun::Entry> &pictures) {
+    return std::accumulate(pictures.begin(), pictures.end(), std::uint64_t{0},
+                           [](std::uint64_t sum, const PictureRun::Entry &entry) { return sum + entry.length; });
+}
+
 // Adds the fragment at the position; nothing when none is whole there.
 std::optional<std::uint64_t> takeFragment(const FileDescriptor &file, std::uint64_t position, std::uint64_t fileSize,
-                                          MovieTable &table) {
+                                          const MovieFormat &format, Found &found) {
     const auto moofHeader = readAt(file, position, 8);
     if (!isBox(moofHeader, "moof"))
         return {};
@@ -85,6 +95,18 @@ std::optional<std::uint64_t> takeFragment(const FileDescriptor &file, std::uint6
     const std::uint64_t pictures = runs->pictureBytes(), bytes = pictures + runs->packetBytes();
     if (bigEndian(mdatHeader, 0) != bytes + 8 || payload + bytes > fileSize)
         return {};
+    MovieTable &table = found.table;
+    if (format.pictures && format.sound && !runs->pictures.empty() && !runs->packetSizes.empty()) {
+        // What is lost of both is not lost at the same moment; the picture in front of it makes up for that.
+        const auto pictures = static_cast<std::int64_t>(runs->firstPicture - found.nextPicture);
+        const MediaTime frames{static_cast<std::int64_t>(runs->firstFrame - found.nextFrame), format.sound->sampleRate};
+        if (pictures != 0)
+            table.pictures.prolongLast(pictures - frames.in(kPictureTimescale).value);
+    }
+    if (!runs->pictures.empty())
+        found.nextPicture = runs->firstPicture + lengthOf(runs->pictures);
+    found.nextFrame =
+        runs->packetSizes.empty() ? found.nextFrame : runs->firstFrame + runs->packetSizes.size() * kFramesPerPacket;
     if (!runs->pictures.empty())
         table.pictures.addChunk(payload, runs->pictures);
     if (!runs->packetSizes.empty())
@@ -106,12 +128,13 @@ std::optional<std::uint64_t> findFragment(const FileDescriptor &file, std::uint6
     }
 }
 
-Found wholeFragments(const FileDescriptor &file, std::uint64_t position, std::uint64_t fileSize, std::size_t most,
+Found wholeFragments(const FileDescriptor &file, const UnfinishedStart &start, std::uint64_t fileSize, std::size_t most,
                      Damage damage) {
+    std::uint64_t position = start.size;
     Found found;
     found.end = position;
     while (found.fragments < most && position < fileSize) {
-        if (const auto end = takeFragment(file, position, fileSize, found.table)) {
+        if (const auto end = takeFragment(file, position, fileSize, start.format, found)) {
             ++found.fragments;
             found.end = position = *end;
             continue;
@@ -188,9 +211,7 @@ UnfinishedSound unfinishedSound(const QString &path) {
     if (!start)
         return UnfinishedSound::None;
     const std::uint64_t size = sizeOf(file);
-    const auto fragments = [&](Damage damage) {
-        return wholeFragments(file, start->size, size, kTellingFragments, damage);
-    };
+    const auto fragments = [&](Damage damage) { return wholeFragments(file, *start, size, kTellingFragments, damage); };
     if (seconds(fragments(Damage::IsPassedOver), start->format) > 0)
         return UnfinishedSound::Whole;
     // The coder's priming alone is no sound.
@@ -203,7 +224,7 @@ double unfinishedSeconds(const QString &path) {
     if (!start)
         return 0;
     const std::uint64_t size = sizeOf(file);
-    const Found first = wholeFragments(file, start->size, size, kTellingFragments, Damage::Ends);
+    const Found first = wholeFragments(file, *start, size, kTellingFragments, Damage::Ends);
     const double known = seconds(first, start->format);
     if (first.fragments < kTellingFragments && size - first.end < kLargestFragment)
         return known;
@@ -220,7 +241,7 @@ Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPa
         return failures::notUnfinished(path);
     const FileIdentity replaced(copyPath);
     const std::uint64_t size = sizeOf(file);
-    Found found = wholeFragments(file, start->size, size, kAllFragments, Damage::IsPassedOver);
+    Found found = wholeFragments(file, *start, size, kAllFragments, Damage::IsPassedOver);
     const double length = seconds(found, start->format);
     if (length <= 0)
         return failures::nothingToRepair(path);

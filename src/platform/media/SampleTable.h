@@ -2,6 +2,7 @@
 
 #include "platform/media/MovieFormat.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -61,6 +62,15 @@ public:
             mDuration += entry.length;
         }
         close(offset, entries.size());
+    }
+
+    // Shows the last one for so much longer, or shorter.
+    void prolongLast(std::int64_t units) {
+        if (mLengths.empty())
+            return;
+        const std::int64_t length = std::max<std::int64_t>(mLengths.back() + units, 1);
+        mDuration += static_cast<std::uint64_t>(length) - mLengths.back();
+        mLengths.back() = static_cast<std::uint32_t>(length);
     }
 
     std::uint32_t length(std::size_t picture) const { return mLengths[picture]; }

@@ -3,6 +3,7 @@
 #include "lang/Lang.h"
 #include "log/GuardedAction.h"
 #include "platform/foundation/HiddenFile.h"
+#include "platform/media/UnfinishedName.h"
 #include "recording/library/RecordedList.h"
 #include "recording/library/RecordingsRemoval.h"
 #include "recording/session/RecordingSessionView.h"
@@ -23,7 +24,8 @@ namespace {
 constexpr std::size_t kMostNamed = 3; // a card stays small
 
 QString describe(const RecordingJournal::Leftover &leftover) {
-    const QFileInfo file(leftover.file);
+    const QString movie = media::finishedName(leftover.file);
+    const QFileInfo file(movie.isEmpty() ? leftover.file : movie);
     return QStringLiteral("%1   %2   \u2248 %3   %4")
         .arg(file.fileName(), leftover.written.toString(QStringLiteral("yyyy-MM-dd HH:mm")),
              ToolString::stringFromDuration(leftover.seconds),

@@ -1,12 +1,14 @@
 #include "recording/session/MovieSession.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "capture/VideoPreviewLayer.h"
 #include "capture/ZQAVRecorderKit.h"
 #include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/media/DiskSpace.h"
 #include "recording/library/RecordedList.h"
+#include "recording/session/RecordManager.h"
 #include "recording/session/RecordingJournal.h"
 #include "recording/session/RecordingNames.h"
 #include "recording/session/StartConditions.h"
@@ -55,7 +57,7 @@ MovieSession::MovieSession(RecordingSessionView &view, RecordedList &list, Recor
 
 MovieSession::~MovieSession() {
     stop();
-    release(); // which waits for the file
+    letGo();
 }
 
 void MovieSession::setWish(const MovieWish &wish) {
@@ -70,7 +72,32 @@ std::vector<media::Display> MovieSession::displays() const {
 
 std::vector<media::Camera> MovieSession::cameras() const { return media::InstalledPictureSources::current().cameras(); }
 
+ZQCameraRecorder *MovieSession::camera() {
+    ZQCameraRecorder *camera = ZQAVRecorderKit::sharedInstance().getCameraRecorder();
+    const auto all = cameras();
+    const auto wanted =
+        std::find_if(all.begin(), all.end(), [this](const media::Camera &one) { return one.uniqueID == mWish.camera; });
+    camera->setCameraDevice(wanted == all.end() ? std::nullopt : std::optional(*wanted));
+    return camera;
+}
+
+std::shared_ptr<VideoPreviewLayer> MovieSession::preview(const QRectF &frame) {
+    return mWish.picture == MovieWish::Picture::Camera ? camera()->getVideoPreviewLayerWithCameraRect(frame) : nullptr;
+}
+
 MovieRecorder *MovieSession::recorder() {
+    if (mWish.picture == MovieWish::Picture::Camera) {
+        ZQCameraRecorder *recorder = camera();
+        // A camera has one device beside it: of both sources, the one that joins them.
+        auto heard = devices();
+        if (heard.size() > 1 && !recordingDeviceTrouble(mSource))
+            if (const auto joined = ZQAudioKextKit::getTheCaptureDeviceWithName(
+                    RecordManager::getAudioDeviceNameWithAudioDeviceType(static_cast<int>(mSource))))
+                heard = {*joined};
+        recorder->setAudioDevice(heard.empty() ? std::nullopt : std::optional(heard.front()));
+        mShows = recorder->currentCameraDevice() ? recorder->currentCameraDevice()->localizedName : QString();
+        return recorder;
+    }
     ZQScreenRecorder *screen = ZQAVRecorderKit::sharedInstance().getScreenRecorder();
     screen->setScreenDisplayId(mWish.display);
     screen->setRecordRect(mWish.picture == MovieWish::Picture::Area ? mWish.area : QRect());
@@ -101,6 +128,9 @@ Result<void> MovieSession::start() {
         return Failure{kAnotherRecorder(), QStringLiteral("the recorder lock is held")};
     if (const auto trouble = recordingFolderTrouble(AppSettings::outputPath()))
         return *trouble;
+    if (mWish.picture != MovieWish::Picture::Camera)
+        if (const auto shown = media::InstalledPictureSources::current().displays(); !shown)
+            return shown.failure(); // before the devices are touched
     mView.stopPlayback();
     const QString chosen = chosenRecordingPath();
     if (chosen.isEmpty())
@@ -118,8 +148,6 @@ Result<void> MovieSession::start() {
         mWritten = file;
         isNoted = mJournal.begin(file);
     };
-    if (includesSystemSound(mSource))
-        mRouting.begin([this](bool isHeard) { mView.recordingIsHeard(isHeard); });
     const bool started = mRecorder->startRecording(QUrl::fromLocalFile(mPath), nullptr);
     mRecorder->willWrite = {};
     if (!started || !isNoted) {
@@ -128,6 +156,8 @@ Result<void> MovieSession::start() {
         finish(mPath, {}, {});
         return why;
     }
+    if (includesSystemSound(mSource))
+        mRouting.begin([this](bool isHeard) { mView.recordingIsHeard(isHeard); });
     mRecorder->setIsShowAudioLevel(mRecorder->hasSound());
     mDisplay = {};
     setState(State::Starting);
@@ -141,6 +171,8 @@ void MovieSession::stop() {
     if (!isRecording())
         return;
     mTimer.reset();
+    mDisplay = {};
+    mView.recordingDisplay(mDisplay);
     setState(State::Closing);
     mRecorder->stopRecording();
     if (includesSystemSound(mSource))
@@ -225,8 +257,6 @@ void MovieSession::captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const 
 void MovieSession::finish(const QString &path, const media::RecordingCounts &counts,
                           const std::optional<Failure> &failure) {
     const bool wasBegun = mState == State::Closing;
-    if (!wasBegun && includesSystemSound(mSource))
-        mRouting.end();
     const bool isThere = wasBegun && counts.bytes > 0 && QFileInfo::exists(path);
     AppSettings::setOutputFileName({});
     if (isThere) {
@@ -242,7 +272,7 @@ void MovieSession::finish(const QString &path, const media::RecordingCounts &cou
     }
     if (!mWritten.isEmpty())
         isThere || !failure ? mJournal.end(mWritten) : mJournal.giveUp(mWritten);
-    release();
+    letGo();
     if (wasBegun) {
         setState(State::Idle);
         if (failure)
@@ -251,11 +281,10 @@ void MovieSession::finish(const QString &path, const media::RecordingCounts &cou
     }
 }
 
-void MovieSession::release() {
-    if (!mRecorder)
-        return;
-    mRecorder->delegate = nullptr;
-    RecorderRelease(mRecorder);
+// The recorder stays with the kit: a camera may be looked at on.
+void MovieSession::letGo() {
+    if (mRecorder)
+        mRecorder->delegate = nullptr;
     mRecorder = nullptr;
 }
 

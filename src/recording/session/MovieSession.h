@@ -10,6 +10,7 @@
 
 #include <QObject>
 #include <QRect>
+#include <QRectF>
 #include <QString>
 
 #include <cstdint>
@@ -20,6 +21,8 @@
 namespace cantorel {
 
 class RecordedList;
+class VideoPreviewLayer;
+class ZQCameraRecorder;
 class RecordingJournal;
 
 // What a movie is to show. None: sound alone is recorded. It is remembered as long as the program runs and no longer,
@@ -48,6 +51,8 @@ public:
     // The displays and cameras that there are now.
     std::vector<media::Display> displays() const;
     std::vector<media::Camera> cameras() const;
+    // What the camera of the wish sees, for as long as it is held; null without one. frame: in pixels.
+    std::shared_ptr<VideoPreviewLayer> preview(const QRectF &frame);
     bool isWanted() const { return mWish.picture != MovieWish::Picture::None; }
 
     // A failure is one sentence, empty if the person has changed their mind, and changes nothing.
@@ -77,12 +82,13 @@ private:
     void captureUpdateAudioLevel(ZQAVRecorder &, float level) override;
 
     MovieRecorder *recorder();
+    ZQCameraRecorder *camera();
     std::vector<media::CaptureDevice> devices() const;
     void setState(State state);
     void display();
     void finish(const QString &path, const media::RecordingCounts &counts,
                 const std::optional<foundation::Failure> &failure);
-    void release();
+    void letGo();
 
     RecordingSessionView &mView;
     RecordedList &mList;

@@ -4,6 +4,7 @@
 #include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/media/RecordingRepair.h"
+#include "platform/media/UnfinishedName.h"
 #include "platform/media/asset/OpenAsset.h"
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
@@ -109,17 +110,23 @@ std::optional<Recovered> wholeSound(const QString &file) {
 
 Recovered repaired(const QFileInfo &info) {
     const QString file = info.filePath();
-    const auto repaired = media::repairUnfinished(file, file);
+    // A movie has grown under a hidden name; the one that it was to get may be another file's by now.
+    const QString named = media::finishedName(file);
+    const QString target = named.isEmpty() ? file : ToolString::renameFromFilePath(named, 0);
+    const auto repaired = media::repairUnfinished(file, target);
     if (repaired) {
-        Log(QStringLiteral("recovered an unfinished recording : %1").arg(file));
-        return Recovered{file, file, repaired.value().durationSeconds, {}};
+        Log(QStringLiteral("recovered an unfinished recording : %1").arg(target));
+        if (target != file)
+            (void)QFile::remove(file); // it stays hidden at worst
+        return Recovered{file, target, repaired.value().durationSeconds, {}};
     }
     Log(QStringLiteral("could not recover %1 : %2").arg(file, repaired.failure().detail));
     Recovered failed{file, file, 0, repaired.failure().sentence};
     if (media::unfinishedSound(file) == media::UnfinishedSound::Whole)
         return failed; // What was in the way, a full disk for one, may be gone by the next start.
+    const QFileInfo shown(named.isEmpty() ? file : named);
     const QString kept = ToolString::renameFromFilePath(
-        info.path() + QLatin1Char('/') + info.completeBaseName() + QStringLiteral(" (unfinished).m4a"), 0);
+        QStringLiteral("%1/%2 (unfinished).%3").arg(info.path(), shown.completeBaseName(), shown.suffix()), 0);
     if (QFile::rename(file, kept))
         failed.file = kept;
     return failed;

@@ -29,7 +29,9 @@ constexpr foundation::SentenceKey kOvertaken("Overtaken");
 const QString kOldAggregateKey =
     QStringLiteral("OldAggregateSubDeivceUIDs"); // Spelling is fixed: stored settings use it.
 
-std::optional<Failure> deviceTrouble(RecordingSource source) {
+} // namespace
+
+std::optional<Failure> recordingDeviceTrouble(RecordingSource source) {
     if (const auto reached = hal::HardwareSystem::reach(); !reached)
         return Failure{kNoServer(), reached.failure().detail};
     // What is remembered of the real devices follows the person's choice up to now. Without a virtual device system
@@ -50,8 +52,6 @@ std::optional<Failure> deviceTrouble(RecordingSource source) {
     return {};
 }
 
-} // namespace
-
 std::optional<Failure> recordingFolderTrouble(const QString &folder) {
     QTemporaryFile probe(folder + QStringLiteral("/.cantorel-XXXXXX")); // Rights alone do not tell.
     if (!QDir().mkpath(folder) || !probe.open())
@@ -67,7 +67,7 @@ Result<void> StartConditions::check(RecordingSource source) {
         return Failure{kAnotherRecorder(), QStringLiteral("the recorder lock is held")};
     if (const auto trouble = recordingFolderTrouble(AppSettings::outputPath()))
         return *trouble;
-    const auto trouble = deviceTrouble(source);
+    const auto trouble = recordingDeviceTrouble(source);
     mLackedDevice = trouble.has_value();
     return trouble ? Result<void>(*trouble) : Result<void>();
 }

@@ -14,6 +14,8 @@ class RecordingSessionView;
 
 // Why nothing can be recorded to the folder, which is made where it is missing; nothing if it can.
 std::optional<foundation::Failure> recordingFolderTrouble(const QString &folder);
+// The same for the devices of a source, which are made ready; for both, they are joined.
+std::optional<foundation::Failure> recordingDeviceTrouble(RecordingSource source);
 
 // What must hold before a recording begins: this process is the recorder, the output folder has room, the source's
 // devices are there, and the file has a name. Owned by RecordingSession; main thread.

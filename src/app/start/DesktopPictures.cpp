@@ -1,0 +1,78 @@
+#include "app/start/DesktopPictures.h"
+
+#include "platform/media/movie/MovieFailures.h"
+#include "platform/media/movie/ScreenModule.h"
+#include "platform/media/movie/camera/CameraSources.h"
+#include "platform/media/movie/portal/PortalScreenSource.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsTable.h"
+
+namespace cantorel {
+
+namespace {
+
+// Under Wayland an X server would show the windows of X programs alone.
+bool isWayland() { return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"); }
+
+std::unique_ptr<media::PictureSource> sharedScreen(bool showsCursor) {
+    const QString key = QString::fromLatin1(setting::kScreenShareToken);
+    media::PortalScreenSource::Options options;
+    options.showsCursor = showsCursor;
+    options.restoreToken = [key] { return AppSettings::getFromUserDefaults_String(key, {}); };
+    options.keepRestoreToken = [key](const QString &token) {
+        AppSettings::saveToUserDefaultsForKeyObjectValue(key, token);
+    };
+    return std::make_unique<media::PortalScreenSource>([] { return QDBusConnection::sessionBus(); },
+                                                       std::move(options));
+}
+
+class DesktopPictures : public media::PictureSources {
+public:
+    foundation::Result<std::vector<media::Display>> displays() override {
+        if (isWayland()) // The person chooses, when the desktop asks.
+            return std::vector<media::Display>{{1, QStringLiteral("Wayland"), {}, 1}};
+        auto *const screens = found();
+        return screens ? screens->displays() : media::failures::noDisplay(mMissing);
+    }
+    foundation::Result<std::unique_ptr<media::PictureSource>>
+    openDisplay(const media::DisplayRequest &request) override {
+        if (isWayland() && request.region)
+            return media::failures::regionOutside(QStringLiteral("the desktop shares what the person chooses"));
+        if (isWayland())
+            return sharedScreen(request.showsCursor);
+        auto *const screens = found();
+        if (!screens)
+            return media::failures::noDisplay(mMissing);
+        return screens->openDisplay(request);
+    }
+
+    std::vector<media::Camera> cameras() override { return mCameras.cameras(); }
+    foundation::Result<std::unique_ptr<media::PictureSource>> openCamera(const QString &uniqueID,
+                                                                         media::CameraQuality quality) override {
+        return mCameras.openCamera(uniqueID, quality);
+    }
+
+private:
+    media::PictureSources *found() {
+        if (!mScreens && qEnvironmentVariableIsEmpty("DISPLAY")) {
+            mMissing = QStringLiteral("DISPLAY is not set");
+        } else if (!mScreens) {
+            auto loaded = media::loadX11Screens();
+            if (loaded)
+                mScreens = std::move(loaded).value();
+            else
+                mMissing = loaded.failure().detail;
+        }
+        return mScreens.get();
+    }
+
+    media::CameraSources mCameras;
+    std::unique_ptr<media::PictureSources> mScreens;
+    QString mMissing; // why there are none
+};
+
+} // namespace
+
+std::unique_ptr<media::PictureSources> desktopPictures() { return std::make_unique<DesktopPictures>(); }
+
+} // namespace cantorel

@@ -1,0 +1,287 @@
+// A real X server and a real sound server, recorded to a movie that ffmpeg decodes.
+
+#include "app/start/DesktopPictures.h"
+#include "capture/ZQAVRecorderKit.h"
+#include "platform/hal/AudioHardware.h"
+#include "platform/hal/HardwareSystem.h"
+#include "platform/hal/pipewire/PipeWireBackend.h"
+#include "platform/media/RecordingRepair.h"
+#include "tests/support/LoopbackNames.h"
+#include "tests/support/Movie.h"
+#include "tests/support/OrdinaryFile.h"
+#include "tests/support/PrivateDisplay.h"
+#include "tests/support/PrivateWorld.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <thread>
+#include <tuple>
+
+namespace cantorel {
+namespace {
+
+using test::eventually;
+
+// Paints rectangles on the root of a display.
+class Painter {
+public:
+    explicit Painter(const test::PrivateDisplay &display)
+        : mConnection(xcb_connect(display.name().toLocal8Bit().constData(), nullptr)),
+          mRoot(display.root()),
+          mContext(xcb_generate_id(mConnection)) {
+        xcb_create_gc(mConnection, mContext, mRoot, 0, nullptr);
+    }
+    ~Painter() { xcb_disconnect(mConnection); }
+    void paint(std::uint32_t colour, const xcb_rectangle_t &where) const {
+        xcb_change_gc(mConnection, mContext, XCB_GC_FOREGROUND, &colour);
+        xcb_poly_fill_rectangle(mConnection, mRoot, mContext, 1, &where);
+        xcb_flush(mConnection);
+    }
+
+private:
+    xcb_connection_t *const mConnection;
+    const xcb_window_t mRoot;
+    const xcb_gcontext_t mContext;
+};
+
+// Flashes on a display, and clicks in an output at the same moments.
+class FlashAndClick : public Painter {
+public:
+    explicit FlashAndClick(const test::PrivateDisplay &display) : Painter(display) {
+        paint(0, {0, 0, 640, 480});
+        const AudioObjectPropertyAddress address = {kAudioHardwarePropertyDefaultOutputDevice,
+                                                    kAudioObjectPropertyScopeGlobal, 0};
+        std::uint32_t size = sizeof mOutput;
+        AudioObjectGetPropertyData(kAudioObjectSystemObject, &address, 0, nullptr, &size, &mOutput);
+        EXPECT_EQ(AudioDeviceCreateIOProcID(mOutput, &play, this, &mProc), kAudioHardwareNoError);
+        EXPECT_EQ(AudioDeviceStart(mOutput, mProc), kAudioHardwareNoError);
+    }
+    ~FlashAndClick() {
+        AudioDeviceStop(mOutput, mProc);
+        AudioDeviceDestroyIOProcID(mOutput, mProc);
+    }
+    // Both, a little later, and dark again after that; returns then.
+    void strike() {
+        const auto at = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
+        mClickAt = std::chrono::nanoseconds(at.time_since_epoch()).count();
+        std::this_thread::sleep_until(at);
+        paint(0xFFFFFF, {0, 0, 640, 480});
+        std::this_thread::sleep_until(at + std::chrono::milliseconds(250));
+        paint(0, {0, 0, 640, 480});
+        std::this_thread::sleep_until(at + std::chrono::milliseconds(400));
+    }
+
+private:
+    static OSStatus play(AudioObjectID, const AudioTimeStamp *, const AudioBufferList *, const AudioTimeStamp *,
+                         AudioBufferList *output, const AudioTimeStamp *outputTime, void *data) noexcept {
+        auto &self = *static_cast<FlashAndClick *>(data);
+        auto *samples = static_cast<float *>(output->mBuffers[0].mData);
+        const auto channels = output->mBuffers[0].mNumberChannels;
+        const std::size_t frames = output->mBuffers[0].mDataByteSize / sizeof(float) / channels;
+        for (std::size_t i = 0; i < frames; ++i) {
+            const auto now = static_cast<std::int64_t>(outputTime->mHostTime + i * 1'000'000'000 / 48000);
+            const std::int64_t since = now - self.mClickAt;
+            const bool sounds = since >= 0 && since < 20'000'000;
+            for (std::size_t channel = 0; channel < channels; ++channel)
+                samples[i * channels + channel] = sounds ? (i / 24 % 2 ? 0.8f : -0.8f) : 0.0f;
+        }
+        return kAudioHardwareNoError;
+    }
+
+    AudioObjectID mOutput = kAudioObjectUnknown;
+    AudioDeviceIOProcID mProc = nullptr;
+    std::atomic<std::int64_t> mClickAt{0};
+};
+
+struct ScreenRecorderTest : testing::Test {
+    struct Listener : QObject, ZQAVRecorderDelegate {
+        void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &) override { ++started; }
+        void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &, const media::RecordingCounts &told,
+                                                    const std::optional<foundation::Failure> &why) override {
+            counts = told;
+            failure = why;
+            ++ended;
+        }
+        void AVRecorderDidFinishRecorderWithOutputFilePath(ZQAVRecorder &, const QString &) override { ++files; }
+        int started = 0, ended = 0, files = 0;
+        media::RecordingCounts counts;
+        std::optional<foundation::Failure> failure;
+    };
+
+    void SetUp() override {
+        ASSERT_TRUE(display.ready());
+        qputenv("DISPLAY", display.name().toLocal8Bit());
+        recorder = ZQScreenRecorder::init();
+        recorder->delegate = &listener;
+        recorder->setShowsCursor(false);
+    }
+    void hear() {
+        world = std::make_unique<test::PrivateWorld>();
+        ASSERT_TRUE(world->ready());
+        auto backend = hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames);
+        ASSERT_TRUE(backend);
+        system = std::make_unique<hal::HardwareSystem>(std::move(backend).value(), QDir::homePath());
+        const auto heard = media::captureDeviceWithUniqueID(QLatin1String(hal::kOutputMonitorUid));
+        ASSERT_TRUE(heard);
+        recorder->setCaptureAudioDevices({*heard});
+    }
+    void start() {
+        ASSERT_TRUE(recorder->startRecording(QUrl::fromLocalFile(file)));
+        ASSERT_TRUE(eventually([&] { return listener.started == 1; }));
+    }
+    void stop() {
+        recorder->stopRecording();
+        ASSERT_TRUE(eventually([&] { return listener.ended == 1; }));
+    }
+    static void pass(double seconds) {
+        const QDeadlineTimer passed(static_cast<qint64>(seconds * 1000));
+        (void)eventually([&] { return passed.hasExpired(); });
+    }
+
+    const test::PrivateDisplay display{"640x480x24"};
+    std::unique_ptr<test::PrivateWorld> world;
+    std::unique_ptr<hal::HardwareSystem> system;
+    const media::InstalledPictureSources pictures{desktopPictures()};
+    Listener listener;
+    std::unique_ptr<ZQScreenRecorder> recorder;
+    const QString file = QDir::homePath() + "/movie.mp4";
+};
+
+} // namespace
+
+TEST_F(ScreenRecorderTest, FlashAndClickStayTogetherAcrossAPauseThatLeavesNoGap) {
+    hear();
+    FlashAndClick both(display);
+    start();
+    const auto begin = std::chrono::steady_clock::now();
+    pass(0.3);
+    both.strike();
+    both.strike();
+    recorder->pauseRecording();
+    EXPECT_TRUE(recorder->isPaused());
+    const auto paused = std::chrono::steady_clock::now();
+    both.strike(); // not in the movie
+    pass(1.5);
+    const auto resumed = std::chrono::steady_clock::now();
+    recorder->resumeRecording();
+    pass(0.3);
+    both.strike();
+    both.strike();
+    const auto end = std::chrono::steady_clock::now();
+    stop();
+    EXPECT_FALSE(listener.failure) << listener.failure->detail.toStdString();
+    EXPECT_EQ(listener.files, 1);
+    EXPECT_EQ(listener.counts.droppedPictures, 0);
+
+    const auto flashes = test::flashesOf(test::picturesOf(file));
+    const auto clicks = test::clicksOf(file);
+    ASSERT_EQ(flashes.size(), 4u);
+    ASSERT_EQ(clicks.size(), 4u);
+    for (std::size_t i = 0; i < flashes.size(); ++i)
+        EXPECT_NEAR(flashes[i], clicks[i], 1.0 / 30) << "strike " << i;
+    const double wall = std::chrono::duration<double>((end - begin) - (resumed - paused)).count();
+    EXPECT_NEAR(listener.counts.seconds(), wall, 0.2);
+    for (const char *stream : {"v", "a"})
+        EXPECT_NEAR(test::factOf(file, stream, "stream=duration").toDouble(), listener.counts.seconds(), 0.05)
+            << stream;
+    EXPECT_EQ(test::factOf(file, "a", "stream=codec_name,sample_rate,channels"), "aac,48000,2");
+    EXPECT_EQ(test::factOf(file, "v", "stream=codec_name,width,height"), "h264,640,480");
+}
+
+// The upper right quarter is light, and what is recorded is an odd part that reaches into it.
+TEST_F(ScreenRecorderTest, APartOfTheScreenIsRecordedInItsEvenSizeWithoutSound) {
+    Painter painter(display);
+    painter.paint(0, {0, 0, 640, 480});
+    painter.paint(0xFFFFFF, {320, 0, 320, 240});
+    recorder->setRecordRect({300, 100, 201, 121});
+    start();
+    pass(1.3); // nothing moves
+    stop();
+    EXPECT_FALSE(listener.failure);
+    EXPECT_EQ(recorder->movieSize(), (media::PictureSize{200, 120}));
+    EXPECT_EQ(test::factOf(file, "v", "stream=width,height"), "200,120");
+    EXPECT_EQ(test::factOf(file, "a", "stream=codec_name"), "");
+    EXPECT_EQ(recorder->coder(), "libx264");
+    for (const auto &[part, grey] : {std::pair("16:120:0:0", 0), std::pair("160:120:30:0", 255)})
+        for (const test::ShownPicture &picture : test::picturesOf(file, part))
+            EXPECT_NEAR(picture.grey, grey, 3) << part;
+    const auto shown = test::picturesOf(file);
+    EXPECT_LE(shown.size(), 3u) << "what stands still is not read, but repeated once a second";
+    EXPECT_GE(shown.size(), 2u);
+    EXPECT_NEAR(test::factOf(file, "v", "stream=duration").toDouble(), 1.3, 0.25);
+}
+
+// What is shown as often as it changes, but no more often than was asked for.
+TEST_F(ScreenRecorderTest, PicturesComeAtThePaceThatWasAskedForAndThePointerIsInThem) {
+    Painter painter(display);
+    painter.paint(0, {0, 0, 640, 480});
+    recorder->setShowsCursor(true);
+    recorder->setMaximumScreenInputFramerate(20);
+    start();
+    const QDeadlineTimer passed(2000);
+    for (std::int16_t x = 0; !passed.hasExpired(); x = static_cast<std::int16_t>((x + 1) % 100)) {
+        painter.paint(0xFFFFFF, {x, 400, 20, 20});
+        xcb_warp_pointer(display.connection(), XCB_NONE, display.root(), 0, 0, 0, 0,
+                         static_cast<std::int16_t>(300 + x / 2), 200);
+        display.sync();
+        (void)eventually([] { return false; }, 4);
+        painter.paint(0, {x, 400, 20, 20});
+    }
+    stop();
+    const auto shown = test::picturesOf(file, "120:60:290:180");
+    EXPECT_NEAR(static_cast<double>(shown.size()), 2 * 20, 8);
+    const auto pointers = std::count_if(shown.begin(), shown.end(), [](const auto &one) { return one.grey > 0; });
+    EXPECT_GT(pointers, 20) << "the server's own pointer is white";
+}
+
+TEST_F(ScreenRecorderTest, WhatCannotBeRecordedIsRefusedInASentence) {
+    const QRect outside(600, 400, 200, 200), tiny(10, 10, 8, 8);
+    for (const auto &[region, id, key] :
+         {std::tuple(outside, 0u, "RegionOutside"), {tiny, 0u, "MovieSize"}, {QRect(), 4711u, "DisplayMissing"}}) {
+        recorder->setScreenDisplayId(id);
+        recorder->setRecordRect(region);
+        EXPECT_FALSE(recorder->startRecording(QUrl::fromLocalFile(file)));
+        EXPECT_EQ(recorder->failure()->sentence.key(), key);
+    }
+    qputenv("DISPLAY", ":4711");
+    recorder->setScreenDisplayId(0);
+    EXPECT_FALSE(recorder->startRecording(QUrl::fromLocalFile(file)));
+    EXPECT_EQ(recorder->failure()->sentence.key(), "NoDisplay");
+    EXPECT_TRUE(QDir::home().entryList({"*movie*"}, QDir::Files | QDir::Hidden).isEmpty());
+}
+
+TEST_F(ScreenRecorderTest, AServerThatGoesEndsTheMovieAndWhatWasSeenIsKept) {
+    start();
+    pass(1.2);
+    const_cast<test::PrivateDisplay &>(display).kill();
+    ASSERT_TRUE(eventually([&] { return listener.ended == 1; }));
+    ASSERT_TRUE(listener.failure);
+    EXPECT_EQ(listener.failure->sentence.key(), "DisplayGone");
+    EXPECT_FALSE(recorder->isRecording());
+    EXPECT_GE(test::picturesOf(file).size(), 2u);
+}
+
+// An old file stays until the new one is whole; the new one is nothing until then.
+TEST_F(ScreenRecorderTest, AnotherFileOfTheNameIsReplacedAtTheEndOnly) {
+    test::store(file, "old");
+    QString hidden;
+    recorder->willWrite = [&](const QString &written) { hidden = written; };
+    start();
+    pass(0.3);
+    EXPECT_EQ(test::contents(file), "old");
+    EXPECT_TRUE(media::isUnfinished(hidden));
+    EXPECT_GT(recorder->recordedFileSize(), 0);
+    stop();
+    EXPECT_FALSE(QFileInfo::exists(hidden));
+    EXPECT_GE(test::picturesOf(file).size(), 1u);
+}
+
+} // namespace cantorel
