@@ -2,6 +2,7 @@
 
 #include "app/start/AppDelegate.h"
 #include "app/start/CommonUtils.h"
+#include "app/start/DesktopPictures.h"
 #include "app/start/DesktopServices.h"
 #include "app/start/EntryPoint.h"
 #include "app/start/Hardware.h"
@@ -220,6 +221,7 @@ int main(int argc, char **argv) {
     AppSettings::initSettingInNeed();
     Lang::useLanguage(AppSettings::appLanguage());
     const desktop::InstalledServices services(desktopServices());
+    const media::InstalledPictureSources pictures(desktopPictures());
     const ui::Look look(desktop::InstalledServices::current().appearance.get());
     const QStringList arguments = QApplication::arguments();
     const auto backend =

@@ -21,8 +21,7 @@ constexpr float kVeil = 0.5F;          // over what is not recorded
 
 } // namespace
 
-AreaPicker::AreaPicker(QScreen &screen, const QRect &frame, const QRect &area,
-                       std::function<void(const QRect &)> taken)
+AreaPicker::AreaPicker(QScreen &screen, const QRect &frame, const QRect &area, std::function<void(const QRect &)> taken)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
       mPicture(screen.grabWindow(0)),
       mFrame(frame),

@@ -66,7 +66,9 @@ void CameraPreview::paintEvent(QPaintEvent *) {
     if (picture) {
         const QImage image(picture->pixels.data(), picture->size.width, picture->size.height, picture->stride,
                            QImage::Format_RGB32);
-        painter.drawImage(QRectF(rect()), image, VideoPreviewLayer::aspectFill(image.size(), size()));
+        // What lies beside the colours is not set.
+        painter.drawImage(QRectF(rect()), image.convertToFormat(QImage::Format_RGB888),
+                          VideoPreviewLayer::aspectFill(image.size(), size()));
     } else if (mLayer && mLayer->failure()) {
         painter.setPen(Tokens::dark().text);
         painter.setFont(Look::font(*this, text_size::kLabel));

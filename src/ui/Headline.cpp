@@ -108,7 +108,7 @@ bool Headline::isMovie() const {
 QString Headline::readyText() const {
     if (isMovie())
         return mRecorder.movies()->wish().picture == MovieWish::Picture::Camera ? Lang::windowReadyCamera()
-                                                                               : Lang::windowReadyScreen();
+                                                                                : Lang::windowReadyScreen();
     return kReady[qBound(0, AppSettings::getAudioType(), int(std::size(kReady)) - 1)]();
 }
 
@@ -190,11 +190,13 @@ void Headline::showFile() {
     const QString folder = QDir(AppSettings::outputPath()).dirName();
     mFolder->setText({});
     const int taken = (isNamed ? mFile : static_cast<QWidget *>(mName))->minimumSizeHint().width()
-                      + qMin((isMovie() ? mMovie : static_cast<QWidget *>(mFormat))->sizeHint().width(), mRoom / 2) + mFolder->sizeHint().width() + 3 * measure::kGap;
+                      + qMin((isMovie() ? mMovie : static_cast<QWidget *>(mFormat))->sizeHint().width(), mRoom / 2)
+                      + mFolder->sizeHint().width() + 3 * measure::kGap;
     mFolder->setText(
         mFolder->fontMetrics().elidedText(folder, Qt::ElideMiddle, qMin(qMin(width(), mRoom) / 4, mRoom - taken)));
     QString details = Lang::windowFormatInFolder()
-                          .replace(QLatin1String("[#Format#]"), isMovie() ? QStringLiteral("MP4") : mFormat->currentText().simplified())
+                          .replace(QLatin1String("[#Format#]"),
+                                   isMovie() ? QStringLiteral("MP4") : mFormat->currentText().simplified())
                           .replace(QLatin1String("[#Folder#]"), folder);
     const bool skipsSilence = AppSettings::isAutoSkipSilence() && !isMovie();
     if (skipsSilence)

@@ -17,7 +17,6 @@
 #include "ui/Strip.h"
 #include "ui/look/Look.h"
 
-#include <QUrl>
 #include <QAction>
 #include <QBoxLayout>
 #include <QDateTime>
@@ -34,6 +33,7 @@
 #include <QShortcut>
 #include <QStackedLayout>
 #include <QToolButton>
+#include <QUrl>
 
 #include <algorithm>
 #include <utility>

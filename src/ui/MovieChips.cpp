@@ -31,7 +31,11 @@ bool isSame(const MovieWish &one, const MovieWish &other) {
 } // namespace
 
 MovieChips::MovieChips(MovieSession &movies, QWidget *parent)
-    : QWidget(parent), mMovies(movies), mPicture(new QComboBox(this)), mRate(new QComboBox(this)), mFormat(new QLabel(this)) {
+    : QWidget(parent),
+      mMovies(movies),
+      mPicture(new QComboBox(this)),
+      mRate(new QComboBox(this)),
+      mFormat(new QLabel(this)) {
     mPicture->setObjectName(QStringLiteral("moviePicture"));
     mPicture->setMinimumWidth(Look::scaled(*this, kLeastPicture)); // It names less where there is no room.
     mRate->setObjectName(QStringLiteral("movieRate"));
@@ -80,7 +84,10 @@ void MovieChips::pickArea() {
     new AreaPicker(*screen, frame, mMovies.wish().area, std::move(taken)); // It deletes itself.
 }
 
+// Nobody is asked for displays and cameras before they are wanted.
 void MovieChips::showChoices() {
+    if (!mMovies.isWanted())
+        return;
     const MovieWish now = mMovies.wish();
     const auto displays = mMovies.displays();
     QStringList texts;
@@ -106,13 +113,15 @@ void MovieChips::showChoices() {
                                           : Lang::windowAreaOfScreen());
     for (const media::Camera &camera : mMovies.cameras())
         add(MovieWish::Picture::Camera, camera.localizedName, 0, camera.uniqueID);
-    const auto found = std::find_if(mWishes.begin(), mWishes.end(), [&](const MovieWish &wish) { return isSame(wish, now); });
+    const auto found =
+        std::find_if(mWishes.begin(), mWishes.end(), [&](const MovieWish &wish) { return isSame(wish, now); });
     const QSignalBlocker untold(mPicture);
     mPicture->clear();
     mPicture->addItems(texts);
     mPicture->setCurrentIndex(found == mWishes.end() ? -1 : static_cast<int>(found - mWishes.begin()));
     const QSignalBlocker rate(mRate);
-    mRate->setCurrentIndex(static_cast<int>(ZQAVRecorderKit::FPSList().indexOf(QString::number(now.picturesPerSecond))));
+    mRate->setCurrentIndex(
+        static_cast<int>(ZQAVRecorderKit::FPSList().indexOf(QString::number(now.picturesPerSecond))));
 }
 
 void MovieChips::showTexts() {

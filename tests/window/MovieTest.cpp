@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace cantorel {
@@ -29,7 +30,8 @@ public:
             return PictureSources::displays();
         return std::vector<media::Display>{{7, "Test display", QRect(0, 0, 320, 240), 1}};
     }
-    foundation::Result<std::unique_ptr<media::PictureSource>> openDisplay(const media::DisplayRequest &request) override {
+    foundation::Result<std::unique_ptr<media::PictureSource>>
+    openDisplay(const media::DisplayRequest &request) override {
         if (!mAsked.hasDisplay)
             return PictureSources::openDisplay(request);
         mAsked.requests.push_back(request);
@@ -40,29 +42,51 @@ public:
     std::vector<media::Camera> cameras() override {
         return mAsked.hasCamera ? std::vector<media::Camera>{{"usb-1", "Test camera"}} : std::vector<media::Camera>();
     }
-    foundation::Result<std::unique_ptr<media::PictureSource>> openCamera(const QString &, media::CameraQuality) override {
-        return std::unique_ptr<media::PictureSource>(std::make_unique<Still>(PictureSize{320, 180}));
+    foundation::Result<std::unique_ptr<media::PictureSource>> openCamera(const QString &,
+                                                                         media::CameraQuality) override {
+        return std::unique_ptr<media::PictureSource>(std::make_unique<Camera>(PictureSize{320, 180}));
     }
 
 private:
+    // A grey picture at the moment of the world's clock.
+    static void show(PictureSize size, media::PictureSink &sink) {
+        const std::vector<std::uint8_t> grey(static_cast<std::size_t>(size.width * size.height) * 4, 90);
+        media::Picture picture;
+        picture.size = size;
+        picture.planes = {grey.data(), nullptr, nullptr};
+        picture.strides = {4 * size.width, 0, 0};
+        picture.hostTime = static_cast<std::uint64_t>(hal::HardwareSystem::clock().now().count());
+        sink.takePicture(picture);
+    }
     class Still : public media::PictureSource {
     public:
         explicit Still(PictureSize size) : mSize(size) {}
         PictureSize size() const override { return mSize; }
         foundation::Result<void> start(media::PictureSink &sink, int) override {
-            const std::vector<std::uint8_t> grey(static_cast<std::size_t>(mSize.width * mSize.height) * 4, 90);
-            media::Picture picture;
-            picture.size = mSize;
-            picture.planes = {grey.data(), nullptr, nullptr};
-            picture.strides = {4 * mSize.width, 0, 0};
-            picture.hostTime = static_cast<std::uint64_t>(hal::HardwareSystem::clock().now().count());
-            sink.takePicture(picture);
+            show(mSize, sink);
             return {};
         }
         void stop() override {}
 
-    private:
+    protected:
         const PictureSize mSize;
+    };
+    // Shows it again and again, on a thread of its own.
+    class Camera : public Still {
+    public:
+        using Still::Still;
+        ~Camera() override { stop(); }
+        foundation::Result<void> start(media::PictureSink &sink, int) override {
+            mThread = std::jthread([this, &sink](const std::stop_token &stopped) {
+                for (; !stopped.stop_requested(); std::this_thread::sleep_for(std::chrono::milliseconds(5)))
+                    show(mSize, sink);
+            });
+            return {};
+        }
+        void stop() override { mThread = {}; }
+
+    private:
+        std::jthread mThread;
     };
     Asked &mAsked;
 };
@@ -123,13 +147,15 @@ TEST_F(Movie, AScreenIsRecordedWithItsSoundPausedAndListedAndNothingIsConverted)
     EXPECT_FALSE(asked.requests.front().region);
     photograph(window, "movie-result");
     window.findChild<QPushButton *>("playResult")->click();
-    EXPECT_TRUE(passUntil([&] { return record()->calls().join('\n').contains("Track1.mp4"); })) << "in a player of pictures";
+    EXPECT_TRUE(passUntil([&] { return record()->calls().join('\n').contains("Track1.mp4"); }))
+        << "in a player of pictures";
     EXPECT_TRUE(find<QToolButton>("screenToggle")->isChecked());
     click("screenToggle");
     recordByButton();
     click("record");
-    EXPECT_TRUE(passUntil([&] { return list.items().size() == 2 && list.items().back()->getFileName().endsWith("Track2.mp3"); }))
-        << "sound alone again";
+    EXPECT_TRUE(passUntil([&] {
+        return list.items().size() == 2 && list.items().back()->getFileName().endsWith("Track2.mp3");
+    })) << "sound alone again";
 }
 
 TEST_F(Movie, AnAreaIsDrawnMovedByKeysAndLeft) {
@@ -192,7 +218,8 @@ TEST_F(Movie, ACameraIsSeenInTheStageBeforeAndWhileItIsRecorded) {
     EXPECT_EQ(find<QLabel>("state")->text(), Lang::windowReadyCamera());
     auto &preview = *find<QWidget>("cameraPreview");
     const auto isSeen = [&] {
-        return passUntil([&] { return preview.isVisible() && qAbs(preview.grab().toImage().pixelColor(40, 40).red() - 90) < 6; });
+        return passUntil(
+            [&] { return preview.isVisible() && qAbs(preview.grab().toImage().pixelColor(40, 40).red() - 90) < 6; });
     };
     EXPECT_TRUE(isSeen());
     click("record");

@@ -36,7 +36,7 @@ constexpr foundation::SentenceKey kDroppedPictures("DroppedPictures", "Count");
 constexpr foundation::SentenceKey kStateFolder("StateFolder");
 
 constexpr auto kDisplayInterval = 500ms;
-constexpr double kTellingSeconds = 10;      // before, a movie does not tell its own rate
+constexpr double kTellingSeconds = 10;       // before, a movie does not tell its own rate
 constexpr double kUsualBytesPerSecond = 1e6; // of pictures at 8,000,000 bits a second
 
 std::optional<qint64> secondsLeft(const QString &folder, double seconds, qint64 bytes) {

@@ -62,7 +62,9 @@ public:
     void onPause();
 
     // From the start up to the stop.
-    bool isRecording() const { return mState == State::Starting || mState == State::Writing || mState == State::Paused; }
+    bool isRecording() const {
+        return mState == State::Starting || mState == State::Writing || mState == State::Paused;
+    }
     bool isSettled() const { return mState == State::Idle; }
     RecorderState state() const;
     // Of the movie under way, up to now.
