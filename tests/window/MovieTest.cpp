@@ -104,7 +104,7 @@ public:
         return calls;
     }
     bool isState(RecorderState state) {
-        return passUntil([&] { return panel.state() == state; });
+        return passUntil([&] { return panel.state() == state; }, 30'000); // what is coded stands back for others
     }
 
     StillPictures::Asked asked;
