@@ -23,30 +23,23 @@ struct Arguments {
     std::string server;
 };
 
-// The next free name beside the file; its own where the folder takes no other.
-QString renamed(const QString &file, const QString &base) {
-    const QFileInfo info(file);
-    const QString suffix = info.suffix().isEmpty() ? QString() : QLatin1Char('.') + info.suffix();
-    for (int n = 0; n < 100; ++n) {
-        const QString name = n == 0 ? base : QStringLiteral("%1(%2)").arg(base).arg(n);
-        const Outcome moved = renameInList(file, name);
-        const QString path = info.path() + QLatin1Char('/') + name + suffix;
-        if (moved.status == 0)
-            return path;
-        if (!QFileInfo::exists(path))
-            break;
+// As the options have them. The first time says what is sent.
+RecognitionServices services(const Arguments &arguments) {
+    auto services = arguments.server.empty() ? RecognitionServices::fromSettings()
+                                             : RecognitionServices::at(QString::fromStdString(arguments.server));
+    if (services.hasAccess() && !services.isAgreed) {
+        foundation::printToConsole(Lang::windowIdentifySends() + QLatin1Char('\n'));
+        AppSettings::setRecognitionAgreed(true);
+        services.isAgreed = true;
     }
-    return file;
+    return services;
 }
 
 // What went wrong; empty where it was recognised or is just not known.
 QString identify(const CommandSession &session, const Arguments &arguments, const QString &file) {
     if (!QFileInfo(file).isFile())
         return QStringLiteral("There is no file \"%1\".").arg(file);
-    CommAudioIdentify recogniser(AppSettings::TessolarConverterPath(),
-                                 arguments.server.empty()
-                                     ? RecognitionServices::fromSettings()
-                                     : RecognitionServices::at(QString::fromStdString(arguments.server)));
+    CommAudioIdentify recogniser(AppSettings::TessolarConverterPath(), services(arguments));
     const auto music = recogniser.Start(file, true);
     if (!music) {
         session.answer({{QStringLiteral("file"), file}, {QStringLiteral("result"), QJsonValue()}},
@@ -57,7 +50,9 @@ QString identify(const CommandSession &session, const Arguments &arguments, cons
         return recogniser.trouble().isEmpty() ? QString() : Lang::english(recogniser.trouble());
     }
     const QString base = recognisedName(file, *music);
-    const QString now = base.isEmpty() ? file : renamed(file, base);
+    const QString now = base.isEmpty() ? file : renamedFreely(file, base, [&](const QString &name) {
+        return renameInList(file, name).status == 0;
+    });
     QString trouble;
     const auto written = writeTags({{now, recognisedTags(readTags(now).value_or(id3Tag()), *music)}});
     if (!written.failures.empty())

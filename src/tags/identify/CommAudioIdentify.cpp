@@ -87,6 +87,8 @@ Result<CommAudioIdentify::Found> CommAudioIdentify::find(const QString &filePath
     const auto fingerprint = fingerprintOf(sound.first(std::min(sound.size(), kFingerprinted)), kRate);
     if (!fingerprint)
         return fingerprint.failure();
+    if (mServices.hasAccess() && !mServices.isAgreed)
+        return Found{{}, false, true};
     const int length = std::max(1, static_cast<int>(sound.size() / kRate));
     std::vector<int> lengths{length};
     for (const int guess : kGuessedLengths)
@@ -102,9 +104,9 @@ Result<CommAudioIdentify::Found> CommAudioIdentify::find(const QString &filePath
         const bool sure = isSure(answer.value());
         const RecognitionCandidate &song = answer.value().front();
         if (song.score >= kProposed && (!best.song || song.score > best.song->score))
-            best = {song, sure};
+            best = {song, sure, false};
         if (sure)
-            return Found{song, true};
+            return Found{song, true, false};
     }
     return best;
 }
@@ -117,6 +119,7 @@ RecognisedMusic CommAudioIdentify::completed(const RecognitionCandidate &song, b
 std::optional<RecognisedMusic> CommAudioIdentify::Start(const QString &filePath, bool fetchCorverImage) {
     mProposal.reset();
     mTrouble = {};
+    mWantsAgreement = false;
     const auto found = find(filePath);
     if (!found) {
         mTrouble = found.failure().sentence;
@@ -125,7 +128,8 @@ std::optional<RecognisedMusic> CommAudioIdentify::Start(const QString &filePath,
         Log(QStringLiteral("not identified %1: %2").arg(filePath, found.failure().detail));
         return {};
     }
-    const auto &[song, sure] = found.value();
+    const auto &[song, sure, wantsAgreement] = found.value();
+    mWantsAgreement = wantsAgreement;
     if (!song)
         return {};
     RecognisedMusic music = completed(*song, fetchCorverImage);

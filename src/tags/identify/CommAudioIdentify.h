@@ -49,10 +49,13 @@ public:
     // Why the last Start() could not be answered; empty when it was, by a song or by none.
     const foundation::Sentence &trouble() const { return mTrouble; }
 
+    // The last Start() would have asked a service, which the person does not know of yet.
+    bool wantsAgreement() const { return mWantsAgreement; }
+
 private:
     struct Found {
         std::optional<RecognitionCandidate> song;
-        bool isSure = false;
+        bool isSure = false, wantsAgreement = false;
     };
     foundation::Result<Found> find(const QString &filePath) const;
     RecognisedMusic completed(const RecognitionCandidate &song, bool withCover) const;
@@ -62,6 +65,7 @@ private:
     std::stop_token mStop;
     std::optional<RecognisedMusic> mProposal;
     foundation::Sentence mTrouble;
+    bool mWantsAgreement = false;
 };
 
 } // namespace cantorel

@@ -85,6 +85,7 @@ RecognitionServices RecognitionServices::fromSettings() {
     services.musicData = AppSettings::musicDataServer();
     services.covers = AppSettings::coverServer();
     services.client = AppSettings::recognitionAccess();
+    services.isAgreed = AppSettings::isRecognitionAgreed();
     services.userAgent = QStringLiteral("%1/%2 ( com.tessolar.Cantorel )")
                              .arg(AppSettings::appName(), AppSettings::appVersion())
                              .toUtf8();
@@ -104,7 +105,7 @@ RecognitionServices RecognitionServices::at(const QString &server) {
 
 Result<std::vector<RecognitionCandidate>> RecognitionServices::candidates(const QByteArray &fingerprint, int seconds,
                                                                           const std::stop_token &stop) const {
-    if (client.isEmpty() || lookup.isEmpty())
+    if (!hasAccess())
         return Failure{QStringLiteral("There is no access to the recognition service; enter its key in the settings."),
                        QStringLiteral("no key of the look-up service")};
     QUrlQuery form;

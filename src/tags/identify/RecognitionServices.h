@@ -19,7 +19,10 @@ struct RecognitionServices {
     QString lookup, musicData, covers;
     QString client; // by which the look-up service knows the program
     QByteArray userAgent;
+    bool isAgreed = true; // The person knows what is sent; the look-up service is not asked before.
     std::chrono::milliseconds patience = std::chrono::seconds(15); // of one request
+
+    bool hasAccess() const { return !client.isEmpty() && !lookup.isEmpty(); }
 
     // As the settings have them.
     static RecognitionServices fromSettings();

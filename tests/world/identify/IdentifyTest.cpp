@@ -58,6 +58,7 @@ protected:
         QImage picture(40, 40, QImage::Format_RGB32);
         picture.fill(Qt::red);
         picture.save(&bytes, "PNG");
+        AppSettings::setRecognitionAgreed(true);
     }
     // Looks at each request as the real services do.
     Reply answer(const QByteArray &request) {
@@ -82,6 +83,7 @@ protected:
     RecognitionServices services() const {
         RecognitionServices services = RecognitionServices::at(server.url() + '/');
         services.client = "key";
+        services.isAgreed = AppSettings::isRecognitionAgreed();
         services.patience = std::chrono::seconds(3);
         return services;
     }
@@ -293,17 +295,54 @@ TEST_F(RecordingsTest, OnlyLongEnoughOnesAreIdentifiedByThemselves) {
     EXPECT_FALSE(identification.identifyFinished(add("seven.mp3", 7)));
 }
 
+TEST_F(RecordingsTest, NothingIsSentBeforeThePersonKnowsWhat) {
+    AppSettings::setRecognitionAgreed(false);
+    AppSettings::setRecognitionAccess("key");
+    RecordedAudioInfo &first = add("first.mp3"), &second = add("second.mp3");
+    int asked = 0, unknown = 0;
+    QObject::connect(&identification, &RecordingIdentification::agreementWanted, [&] { ++asked; });
+    QObject::connect(&identification, &RecordingIdentification::notIdentified, [&] { ++unknown; });
+    EXPECT_TRUE(identification.identifyFinished(first));
+    settle();
+    EXPECT_EQ(asked, 1);
+    identification.notNow();
+    EXPECT_TRUE(identification.identifyFinished(first));
+    settle();
+    EXPECT_EQ(asked, 1) << "what begins by itself asks once";
+    identify(second.getFileName());
+    EXPECT_EQ(asked, 2) << "a person is asked again";
+    EXPECT_TRUE(lengths.isEmpty());
+    identification.agree();
+    settle();
+    EXPECT_EQ(second.getFileName(), path("Song.mp3"));
+    EXPECT_EQ(first.getFileName(), path("first.mp3")) << "not now";
+
+    lookup = [](int) { return Reply::page(R"({"status":"ok","results":[]})"); };
+    EXPECT_TRUE(identification.identifyFinished(first));
+    settle();
+    EXPECT_EQ(unknown, 0) << "what begins by itself says nothing in vain";
+    EXPECT_TRUE(identification.identifyFinished(first));
+    identification.identifyID3TagsFromFile(first.getFileName());
+    settle();
+    EXPECT_EQ(unknown, 1) << "unless somebody asks for it meanwhile";
+    EXPECT_EQ(asked, 2);
+}
+
 TEST_F(IdentifyTest, TheCommandSaysWhatItFound) {
     AppSettings::setRecognitionAccess("key");
+    AppSettings::setRecognitionAgreed(false);
     const QString file = sound("Track1.mp3", 8);
+    bool saysWhatIsSent = false;
     const auto run = [&](const QStringList &files) {
         QProcess process;
         process.start(CANTOREL_CLI, QStringList{"--json", "identify", "--server", server.url()} + files);
         EXPECT_TRUE(process.waitForFinished(60000));
+        saysWhatIsSent = process.readAllStandardError().contains("fingerprint");
         return std::pair(process.exitCode(), process.readAllStandardOutput());
     };
     auto [status, said] = run({file});
     EXPECT_EQ(status, 0) << said.constData();
+    EXPECT_TRUE(saysWhatIsSent);
     EXPECT_EQ(QJsonDocument::fromJson(said).object(), (QJsonObject{{"file", file},
                                                                    {"title", "Song"},
                                                                    {"artist", "Choir"},
@@ -314,6 +353,7 @@ TEST_F(IdentifyTest, TheCommandSaysWhatItFound) {
     const QString unknown = QDir::homePath() + "/Song.mp3";
     std::tie(status, said) = run({unknown});
     EXPECT_EQ(status, 0);
+    EXPECT_FALSE(saysWhatIsSent) << "once";
     EXPECT_EQ(QJsonDocument::fromJson(said).object(), (QJsonObject{{"file", unknown}, {"result", QJsonValue()}}));
     EXPECT_EQ(run({QDir::homePath() + "/missing.mp3"}).first, 1);
 }
