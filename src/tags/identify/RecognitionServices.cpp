@@ -4,6 +4,7 @@
 #include "settings/AppSettings.h"
 #include "tags/Pictures.h"
 
+#include <QRegularExpression>
 #include <QUrl>
 #include <QUrlQuery>
 
@@ -21,7 +22,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr qint64 kLongestAnswer = 4 << 20, kLargestCover = 8 << 20; // bytes
+constexpr qint64 kLongestAnswer = 4 << 20, kLargestCover = 8 << 20, kLongestAccess = 4096; // bytes
 constexpr int kRedirects = 5;
 constexpr int kLongestWait = 30; // seconds that a service may ask for
 
@@ -151,6 +152,22 @@ QByteArray RecognitionServices::cover(const QString &release, const std::stop_to
         return answer.value().body;
     Log(QStringLiteral("no cover: %1").arg(answer ? QString::number(answer.value().status) : answer.failure().detail));
     return {};
+}
+
+void refreshRecognitionAccess(const QString &server, const std::stop_token &stop) {
+    if (server.isEmpty() || !AppSettings::recognitionAccess().isEmpty())
+        return;
+    const foundation::HttpLimits limits{30s, kLongestAccess, kRedirects};
+    const auto answer = foundation::sendHttpRequest(
+        {server + QStringLiteral("/recognition/cantorel.txt"), RecognitionServices::fromSettings().userAgent, {}},
+        limits, stop);
+    static const QRegularExpression key(QStringLiteral("^[A-Za-z0-9_-]{4,128}$"));
+    const QString access = answer ? QString::fromLatin1(answer.value().body).trimmed() : QString();
+    if (!answer || answer.value().status != 200 || !key.match(access).hasMatch())
+        return Log(QStringLiteral("no access to recognition: %1")
+                       .arg(answer ? QString::number(answer.value().status) : answer.failure().detail));
+    if (AppSettings::recognitionAccess().isEmpty()) // still
+        AppSettings::setRecognitionAccess(access);
 }
 
 } // namespace cantorel

@@ -177,6 +177,24 @@ TEST_F(IdentifyTest, EveryFailureIsNoResultAndABusyServiceIsAskedOnceMore) {
     EXPECT_TRUE(lengths.isEmpty());
 }
 
+TEST(RecognitionAccess, IsTakenFromTheMakerWhereThereIsNone) {
+    LoopbackServer::Reply reply = Reply::page("<html>sorry</html>");
+    LoopbackServer maker([&](const QByteArray &request) {
+        EXPECT_TRUE(request.startsWith("GET /recognition/cantorel.txt "));
+        return reply;
+    });
+    for (const auto &[answer, access] : {std::pair(reply, ""),
+                                         {Reply::page("abcd1234", "404 No"), ""},
+                                         {Reply::page("abc"), ""},
+                                         {Reply::page("aB3-_xyz\n"), "aB3-_xyz"},
+                                         {Reply::page("other123"), "aB3-_xyz"}}) {
+        reply = answer;
+        refreshRecognitionAccess(maker.url(), {});
+        EXPECT_EQ(AppSettings::recognitionAccess(), access);
+    }
+    EXPECT_EQ(maker.requests().size(), 4) << "one that is there is kept";
+}
+
 struct RecordingsTest : IdentifyTest {
     RecordedAudioInfo &add(const QString &name, int seconds = 8) {
         return list.addRecordedFile(sound(name, seconds), QString("00:00:0%1").arg(seconds), "");
