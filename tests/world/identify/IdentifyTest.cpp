@@ -1,6 +1,7 @@
 // Recognition from a file to its new name and tags, with the real converter and services on loopback.
 
 #include "platform/foundation/ChildProcess.h"
+#include "platform/foundation/SearchPaths.h"
 #include "recording/library/RecordedList.h"
 #include "settings/AppSettings.h"
 #include "tags/AudioIdentify.h"
@@ -20,6 +21,9 @@
 
 #include <gtest/gtest.h>
 #include <zlib.h>
+
+#include <future>
+#include <utility>
 
 namespace cantorel {
 namespace {
@@ -299,6 +303,97 @@ TEST_F(RecordingsTest, WhatChangesMeanwhileAndWhatIsNotSureIsLeftAlone) {
     EXPECT_TRUE(test::eventually([&] { return !proposed.isEmpty() && identification.isIdle(); }));
     EXPECT_EQ(proposed, path("unsure.mp3"));
     EXPECT_EQ(unsure.getFileName(), path("Song.mp3"));
+}
+
+// A service whose answer comes when the test wants it.
+struct Held {
+    std::promise<void> asked, wanted;
+    bool isFirst = true;
+    Reply answer() {
+        if (std::exchange(isFirst, false)) {
+            asked.set_value();
+            wanted.get_future().wait();
+        }
+        return Reply::page(hit(0.95));
+    }
+    void awaitRequest() { EXPECT_EQ(asked.get_future().wait_for(std::chrono::seconds(60)), std::future_status::ready); }
+};
+
+TEST_F(RecordingsTest, TwoAtOnceWithOneTitleKeepTwoFiles) {
+    RecordedAudioInfo &first = add("first.mp3"), &second = add("second.mp3");
+    for (const RecordedAudioInfo *item : {&first, &second, &first})
+        identification.identifyID3TagsFromFile(item->getFileName());
+    settle();
+    EXPECT_EQ(lengths.size(), 2) << "the same twice is asked once";
+    const QStringList names{first.getFileName(), second.getFileName()};
+    EXPECT_TRUE(names.contains(path("Song.mp3")) && names.contains(path("Song(1).mp3"))) << qPrintable(names.join(' '));
+    for (const QString &name : names)
+        EXPECT_EQ(tags(name).id3Title, "Song");
+    EXPECT_EQ(QDir(QDir::homePath()).entryList({"*.mp3"}, QDir::Files | QDir::Hidden).size(), 2);
+}
+
+TEST_F(RecordingsTest, WhatIsRenamedMeanwhileIsFollowedAndWhatIsGoneIsLeft) {
+    RecordedAudioInfo &moved = add("moved.mp3"), &gone = add("gone.mp3");
+    for (RecordedAudioInfo *item : {&moved, &gone}) {
+        Held held;
+        lookup = [&](int) { return held.answer(); };
+        identification.identifyID3TagsFromFile(item->getFileName());
+        held.awaitRequest();
+        if (item == &moved)
+            EXPECT_TRUE(list.rename(moved, "elsewhere"));
+        else
+            QFile::remove(path("gone.mp3"));
+        held.wanted.set_value();
+        settle();
+        EXPECT_FALSE(item->isIdentifying || item->isInUse());
+    }
+    EXPECT_EQ(moved.getFileName(), path("Song.mp3"));
+    EXPECT_FALSE(QFileInfo::exists(path("moved.mp3")) || QFileInfo::exists(path("elsewhere.mp3")));
+    EXPECT_EQ(gone.getFileName() + gone.artist(), path("gone.mp3"));
+    EXPECT_FALSE(QFileInfo::exists(path("Song(1).mp3")));
+}
+
+TEST_F(RecordingsTest, EndingTheProgramMeanwhileLeavesTheFileAsItWas) {
+    const QString file = add("asked.mp3").getFileName();
+    const QByteArray before = test::contents(file);
+    Held held;
+    lookup = [&](int) { return held.answer(); };
+    {
+        RecordingIdentification ending(list, [this](std::stop_token stop) {
+            return CommAudioIdentify(AppSettings::TessolarConverterPath(), services(), stop);
+        });
+        ending.identifyID3TagsFromFile(file);
+        held.awaitRequest();
+    }
+    held.wanted.set_value();
+    EXPECT_EQ(test::contents(file), before);
+    EXPECT_FALSE(QFileInfo::exists(path("Song.mp3")));
+}
+
+TEST_F(IdentifyTest, KilledRightAfterTheNewNameItLosesNothing) {
+    AppSettings::setRecognitionAccess("key");
+    const QString file = sound("Track1.mp3", 8), named = QDir::homePath() + "/Song.mp3";
+    const QByteArray before = test::contents(file);
+    const QString state = foundation::stateFolder() + "/cantorel";
+    foundation::WallClock clock;
+    { RecordedList(state, clock).addRecordedFile(file, "00:00:08", ""); }
+    QProcess process;
+    process.start(CANTOREL_CLI, {"identify", "--server", server.url(), file});
+    while (!QFileInfo::exists(named) && process.state() != QProcess::NotRunning)
+        process.waitForFinished(1);
+    process.kill();
+    process.waitForFinished();
+    RecordedList list(state, clock);
+    list.initRecordedList();
+    ASSERT_EQ(list.items().size(), 1u);
+    const QString kept = list.items()[0]->getFileName();
+    ASSERT_TRUE(QFileInfo::exists(kept)) << qPrintable(kept);
+    const QByteArray now = test::contents(kept);
+    EXPECT_TRUE(now == before || AudioIdentify::getID3TagFromFile(kept)->id3Title == "Song") << "nothing by halves";
+    lengths.clear();
+    EXPECT_EQ(QProcess::execute(CANTOREL_CLI, {"identify", "--server", server.url(), kept}), 0);
+    EXPECT_EQ(AudioIdentify::getID3TagFromFile(named)->id3Title, "Song") << "the next time makes it whole";
+    EXPECT_EQ(QDir(QDir::homePath()).entryList({"*.mp3"}, QDir::Files | QDir::Hidden), QStringList("Song.mp3"));
 }
 
 TEST_F(RecordingsTest, OnlyLongEnoughOnesAreIdentifiedByThemselves) {
