@@ -12,8 +12,9 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 
-#include <bit>
+#include <algorithm>
 #include <csignal>
+#include <tuple>
 
 namespace cantorel {
 namespace {
@@ -71,6 +72,19 @@ struct SongIndexTest : testing::Test {
     }
 };
 
+TEST(SongSearchTest, VotesOfNeighbouringPlacesCountTogether) {
+    const std::vector<ItemPlace> places{{10, 0, 5}, {10, 1, 5}, {20, 0, 8}, {20, 1, 9}};
+    const auto found = SongSearch({10, 11, 20}).candidates(places, SongSearch::Accuracy::Equal);
+    ASSERT_EQ(found.size(), 1u) << "not what stands two apart";
+    EXPECT_EQ(std::tuple(found[0].song, found[0].shift, found[0].votes), std::tuple(0, 5, 2));
+    const SongSearch off({10u ^ 1u << 31, 0xFFFFu, 20u ^ 1u});
+    EXPECT_TRUE(off.candidates(places, SongSearch::Accuracy::Equal).empty());
+    EXPECT_EQ(off.candidates(places, SongSearch::Accuracy::OneBitOff).size(), 1u);
+    const FingerprintItems song = madeItems(1, 100);
+    const auto likeness = SongSearch(piece(song, 31, 64, 0)).likeness(song, 30);
+    EXPECT_EQ(std::tuple(likeness.errors, likeness.like, likeness.different), std::tuple(0, 64u, 64u)) << "beside it";
+}
+
 TEST_F(SongIndexTest, APieceIsFoundFromAnywhereAndNothingElseIs) {
     const auto store = open();
     fill(*store, 0, 70); // more than one range
@@ -85,6 +99,11 @@ TEST_F(SongIndexTest, APieceIsFoundFromAnywhereAndNothingElseIs) {
     FingerprintItems doubtful = piece(early, 100, 200, 31); // with some items that are as they were
     for (std::size_t i = 0; i < doubtful.size(); i += 4)
         doubtful[i] = early[100 + i];
+    Song jingle = madeSong(300);
+    jingle.items.resize(40);
+    ASSERT_TRUE(store->add(jingle));
+    FingerprintItems withJingle = jingle.items;
+    withJingle.insert(withJingle.end(), other.begin(), other.end());
     const struct {
         const char *what;
         FingerprintItems items;
@@ -101,6 +120,7 @@ TEST_F(SongIndexTest, APieceIsFoundFromAnywhereAndNothingElseIs) {
         {"mostly something else", mixed, ""},
         {"mostly this", mostly, "Song 3"},
         {"from before it", longer, "Song 3"},
+        {"a short song in a longer piece", withJingle, ""},
         {"nothing", {}, ""},
     };
     for (const auto &[what, wanted, title] : cases) {
@@ -119,6 +139,11 @@ TEST_F(SongIndexTest, WhatTwoSongsShareOrOneToneIsNoName) {
     ASSERT_TRUE(store->add(one) && store->add(same) && store->add(tone));
     EXPECT_EQ(found(*store, piece(one.items, 100, 100, 2)).right(1), "?");
     EXPECT_EQ(found(*store, piece(tone.items, 40, 200, 0)), "");
+    Song remade = madeSong(4); // much like it, but not as like
+    remade.items = piece(one.items, 0, 400, 6);
+    ASSERT_TRUE(store->add(remade));
+    ASSERT_TRUE(store->remove(store->withPath(same.file.path).value()->id));
+    EXPECT_EQ(found(*store, piece(one.items, 100, 100, 2)), "Song 1");
     same.title = "SONG 1";
     ASSERT_TRUE(store->add(same));
     EXPECT_EQ(found(*store, piece(one.items, 100, 100, 2)).toUpper(), "SONG 1") << "on two records";
@@ -133,6 +158,14 @@ TEST_F(SongIndexTest, TheStoreFollowsItsFilesAndGivesRoomBack) {
     ASSERT_TRUE(store->add(none));
     ASSERT_TRUE(store->add(madeSong(7))); // read again
     EXPECT_EQ(store->count().value(), 150);
+    int looks = 0;
+    EXPECT_TRUE(store->each([&](qint64, std::span<const ItemPlace> places) -> foundation::Result<void> {
+        EXPECT_LE(places.size(), 64u * 200) << "memory is bounded";
+        EXPECT_TRUE(std::ranges::is_sorted(places));
+        ++looks;
+        return {};
+    }));
+    EXPECT_EQ(looks, 3) << "two ranges are closed";
     EXPECT_TRUE(store->withPath(none.file.path).value());
     EXPECT_TRUE(store->withPath("/music/8.mp3").value()->file.isSame(madeSong(8).file));
 
@@ -146,6 +179,12 @@ TEST_F(SongIndexTest, TheStoreFollowsItsFilesAndGivesRoomBack) {
     for (int i = 10; i < 140; ++i)
         ASSERT_TRUE(store->remove(store->withPath(QStringLiteral("/music/%1.mp3").arg(i)).value()->id));
     ASSERT_TRUE(store->tidy());
+    std::size_t left = 0;
+    EXPECT_TRUE(store->each([&](qint64, std::span<const ItemPlace> places) -> foundation::Result<void> {
+        left += places.size();
+        return {};
+    }));
+    EXPECT_LE(left, 2u * 19 * 200) << "of 19 songs";
     fill(*store, 200, 300);
     store.reset();
     store = open(Opening::ToRead);

@@ -31,10 +31,11 @@ CREATE INDEX song_inode ON song(inode);
 CREATE TABLE range(first INTEGER PRIMARY KEY, last INTEGER NOT NULL, songs INTEGER NOT NULL, places BLOB NOT NULL);
 )";
 constexpr const char *kSong = "SELECT id, path, size, modified, inode, title, artist, album, genre, year";
-constexpr int kItems = 10;         // the column behind these
-constexpr int kRange = 64;         // songs
-constexpr qint64 kWidest = 0x7000; // ids of a range, files that are no songs included
-constexpr int kPatience = 5000;    // ms, while another program writes
+constexpr int kItems = 10;                // the column behind these
+constexpr int kRange = 64;                // songs
+constexpr qint64 kWidest = 0x7000;        // ids of a range, files that are no songs included
+static_assert(2 * kWidest + 1 < 0x10000); // what comes behind the last range, and another one that is given new ids
+constexpr int kPatience = 5000;           // ms, while another program writes
 constexpr int kMostAside = 99;
 
 constexpr foundation::SentenceKey kNotKept("SongsNotKept", "Reason");
