@@ -7,6 +7,7 @@
 #include "tags/identify/CommAudioIdentify.h"
 #include "tags/identify/SongScan.h"
 #include "tags/index/SongStore.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/MadeSongs.h"
 #include "tests/support/PrivateWorld.h"
 
@@ -18,6 +19,9 @@
 #include <QProcess>
 
 #include <gtest/gtest.h>
+
+#include <stop_token>
+#include <thread>
 
 namespace cantorel {
 namespace {
@@ -122,10 +126,11 @@ TEST_F(OwnSongsTest, AScanThatWasEndedGoesOnAndIsAlone) {
 
     QProcess killed;
     killed.start(CANTOREL_CLI, {"--json", "identify", "--scan", music});
-    EXPECT_TRUE(test::eventually([&] {
+    const auto isHalfDone = [&] {
         const auto open = openSongStore(store, SongStore::Opening::ToRead);
         return open && open.value() && open.value()->count() && open.value()->count().value() >= 4;
-    }));
+    };
+    EXPECT_TRUE(test::eventually(isHalfDone, 60000));
     killed.kill();
     EXPECT_TRUE(killed.waitForFinished());
     const auto rest = scan({music});
@@ -134,6 +139,58 @@ TEST_F(OwnSongsTest, AScanThatWasEndedGoesOnAndIsAlone) {
     EXPECT_EQ((QFileInfo(store).permissions() & (QFile::ReadGroup | QFile::ReadOther)), QFile::Permissions());
     EXPECT_TRUE(SongScan::forget(store));
     EXPECT_FALSE(QFileInfo::exists(store));
+}
+
+TEST_F(OwnSongsTest, AStopWhileASongIsDecodedLeavesItForTheNextScan) {
+    ASSERT_TRUE(test::writeSong(music + "/One.mp3", 1, 20));
+    SongScan slow = scanOf({music});
+    slow.program = QDir::homePath() + "/slow";
+    const QString begun = QDir::homePath() + "/begun";
+    test::store(slow.program, "#!/bin/sh\ntouch '" + begun.toUtf8() + "'\nexec sleep 60\n");
+    ASSERT_TRUE(QFile::setPermissions(slow.program, QFile::ReadOwner | QFile::ExeOwner));
+    std::stop_source stop;
+    slow.stop = stop.get_token();
+    const std::jthread stopper([&] {
+        (void)test::eventually([&] { return QFileInfo::exists(begun); }); // The scan goes on for its minute otherwise.
+        stop.request_stop();
+    });
+    const auto stopped = slow.run();
+    ASSERT_TRUE(stopped);
+    EXPECT_EQ(stopped.value().end, SongScan::End::Stopped);
+    EXPECT_EQ(scan({music}).read, 1);
+}
+
+TEST_F(OwnSongsTest, AServiceIsAskedOnlyWhereTheyAreNotSure) {
+    ASSERT_TRUE(test::writeSong(music + "/One.mp3", 1, 30) && QFile::copy(music + "/One.mp3", music + "/Two.mp3"));
+    ASSERT_EQ(scan({music}).known, 2);
+    double score = 0.95;
+    test::LoopbackServer server([&](const QByteArray &) {
+        return test::LoopbackServer::Reply::page(
+            QStringLiteral(
+                R"({"status":"ok","results":[{"id":"i","score":%1,"recordings":[{"id":"r","title":"Other"}]}]})")
+                .arg(score)
+                .toUtf8());
+    });
+    RecognitionServices services;
+    services.lookup = server.url();
+    services.client = "key";
+    CommAudioIdentify recogniser(AppSettings::TessolarConverterPath(), services, {}, store);
+    const auto found = recogniser.Start(music + "/One.mp3", false);
+    EXPECT_EQ(found ? found->Title() : QString(), "Song 1");
+    EXPECT_TRUE(server.requests().isEmpty());
+
+    id3Tag tags = AudioIdentify::getID3TagFromFile(music + "/Two.mp3").value_or(id3Tag());
+    tags.id3Title = "Hymn";
+    ASSERT_TRUE(AudioIdentify::saveID3ToFile(tags, music + "/Two.mp3"));
+    (void)scan({music});
+    score = 0.6;
+    EXPECT_FALSE(recogniser.Start(music + "/One.mp3", false)) << "two songs sound like it";
+    ASSERT_TRUE(recogniser.proposal());
+    EXPECT_NE(recogniser.proposal()->Title(), "Other");
+    EXPECT_FALSE(server.requests().isEmpty());
+    score = 0.95;
+    const auto other = recogniser.Start(music + "/One.mp3", false);
+    EXPECT_EQ(other ? other->Title() : QString(), "Other");
 }
 
 TEST_F(OwnSongsTest, TheCommandLearnsSongsAndAsksThemFirst) {
