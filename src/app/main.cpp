@@ -16,7 +16,9 @@
 #include "recording/control/ScheduledSession.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tags/identify/OwnSongs.h"
 #include "tags/identify/RecordingIdentification.h"
+#include "tags/index/SongStore.h"
 #include "ui/Accessibility.h"
 #include "ui/Icons.h"
 #include "ui/MainWindow.h"
@@ -30,6 +32,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <stop_token>
 #include <thread>
 #include <utility>
 
@@ -66,14 +69,20 @@ public:
 
     int run() {
         mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks, mConverter, mIdentification,
-                                              hal::HardwareSystem::clock(), desktop::InstalledServices::current()});
+                                              mSongs, hal::HardwareSystem::clock(),
+                                              desktop::InstalledServices::current()});
         const InstalledAsker asker(mWindow->alerts());
         ui::WindowFace face(*mWindow, mWindow->alerts());
         face.checkUpdates = [this](bool byHand) { byHand ? mCommonUtils.checkByHand() : mCommonUtils.checkSilent(); };
-        AppDelegate delegate({mApplication, face, mCommonUtils, mBackground, hal::HardwareSystem::clock()});
+        AppDelegate delegate(
+            {mApplication, face, mCommonUtils, mBackground, hal::HardwareSystem::clock(),
+             [stop = mStop.get_token()] { refreshRecognitionAccess(AppSettings::supportServer(), stop); }});
         const SignalWatch signals([this] { mWindow->stopAndQuit(); });
         QObject::connect(&*mWindow, &ui::MainWindow::mayEnd, qApp, [this] { mApplication.terminate(); });
-        mApplication.willEnd = [this] { giveNameBack(); };
+        mApplication.willEnd = [this] {
+            mStop.request_stop();
+            giveNameBack();
+        };
         QObject::connect(&*mWindow, &ui::MainWindow::virtualDeviceWanted, &delegate,
                          &AppDelegate::installVirtualDevice);
         QObject::connect(&*mWindow, &ui::MainWindow::updatesWanted, qApp, [this] { mCommonUtils.checkByHand(); });
@@ -84,7 +93,7 @@ public:
         QObject::connect(&*mWindow, &ui::MainWindow::hotkeysChanged, qApp, [this] { registerHotkeys(); });
 
         QObject::connect(&mPanel, &RecorderPanel::finished, &delegate, [this](const FinishedRecording &finished) {
-            if (const RecordedAudioInfo *item = mList.itemWithFile(finished.file); item && !isMovieFile(finished.file))
+            if (const RecordedAudioInfo *item = mList.itemWithFile(finished.file))
                 (void)mIdentification.identifyFinished(*item); // not what is too short, for one
         });
 
@@ -111,6 +120,7 @@ private:
 
     void takeUpControl() {
         mWindow->offerLeftovers();
+        mSongs.update();
         mRecorder.schedule().initScheduleTaskList();
         mControl.emplace(mSession, mList, mTasks, RecordingControl::Begins::Any,
                          desktop::InstalledServices::current().remote.get(), &mMovies);
@@ -141,6 +151,7 @@ private:
 
     std::unique_ptr<Hardware> mHardware;
     PooledBackgroundTasks mBackground;
+    std::stop_source mStop; // of what waits for the maker's server
     UpdateCheck mUpdates;
     CommonUtils mCommonUtils{mUpdates, mBackground};
     Application mApplication;
@@ -151,6 +162,7 @@ private:
     MovieSession mMovies;
     ScheduledSession mRecorder;
     ZQAudioConvertManager mConverter{hal::HardwareSystem::clock()};
+    OwnSongs mSongs{AppSettings::TessolarConverterPath(), songStorePath()};
     RecordingIdentification mIdentification{mList, [](std::stop_token stop) {
                                                 return CommAudioIdentify(AppSettings::TessolarConverterPath(),
                                                                          RecognitionServices::fromSettings(), stop);

@@ -80,6 +80,15 @@ public:
     static void setMusicDataServer(const QString &value);
     static QString coverServer();
     static void setCoverServer(const QString &value);
+    // Whether the person was told what the services are sent; before that nothing is.
+    static bool isRecognitionAgreed();
+    static void setRecognitionAgreed(bool value);
+    // Whether the songs of one's own folders are known by their sound.
+    static bool isOwnSongs();
+    static void setOwnSongs(bool value);
+    // Those folders, one a line; empty for the Music folder.
+    static QString ownSongFolders();
+    static void setOwnSongFolders(const QString &value);
 
     // Silence, filter and split.
     static bool isAutoSkipSilence();

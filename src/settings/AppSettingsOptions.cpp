@@ -135,6 +135,18 @@ QString AppSettings::coverServer() { return read(setting::kCoverServer); }
 
 void AppSettings::setCoverServer(const QString &value) { write(setting::kCoverServer, value); }
 
+bool AppSettings::isRecognitionAgreed() { return read(setting::kIsRecognitionAgreed); }
+
+void AppSettings::setRecognitionAgreed(bool value) { write(setting::kIsRecognitionAgreed, value); }
+
+bool AppSettings::isOwnSongs() { return read(setting::kIsOwnSongs); }
+
+void AppSettings::setOwnSongs(bool value) { write(setting::kIsOwnSongs, value); }
+
+QString AppSettings::ownSongFolders() { return read(setting::kOwnSongFolders); }
+
+void AppSettings::setOwnSongFolders(const QString &value) { write(setting::kOwnSongFolders, value); }
+
 bool AppSettings::isAutoSkipSilence() { return read(setting::kIsAutoSkipSilence); }
 
 void AppSettings::setAutoSkipSilence(bool value) { write(setting::kIsAutoSkipSilence, value); }

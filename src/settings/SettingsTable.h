@@ -47,6 +47,9 @@ inline constexpr TextSetting kRecognitionAccess{"recognitionAccess", ""}; // the
 inline constexpr TextSetting kRecognitionServer{"recognitionServer", "https://api.acoustid.org"};
 inline constexpr TextSetting kMusicDataServer{"musicDataServer", "https://musicbrainz.org"};
 inline constexpr TextSetting kCoverServer{"coverServer", "https://coverartarchive.org"};
+inline constexpr BooleanSetting kIsRecognitionAgreed{"isRecognitionAgreed", false};
+inline constexpr BooleanSetting kIsOwnSongs{"isOwnSongs", false};
+inline constexpr TextSetting kOwnSongFolders{"ownSongFolders", ""}; // one a line; empty for the Music folder
 inline constexpr BooleanSetting kIsAutoSkipSilence{"isAutoSkipSilence", true};
 inline constexpr BooleanSetting kIsAutoFilterAudioFile{"isAutoFilterAudioFile", false};
 inline constexpr IntegerSetting kAutoFilterSeconds{{"autoFilterSeconds", 5}};

@@ -17,6 +17,7 @@
 #include <QEvent>
 #include <QFileInfo>
 #include <QPainter>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QToolButton>
 
@@ -64,6 +65,7 @@ DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
       mFigures(new DigitLabel(mHead)),
       mFields(new TagFields(tags, nullptr)),
       mSaved(new SavedSign(this)),
+      mIdentify(new QPushButton(mHead)),
       mRows(new QVBoxLayout) {
     setObjectName(QStringLiteral("details"));
     setAcceptDrops(true);
@@ -73,6 +75,8 @@ DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
     mBack->setAutoRaise(true);
     mBack->setFocusPolicy(Qt::StrongFocus);
     mBack->hide();
+    mIdentify->setObjectName(QStringLiteral("identifyChosen"));
+    mIdentify->hide();
     mName->setObjectName(QStringLiteral("detailsName"));
     mFigures->setObjectName(QStringLiteral("detailsFigures"));
     mNobody->setObjectName(QStringLiteral("detailsOfNothing"));
@@ -83,11 +87,15 @@ DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
     beside->addWidget(mFigures);
     beside->addStretch();
     mHead->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
-    auto *head = new QHBoxLayout(mHead);
+    auto *summary = new QHBoxLayout;
+    summary->setSpacing(2 * measure::kGap);
+    summary->addWidget(mCover, 0, Qt::AlignTop);
+    summary->addLayout(beside, 1);
+    auto *head = new QVBoxLayout(mHead);
     head->setContentsMargins({});
     head->setSpacing(2 * measure::kGap);
-    head->addWidget(mCover, 0, Qt::AlignTop);
-    head->addLayout(beside, 1);
+    head->addLayout(summary);
+    head->addWidget(mIdentify);
     mRows->setSpacing(measure::kGap / 4);
 
     auto *content = new QWidget;
@@ -145,6 +153,8 @@ void DetailsPanel::show(const RecordedAudioInfo *item, qsizetype count, const QP
     mPlain->setVisible(item && mTags.state() == ID3EditWindowController::State::Plain);
     Rows rows;
     if (item) {
+        mIdentify->setText(item->isIdentifying ? Lang::commIdentifying() + QChar(0x2026) : Lang::btnIdentifyID3());
+        mIdentify->setEnabled(!item->isInUse() && !isMovieFile(item->getFileName()));
         const QFileInfo file(item->getFileName());
         mCover->setPixmap(cover);
         const QString more = count > 1 ? QStringLiteral(" + %1").arg(count - 1) : QString();

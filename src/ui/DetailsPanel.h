@@ -7,6 +7,7 @@
 #include <utility>
 
 class QLabel;
+class QPushButton;
 class QToolButton;
 class QVBoxLayout;
 
@@ -40,6 +41,8 @@ public:
     // In place of the list it has an arrow that leads back to it.
     void setCovering(bool covers);
     QToolButton &back() { return *mBack; }
+    // What has the music of the chosen ones recognised; hidden until somebody can.
+    QPushButton &identify() { return *mIdentify; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -60,6 +63,7 @@ private:
     DigitLabel *mFigures;
     TagFields *mFields;
     SavedSign *mSaved;
+    QPushButton *mIdentify;
     QVBoxLayout *mColumn = nullptr, *mRows;
     Rows mShown;
 };

@@ -244,6 +244,11 @@ QWidget *LibraryTab::makeNotice() {
         notice({});
         use();
     });
+    mAgree = &mNotice->addAction(QStringLiteral("agreeToIdentify"), false);
+    connect(mAgree, &QPushButton::clicked, this, [this] {
+        notice({});
+        mIdentification->agree();
+    });
     mSave = &mNotice->addAction(QStringLiteral("saveLeftTags"), false);
     connect(mSave, &QPushButton::clicked, this, [this] {
         for (const auto &unsaved : std::exchange(mLeft, {}))
@@ -251,6 +256,8 @@ QWidget *LibraryTab::makeNotice() {
         notice({});
     });
     connect(mNotice, &Strip::closed, this, [this] {
+        if (!mAgree->isHidden())
+            mIdentification->notNow();
         mLeft.clear();
         notice({});
     });
@@ -285,7 +292,8 @@ void LibraryTab::showMenu(const QPoint &position) {
     add("convert", Lang::windowConvertFiles(), [this] { convert(); });
     if (mIdentification)
         add(
-            "wave", Lang::btnIdentifyID3(), [this] { onIdentifyID3tagsRecordedItem(); }, isReady);
+            "wave", Lang::btnIdentifyID3(), [this] { onIdentifyID3tagsRecordedItem(); },
+            isReady && !isMovieFile(items.front()->getFileName()));
     add(
         "folder", Lang::btnShowInFinder(), [this] { reveal(); }, isOne);
     if (mDetails == Details::Closed)
@@ -550,18 +558,21 @@ void LibraryTab::setIdentification(RecordingIdentification &identification) {
             });
     connect(mIdentification, &RecordingIdentification::notIdentified, this,
             [this](const QString &, const foundation::Sentence &why) {
-                if (!mIsAsked) // What begins by itself says nothing in vain.
-                    return;
                 if (why.isEmpty())
                     tell(Strip::Kind::Hint, Lang::windowNotIdentified(), {});
                 else
                     notice(why);
             });
+    connect(mIdentification, &RecordingIdentification::agreementWanted, this, [this] {
+        tell(Strip::Kind::Hint, Lang::windowIdentifySends(), {});
+        mAgree->show();
+    });
+    mPanel->identify().show();
+    connect(&mPanel->identify(), &QPushButton::clicked, this, [this] { onIdentifyID3tagsRecordedItem(); });
 }
 
 // Those whose files are there, one after the other.
 void LibraryTab::onIdentifyID3tagsRecordedItem() {
-    mIsAsked = true;
     for (const RecordedAudioInfo *item : selected()) {
         const QString file = item->getFileName();
         if (QFileInfo(file).isFile()) {
@@ -584,6 +595,7 @@ void LibraryTab::tell(Strip::Kind kind, const QString &text, std::function<void(
     mUndoes = std::move(undo);
     mUseProposal = {};
     mUse->hide();
+    mAgree->hide();
     mUndo->setVisible(bool(mUndoes));
     mSave->setVisible(!mLeft.empty());
     const bool isRest = text.isEmpty() && !mLeft.empty(); // It is told again once other news are over.
@@ -684,6 +696,7 @@ void LibraryTab::showTexts() {
     mUndo->setText(Lang::windowUndo());
     mSave->setText(Lang::btnSave());
     mUse->setText(Lang::windowUseProposal());
+    mAgree->setText(Lang::btnIdentifyID3());
     mPanel->changeLanguageText();
     mAdd->setText(Lang::windowAddFiles());
     mAdd->setToolTip(Lang::windowAddFiles());

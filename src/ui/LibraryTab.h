@@ -144,11 +144,10 @@ private:
     RecordingsTable *mTable;
     QLabel *mEmpty;
     Strip *mNotice = nullptr;
-    QPushButton *mUse = nullptr, *mUndo = nullptr, *mSave = nullptr;
+    QPushButton *mUse = nullptr, *mAgree = nullptr, *mUndo = nullptr, *mSave = nullptr;
     std::function<void()> mUndoes;      // what the strip tells of; empty for nothing
     std::function<void()> mUseProposal; // where one is shown
     RecordingIdentification *mIdentification = nullptr;
-    bool mIsAsked = false;                               // to identify, by the person
     std::vector<ID3EditWindowController::Unsaved> mLeft; // tags that may still be saved
     PlayerBar *mPlayerBar;
     QToolButton *mAdd, *mEdit, *mConvert, *mReveal, *mToggle;

@@ -368,7 +368,7 @@ void MainWindow::showRecordingEverywhere() {
 SettingsPage &MainWindow::settings() {
     if (mSettings)
         return *mSettings;
-    mSettings = new SettingsPage(this);
+    mSettings = new SettingsPage(mParts.songs, this);
     connect(mSettings, &SettingsPage::languageChanged, this, [] {
         foundation::NotificationCenter::defaultCenter().post(kNotificationChangeLanguage, AppSettings::appLanguage());
     });

@@ -15,6 +15,7 @@ class QToolButton;
 namespace cantorel {
 class RecordingSession;
 class ScheduledSession;
+class OwnSongs;
 class RecordingIdentification;
 class ZQAudioConvertManager;
 struct UpdateDescription;
@@ -49,6 +50,7 @@ public:
         TaskList &tasks;
         ZQAudioConvertManager &converter;
         RecordingIdentification &identification;
+        OwnSongs &songs;
         foundation::Clock &clock;
         desktop::Services &desktop;
     };

@@ -3,6 +3,7 @@
 #include "lang/Lang.h"
 #include "recording/hotkeys/HotKey.h"
 #include "settings/AppSettings.h"
+#include "tags/identify/OwnSongs.h"
 #include "ui/Fields.h"
 #include "ui/FileDialogs.h"
 #include "ui/HotkeyField.h"
@@ -21,6 +22,7 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QStackedWidget>
 #include <QToolButton>
@@ -38,6 +40,7 @@ constexpr int kList = 192, kListMargin = 12, kListRow = 40;
 constexpr int kNarrow = 600;      // width from which on the list stands beside the page
 constexpr int kFolderName = 180;  // width
 constexpr int kHotkeyField = 180; // width
+constexpr int kSongFolder = 260;  // width of its path
 
 struct HotkeySetting {
     QString (*label)();
@@ -59,8 +62,9 @@ template <void (*Set)(int)> void setSecondsOf(double seconds) { Set(qRound(secon
 
 } // namespace
 
-SettingsPage::SettingsPage(QWidget *parent)
+SettingsPage::SettingsPage(OwnSongs &songs, QWidget *parent)
     : Page(parent),
+      mSongs(songs),
       mList(new QWidget(this)),
       mPages(new QStackedWidget(this)),
       mChosen(new QButtonGroup(this)),
@@ -209,7 +213,7 @@ void SettingsPage::makeRecording() {
     mKey->setObjectName(QStringLiteral("recognitionKey"));
     mKey->setFixedWidth(Look::scaled(*this, kHotkeyField));
     mKeyRow->setControl(*mKey);
-    addPage({mFiles, files, mSilence, silent, music});
+    addPage({mFiles, files, mSilence, silent, music, makeSongs()});
     connect(mIdentify, &QCheckBox::clicked, this, [](bool on) { AppSettings::setAutoIdentifyID3(on); });
     connect(mKey, &QLineEdit::textEdited, this,
             [](const QString &key) { AppSettings::setRecognitionAccess(key.trimmed()); });
@@ -242,6 +246,81 @@ void SettingsPage::makeRecording() {
         connect(numbered.number, &QDoubleSpinBox::valueChanged, this,
                 [set = numbered.setValue](double value) { set(value); });
     }
+}
+
+RowCard *SettingsPage::makeSongs() {
+    mSongsCard = card();
+    mOwnSongsRow = &mSongsCard->addRow();
+    mOwnSongs = choice(*mOwnSongsRow, "ownSongs");
+    mKnownRow = &mSongsCard->addRow();
+    auto *buttons = new QWidget(mKnownRow);
+    auto *row = new QHBoxLayout(buttons);
+    row->setContentsMargins({});
+    row->setSpacing(measure::kGap);
+    mAddFolder = new QPushButton(buttons);
+    mAddFolder->setObjectName(QStringLiteral("addSongFolder"));
+    mForget = new QPushButton(buttons);
+    mForget->setObjectName(QStringLiteral("forgetSongs"));
+    row->addWidget(mAddFolder);
+    row->addWidget(mForget);
+    mKnownRow->setControl(*buttons);
+    connect(mOwnSongs, &QCheckBox::clicked, this, [this](bool on) {
+        AppSettings::setOwnSongs(on);
+        mSongs.update();
+    });
+    connect(mAddFolder, &QPushButton::clicked, this, [this] {
+        ui::chooseFolder(*this, Lang::commSelectFolder(), OwnSongs::folders().constLast(),
+                         [this](const QString &folder) {
+                             QStringList folders = OwnSongs::folders();
+                             folders << QDir::cleanPath(folder);
+                             folders.removeDuplicates();
+                             changeSongFolders(folders);
+                         });
+    });
+    connect(mForget, &QPushButton::clicked, &mSongs, &OwnSongs::forget);
+    connect(&mSongs, &OwnSongs::changed, this, [this] { showSongs(); });
+    return mSongsCard;
+}
+
+void SettingsPage::addSongFolder() {
+    const auto at = static_cast<qsizetype>(mSongFolders.size());
+    CardRow &row = mSongsCard->addRow();
+    auto *remove = new QPushButton(&row);
+    remove->setObjectName(QStringLiteral("removeSongFolder%1").arg(at));
+    row.setControl(*remove);
+    connect(remove, &QPushButton::clicked, this, [this, at] {
+        QStringList folders = OwnSongs::folders();
+        folders.removeAt(at);
+        changeSongFolders(folders);
+    });
+    mSongFolders.push_back({&row, remove});
+}
+
+void SettingsPage::changeSongFolders(const QStringList &folders) {
+    OwnSongs::setFolders(folders);
+    mSongs.update();
+}
+
+void SettingsPage::showSongs() {
+    const bool isOn = AppSettings::isOwnSongs();
+    const QString count = mSongs.isReading() ? Lang::windowSongsRead() : Lang::windowSongsKnown();
+    mOwnSongs->setChecked(isOn);
+    mKnownRow->setVisible(isOn);
+    mKnownRow->setTexts(QString(count).replace(QLatin1String("[#Count#]"), QString::number(mSongs.known())),
+                        Lang::sentence(mSongs.trouble()));
+    const QStringList folders = isOn ? OwnSongs::folders() : QStringList();
+    while (std::ssize(mSongFolders) < folders.size())
+        addSongFolder();
+    for (qsizetype i = 0; i < std::ssize(mSongFolders); ++i) {
+        const auto &[row, remove] = mSongFolders[static_cast<std::size_t>(i)];
+        const QString folder = QDir::toNativeSeparators(folders.value(i));
+        row->setVisible(i < folders.size());
+        row->setTexts(row->fontMetrics().elidedText(folder, Qt::ElideMiddle, Look::scaled(*this, kSongFolder)));
+        row->setToolTip(folder);
+        remove->setText(Lang::btnRemove());
+        remove->setVisible(folders.size() > 1); // One is left to read.
+    }
+    fit();
 }
 
 void SettingsPage::makeHotkeys() {
@@ -387,6 +466,7 @@ void SettingsPage::showSettings() {
     mIdentify->setChecked(AppSettings::isAutoIdentifyID3());
     if (mKey->text().trimmed() != AppSettings::recognitionAccess()) // not while it is typed
         mKey->setText(AppSettings::recognitionAccess());
+    showSongs();
     for (const NumberedChoice &numbered : mNumbered) {
         numbered.choice->setChecked(numbered.isOn());
         const double value = numbered.value();
@@ -429,6 +509,10 @@ void SettingsPage::showTexts() {
     mSkipRow->setTexts(Lang::settingsRecordSkipSilent(), Lang::windowWaitsForSound());
     mIdentifyRow->setTexts(Lang::settingsRecordAutoIdentifyID3(), Lang::windowIdentifySends());
     mKeyRow->setTexts(Lang::windowRecognitionKey());
+    mOwnSongsRow->setTexts(Lang::windowOwnSongs(), Lang::windowOwnSongsDoes());
+    mAddFolder->setText(Lang::tabPlaylistAddFolder());
+    mForget->setText(Lang::windowForgetSongs());
+    showSongs();
     for (const NumberedChoice &numbered : mNumbered) {
         numbered.number->setSuffix(QLatin1Char(' ') + Lang::commSeconds());
         numbered.row->setTexts(numbered.text());

@@ -13,9 +13,14 @@ class QComboBox;
 class QDoubleSpinBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 class QSpinBox;
 class QStackedWidget;
 class QToolButton;
+
+namespace cantorel {
+class OwnSongs;
+}
 
 namespace cantorel::ui {
 
@@ -29,7 +34,8 @@ class SettingsPage : public Page {
     Q_OBJECT
 
 public:
-    explicit SettingsPage(QWidget *parent = nullptr);
+    // songs: outlives it.
+    explicit SettingsPage(OwnSongs &songs, QWidget *parent = nullptr);
 
     // Shows what is stored.
     void showSettings();
@@ -67,6 +73,11 @@ private:
     void makeGeneral();
     void makeRecording();
     void makeHotkeys();
+    RowCard *makeSongs();
+    // A folder whose songs are known, with a way to take it out.
+    void addSongFolder();
+    void changeSongFolders(const QStringList &folders);
+    void showSongs();
     NumberedChoice &addNumbered(RowCard &card, const char *name, int most);
     void chooseLanguage(const QString &displayName);
     void chooseFolder();
@@ -78,6 +89,7 @@ private:
     void changeEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
+    OwnSongs &mSongs;
     QWidget *mList; // of the pages
     QBoxLayout *mBeside, *mListLayout;
     QStackedWidget *mPages;
@@ -91,6 +103,15 @@ private:
     QToolButton *mFolder;
     QCheckBox *mAutoName = nullptr, *mSkipSilence = nullptr, *mIdentify = nullptr, *mEnableHotkeys = nullptr;
     QLineEdit *mKey = nullptr;
+    RowCard *mSongsCard = nullptr;
+    CardRow *mOwnSongsRow = nullptr, *mKnownRow = nullptr;
+    QCheckBox *mOwnSongs = nullptr;
+    QPushButton *mAddFolder = nullptr, *mForget = nullptr;
+    struct SongFolder {
+        CardRow *row;
+        QPushButton *remove;
+    };
+    std::vector<SongFolder> mSongFolders; // as many as there were at once
     QSpinBox *mNumber;
     std::vector<NumberedChoice> mNumbered;
     std::array<CardRow *, 3> mHotkeyRows{};

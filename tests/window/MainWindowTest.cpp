@@ -220,11 +220,11 @@ TEST_F(Leaving, TheNextWindowIsWhereThisOneWasLeft) {
     window.setGeometry(40, 50, 900, 640);
     pass(50);
     window.close();
-    ui::MainWindow next({panel, recorder, session, list, taskList, converter, identification, *world.clock,
+    ui::MainWindow next({panel, recorder, session, list, taskList, converter, identification, songs, *world.clock,
                          desktop::InstalledServices::current()});
     EXPECT_EQ(next.geometry(), QRect(40, 50, 900, 640));
     ASSERT_TRUE(ZQUserDefaultSetValue_Object(QByteArray("no geometry"), "mainWindowGeometry"));
-    EXPECT_EQ(ui::MainWindow({panel, recorder, session, list, taskList, converter, identification, *world.clock,
+    EXPECT_EQ(ui::MainWindow({panel, recorder, session, list, taskList, converter, identification, songs, *world.clock,
                               desktop::InstalledServices::current()})
                   .size(),
               QSize(820, 600));

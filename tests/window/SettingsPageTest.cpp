@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
+#include <QScrollArea>
 #include <QSpinBox>
 #include <QTabWidget>
 
@@ -49,6 +50,28 @@ TEST_F(Settings, WhatIsChangedIsStoredAtOnceAndShownWhenOpenedAgain) {
     AppSettings::setAutoSkipSilence(true);
     window.settings().showSettings();
     EXPECT_TRUE(find<QCheckBox>("skipSilence")->isChecked());
+}
+
+TEST_F(Settings, OwnSongsAreReadOnceThatIsWantedAndForgotten) {
+    const QString one = QDir::homePath() + "/one", two = QDir::homePath() + "/two";
+    ASSERT_TRUE(QDir().mkpath(one) && QDir().mkpath(two));
+    OwnSongs::setFolders({one, two});
+    const auto seen = [&](const char *name) { return find<QWidget>(name)->isVisible(); };
+    EXPECT_FALSE(seen("forgetSongs") || songs.isReading());
+    click("ownSongs");
+    EXPECT_TRUE(AppSettings::isOwnSongs());
+    ASSERT_TRUE(passUntil([&] { return !songs.isReading() && QFileInfo::exists(songStorePath()); }));
+    EXPECT_TRUE(seen("addSongFolder") && seen("removeSongFolder1"));
+    for (QScrollArea *area : window.findChildren<QScrollArea *>())
+        if (area->isAncestorOf(find<QWidget>("forgetSongs")))
+            area->ensureWidgetVisible(find<QWidget>("removeSongFolder1"));
+    photograph(window, "settings-songs");
+    click("removeSongFolder0");
+    EXPECT_EQ(OwnSongs::folders(), QStringList{two});
+    EXPECT_FALSE(seen("removeSongFolder0") || seen("removeSongFolder1")) << "one is left";
+    click("forgetSongs");
+    EXPECT_FALSE(AppSettings::isOwnSongs() || seen("forgetSongs"));
+    ASSERT_TRUE(passUntil([&] { return !QFileInfo::exists(songStorePath()); }));
 }
 
 TEST_F(Settings, WhatIsStoredIsShownWhateverItIsAndNotStoredAnew) {

@@ -15,8 +15,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
+#include <QToolButton>
 #include <QUrl>
 
 namespace cantorel {
@@ -189,6 +191,33 @@ TEST_F(TagEditor, AProposedSongIsUsedAndTakenBack) {
     ASSERT_TRUE(passUntil([&] { return QFileInfo::exists(path("One.mp3")); }));
     EXPECT_EQ(tagsOf("One.mp3").id3Title, "First");
     EXPECT_EQ(list.itemWithFile(path("One.mp3"))->artist(), "Choir");
+}
+
+TEST_F(TagEditor, TheDetailsHaveMusicRecognisedOnceItIsClearWhatIsSent) {
+    AppSettings::setRecognitionAccess("key");
+    AppSettings::setRecognitionServer("http://127.0.0.1:9");
+    const auto isOffered = [&] { return find<QWidget>("agreeToIdentify")->isVisible(); };
+    const auto isEnded = [&] { return passUntil([&] { return identification.isIdle(); }); };
+    auto *button = find<QPushButton>("identifyChosen");
+    select({"One.mp3"});
+    ASSERT_TRUE(shows("tagTitle", "First"));
+    EXPECT_EQ(button->text(), Lang::btnIdentifyID3());
+    button->click();
+    window.showStatuses(); // as its face has it do
+    EXPECT_EQ(button->text(), Lang::commIdentifying() + QChar(0x2026));
+    EXPECT_FALSE(button->isEnabled());
+    ASSERT_TRUE(isEnded() && isTold(Lang::windowIdentifySends()));
+    EXPECT_TRUE(isOffered() && button->isEnabled());
+    photograph(window, "identify-first");
+    find<QLabel>("notice")->parentWidget()->findChild<QToolButton *>()->click();
+    EXPECT_FALSE(isOffered() || AppSettings::isRecognitionAgreed());
+    click("identifyChosen");
+    ASSERT_TRUE(isEnded() && isOffered());
+    find<QPushButton>("agreeToIdentify")->click();
+    EXPECT_TRUE(AppSettings::isRecognitionAgreed());
+    EXPECT_FALSE(identification.isIdle());
+    ASSERT_TRUE(isEnded());
+    EXPECT_FALSE(isOffered()) << "whatever came of it";
 }
 
 TEST_F(TagEditor, WhatTakesNoTagsOrNoCoverOffersNone) {

@@ -4,7 +4,9 @@
 #include "lang/Lang.h"
 #include "recording/control/RecorderPanel.h"
 #include "recording/control/ScheduledSession.h"
+#include "tags/identify/OwnSongs.h"
 #include "tags/identify/RecordingIdentification.h"
+#include "tags/index/SongStore.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/Wave.h"
 #include "tests/unit/recording/RecordingFixture.h"
@@ -165,11 +167,12 @@ public:
     MovieSession movies{panel, list, session.journal(), *world.clock};
     ScheduledSession recorder{session, &movies, taskList, panel, *world.clock};
     ZQAudioConvertManager converter{*world.clock};
+    OwnSongs songs{AppSettings::TessolarConverterPath(), songStorePath()};
     RecordingIdentification identification{list, [](std::stop_token stop) {
                                                return CommAudioIdentify(AppSettings::TessolarConverterPath(),
                                                                         RecognitionServices::fromSettings(), stop);
                                            }};
-    ui::MainWindow window{{panel, recorder, session, list, taskList, converter, identification, *world.clock,
+    ui::MainWindow window{{panel, recorder, session, list, taskList, converter, identification, songs, *world.clock,
                            desktop::InstalledServices::current()}};
 };
 

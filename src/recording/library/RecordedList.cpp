@@ -38,6 +38,15 @@ constexpr qint64 kSmallArchive = 64 * 1024;
 
 constexpr int kAttempts = 5;
 
+// Of one file, as a rename that was killed leaves it. Where upper and lower case are one, there is but one name.
+bool areTwoNames(const QString &one, const QString &other) {
+    struct stat first {
+    }, second{};
+    return ::lstat(QFile::encodeName(one).constData(), &first) == 0
+           && ::lstat(QFile::encodeName(other).constData(), &second) == 0 && first.st_dev == second.st_dev
+           && first.st_ino == second.st_ino && first.st_nlink > 1;
+}
+
 const QString kDateFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
 constexpr const char *kInsert = "insert";
@@ -320,20 +329,22 @@ foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QSt
     const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
     const QString before = file.filePath(), renamed = file.path() + QLatin1Char('/') + clean + suffix;
     QString why;
-    if (clean.isEmpty() || QFileInfo::exists(renamed))
+    const bool hadBoth = renamed != before && areTwoNames(before, renamed);
+    if (clean.isEmpty() || (QFileInfo::exists(renamed) && !hadBoth))
         return foundation::Failure{kNameTaken(clean + suffix), {}};
     // The file has both names until the list with the new one is on the disk, where the disk can do that: whenever this
     // is killed, the stored list names a file that is there.
-    const bool hasBoth = ::link(QFile::encodeName(before).constData(), QFile::encodeName(renamed).constData()) == 0;
+    const bool hasBoth =
+        hadBoth || ::link(QFile::encodeName(before).constData(), QFile::encodeName(renamed).constData()) == 0;
     if (!hasBoth && !ToolFile::moveFileFromPath(before, renamed, &why))
         return foundation::Failure{kNotRenamed(before), why};
     item.setFileName(renamed);
     save(item);
     if (!mUnsaved.isEmpty()) {
         item.setFileName(before);
-        if (hasBoth)
+        if (hasBoth && !hadBoth)
             QFile::remove(renamed);
-        else
+        else if (!hasBoth)
             (void)ToolFile::moveFileFromPath(renamed, before); // At worst it keeps the name that was asked for.
         return foundation::Failure{mUnsaved, QStringLiteral("the list was not saved")};
     }

@@ -19,21 +19,6 @@ namespace {
 constexpr foundation::SentenceKey kNotAdded("NotAdded", "FileName");
 constexpr foundation::SentenceKey kSeveralNotAdded("SeveralNotAdded", "Count", "FileName");
 
-// What is taken out of a folder, where much else may lie.
-QStringList soundFilesIn(const QString &folder) {
-    static const QStringList patterns = [] {
-        QStringList all;
-        for (const char *suffix : {"mp3",  "m4a", "m4b", "m4r",  "mp4", "aac", "wav", "flac", "ogg", "oga",
-                                   "opus", "wma", "aif", "aiff", "ac3", "amr", "ape", "wv",   "mka", "caf"})
-            all << QStringLiteral("*.") + QLatin1String(suffix);
-        return all;
-    }();
-    QStringList files;
-    for (const QFileInfo &file : QDir(folder).entryInfoList(patterns, QDir::Files, QDir::Name))
-        files << file.absoluteFilePath();
-    return files;
-}
-
 double secondsOf(const QString &file) {
     if (!QFileInfo(file).isFile()) // Others could keep us waiting.
         return 0;
@@ -42,6 +27,17 @@ double secondsOf(const QString &file) {
 }
 
 } // namespace
+
+const QStringList &soundFilePatterns() {
+    static const QStringList patterns = [] {
+        QStringList all;
+        for (const char *suffix : {"mp3",  "m4a", "m4b", "m4r",  "mp4", "aac", "wav", "flac", "ogg", "oga",
+                                   "opus", "wma", "aif", "aiff", "ac3", "amr", "ape", "wv",   "mka", "caf"})
+            all << QStringLiteral("*.") + QLatin1String(suffix);
+        return all;
+    }();
+    return patterns;
+}
 
 RecordingsAdding::RecordingsAdding(RecordedList &list) : mList(list) { mWorker.setMaxThreadCount(1); }
 
@@ -54,7 +50,12 @@ RecordingsAdding::Found RecordingsAdding::lookInto(const QStringList &paths, con
     QStringList files;
     for (const QString &path : paths) {
         const QString clean = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-        files += QFileInfo(clean).isDir() ? soundFilesIn(clean) : QStringList{clean};
+        if (!QFileInfo(clean).isDir()) {
+            files << clean;
+            continue;
+        }
+        for (const QFileInfo &file : QDir(clean).entryInfoList(soundFilePatterns(), QDir::Files, QDir::Name))
+            files << file.absoluteFilePath();
     }
     files.removeDuplicates();
     Found found;

@@ -15,6 +15,9 @@ namespace cantorel {
 
 class RecordedList;
 
+// What is taken out of a folder, where much else may lie.
+const QStringList &soundFilePatterns();
+
 // Has sound files that lie anywhere join the list: they are neither moved nor copied. Owned by the window or a command;
 // main thread.
 class RecordingsAdding : public QObject {

@@ -1,16 +1,15 @@
 #include "tags/identify/CommAudioIdentify.h"
 
-#include "convert/Converter.h"
 #include "log/Log.h"
+#include "settings/AppSettings.h"
+#include "tags/identify/DecodedSound.h"
 #include "tags/identify/Fingerprint.h"
 #include "tags/identify/LeadingSilence.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryFile>
+#include "tags/identify/SongTags.h"
+#include "tags/index/SongIndex.h"
 
 #include <algorithm>
-#include <cstring>
+#include <utility>
 #include <vector>
 
 namespace cantorel {
@@ -20,8 +19,8 @@ using foundation::Result;
 
 namespace {
 
-constexpr int kRate = 11025; // what fingerprints are made at
-constexpr std::size_t kFingerprinted = 120 * kRate;
+constexpr int kRate = DecodedSound::kRate;
+constexpr std::size_t kFingerprinted = 120 * kRate; // by services
 // So much of a file is decoded: a song may begin late, and its length counts up to here.
 constexpr int kLongest = 900; // seconds
 constexpr double kSure = 0.8; // of a score
@@ -31,38 +30,6 @@ constexpr double kEqual = 0.03; // scores that don't tell two songs apart
 // half minutes, whatever was cut off behind it.
 constexpr int kGuessedLengths[] = {150, 210, 270, 330, 390};
 constexpr int kReach = 30;
-
-// Mono samples as the converter decodes them.
-Result<std::vector<std::int16_t>> decoded(const QString &program, const QString &file, const std::stop_token &stop) {
-    QTemporaryFile raw(QDir::tempPath() + QStringLiteral("/cantorel-XXXXXX.wav"));
-    if (!raw.open())
-        return Failure{{}, QStringLiteral("no temporary file: %1").arg(raw.errorString())};
-    Converter converter{program};
-    converter.stop = stop;
-    const QStringList arguments = {QStringLiteral("-i"),
-                                   file,
-                                   QStringLiteral("-vn"),
-                                   QStringLiteral("-t"),
-                                   QString::number(kLongest),
-                                   QStringLiteral("-ac"),
-                                   QStringLiteral("1"),
-                                   QStringLiteral("-ar"),
-                                   QString::number(kRate),
-                                   QStringLiteral("-f"),
-                                   QStringLiteral("s16le"),
-                                   QStringLiteral("-y"),
-                                   raw.fileName()};
-    const auto run = converter.run(arguments, {file}, raw.fileName());
-    if (!run)
-        return run.failure();
-    if (!run.value().ending.succeeded())
-        return Failure{{}, converter.troubleIn(run.value(), {file}).detail};
-    const QByteArray bytes = raw.readAll();
-    std::vector<std::int16_t> samples(static_cast<std::size_t>(bytes.size()) / sizeof(std::int16_t));
-    if (!samples.empty())
-        std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(std::int16_t));
-    return samples;
-}
 
 // The best one, unless another song is as likely.
 bool isSure(const std::vector<RecognitionCandidate> &candidates) {
@@ -79,11 +46,50 @@ QString RecognisedMusic::description() const {
         .arg(score());
 }
 
-Result<CommAudioIdentify::Found> CommAudioIdentify::find(const QString &filePath) const {
-    const auto samples = decoded(mProgram, filePath, mStop);
-    if (!samples)
-        return samples.failure();
-    const auto sound = withoutLeadingSilence(samples.value());
+QString CommAudioIdentify::songsInUse() { return AppSettings::isOwnSongs() ? songStorePath() : QString(); }
+
+// What services are asked is decided once the songs of one's own have nothing that is sure.
+Result<CommAudioIdentify::Found> CommAudioIdentify::find(const QString &filePath, bool withCover) const {
+    ConvertTrouble trouble;
+    const auto decoded = DecodedSound::decode(mProgram, filePath, kLongest, mStop, trouble);
+    if (!decoded)
+        return Failure{{}, trouble.detail};
+    const auto sound = withoutLeadingSilence(decoded->samples());
+    Found own = findOwn(sound, withCover);
+    if (own.isSure || (!mSongs.isEmpty() && !mServices.hasAccess()))
+        return own;
+    if (mServices.hasAccess() && !mServices.isAgreed) {
+        own.wantsAgreement = !own.music;
+        return own;
+    }
+    auto answer = askServices(sound, withCover);
+    return own.music && (!answer || !answer.value().isSure) ? Result<Found>(std::move(own)) : std::move(answer);
+}
+
+CommAudioIdentify::Found CommAudioIdentify::findOwn(std::span<const std::int16_t> sound, bool withCover) const {
+    if (mSongs.isEmpty())
+        return {};
+    const auto fingerprint = fingerprintOf(sound, kRate);
+    const auto store = openSongStore(mSongs, SongStore::Opening::ToRead);
+    if (!fingerprint || !store || !store.value()) {
+        const auto *failure = !fingerprint ? &fingerprint.failure() : !store ? &store.failure() : nullptr;
+        if (failure) // none are read yet otherwise
+            Log(QStringLiteral("the own songs are not asked: %1").arg(failure->detail));
+        return {};
+    }
+    const auto found = findSong(*store.value(), fingerprint.value().items);
+    if (!found)
+        Log(QStringLiteral("the own songs don't answer: %1").arg(found.failure().detail));
+    if (!found || !found.value())
+        return {};
+    const auto &[song, errors, isSure] = *found.value();
+    const QByteArray cover = withCover ? songTags(song.file.path).id3Image : QByteArray();
+    return {RecognisedMusic({1 - errors, {}, {}, song.title, song.artist, song.album, song.year}, song.genre, cover),
+            isSure, false};
+}
+
+Result<CommAudioIdentify::Found> CommAudioIdentify::askServices(std::span<const std::int16_t> sound,
+                                                                bool withCover) const {
     const auto fingerprint = fingerprintOf(sound.first(std::min(sound.size(), kFingerprinted)), kRate);
     if (!fingerprint)
         return fingerprint.failure();
@@ -92,21 +98,20 @@ Result<CommAudioIdentify::Found> CommAudioIdentify::find(const QString &filePath
     for (const int guess : kGuessedLengths)
         if (guess > length + kReach)
             lengths.push_back(guess);
-    Found best;
+    std::optional<RecognitionCandidate> best;
     for (const int seconds : lengths) {
-        const auto answer = mServices.candidates(fingerprint.value(), seconds, mStop);
+        const auto answer = mServices.candidates(fingerprint.value().text, seconds, mStop);
         if (!answer)
             return answer.failure();
         if (answer.value().empty())
             continue;
-        const bool sure = isSure(answer.value());
         const RecognitionCandidate &song = answer.value().front();
-        if (song.score >= kProposed && (!best.song || song.score > best.song->score))
-            best = {song, sure};
-        if (sure)
-            return Found{song, true};
+        if (isSure(answer.value()))
+            return Found{completed(song, withCover), true, false};
+        if (song.score >= kProposed && (!best || song.score > best->score))
+            best = song;
     }
-    return best;
+    return best ? Found{completed(*best, withCover), false, false} : Found();
 }
 
 RecognisedMusic CommAudioIdentify::completed(const RecognitionCandidate &song, bool withCover) const {
@@ -117,7 +122,9 @@ RecognisedMusic CommAudioIdentify::completed(const RecognitionCandidate &song, b
 std::optional<RecognisedMusic> CommAudioIdentify::Start(const QString &filePath, bool fetchCorverImage) {
     mProposal.reset();
     mTrouble = {};
-    const auto found = find(filePath);
+    mWantsAgreement = false;
+    std::optional<RecognisedMusic> music;
+    auto found = find(filePath, fetchCorverImage);
     if (!found) {
         mTrouble = found.failure().sentence;
         if (mTrouble.isEmpty())
@@ -125,14 +132,9 @@ std::optional<RecognisedMusic> CommAudioIdentify::Start(const QString &filePath,
         Log(QStringLiteral("not identified %1: %2").arg(filePath, found.failure().detail));
         return {};
     }
-    const auto &[song, sure] = found.value();
-    if (!song)
-        return {};
-    RecognisedMusic music = completed(*song, fetchCorverImage);
-    if (sure)
-        return music;
-    mProposal = std::move(music);
-    return {};
+    mWantsAgreement = found.value().wantsAgreement;
+    (found.value().isSure ? music : mProposal) = std::move(found.value().music);
+    return music;
 }
 
 } // namespace cantorel

@@ -5,7 +5,9 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <stop_token>
 
 namespace cantorel {
@@ -32,14 +34,20 @@ private:
     QByteArray mCover;
 };
 
-// Recognises the music in a file. The services know songs by their first two minutes and by their lengths, so that only
-// what holds a song's beginning is found. Each object is used by one thread.
+// Recognises the music in a file. The songs of one's own folders come first, where the person has them read: any part
+// of one is found, and nothing leaves the machine. The services know songs by their first two minutes and by their
+// lengths, so that only what holds a song's beginning is found. Each object is used by one thread.
 class CommAudioIdentify {
 public:
-    // program: the converter, which decodes the file.
+    // program: the converter, which decodes the file. songs: where those of one's own are kept; empty for none.
     explicit CommAudioIdentify(QString program, RecognitionServices services = RecognitionServices::fromSettings(),
-                               std::stop_token stop = {})
-        : mProgram(std::move(program)), mServices(std::move(services)), mStop(std::move(stop)) {}
+                               std::stop_token stop = {}, QString songs = songsInUse())
+        : mProgram(std::move(program)),
+          mServices(std::move(services)),
+          mStop(std::move(stop)),
+          mSongs(std::move(songs)) {}
+    // Empty where the person does not have them read.
+    static QString songsInUse();
     static CommAudioIdentify InitWithFFMpeg(const QString &program) { return CommAudioIdentify(program); }
 
     // Blocks. Nothing when no song is sure enough, or when anything failed, which is logged in one line.
@@ -49,19 +57,26 @@ public:
     // Why the last Start() could not be answered; empty when it was, by a song or by none.
     const foundation::Sentence &trouble() const { return mTrouble; }
 
+    // The last Start() would have asked a service, which the person does not know of yet.
+    bool wantsAgreement() const { return mWantsAgreement; }
+
 private:
     struct Found {
-        std::optional<RecognitionCandidate> song;
-        bool isSure = false;
+        std::optional<RecognisedMusic> music;
+        bool isSure = false, wantsAgreement = false;
     };
-    foundation::Result<Found> find(const QString &filePath) const;
+    foundation::Result<Found> find(const QString &filePath, bool withCover) const;
+    Found findOwn(std::span<const std::int16_t> sound, bool withCover) const;
+    foundation::Result<Found> askServices(std::span<const std::int16_t> sound, bool withCover) const;
     RecognisedMusic completed(const RecognitionCandidate &song, bool withCover) const;
 
     QString mProgram;
     RecognitionServices mServices;
     std::stop_token mStop;
+    QString mSongs;
     std::optional<RecognisedMusic> mProposal;
     foundation::Sentence mTrouble;
+    bool mWantsAgreement = false;
 };
 
 } // namespace cantorel

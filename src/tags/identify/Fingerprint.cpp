@@ -4,12 +4,12 @@
 
 namespace cantorel {
 
-foundation::Result<QByteArray> fingerprintOf(std::span<const std::int16_t> mono, int rate) {
+foundation::Result<Fingerprint> fingerprintOf(std::span<const std::int16_t> mono, int rate) {
     static const auto entry = foundation::loadEntryPoint("cantorel-fingerprint.so", kFingerprintEntryPoint);
     if (!entry)
         return entry.failure();
-    QByteArray fingerprint = reinterpret_cast<FingerprintEntryPoint>(entry.value())(mono, rate);
-    if (fingerprint.isEmpty())
+    Fingerprint fingerprint = reinterpret_cast<FingerprintEntryPoint>(entry.value())(mono, rate);
+    if (fingerprint.items.empty() || fingerprint.text.isEmpty())
         return foundation::Failure{QStringLiteral("The sound is too short to be recognised."),
                                    QStringLiteral("no fingerprint of %1 frames").arg(mono.size())};
     return fingerprint;

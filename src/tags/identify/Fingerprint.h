@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Result.h"
+#include "tags/index/SongSearch.h"
 
 #include <QByteArray>
 
@@ -9,13 +10,18 @@
 
 namespace cantorel {
 
-// What a recognition service knows sound by: the compressed fingerprint of mono sound in base 64. Too short sound has
-// none. Any thread.
-foundation::Result<QByteArray> fingerprintOf(std::span<const std::int16_t> mono, int rate);
+// What sound is known by, whoever coded it and however loud it is.
+struct Fingerprint {
+    FingerprintItems items;
+    QByteArray text; // the same as services take it: compressed, in base 64
+};
+
+// Of mono sound. Too short sound has none. Any thread.
+foundation::Result<Fingerprint> fingerprintOf(std::span<const std::int16_t> mono, int rate);
 
 // The one function that the module exports, by this name and type; loaded when it is first needed, since its library
 // brings those of the coders along.
 inline constexpr const char *kFingerprintEntryPoint = "cantorel_fingerprint";
-using FingerprintEntryPoint = QByteArray (*)(std::span<const std::int16_t> mono, int rate);
+using FingerprintEntryPoint = Fingerprint (*)(std::span<const std::int16_t> mono, int rate);
 
 } // namespace cantorel

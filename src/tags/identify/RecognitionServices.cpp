@@ -4,6 +4,7 @@
 #include "settings/AppSettings.h"
 #include "tags/Pictures.h"
 
+#include <QRegularExpression>
 #include <QUrl>
 #include <QUrlQuery>
 
@@ -21,7 +22,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr qint64 kLongestAnswer = 4 << 20, kLargestCover = 8 << 20; // bytes
+constexpr qint64 kLongestAnswer = 4 << 20, kLargestCover = 8 << 20, kLongestAccess = 4096; // bytes
 constexpr int kRedirects = 5;
 constexpr int kLongestWait = 30; // seconds that a service may ask for
 
@@ -85,6 +86,7 @@ RecognitionServices RecognitionServices::fromSettings() {
     services.musicData = AppSettings::musicDataServer();
     services.covers = AppSettings::coverServer();
     services.client = AppSettings::recognitionAccess();
+    services.isAgreed = AppSettings::isRecognitionAgreed();
     services.userAgent = QStringLiteral("%1/%2 ( com.tessolar.Cantorel )")
                              .arg(AppSettings::appName(), AppSettings::appVersion())
                              .toUtf8();
@@ -104,7 +106,7 @@ RecognitionServices RecognitionServices::at(const QString &server) {
 
 Result<std::vector<RecognitionCandidate>> RecognitionServices::candidates(const QByteArray &fingerprint, int seconds,
                                                                           const std::stop_token &stop) const {
-    if (client.isEmpty() || lookup.isEmpty())
+    if (!hasAccess())
         return Failure{QStringLiteral("There is no access to the recognition service; enter its key in the settings."),
                        QStringLiteral("no key of the look-up service")};
     QUrlQuery form;
@@ -150,6 +152,22 @@ QByteArray RecognitionServices::cover(const QString &release, const std::stop_to
         return answer.value().body;
     Log(QStringLiteral("no cover: %1").arg(answer ? QString::number(answer.value().status) : answer.failure().detail));
     return {};
+}
+
+void refreshRecognitionAccess(const QString &server, const std::stop_token &stop) {
+    if (server.isEmpty() || !AppSettings::recognitionAccess().isEmpty())
+        return;
+    const foundation::HttpLimits limits{30s, kLongestAccess, kRedirects};
+    const auto answer = foundation::sendHttpRequest(
+        {server + QStringLiteral("/recognition/cantorel.txt"), RecognitionServices::fromSettings().userAgent, {}},
+        limits, stop);
+    static const QRegularExpression key(QStringLiteral("^[A-Za-z0-9_-]{4,128}$"));
+    const QString access = answer ? QString::fromLatin1(answer.value().body).trimmed() : QString();
+    if (!answer || answer.value().status != 200 || !key.match(access).hasMatch())
+        return Log(QStringLiteral("no access to recognition: %1")
+                       .arg(answer ? QString::number(answer.value().status) : answer.failure().detail));
+    if (AppSettings::recognitionAccess().isEmpty()) // still
+        AppSettings::setRecognitionAccess(access);
 }
 
 } // namespace cantorel

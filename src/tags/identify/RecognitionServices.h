@@ -19,7 +19,10 @@ struct RecognitionServices {
     QString lookup, musicData, covers;
     QString client; // by which the look-up service knows the program
     QByteArray userAgent;
+    bool isAgreed = true; // The person knows what is sent; the look-up service is not asked before.
     std::chrono::milliseconds patience = std::chrono::seconds(15); // of one request
+
+    bool hasAccess() const { return !client.isEmpty() && !lookup.isEmpty(); }
 
     // As the settings have them.
     static RecognitionServices fromSettings();
@@ -33,5 +36,9 @@ struct RecognitionServices {
     QString genre(const QString &recording, const std::stop_token &stop) const;
     QByteArray cover(const QString &release, const std::stop_token &stop) const;
 };
+
+// Stores the key that the maker's server hands out where the settings have none; one that a person has entered stays.
+// Blocks.
+void refreshRecognitionAccess(const QString &server, const std::stop_token &stop);
 
 } // namespace cantorel

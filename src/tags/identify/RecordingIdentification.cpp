@@ -20,21 +20,20 @@ namespace cantorel {
 
 namespace {
 
-constexpr int kWorkers = 2;       // They wait for services, which take one after the other.
-constexpr int kShortest = 6;      // seconds, of what is identified by itself
-constexpr int kMostAttempts = 99; // to find a name that nobody takes meanwhile
+constexpr int kWorkers = 2;  // They wait for services, which take one after the other.
+constexpr int kShortest = 6; // seconds, of what is identified by itself
 
 } // namespace
 
 struct RecordingIdentification::Work {
-    explicit Work(RecordedAudioInfo &it)
+    Work(RecordedAudioInfo &it, const QFileInfo &info, Asked by)
         : item(&it),
           before(it.getFileName()),
           file(before),
           identity(before),
-          info(before),
           size(info.size()),
-          modified(info.lastModified()) {}
+          modified(info.lastModified()),
+          asked(by) {}
 
     // It is still the file that was asked about.
     bool isUnchanged(const QString &path) const {
@@ -45,11 +44,12 @@ struct RecordingIdentification::Work {
     RecordedItemPointer item;
     QString before, file;
     foundation::FileIdentity identity;
-    QFileInfo info;
     qint64 size;
     QDateTime modified;
+    Asked asked;
     std::optional<RecognisedMusic> music, proposal;
     foundation::Sentence trouble;
+    bool wantsAgreement = false;
     id3Tag tags; // of the file, with what was recognised
     TagsWritten result;
 };
@@ -64,15 +64,15 @@ RecordingIdentification::~RecordingIdentification() {
     mWorkers.waitForDone();
 }
 
-std::shared_ptr<RecordingIdentification::Work> RecordingIdentification::begin(const QString &path) {
+std::shared_ptr<RecordingIdentification::Work> RecordingIdentification::begin(const QString &path, Asked asked) {
     RecordedAudioInfo *item = mList.itemWithFile(path);
-    if (!item || item->isIdentifying || item->isInUse() || !QFileInfo(path).isFile())
+    const QFileInfo info(path);
+    if (!item || item->isInUse() || !info.isFile() || isMovieFile(path))
         return nullptr;
     item->isProcessing = true;
     item->isIdentifying = true;
     item->setStatus(Lang::commIdentifying() + QStringLiteral("..."));
-    ++mUnderWay;
-    return std::make_shared<Work>(*item);
+    return mUnderWay.emplace_back(std::make_shared<Work>(*item, info, asked));
 }
 
 void RecordingIdentification::behind(const std::shared_ptr<Work> &work, std::function<void(Work &)> task,
@@ -86,9 +86,16 @@ void RecordingIdentification::behind(const std::shared_ptr<Work> &work, std::fun
 }
 
 void RecordingIdentification::identifyID3TagsFromFile(const QString &path) {
-    const auto work = begin(path);
+    for (const auto &work : mUnderWay)
+        if (work->before == path)
+            work->asked = Asked::ByHand; // What began by itself is waited for by now.
+    (void)identify(path, Asked::ByHand); // not what is in use
+}
+
+bool RecordingIdentification::identify(const QString &path, Asked asked) {
+    const auto work = begin(path, asked);
     if (!work)
-        return;
+        return false;
     behind(
         work,
         [this](Work &of) {
@@ -96,23 +103,23 @@ void RecordingIdentification::identifyID3TagsFromFile(const QString &path) {
             of.music = recogniser.Start(of.before, true);
             of.proposal = recogniser.proposal();
             of.trouble = recogniser.trouble();
+            of.wantsAgreement = recogniser.wantsAgreement();
             if (of.music)
                 of.tags = recognisedTags(readTags(of.before).value_or(id3Tag()), *of.music);
         },
         &RecordingIdentification::answered);
+    return true;
 }
 
 bool RecordingIdentification::identifyFinished(const RecordedAudioInfo &item) {
-    // Without access nobody could be asked.
-    if (!AppSettings::isAutoIdentifyID3() || AppSettings::recognitionAccess().isEmpty()
-        || Tools::getSecondsFromString(item.duration()) < kShortest)
-        return false;
-    identifyID3TagsFromFile(item.getFileName());
-    return item.isIdentifying;
+    // Without access and without songs nobody could be asked.
+    const bool canBeAsked = AppSettings::isOwnSongs() || !AppSettings::recognitionAccess().isEmpty();
+    return AppSettings::isAutoIdentifyID3() && canBeAsked && Tools::getSecondsFromString(item.duration()) >= kShortest
+           && identify(item.getFileName(), Asked::ByItself);
 }
 
 void RecordingIdentification::use(const QString &file, const RecognisedMusic &music) {
-    const auto work = begin(file);
+    const auto work = begin(file, Asked::ByHand);
     if (!work)
         return;
     work->music = music;
@@ -126,11 +133,14 @@ void RecordingIdentification::answered(const std::shared_ptr<Work> &work) {
     RecordedAudioInfo *item = work->item;
     const bool isSame = item && work->isUnchanged(item->getFileName());
     if (!work->music || !isSame) {
-        end(*work);
+        end(work);
         if (isSame && work->proposal)
-            Q_EMIT proposed(work->file, *work->proposal);
-        else if (isSame)
-            Q_EMIT notIdentified(work->file, work->trouble);
+            Q_EMIT proposed(item->getFileName(), *work->proposal);
+        else if (isSame && work->wantsAgreement && (work->asked == Asked::ByHand || !mIsDeclined)) {
+            mAwaiting << item->getFileName();
+            Q_EMIT agreementWanted();
+        } else if (isSame && work->asked == Asked::ByHand) // What begins by itself says nothing in vain.
+            Q_EMIT notIdentified(item->getFileName(), work->trouble);
         return;
     }
     Log(QStringLiteral("id3Info :%1").arg(work->music->description()));
@@ -161,17 +171,10 @@ void RecordingIdentification::name(Work &work, RecordedAudioInfo &item) {
 
 // Keeps the old name where the folder takes no other one.
 void RecordingIdentification::renameTo(RecordedAudioInfo &item, const QString &base) {
-    const QFileInfo file(item.getFileName());
-    const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
-    QString wanted = base;
-    for (int n = 1; n < kMostAttempts; ++n) {
-        if (mList.rename(item, wanted))
-            return;
-        if (!QFileInfo::exists(file.path() + QLatin1Char('/') + wanted + suffix))
-            break;
-        wanted = QStringLiteral("%1(%2)").arg(base).arg(n);
-    }
-    Log(QStringLiteral("%1 keeps its name").arg(item.getFileName()));
+    const QString before = item.getFileName();
+    (void)renamedFreely(before, base, [&](const QString &name) { return mList.rename(item, name).ok(); });
+    if (item.getFileName() == before)
+        Log(QStringLiteral("%1 keeps its name").arg(before));
 }
 
 void RecordingIdentification::written(const std::shared_ptr<Work> &work) {
@@ -181,13 +184,13 @@ void RecordingIdentification::written(const std::shared_ptr<Work> &work) {
                                                 .arg(ToolFile::fileExtensionAtPath(work->before)));
     if (!work->result.undo.files.empty())
         mList.takeTags({work->file});
-    end(*work);
+    end(work);
     Q_EMIT identified({work->before, work->file, *work->music, work->result.undo});
 }
 
-void RecordingIdentification::end(Work &work) {
-    --mUnderWay;
-    RecordedAudioInfo *item = work.item;
+void RecordingIdentification::end(const std::shared_ptr<Work> &work) {
+    std::erase(mUnderWay, work);
+    RecordedAudioInfo *item = work->item;
     if (!item)
         return;
     item->isIdentifying = false;
@@ -195,6 +198,17 @@ void RecordingIdentification::end(Work &work) {
     item->setStatus({});
     if (mList.view)
         mList.view->recordedListDidChange();
+}
+
+void RecordingIdentification::agree() {
+    AppSettings::setRecognitionAgreed(true);
+    for (const QString &file : std::exchange(mAwaiting, {}))
+        (void)identify(file, Asked::ByHand); // not what is in use by now
+}
+
+void RecordingIdentification::notNow() {
+    mAwaiting.clear();
+    mIsDeclined = true;
 }
 
 void RecordingIdentification::undo(const Identified &identified) {

@@ -1,6 +1,7 @@
 // Recognition from a file to its new name and tags, with the real converter and services on loopback.
 
 #include "platform/foundation/ChildProcess.h"
+#include "platform/foundation/SearchPaths.h"
 #include "recording/library/RecordedList.h"
 #include "settings/AppSettings.h"
 #include "tags/AudioIdentify.h"
@@ -20,6 +21,9 @@
 
 #include <gtest/gtest.h>
 #include <zlib.h>
+
+#include <future>
+#include <utility>
 
 namespace cantorel {
 namespace {
@@ -58,6 +62,7 @@ protected:
         QImage picture(40, 40, QImage::Format_RGB32);
         picture.fill(Qt::red);
         picture.save(&bytes, "PNG");
+        AppSettings::setRecognitionAgreed(true);
     }
     // Looks at each request as the real services do.
     Reply answer(const QByteArray &request) {
@@ -82,6 +87,7 @@ protected:
     RecognitionServices services() const {
         RecognitionServices services = RecognitionServices::at(server.url() + '/');
         services.client = "key";
+        services.isAgreed = AppSettings::isRecognitionAgreed();
         services.patience = std::chrono::seconds(3);
         return services;
     }
@@ -173,6 +179,24 @@ TEST_F(IdentifyTest, EveryFailureIsNoResultAndABusyServiceIsAskedOnceMore) {
     EXPECT_FALSE(CommAudioIdentify(AppSettings::TessolarConverterPath(), services())
                      .Start(QDir::homePath() + "/text.mp3", false));
     EXPECT_TRUE(lengths.isEmpty());
+}
+
+TEST(RecognitionAccess, IsTakenFromTheMakerWhereThereIsNone) {
+    LoopbackServer::Reply reply = Reply::page("<html>sorry</html>");
+    LoopbackServer maker([&](const QByteArray &request) {
+        EXPECT_TRUE(request.startsWith("GET /recognition/cantorel.txt "));
+        return reply;
+    });
+    for (const auto &[answer, access] : {std::pair(reply, ""),
+                                         {Reply::page("abcd1234", "404 No"), ""},
+                                         {Reply::page("abc"), ""},
+                                         {Reply::page("aB3-_xyz\n"), "aB3-_xyz"},
+                                         {Reply::page("other123"), "aB3-_xyz"}}) {
+        reply = answer;
+        refreshRecognitionAccess(maker.url(), {});
+        EXPECT_EQ(AppSettings::recognitionAccess(), access);
+    }
+    EXPECT_EQ(maker.requests().size(), 4) << "one that is there is kept";
 }
 
 struct RecordingsTest : IdentifyTest {
@@ -281,6 +305,97 @@ TEST_F(RecordingsTest, WhatChangesMeanwhileAndWhatIsNotSureIsLeftAlone) {
     EXPECT_EQ(unsure.getFileName(), path("Song.mp3"));
 }
 
+// A service whose answer comes when the test wants it.
+struct Held {
+    std::promise<void> asked, wanted;
+    bool isFirst = true;
+    Reply answer() {
+        if (std::exchange(isFirst, false)) {
+            asked.set_value();
+            wanted.get_future().wait();
+        }
+        return Reply::page(hit(0.95));
+    }
+    void awaitRequest() { EXPECT_EQ(asked.get_future().wait_for(std::chrono::seconds(60)), std::future_status::ready); }
+};
+
+TEST_F(RecordingsTest, TwoAtOnceWithOneTitleKeepTwoFiles) {
+    RecordedAudioInfo &first = add("first.mp3"), &second = add("second.mp3");
+    for (const RecordedAudioInfo *item : {&first, &second, &first})
+        identification.identifyID3TagsFromFile(item->getFileName());
+    settle();
+    EXPECT_EQ(lengths.size(), 2) << "the same twice is asked once";
+    const QStringList names{first.getFileName(), second.getFileName()};
+    EXPECT_TRUE(names.contains(path("Song.mp3")) && names.contains(path("Song(1).mp3"))) << qPrintable(names.join(' '));
+    for (const QString &name : names)
+        EXPECT_EQ(tags(name).id3Title, "Song");
+    EXPECT_EQ(QDir(QDir::homePath()).entryList({"*.mp3"}, QDir::Files | QDir::Hidden).size(), 2);
+}
+
+TEST_F(RecordingsTest, WhatIsRenamedMeanwhileIsFollowedAndWhatIsGoneIsLeft) {
+    RecordedAudioInfo &moved = add("moved.mp3"), &gone = add("gone.mp3");
+    for (RecordedAudioInfo *item : {&moved, &gone}) {
+        Held held;
+        lookup = [&](int) { return held.answer(); };
+        identification.identifyID3TagsFromFile(item->getFileName());
+        held.awaitRequest();
+        if (item == &moved)
+            EXPECT_TRUE(list.rename(moved, "elsewhere"));
+        else
+            QFile::remove(path("gone.mp3"));
+        held.wanted.set_value();
+        settle();
+        EXPECT_FALSE(item->isIdentifying || item->isInUse());
+    }
+    EXPECT_EQ(moved.getFileName(), path("Song.mp3"));
+    EXPECT_FALSE(QFileInfo::exists(path("moved.mp3")) || QFileInfo::exists(path("elsewhere.mp3")));
+    EXPECT_EQ(gone.getFileName() + gone.artist(), path("gone.mp3"));
+    EXPECT_FALSE(QFileInfo::exists(path("Song(1).mp3")));
+}
+
+TEST_F(RecordingsTest, EndingTheProgramMeanwhileLeavesTheFileAsItWas) {
+    const QString file = add("asked.mp3").getFileName();
+    const QByteArray before = test::contents(file);
+    Held held;
+    lookup = [&](int) { return held.answer(); };
+    {
+        RecordingIdentification ending(list, [this](std::stop_token stop) {
+            return CommAudioIdentify(AppSettings::TessolarConverterPath(), services(), stop);
+        });
+        ending.identifyID3TagsFromFile(file);
+        held.awaitRequest();
+    }
+    held.wanted.set_value();
+    EXPECT_EQ(test::contents(file), before);
+    EXPECT_FALSE(QFileInfo::exists(path("Song.mp3")));
+}
+
+TEST_F(IdentifyTest, KilledRightAfterTheNewNameItLosesNothing) {
+    AppSettings::setRecognitionAccess("key");
+    const QString file = sound("Track1.mp3", 8), named = QDir::homePath() + "/Song.mp3";
+    const QByteArray before = test::contents(file);
+    const QString state = foundation::stateFolder() + "/cantorel";
+    foundation::WallClock clock;
+    { RecordedList(state, clock).addRecordedFile(file, "00:00:08", ""); }
+    QProcess process;
+    process.start(CANTOREL_CLI, {"identify", "--server", server.url(), file});
+    while (!QFileInfo::exists(named) && process.state() != QProcess::NotRunning)
+        process.waitForFinished(1);
+    process.kill();
+    process.waitForFinished();
+    RecordedList list(state, clock);
+    list.initRecordedList();
+    ASSERT_EQ(list.items().size(), 1u);
+    const QString kept = list.items()[0]->getFileName();
+    ASSERT_TRUE(QFileInfo::exists(kept)) << qPrintable(kept);
+    const QByteArray now = test::contents(kept);
+    EXPECT_TRUE(now == before || AudioIdentify::getID3TagFromFile(kept)->id3Title == "Song") << "nothing by halves";
+    lengths.clear();
+    EXPECT_EQ(QProcess::execute(CANTOREL_CLI, {"identify", "--server", server.url(), kept}), 0);
+    EXPECT_EQ(AudioIdentify::getID3TagFromFile(named)->id3Title, "Song") << "the next time makes it whole";
+    EXPECT_EQ(QDir(QDir::homePath()).entryList({"*.mp3"}, QDir::Files | QDir::Hidden), QStringList("Song.mp3"));
+}
+
 TEST_F(RecordingsTest, OnlyLongEnoughOnesAreIdentifiedByThemselves) {
     RecordedAudioInfo &shorter = add("five.mp3", 5), &longer = add("six.mp3", 6);
     EXPECT_FALSE(identification.identifyFinished(longer)) << "without access";
@@ -293,17 +408,54 @@ TEST_F(RecordingsTest, OnlyLongEnoughOnesAreIdentifiedByThemselves) {
     EXPECT_FALSE(identification.identifyFinished(add("seven.mp3", 7)));
 }
 
+TEST_F(RecordingsTest, NothingIsSentBeforeThePersonKnowsWhat) {
+    AppSettings::setRecognitionAgreed(false);
+    AppSettings::setRecognitionAccess("key");
+    RecordedAudioInfo &first = add("first.mp3"), &second = add("second.mp3");
+    int asked = 0, unknown = 0;
+    QObject::connect(&identification, &RecordingIdentification::agreementWanted, [&] { ++asked; });
+    QObject::connect(&identification, &RecordingIdentification::notIdentified, [&] { ++unknown; });
+    EXPECT_TRUE(identification.identifyFinished(first));
+    settle();
+    EXPECT_EQ(asked, 1);
+    identification.notNow();
+    EXPECT_TRUE(identification.identifyFinished(first));
+    settle();
+    EXPECT_EQ(asked, 1) << "what begins by itself asks once";
+    identify(second.getFileName());
+    EXPECT_EQ(asked, 2) << "a person is asked again";
+    EXPECT_TRUE(lengths.isEmpty());
+    identification.agree();
+    settle();
+    EXPECT_EQ(second.getFileName(), path("Song.mp3"));
+    EXPECT_EQ(first.getFileName(), path("first.mp3")) << "not now";
+
+    lookup = [](int) { return Reply::page(R"({"status":"ok","results":[]})"); };
+    EXPECT_TRUE(identification.identifyFinished(first));
+    settle();
+    EXPECT_EQ(unknown, 0) << "what begins by itself says nothing in vain";
+    EXPECT_TRUE(identification.identifyFinished(first));
+    identification.identifyID3TagsFromFile(first.getFileName());
+    settle();
+    EXPECT_EQ(unknown, 1) << "unless somebody asks for it meanwhile";
+    EXPECT_EQ(asked, 2);
+}
+
 TEST_F(IdentifyTest, TheCommandSaysWhatItFound) {
     AppSettings::setRecognitionAccess("key");
+    AppSettings::setRecognitionAgreed(false);
     const QString file = sound("Track1.mp3", 8);
+    bool saysWhatIsSent = false;
     const auto run = [&](const QStringList &files) {
         QProcess process;
         process.start(CANTOREL_CLI, QStringList{"--json", "identify", "--server", server.url()} + files);
         EXPECT_TRUE(process.waitForFinished(60000));
+        saysWhatIsSent = process.readAllStandardError().contains("fingerprint");
         return std::pair(process.exitCode(), process.readAllStandardOutput());
     };
     auto [status, said] = run({file});
     EXPECT_EQ(status, 0) << said.constData();
+    EXPECT_TRUE(saysWhatIsSent);
     EXPECT_EQ(QJsonDocument::fromJson(said).object(), (QJsonObject{{"file", file},
                                                                    {"title", "Song"},
                                                                    {"artist", "Choir"},
@@ -314,6 +466,7 @@ TEST_F(IdentifyTest, TheCommandSaysWhatItFound) {
     const QString unknown = QDir::homePath() + "/Song.mp3";
     std::tie(status, said) = run({unknown});
     EXPECT_EQ(status, 0);
+    EXPECT_FALSE(saysWhatIsSent) << "once";
     EXPECT_EQ(QJsonDocument::fromJson(said).object(), (QJsonObject{{"file", unknown}, {"result", QJsonValue()}}));
     EXPECT_EQ(run({QDir::homePath() + "/missing.mp3"}).first, 1);
 }

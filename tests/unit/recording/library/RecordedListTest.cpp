@@ -291,6 +291,20 @@ TEST_F(RecordedListTest, AFailedSaveSaysSoAndCostsNothingThatIsOnTheDisk) {
     EXPECT_EQ(names(*list).back(), "n-ew") << "a stroke stays in sight";
 }
 
+TEST_F(RecordedListTest, ARenameThatWasKilledIsFinishedByTheNextOne) {
+    const auto list = opened();
+    const QString before = file(1), taken = file(2);
+    RecordedAudioInfo &item = list->addRecordedFile(before, {}, {});
+    const QString after = QFileInfo(before).path() + "/new." + QFileInfo(before).suffix();
+    ASSERT_EQ(::link(qPrintable(before), qPrintable(after)), 0);
+    EXPECT_FALSE(list->rename(item, QFileInfo(taken).completeBaseName()));
+    EXPECT_FALSE(list->rename(item, QFileInfo(before).completeBaseName())) << "its own";
+    EXPECT_TRUE(QFile::exists(before));
+    ASSERT_TRUE(list->rename(item, "new"));
+    EXPECT_EQ(item.getFileName(), after);
+    EXPECT_TRUE(QFile::exists(after) && !QFile::exists(before));
+}
+
 TEST_F(RecordedListTest, ReadersLeaveTheJournalOfAnotherArchiveAlone) {
     const auto owner = large();
     owner->addRecordedFile(file(1000), {}, {});
