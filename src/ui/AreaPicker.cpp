@@ -65,7 +65,7 @@ void AreaPicker::paintEvent(QPaintEvent *) {
     QPainterPath veil;
     veil.addRect(rect());
     veil.addRect(mArea);
-    QColor dark(Qt::black);
+    QColor dark = Tokens::dark().ground;
     dark.setAlphaF(kVeil);
     painter.fillPath(veil, dark);
     painter.setPen(QPen(Tokens::dark().focus, measure::kFocus));
@@ -80,7 +80,7 @@ void AreaPicker::paintEvent(QPaintEvent *) {
     place.adjust(-measure::kGap, -measure::kGap, measure::kGap, measure::kGap);
     place.moveCenter({width() / 2, mArea.center().y()});
     painter.setPen(Qt::NoPen);
-    QColor ground = Tokens::dark().surface;
+    const QColor ground = Tokens::dark().surface;
     painter.setBrush(ground);
     painter.drawRoundedRect(place, measure::kButtonRadius, measure::kButtonRadius);
     painter.setPen(Tokens::dark().text);

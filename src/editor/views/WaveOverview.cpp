@@ -97,7 +97,7 @@ void WaveOverview::paintEvent(QPaintEvent *) {
     QPainterPath veil;
     veil.addRect(rect());
     veil.addRect(frame());
-    QColor dark(Qt::black);
+    QColor dark = Tokens::dark().ground;
     dark.setAlphaF(kVeil);
     painter.fillPath(veil, dark);
     painter.setPen(QPen(hasFocus() ? tokens.focus : Tokens::dark().text2, hasFocus() ? measure::kFocus : 1));
