@@ -118,6 +118,18 @@ TEST_F(PipeWirePictureSourceTest, PicturesMayChangeTheirSize) {
     EXPECT_EQ(sink.ends(), 0);
 }
 
+TEST_F(PipeWirePictureSourceTest, WhatABufferDoesNotHoldIsNotRead) {
+    VideoNode node("camera", "Camera", {640, 400});
+    auto source = sourceOf(node);
+    ASSERT_TRUE(source.start(sink, 30));
+    ASSERT_TRUE(eventually([&] { return sink.count() >= 3; }));
+    node.lie();
+    const int now = node.number();
+    ASSERT_TRUE(eventually([&] { return node.number() >= now + 10; }));
+    EXPECT_LE(sink.seen().back().number, now + 1);
+    EXPECT_EQ(sink.ends(), 0);
+}
+
 TEST_F(PipeWirePictureSourceTest, ANodeOrServerThatGoesIsToldOnce) {
     auto node = std::make_unique<VideoNode>("camera", "Camera", PictureSize{320, 200});
     const VideoNode other("other", "Other", {320, 200}); // what a session manager might take in its place
