@@ -87,6 +87,7 @@ TEST_F(PipeWirePictureSourceTest, TheLastPictureBeforeAStandstillIsHandedOver) {
     auto source = sourceOf(node);
     ASSERT_TRUE(source.start(sink, 10));
     ASSERT_TRUE(eventually([&] { return sink.count() >= 3; }));
+    ASSERT_TRUE(eventually([&] { return node.number() > sink.seen().back().number; }));
     node.standStill();
     EXPECT_TRUE(eventually([&] { return sink.seen().back().number == node.number(); }));
 }
