@@ -152,9 +152,10 @@ MovieTime MovieCapture::timeAt(std::uint64_t hostTime) const {
 
 bool MovieCapture::pump() {
     Requests asked;
-    const std::uint64_t here = now();
+    std::uint64_t here = 0;
     {
         const std::lock_guard lock(mMutex);
+        here = now(); // nothing that was asked for lies behind it
         mHasNews = false;
         asked.pauses = mRequests.pauses;
         asked.stopAt = mRequests.stopAt;

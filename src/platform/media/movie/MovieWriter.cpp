@@ -144,8 +144,10 @@ Result<void> MovieWriter::writeFragment() {
 
 Result<FileForm> MovieWriter::finish(MovieTime end) {
     if (mPictures > 0 && !mFailed) {
-        mPictureRun.entries.back().length = static_cast<std::uint32_t>(std::max<std::int64_t>(
-            pictureUnits(end) - mLastPicture, kPictureTimescale / std::max(1, mSettings.pictures.picturesPerSecond)));
+        // One that is alone is seen in any case.
+        const int least = mPictures > 1 ? 1 : kPictureTimescale / std::max(1, mSettings.pictures.picturesPerSecond);
+        mPictureRun.entries.back().length =
+            static_cast<std::uint32_t>(std::max<std::int64_t>(pictureUnits(end) - mLastPicture, least));
         Result<void> done = mSoundEncoder ? mSoundEncoder->flush(mSoundRun) : Result<void>();
         if (done)
             done = writeFragment();

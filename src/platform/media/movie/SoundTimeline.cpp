@@ -57,10 +57,15 @@ public:
         if (isFirst)
             mShift = std::llround(expected) - static_cast<std::int64_t>(moment->accepted);
         FrameQueue &queue = *mInput.queue;
+        const std::size_t known = mPieces.size();
         while (queue.taken() < moment->accepted) {
             const auto hole = queue.nextHole();
             if (hole && hole->position <= queue.taken()) {
-                mShift += isFirst ? 0 : static_cast<std::int64_t>(hole->frames);
+                // Only what comes last is known to stand where it was heard when a device is first looked at.
+                if (isFirst)
+                    mPieces.clear();
+                else
+                    mShift += static_cast<std::int64_t>(hole->frames);
                 queue.passHole();
                 continue;
             }
@@ -69,8 +74,13 @@ public:
         mMoment = moment;
         // A device that stood still without a word, or that was made anew, stands elsewhere by now.
         const double doubt = expected - static_cast<double>(static_cast<std::int64_t>(moment->accepted) + mShift);
-        if (std::abs(doubt) > kMostDoubt * rate())
-            mShift += std::llround(doubt);
+        if (std::abs(doubt) <= kMostDoubt * rate())
+            return;
+        mShift += std::llround(doubt);
+        for (std::size_t i = known; doubt > 0 && i < mPieces.size(); ++i) {
+            mPieces[i].first += std::llround(doubt);
+            mEnd = mPieces[i].end(mChannels);
+        }
     }
 
     void dropBefore(std::int64_t position) {

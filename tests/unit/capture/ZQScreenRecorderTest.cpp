@@ -1,0 +1,172 @@
+#include "capture/ZQAVRecorderKit.h"
+#include "platform/media/movie/software/SoftwareScreen.h"
+#include "tests/support/EmbeddedWorld.h"
+#include "tests/support/Movie.h"
+#include "tests/support/OrdinaryFile.h"
+#include "tests/support/PrivateWorld.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+
+namespace cantorel {
+namespace {
+
+using test::eventually;
+
+// A display and a microphone in software, on a clock that the test moves.
+struct ZQScreenRecorderTest : testing::Test {
+    struct Listener : QObject, ZQAVRecorderDelegate {
+        void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &) override { ++started; }
+        void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &, const media::RecordingCounts &told,
+                                                    const std::optional<foundation::Failure> &why) override {
+            counts = told;
+            failure = why;
+            ++ended;
+        }
+        void AVRecorderDidFinishRecorderWithOutputFilePath(ZQAVRecorder &, const QString &) override { ++files; }
+        int started = 0, ended = 0, files = 0;
+        media::RecordingCounts counts;
+        std::optional<foundation::Failure> failure;
+    };
+
+    ZQScreenRecorderTest() { recorder->delegate = &listener; }
+    void hear() {
+        recorder->setCaptureAudioDevices({*media::captureDeviceWithUniqueID(QStringLiteral("builtin_microphone"))});
+    }
+    void start() { ASSERT_TRUE(recorder->startRecording(QUrl::fromLocalFile(file))); }
+    // Lets time pass, and the recorder see it.
+    void pass(int milliseconds) {
+        for (; milliseconds > 0; milliseconds -= 100) {
+            world.advance(std::min(milliseconds, 100));
+            const double before = recorder->recordingCounts().seconds();
+            (void)eventually([&] { return recorder->recordingCounts().seconds() != before; }, 60);
+        }
+    }
+    void stop() {
+        recorder->stopRecording();
+        for (int i = 0; i < 20 && listener.ended == 0; ++i) {
+            world.advance(50); // what was heard last is on its way yet
+            (void)eventually([&] { return listener.ended > 0; }, 100);
+        }
+        ASSERT_EQ(listener.ended, 1);
+    }
+
+    test::EmbeddedWorld world;
+    media::SoftwareScreen *const screen = new media::SoftwareScreen(*world.clock, {64, 48}); // the sources' below
+    const media::InstalledPictureSources pictures{std::unique_ptr<media::PictureSources>(screen)};
+    Listener listener;
+    std::unique_ptr<ZQScreenRecorder> recorder = ZQScreenRecorder::init();
+    const QString file = QDir::homePath() + "/movie.mp4";
+};
+
+} // namespace
+
+TEST_F(ZQScreenRecorderTest, APauseLeavesNoGapWithOrWithoutSound) {
+    for (const bool isHeard : {false, true}) {
+        SCOPED_TRACE(isHeard);
+        listener.started = listener.ended = 0;
+        if (isHeard)
+            hear();
+        start();
+        ASSERT_TRUE(eventually([&] {
+            world.advance(10);
+            return listener.started == 1;
+        }));
+        const double begun = recorder->recordingCounts().seconds();
+        pass(1000);
+        recorder->pauseRecording();
+        recorder->pauseRecording(); // once
+        EXPECT_TRUE(recorder->isPaused());
+        screen->show(100);
+        world.advance(7000); // less than the queue holds, should nobody read it meanwhile
+        recorder->resumeRecording();
+        screen->show(200);
+        pass(1000);
+        stop();
+        EXPECT_NEAR(listener.counts.seconds(), 2 + begun, 0.1);
+        const auto shown = test::picturesOf(file);
+        EXPECT_NEAR(shown.back().time, 2 + begun, 1.1);
+        for (std::size_t i = 1; i < shown.size(); ++i)
+            EXPECT_LT(shown[i].time - shown[i - 1].time, 1.2) << "what stands still is repeated";
+        EXPECT_TRUE(std::none_of(shown.begin(), shown.end(), [](const auto &one) {
+            return one.grey > 50 && one.grey < 150;
+        })) << "what was seen in the pause is not in the movie";
+        EXPECT_NEAR(test::factOf(file, "v", "stream=duration").toDouble(), listener.counts.seconds(), 0.02);
+    }
+}
+
+TEST_F(ZQScreenRecorderTest, SoundThatNeverComesIsSilenceAndTheEndIsTold) {
+    hear();
+    start();
+    world.unplugMicrophone();
+    ASSERT_TRUE(eventually([&] {
+        world.advance(50);
+        return listener.started == 1;
+    }));
+    pass(2000);
+    stop();
+    EXPECT_FALSE(listener.failure);
+    EXPECT_EQ(listener.files, 1);
+    EXPECT_EQ(test::factOf(file, "a", "stream=codec_name"), "aac");
+    EXPECT_GT(test::factOf(file, "a", "stream=duration").toDouble(), 1.5);
+}
+
+TEST_F(ZQScreenRecorderTest, WhereNothingWasWrittenThereIsNoFileAndTheEndIsToldToo) {
+    start();
+    screen->end({QStringLiteral("gone"), {}});
+    recorder->stopRecording();
+    ASSERT_TRUE(eventually([&] { return listener.ended == 1; }));
+    // The first picture had come, or not.
+    EXPECT_EQ(QFileInfo::exists(file), listener.files == 1);
+    EXPECT_TRUE(QDir::home().entryList({".movie*"}, QDir::Files | QDir::Hidden).isEmpty());
+    EXPECT_FALSE(recorder->isRecording());
+}
+
+TEST_F(ZQScreenRecorderTest, ADisplayOfAnotherSizeIsFittedIntoTheMovie) {
+    start();
+    screen->show(255);
+    ASSERT_TRUE(eventually([&] { return listener.started == 1; }));
+    world.advance(500);
+    screen->resize({128, 48});
+    screen->show(255);
+    world.advance(500);
+    stop();
+    EXPECT_EQ(test::factOf(file, "v", "stream=width,height"), "64,48");
+    const auto middle = test::picturesOf(file, "64:16:0:16"), top = test::picturesOf(file, "64:8:0:0");
+    EXPECT_GT(middle.back().grey, 240);
+    EXPECT_LT(top.back().grey, 20) << "black above it";
+    EXPECT_GT(top[1].grey, 240) << "but not before";
+}
+
+TEST_F(ZQScreenRecorderTest, WhenWritingFailsItStopsSaysWhyAndKeepsWhatWasWritten) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{6000, RLIM_INFINITY};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    hear();
+    start();
+    for (int i = 0; i < 400 && listener.ended == 0; ++i) {
+        screen->show(static_cast<std::uint8_t>(i * 37));
+        world.advance(100);
+        (void)eventually([&] { return listener.ended > 0; }, 20);
+    }
+    ASSERT_EQ(listener.ended, 1);
+    EXPECT_EQ(listener.failure->sentence.key(), "NoRoomLeft");
+    EXPECT_FALSE(recorder->isRecording());
+    EXPECT_EQ(listener.files, 1);
+    EXPECT_GE(test::picturesOf(file).size(), 2u);
+}
+
+TEST_F(ZQScreenRecorderTest, AReleasedOneIsMadeAnew) {
+    ZQScreenRecorder *const first = ZQAVRecorderKit::sharedInstance().getScreenRecorder();
+    EXPECT_EQ(ZQAVRecorderKit::sharedInstance().getScreenRecorder(), first);
+    first->setScreenDisplayId(7);
+    RecorderRelease(first);
+    EXPECT_EQ(ZQAVRecorderKit::sharedInstance().getScreenRecorder()->screenDisplayId(), 0u);
+}
+
+} // namespace cantorel
