@@ -65,7 +65,7 @@ TEST(SoundTimeline, BeginsWithTheFirstFrameWhereThatWasHeard) {
     device.bring(50, 120);
     EXPECT_EQ(taken(timeline, 120), numbers(1, 50));
     EXPECT_EQ(timeline.position(), 120);
-    EXPECT_EQ(timeline.positionOf(at(130)), 130);
+    EXPECT_EQ(timeline.placeOf(at(130)), 130);
 }
 
 TEST(SoundTimeline, SilenceStandsInForWhatIsLateAndSoundGoesOnWhereItBelongs) {
@@ -102,7 +102,7 @@ TEST(SoundTimeline, TheSoundsClockIsThatOfAll) {
         device.bring(100, here);
         EXPECT_EQ(taken(timeline, here).size(), i == 0 ? 100u : 100u);
     }
-    EXPECT_EQ(timeline.positionOf(at(here)), timeline.position());
+    EXPECT_EQ(timeline.placeOf(at(here)), timeline.position());
 }
 
 TEST(SoundTimeline, OthersAreMixedInWhereTheyWereHeardAtTheirOwnRate) {

@@ -146,7 +146,7 @@ void MovieCapture::tell() {
 }
 
 MovieTime MovieCapture::timeAt(std::uint64_t hostTime) const {
-    return mSound ? mSound->timeOf(mSound->positionOf(hostTime))
+    return mSound ? mSound->timeOf(mSound->placeOf(hostTime))
                   : MovieTime(static_cast<std::int64_t>(hostTime) - static_cast<std::int64_t>(mBegin));
 }
 
@@ -182,7 +182,7 @@ bool MovieCapture::pump() {
         show(pause.from);
     passPictures(until);
     if (mSound)
-        mSound->skipTo(mSound->positionOf(until));
+        mSound->skipTo(mSound->placeOf(until));
     if (pause.to == kNever && stopAt == kNever)
         return true;
     {
@@ -236,7 +236,7 @@ bool MovieCapture::hearUntil(std::uint64_t hostTime, std::uint64_t here) {
         return true;
     for (;;) {
         const std::int64_t until =
-            hostTime == kNever ? std::numeric_limits<std::int64_t>::max() : mSound->positionOf(hostTime);
+            hostTime == kNever ? std::numeric_limits<std::int64_t>::max() : mSound->placeOf(hostTime);
         const std::span<const float> frames = mSound->take(until, here);
         if (frames.empty())
             return mSound->position() >= until;

@@ -39,7 +39,7 @@ public:
     std::int64_t first() const { return mPieces.front().first; }
     std::int64_t end() const { return mEnd; }
 
-    double positionOf(std::uint64_t hostTime) const {
+    double placeOf(std::uint64_t hostTime) const {
         const std::uint64_t known = mMoment ? mMoment->hostTime : mBegin;
         const double seconds = (hostTime < known ? -1 : 1)
                                * static_cast<double>(hostTime < known ? known - hostTime : hostTime - known)
@@ -52,7 +52,7 @@ public:
         const auto moment = mInput.moment();
         if (!moment)
             return;
-        const double expected = positionOf(moment->hostTime);
+        const double expected = placeOf(moment->hostTime);
         const bool isFirst = !mMoment;
         if (isFirst)
             mShift = std::llround(expected) - static_cast<std::int64_t>(moment->accepted);
@@ -104,7 +104,7 @@ public:
     // Adds stereo frames as they were heard from that host time on, at another device's rate.
     void mixInto(std::span<float> stereo, std::uint64_t hostTime, int otherRate) {
         const auto count = static_cast<std::int64_t>(stereo.size() / 2);
-        const double wanted = positionOf(hostTime), away = wanted - mNext;
+        const double wanted = placeOf(hostTime), away = wanted - mNext;
         const double ratio = static_cast<double>(rate()) / otherRate;
         double step = ratio;
         if (std::abs(away) > kMostDrift * rate())
@@ -180,8 +180,8 @@ SoundTimeline::~SoundTimeline() = default;
 
 int SoundTimeline::rate() const { return mTracks.front()->rate(); }
 
-std::int64_t SoundTimeline::positionOf(std::uint64_t hostTime) const {
-    return std::llround(mTracks.front()->positionOf(hostTime));
+std::int64_t SoundTimeline::placeOf(std::uint64_t hostTime) const {
+    return std::llround(mTracks.front()->placeOf(hostTime));
 }
 
 std::chrono::nanoseconds SoundTimeline::timeOf(std::int64_t position) const {
@@ -190,7 +190,7 @@ std::chrono::nanoseconds SoundTimeline::timeOf(std::int64_t position) const {
 
 std::int64_t SoundTimeline::ready(std::uint64_t now) const {
     const Track &first = *mTracks.front();
-    const double here = first.positionOf(now);
+    const double here = first.placeOf(now);
     auto ready = first.end();
     if (mTracks.size() > 1)
         ready = std::min(ready, static_cast<std::int64_t>(here - kOthersDelay * rate()));
@@ -211,7 +211,7 @@ std::span<const float> SoundTimeline::take(std::int64_t until, std::uint64_t now
     mBlock.resize(static_cast<std::size_t>(count * mChannels));
     first.copy(mPosition, mBlock);
     // When the first frame was heard, by what is known of now.
-    const double ago = (first.positionOf(now) - static_cast<double>(mPosition)) / rate() * kNanoseconds;
+    const double ago = (first.placeOf(now) - static_cast<double>(mPosition)) / rate() * kNanoseconds;
     const auto heard = static_cast<std::uint64_t>(static_cast<double>(now - mBegin) - ago) + mBegin;
     for (std::size_t i = 1; i < mTracks.size(); ++i)
         mTracks[i]->mixInto(mBlock, heard, rate());

@@ -35,7 +35,7 @@ public:
     int rate() const; // frames a second
 
     // Where a moment lies, as far as is known by now.
-    std::int64_t positionOf(std::uint64_t hostTime) const;
+    std::int64_t placeOf(std::uint64_t hostTime) const;
     std::chrono::nanoseconds timeOf(std::int64_t position) const;
 
     // Where the next frame to be taken lies.
