@@ -2,6 +2,7 @@
 
 #include "platform/media/movie/v4l2/VideoDevices.h"
 
+#include <QByteArray>
 #include <QMap>
 
 #include <linux/videodev2.h>
@@ -47,6 +48,17 @@ public:
         mFree.erase(mFree.begin());
         std::memset(mMemory[index].data(), value, mMemory[index].size());
         mFull.push_back({index, flags, bytes > 0 ? bytes : agreed.sizeimage});
+        ::eventfd_write(mReady, 1);
+        return true;
+    }
+    // A picture of just these bytes, as of a format that packs them.
+    bool bring(const QByteArray &picture) {
+        const std::lock_guard lock(mMutex);
+        if (mFree.empty() || static_cast<std::size_t>(picture.size()) > mMemory[mFree.front()].size())
+            return false;
+        std::memcpy(mMemory[mFree.front()].data(), picture.constData(), static_cast<std::size_t>(picture.size()));
+        mFull.push_back({mFree.front(), 0, static_cast<std::uint32_t>(picture.size())});
+        mFree.erase(mFree.begin());
         ::eventfd_write(mReady, 1);
         return true;
     }

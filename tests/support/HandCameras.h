@@ -43,7 +43,7 @@ public:
             source->sink->takePicture(picture);
     }
     void unplug(const foundation::Failure &why) {
-        for (Source *source : mRunning)
+        for (Source *source : std::exchange(mRunning, {}))
             source->sink->pictureSourceEnded(why);
     }
 

@@ -17,7 +17,7 @@ constexpr int kBlock = 16;
 
 struct VideoNode::Stream {
     std::atomic<int> number = 0;
-    std::atomic<bool> isStill = false;
+    std::atomic<bool> isStill = false, lies = false;
     media::PictureSize size, agreed;
     int rate = 30;
     hal::ThreadLoopHandle loop;
@@ -66,7 +66,7 @@ struct VideoNode::Stream {
                                 (next >> bit & 1) != 0 ? 0xff : 0, kBlock * 4);
             number = next;
             data.chunk->offset = 0;
-            data.chunk->stride = int(line);
+            data.chunk->stride = int(lies ? line * 64 : line);
             data.chunk->size = std::uint32_t(all);
         }
         pw_stream_queue_buffer(stream.get(), buffer);
@@ -144,6 +144,8 @@ void VideoNode::setSize(media::PictureSize size) {
 }
 
 void VideoNode::standStill() { mStream->isStill = true; }
+
+void VideoNode::lie() { mStream->lies = true; }
 
 int VideoNode::number() const { return mStream->number; }
 

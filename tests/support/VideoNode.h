@@ -22,6 +22,8 @@ public:
     void setSize(media::PictureSize size);
     // From now on no new picture comes.
     void standStill();
+    // From now on the buffers hold less than their format says.
+    void lie();
     // Of the newest picture that was given.
     int number() const;
 

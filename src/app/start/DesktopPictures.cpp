@@ -37,7 +37,9 @@ public:
     foundation::Result<std::unique_ptr<media::PictureSource>>
     openDisplay(const media::DisplayRequest &request) override {
         if (isWayland() && request.region)
-            return media::failures::regionOutside(QStringLiteral("the desktop shares what the person chooses"));
+            return foundation::Failure{QStringLiteral("A part of the screen can't be recorded under Wayland, where you "
+                                                      "choose what is shared; leave the region out."),
+                                       QStringLiteral("a region under Wayland")};
         if (isWayland())
             return sharedScreen(request.showsCursor);
         auto *const screens = found();

@@ -64,6 +64,10 @@ TEST_F(ZQCameraRecorderTest, OneCameraIsSeenAndRecorded) {
         EXPECT_NEAR(seen->pixels[pixel * 4 + 1], 200, 6);
         EXPECT_NEAR(seen->pixels[pixel * 4 + 2], 90, 6);
     }
+    cameras->show(1, 2, 3);
+    const auto undrawn = layer->picture();
+    cameras->show(4, 5, 6);
+    EXPECT_EQ(layer->picture(), undrawn) << "what nobody has drawn yet is not made anew";
     ASSERT_TRUE(recorder->startRecording(QUrl::fromLocalFile(file), nullptr));
     ASSERT_TRUE(showUntil([&] { return begun == 1 && recorder->recordingCounts().bytes > 0; }));
     EXPECT_EQ(cameras->asked["front"].starts, 1) << "a camera can be opened once";

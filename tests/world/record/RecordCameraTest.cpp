@@ -86,6 +86,9 @@ TEST_F(RecordPicturesTest, UnderWaylandTheDesktopSharesTheScreen) {
         EXPECT_GE(test::picturesOf(mFile).size(), 20U);
         EXPECT_TRUE(eventually([&] { return portal.session.isEmpty(); })) << "nothing stays shared";
     }
+    const auto part = record("record-screen", {"--region", "0,0,100,100"});
+    EXPECT_EQ(part->status(), 1);
+    expectOneSentence(part->lastLine(), "Wayland");
     portal.responses["Start"] = 1;
     QFile::remove(mFile);
     const auto denied = record("record-screen", {"--seconds", "1"});

@@ -89,6 +89,7 @@ TEST_F(V4l2CameraTest, TheLargestPicturesAtThePaceAreChosen) {
                  {{packed, small}, CameraQuality::Low, 30, 640, V4L2_PIX_FMT_YUYV},
                  {{huge, packed}, CameraQuality::High, 30, 1280, V4L2_PIX_FMT_MJPEG},
                  {{huge}, CameraQuality::Low, 30, 3840, V4L2_PIX_FMT_MJPEG},
+                 {{huge, packed}, CameraQuality::Low, 30, 1280, V4L2_PIX_FMT_MJPEG},
                  {{small, grey}, CameraQuality::High, 30, 640, V4L2_PIX_FMT_YUYV}};
     for (const auto &c : cases) {
         fake().formats = c.formats;

@@ -34,7 +34,7 @@ std::vector<int> numbersIn(const QString &file, int width) {
 class CameraMovieTest : public testing::Test, public QObject, public ZQAVRecorderDelegate {
 protected:
     CameraMovieTest() {
-        noDevices.cameras.clear();
+        devices.cameras.clear();
         recorder->delegate = this;
         EXPECT_TRUE(eventually([] { return ZQCameraRecorder::cameraDevices().size() == 1; }));
         recorder->setCameraDevice(ZQCameraRecorder::cameraDevices().front());
@@ -56,10 +56,10 @@ protected:
     test::PrivateWorld world;
     std::unique_ptr<VideoNode> camera =
         std::make_unique<VideoNode>("camera", "Front camera", media::PictureSize{640, 360}, 30);
-    test::FakeVideoDevices noDevices;
+    test::FakeVideoDevices devices;
     hal::HardwareSystem system{hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames).value(),
                                QDir::homePath() + "/state"};
-    media::InstalledPictureSources sources{std::make_unique<media::CameraSources>(noDevices)};
+    media::InstalledPictureSources sources{std::make_unique<media::CameraSources>(devices)};
     std::unique_ptr<ZQCameraRecorder> recorder = ZQCameraRecorder::init();
     const QString file = QDir::homePath() + "/camera.mp4";
     QStringList finished;
@@ -92,6 +92,37 @@ TEST_F(CameraMovieTest, AnUnpluggedCameraLeavesAMovieThatPlays) {
     EXPECT_EQ(finished, QStringList("CameraGone"));
     EXPECT_EQ(test::factOf(file, "v", "stream=codec_name,width,height"), "h264,640,360");
     EXPECT_GE(test::factOf(file, {}, "format=duration").toDouble(), 1.4);
+}
+
+TEST_F(CameraMovieTest, ACameraThatPacksItsPicturesIsReadLikeAnyOther) {
+    test::FakeCamera packed;
+    packed.formats = {{V4L2_PIX_FMT_MJPEG, 320, 240, 30}};
+    devices.cameras["/dev/video0"] = packed;
+    const QByteArray red = test::outputOf(
+        "ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "color=c=red:s=320x240", "-frames:v", "1", "-f", "mjpeg", "-"});
+    ASSERT_GT(red.size(), 100);
+    recorder->setCameraDevice(ZQCameraRecorder::cameraDevices().front());
+    recorder->setAudioDevice({});
+    const auto layer = recorder->getVideoPreviewLayerWithCameraRect({0, 0, 320, 240});
+    ASSERT_TRUE(recorder->startRecording(QUrl::fromLocalFile(file), nullptr));
+    int brought = 0;
+    ASSERT_TRUE(eventually([&] {
+        // A torn one now and then, as cameras give them.
+        devices.bring(++brought % 5 == 0 ? red.first(red.size() / 3) : red);
+        return recorder->recordingCounts().seconds() >= 1;
+    }));
+    recorder->stopRecording();
+    ASSERT_TRUE(eventually([&] { return !finished.isEmpty(); }));
+    EXPECT_EQ(finished, QStringList("whole"));
+    EXPECT_EQ(test::factOf(file, "v", "stream=codec_name,width,height"), "h264,320,240");
+    const QByteArray colour = test::outputOf("ffmpeg", {"-v", "error", "-i", file, "-frames:v", "1", "-vf", "scale=1:1",
+                                                        "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
+    ASSERT_EQ(colour.size(), 3);
+    EXPECT_GT(std::uint8_t(colour[0]), 240);
+    EXPECT_LT(std::uint8_t(colour[1]), 20);
+    ASSERT_TRUE(layer->picture());
+    EXPECT_GT(layer->picture()->pixels[2], 240);
+    EXPECT_LT(layer->picture()->pixels[0], 20);
 }
 
 } // namespace

@@ -87,6 +87,7 @@ TEST_F(PipeWirePictureSourceTest, TheLastPictureBeforeAStandstillIsHandedOver) {
     auto source = sourceOf(node);
     ASSERT_TRUE(source.start(sink, 10));
     ASSERT_TRUE(eventually([&] { return sink.count() >= 3; }));
+    ASSERT_TRUE(eventually([&] { return node.number() > sink.seen().back().number; }));
     node.standStill();
     EXPECT_TRUE(eventually([&] { return sink.seen().back().number == node.number(); }));
 }
@@ -115,6 +116,18 @@ TEST_F(PipeWirePictureSourceTest, PicturesMayChangeTheirSize) {
         EXPECT_TRUE(eventually([&] { return sink.seen().back().size == size; })) << size.width;
         EXPECT_EQ(source.size(), size);
     }
+    EXPECT_EQ(sink.ends(), 0);
+}
+
+TEST_F(PipeWirePictureSourceTest, WhatABufferDoesNotHoldIsNotRead) {
+    VideoNode node("camera", "Camera", {640, 400});
+    auto source = sourceOf(node);
+    ASSERT_TRUE(source.start(sink, 30));
+    ASSERT_TRUE(eventually([&] { return sink.count() >= 3; }));
+    node.lie();
+    const int now = node.number();
+    ASSERT_TRUE(eventually([&] { return node.number() >= now + 10; }));
+    EXPECT_LE(sink.seen().back().number, now + 1);
     EXPECT_EQ(sink.ends(), 0);
 }
 
