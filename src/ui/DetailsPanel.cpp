@@ -65,7 +65,6 @@ DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
       mFigures(new DigitLabel(mHead)),
       mFields(new TagFields(tags, nullptr)),
       mSaved(new SavedSign(this)),
-      mIdentify(new QPushButton(mHead)),
       mRows(new QVBoxLayout) {
     setObjectName(QStringLiteral("details"));
     setAcceptDrops(true);
@@ -75,8 +74,6 @@ DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
     mBack->setAutoRaise(true);
     mBack->setFocusPolicy(Qt::StrongFocus);
     mBack->hide();
-    mIdentify->setObjectName(QStringLiteral("identifyChosen"));
-    mIdentify->hide();
     mName->setObjectName(QStringLiteral("detailsName"));
     mFigures->setObjectName(QStringLiteral("detailsFigures"));
     mNobody->setObjectName(QStringLiteral("detailsOfNothing"));
@@ -87,15 +84,11 @@ DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
     beside->addWidget(mFigures);
     beside->addStretch();
     mHead->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
-    auto *summary = new QHBoxLayout;
-    summary->setSpacing(2 * measure::kGap);
-    summary->addWidget(mCover, 0, Qt::AlignTop);
-    summary->addLayout(beside, 1);
-    auto *head = new QVBoxLayout(mHead);
+    auto *head = new QHBoxLayout(mHead);
     head->setContentsMargins({});
     head->setSpacing(2 * measure::kGap);
-    head->addLayout(summary);
-    head->addWidget(mIdentify);
+    head->addWidget(mCover, 0, Qt::AlignTop);
+    head->addLayout(beside, 1);
     mRows->setSpacing(measure::kGap / 4);
 
     auto *content = new QWidget;
@@ -131,6 +124,14 @@ DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
     dress();
 }
 
+QPushButton &DetailsPanel::addIdentify() {
+    mIdentify = new QPushButton;
+    mIdentify->setObjectName(QStringLiteral("identifyChosen"));
+    mIdentify->hide();
+    mColumn->insertWidget(mColumn->indexOf(mFields) + 1, mIdentify); // which owns it now
+    return *mIdentify;
+}
+
 void DetailsPanel::changeLanguageText() {
     mPlain->setText(Lang::windowTakesNoTags());
     mFields->changeLanguageText();
@@ -151,10 +152,14 @@ void DetailsPanel::show(const RecordedAudioInfo *item, qsizetype count, const QP
     mNobody->setVisible(!item);
     mNobody->setText(Lang::windowNothingChosen());
     mPlain->setVisible(item && mTags.state() == ID3EditWindowController::State::Plain);
-    Rows rows;
-    if (item) {
+    if (mIdentify)
+        mIdentify->setVisible(item);
+    if (mIdentify && item) {
         mIdentify->setText(item->isIdentifying ? Lang::commIdentifying() + QChar(0x2026) : Lang::btnIdentifyID3());
         mIdentify->setEnabled(!item->isInUse() && !isMovieFile(item->getFileName()));
+    }
+    Rows rows;
+    if (item) {
         const QFileInfo file(item->getFileName());
         mCover->setPixmap(cover);
         const QString more = count > 1 ? QStringLiteral(" + %1").arg(count - 1) : QString();

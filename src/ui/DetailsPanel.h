@@ -41,8 +41,8 @@ public:
     // In place of the list it has an arrow that leads back to it.
     void setCovering(bool covers);
     QToolButton &back() { return *mBack; }
-    // What has the music of the chosen ones recognised; hidden until somebody can.
-    QPushButton &identify() { return *mIdentify; }
+    // A button that is to have the music of the chosen ones recognised; once, where somebody can.
+    QPushButton &addIdentify();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -63,7 +63,7 @@ private:
     DigitLabel *mFigures;
     TagFields *mFields;
     SavedSign *mSaved;
-    QPushButton *mIdentify;
+    QPushButton *mIdentify = nullptr;
     QVBoxLayout *mColumn = nullptr, *mRows;
     Rows mShown;
 };

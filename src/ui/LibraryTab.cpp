@@ -567,8 +567,7 @@ void LibraryTab::setIdentification(RecordingIdentification &identification) {
         tell(Strip::Kind::Hint, Lang::windowIdentifySends(), {});
         mAgree->show();
     });
-    mPanel->identify().show();
-    connect(&mPanel->identify(), &QPushButton::clicked, this, [this] { onIdentifyID3tagsRecordedItem(); });
+    connect(&mPanel->addIdentify(), &QPushButton::clicked, this, [this] { onIdentifyID3tagsRecordedItem(); });
 }
 
 // Those whose files are there, one after the other.

@@ -49,7 +49,7 @@ TEST(SettingsTable, EveryOptionBeginsWithItsDefaultAndKeepsWhatIsSet) {
         EXPECT_EQ(foundation::DefaultsDomain(kBundleIdentifier).ownObject(row.key), other)
             << row.key.toStdString() << " is not stored under its key";
     }
-    EXPECT_EQ(keys.size(), 35U);
+    EXPECT_EQ(keys.size(), 38U);
 }
 
 TEST(SettingsTable, TheResourceOfRegisteredDefaultsAgreesWithTheTable) {
