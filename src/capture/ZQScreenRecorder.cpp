@@ -39,9 +39,11 @@ bool ZQScreenRecorder::initCaptureSession(QString *error) {
     const auto found = sources.displays();
     if (!found)
         return fail(found.failure(), error);
-    const auto display = std::find_if(found.value().begin(), found.value().end(), [this](const media::Display &one) {
-        return mCaptureScreenId == 0 || one.id == mCaptureScreenId;
+    auto display = std::find_if(found.value().begin(), found.value().end(), [this](const media::Display &one) {
+        return mCaptureScreenId == 0 ? one.frame.contains(mCaptureRegion) : one.id == mCaptureScreenId;
     });
+    if (display == found.value().end() && mCaptureScreenId == 0) // it has no region, or that lies outside of all
+        display = found.value().begin();
     if (display == found.value().end())
         return fail(media::failures::displayMissing(QString::number(mCaptureScreenId)), error);
     mCaptureScaleFactor = display->scaleFactor;

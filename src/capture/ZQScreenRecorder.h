@@ -26,7 +26,7 @@ public:
     std::vector<media::Display> displays();
     QString displayNameFromDisplayID(std::uint32_t displayId);
 
-    // 0: the main one. Choosing another one forgets the region.
+    // 0: the one that the region lies in, else the main one. Choosing another one forgets the region.
     void setScreenDisplayId(std::uint32_t displayId);
     std::uint32_t screenDisplayId() const { return mCaptureScreenId; }
     // In points of the space that all displays share; empty: the whole display, also when its size changes.

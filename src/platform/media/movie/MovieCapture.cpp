@@ -165,10 +165,11 @@ bool MovieCapture::pump() {
     const Pause pause = asked.pauses.empty() ? Pause{kNever, kNever} : asked.pauses.front();
     const std::uint64_t limit = std::min(pause.from, stopAt);
 
-    showPictures(limit);
+    // What comes meanwhile may lie in a pause that nobody knows of here.
+    showPictures(std::min(limit, here + 1));
     const bool isHeard = hearUntil(limit, here);
     // What stands still is repeated, but never beyond what may follow.
-    if (mShown && mShownAt != 0 && here >= mShownAt + kSecond && here < limit)
+    if (mShown && here >= mShownAt + kSecond && here < limit)
         show(here);
     if (limit == kNever || !isHeard)
         return true;
@@ -235,11 +236,10 @@ bool MovieCapture::hearUntil(std::uint64_t hostTime, std::uint64_t here) {
     if (!mSound)
         return true;
     for (;;) {
-        const std::int64_t until =
-            hostTime == kNever ? std::numeric_limits<std::int64_t>::max() : mSound->placeOf(hostTime);
+        const std::int64_t until = mSound->placeOf(std::min(hostTime, here));
         const std::span<const float> frames = mSound->take(until, here);
         if (frames.empty())
-            return mSound->position() >= until;
+            return hostTime <= here && mSound->position() >= until;
         MovieSample sample;
         const auto count = static_cast<std::int64_t>(frames.size()) / mSound->channels();
         sample.time = mSound->timeOf(mSound->position() - count);

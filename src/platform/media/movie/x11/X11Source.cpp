@@ -173,8 +173,10 @@ void X11Source::run() {
                 due = here + mInterval;
             }
         }
+        // Who waits for an answer has the events in front of it read as well; the socket does not tell of those again.
+        hear();
         // The pointer is looked for at every turn; else there is nothing to do until something changes.
-        waitUntil(mIsDamaged || mShowsCursor ? std::optional(due) : std::nullopt);
+        waitUntil(mIsDamaged || mIsMoved || mShowsCursor ? std::optional(due) : std::nullopt);
     }
 }
 
