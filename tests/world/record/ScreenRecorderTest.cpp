@@ -143,7 +143,7 @@ struct ScreenRecorderTest : testing::Test {
     }
     static void pass(double seconds) {
         const QDeadlineTimer passed(static_cast<qint64>(seconds * 1000));
-        (void)eventually([&] { return passed.hasExpired(); });
+        (void)eventually([&] { return passed.hasExpired(); }, static_cast<int>(seconds * 1000) + 1000);
     }
 
     const test::PrivateDisplay display{"640x480x24"};
@@ -172,7 +172,7 @@ TEST_F(ScreenRecorderTest, FlashAndClickStayTogetherAcrossAPauseThatLeavesNoGap)
     pass(1.5);
     const auto resumed = std::chrono::steady_clock::now();
     recorder->resumeRecording();
-    pass(0.3);
+    pass(0.3 + qEnvironmentVariableIntValue("CANTOREL_SECONDS_APART")); // more by hand: 300 s
     both.strike();
     both.strike();
     const auto end = std::chrono::steady_clock::now();

@@ -168,7 +168,7 @@ bool MovieCapture::pump() {
     showPictures(limit);
     const bool isHeard = hearUntil(limit, here);
     // What stands still is repeated, but never beyond what may follow.
-    if (mShown && mShownAt != 0 && here >= mShownAt + kSecond && here < limit)
+    if (mShown && here >= mShownAt + kSecond && here < limit)
         show(here);
     if (limit == kNever || !isHeard)
         return true;
