@@ -46,8 +46,7 @@ void ZQCameraRecorder::setOutputVideoQuality(const QString &preset) {
     mCaptureSession->beginConfiguration();
     mCaptureSession->setSessionPreset(preset);
     mCaptureSession->commitConfiguration();
-    // A recording goes on as it began.
-    if (!isRecording())
+    if (!isRecording()) // which goes on as it began
         changeCamera();
 }
 
@@ -59,12 +58,16 @@ void ZQCameraRecorder::changeCamera() {
         show(*preview);
 }
 
+ZQCameraRecorder::Way ZQCameraRecorder::wanted() const {
+    return {qualityOf(mCaptureSession->sessionPreset()), outputFrameRate()};
+}
+
 foundation::Result<std::unique_ptr<media::PictureSource>> ZQCameraRecorder::view() {
     if (!mCamera)
         return media::failures::cameraMissing(QStringLiteral("no camera was chosen"));
     if (!mPictures) {
-        auto opened = media::InstalledPictureSources::current().openCamera(mCamera->uniqueID,
-                                                                           qualityOf(mCaptureSession->sessionPreset()));
+        mOpened = wanted();
+        auto opened = media::InstalledPictureSources::current().openCamera(mCamera->uniqueID, mOpened.quality);
         if (!opened)
             return opened.failure();
         mPictures = std::make_shared<media::SharedPictures>(std::move(opened).value());
@@ -72,10 +75,7 @@ foundation::Result<std::unique_ptr<media::PictureSource>> ZQCameraRecorder::view
     return mPictures->view();
 }
 
-void ZQCameraRecorder::show(VideoPreviewLayer &layer) {
-    mShownRate = outputFrameRate();
-    layer.show(view(), static_cast<int>(mShownRate));
-}
+void ZQCameraRecorder::show(VideoPreviewLayer &layer) { layer.show(view(), static_cast<int>(outputFrameRate())); }
 
 std::shared_ptr<VideoPreviewLayer> ZQCameraRecorder::getVideoPreviewLayerWithCameraRect(const QRectF &rect) {
     auto layer = mPreview.lock();
@@ -90,8 +90,8 @@ std::shared_ptr<VideoPreviewLayer> ZQCameraRecorder::getVideoPreviewLayerWithCam
 }
 
 bool ZQCameraRecorder::startRecording(const QUrl &url, QString *error) {
-    // The camera runs at one pace for all.
-    if (!mPreview.expired() && mShownRate != outputFrameRate() && !isRecording())
+    // It runs in one way for all who take its pictures.
+    if (mOpened != wanted() && !isRecording())
         changeCamera();
     auto seen = view();
     if (!seen)

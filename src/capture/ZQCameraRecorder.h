@@ -8,6 +8,7 @@
 #include <QRectF>
 #include <QString>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -46,6 +47,14 @@ public:
 private:
     ZQCameraRecorder() = default;
 
+    // How the camera is run.
+    struct Way {
+        media::CameraQuality quality = media::CameraQuality::High;
+        std::uint32_t picturesPerSecond = 0;
+        bool operator==(const Way &) const = default;
+    };
+    Way wanted() const;
+
     void changeCamera();
     // The pictures of the camera, for one who takes them.
     foundation::Result<std::unique_ptr<media::PictureSource>> view();
@@ -55,7 +64,7 @@ private:
     std::optional<media::CaptureDevice> mAudioDevice;
     std::shared_ptr<media::SharedPictures> mPictures; // of the camera; null until it is needed
     std::weak_ptr<VideoPreviewLayer> mPreview;
-    std::uint32_t mShownRate = 0; // of the preview
+    Way mOpened; // how the pictures were wanted when they were opened
 };
 
 } // namespace cantorel

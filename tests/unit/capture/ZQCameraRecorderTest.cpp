@@ -136,6 +136,11 @@ TEST_F(ZQCameraRecorderTest, WhatIsChosenReachesTheCamera) {
     recorder->setOutputFrameRate(15);
     ASSERT_TRUE(recorder->startRecording(QUrl::fromLocalFile(file), nullptr));
     EXPECT_EQ(cameras->asked["back"].picturesPerSecond, 15);
+    recorder->setOutputVideoQuality("AVCaptureSessionPresetMedium");
+    EXPECT_EQ(cameras->asked["back"].starts, 2) << "a recording goes on as it began";
+    recorder->stopRecording();
+    ASSERT_TRUE(recorder->startRecording(QUrl::fromLocalFile(file), nullptr));
+    EXPECT_EQ(cameras->asked["back"].quality, media::CameraQuality::Medium);
     recorder->setCameraDevice(cameras->all.front());
     EXPECT_EQ(cameras->asked["back"].running, 1) << "a recording keeps its camera";
     EXPECT_EQ(cameras->asked["front"].running, 1) << "and the preview shows the new one";

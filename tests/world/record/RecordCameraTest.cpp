@@ -32,8 +32,10 @@ protected:
 } // namespace
 
 TEST_F(RecordPicturesTest, ACameraIsRecordedWithTheMicrophone) {
-    const VideoNode front("front", "Front camera", {640, 360}), back("back", "Back camera", {320, 240});
-    ASSERT_TRUE(eventually([&] { return front.id() != 0 && back.id() != 0; }));
+    const VideoNode front("front", "Front camera", {640, 360});
+    ASSERT_TRUE(eventually([&] { return front.id() != 0; }));
+    const VideoNode back("back", "Back camera", {320, 240});
+    ASSERT_TRUE(eventually([&] { return back.id() != 0; }));
     const struct {
         QStringList options;
         int width;
