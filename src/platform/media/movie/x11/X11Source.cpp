@@ -168,7 +168,7 @@ void X11Source::run() {
                 mIsDamaged = true;
             if (mIsDamaged) {
                 show();
-                due = std::max(due + mInterval, std::chrono::steady_clock::now() - mInterval);
+                due = std::max(due + mInterval, here + mInterval / 2); // what was late is caught up with, not at once
             } else {
                 due = here + mInterval;
             }
