@@ -157,9 +157,12 @@ TEST_F(PipeWirePictureSourceTest, ANodeOrServerThatGoesIsToldOnce) {
 }
 
 TEST_F(PipeWirePictureSourceTest, ANodeThatIsNotThereIsTold) {
+    const VideoNode other("other", "Other", {320, 200}); // what a session manager might take in its place
+    ASSERT_TRUE(eventually([&] { return other.id() != 0; }));
     PipeWirePictureSource source({4711, {}, {}, {8192, 8192}, {kGone, "gone"}});
     const auto started = source.start(sink, 30);
     EXPECT_TRUE(!started || eventually([&] { return sink.ends() == 1; }));
+    EXPECT_EQ(other.number(), 0) << "no other camera is looked through";
 }
 
 } // namespace

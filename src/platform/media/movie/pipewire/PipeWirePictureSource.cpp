@@ -27,6 +27,7 @@ constexpr foundation::SentenceKey kNoPictures("NoPictures");
 
 constexpr std::uint64_t kSecond = 1'000'000'000;
 constexpr std::uint64_t kPatience = 5 * kSecond; // until the node gives pictures
+constexpr std::uint64_t kRetry = kSecond / 10;
 constexpr int kBuffers = 8;
 
 struct KnownFormat {
@@ -168,6 +169,7 @@ private:
     spa_pod *offerRaw(spa_pod_builder &builder) const;
     spa_pod *offerJpeg(spa_pod_builder &builder) const;
     void addSizeAndRate(spa_pod_builder &builder) const;
+    void reconnect();
     void wakeAt(std::uint64_t time);
     void handOver(std::uint64_t now);
     void giveBack() {
@@ -187,6 +189,7 @@ private:
     PicturePace mPace;
     std::optional<StreamFormat> mFormat;
     pw_buffer *mWaiting = nullptr; // a picture that is not due yet
+    std::uint64_t mDeadline = 0;   // for the first picture
     bool mIsStreaming = false;
     std::atomic<bool> mHasEnded = false; // the sink is told nothing any more
 
@@ -230,7 +233,8 @@ Result<void> PipeWirePictureSource::Stream::connect() {
     pw_loop *loop = pw_thread_loop_get_loop(mLoop.get());
     const auto timer = [](void *data, std::uint64_t) { static_cast<Stream *>(data)->onTimer(); };
     mTimer = hal::LoopSourceHandle(pw_loop_add_timer(loop, timer, this), {loop});
-    wakeAt(monotonicTime() + kPatience);
+    mDeadline = monotonicTime() + kPatience;
+    wakeAt(monotonicTime() + kSecond);
     return connectStream();
 }
 
@@ -332,8 +336,13 @@ void PipeWirePictureSource::Stream::onFormat(const spa_pod *param) {
 
 void PipeWirePictureSource::Stream::onState(pw_stream_state state, const char *error) {
     mIsStreaming = mIsStreaming || state == PW_STREAM_STATE_STREAMING;
-    if (state == PW_STREAM_STATE_ERROR || state == PW_STREAM_STATE_UNCONNECTED)
+    if (state != PW_STREAM_STATE_ERROR && state != PW_STREAM_STATE_UNCONNECTED)
+        return;
+    const std::uint64_t now = monotonicTime();
+    if (mIsStreaming || now >= mDeadline)
         end(error ? error : "the node has gone");
+    else // The session manager may not know a node yet that has just come, or overlook it.
+        wakeAt(std::min(now + kRetry, mDeadline));
 }
 
 void PipeWirePictureSource::Stream::end(const char *why) {
@@ -351,8 +360,18 @@ void PipeWirePictureSource::Stream::wakeAt(std::uint64_t time) {
 void PipeWirePictureSource::Stream::onTimer() {
     if (mWaiting && !mHasEnded)
         handOver(monotonicTime());
-    else if (!mIsStreaming)
+    else if (!mIsStreaming && monotonicTime() >= mDeadline)
         end("no pictures in time");
+    else if (!mIsStreaming)
+        reconnect();
+}
+
+void PipeWirePictureSource::Stream::reconnect() {
+    mHook.remove();
+    mStream.reset();
+    wakeAt(std::min(monotonicTime() + kSecond, mDeadline));
+    if (const auto connected = connectStream(); !connected)
+        end("not connected again");
 }
 
 void PipeWirePictureSource::Stream::onProcess() {

@@ -130,7 +130,8 @@ void PortalScreenSource::stop() {
     if (std::exchange(mAnswer, nullptr))
         bus.send(callTo(kRequest, QStringLiteral("Close"), {}, mRequest));
     if (!mSession.isEmpty()) {
-        bus.disconnect(kService, mSession, kSessionInterface, QStringLiteral("Closed"), this, SLOT(sessionDidClose()));
+        bus.disconnect(kService, mSession, kSessionInterface, QStringLiteral("Closed"), this,
+                       SLOT(sessionDidClose(QDBusMessage)));
         bus.send(callTo(kSessionInterface, QStringLiteral("Close"), {}, mSession));
     }
     mRequest.clear();
@@ -190,7 +191,8 @@ void PortalScreenSource::sessionIsOpen(const QVariantMap &results) {
     mSession = results.value(QStringLiteral("session_handle")).toString();
     if (mSession.isEmpty())
         return giveUp({kScreenNotShared(), QStringLiteral("CreateSession named no session")});
-    mBus().connect(kService, mSession, kSessionInterface, QStringLiteral("Closed"), this, SLOT(sessionDidClose()));
+    mBus().connect(kService, mSession, kSessionInterface, QStringLiteral("Closed"), this,
+                   SLOT(sessionDidClose(QDBusMessage)));
     // What is not on offer is not asked for: the whole request would fail.
     const auto offered = [this](const char *property, uint otherwise) {
         return mPortal.value(QString::fromLatin1(property), otherwise).toUInt();
@@ -244,8 +246,9 @@ void PortalScreenSource::openRemote(std::uint32_t node) {
          });
 }
 
-void PortalScreenSource::sessionDidClose() {
-    giveUp({kScreenShareEnded(), QStringLiteral("the portal has closed the session")});
+void PortalScreenSource::sessionDidClose(const QDBusMessage &signal) {
+    if (signal.path() == mSession) // One on its way may be of the session before.
+        giveUp({kScreenShareEnded(), QStringLiteral("the portal has closed the session")});
 }
 
 // On the thread of the pictures, or on ours.

@@ -43,7 +43,7 @@ public:
 
 private Q_SLOTS:
     void requestDidRespond(const QDBusMessage &signal);
-    void sessionDidClose();
+    void sessionDidClose(const QDBusMessage &signal);
 
 private:
     // What follows the results of a request.
