@@ -65,7 +65,8 @@ inline std::vector<double> clicksOf(const QString &file) {
     const QByteArray bytes =
         outputOf("ffmpeg", {"-v", "error", "-i", file, "-vn", "-ac", "1", "-ar", "48000", "-f", "f32le", "-"});
     std::vector<float> samples(static_cast<std::size_t>(bytes.size()) / sizeof(float));
-    std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
+    if (!samples.empty())
+        std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
     std::vector<double> clicks;
     for (std::size_t i = 0; i < samples.size(); ++i)
         if (std::abs(samples[i]) > 0.3f && (clicks.empty() || static_cast<double>(i) / 48000 - clicks.back() > 0.2))

@@ -48,7 +48,7 @@ public:
     RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordingSession session{*this, list, surroundings("state")};
     TaskList tasks;
-    ScheduledSession scheduled{session, tasks, *this, *world.clock, [this] { return now(); }};
+    ScheduledSession scheduled{session, nullptr, tasks, *this, *world.clock, [this] { return now(); }};
 };
 
 } // namespace
