@@ -368,7 +368,7 @@ void EditorPage::showHead() {
 void EditorPage::showView() {
     mOverview->showView();
     mZoomIn->setEnabled(mManager.canZoom(kZoomStep));
-    mZoomOut->setEnabled(mManager.canZoom(1 / kZoomStep));
+    mZoomOut->setVisible(mManager.canZoom(1 / kZoomStep));
     const WaveGeometry &geometry = mManager.geometry();
     const bool isPart = geometry.zoom() > 1;
     mFrom->setText(isPart ? TimeField::wholeText(geometry.viewStart()) : QStringLiteral("00:00:00"));

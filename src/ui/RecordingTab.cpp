@@ -197,7 +197,7 @@ void RecordingTab::changeEvent(QEvent *event) {
         showSettings();
     if (event->type() == QEvent::FontChange)
         fit();
-    if (event->type() == QEvent::LanguageChange && isVisible())
+    if (event->type() == QEvent::LanguageChange)
         showTexts();
     QWidget::changeEvent(event);
 }

@@ -191,7 +191,7 @@ TEST_F(Movie, AnAreaIsDrawnMovedByKeysAndLeft) {
     EXPECT_EQ(movies.wish().area, QRect(20, 20, 100, 90));
     click("record");
     ASSERT_TRUE(isState(RecorderState::Recording));
-    pass(1500);
+    EXPECT_TRUE(passUntil([&] { return panel.display().seconds >= 1; }));
     click("record");
     ASSERT_TRUE(isState(RecorderState::Idle));
     ASSERT_EQ(asked.requests.size(), 1u);
@@ -226,10 +226,10 @@ TEST_F(Movie, ACameraIsSeenInTheStageBeforeAndWhileItIsRecorded) {
     ASSERT_TRUE(isState(RecorderState::Recording));
     EXPECT_TRUE(isSeen());
     photograph(window, "movie-camera");
-    pass(1500);
+    EXPECT_TRUE(passUntil([&] { return panel.display().seconds >= 1; }));
     click("record");
     ASSERT_TRUE(isState(RecorderState::Idle));
-    ASSERT_EQ(list.items().size(), 1u);
+    ASSERT_EQ(list.items().size(), 1u) << panel.sentence().toStdString();
     EXPECT_TRUE(list.items().front()->getFileName().endsWith("Track1.mp4"));
     click("screenToggle");
     EXPECT_FALSE(preview.isVisible()) << "the camera is let go";

@@ -134,6 +134,7 @@ TEST_F(Settings, TheLanguageChangesEverythingAtOnce) {
 
 TEST_F(Settings, UnitsAndFormatsAreNamedAsTheLanguageNamesThem) {
     window.tasks();
+    window.changeLanguageText(); // as each start does
     EXPECT_EQ(find<QComboBox>("format")->itemText(1), AppSettings::audioFormats()[1]) << "as fixed";
     for (const auto &[language, hours, seconds, format] :
          {std::tuple("Japanese", " 時間", " 秒", "MP3  - 高音質"), {"Turkish", " sa", " sn", "MP3  - Yüksek kalite"}}) {

@@ -153,6 +153,7 @@ Result<void> MovieSession::start() {
     if (!started || !isNoted) {
         const Failure why = started ? Failure{kStateFolder(), QStringLiteral("the journal could not be written")}
                                     : mRecorder->failure().value_or(Failure{});
+        mRecorder->stopRecording();
         finish(mPath, {}, {});
         return why;
     }
