@@ -29,6 +29,8 @@
 #include <QShortcut>
 #include <QToolButton>
 
+#include <utility>
+
 namespace cantorel::ui {
 
 namespace {
@@ -187,8 +189,8 @@ void EditorPage::makeActions() {
     mExport->setAutoRaise(false);
     connect(mOpen, &QToolButton::clicked, this, [this] { open(); });
     connect(mExport, &QToolButton::clicked, &mManager, &ZQAudioEditorManager::showExportInfo);
-    connect(mPlay, &PlayButton::clicked, &mManager, &ZQAudioEditorManager::playOrPause);
-    connect(mPlayCuts, &QPushButton::clicked, &mManager, &ZQAudioEditorManager::playCuts);
+    connect(mPlay, &PlayButton::clicked, this, [this] { play([this] { mManager.playOrPause(); }); });
+    connect(mPlayCuts, &QPushButton::clicked, this, [this] { play([this] { mManager.playCuts(); }); });
     for (QPushButton *button : {&mCutInfo->add(), &mCutInfo->remove(), &mCutInfo->clear(), &mCutInfo->find()})
         button->setFocusPolicy(Qt::TabFocus);
     connect(&mCutInfo->add(), &QPushButton::clicked, &mManager, &ZQAudioEditorManager::addNewCutEntity);
@@ -262,7 +264,8 @@ void EditorPage::listen() {
     ZQAudioPlayingPointView &head = mWave->head();
     connect(&head, &ZQAudioPlayingPointView::pointed, this, [this](QPointF point) { showReadout(point); });
     connect(&head, &ZQAudioPlayingPointView::left, this, [this] { showReadout({}); });
-    connect(&head, &ZQAudioPlayingPointView::doubleClicked, &mManager, &Manager::playCut);
+    connect(&head, &ZQAudioPlayingPointView::doubleClicked, this,
+            [this](QPointF point) { play([this, point] { mManager.playCut(point); }); });
     connect(&head, &ZQAudioPlayingPointView::zoomWanted, this,
             [this](double factor, double x) { mManager.zoom(factor, x); });
     connect(&head, &ZQAudioPlayingPointView::scrollWanted, this, [this](double points) {
@@ -281,6 +284,17 @@ void EditorPage::begin() {
         mOpen->setFocus(Qt::OtherFocusReason);
     else
         mWave->head().setFocus(Qt::OtherFocusReason);
+}
+
+// What plays already was agreed to.
+void EditorPage::play(std::function<void()> begin) {
+    if (!mConsent.isWanted() || mManager.player().isPlaying())
+        return begin();
+    Q_EMIT playsIntoRecording([this, begin = std::move(begin)] {
+        mConsent.give();
+        begin();
+    });
+    showState(); // The button that was pressed is as it was.
 }
 
 void EditorPage::open() {
@@ -451,7 +465,7 @@ bool EditorPage::act(const QKeyEvent &event) {
         return false;
     switch (event.key()) {
     case Qt::Key_Space:
-        isShifted ? mManager.playCuts() : mManager.playOrPause();
+        play([this, isShifted] { isShifted ? mManager.playCuts() : mManager.playOrPause(); });
         return true;
     case Qt::Key_Left:
     case Qt::Key_Right:

@@ -2,9 +2,11 @@
 
 #include "editor/ZQAudioEditorManager.h"
 #include "ui/Page.h"
+#include "ui/PlayingConsent.h"
 #include "ui/Strip.h"
 #include "ui/ZQAudioHeaderView.h"
 
+#include <functional>
 #include <optional>
 
 class QLabel;
@@ -33,11 +35,14 @@ public:
     ZQAudioEditorManager &manager() { return mManager; }
     void edit(const QString &file);
     void begin() override;
+    void setRecordsSystemSound(bool records) { mConsent.setRecordsSystemSound(records); }
 
 Q_SIGNALS:
     // An export has made these.
     void exported(const QStringList &files);
     void revealWanted(const QStringList &files);
+    // What is played would be recorded: it begins with that call, if the person agrees.
+    void playsIntoRecording(const std::function<void()> &play);
 
 private:
     void makeActions();
@@ -45,6 +50,7 @@ private:
     QWidget *makeLead();
     void listen();
     void open();
+    void play(std::function<void()> begin);
     void chooseInsert(InsertType type);
     void askForName();
     void showState();
@@ -67,6 +73,7 @@ private:
     void changeEvent(QEvent *event) override;
 
     ZQAudioEditorManager mManager;
+    PlayingConsent mConsent;
     QToolButton *mOpen, *mInsert, *mExport;
     ZQAudioHeaderView mHeader;
     QMenu *mInsertMenu;

@@ -325,7 +325,7 @@ void LibraryTab::play(const QString &file) {
         return;
     if (!QFileInfo::exists(file))
         notice(kFileGone(file));
-    else if (mPlaying == Playing::AsksFirst)
+    else if (mConsent.isWanted())
         Q_EMIT playsIntoRecording(file);
     else if (isMovieFile(file))
         watch(file);
@@ -343,16 +343,10 @@ void LibraryTab::watch(const QString &file) {
         notice(opened.failure().sentence);
 }
 
-void LibraryTab::setRecordsSystemSound(bool records) {
-    if (!records)
-        mPlaying = Playing::Free;
-    else if (mPlaying == Playing::Free)
-        mPlaying = Playing::AsksFirst;
-}
+void LibraryTab::setRecordsSystemSound(bool records) { mConsent.setRecordsSystemSound(records); }
 
 void LibraryTab::playAllTheSame(const QString &file) {
-    if (mPlaying == Playing::AsksFirst)
-        mPlaying = Playing::Allowed;
+    mConsent.give();
     play(file);
 }
 

@@ -10,6 +10,7 @@
 #include "recording/library/RecordingsModel.h"
 #include "recording/library/RecordingsRemoval.h"
 #include "ui/CoverPictures.h"
+#include "ui/PlayingConsent.h"
 #include "ui/Strip.h"
 
 #include <QWidget>
@@ -151,7 +152,7 @@ private:
     std::vector<ID3EditWindowController::Unsaved> mLeft; // tags that may still be saved
     PlayerBar *mPlayerBar;
     QToolButton *mAdd, *mEdit, *mConvert, *mReveal, *mToggle;
-    enum class Playing { Free, AsksFirst, Allowed } mPlaying = Playing::Free;
+    PlayingConsent mConsent;
 };
 
 } // namespace cantorel::ui

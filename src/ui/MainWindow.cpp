@@ -124,7 +124,8 @@ void MainWindow::complete() {
     connect(&mLibraryTab->media(), &LibraryMedia::toWindow, this, [this] { bringToFront(); });
     connect(&mLibraryTab->media(), &LibraryMedia::toEnd, this, [this] { leave(); });
     connect(&mParts.panel, &RecorderPanel::dayChanged, mLibraryTab, &LibraryTab::itemsDidChange);
-    connect(mLibraryTab, &LibraryTab::playsIntoRecording, this, [this](const QString &file) { askToPlay(file); });
+    connect(mLibraryTab, &LibraryTab::playsIntoRecording, this,
+            [this](const QString &file) { askToPlay([this, file] { mLibraryTab->playAllTheSame(file); }); });
     mLibraryTab->setIdentification(mParts.identification);
     connect(mLibraryTab, &LibraryTab::convertWanted, this, &MainWindow::openConverter);
     connect(mLibraryTab, &LibraryTab::editWanted, this,
@@ -414,6 +415,8 @@ EditorPage &MainWindow::editorPage() {
     if (mEditor)
         return *mEditor;
     mEditor = new EditorPage(mParts.clock, this);
+    mEditor->setRecordsSystemSound(recordsSystemSound());
+    connect(mEditor, &EditorPage::playsIntoRecording, this, &MainWindow::askToPlay);
     connect(mEditor, &EditorPage::exported, this, [this](const QStringList &files) { library().add(files); });
     connect(mEditor, &EditorPage::revealWanted, this, [this](const QStringList &files) {
         if (mParts.desktop.files)
@@ -526,18 +529,20 @@ void MainWindow::askBeforeDiscarding(const QString &named) {
     mRecordingTab->cards().leftovers().ask(texts, answered, true);
 }
 
-// Qt passes it on to all that stands in the window, and to its dialogs.
-void MainWindow::askToPlay(const QString &file) {
+void MainWindow::askToPlay(std::function<void()> play) {
     const AlertSheet sheet{AlertStyle::Warning,
                            AppSettings::appName(),
                            Lang::windowPlaysIntoRecording(),
                            {Lang::btnCancel(), Lang::btnPlay()}};
-    mAlerts->beginSheet(sheet, [this, file](int returnCode) {
+    mAlerts->beginSheet(sheet, [play = std::move(play)](int returnCode) {
         if (returnCode == MainWindowFace::kFirstButton + 1)
-            mLibraryTab->playAllTheSame(file);
+            play();
     });
 }
 
+bool MainWindow::recordsSystemSound() const { return isRecording() && includesSystemSound(mParts.recorder.source()); }
+
+// Qt passes it on to all that stands in the window, and to its dialogs.
 void MainWindow::changeLanguageText() {
     QEvent change(QEvent::LanguageChange);
     QCoreApplication::sendEvent(this, &change);
@@ -616,7 +621,9 @@ void MainWindow::showPanel() {
         return;
     mStatusItem->showPanel();
     mLibraryTab->media().setRecording(isRecording());
-    mLibraryTab->setRecordsSystemSound(isRecording() && includesSystemSound(mParts.recorder.source()));
+    mLibraryTab->setRecordsSystemSound(recordsSystemSound());
+    if (mEditor)
+        mEditor->setRecordsSystemSound(recordsSystemSound());
     if (mHasSign && !isRecording()) {
         mNotices.endSign();
         signDidChange(false);

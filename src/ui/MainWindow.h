@@ -132,7 +132,8 @@ private:
     void showOrHide();
     // Ends the program, after asking if something is recorded or converted.
     void leave();
-    void askToPlay(const QString &file);
+    void askToPlay(std::function<void()> play);
+    bool recordsSystemSound() const;
     void askToLeave();
     void stayHidden();
     // The desktop message that stands for the hidden, recording window where there is no tray has appeared or

@@ -277,6 +277,27 @@ TEST_F(EditorPage, SpacePlaysAndSelectionsArePlayedInTurn) {
     EXPECT_FALSE(find<QPushButton>("playCuts")->isEnabled());
 }
 
+TEST_F(EditorPage, PlayingIntoARecordingIsAskedAboutOnce) {
+    open(sound("Song.wav", 5));
+    session.claim();
+    ASSERT_TRUE(session.startRecording());
+    ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
+    const auto sheets = [&] { return window.findChildren<QMessageBox *>("sheet").size(); };
+    click("playEdited");
+    ASSERT_EQ(sheets(), 1);
+    answer(Lang::btnCancel());
+    EXPECT_FALSE(manager().player().isPlaying());
+    click("playEdited");
+    answer(Lang::btnPlay());
+    EXPECT_TRUE(passUntil([&] { return manager().player().isPlaying(); }));
+    const auto before = sheets();
+    click("playEdited");
+    click("playEdited");
+    EXPECT_EQ(sheets(), before) << "once a recording";
+    session.stopRecording();
+    ASSERT_TRUE(passUntil([&] { return session.isSettled(); }, 60'000));
+}
+
 TEST_F(EditorPage, WhatIsInsertedCanBeUndone) {
     open(sound("Short.wav", 20));
     select(5, 6);
