@@ -43,7 +43,7 @@ def pictures(file):
 
 with tempfile.TemporaryDirectory() as folder:
     read, write = os.pipe()
-    server = started(["Xvfb", "-displayfd", str(write), "-screen", "0", f"{options.size}x24", "-nolisten", "tcp"],
+    server = started(["Xvfb", "-displayfd", str(write), "-screen", "0", f"{options.size}x24", "-nolisten", "tcp", "-noreset"],
                      pass_fds=[write], stderr=subprocess.DEVNULL)
     display = ":" + os.read(read, 32).decode().strip()
     environment = dict(os.environ, DISPLAY=display, HOME=folder, XDG_STATE_HOME=folder, XDG_CONFIG_HOME=folder)
