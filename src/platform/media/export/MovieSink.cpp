@@ -74,7 +74,7 @@ public:
         if (mFormat.isFloat)
             return write({reinterpret_cast<const std::uint8_t *>(interleaved.data()), interleaved.size_bytes()});
         mIntegers.resize(interleaved.size());
-        // Limited before it is rounded: the compiler makes one vector loop of it.
+        // Limited before it is rounded, so that nothing has to be asked in between.
         std::transform(interleaved.begin(), interleaved.end(), mIntegers.begin(), [](float sample) {
             return static_cast<std::int16_t>(std::lrint(std::clamp(sample * 32768.0F, -32768.0F, 32767.0F)));
         });
