@@ -20,6 +20,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <string_view>
 #include <tuple>
@@ -46,6 +47,36 @@ bool areTwoNames(const QString &one, const QString &other) {
            && ::lstat(QFile::encodeName(other).constData(), &second) == 0 && first.st_dev == second.st_dev
            && first.st_ino == second.st_ino && first.st_nlink > 1;
 }
+
+// A file in the state folder that holds both names while one is renamed. What is left of it by a program that was
+// killed tells the next one which name is to go.
+class NotedRename {
+public:
+    NotedRename(const QString &stateFolder, const QString &before, const QString &after) : mFile(path(stateFolder)) {
+        if (mFile.open(QIODevice::WriteOnly | QIODevice::Truncate)) // Without it, at worst the file keeps two names.
+            mFile.write((before + QLatin1Char('\n') + after).toUtf8());
+        mFile.close();
+    }
+    ~NotedRename() { mFile.remove(); }
+    NotedRename(const NotedRename &) = delete;
+    NotedRename &operator=(const NotedRename &) = delete;
+
+    // Only the name that the stored list does not know any more goes: its owner may be at it right now.
+    static void finish(const QString &stateFolder, const std::function<bool(const QString &)> &isListed) {
+        QFile file(path(stateFolder));
+        if (!file.open(QIODevice::ReadOnly))
+            return;
+        const QStringList names = QString::fromUtf8(file.read(kLongest)).split(QLatin1Char('\n'));
+        if (names.size() == 2 && areTwoNames(names[0], names[1]) && isListed(names[1]) && !isListed(names[0]))
+            QFile::remove(names[0]);
+    }
+
+private:
+    static constexpr qint64 kLongest = 16'384;
+    static QString path(const QString &stateFolder) { return stateFolder + QStringLiteral("/renaming"); }
+
+    QFile mFile;
+};
 
 const QString kDateFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 
@@ -129,6 +160,9 @@ RecordedList::Items RecordedList::load() {
     mArchiveSize = stored.archive.size();
     if (std::erase_if(items, [](const auto &item) { return !QFile::exists(item->getFileName()); }) > 0)
         mJournalFits = false;
+    NotedRename::finish(mStateFolder, [&items](const QString &name) {
+        return std::any_of(items.begin(), items.end(), [&](const auto &item) { return item->getFileName() == name; });
+    });
     if (mTold.thread() != QThread::currentThread())
         for (const auto &item : items)
             (void)item->searchKey(); // made while nobody waits for it
@@ -334,6 +368,7 @@ foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QSt
         return foundation::Failure{kNameTaken(clean + suffix), {}};
     // The file has both names until the list with the new one is on the disk, where the disk can do that: whenever this
     // is killed, the stored list names a file that is there.
+    const NotedRename noted(mStateFolder, before, renamed);
     const bool hasBoth =
         hadBoth || ::link(QFile::encodeName(before).constData(), QFile::encodeName(renamed).constData()) == 0;
     if (!hasBoth && !ToolFile::moveFileFromPath(before, renamed, &why))
