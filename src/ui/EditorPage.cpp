@@ -539,12 +539,4 @@ void EditorPage::hideEvent(QHideEvent *event) {
     Page::hideEvent(event);
 }
 
-void EditorPage::changeEvent(QEvent *event) {
-    if (event->type() == QEvent::PaletteChange)
-        showIcons();
-    if (event->type() == QEvent::LanguageChange)
-        showTexts();
-    Page::changeEvent(event);
-}
-
 } // namespace cantorel::ui

@@ -5,6 +5,7 @@
 #include "ui/look/Look.h"
 
 #include <QBoxLayout>
+#include <QEvent>
 #include <QToolButton>
 
 namespace cantorel::ui {
@@ -85,6 +86,14 @@ void Page::fit() {
 void Page::resizeEvent(QResizeEvent *event) {
     fit();
     QWidget::resizeEvent(event);
+}
+
+void Page::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange)
+        showIcons();
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
+    QWidget::changeEvent(event);
 }
 
 } // namespace cantorel::ui

@@ -16,7 +16,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
-#include <QEvent>
 #include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
@@ -477,14 +476,6 @@ void TasksPage::showDays() {
         setTabOrder(previous, button);
         previous = button;
     }
-}
-
-void TasksPage::changeEvent(QEvent *event) {
-    if (event->type() == QEvent::PaletteChange)
-        showIcons();
-    if (event->type() == QEvent::LanguageChange)
-        showTexts();
-    Page::changeEvent(event);
 }
 
 } // namespace cantorel::ui

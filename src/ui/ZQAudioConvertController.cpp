@@ -345,6 +345,7 @@ void ZQAudioConvertController::showIcons() {
     mUp->setIcon(icon(QStringLiteral("up"), palette()));
     mDown->setIcon(icon(QStringLiteral("down"), palette()));
     mRemove->setIcon(icon(QStringLiteral("wastebasket"), palette()));
+    showState();
 }
 
 void ZQAudioConvertController::showTexts() {
@@ -441,16 +442,6 @@ void ZQAudioConvertController::showEvent(QShowEvent *event) {
 void ZQAudioConvertController::hideEvent(QHideEvent *event) {
     mFrames.stop();
     Page::hideEvent(event);
-}
-
-void ZQAudioConvertController::changeEvent(QEvent *event) {
-    if (event->type() == QEvent::PaletteChange) {
-        showIcons();
-        showState();
-    }
-    if (event->type() == QEvent::LanguageChange)
-        showTexts();
-    Page::changeEvent(event);
 }
 
 } // namespace cantorel::ui
