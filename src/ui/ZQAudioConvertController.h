@@ -87,6 +87,7 @@ private:
     QProgressBar *mBar;
     QPushButton *mReveal, *mStart;
     QTimer mFrames; // of the picture that moves
+    QTimer mAdded;  // rows are to be shown
     enum class Run { None, UnderWay, Done, Stopped } mRun = Run::None;
 };
 
