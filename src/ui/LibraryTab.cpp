@@ -119,6 +119,7 @@ void LibraryTab::listen() {
         showDetails();
     });
     auto *places = new DropPlaces(*this, *mPage, *mTable); // owned by the tab
+    places->setObjectName(QStringLiteral("dropPlaces"));
     connect(places, &DropPlaces::convertWanted, this, &LibraryTab::convertWanted);
     connect(places, &DropPlaces::editWanted, this, &LibraryTab::editWanted);
     connect(places, &DropPlaces::addWanted, this, &LibraryTab::add);

@@ -295,6 +295,11 @@ void MainWindow::listen() {
     });
     connect(mRecordingTab, &RecordingTab::editWanted, this,
             [this](const QString &file) { beginAudioEditWithURL(QUrl::fromLocalFile(file)); });
+    connect(mRecordingTab, &RecordingTab::convertWanted, this, &MainWindow::openConverter);
+    connect(mRecordingTab, &RecordingTab::addWanted, this, [this](const QStringList &files) {
+        showLibrary();
+        library().add(files);
+    });
     connect(mRecordingTab, &RecordingTab::revealWanted, this, [this](const QString &file) { reveal({file}); });
     mAlerts->nameNewFile = [this](const QString &folder, const QString &extension) {
         return mRecordingTab->nameNewFile(folder, extension);
