@@ -349,7 +349,7 @@ void MainWindow::showRecordingEverywhere() {
                           ? QIcon(drawing(QStringLiteral("dot"), isPaused ? Look::tokens().amber : Look::tokens().red,
                                           kDot, devicePixelRatioF()))
                           : QIcon());
-    mPill->setVisible(isShown && (mPages->page() || mTabs->currentWidget() != mRecordingTab));
+    mPill->setInSight(isShown && (mPages->page() || mTabs->currentWidget() != mRecordingTab));
     mPill->tell(panel.display().duration, isPaused);
     mPill->setPauseEnabled(panel.controls().pauseEnabled);
 }
