@@ -58,11 +58,12 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
         auto recording = std::make_shared<FileIdentity>(file);
         (void)guarded("convert", [&] {
             foundation::WallClock clock;
-            for (int attempt = 0; attempt < kAttempts; ++attempt) {
+            for (int attempt = 1;; ++attempt) {
                 recording = std::make_shared<FileIdentity>(file);
                 result = AudioConverter::convertRecording(format, file, {converter, {}, stop}, clock);
                 // With tags that were written meanwhile it is converted once more: the successor has them too.
-                if (stop.stop_requested() || recording->isAt(file) || !hasSoundOf(recording->file(), file))
+                if (attempt == kAttempts || stop.stop_requested() || recording->isAt(file)
+                    || !hasSoundOf(recording->file(), file))
                     break;
                 if (result)
                     QFile::remove(result.value());
