@@ -41,6 +41,7 @@ void Page::setContent(QWidget &content) {
 void Page::setPanel(PagePanel &panel) {
     mPanel = &panel;
     mBody->addWidget(mPanel);
+    connect(mPanel, &QWidget::windowTitleChanged, this, &Page::fit);
 }
 
 void Page::takePill(QWidget &pill) { mHeader->takePill(pill); }

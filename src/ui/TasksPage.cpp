@@ -430,7 +430,7 @@ void TasksPage::showIcons() {
 
 void TasksPage::showTexts() {
     mEditor->setTitle(mEdited ? Lang::btnEdit() : Lang::windowNewTask());
-    setTitle(Lang::toolsScheduleTaskTitle()); // after the panel's, which the header says where it covers the page
+    setTitle(Lang::toolsScheduleTaskTitle());
     mTasks->setAccessibleName(Lang::toolsScheduleTaskTaskList());
     mEmpty->setText(Lang::toolsScheduleTaskNoScheduleTask());
     mStrip->close().setToolTip(Lang::btnClose());
