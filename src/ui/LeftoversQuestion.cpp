@@ -18,7 +18,7 @@ void LeftoversQuestion::ask() {
     }
     const QString named = leftoversText(pending);
     const auto texts = [named] {
-        return Card::Texts{QStringLiteral("sound"),
+        return Card::Texts{QStringLiteral("wave"),
                            Lang::windowRecoveredTitle(),
                            named,
                            {Lang::windowRecover(), Lang::windowLater(), Lang::windowDiscard()}};

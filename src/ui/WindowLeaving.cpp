@@ -53,7 +53,7 @@ void WindowLeaving::ask() {
     mWindow.showRecordPage();
     const auto texts = [this] {
         const bool records = mWindow.isRecording();
-        return Card::Texts{QStringLiteral("sound"),
+        return Card::Texts{QStringLiteral("wave"),
                            Tools::fillTextMarkers(Lang::commExitConfirm()),
                            records                     ? Lang::windowStillRecording()
                            : mConverter.isConverting() ? mWindow.convertPage().progressText()
