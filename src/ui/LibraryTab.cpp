@@ -190,6 +190,11 @@ void LibraryTab::play(const QString &file) {
         mStrip->clear();
 }
 
+void LibraryTab::choose(const QString &file) {
+    if (const RecordedAudioInfo *item = mList.itemWithFile(file))
+        mTable->selectRow(mModel.rowOf(item)); // nothing where a search leaves it out
+}
+
 // Pictures are shown by the desktop's own player.
 void LibraryTab::watch(const QString &file) {
     if (!mFiles)

@@ -49,6 +49,8 @@ public:
     // once for each recording.
     void setRecordsSystemSound(bool records);
     void play(const QString &file);
+    // Its row is the one that is chosen.
+    void choose(const QString &file);
     void playAllTheSame(const QString &file);
     // The strip of what goes on elsewhere stands above the player.
     void takeStrip(QWidget &strip);

@@ -291,6 +291,7 @@ void MainWindow::listen() {
             [this](const foundation::Sentence &sentence) { mParts.panel.refuseStart(sentence); });
     connect(mRecordingTab, &RecordingTab::playWanted, this, [this](const QString &file) {
         showLibrary();
+        library().choose(file);
         library().play(file);
     });
     connect(mRecordingTab, &RecordingTab::editWanted, this,

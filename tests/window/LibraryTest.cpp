@@ -100,6 +100,18 @@ TEST_F(LongLibrary, PlayingIntoARecordingOfSystemSoundIsAskedAboutOnce) {
     ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
 }
 
+TEST_F(LongLibrary, TheFirstArrowChoosesARowAndSoDoesPlayingAResult) {
+    key(table, Qt::Key_Down);
+    EXPECT_EQ(selected(), QStringList{title(0)});
+    key(table, Qt::Key_Down);
+    EXPECT_EQ(selected(), QStringList{title(1)});
+    const QString file = table->model()->index(9, RecordingsModel::Title).data(Qt::ToolTipRole).toString();
+    window.recordPage().showResult({.file = file, .seconds = 190, .bytes = 1'000'000});
+    find<QAbstractButton>("playResult")->click();
+    EXPECT_EQ(selected(), QStringList{title(9)});
+    EXPECT_TRUE(window.library().isVisible());
+}
+
 TEST_F(LongLibrary, AFileThatHasGoneIsNamed) {
     select({3});
     const QString file = table->model()->index(3, RecordingsModel::Title).data(Qt::ToolTipRole).toString();
