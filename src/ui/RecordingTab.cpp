@@ -203,7 +203,7 @@ void RecordingTab::changeEvent(QEvent *event) {
         showSettings();
     if (event->type() == QEvent::FontChange)
         fit();
-    if (event->type() == QEvent::LanguageChange)
+    if (event->type() == QEvent::LanguageChange && isVisible()) // else showEvent() does it
         showTexts();
     QWidget::changeEvent(event);
 }
