@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Cheap checks of the tree: test sources in targets, paths in documents, sizes, sleeping tests, bare releases,
-texts, subjects of commits."""
+texts, drawings, subjects of commits."""
 import re
 import shutil
 import subprocess
@@ -68,6 +68,15 @@ def colours():
                 yield f"{file.relative_to(ROOT)}:{number}: names a colour that is no token"
 
 
+def drawings():
+    """Every drawing that a window names exists."""
+    known = {file.stem for file in (ROOT / "resources/icons").glob("*.svg")}
+    for file in sources("src/ui", "src/editor/views"):
+        for name in re.findall(r'\b(?:icon|drawing|Texts)[({]\s*QStringLiteral\("(\w+)"\)', file.read_text()):
+            if name not in known:
+                yield f"{file.relative_to(ROOT)}: there is no drawing {name}"
+
+
 def handles():
     """C handles are released by their alias in a Handles.h header only."""
     pattern = re.compile(r"\b(av_\w+_free|avcodec_free_context|avformat_free_context|pw_\w+_destroy|plist_free|"
@@ -119,7 +128,7 @@ def texts():
             yield f"{file.name}: {element} {name} stands in one of this and English.xml only"
 
 
-CHECKS = {check.__name__: check for check in (test_targets, own_header, doc_paths, sizes, no_sleeping, colours, handles, subjects, texts)}
+CHECKS = {check.__name__: check for check in (test_targets, own_header, doc_paths, sizes, no_sleeping, colours, drawings, handles, subjects, texts)}
 
 if __name__ == "__main__":
     chosen = sys.argv[1:] or list(CHECKS)

@@ -290,6 +290,15 @@ TagsWritten writeTags(const std::vector<TagsOfFile> &files) {
     return written;
 }
 
+bool hasSoundOf(const foundation::FileDescriptor &before, const QString &path) {
+    const auto now = OldFile::open(path);
+    if (!now || !before.isOpen())
+        return false;
+    const SplicedFile one(before), other(now.value().descriptor());
+    const bool isSame = isMovieName(path) ? haveSameMovieSound(one, other) : haveSameMpegSound(one, other);
+    return isSame && !one.hasFailed() && !other.hasFailed();
+}
+
 std::vector<TagsWritten::Failed> undoTags(const TagUndo &undo) {
     QSet<QString> folders;
     for (const TagUndo::File &file : undo.files)

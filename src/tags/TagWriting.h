@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Result.h"
 #include "tags/SplicedFile.h"
 #include "tags/id3Tag.h"
@@ -52,6 +53,9 @@ struct TagsWritten {
 // rights, owner and attributes; who kills us in the middle finds the old one or the new one. A file that stays the same
 // is not touched. What a link leads to is written; other hard links keep the old tags, which is logged. Any thread.
 TagsWritten writeTags(const std::vector<TagsOfFile> &files);
+
+// Whether the file there has the sound of the one that is open, and other tags at most. Any thread.
+bool hasSoundOf(const foundation::FileDescriptor &before, const QString &path);
 
 // Makes the files again what they were, byte for byte, unless somebody has changed one since.
 std::vector<TagsWritten::Failed> undoTags(const TagUndo &undo);

@@ -23,7 +23,6 @@ constexpr int kEdge = 2;
 } // namespace
 
 DropPlaces::DropPlaces(QWidget &page, QWidget &part, const QWidget &own) : QWidget(&page), mPart(part), mOwn(own) {
-    setObjectName(QStringLiteral("dropPlaces"));
     setAttribute(Qt::WA_TransparentForMouseEvents); // The drag stays the page's.
     hide();
     page.setAcceptDrops(true);

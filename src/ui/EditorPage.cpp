@@ -97,10 +97,10 @@ EditorPage::EditorPage(foundation::Clock &clock, QWidget *parent)
     mNews->close().setObjectName(QStringLiteral("editorNewsClose"));
     parts->addWidget(mNews);
     auto *deck = new Deck(this);
-    deck->setMinimumHeight(Look::tall(*this, kDeckHeight));
     mCutInfo = new ZQAudioCutInfoView(mManager, makeLead(), deck);
-    auto *bar = new QVBoxLayout(deck);
+    auto *bar = new QHBoxLayout(deck);
     bar->setContentsMargins(measure::kMargin, measure::kGap, measure::kMargin, measure::kGap);
+    bar->addStrut(Look::tall(*this, kDeckHeight) - 2 * measure::kGap);
     bar->addWidget(mCutInfo);
     parts->addWidget(deck);
     scrolled->setWidget(whole); // which it owns now
@@ -537,14 +537,6 @@ void EditorPage::hideEvent(QHideEvent *event) {
     if (!event->spontaneous())
         mManager.leave();
     Page::hideEvent(event);
-}
-
-void EditorPage::changeEvent(QEvent *event) {
-    if (event->type() == QEvent::PaletteChange)
-        showIcons();
-    if (event->type() == QEvent::LanguageChange)
-        showTexts();
-    Page::changeEvent(event);
 }
 
 } // namespace cantorel::ui

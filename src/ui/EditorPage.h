@@ -59,8 +59,8 @@ private:
     void showView();
     void showReadout(std::optional<QPointF> point);
     void tell(Strip::Kind kind, const QString &text, bool canUndo, const QStringList &files = {});
-    void showIcons();
-    void showTexts();
+    void showIcons() final;
+    void showTexts() final;
     void fit();
     bool act(const QKeyEvent &event);
 
@@ -70,7 +70,6 @@ private:
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
-    void changeEvent(QEvent *event) override;
 
     ZQAudioEditorManager mManager;
     PlayingConsent mConsent;

@@ -58,6 +58,7 @@ Headline::Headline(const RecorderPanel &panel, ScheduledSession &recorder, QWidg
     mFolder->setObjectName(QStringLiteral("folder"));
     connect(mFolder, &QToolButton::clicked, this, [this] { chooseFolder(); });
     mName->setObjectName(QStringLiteral("recordingName"));
+    mName->setAcceptDrops(false); // Files may be dropped here as well.
     connect(mName, &QLineEdit::returnPressed, this, &Headline::nameEntered);
     mSilence->setObjectName(QStringLiteral("silence"));
     mFormat->setObjectName(QStringLiteral("format"));

@@ -2,7 +2,6 @@
 
 #include "platform/desktop/FileManagerReveal.h"
 #include "platform/desktop/MediaControls.h"
-#include "platform/foundation/Sentence.h"
 #include "recording/library/ID3EditWindowController.h"
 #include "recording/library/LibraryMedia.h"
 #include "recording/library/LibraryPlayer.h"
@@ -11,34 +10,24 @@
 #include "recording/library/RecordingsRemoval.h"
 #include "ui/CoverPictures.h"
 #include "ui/PlayingConsent.h"
-#include "ui/Strip.h"
 
 #include <QWidget>
 
-#include <functional>
-#include <unordered_set>
-#include <vector>
-
-class QAction;
 class QLabel;
-class QLineEdit;
-class QPushButton;
 class QStackedLayout;
-class QToolButton;
 
 namespace cantorel {
 class RecordedList;
-}
-
-namespace cantorel {
 class RecordingIdentification;
-}
+} // namespace cantorel
 
 namespace cantorel::ui {
 
 class DetailsPanel;
+class LibraryStrip;
+class LibraryTable;
+class LibraryTools;
 class PlayerBar;
-class RecordingsTable;
 
 // The recordings: a table to search, sort, play, rename, drag from, drop on and clear up in.
 class LibraryTab : public QWidget {
@@ -60,6 +49,8 @@ public:
     // once for each recording.
     void setRecordsSystemSound(bool records);
     void play(const QString &file);
+    // Its row is the one that is chosen.
+    void choose(const QString &file);
     void playAllTheSame(const QString &file);
     // The strip of what goes on elsewhere stands above the player.
     void takeStrip(QWidget &strip);
@@ -78,39 +69,22 @@ Q_SIGNALS:
     void editWanted(const QString &file);
 
 private:
-    QWidget *makeTools();
-    QWidget *makeTable();
-    QWidget *makeNotice();
-    std::vector<RecordedAudioInfo *> selected() const;
-    RecordedAudioInfo *chosen() const;
+    void listen();
+    void makeKeys();
     void showMenu(const QPoint &position);
     void watch(const QString &file);
-    void playTile(int row);
-    void rename();
     void reveal();
     void convert();
     void edit();
     void chooseFiles();
-    void showAdded(const RecordingsAdding::Added &added);
     void toggleDetails();
     void arrangeDetails();
     void showDetails();
     void showChoice();
     void remove(RecordingsRemoval::Files files);
     void onIdentifyID3tagsRecordedItem();
-    void undo();
-    // undo: takes back what is told; empty where nothing can be.
-    void tell(Strip::Kind kind, const QString &text, std::function<void()> undo);
-    void notice(const foundation::Sentence &trouble);
-    void tellWritten(const TagsWritten &written, const ID3EditWindowController::Unsaved &unsaved);
-    void remember();
-    void restore();
     int listWidth() const;
-    void fitColumns();
-    void fitTools();
-    QString longestDate() const;
     void showEmptiness();
-    void showIcons();
     void showTexts();
     bool isWide() const;
     bool escape();
@@ -129,29 +103,17 @@ private:
     LibraryPlayer mPlayer;
     LibraryMedia mMedia;
     desktop::FileManagerReveal *const mFiles;
-    // The items of the rows before a change; may be deleted by then, and are only compared.
-    struct {
-        std::unordered_set<const RecordedAudioInfo *> selected;
-        const RecordedAudioInfo *current = nullptr, *top = nullptr;
-        int column = 0;
-    } mBefore;
     // The panel stands beside the list in a wide window, and covers it in a narrow one.
     enum class Details { Closed, Beside, Covering } mDetails = Details::Closed;
-    QWidget *mPage = nullptr, *mTools = nullptr; // tools and list; tools
-    DetailsPanel *mPanel = nullptr;
-    QLineEdit *mSearch;
-    QAction *mGlass, *mClearSearch;
-    QStackedLayout *mStack = nullptr;
-    RecordingsTable *mTable;
+    QWidget *mPage; // tools and list
+    LibraryTools *mTools;
+    QStackedLayout *mStack;
+    LibraryTable *mTable;
     QLabel *mEmpty;
-    Strip *mNotice = nullptr;
-    QPushButton *mUse = nullptr, *mAgree = nullptr, *mUndo = nullptr, *mSave = nullptr;
-    std::function<void()> mUndoes;      // what the strip tells of; empty for nothing
-    std::function<void()> mUseProposal; // where one is shown
-    RecordingIdentification *mIdentification = nullptr;
-    std::vector<ID3EditWindowController::Unsaved> mLeft; // tags that may still be saved
+    DetailsPanel *mPanel;
+    LibraryStrip *mStrip;
     PlayerBar *mPlayerBar;
-    QToolButton *mAdd, *mEdit, *mConvert, *mReveal, *mToggle;
+    RecordingIdentification *mIdentification = nullptr;
     PlayingConsent mConsent;
 };
 

@@ -20,16 +20,15 @@
 #include "ui/TasksPage.h"
 #include "ui/UpdateWindow.h"
 #include "ui/WindowKeys.h"
+#include "ui/WindowMenu.h"
 #include "ui/ZQAudioConvertController.h"
 #include "ui/look/Look.h"
-#include "util/tools/Tools.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QBoxLayout>
 #include <QCloseEvent>
 #include <QFileInfo>
-#include <QMenu>
-#include <QMessageBox>
 #include <QPainter>
 #include <QScreen>
 #include <QStyle>
@@ -43,7 +42,6 @@ namespace cantorel::ui {
 namespace {
 
 constexpr QSize kSmallest(560, 420), kFirst(820, 600);
-constexpr int kAboutIcon = 96;
 constexpr int kDot = 8, kLine = 3;
 const QString kGeometry = QStringLiteral("mainWindowGeometry"); // where it was left
 
@@ -66,12 +64,14 @@ MainWindow::MainWindow(const Parts &parts)
       mRecordingLine(new RecordingLine(this)),
       mTabs(new QTabWidget(this)),
       mPill(new Pill(this)),
-      mMenuButton(new QToolButton(this)),
+      mMenu(new WindowMenu(this)),
       mRecordingTab(new RecordingTab(parts.panel, parts.recorder, parts.session, parts.list, this)),
       mLibraryPage(new QWidget(this)),
       mNotices({[this] { bringToFront(); }, [this] { mParts.recorder.stopByHand(); },
                 [this](const QString &title, const QString &text) { statusItem().notify(title, text); }},
-               parts.desktop.notifications.get(), parts.desktop.files.get()) {
+               parts.desktop.notifications.get(), parts.desktop.files.get()),
+      mLeaving(*this, parts.panel, parts.recorder, parts.converter, mNotices),
+      mLeftovers(parts.session.leftovers(), parts.panel, mRecordingTab->cards().leftovers()) {
     // On a small screen with large text, too, the record button is above the screen's edge.
     const QSize room = screen()->availableSize() - QSize(0, style()->pixelMetric(QStyle::PM_TitleBarHeight));
     setMinimumSize(kSmallest.boundedTo(room));
@@ -89,7 +89,6 @@ MainWindow::MainWindow(const Parts &parts)
     column->addWidget(mRecordingLine);
     column->addWidget(makeHome(), 1);
     setCentralWidget(centre);
-    makeMenu();
     makeKeys();
     connect(mTabs, &QTabWidget::currentChanged, this, [this] {
         complete();
@@ -98,7 +97,7 @@ MainWindow::MainWindow(const Parts &parts)
     });
     mRecordingTab->begin();
     listen();
-    showIcons();
+    mMenu->showIcons(palette());
     showTexts();
 }
 
@@ -119,10 +118,10 @@ void MainWindow::complete() {
         mParts.panel, StatusItem::Actions{[this] { bringToFront(); }, [this] { showOrHide(); },
                                           [this] { mParts.recorder.onStartRecording(); },
                                           [this] { mParts.recorder.onPauseRecording(); },
-                                          [this] { mParts.session.splitRecording(); }, [this] { leave(); }});
+                                          [this] { mParts.session.splitRecording(); }, [this] { mLeaving.leave(); }});
     QApplication::setWindowIcon(applicationIcon());
     connect(&mLibraryTab->media(), &LibraryMedia::toWindow, this, [this] { bringToFront(); });
-    connect(&mLibraryTab->media(), &LibraryMedia::toEnd, this, [this] { leave(); });
+    connect(&mLibraryTab->media(), &LibraryMedia::toEnd, this, [this] { mLeaving.leave(); });
     connect(&mParts.panel, &RecorderPanel::dayChanged, mLibraryTab, &LibraryTab::itemsDidChange);
     connect(mLibraryTab, &LibraryTab::playsIntoRecording, this,
             [this](const QString &file) { askToPlay([this, file] { mLibraryTab->playAllTheSame(file); }); });
@@ -159,24 +158,19 @@ bool MainWindow::event(QEvent *event) {
 
 // The tabs with the pill and the menu beside them, and the pages that take their place.
 QWidget *MainWindow::makeHome() {
-    mMenuButton->setPopupMode(QToolButton::InstantPopup);
-    mMenuButton->setAutoRaise(true);
-    mMenuButton->setIconSize(textIconSize(*this));
-    mMenuButton->setFocusPolicy(Qt::StrongFocus);
-    mMenuButton->setObjectName(QStringLiteral("menu"));
     auto *corner = new QWidget(this);
     corner->setMinimumHeight(Look::tall(*this, measure::kHeader));
     auto *row = new QHBoxLayout(corner);
     row->setContentsMargins(0, 0, measure::kGap * 2, 0);
     row->addWidget(mPill);
-    row->addWidget(mMenuButton);
+    row->addWidget(&mMenu->button());
     corner->setObjectName(QStringLiteral("corner"));
     auto *lead = new QWidget(this);
     auto *before = new QHBoxLayout(lead);
     before->setContentsMargins({});
     before->addSpacing(measure::kMargin - style()->pixelMetric(QStyle::PM_TabBarTabHSpace) / 2);
     mTabs->setCornerWidget(lead, Qt::TopLeftCorner);
-    connect(mPill, &Pill::shown, this, [this] { showTab(mRecordingTab); });
+    connect(mPill, &Pill::shown, this, [this] { showRecordPage(); });
     connect(mPill, &Pill::paused, this, [this] { mParts.recorder.onPauseRecording(); });
     connect(mPill, &Pill::stopped, this, [this] { mParts.recorder.stopByHand(); });
     auto *home = new QWidget(this);
@@ -193,26 +187,13 @@ QWidget *MainWindow::makeHome() {
     return mPages;
 }
 
-void MainWindow::makeMenu() {
-    mMenu = new QMenu(this);
-    mTasksAction = mMenu->addAction(QString(), this, [this] { openTasks(); });
-    mSettingsAction = mMenu->addAction(QString(), this, [this] { openSettings(); });
-    mMenu->addSeparator();
-    mUpdateAction = mMenu->addAction(QString(), this, &MainWindow::updatesWanted);
-    mAboutAction = mMenu->addAction(QString(), this, [this] { showAbout(); });
-    mQuitAction = mMenu->addAction(QString(), this, [this] { leave(); });
-    mMenuButton->setMenu(mMenu);
-}
-
 // Each command of the whole window with its keys; what stands in the menu shows them there.
 void MainWindow::makeKeys() {
     for (const Command command : allCommands()) {
-        QAction *action = command == Command::Settings ? mSettingsAction
-                          : command == Command::Quit   ? mQuitAction
-                                                       : new QAction(this);
+        QAction *inMenu = mMenu->actionOf(command), *action = inMenu ? inMenu : new QAction(this);
         action->setShortcuts(keysOf(command));
         action->setAutoRepeat(false);
-        if (!mMenu->actions().contains(action))
+        if (!inMenu)
             connect(action, &QAction::triggered, this, [this, command] { run(command); });
         if (command == Command::Back)
             mBackAction = action;
@@ -230,9 +211,9 @@ void MainWindow::run(Command command) {
     case Command::Split:
         return mParts.session.splitRecording();
     case Command::RecordPage:
-        return showTab(mRecordingTab);
+        return showRecordPage();
     case Command::LibraryPage:
-        return showTab(mLibraryPage);
+        return showLibrary();
     case Command::NextPage:
         return turn(1);
     case Command::PreviousPage:
@@ -240,13 +221,13 @@ void MainWindow::run(Command command) {
     case Command::NextRegion:
         return focusNextRegion(*this);
     case Command::Menu:
-        return openMenu();
+        return mMenu->open(*mPages);
     case Command::Back:
         return mPages->page()->goBack();
     case Command::Settings:
         return openSettings();
     case Command::Quit:
-        return leave();
+        return mLeaving.leave();
     }
 }
 
@@ -255,13 +236,6 @@ void MainWindow::turn(int step) {
         page->turn(step);
     else
         showTab(mTabs->widget(qBound(0, mTabs->currentIndex() + step, mTabs->count() - 1)));
-}
-
-// Also from a page, where no button stands for it.
-void MainWindow::openMenu() {
-    const QWidget &below = mMenuButton->isVisible() ? *static_cast<QWidget *>(mMenuButton) : *mPages;
-    const int height = mMenuButton->isVisible() ? below.height() : Look::tall(*this, measure::kHeader);
-    mMenu->popup(below.mapToGlobal(QPoint(below.width() - mMenu->sizeHint().width(), height)));
 }
 
 void MainWindow::openSettings() {
@@ -302,27 +276,38 @@ void MainWindow::listen() {
     connect(&panel, &RecorderPanel::settled, this, [this] {
         if (!mParts.list.unsaved().isEmpty())
             mParts.panel.setSentence(mParts.list.unsaved());
-        if (mIsLeaving)
-            endOnceSettled();
+        mLeaving.endOnceSettled();
     });
+    connect(&mLeftovers, &LeftoversQuestion::recovered, this, [this] {
+        library().itemsDidChange();
+        mLeaving.endOnceSettled();
+    });
+    connect(&mLeaving, &WindowLeaving::mayEnd, this, &MainWindow::mayEnd);
+    connect(mMenu, &WindowMenu::tasksWanted, this, [this] { openTasks(); });
+    connect(mMenu, &WindowMenu::settingsWanted, this, [this] { openSettings(); });
+    connect(mMenu, &WindowMenu::updatesWanted, this, &MainWindow::updatesWanted);
+    connect(mMenu, &WindowMenu::quitWanted, this, [this] { mLeaving.leave(); });
     connect(&mParts.recorder, &ScheduledSession::startRefused, this,
             [this](const foundation::Sentence &sentence) { mParts.panel.refuseStart(sentence); });
     connect(mRecordingTab, &RecordingTab::playWanted, this, [this](const QString &file) {
-        showTab(mLibraryPage);
+        showLibrary();
+        library().choose(file);
         library().play(file);
     });
     connect(mRecordingTab, &RecordingTab::editWanted, this,
             [this](const QString &file) { beginAudioEditWithURL(QUrl::fromLocalFile(file)); });
-    connect(mRecordingTab, &RecordingTab::revealWanted, this, [this](const QString &file) {
-        if (mParts.desktop.files)
-            (void)mParts.desktop.files->reveal({file}); // a person sees whether a folder opens
+    connect(mRecordingTab, &RecordingTab::convertWanted, this, &MainWindow::openConverter);
+    connect(mRecordingTab, &RecordingTab::addWanted, this, [this](const QStringList &files) {
+        showLibrary();
+        library().add(files);
     });
+    connect(mRecordingTab, &RecordingTab::revealWanted, this, [this](const QString &file) { reveal({file}); });
     mAlerts->nameNewFile = [this](const QString &folder, const QString &extension) {
         return mRecordingTab->nameNewFile(folder, extension);
     };
     connect(mRecordingTab, &RecordingTab::nameWanted, this, [this] {
         bringToFront();
-        showTab(mRecordingTab);
+        showRecordPage();
     });
     connect(mRecordingTab, &RecordingTab::shutdownCancelled, this,
             [this] { mParts.recorder.schedule().cancelShutdown(); });
@@ -337,6 +322,10 @@ void MainWindow::listen() {
     connect(mRecordingTab, &RecordingTab::virtualDeviceWanted, this, &MainWindow::virtualDeviceWanted);
     mParts.list.view = this;
 }
+
+void MainWindow::showRecordPage() { showTab(mRecordingTab); }
+
+void MainWindow::showLibrary() { showTab(mLibraryPage); }
 
 void MainWindow::showTab(QWidget *tab) {
     mPages->close();
@@ -361,7 +350,7 @@ void MainWindow::showRecordingEverywhere() {
                           ? QIcon(drawing(QStringLiteral("dot"), isPaused ? Look::tokens().amber : Look::tokens().red,
                                           kDot, devicePixelRatioF()))
                           : QIcon());
-    mPill->setVisible(isShown && (mPages->page() || mTabs->currentWidget() != mRecordingTab));
+    mPill->setInSight(isShown && (mPages->page() || mTabs->currentWidget() != mRecordingTab));
     mPill->tell(panel.display().duration, isPaused);
     mPill->setPauseEnabled(panel.controls().pauseEnabled);
 }
@@ -392,10 +381,7 @@ ZQAudioConvertController &MainWindow::convertPage() {
     mConvert = new ZQAudioConvertController(mParts.converter, this);
     mConvertStrip = new ConvertStrip(*mConvert, this);
     connect(mConvertStrip, &ConvertStrip::showWanted, this, [this] { openConverter({}); });
-    connect(mConvert, &ZQAudioConvertController::revealWanted, this, [this](const QStringList &files) {
-        if (mParts.desktop.files)
-            (void)mParts.desktop.files->reveal(files); // a person sees whether a folder opens
-    });
+    connect(mConvert, &ZQAudioConvertController::revealWanted, this, &MainWindow::reveal);
     connect(mConvert, &ZQAudioConvertController::progressed, this, [this] {
         if (mParts.desktop.launcher && mParts.converter.isConverting())
             mParts.desktop.launcher->showProgress(mParts.converter.progress().percent / 100);
@@ -403,6 +389,11 @@ ZQAudioConvertController &MainWindow::convertPage() {
     connect(mConvert, &ZQAudioConvertController::ended, this, &MainWindow::conversionDidEnd);
     placeStrip();
     return *mConvert;
+}
+
+void MainWindow::reveal(const QStringList &files) {
+    if (mParts.desktop.files)
+        (void)mParts.desktop.files->reveal(files); // a person sees whether a folder opens
 }
 
 void MainWindow::openConverter(const QStringList &files) {
@@ -418,10 +409,7 @@ EditorPage &MainWindow::editorPage() {
     mEditor->setRecordsSystemSound(recordsSystemSound());
     connect(mEditor, &EditorPage::playsIntoRecording, this, &MainWindow::askToPlay);
     connect(mEditor, &EditorPage::exported, this, [this](const QStringList &files) { library().add(files); });
-    connect(mEditor, &EditorPage::revealWanted, this, [this](const QStringList &files) {
-        if (mParts.desktop.files)
-            (void)mParts.desktop.files->reveal(files); // a person sees whether a folder opens
-    });
+    connect(mEditor, &EditorPage::revealWanted, this, &MainWindow::reveal);
     return *mEditor;
 }
 
@@ -457,7 +445,7 @@ void MainWindow::showShutdown(int seconds) {
     if (!mRecordingTab->showShutdown(seconds))
         return;
     bringToFront();
-    showTab(mRecordingTab);
+    showRecordPage();
 }
 
 void MainWindow::offerUpdate(const UpdateDescription &description) {
@@ -469,64 +457,6 @@ void MainWindow::tellNoUpdate(bool isLatest) {
                              ? Lang::updateLatestVersion().replace(QLatin1String("[#AppName#]"), AppSettings::appName())
                              : Lang::windowNoUpdateAnswer();
     mAlerts->beginSheet({AlertStyle::Informational, AppSettings::appName(), text, {Lang::btnOK()}}, {});
-}
-
-void MainWindow::showAbout() {
-    QMessageBox about(this);
-    about.setIconPixmap(applicationIcon().pixmap(kAboutIcon, kAboutIcon));
-    about.setWindowTitle(Tools::fillTextMarkers(Lang::menuAbout()));
-    about.setText(QStringLiteral("<h2>%1</h2>").arg(AppSettings::appName())
-                  + Lang::windowVersion().replace(QLatin1String("[#Count#]"), AppSettings::appVersion()));
-    about.setInformativeText(Lang::windowAbout() + QStringLiteral("\n\n") + Lang::windowLicense());
-    about.addButton(Lang::btnClose(), QMessageBox::RejectRole);
-    about.exec();
-}
-
-void MainWindow::offerLeftovers() {
-    const auto pending = mParts.session.leftovers().pending();
-    if (pending.empty()) {
-        recoverLeftovers(); // What was whole when the crash came may lack in the list.
-        return;
-    }
-    const QString named = leftoversText(pending);
-    const auto texts = [named] {
-        return Card::Texts{QStringLiteral("sound"),
-                           Lang::windowRecoveredTitle(),
-                           named,
-                           {Lang::windowRecover(), Lang::windowLater(), Lang::windowDiscard()}};
-    };
-    mRecordingTab->cards().leftovers().ask(texts, [this, named](int answer) {
-        if (answer == 0)
-            recoverLeftovers();
-        else if (answer == 2)
-            askBeforeDiscarding(named);
-    });
-}
-
-void MainWindow::recoverLeftovers() {
-    mParts.session.leftovers().recoverBehind([this](const CrashLeftovers::Recovered &recovered) {
-        if (const QString text = recoveredText(recovered); !text.isEmpty())
-            mParts.panel.setSentence(text);
-        mLibraryTab->itemsDidChange();
-        if (mIsLeaving)
-            endOnceSettled();
-    });
-}
-
-void MainWindow::askBeforeDiscarding(const QString &named) {
-    const auto texts = [named] {
-        return Card::Texts{QStringLiteral("wastebasket"),
-                           Lang::windowDiscardConfirm(),
-                           named,
-                           {Lang::windowLater(), Lang::windowDiscard()}};
-    };
-    const auto answered = [this](int answer) {
-        if (answer != 1)
-            return;
-        if (const auto discarded = mParts.session.leftovers().discard(); !discarded)
-            mParts.panel.setSentence(discarded.failure().sentence);
-    };
-    mRecordingTab->cards().leftovers().ask(texts, answered, true);
 }
 
 void MainWindow::askToPlay(std::function<void()> play) {
@@ -552,20 +482,13 @@ void MainWindow::showTexts() {
     showRecordingEverywhere();
     mTabs->setTabText(mTabs->indexOf(mRecordingTab), Lang::tabRecordTitle());
     mTabs->setTabText(mTabs->indexOf(mLibraryPage), Lang::tabPlaylistTitle());
-    mTasksAction->setText(Lang::toolsScheduleTaskTitle());
-    mSettingsAction->setText(Lang::menuSettings());
-    mUpdateAction->setText(Lang::menuCheckforUpdates());
-    mAboutAction->setText(Tools::fillTextMarkers(Lang::menuAbout()));
-    mQuitAction->setText(Lang::btnExit());
-    mMenuButton->setAccessibleName(Lang::menuTools());
-    mMenuButton->setToolTip(Lang::menuTools());
+    mMenu->showTexts();
     if (mStatusItem)
         mStatusItem->showTexts();
 }
 
 void MainWindow::bringToFront() {
-    mHasSign = false;
-    mNotices.endSign();
+    mLeaving.endSign();
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
@@ -577,11 +500,6 @@ void MainWindow::showOrHide() {
         hide();
     else
         bringToFront();
-}
-
-void MainWindow::showAgain() {
-    mIsLeaving = false;
-    bringToFront();
 }
 
 void MainWindow::showTriggers(const std::array<QString, 3> &triggers) {
@@ -624,23 +542,14 @@ void MainWindow::showPanel() {
     mLibraryTab->setRecordsSystemSound(recordsSystemSound());
     if (mEditor)
         mEditor->setRecordsSystemSound(recordsSystemSound());
-    if (mHasSign && !isRecording()) {
-        mNotices.endSign();
-        signDidChange(false);
-    }
+    mLeaving.recordingDidChange();
     if (const RecordedAudioInfo *item = mParts.session.currentFile().item)
         mLibraryTab->itemDidChange(*item);
 }
 
-void MainWindow::showIcons() {
-    mTasksAction->setIcon(icon(QStringLiteral("tasks"), palette()));
-    mSettingsAction->setIcon(icon(QStringLiteral("settings"), palette()));
-    mMenuButton->setIcon(icon(QStringLiteral("menu"), palette()));
-}
-
 void MainWindow::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange) {
-        showIcons();
+        mMenu->showIcons(palette());
         showRecordingEverywhere();
     }
     if (event->type() == QEvent::LanguageChange)
@@ -648,88 +557,23 @@ void MainWindow::changeEvent(QEvent *event) {
     QMainWindow::changeEvent(event);
 }
 
-// Leaving.
-
 void MainWindow::closeEvent(QCloseEvent *event) {
-    event->ignore();                          // The application ends us.
-    if (mRecordingTab->cards().keepToLeave()) // Who closes it again means that it goes on.
-        return;
-    const QString ahead = mParts.panel.taskAheadText();
-    if (ahead.isEmpty() || isRecording() || !statusItem().isThere()) {
-        leave();
-        return;
-    }
-    hide(); // It waits for the task in the tray.
-    if (!std::exchange(mHasToldOfWaiting, true))
-        mNotices.tell(Tools::fillTextMarkers(Lang::windowWaitsHidden()), ahead);
+    event->ignore(); // The application ends us.
+    mLeaving.close();
 }
 
-void MainWindow::leave() {
-    if (mIsLeaving)
-        endOnceSettled();
-    else if (mLibraryTab && mLibraryTab->showUnsavedTags()) {
-        bringToFront();
-        showTab(mLibraryPage); // Who leaves once more means it.
-    } else if (isRecording() || !mParts.panel.taskAheadText().isEmpty() || mParts.converter.isConverting())
-        askToLeave();
-    else
-        stopAndQuit();
-}
-
-void MainWindow::askToLeave() {
+void MainWindow::showAgain() {
+    mLeaving.stay();
     bringToFront();
-    showTab(mRecordingTab);
-    const auto texts = [this] {
-        const bool records = isRecording();
-        return Card::Texts{QStringLiteral("sound"),
-                           Tools::fillTextMarkers(Lang::commExitConfirm()),
-                           records                           ? Lang::windowStillRecording()
-                           : mParts.converter.isConverting() ? convertPage().progressText()
-                                                             : mParts.panel.taskAheadText(),
-                           {records ? Lang::windowKeepRecording() : Lang::windowKeepWaiting(),
-                            records ? Lang::windowStopAndQuit() : Lang::btnExit()}};
-    };
-    mRecordingTab->cards().askToLeave(texts, [this](int answer) {
-        if (answer == 0)
-            stayHidden();
-        else if (answer == 1)
-            stopAndQuit();
-    });
 }
 
-// Without a tray it stays in sight: as a minimised window, or as a message of the desktop that ends the recording.
-void MainWindow::stayHidden() {
-    if (statusItem().isThere()) {
-        hide();
-        return;
-    }
-    showMinimized();
-    mHasSign = isRecording();
-    if (mHasSign)
-        mNotices.showSign([this](bool isThere) { signDidChange(isThere); });
-}
+void MainWindow::stopAndQuit() { mLeaving.stopAndQuit(); }
 
-void MainWindow::signDidChange(bool isThere) {
-    if (isThere && mHasSign && isMinimized())
-        hide();
-    if (isThere || !std::exchange(mHasSign, false))
-        return;
-    if (!isVisible() && !mIsLeaving)
-        showMinimized();
-}
+void MainWindow::offerLeftovers() { mLeftovers.ask(); }
 
-void MainWindow::stopAndQuit() {
-    mIsLeaving = true;
-    mParts.recorder.stopByHand();
-    endOnceSettled();
-}
-
-void MainWindow::endOnceSettled() {
+void MainWindow::rememberPlace() {
     if (isVisible())
         (void)ZQUserDefaultSetValue_Object(saveGeometry(), kGeometry); // a failure is logged by the store
-    hide();
-    if (isSettled())
-        Q_EMIT mayEnd();
 }
 
 } // namespace cantorel::ui

@@ -5,12 +5,13 @@
 #include "recording/control/RecorderPanel.h"
 #include "recording/control/RecordingNotices.h"
 #include "recording/library/RecordedList.h"
+#include "ui/LeftoversQuestion.h"
+#include "ui/WindowLeaving.h"
 
 #include <QMainWindow>
 
-class QMenu;
+class QAction;
 class QTabWidget;
-class QToolButton;
 
 namespace cantorel {
 class RecordingSession;
@@ -33,6 +34,7 @@ class RecordingTab;
 class SettingsPage;
 class StatusItem;
 class TasksPage;
+class WindowMenu;
 class ZQAudioConvertController;
 enum class Command;
 
@@ -92,6 +94,11 @@ public:
     void openConverter(const QStringList &files);
     EditorPage &editorPage();
     void showEditor();
+    void showRecordPage();
+    void showLibrary();
+    StatusItem &statusItem();
+    // Where it is opened the next time.
+    void rememberPlace();
     // Opens the editor with that file.
     void beginAudioEditWithURL(const QUrl &url);
 
@@ -112,36 +119,22 @@ private:
     void showPanel();
     void listen();
     QWidget *makeHome();
-    void makeMenu();
     void makeKeys();
     void run(Command command);
     void turn(int step);
-    void openMenu();
     void openSettings();
     void openTasks();
     void placeStrip();
+    void reveal(const QStringList &files);
     void conversionDidEnd();
     void showShutdown(int seconds);
-    void showAbout();
-    void recoverLeftovers();
-    void askBeforeDiscarding(const QString &named);
-    void showIcons();
     void showTexts();
     void showRecordingEverywhere();
     void showTab(QWidget *tab);
     void showOrHide();
-    // Ends the program, after asking if something is recorded or converted.
-    void leave();
     void askToPlay(std::function<void()> play);
     bool recordsSystemSound() const;
-    void askToLeave();
-    void stayHidden();
-    // The desktop message that stands for the hidden, recording window where there is no tray has appeared or
-    // disappeared.
-    void signDidChange(bool isThere);
-    void endOnceSettled();
     void complete();
-    StatusItem &statusItem();
     bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
@@ -151,10 +144,9 @@ private:
     QWidget *mRecordingLine; // on top while something is recorded
     QTabWidget *mTabs;
     Pill *mPill;
-    QToolButton *mMenuButton;
+    WindowMenu *mMenu;
     PageStack *mPages = nullptr;
-    QMenu *mMenu = nullptr;
-    QAction *mTasksAction, *mSettingsAction, *mUpdateAction, *mAboutAction, *mQuitAction, *mBackAction = nullptr;
+    QAction *mBackAction = nullptr;
     RecordingTab *mRecordingTab;
     QWidget *mLibraryPage;
     LibraryTab *mLibraryTab = nullptr;
@@ -167,10 +159,9 @@ private:
     foundation::Sentence mHotkeyTrouble;
     std::unique_ptr<StatusItem> mStatusItem;
     RecordingNotices mNotices;
+    WindowLeaving mLeaving;
+    LeftoversQuestion mLeftovers;
     bool mWasPainted = false;
-    bool mIsLeaving = false;
-    bool mHasSign = false; // shown, or about to be shown
-    bool mHasToldOfWaiting = false;
 };
 
 } // namespace cantorel::ui

@@ -5,6 +5,7 @@
 #include "ui/look/Look.h"
 
 #include <QBoxLayout>
+#include <QEvent>
 #include <QToolButton>
 
 namespace cantorel::ui {
@@ -40,6 +41,7 @@ void Page::setContent(QWidget &content) {
 void Page::setPanel(PagePanel &panel) {
     mPanel = &panel;
     mBody->addWidget(mPanel);
+    connect(mPanel, &QWidget::windowTitleChanged, this, &Page::fit);
 }
 
 void Page::takePill(QWidget &pill) { mHeader->takePill(pill); }
@@ -85,6 +87,14 @@ void Page::fit() {
 void Page::resizeEvent(QResizeEvent *event) {
     fit();
     QWidget::resizeEvent(event);
+}
+
+void Page::changeEvent(QEvent *event) {
+    if (event->type() == QEvent::PaletteChange)
+        showIcons();
+    if (event->type() == QEvent::LanguageChange)
+        showTexts();
+    QWidget::changeEvent(event);
 }
 
 } // namespace cantorel::ui

@@ -44,7 +44,11 @@ Q_SIGNALS:
     void panelClosed();
 
 protected:
+    // The colours, or the language, have changed.
+    virtual void showIcons() = 0;
+    virtual void showTexts() = 0;
     void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void fit();

@@ -45,7 +45,10 @@ PagePanel::PagePanel(QWidget *parent) : QWidget(parent), mTitle(new QLabel(this)
     hide();
 }
 
-void PagePanel::setTitle(const QString &title) { mTitle->setText(title); }
+void PagePanel::setTitle(const QString &title) {
+    mTitle->setText(title);
+    setWindowTitle(title); // which tells whoever shows it
+}
 
 QString PagePanel::title() const { return mTitle->text(); }
 

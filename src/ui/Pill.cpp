@@ -12,11 +12,14 @@
 #include <QPainter>
 #include <QToolButton>
 
+#include <utility>
+
 namespace cantorel::ui {
 
 namespace {
 
 constexpr int kDot = 8, kBeside = 14, kHeight = 34;
+constexpr int kCome = 120; // milliseconds
 
 } // namespace
 
@@ -36,6 +39,11 @@ Pill::Pill(QWidget *parent)
         button->setFocusPolicy(Qt::StrongFocus);
         row->addWidget(button);
     }
+    mComing.setStartValue(0.0);
+    mComing.setEndValue(1.0);
+    mComing.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&mComing, &QVariantAnimation::valueChanged, this, [this] { uncover(); });
+    connect(&mComing, &QVariantAnimation::finished, this, [this] { clearMask(); });
     connect(mPause, &QToolButton::clicked, this, &Pill::paused);
     connect(mStop, &QToolButton::clicked, this, &Pill::stopped);
     showIcons();
@@ -51,6 +59,25 @@ void Pill::tell(const QString &time, bool isPaused) {
         showTexts();
         update();
     }
+}
+
+void Pill::setInSight(bool isInSight) {
+    setVisible(isInSight);
+    if (std::exchange(mIsInSight, isInSight) == isInSight)
+        return;
+    mComing.stop();
+    mComing.setDuration(Look::hasMotion() && window()->isVisible() ? kCome : 0);
+    clearMask();
+    if (!isInSight || mComing.duration() == 0)
+        return;
+    mComing.start();
+    uncover();
+}
+
+// It takes its place from the start, so that nothing beside it moves.
+void Pill::uncover() {
+    const int hidden = qRound((1 - mComing.currentValue().toReal()) * width());
+    setMask(QRegion(hidden, 0, qMax(1, width() - hidden), height()));
 }
 
 void Pill::setPauseEnabled(bool isEnabled) { mPause->setEnabled(isEnabled); }

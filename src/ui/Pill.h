@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QVariantAnimation>
 #include <QWidget>
 
 class QToolButton;
@@ -16,6 +17,8 @@ public:
     explicit Pill(QWidget *parent);
 
     void tell(const QString &time, bool isPaused);
+    // Comes into sight from its right end, and goes at once.
+    void setInSight(bool isInSight);
     void setPauseEnabled(bool isEnabled);
     // Where there is little room, without pause.
     void setNarrow(bool isNarrow);
@@ -34,10 +37,13 @@ protected:
 private:
     void showTexts();
     void showIcons();
+    void uncover();
 
     DigitLabel *mTime;
     QToolButton *mPause, *mStop;
     bool mIsPaused = false;
+    bool mIsInSight = false; // also while it moves from one page to another
+    QVariantAnimation mComing;
 };
 
 } // namespace cantorel::ui

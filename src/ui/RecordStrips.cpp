@@ -139,6 +139,7 @@ void RecordStrips::showResult(const FinishedRecording &recording) {
 void RecordStrips::editName(bool isEdited) {
     mNameTrouble.clear();
     mName->setVisible(isEdited);
+    mResult->title().setVisible(!isEdited); // No name stands there twice.
     if (isEdited) {
         mName->setText(QFileInfo(mFinished->file).completeBaseName());
         mName->selectAll();

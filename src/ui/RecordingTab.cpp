@@ -6,6 +6,7 @@
 #include "recording/control/ScheduledSession.h"
 #include "recording/session/RecordingSession.h"
 #include "ui/CameraPreview.h"
+#include "ui/DropPlaces.h"
 #include "ui/Headline.h"
 #include "ui/LevelLanes.h"
 #include "ui/RecordCards.h"
@@ -69,6 +70,11 @@ RecordingTab::RecordingTab(RecorderPanel &panel, ScheduledSession &recorder, Rec
     column->addWidget(scrolled, 1);
     column->addWidget(mStrips);
     column->addWidget(mDeck);
+    auto *places = new DropPlaces(*this, *scrolled, *this); // owned by the tab
+    places->setObjectName(QStringLiteral("recordDropPlaces"));
+    connect(places, &DropPlaces::convertWanted, this, &RecordingTab::convertWanted);
+    connect(places, &DropPlaces::editWanted, this, &RecordingTab::editWanted);
+    connect(places, &DropPlaces::addWanted, this, &RecordingTab::addWanted);
 
     listen();
 }

@@ -63,6 +63,9 @@ Q_SIGNALS:
     void playWanted(const QString &file);
     void revealWanted(const QString &file);
     void editWanted(const QString &file);
+    // Files were dropped for it.
+    void convertWanted(const QStringList &files);
+    void addWanted(const QStringList &files);
 
 private:
     void listen();

@@ -61,6 +61,11 @@ void RecordingsTable::keyPressEvent(QKeyEvent *event) {
             return;
         }
         break;
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        if (!selectionModel()->hasSelection() && currentIndex().isValid())
+            return selectRow(currentIndex().row()); // Where nothing is chosen the first key chooses, and goes nowhere.
+        break;
     default:
         break;
     }

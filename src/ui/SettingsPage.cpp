@@ -18,7 +18,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QDoubleSpinBox>
-#include <QEvent>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
@@ -379,14 +378,6 @@ void SettingsPage::fit() {
 void SettingsPage::resizeEvent(QResizeEvent *event) {
     fit();
     Page::resizeEvent(event);
-}
-
-void SettingsPage::changeEvent(QEvent *event) {
-    if (event->type() == QEvent::PaletteChange)
-        showIcons();
-    if (event->type() == QEvent::LanguageChange)
-        showTexts();
-    Page::changeEvent(event);
 }
 
 void SettingsPage::showIcons() {

@@ -84,9 +84,8 @@ private:
     void chooseHotkey(std::size_t index, const QString &text);
     void showNextName();
     void fit();
-    void showIcons();
-    void showTexts();
-    void changeEvent(QEvent *event) override;
+    void showIcons() final;
+    void showTexts() final;
     void resizeEvent(QResizeEvent *event) override;
 
     OwnSongs &mSongs;

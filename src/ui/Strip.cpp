@@ -90,6 +90,7 @@ void Strip::setWord(QPushButton &button, const QString &word) {
 QLineEdit &Strip::addField(const QString &objectName) {
     auto *field = new QLineEdit(&body());
     field->setObjectName(objectName);
+    field->setAcceptDrops(false); // Files may be dropped here as well.
     field->hide();
     mContent->insertWidget(0, field);
     return *field;

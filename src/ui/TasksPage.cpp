@@ -16,7 +16,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
-#include <QEvent>
 #include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
@@ -431,7 +430,7 @@ void TasksPage::showIcons() {
 
 void TasksPage::showTexts() {
     mEditor->setTitle(mEdited ? Lang::btnEdit() : Lang::windowNewTask());
-    setTitle(Lang::toolsScheduleTaskTitle()); // after the panel's, which the header says where it covers the page
+    setTitle(Lang::toolsScheduleTaskTitle());
     mTasks->setAccessibleName(Lang::toolsScheduleTaskTaskList());
     mEmpty->setText(Lang::toolsScheduleTaskNoScheduleTask());
     mStrip->close().setToolTip(Lang::btnClose());
@@ -477,14 +476,6 @@ void TasksPage::showDays() {
         setTabOrder(previous, button);
         previous = button;
     }
-}
-
-void TasksPage::changeEvent(QEvent *event) {
-    if (event->type() == QEvent::PaletteChange)
-        showIcons();
-    if (event->type() == QEvent::LanguageChange)
-        showTexts();
-    Page::changeEvent(event);
 }
 
 } // namespace cantorel::ui

@@ -65,9 +65,8 @@ private:
     void undo();
     void showChoice();
     void showDays();
-    void showIcons();
-    void showTexts();
-    void changeEvent(QEvent *event) override;
+    void showIcons() final;
+    void showTexts() final;
 
     TaskList &mList;
     RecorderPanel &mRecorder;

@@ -92,6 +92,11 @@ ZQAudioConvertController::ZQAudioConvertController(ZQAudioConvertManager &queue,
         mStatuses->step();
         mTable->viewport()->update(0, 0, mTable->columnWidth(ConvertModel::Status), mTable->viewport()->height());
     });
+    mAdded.setSingleShot(true);
+    connect(&mAdded, &QTimer::timeout, this, [this] {
+        mModel.rowsWereAdded();
+        showState();
+    });
     auto *opens = new QShortcut(QKeySequence::Open, this);
     opens->setContext(Qt::WidgetWithChildrenShortcut);
     connect(opens, &QShortcut::activated, mAdd, &QToolButton::click);
@@ -188,6 +193,7 @@ QList<int> ZQAudioConvertController::selected() const {
 }
 
 void ZQAudioConvertController::remove() {
+    mModel.rowsWereAdded();
     const QList<int> rows = selected();
     if (rows.isEmpty() || !mQueue.removeSelectedAudioIndexSet(rows))
         return;
@@ -345,6 +351,7 @@ void ZQAudioConvertController::showIcons() {
     mUp->setIcon(icon(QStringLiteral("up"), palette()));
     mDown->setIcon(icon(QStringLiteral("down"), palette()));
     mRemove->setIcon(icon(QStringLiteral("wastebasket"), palette()));
+    showState();
 }
 
 void ZQAudioConvertController::showTexts() {
@@ -365,6 +372,8 @@ void ZQAudioConvertController::showTexts() {
 // The queue tells.
 
 void ZQAudioConvertController::ConvertManagerDelegate_NumberOfEntitysDidChange() {
+    if (mQueue.numberOfAudioEntitys() > mModel.rowCount())
+        return mAdded.start(); // All that are added in one go are shown in one go.
     const QList<int> rows = selected();
     mModel.rowsDidChange();
     if (rows.size() == 1 && rows.constFirst() < mModel.rowCount())
@@ -441,16 +450,6 @@ void ZQAudioConvertController::showEvent(QShowEvent *event) {
 void ZQAudioConvertController::hideEvent(QHideEvent *event) {
     mFrames.stop();
     Page::hideEvent(event);
-}
-
-void ZQAudioConvertController::changeEvent(QEvent *event) {
-    if (event->type() == QEvent::PaletteChange) {
-        showIcons();
-        showState();
-    }
-    if (event->type() == QEvent::LanguageChange)
-        showTexts();
-    Page::changeEvent(event);
 }
 
 } // namespace cantorel::ui

@@ -56,8 +56,8 @@ private:
     void runDidEnd();
     void animate();
     void fit();
-    void showIcons();
-    void showTexts();
+    void showIcons() final;
+    void showTexts() final;
     QList<int> selected() const;
 
     void ConvertManagerDelegate_NumberOfEntitysDidChange() override;
@@ -74,7 +74,6 @@ private:
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
-    void changeEvent(QEvent *event) override;
 
     ZQAudioConvertManager &mQueue;
     ConvertModel mModel;
@@ -88,6 +87,7 @@ private:
     QProgressBar *mBar;
     QPushButton *mReveal, *mStart;
     QTimer mFrames; // of the picture that moves
+    QTimer mAdded;  // rows are to be shown
     enum class Run { None, UnderWay, Done, Stopped } mRun = Run::None;
 };
 

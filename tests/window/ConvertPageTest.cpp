@@ -13,6 +13,8 @@
 #include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QSignalSpy>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTimer>
@@ -163,6 +165,25 @@ TEST_F(ConvertPage, WhatIsChosenOrDroppedIsConvertedAndAFailureSaysWhyAndIsTried
     find<QTableView>("convertRows")->selectRow(3);
     QTest::keyClick(find<QTableView>("convertRows"), Qt::Key_Delete);
     EXPECT_EQ(names(), (QStringList{"One", "Two", "Three"}));
+}
+
+TEST_F(ConvertPage, ManyFilesComeInOneGoBesideWhatIsChosen) {
+    openFromLibrary(sound("One.wav"));
+    auto *table = find<QTableView>("convertRows");
+    QSignalSpy added(&rows(), &QAbstractItemModel::rowsInserted), begunAnew(&rows(), &QAbstractItemModel::modelReset);
+    QStringList many;
+    for (int i = 0; i < 1000; ++i)
+        many << path(qPrintable(QStringLiteral("gone%1.wav").arg(i)));
+    table->selectRow(0);
+    ASSERT_TRUE(drop(many));
+    ASSERT_TRUE(hasRows(1001));
+    EXPECT_EQ(table->selectionModel()->selectedRows().value(0).row(), 0);
+    table->verticalScrollBar()->setValue(2000);
+    ASSERT_TRUE(drop({path("Two.wav")}));
+    ASSERT_TRUE(hasRows(1002));
+    EXPECT_EQ(table->verticalScrollBar()->value(), 2000);
+    EXPECT_EQ(added.count(), 2);
+    EXPECT_EQ(begunAnew.count(), 0);
 }
 
 TEST_F(ConvertPage, WhileAnotherPageIsShownAStripTellsHowFarItIsAndStopsIt) {

@@ -4,6 +4,7 @@
 #include "tests/support/Wave.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/LibraryTab.h"
+#include "ui/RecordingTab.h"
 #include "ui/ZQAudioConvertController.h"
 
 #include <QAbstractButton>
@@ -97,6 +98,18 @@ TEST_F(LongLibrary, PlayingIntoARecordingOfSystemSoundIsAskedAboutOnce) {
     EXPECT_EQ(sheets(), before) << "once a recording";
     session.stopRecording();
     ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
+}
+
+TEST_F(LongLibrary, TheFirstArrowChoosesARowAndSoDoesPlayingAResult) {
+    key(table, Qt::Key_Down);
+    EXPECT_EQ(selected(), QStringList{title(0)});
+    key(table, Qt::Key_Down);
+    EXPECT_EQ(selected(), QStringList{title(1)});
+    const QString file = table->model()->index(9, RecordingsModel::Title).data(Qt::ToolTipRole).toString();
+    window.recordPage().showResult({.file = file, .seconds = 190, .bytes = 1'000'000});
+    find<QAbstractButton>("playResult")->click();
+    EXPECT_EQ(selected(), QStringList{title(9)});
+    EXPECT_TRUE(window.library().isVisible());
 }
 
 TEST_F(LongLibrary, AFileThatHasGoneIsNamed) {
@@ -351,6 +364,28 @@ TEST_F(LongLibrary, WhatIsDroppedIsConvertedEditedOrJoinsTheListWhereItLies) {
     EXPECT_TRUE(window.editorPage().isVisible());
     EXPECT_TRUE(passUntil([&] { return window.editorPage().manager().player().isPlayButtonEnabled(); }));
     EXPECT_EQ(list.items().size(), kMany + 2u);
+
+    // The record page takes them in the same way.
+    window.editorPage().goBack();
+    QWidget &record = window.recordPage();
+    const auto dropThere = [&](double y) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(home.filePath("Album/Inner/Deep.wav"))});
+        const QPoint at(record.width() / 4, static_cast<int>(y * record.height()));
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&record, &enter);
+        EXPECT_EQ(find<QWidget>("recordDropPlaces")->isVisible(), enter.isAccepted());
+        photograph(window, "record-drop");
+        QDropEvent event(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&record, &event);
+    };
+    window.showRecordPage();
+    dropThere(0.2);
+    isConverted(5);
+    window.showRecordPage();
+    dropThere(0.98);
+    EXPECT_TRUE(window.library().isVisible());
+    EXPECT_TRUE(passUntil([&] { return list.items().size() == kMany + 3u; }));
 }
 
 TEST_F(LongLibrary, AddAsksWithTheDesktopsDialogOrWithOurOwnWhereItHasNone) {

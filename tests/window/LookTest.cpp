@@ -1,6 +1,7 @@
 #include "ui/look/Look.h"
 
 #include "tests/window/WindowFixture.h"
+#include "ui/Pill.h"
 #include "ui/RecordButton.h"
 #include "ui/Strip.h"
 #include "ui/TasksPage.h"
@@ -161,6 +162,18 @@ TEST(Look, EveryColourStandsOutFromItsGround) {
                     << pair.name << " on " << (tokens->*ground).name().toStdString();
 }
 
+TEST(Look, UnlitStepsAndTroughsAreSeenInHighContrastToo) {
+    for (const auto &[ground, text] : {std::pair(Qt::black, Qt::white), std::pair(Qt::white, Qt::black),
+                                       std::pair(Qt::black, Qt::yellow), std::pair(Qt::darkBlue, Qt::white)}) {
+        QPalette desktop;
+        desktop.setColor(QPalette::Window, ground);
+        desktop.setColor(QPalette::WindowText, text);
+        const Tokens tokens = Tokens::highContrast(desktop);
+        EXPECT_GE(contrast(tokens.track, tokens.ground), 3) << QColor(ground).name().toStdString();
+        EXPECT_GE(contrast(tokens.wave, tokens.track), 3) << QColor(ground).name().toStdString();
+    }
+}
+
 TEST(Look, TheArrowOfAHeaderPointsDownWhereTheLargestComesFirst) {
     const Look look(nullptr);
     QStandardItemModel model(0, 1);
@@ -202,6 +215,26 @@ TEST(Look, AStripUnfoldsOverTimeAndAtOnceWhereMotionIsReduced) {
         EXPECT_TRUE(QTest::qWaitFor([&] { return strip.height() == whole; }));
         strip.tell(ui::Strip::Kind::Hint, {});
         EXPECT_TRUE(strip.isHidden());
+    }
+}
+
+TEST(Look, ThePillComesOverTimeAndAtOnceWhereMotionIsReducedOrItOnlyChangesItsPage) {
+    Look look(nullptr);
+    for (const bool isReduced : {false, true}) {
+        look.follow({Scheme::Light, false, isReduced});
+        QWidget page, other(&page);
+        ui::Pill pill(&page);
+        page.resize(500, 300);
+        page.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&page));
+        pill.setInSight(true);
+        EXPECT_EQ(pill.mask().isEmpty(), isReduced); // A whole one has none.
+        EXPECT_TRUE(QTest::qWaitFor([&] { return pill.mask().isEmpty(); }));
+        pill.setParent(&other);
+        pill.setInSight(true);
+        EXPECT_TRUE(pill.mask().isEmpty() && !pill.isHidden());
+        pill.setInSight(false);
+        EXPECT_TRUE(pill.isHidden());
     }
 }
 

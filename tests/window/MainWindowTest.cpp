@@ -141,6 +141,7 @@ TEST_F(MainWindow, AResultIsRenamedWhereItIsShown) {
         photograph(window, QStringLiteral("result-rename-%1").arg(entered));
         QTest::keyClick(name, key);
         EXPECT_EQ(name->isVisible(), goesOn) << entered;
+        EXPECT_NE(find<QLabel>("result")->isVisible(), goesOn) << entered;
         EXPECT_EQ(list.items().front()->getFileName(), isRenamed ? path("Rain.wav") : before) << entered;
     }
     EXPECT_TRUE(find<QLabel>("result")->text().startsWith("Rain.wav"));

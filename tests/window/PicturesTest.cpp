@@ -33,11 +33,13 @@ QStringList clippedNow(const QWidget &window) {
     QStringList found;
     for (const auto *button : window.findChildren<QAbstractButton *>())
         if (button->isVisibleTo(&window) && !button->text().isEmpty()
-            && (button->width() < button->sizeHint().width() || isBeyond(*button, window)))
+            && (button->width() < button->sizeHint().width() || button->height() < button->minimumSizeHint().height()
+                || isBeyond(*button, window)))
             found << button->objectName() + ": " + button->text();
     for (const auto *label : window.findChildren<QLabel *>())
         if (label->isVisibleTo(&window) && !label->wordWrap() && !label->text().isEmpty()
-            && (label->width() < label->sizeHint().width() || isBeyond(*label, window)))
+            && (label->width() < label->sizeHint().width() || label->height() < label->minimumSizeHint().height()
+                || isBeyond(*label, window)))
             found << label->objectName() + ": " + label->text();
     return found;
 }
@@ -125,7 +127,11 @@ void Pictures::expectAllTextsShown(QSize size, QSize largest, const QString &pre
         window.openConverter({});
         look(window, name + "-convert");
         window.convertPage().goBack();
-        eachEditorPage([&](const char *page) { look(window, name + "-" + page); });
+        eachEditorPage([&](const char *page) {
+            look(window, name + "-" + page);
+            const auto *title = window.editorPage().findChild<QLabel *>("title"); // The panel covers the page.
+            EXPECT_EQ(title->accessibleName() == Lang::toolsExportTitle(), qstrcmp(page, "export") == 0) << page;
+        });
         openTasks();
         find<QListWidget>("tasks")->setCurrentRow(0);
         look(window, name + "-tasks");

@@ -44,23 +44,34 @@ QString wordOf(ConvertStatus status) {
 } // namespace
 
 ConvertModel::ConvertModel(ZQAudioConvertManager &queue, QObject *parent)
-    : QAbstractTableModel(parent), mQueue(queue) {}
+    : QAbstractTableModel(parent), mQueue(queue), mRows(queue.numberOfAudioEntitys()) {}
+
+void ConvertModel::rowsWereAdded() {
+    const int rows = mQueue.numberOfAudioEntitys();
+    if (rows <= mRows)
+        return;
+    beginInsertRows({}, mRows, rows - 1);
+    mRows = rows;
+    endInsertRows();
+}
 
 void ConvertModel::rowsDidChange() {
     beginResetModel();
+    mRows = mQueue.numberOfAudioEntitys();
     endResetModel();
 }
 
-void ConvertModel::rowDidChange(int row) { Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1)); }
+void ConvertModel::rowDidChange(int row) {
+    if (row < mRows)
+        Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
+}
 
 void ConvertModel::allDidChange() {
     if (rowCount() > 0)
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
 }
 
-int ConvertModel::rowCount(const QModelIndex &parent) const {
-    return parent.isValid() ? 0 : mQueue.numberOfAudioEntitys();
-}
+int ConvertModel::rowCount(const QModelIndex &parent) const { return parent.isValid() ? 0 : mRows; }
 
 int ConvertModel::columnCount(const QModelIndex &parent) const { return parent.isValid() ? 0 : ColumnCount; }
 

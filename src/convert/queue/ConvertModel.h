@@ -27,6 +27,8 @@ public:
     // The queue outlives the model.
     explicit ConvertModel(ZQAudioConvertManager &queue, QObject *parent = nullptr);
 
+    // Rows were appended, or the list is another one.
+    void rowsWereAdded();
     void rowsDidChange();
     void rowDidChange(int row);
     void allDidChange(); // what is shown of every row
@@ -40,6 +42,7 @@ private:
     QString actionOf(const ZQAudioConvertEntity &row) const;
 
     ZQAudioConvertManager &mQueue;
+    int mRows; // that are known: the queue has others before it tells
 };
 
 } // namespace cantorel

@@ -25,6 +25,7 @@ public:
     explicit FileIdentity(const QString &path)
         : mFile(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
 
+    const FileDescriptor &file() const { return mFile; }
     // False as well when there was none to remember.
     bool isAt(const QString &path) const { return foundation::isAt(mFile, path); }
 

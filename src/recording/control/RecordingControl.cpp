@@ -228,7 +228,7 @@ RecordingControl::Answer RecordingControl::deleteItem(const QStringList &argumen
 }
 
 RecordingControl::Answer RecordingControl::tagsWritten(const QStringList &arguments) {
-    mList.takeTags(arguments);
+    mList.takeTagsBehind(arguments);
     return QVariantMap{};
 }
 

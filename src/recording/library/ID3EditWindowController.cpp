@@ -232,7 +232,7 @@ void ID3EditWindowController::undo(const TagUndo &undo) {
 
 // What was touched meanwhile stays as it is.
 void ID3EditWindowController::settle(const QStringList &files, bool isDone) {
-    mList.takeTags(files);
+    mList.takeTagsBehind(files);
     const bool isSaved = mState == State::Saving && files == mFiles;
     if (isSaved && !isDone)
         setState(State::Editable);

@@ -6,6 +6,7 @@
 #include "platform/foundation/FileIdentity.h"
 #include "recording/library/RecordedList.h"
 #include "settings/AppSettings.h"
+#include "tags/TagWriting.h"
 #include "util/ToolFile.h"
 
 #include <QFile>
@@ -22,6 +23,8 @@ using foundation::Result;
 namespace {
 
 constexpr foundation::SentenceKey kConversionEnded("ConversionEnded");
+
+constexpr int kAttempts = 3;
 
 } // namespace
 
@@ -52,10 +55,19 @@ void RecordedConversions::convertRecordedfileFormat(RecordedAudioInfo &item, Com
     auto job = [this, file, format, converter, item = RecordedItemPointer(&item),
                 completion = std::move(completion)](const std::stop_token &stop) {
         Result<QString> result = Failure{kConversionEnded(), QString()};
-        const auto recording = std::make_shared<FileIdentity>(file);
+        auto recording = std::make_shared<FileIdentity>(file);
         (void)guarded("convert", [&] {
             foundation::WallClock clock;
-            result = AudioConverter::convertRecording(format, file, {converter, {}, stop}, clock);
+            for (int attempt = 1;; ++attempt) {
+                recording = std::make_shared<FileIdentity>(file);
+                result = AudioConverter::convertRecording(format, file, {converter, {}, stop}, clock);
+                // With tags that were written meanwhile it is converted once more: the successor has them too.
+                if (attempt == kAttempts || stop.stop_requested() || recording->isAt(file)
+                    || !hasSoundOf(recording->file(), file))
+                    break;
+                if (result)
+                    QFile::remove(result.value());
+            }
         });
         // The destructor waits for this worker, so "this" is valid here; calls still queued by then are dropped.
         QMetaObject::invokeMethod(this, [this, item, file, recording, result, completion] {

@@ -8,7 +8,9 @@
 #include "tags/AudioIdentify.h"
 #include "util/ToolFile.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
+#include <QEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -22,6 +24,8 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
+#include <memory>
+#include <optional>
 #include <string_view>
 #include <tuple>
 
@@ -107,9 +111,14 @@ RecordedAudioFields fieldsOf(const QJsonArray &json) {
 } // namespace
 
 RecordedList::RecordedList(const QString &stateFolder, foundation::Clock &clock)
-    : mStateFolder(stateFolder), mClock(clock), mJournal(stateFolder + QStringLiteral("/recordedList.journal")) {}
+    : mStateFolder(stateFolder), mClock(clock), mJournal(stateFolder + QStringLiteral("/recordedList.journal")) {
+    mReader.setMaxThreadCount(1);
+}
 
-RecordedList::~RecordedList() = default;
+RecordedList::~RecordedList() {
+    mReader.waitForDone();
+    QCoreApplication::sendPostedEvents(&mTold, QEvent::MetaCall); // What was read is stored.
+}
 
 void RecordedList::initRecordedList() {
     mInvalidFiles.clear();
@@ -329,20 +338,43 @@ void RecordedList::save(const RecordedAudioInfo &item) {
         store(kSet, at);
 }
 
-void RecordedList::takeTags(const QStringList &files) {
-    finishLoading();
+struct RecordedList::Tagged {
+    RecordedItemPointer item;
+    QString file;
+    std::optional<id3Tag> tag;
+    QString size;
+};
+
+std::vector<RecordedList::Tagged> RecordedList::tagged(const QStringList &files) const {
+    std::vector<Tagged> tagged;
+    for (const QString &file : files)
+        if (RecordedAudioInfo *item = itemWithFile(file))
+            tagged.push_back({item, file, {}, {}});
+    return tagged;
+}
+
+void RecordedList::read(std::vector<Tagged> &tagged) {
+    for (Tagged &one : tagged) {
+        one.tag = AudioIdentify::getID3TagFromFile(one.file);
+        one.size = ToolFile::fileSizeFormatterToString(QFileInfo(one.file).size());
+    }
+}
+
+void RecordedList::take(const std::vector<Tagged> &tagged) {
     const RecordedAudioInfo *last = nullptr;
     int count = 0;
-    for (const QString &file : files) {
-        RecordedAudioInfo *item = itemWithFile(file);
-        const auto tag = item ? AudioIdentify::getID3TagFromFile(file) : std::nullopt;
-        if (!tag)
+    QStringList renamed;
+    for (const Tagged &one : tagged) {
+        RecordedAudioInfo *item = one.item;
+        if (item && !one.tag && item->getFileName() != one.file)
+            renamed << item->getFileName();
+        if (!item || !one.tag)
             continue;
-        item->setAlbum(tag->id3Album);
-        item->setArtist(tag->id3Artist);
-        item->setYear(tag->id3Year);
-        item->setCover(tag->id3Image);
-        item->setSize(ToolFile::fileSizeFormatterToString(QFileInfo(file).size()));
+        item->setAlbum(one.tag->id3Album);
+        item->setArtist(one.tag->id3Artist);
+        item->setYear(one.tag->id3Year);
+        item->setCover(one.tag->id3Image);
+        item->setSize(one.size);
         last = item;
         ++count;
     }
@@ -352,6 +384,23 @@ void RecordedList::takeTags(const QStringList &files) {
         saveRecordedList();
     if (count > 0)
         changed();
+    if (!renamed.isEmpty())
+        takeTagsBehind(renamed);
+}
+
+void RecordedList::takeTags(const QStringList &files) {
+    finishLoading();
+    std::vector<Tagged> written = tagged(files);
+    read(written);
+    take(written);
+}
+
+void RecordedList::takeTagsBehind(const QStringList &files) {
+    finishLoading();
+    mReader.start([this, written = std::make_shared<std::vector<Tagged>>(tagged(files))] {
+        (void)guarded("takeTags", [&] { read(*written); }); // logged there
+        QMetaObject::invokeMethod(&mTold, [this, written] { (void)guarded("tagsTaken", [&] { take(*written); }); });
+    });
 }
 
 foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QString &name) {

@@ -9,6 +9,7 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
+#include <QThreadPool>
 
 #include <functional>
 #include <future>
@@ -77,6 +78,8 @@ public:
     void save(const RecordedAudioInfo &item);
     // Takes album, artist, year, cover and size of these files into their items, after their tags were written.
     void takeTags(const QStringList &files);
+    // The same, where the files are read beside the main thread.
+    void takeTagsBehind(const QStringList &files);
     // Renames the file beside itself, keeping its extension; nothing is overwritten, and nothing has changed where it
     // fails.
     foundation::Result<void> rename(RecordedAudioInfo &item, const QString &name);
@@ -96,6 +99,11 @@ private:
     // Stores one change: in the journal, or with the whole list where that is as quick or must be.
     void store(const char *operation, std::size_t at);
     void changed();
+    // What is read of a file whose tags were written; the item may go, or be renamed, meanwhile.
+    struct Tagged;
+    std::vector<Tagged> tagged(const QStringList &files) const;
+    static void read(std::vector<Tagged> &tagged);
+    void take(const std::vector<Tagged> &tagged);
 
     const QString mStateFolder;
     foundation::Clock &mClock;
@@ -107,6 +115,7 @@ private:
     QSet<QString> mInvalidFiles;
     std::unique_ptr<foundation::Timer> mTimerInvalid;
     QObject mTold;
+    QThreadPool mReader;         // of one thread
     std::future<Items> mLoading; // while it runs, the journal and what belongs to it are its own
 };
 

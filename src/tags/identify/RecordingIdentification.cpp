@@ -52,6 +52,7 @@ struct RecordingIdentification::Work {
     bool wantsAgreement = false;
     id3Tag tags; // of the file, with what was recognised
     TagsWritten result;
+    QString formerName; // that a step back gives it; empty where it has that
 };
 
 RecordingIdentification::RecordingIdentification(RecordedList &list, Recogniser recogniser)
@@ -183,7 +184,7 @@ void RecordingIdentification::written(const std::shared_ptr<Work> &work) {
                                           : QStringLiteral("audio identify failed. file extension:%1")
                                                 .arg(ToolFile::fileExtensionAtPath(work->before)));
     if (!work->result.undo.files.empty())
-        mList.takeTags({work->file});
+        mList.takeTagsBehind({work->file});
     end(work);
     Q_EMIT identified({work->before, work->file, *work->music, work->result.undo});
 }
@@ -212,14 +213,28 @@ void RecordingIdentification::notNow() {
 }
 
 void RecordingIdentification::undo(const Identified &identified) {
-    RecordedAudioInfo *item = mList.itemWithFile(identified.file);
-    if (!item || item->isInUse())
+    const auto work = begin(identified.file, Asked::ByHand);
+    if (!work)
         return;
-    for (const auto &failed : undoTags(identified.tags))
-        Log(QStringLiteral("the tags of %1 stay: %2").arg(failed.path, failed.failure.detail));
     if (identified.file != identified.before)
-        renameTo(*item, ToolFile::fileNameAtPath(identified.before));
-    mList.takeTags({item->getFileName()});
+        work->formerName = ToolFile::fileNameAtPath(identified.before);
+    behind(
+        work,
+        [tags = identified.tags](Work &) {
+            for (const auto &failed : undoTags(tags))
+                Log(QStringLiteral("the tags of %1 stay: %2").arg(failed.path, failed.failure.detail));
+        },
+        &RecordingIdentification::undone);
+}
+
+void RecordingIdentification::undone(const std::shared_ptr<Work> &work) {
+    end(work);
+    RecordedAudioInfo *item = work->item;
+    if (!item)
+        return;
+    if (!work->formerName.isEmpty())
+        renameTo(*item, work->formerName);
+    mList.takeTagsBehind({item->getFileName()});
 }
 
 } // namespace cantorel

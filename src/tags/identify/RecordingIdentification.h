@@ -81,6 +81,7 @@ private:
     void answered(const std::shared_ptr<Work> &work);
     void name(Work &work, RecordedAudioInfo &item);
     void written(const std::shared_ptr<Work> &work);
+    void undone(const std::shared_ptr<Work> &work);
     void end(const std::shared_ptr<Work> &work);
     void renameTo(RecordedAudioInfo &item, const QString &base);
 

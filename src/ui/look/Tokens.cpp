@@ -71,9 +71,22 @@ double luminance(const QColor &colour) {
     return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
 }
 
-bool isReadable(const QColor &ink, const QColor &ground) {
+double contrast(const QColor &ink, const QColor &ground) {
     const double one = luminance(ink), other = luminance(ground);
-    return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05) >= 4.5;
+    return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05);
+}
+
+// From the ground towards the text, no further than it takes to be seen.
+QColor faintest(const QColor &ground, const QColor &text) {
+    const auto mixed = [&](float part) {
+        const auto between = [part](float one, float other) { return one + (other - one) * part; };
+        return QColor::fromRgbF(between(ground.redF(), text.redF()), between(ground.greenF(), text.greenF()),
+                                between(ground.blueF(), text.blueF()));
+    };
+    float part = 0;
+    while (part < 1 && contrast(mixed(part), ground) < 3)
+        part += 0.05F;
+    return mixed(std::min(part, 1.0F));
 }
 
 } // namespace
@@ -86,7 +99,7 @@ Tokens Tokens::highContrast(const QPalette &desktop) {
         .ground = ground,
         .surface = desktop.color(QPalette::Base),
         .sunken = ground,
-        .track = ground,
+        .track = faintest(ground, text),
         .hover = desktop.color(QPalette::Button),
         .line = text,
         .outline = text,
@@ -94,7 +107,7 @@ Tokens Tokens::highContrast(const QPalette &desktop) {
         .text2 = text,
         .accent = text,
         .onAccent = desktop.color(QPalette::Base),
-        .soft = isReadable(text, highlight) ? highlight : desktop.color(QPalette::Button), // text stands on it
+        .soft = contrast(text, highlight) >= 4.5 ? highlight : desktop.color(QPalette::Button), // text stands on it
         .red = nearest.red,
         .redFill = nearest.redFill,
         .redSoft = ground,

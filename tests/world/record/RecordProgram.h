@@ -80,16 +80,26 @@ protected:
     const QStringList mSoftware{"--backend", "embedded", "--source", "mic", "--seconds", "0.3"};
 };
 
-// The children of a program that watch over its displaced default devices.
-inline std::vector<pid_t> guardsOf(qint64 program) {
-    std::vector<pid_t> guards;
+// What a program has started, and what that has.
+inline std::vector<pid_t> descendantsOf(qint64 program) {
+    std::vector<pid_t> all;
     const QDir tasks(QString("/proc/%1/task").arg(program));
-    for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        for (const QByteArray &child : test::contents(tasks.filePath(task + "/children")).simplified().split(' ')) {
-            if (test::contents("/proc/" + child + "/cmdline").contains("cantorel-guard"))
-                guards.push_back(child.toInt());
-        }
-    }
+    for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        for (const QByteArray &child : test::contents(tasks.filePath(task + "/children")).simplified().split(' '))
+            if (const int id = child.toInt(); id > 0) {
+                all.push_back(id);
+                const std::vector<pid_t> below = descendantsOf(id);
+                all.insert(all.end(), below.begin(), below.end());
+            }
+    return all;
+}
+
+// Those that watch over its displaced default devices.
+inline std::vector<pid_t> guardsOf(qint64 program) {
+    std::vector<pid_t> guards = descendantsOf(program);
+    std::erase_if(guards, [](pid_t id) {
+        return !test::contents(QString("/proc/%1/cmdline").arg(id)).contains("cantorel-guard");
+    });
     return guards;
 }
 

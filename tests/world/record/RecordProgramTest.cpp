@@ -7,9 +7,14 @@
 
 #include <QElapsedTimer>
 
+#include <sys/resource.h>
+
+#include <algorithm>
+
 namespace cantorel {
 namespace {
 
+using test::descendantsOf;
 using test::eventually;
 using test::expectOneSentence;
 using test::PrivateWorld;
@@ -77,6 +82,35 @@ TEST_F(RecordProgramTest, ASecondSignalLeavesAConverterThatHangsAndKeepsTheRecor
     const QString file = run->event("started")["file"].toString();
     expectOneSentence(run->lastLine(), file.toUtf8());
     EXPECT_FALSE(test::decoded(file).empty());
+}
+
+// A conversion takes little of the processor that somebody else wants.
+TEST_F(RecordProgramTest, NoFrameIsLostBesideAConversionWhichStandsBack) {
+    QStringList words{"convert", "--folder", QDir::homePath()};
+    for (const char *name : {"/one.wav", "/two.wav", "/three.wav"})
+        words << QDir::homePath() + name;
+    test::writeWav(words[3], test::tone(48000 * 120, 48000));
+    ASSERT_TRUE(QFile::copy(words[3], words[4]) && QFile::copy(words[3], words[5]));
+    const auto run = start({"--backend", "embedded", "--source", "mic", "--format", "4"});
+    ASSERT_TRUE(run->begins());
+    QProcess converting;
+    converting.start(CANTOREL_CLI, words);
+    std::vector<pid_t> coders;
+    EXPECT_TRUE(eventually([&] {
+        coders = descendantsOf(converting.processId());
+        return std::any_of(coders.begin(), coders.end(), [](pid_t id) {
+            return test::contents(QStringLiteral("/proc/%1/comm").arg(id)) == "ffmpeg\n";
+        });
+    }));
+    for (const pid_t coder : coders)
+        EXPECT_GE(::getpriority(PRIO_PROCESS, static_cast<id_t>(coder)), 10) << coder;
+    eventually([] { return false; }, 4000); // both go on
+    test::finish(converting);
+    run->signal(SIGINT);
+    EXPECT_EQ(run->status(), 130);
+    const QJsonObject finished = run->event("finished");
+    EXPECT_EQ(finished["droppedFrames"].toInt(-1), 0);
+    EXPECT_GT(finished["seconds"].toDouble(), 3.5);
 }
 
 // On a real server: whatever ends the program, the person's devices are as before, and the sound is there.

@@ -1,6 +1,8 @@
 #include "recording/library/RecordedConversions.h"
 
+#include "platform/foundation/ChildProcess.h"
 #include "recording/library/RecordedList.h"
+#include "tags/AudioIdentify.h"
 #include "tests/support/Wave.h"
 #include "tests/unit/recording/RecordingFixture.h"
 
@@ -55,6 +57,30 @@ TEST_F(RecordedConversionsTest, TheRecordingGoesOnlyForAWholeSuccessor) {
 TEST_F(RecordedConversionsTest, WhatHasTakenItsNameMeanwhileStays) {
     ASSERT_TRUE(convert("cp \"$in\" \"$out\"; mv \"$in\" \"$in.mine\"; cp \"$out\" \"$in\""));
     EXPECT_TRUE(QFile::exists(file));
+}
+
+// Somebody writes the tags of a recording while the converter reads it; which may happen again and again.
+TEST_F(RecordedConversionsTest, TagsThatAreWrittenMeanwhileAreInTheSuccessor) {
+    AppSettings::setAudioFormat(0);
+    const auto made = foundation::ChildProcess::run(
+        {"ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "sine=d=2", "-c:a", "aac", "-y", file}, {}, {}});
+    ASSERT_TRUE(made && made.value().ending.succeeded());
+    for (const QString &name : {QString("once.m4a"), QString("again.m4a")}) {
+        ASSERT_TRUE(QFile::copy(file, folder.filePath(name)));
+        ASSERT_TRUE(AudioIdentify::saveID3ToFile({"Typed", "Choir", "", "", "", {}, {}}, folder.filePath(name)));
+    }
+    const auto result =
+        convert("ffmpeg \"$@\" || exit; new=${in%/*}/once.m4a; [ ! -e \"$new\" ] || mv \"$new\" \"$in\"");
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result.value(), path("Track1.mp3"));
+    EXPECT_EQ(AudioIdentify::getID3TagFromFile(result.value()).value_or(id3Tag()).id3Title, "Typed");
+    EXPECT_FALSE(QFile::exists(file));
+
+    list.items().front()->setFileName(path("again.m4a"));
+    const auto restless = convert("ffmpeg \"$@\" || exit; cp \"$in\" \"$in.new\"; mv \"$in.new\" \"$in\"");
+    ASSERT_TRUE(restless);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
+              (QStringList{"again.m4a", "again.mp3", "Track1.mp3"}));
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "recording/library/RecordingsRemoval.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
+#include "tags/AudioIdentify.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateWorld.h"
 #include "tests/unit/recording/UnwritableSettings.h"
@@ -353,6 +354,22 @@ TEST_F(RecordedListTest, WhatTheWastebasketRefusesStaysAndWhatComesBackReplacesN
     EXPECT_FALSE(removal.undo());
     EXPECT_EQ(test::contents(file(1, false)), "another");
     EXPECT_EQ(names(*list), QStringList{"status"});
+}
+
+TEST_F(RecordedListTest, WrittenTagsAreReadBesideTheMainThreadAndStoredWhateverHappensMeanwhile) {
+    const QString path = mFolder.filePath("song.mp3");
+    test::store(path, (QByteArray("\xFF\xFB\x90\x64") + QByteArray(413, '\0')).repeated(9));
+    auto list = opened();
+    RecordedAudioInfo &item = list->addRecordedFile(path, {}, {});
+    ASSERT_TRUE(AudioIdentify::saveID3ToFile({"T", "Choir", "", "", "", {}, {}}, path));
+    list->takeTagsBehind({path, file(2)});
+    EXPECT_EQ(item.artist(), "") << "nothing was waited for";
+    ASSERT_TRUE(list->rename(item, "renamed"));
+    EXPECT_TRUE(test::eventually([&] { return item.artist() == "Choir"; }));
+    ASSERT_TRUE(AudioIdentify::saveID3ToFile({"T", "Band", "", "", "", {}, {}}, item.getFileName()));
+    list->takeTagsBehind({item.getFileName()});
+    list.reset();
+    EXPECT_EQ(names(*opened()), QStringList{"renamedBand"});
 }
 
 } // namespace cantorel
