@@ -1,10 +1,7 @@
 #include "recording/library/RecordedList.h"
 
 #include "log/GuardedAction.h"
-#include "platform/foundation/KeyedArchiver.h"
-#include "settings/SettingsTable.h"
-#include "settings/StoredList.h"
-#include "settings/UserDefaultFunctions.h"
+#include "recording/library/NotedRename.h"
 #include "tags/AudioIdentify.h"
 #include "util/ToolFile.h"
 
@@ -13,12 +10,10 @@
 #include <QEvent>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
 #include <QRegularExpression>
 #include <QThread>
 
 #include <malloc.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,92 +21,21 @@
 #include <iterator>
 #include <memory>
 #include <optional>
-#include <string_view>
-#include <tuple>
 
 namespace cantorel {
 
 namespace {
 
 constexpr foundation::SentenceKey kNameTaken("NameTaken", "Name");
-constexpr foundation::SentenceKey kListNotSaved("ListNotSaved", "FileName");
 constexpr foundation::SentenceKey kNotRenamed("NotRenamed", "FileName");
 
 constexpr std::chrono::seconds kSweepInterval(1);
-// A list of a few hundred recordings is stored whole as quickly as a journal is synchronised.
-constexpr qint64 kSmallArchive = 64 * 1024;
-
-constexpr int kAttempts = 5;
-
-// Of one file, as a rename that was killed leaves it. Where upper and lower case are one, there is but one name.
-bool areTwoNames(const QString &one, const QString &other) {
-    struct stat first {
-    }, second{};
-    return ::lstat(QFile::encodeName(one).constData(), &first) == 0
-           && ::lstat(QFile::encodeName(other).constData(), &second) == 0 && first.st_dev == second.st_dev
-           && first.st_ino == second.st_ino && first.st_nlink > 1;
-}
-
-// A file in the state folder that holds both names while one is renamed. What is left of it by a program that was
-// killed tells the next one which name is to go.
-class NotedRename {
-public:
-    NotedRename(const QString &stateFolder, const QString &before, const QString &after) : mFile(path(stateFolder)) {
-        if (mFile.open(QIODevice::WriteOnly | QIODevice::Truncate)) // Without it, at worst the file keeps two names.
-            mFile.write((before + QLatin1Char('\n') + after).toUtf8());
-        mFile.close();
-    }
-    ~NotedRename() { mFile.remove(); }
-    NotedRename(const NotedRename &) = delete;
-    NotedRename &operator=(const NotedRename &) = delete;
-
-    // Only the name that the stored list does not know any more goes: its owner may be at it right now.
-    static void finish(const QString &stateFolder, const std::function<bool(const QString &)> &isListed) {
-        QFile file(path(stateFolder));
-        if (!file.open(QIODevice::ReadOnly))
-            return;
-        const QStringList names = QString::fromUtf8(file.read(kLongest)).split(QLatin1Char('\n'));
-        if (names.size() == 2 && areTwoNames(names[0], names[1]) && isListed(names[1]) && !isListed(names[0]))
-            QFile::remove(names[0]);
-    }
-
-private:
-    static constexpr qint64 kLongest = 16'384;
-    static QString path(const QString &stateFolder) { return stateFolder + QStringLiteral("/renaming"); }
-
-    QFile mFile;
-};
-
 const QString kDateFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
-
-constexpr const char *kInsert = "insert";
-constexpr const char *kRemove = "remove";
-constexpr const char *kSet = "set";
-
-QString storedKey() { return QString::fromLatin1(setting::kRecordedList); }
-
-// Tells one state of the settings file from another.
-auto stampOfSettings() {
-    struct stat status = {};
-    (void)::stat(QFile::encodeName(standardUserDefaults().filePath()).constData(),
-                 &status); // stays zero without the file
-    return std::tuple(status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
-}
-
-QJsonArray jsonOf(const RecordedAudioFields &fields) {
-    return {fields._fileName, fields._duration, fields._size, fields._dateAdded,
-            fields._artist,   fields._album,    fields._year};
-}
-
-RecordedAudioFields fieldsOf(const QJsonArray &json) {
-    return {json.at(0).toString(), json.at(1).toString(), json.at(2).toString(), json.at(3).toString(),
-            json.at(4).toString(), json.at(5).toString(), json.at(6).toString()};
-}
 
 } // namespace
 
 RecordedList::RecordedList(const QString &stateFolder, foundation::Clock &clock)
-    : mStateFolder(stateFolder), mClock(clock), mJournal(stateFolder + QStringLiteral("/recordedList.journal")) {
+    : mStateFolder(stateFolder), mClock(clock), mStore(stateFolder) {
     mReader.setMaxThreadCount(1);
 }
 
@@ -144,31 +68,7 @@ void RecordedList::finishLoading() {
 }
 
 RecordedList::Items RecordedList::load() {
-    // Archive and journal are read one after the other, while their owner may fold the one into the other.
-    StoredList stored;
-    std::vector<QJsonObject> changes;
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        const auto before = stampOfSettings();
-        stored = loadStoredList(storedKey(), mStateFolder);
-        changes = mJournal.changesTo(stored.archive);
-        if (!changes.empty() || before == stampOfSettings())
-            break;
-    }
-    Items items;
-    items.reserve(static_cast<std::size_t>(stored.items.size()));
-    for (QVariant &archived : stored.items) {
-        if (auto fields = recordedAudioFields(archived))
-            items.push_back(std::make_unique<RecordedAudioInfo>(*fields));
-        archived.clear(); // What it held serves the next items.
-    }
-    mJournalFits = items.size() == static_cast<std::size_t>(stored.items.size());
-    if (!changes.empty()) // The next change stores the whole list, and the journal begins anew.
-        mJournalFits = false;
-    apply(changes, items);
-    mJournal.begin(stored.archive);
-    mArchiveSize = stored.archive.size();
-    if (std::erase_if(items, [](const auto &item) { return !QFile::exists(item->getFileName()); }) > 0)
-        mJournalFits = false;
+    Items items = mStore.load();
     NotedRename::finish(mStateFolder, [&items](const QString &name) {
         return std::any_of(items.begin(), items.end(), [&](const auto &item) { return item->getFileName() == name; });
     });
@@ -189,58 +89,15 @@ void RecordedList::take(Items items) {
     }
 }
 
-void RecordedList::apply(const std::vector<QJsonObject> &changes, Items &items) {
-    for (const QJsonObject &change : changes) {
-        const QString operation = change.value(QStringLiteral("op")).toString();
-        const auto at = static_cast<std::size_t>(change.value(QStringLiteral("at")).toInteger(-1));
-        auto fields = fieldsOf(change.value(QStringLiteral("item")).toArray());
-        const auto place = items.begin() + static_cast<std::ptrdiff_t>(std::min(at, items.size()));
-        if (operation == QLatin1String(kInsert) && at <= items.size())
-            items.insert(place, std::make_unique<RecordedAudioInfo>(fields));
-        else if (operation == QLatin1String(kRemove) && at < items.size())
-            items.erase(place);
-        else if (operation == QLatin1String(kSet) && at < items.size())
-            *place = std::make_unique<RecordedAudioInfo>(fields);
-    }
-}
-
 void RecordedList::saveRecordedList() {
     finishLoading();
-    QVariantList archived;
-    archived.reserve(static_cast<qsizetype>(mItems.size()));
-    for (const auto &item : mItems)
-        archived.append(archivedItem(item->fields()));
-    const QByteArray archive = foundation::archivedData(archived);
-    // The journal belongs to the archive on the disk, and is removed only once another archive has replaced it.
-    mJournalFits = ZQUserDefaultSetValue_Object(archive, storedKey());
-    if (!mJournalFits) {
-        // Our next change stores the list as it is then; another setting's save must not store it as it is now.
-        standardUserDefaults().discard(storedKey());
-        mUnsaved = kListNotSaved(standardUserDefaults().filePath());
-        return;
-    }
-    mUnsaved = {};
-    mArchiveSize = archive.size();
-    mJournal.remove();
-    mJournal.begin(archive);
+    mStore.save(mItems);
 }
 
 foundation::Sentence RecordedList::storedAtLast() {
-    if (!mUnsaved.isEmpty())
+    if (!unsaved().isEmpty())
         saveRecordedList();
-    return mUnsaved;
-}
-
-void RecordedList::store(const char *operation, std::size_t at) {
-    if (mJournalFits && mArchiveSize > kSmallArchive && mJournal.size() < mArchiveSize / 4) {
-        QJsonObject change{{QStringLiteral("op"), QString::fromLatin1(operation)},
-                           {QStringLiteral("at"), static_cast<qint64>(at)}};
-        if (std::string_view(operation) != kRemove)
-            change.insert(QStringLiteral("item"), jsonOf(mItems[at]->fields()));
-        if (mJournal.append(change))
-            return;
-    }
-    saveRecordedList();
+    return unsaved();
 }
 
 std::size_t RecordedList::indexOf(const RecordedAudioInfo &item) const {
@@ -277,7 +134,7 @@ RecordedAudioInfo &RecordedList::addRecordedFile(const QString &path, const QStr
     item->setDateAdded(QDateTime::currentDateTime().toString(kDateFormat));
     finishLoading();
     mItems.push_back(std::move(item));
-    store(kInsert, mItems.size() - 1);
+    mStore.save(mItems, ListStore::Change::Insert, mItems.size() - 1);
     changed();
     return *mItems.back();
 }
@@ -296,7 +153,7 @@ QStringList RecordedList::append(std::vector<RecordedAudioFields> recordings) {
         mItems.push_back(std::make_unique<RecordedAudioInfo>(fields));
     }
     if (files.size() == 1)
-        store(kInsert, mItems.size() - 1);
+        mStore.save(mItems, ListStore::Change::Insert, mItems.size() - 1);
     else if (!files.isEmpty())
         saveRecordedList();
     if (!files.isEmpty())
@@ -308,7 +165,7 @@ void RecordedList::insert(std::size_t at, RecordedAudioFields fields) {
     finishLoading();
     at = std::min(at, mItems.size());
     mItems.insert(mItems.begin() + static_cast<std::ptrdiff_t>(at), std::make_unique<RecordedAudioInfo>(fields));
-    store(kInsert, at);
+    mStore.save(mItems, ListStore::Change::Insert, at);
     changed();
 }
 
@@ -318,7 +175,7 @@ void RecordedList::remove(RecordedAudioInfo &item) {
         return;
     const auto gone = std::move(mItems[at]); // The caller may still use it while the view hears of the change.
     mItems.erase(mItems.begin() + static_cast<std::ptrdiff_t>(at));
-    store(kRemove, at);
+    mStore.save(mItems, ListStore::Change::Remove, at);
     changed();
 }
 
@@ -335,7 +192,7 @@ void RecordedList::removeFiles(const QStringList &files) {
 
 void RecordedList::save(const RecordedAudioInfo &item) {
     if (const std::size_t at = indexOf(item); at < mItems.size())
-        store(kSet, at);
+        mStore.save(mItems, ListStore::Change::Set, at);
 }
 
 struct RecordedList::Tagged {
@@ -424,13 +281,13 @@ foundation::Result<void> RecordedList::rename(RecordedAudioInfo &item, const QSt
         return foundation::Failure{kNotRenamed(before), why};
     item.setFileName(renamed);
     save(item);
-    if (!mUnsaved.isEmpty()) {
+    if (!unsaved().isEmpty()) {
         item.setFileName(before);
         if (hasBoth && !hadBoth)
             QFile::remove(renamed);
         else if (!hasBoth)
             (void)ToolFile::moveFileFromPath(renamed, before); // At worst it keeps the name that was asked for.
-        return foundation::Failure{mUnsaved, QStringLiteral("the list was not saved")};
+        return foundation::Failure{unsaved(), QStringLiteral("the list was not saved")};
     }
     if (hasBoth)
         QFile::remove(before);

@@ -2,7 +2,7 @@
 
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/Result.h"
-#include "recording/library/ListJournal.h"
+#include "recording/library/ListStore.h"
 #include "recording/library/RecordedAudioInfo.h"
 
 #include <QObject>
@@ -51,11 +51,11 @@ public:
     void saveRecordedList();
     // One sentence on why the disk lacks the latest changes; empty if it has them. What is missing is stored with the
     // next change.
-    const foundation::Sentence &unsaved() const { return mUnsaved; }
+    const foundation::Sentence &unsaved() const { return mStore.unsaved(); }
     // Tries again to store what is missing, and returns unsaved().
     foundation::Sentence storedAtLast();
 
-    using Items = std::vector<std::unique_ptr<RecordedAudioInfo>>;
+    using Items = ListStore::Items;
     const Items &items() const { return mItems; }
     // Null when there is none.
     RecordedAudioInfo *itemWithFile(const QString &path) const;
@@ -92,12 +92,9 @@ public:
 private:
     // What the store holds, items of the main thread. Changes nothing there.
     Items load();
-    void apply(const std::vector<QJsonObject> &changes, Items &items);
     void take(Items items);
     void finishLoading();
     void _deleteInvalidRecordedFiles();
-    // Stores one change: in the journal, or with the whole list where that is as quick or must be.
-    void store(const char *operation, std::size_t at);
     void changed();
     // What is read of a file whose tags were written; the item may go, or be renamed, meanwhile.
     struct Tagged;
@@ -107,16 +104,13 @@ private:
 
     const QString mStateFolder;
     foundation::Clock &mClock;
-    ListJournal mJournal;
-    qint64 mArchiveSize = 0;
-    bool mJournalFits = false; // the archive and the journal give the list as it is
-    foundation::Sentence mUnsaved;
+    ListStore mStore;
     Items mItems;
     QSet<QString> mInvalidFiles;
     std::unique_ptr<foundation::Timer> mTimerInvalid;
     QObject mTold;
     QThreadPool mReader;         // of one thread
-    std::future<Items> mLoading; // while it runs, the journal and what belongs to it are its own
+    std::future<Items> mLoading; // while it runs, the store is its own
 };
 
 } // namespace cantorel
