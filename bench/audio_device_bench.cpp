@@ -87,6 +87,7 @@ public:
     struct BenchStream : DeviceStream {};
 
     QString name() const override { return QStringLiteral("bench"); }
+    foundation::Result<void> reach(Duration) override { return {}; }
     foundation::Clock &clock() override { return *this; }
     std::vector<DeviceRecord> devices() const override {
         DeviceRecord in, out;
