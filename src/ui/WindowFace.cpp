@@ -45,6 +45,7 @@ void WindowFace::beginSheet(const AlertSheet &sheet, std::function<void(int)> co
         });
         return;
     case AlertSheet::Subject::VirtualDeviceInstalled:
+        // Deliberately nobody answers: the device works from now on, so nothing has to start again.
         cards.tellVirtualDeviceInstalled();
         return;
     case AlertSheet::Subject::Other:
