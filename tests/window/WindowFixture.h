@@ -164,7 +164,7 @@ public:
     RecordedList list{QDir::homePath() + "/state", *world.clock};
     RecordingSession session{panel, list, surroundings("state")};
     TaskList taskList;
-    MovieSession movies{panel, list, session.journal(), *world.clock};
+    MovieSession movies{panel, list, session.journal(), session.sleepGuard(), *world.clock};
     ScheduledSession recorder{session, &movies, taskList, panel, *world.clock};
     ZQAudioConvertManager converter{*world.clock};
     OwnSongs songs{AppSettings::TessolarConverterPath(), songStorePath()};
