@@ -11,7 +11,9 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <cmath>
 #include <csignal>
+#include <span>
 
 namespace cantorel {
 namespace {
@@ -119,6 +121,43 @@ TEST_F(ZQScreenRecorderTest, SoundThatNeverComesIsSilenceAndTheEndIsTold) {
     EXPECT_EQ(listener.files, 1);
     EXPECT_EQ(test::factOf(file, "a", "stream=codec_name"), "aac");
     EXPECT_GT(test::factOf(file, "a", "stream=duration").toDouble(), 1.5);
+}
+
+TEST_F(ZQScreenRecorderTest, SoundOfMoreChannelsOrHigherRatesThanAacHasIsHeardAsItWas) {
+    const struct {
+        int channels;
+        double rate;
+        const char *coded;
+    } cases[] = {{4, 48000, "aac,48000,4"}, {3, 48000, "aac,48000,2"}, {2, 192000, "aac,48000,2"}};
+    for (const auto &[channels, rate, coded] : cases) {
+        SCOPED_TRACE(coded);
+        world.unplugMicrophone();
+        world.plugMicrophone(
+            [rate = rate](std::span<float> samples, int count, std::int64_t position) { // 1000 Hz
+                for (std::size_t i = 0; i < samples.size(); ++i)
+                    samples[i] = static_cast<float>(
+                        0.5 * std::sin(2000 * std::acos(-1) * (position + std::int64_t(i) / count) / rate));
+            },
+            channels, rate);
+        listener.started = listener.ended = 0;
+        recorded = 0;
+        late = 0.3;
+        hear();
+        start();
+        ASSERT_TRUE(eventually([&] {
+            world.advance(10);
+            return listener.started == 1;
+        }));
+        pass(1500);
+        stop();
+        EXPECT_EQ(test::factOf(file, "a", "stream=codec_name,sample_rate,channels"), coded);
+        const std::vector<float> heard = test::soundOf(file);
+        ASSERT_GT(heard.size(), 48000u);
+        int turns = 0; // within one second
+        for (std::size_t i = 12000; i + 1 < 60000 && i + 1 < heard.size(); ++i)
+            turns += heard[i] < 0 && heard[i + 1] >= 0 ? 1 : 0;
+        EXPECT_NEAR(turns, 1000, 10);
+    }
 }
 
 TEST_F(ZQScreenRecorderTest, WhereNothingWasWrittenThereIsNoFileAndTheEndIsToldToo) {
