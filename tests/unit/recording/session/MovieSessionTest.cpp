@@ -10,6 +10,10 @@
 #include <QDeadlineTimer>
 #include <QDir>
 
+#include <cstdint>
+#include <limits>
+#include <utility>
+
 namespace cantorel {
 namespace {
 
@@ -125,6 +129,19 @@ TEST_F(MovieSessionTest, ItsEndLeavesTheMachineHeldForSoundAndTheOtherWayRound) 
     session.stopRecording();
     ASSERT_TRUE(stepUntil([&] { return session.isSettled(); }));
     EXPECT_FALSE(isHeld());
+}
+
+TEST_F(MovieSessionTest, ADiskThatFillsEndsItInASentenceAndTheMovieIsKept) {
+    auto &reserve = ZQAVRecorderKit::sharedInstance().getScreenRecorder()->diskReserve;
+    const auto usual = std::exchange(reserve, std::numeric_limits<std::uint64_t>::max());
+    ASSERT_TRUE(movies.start());
+    ASSERT_TRUE(settles()) << "nobody has to stop it";
+    reserve = usual;
+    EXPECT_EQ(failed, QStringList{"DiskNearlyFull"});
+    ASSERT_EQ(list.items().size(), 1u);
+    EXPECT_GT(media::movieSeconds(list.items().front()->getFileName()).value_or(0), 0.5);
+    EXPECT_FALSE(isHeld());
+    EXPECT_TRUE(left().isEmpty());
 }
 
 // Between the moment when the file has its name and that when the list has it.
