@@ -1,6 +1,7 @@
 // The songs of one's own: how many pieces of 15 seconds are recognised, and what that costs against holding the plain
-// fingerprints against each other. index_bench [SONGS [RECORDED]]: so many songs are made, as many pieces of them and
-// of others, of which so many of each are recorded by the program while it plays them; all others are converted.
+// fingerprints against each other. index_bench [SONGS [RECORDED [AT_ONCE]]]: so many songs are made, as many pieces of
+// them and of others, of which so many of each are recorded by the program while it plays them, several at once; all
+// others are converted.
 
 #include "platform/foundation/ChildProcess.h"
 #include "settings/AppSettings.h"
@@ -17,10 +18,13 @@
 #include <QDirIterator>
 #include <QFileInfo>
 
+#include <atomic>
 #include <bit>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
+#include <thread>
 
 using namespace cantorel;
 
@@ -34,9 +38,10 @@ template <class Action> double secondsOf(Action &&action) {
     return Seconds(std::chrono::steady_clock::now() - begin).count();
 }
 
-// The name that a piece gets, through the recorder or through the converter.
-QString made(const QString &folder, int number, bool isRecorded, test::Dice &dice, int songSeconds) {
+// The file that a piece becomes, through the recorder or through the converter.
+QString made(const QString &folder, int number, bool isRecorded, int songSeconds) {
     const QString piece = folder + "/piece.wav";
+    test::Dice dice(2026u + static_cast<unsigned>(number));
     (void)test::writeMusic(piece, test::pieceOf(number, dice, songSeconds), {"-ar", "44100", "-ac", "2"});
     if (isRecorded) {
         const QString into = folder + "/recorded";
@@ -46,7 +51,8 @@ QString made(const QString &folder, int number, bool isRecorded, test::Dice &dic
                                              {"--backend", "embedded", "--quiet", "record", "--play", piece, "--format",
                                               "0", "--folder", into, "--identify", "off", "--skip-silence", "off"},
                                              {},
-                                             {}});
+                                             // One program of a person records at a time.
+                                             {"XDG_STATE_HOME=" + folder + "/state"}});
         QDirIterator below(into, {"*.mp3"}, QDir::Files);
         return below.hasNext() ? below.next() : QString();
     }
@@ -74,9 +80,10 @@ double plainCompare(const std::vector<FingerprintItems> &songs, const Fingerprin
 int main(int argc, char **argv) {
     const test::TestHome home;
     QCoreApplication application(argc, argv);
-    const int songs = argc > 1 ? std::atoi(argv[1]) : 200, recorded = argc > 2 ? std::atoi(argv[2]) : 20;
-    const QString music = QDir::homePath() + "/songs", work = QDir::homePath() + "/work";
-    if (!QDir().mkpath(music) || !QDir().mkpath(work))
+    const int songs = argc > 1 ? std::atoi(argv[1]) : 200, recorded = argc > 2 ? std::atoi(argv[2]) : 20,
+              atOnce = argc > 3 ? std::atoi(argv[3]) : 8;
+    const QString music = QDir::homePath() + "/songs";
+    if (!QDir().mkpath(music))
         return 1;
     for (int i = 0; i < songs; ++i)
         if (!test::writeSong(QStringLiteral("%1/%2.mp3").arg(music).arg(i), i))
@@ -89,25 +96,40 @@ int main(int argc, char **argv) {
     const double hours = songs * test::kMusicSeconds / 3600.0;
     std::printf("read %d songs, %.2f hours, in %.1f s\n", songs, hours, read);
 
-    test::Dice dice(2026);
     std::vector<FingerprintItems> pieces;
     struct Tally {
         int right = 0, wrong = 0, none = 0;
     } known[2], unknown[2]; // converted, recorded
-    const auto ask = [&](int number, bool isRecorded, int songSeconds, const QString &title, Tally &tally) {
-        const QString piece = made(work, number, isRecorded, dice, songSeconds);
+    std::mutex counted;
+    const auto ask = [&](const QString &folder, int number, bool isRecorded, int songSeconds, const QString &title,
+                         Tally &tally) {
+        const QString piece = made(folder, number, isRecorded, songSeconds);
         const auto found =
             CommAudioIdentify(AppSettings::TessolarConverterPath(), {}, {}, songStorePath()).Start(piece, false);
-        ++(!found ? tally.none : found->Title() == title ? tally.right : tally.wrong);
         ConvertTrouble trouble;
-        if (const auto sound = DecodedSound::decode(AppSettings::TessolarConverterPath(), piece, 60, {}, trouble))
-            if (const auto fingerprint = fingerprintOf(sound->samples(), DecodedSound::kRate))
-                pieces.push_back(fingerprint.value().items);
+        const auto sound = DecodedSound::decode(AppSettings::TessolarConverterPath(), piece, 60, {}, trouble);
+        std::optional<foundation::Result<Fingerprint>> print;
+        if (sound)
+            print = fingerprintOf(sound->samples(), DecodedSound::kRate);
+        const std::lock_guard lock(counted);
+        ++(!found ? tally.none : found->Title() == title ? tally.right : tally.wrong);
+        if (print && *print)
+            pieces.push_back(print->value().items);
     };
-    for (int i = 0; i < songs; ++i) {
-        const bool isRecorded = i < recorded;
-        ask(i, isRecorded, test::kMusicSeconds, test::titleOf(i), known[isRecorded]);
-        ask(100'000 + i, isRecorded, test::kPieceSeconds, {}, unknown[isRecorded]);
+    std::atomic<int> next = 0;
+    const auto work = [&](int worker) {
+        const QString folder = QStringLiteral("%1/work%2").arg(QDir::homePath()).arg(worker);
+        QDir().mkpath(folder);
+        for (int i = next++; i < songs; i = next++) {
+            const bool isRecorded = i < recorded;
+            ask(folder, i, isRecorded, test::kMusicSeconds, test::titleOf(i), known[isRecorded]);
+            ask(folder, 100'000 + i, isRecorded, test::kPieceSeconds, {}, unknown[isRecorded]);
+        }
+    };
+    {
+        std::vector<std::jthread> workers;
+        for (int i = 0; i < atOnce; ++i)
+            workers.emplace_back(work, i);
     }
     for (const int way : {0, 1})
         std::printf("%s: of %d pieces of songs %d right, %d wrong, %d none; of %d others %d with a name\n",

@@ -26,6 +26,16 @@ def test_targets():
                 yield f"{file.relative_to(ROOT)}: no CMakeLists.txt beside it names it"
 
 
+def own_header():
+    """A source includes its own header first, which shows that the header compiles alone."""
+    for file in sources("src"):
+        own = file.with_suffix(".h")
+        if file.suffix == ".cpp" and own.exists():
+            first = re.search(r'^#include [<"](.*)[>"]', file.read_text(), re.M)
+            if not first or first[1] != str(own.relative_to(ROOT / "src")):
+                yield f"{file.relative_to(ROOT)}: does not include its own header first"
+
+
 def doc_paths():
     """Every path that a document names exists."""
     for doc in [*ROOT.glob("*.md"), *(ROOT / "docs").rglob("*.md")]:
@@ -109,7 +119,7 @@ def texts():
             yield f"{file.name}: {element} {name} stands in one of this and English.xml only"
 
 
-CHECKS = {check.__name__: check for check in (test_targets, doc_paths, sizes, no_sleeping, colours, handles, subjects, texts)}
+CHECKS = {check.__name__: check for check in (test_targets, own_header, doc_paths, sizes, no_sleeping, colours, handles, subjects, texts)}
 
 if __name__ == "__main__":
     chosen = sys.argv[1:] or list(CHECKS)

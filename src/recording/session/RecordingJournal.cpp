@@ -3,6 +3,7 @@
 #include "convert/AudioConverter.h"
 #include "lang/Lang.h"
 #include "log/Log.h"
+#include "platform/foundation/FileLock.h"
 #include "platform/media/MediaFailures.h"
 #include "platform/media/RecordingRepair.h"
 #include "platform/media/UnfinishedName.h"
@@ -27,12 +28,10 @@ RecordingJournal::RecordingJournal(const QString &folder) : mFolder(folder) {}
 
 bool RecordingJournal::claim() {
     QDir().mkpath(mFolder);
-    if (!mLock) {
-        mLock = std::make_unique<QLockFile>(mFolder + QStringLiteral("/recorder.lock"));
-        mLock->setStaleLockTime(0); // Only the end of its process makes a lock stale.
-    }
+    if (!mLock.isOpen())
+        mLock = foundation::lockFile(mFolder + QStringLiteral("/recorder.lock"));
     // Where nothing can be written there is no other one, and beginning a recording says why it can't be.
-    return mLock->isLocked() || mLock->tryLock() || mLock->error() != QLockFile::LockFailedError;
+    return mLock.isOpen() || errno != EWOULDBLOCK;
 }
 
 QStringList RecordingJournal::read() const {

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Result.h"
 
 #include <QDateTime>
-#include <QLockFile>
 #include <QStringList>
 
 #include <functional>
@@ -71,9 +71,9 @@ private:
     bool write(const QStringList &files) const;
 
     QString mFolder;
-    QStringList mOwn;   // begun here, and not ended yet
-    QStringList mEnded; // and not yet in the stored list
-    std::unique_ptr<QLockFile> mLock;
+    QStringList mOwn;                 // begun here, and not ended yet
+    QStringList mEnded;               // and not yet in the stored list
+    foundation::FileDescriptor mLock; // of the recorder
 };
 
 } // namespace cantorel

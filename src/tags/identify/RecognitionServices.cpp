@@ -1,10 +1,15 @@
 #include "tags/identify/RecognitionServices.h"
 
 #include "log/Log.h"
+#include "platform/foundation/SearchPaths.h"
 #include "settings/AppSettings.h"
 #include "tags/Pictures.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
+#include <QSaveFile>
 #include <QUrl>
 #include <QUrlQuery>
 
@@ -155,7 +160,10 @@ QByteArray RecognitionServices::cover(const QString &release, const std::stop_to
 }
 
 void refreshRecognitionAccess(const QString &server, const std::stop_token &stop) {
-    if (server.isEmpty() || !AppSettings::recognitionAccess().isEmpty())
+    QFile lastOne(foundation::stateFolder() + QStringLiteral("/cantorel/recognition-access"));
+    const QString before = AppSettings::recognitionAccess();
+    const QByteArray handedOut = lastOne.open(QIODevice::ReadOnly) ? lastOne.readAll() : QByteArray();
+    if (server.isEmpty() || (!before.isEmpty() && before.toLatin1() != handedOut))
         return;
     const foundation::HttpLimits limits{30s, kLongestAccess, kRedirects};
     const auto answer = foundation::sendHttpRequest(
@@ -166,7 +174,12 @@ void refreshRecognitionAccess(const QString &server, const std::stop_token &stop
     if (!answer || answer.value().status != 200 || !key.match(access).hasMatch())
         return Log(QStringLiteral("no access to recognition: %1")
                        .arg(answer ? QString::number(answer.value().status) : answer.failure().detail));
-    if (AppSettings::recognitionAccess().isEmpty()) // still
+    if (access == before || AppSettings::recognitionAccess() != before) // which was entered meanwhile
+        return;
+    // Noted first: one that is stored and not noted counts as entered by the person.
+    QDir().mkpath(QFileInfo(lastOne).path());
+    QSaveFile note(lastOne.fileName());
+    if (note.open(QIODevice::WriteOnly) && note.write(access.toLatin1()) == access.size() && note.commit())
         AppSettings::setRecognitionAccess(access);
 }
 

@@ -37,8 +37,7 @@ struct RecognitionServices {
     QByteArray cover(const QString &release, const std::stop_token &stop) const;
 };
 
-// Stores the key that the maker's server hands out where the settings have none; one that a person has entered stays.
-// Blocks.
+// Stores the key that the maker's server hands out, unless the settings have one that a person has entered. Blocks.
 void refreshRecognitionAccess(const QString &server, const std::stop_token &stop);
 
 } // namespace cantorel

@@ -3,7 +3,7 @@
 #include "log/Log.h"
 #include "platform/foundation/Background.h"
 #include "platform/foundation/ErrorReason.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/FileLock.h"
 #include "recording/library/RecordingsAdding.h"
 #include "tags/identify/DecodedSound.h"
 #include "tags/identify/Fingerprint.h"
@@ -16,8 +16,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -36,12 +34,7 @@ constexpr foundation::SentenceKey kNotKept("SongsNotKept", "Reason");
 constexpr int kLongest = 7200; // seconds of a song; what comes behind is not known
 
 // Held by the one who changes the store.
-foundation::FileDescriptor claim(const QString &store) {
-    foundation::FileDescriptor file(
-        ::open(QFile::encodeName(store + QStringLiteral(".lock")).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    return file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0 ? std::move(file)
-                                                                        : foundation::FileDescriptor();
-}
+foundation::FileDescriptor claim(const QString &store) { return foundation::lockFile(store + QStringLiteral(".lock")); }
 
 // Nothing for what is no file any more.
 std::optional<SongFile> fileAt(const QString &path) {

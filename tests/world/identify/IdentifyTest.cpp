@@ -181,7 +181,7 @@ TEST_F(IdentifyTest, EveryFailureIsNoResultAndABusyServiceIsAskedOnceMore) {
     EXPECT_TRUE(lengths.isEmpty());
 }
 
-TEST(RecognitionAccess, IsTakenFromTheMakerWhereThereIsNone) {
+TEST(RecognitionAccess, IsRenewedByTheMakerUnlessThePersonHasEnteredOne) {
     LoopbackServer::Reply reply = Reply::page("<html>sorry</html>");
     LoopbackServer maker([&](const QByteArray &request) {
         EXPECT_TRUE(request.startsWith("GET /recognition/cantorel.txt "));
@@ -191,12 +191,16 @@ TEST(RecognitionAccess, IsTakenFromTheMakerWhereThereIsNone) {
                                          {Reply::page("abcd1234", "404 No"), ""},
                                          {Reply::page("abc"), ""},
                                          {Reply::page("aB3-_xyz\n"), "aB3-_xyz"},
-                                         {Reply::page("other123"), "aB3-_xyz"}}) {
+                                         {Reply::page("abc"), "aB3-_xyz"},
+                                         {Reply::page("other123"), "other123"}}) {
         reply = answer;
         refreshRecognitionAccess(maker.url(), {});
         EXPECT_EQ(AppSettings::recognitionAccess(), access);
     }
-    EXPECT_EQ(maker.requests().size(), 4) << "one that is there is kept";
+    AppSettings::setRecognitionAccess("my-own");
+    refreshRecognitionAccess(maker.url(), {});
+    EXPECT_EQ(AppSettings::recognitionAccess(), "my-own");
+    EXPECT_EQ(maker.requests().size(), 6);
 }
 
 struct RecordingsTest : IdentifyTest {

@@ -1,14 +1,13 @@
 #include "platform/hal/core/DisplacedDefault.h"
 
+#include "platform/foundation/FileLock.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
-
-#include <fcntl.h>
-#include <sys/file.h>
 
 namespace cantorel::hal {
 
@@ -17,12 +16,8 @@ bool DisplacedDefaultFile::lock() {
         return true;
     if (!QDir().mkpath(QFileInfo(mPath).path()))
         return false;
-    const QByteArray path = QFile::encodeName(mPath + QStringLiteral(".lock"));
-    foundation::FileDescriptor file(::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    if (!file.isOpen() || ::flock(file.get(), LOCK_EX | LOCK_NB) != 0)
-        return false;
-    mLock = std::move(file);
-    return true;
+    mLock = foundation::lockFile(mPath + QStringLiteral(".lock"));
+    return mLock.isOpen();
 }
 
 DisplacedDefaultFile::Found DisplacedDefaultFile::claim(DisplacedDefault &left) {
