@@ -56,7 +56,7 @@ public:
           mSession(mPanel, mList,
                    {hal::HardwareSystem::clock(), desktop::InstalledServices::current().sleep.get(),
                     Hardware::stateFolder()}),
-          mMovies(mPanel, mList, mSession.journal(), hal::HardwareSystem::clock()),
+          mMovies(mPanel, mList, mSession.journal(), mSession.sleepGuard(), hal::HardwareSystem::clock()),
           mRecorder(mSession, &mMovies, mTasks, mPanel, hal::HardwareSystem::clock()) {}
 
     ~WindowProgram() {

@@ -79,6 +79,7 @@ bool MovieRecorder::begin(Begin begin, QString *error) {
     plan.pictures.isFromCamera = begin.isFromCamera;
     plan.source = std::move(begin.source);
     plan.diskReserve = diskReserve;
+    plan.rescue = rescue;
     if (begin.size != media::PictureSize{} && !media::isMovieSize(plan.pictures.size))
         return fail(media::failures::movieSize(begin.size), error);
     const QFileInfo file(path);

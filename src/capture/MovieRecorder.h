@@ -31,6 +31,9 @@ public:
     // Hears of the hidden file that a movie grows in, before anything is written: a journal keeps it, so that the next
     // start finds what a crash leaves. Called in startRecording().
     std::function<void(const QString &file)> willWrite;
+    // Names a free file for a movie whose folder was removed meanwhile; that one is then told as its file. On another
+    // thread. Set before a start.
+    std::function<QString(const QString &path)> rescue;
     // A movie ends by itself when its disk has less free space than this, in bytes. Set before a start.
     std::uint64_t diskReserve = media::kDiskReserve;
     // What codes the pictures of the movie under way, once that is known, else of the last one: "libx264".

@@ -31,6 +31,7 @@ MovieRecording::MovieRecording(Plan plan, foundation::Clock &clock, Events event
       mPictures(plan.pictures),
       mIsNoAudio(plan.sound.empty()),
       mDiskReserve(plan.diskReserve),
+      mRescue(std::move(plan.rescue)),
       mEvents(std::move(events)),
       mQueues(queuesOf(plan.sound)),
       mCapture(std::move(plan.source), plan.pictures, std::move(plan.sound), clock, *this) {}
@@ -84,6 +85,7 @@ void MovieRecording::begin(const MovieSample &first) {
     pictures.size = mHeld->size();
     mAVVideoWritter = std::make_unique<ZQAVVideoWritter>(mPath, pictures, first.channels, first.rate);
     mAVVideoWritter->setWrittenAs(mWrittenAs);
+    mAVVideoWritter->setRescue(mRescue);
     mAVVideoWritter->setStartTime(first.time);
     mDiskLookedAt = first.time;
 }

@@ -27,6 +27,7 @@ public:
         std::unique_ptr<media::PictureSource> source;
         std::vector<media::SoundInput> sound; // none: a movie without sound
         std::uint64_t diskReserve = 0;        // bytes
+        std::function<QString(const QString &path)> rescue;
     };
     // Called on the capture's thread.
     struct Events {
@@ -73,6 +74,7 @@ private:
     const media::VideoSettings mPictures;
     const bool mIsNoAudio;
     const std::uint64_t mDiskReserve;
+    const std::function<QString(const QString &)> mRescue;
     const Events mEvents;
     State mState = State::Waiting;
     std::unique_ptr<ZQAVVideoWritter> mAVVideoWritter; // Spelling is fixed.

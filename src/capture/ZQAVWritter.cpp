@@ -61,7 +61,7 @@ bool ZQAVWritter::writeWithSampleBuffer(const media::MovieSample &sample, bool i
 
 void ZQAVWritter::stopWritingWithFinishWrittingWithBlock(std::function<void()> block) {
     if (mAVWritter) {
-        const auto finished = mAVWritter->finish(mEndTime - mStartTime);
+        const auto finished = mAVWritter->finish(mEndTime - mStartTime, mRescue);
         if (!finished)
             (void)note(finished.failure(), "write error %1"); // failure() says it
         mBytes = mAVWritter->bytes();

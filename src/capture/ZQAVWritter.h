@@ -42,6 +42,8 @@ public:
     media::MovieTime endTime() const { return mEndTime; }
     // The hidden name that the file bears until it is whole, where it shall not be the next free one.
     void setWrittenAs(const QString &file) { mWrittenAs = file; }
+    // Names a free file for a movie whose folder was removed meanwhile.
+    void setRescue(std::function<QString(const QString &path)> rescue) { mRescue = std::move(rescue); }
     const std::optional<foundation::Failure> &failure() const { return mFailure; }
     std::uint64_t bytes() const { return mBytes; }
     QString coder() const { return mCoder; }
@@ -60,6 +62,7 @@ private:
     media::MovieTime mStartTime{};
     media::MovieTime mEndTime{};
     std::function<void()> mFinishBlock;
+    std::function<QString(const QString &)> mRescue;
     std::optional<foundation::Failure> mFailure;
     std::uint64_t mBytes = 0;
     QString mCoder;

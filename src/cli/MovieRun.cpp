@@ -2,7 +2,9 @@
 
 #include "audio_device/ZQAudioKextKit.h"
 #include "lang/Lang.h"
+#include "platform/desktop/Services.h"
 #include "platform/hal/HardwareBackend.h"
+#include "recording/session/RecordingNames.h"
 #include "recording/session/StartConditions.h"
 
 #include <QFileInfo>
@@ -23,14 +25,12 @@ constexpr std::chrono::seconds kShortPatience(2);
 MovieRun::MovieRun(const CommandSession &command, MovieOptions options)
     : mCommand(command),
       mOptions(std::move(options)),
-      mSignals([this] {
-          mIsSignalled = true;
-          stop();
-      }),
-      mJournal(Hardware::stateFolder()) {
+      mSignals([this] { stop(EndedBy::Signal); }),
+      mJournal(Hardware::stateFolder()),
+      mSleepGuard(desktop::InstalledServices::current().sleep.get()) {
     mEnd.setSingleShot(true);
     mEnd.setTimerType(Qt::PreciseTimer);
-    connect(&mEnd, &QTimer::timeout, this, [this] { stop(); });
+    connect(&mEnd, &QTimer::timeout, this, [this] { stop(EndedBy::Itself); });
 }
 
 Outcome MovieRun::open(HeardOtherwise otherwise) {
@@ -69,9 +69,10 @@ Outcome MovieRun::run(MovieRecorder &recorder) {
         mWrittenAs = file;
         (void)mJournal.begin(file); // at worst it is not looked for
     };
+    recorder.rescue = movieRescuePath;
     if (mOptions.picturesPerSecond)
         recorder.setOutputFrameRate(static_cast<std::uint32_t>(*mOptions.picturesPerSecond));
-    if (mIsSignalled)
+    if (mEndedBy == EndedBy::Signal)
         return {kStoppedBySignal, QStringLiteral("Stopped before the recording began.")};
     if (!recorder.startRecording(QUrl::fromLocalFile(mOptions.output), nullptr)) {
         if (!mWrittenAs.isEmpty())
@@ -80,6 +81,7 @@ Outcome MovieRun::run(MovieRecorder &recorder) {
         tell("failed", {{QStringLiteral("reason"), reason}}, {});
         return Outcome::failed(reason);
     }
+    mSleep.hold();
     if (!recorder.hasSound() && !mOptions.isSilent)
         mCommand.note(QStringLiteral("There is no sound to record; the movie has none."));
     if (!mOptions.seconds)
@@ -87,8 +89,17 @@ Outcome MovieRun::run(MovieRecorder &recorder) {
     mLoop.exec();
     recorder.delegate = nullptr;
     recorder.willWrite = {};
-    if (mIsSignalled && mOutcome.status == 0)
+    mSleep.release();
+    if (mOutcome.status != 0)
+        return mOutcome;
+    switch (mEndedBy) {
+    case EndedBy::Signal:
         return {kStoppedBySignal, QStringLiteral("Stopped by a signal; the movie is kept.")};
+    case EndedBy::Sleep:
+        return Outcome::failed(QStringLiteral("Ended before the machine sleeps or shuts down; the movie is kept."));
+    case EndedBy::Itself:
+        break;
+    }
     return mOutcome;
 }
 
@@ -100,7 +111,8 @@ void MovieRun::tell(const char *event, QJsonObject details, const QString &text)
         mCommand.note(text);
 }
 
-void MovieRun::stop() {
+void MovieRun::stop(EndedBy why) {
+    mEndedBy = why;
     mEnd.stop();
     if (mRecorder)
         mRecorder->stopRecording();
@@ -121,10 +133,9 @@ void MovieRun::captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl
                                                       const std::optional<foundation::Failure> &failure) {
     const QString file = url.toLocalFile();
     const bool isKept = counts.bytes > 0 && QFileInfo::exists(file);
-    if (isKept && file == mWrittenAs) // what could not be finished is looked at by the next start
-        mJournal.giveUp(mWrittenAs);
-    else
-        mJournal.end(mWrittenAs);
+    mJournal.settle(mWrittenAs);
+    if (isKept && file != mWrittenAs && file != mOptions.output)
+        mCommand.note(Lang::english(kFolderRemoved(mOptions.output, QFileInfo(file).path())));
     if (failure) {
         const QString reason = Lang::english(failure->sentence);
         QJsonObject details{{QStringLiteral("reason"), reason}};

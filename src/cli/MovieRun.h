@@ -6,6 +6,7 @@
 #include "cli/CommandSession.h"
 #include "cli/MovieOptions.h"
 #include "recording/session/RecordingJournal.h"
+#include "recording/session/SleepGuard.h"
 
 #include <QEventLoop>
 #include <QString>
@@ -17,8 +18,8 @@
 
 namespace cantorel {
 
-// One run of "record-screen" or "record-camera": shows what becomes of the movie as lines, and ends it by time or
-// signal. Main thread.
+// One run of "record-screen" or "record-camera": shows what becomes of the movie as lines, and ends it by time, by
+// signal, or before the machine sleeps: it has the name of one file. Main thread.
 class MovieRun : public QObject, public ZQAVRecorderDelegate {
 public:
     MovieRun(const CommandSession &command, MovieOptions options);
@@ -36,7 +37,8 @@ private:
     void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url, const media::RecordingCounts &counts,
                                                 const std::optional<foundation::Failure> &failure) override;
     void tell(const char *event, QJsonObject details, const QString &text);
-    void stop();
+    enum class EndedBy { Itself, Signal, Sleep };
+    void stop(EndedBy why);
 
     const CommandSession &mCommand;
     const MovieOptions mOptions;
@@ -49,7 +51,9 @@ private:
     QEventLoop mLoop;
     QTimer mEnd;
     Outcome mOutcome;
-    bool mIsSignalled = false;
+    EndedBy mEndedBy = EndedBy::Itself;
+    SleepGuard mSleepGuard;
+    SleepGuard::Holder mSleep{mSleepGuard, [this](bool) { stop(EndedBy::Sleep); }, [] {}};
 };
 
 } // namespace cantorel

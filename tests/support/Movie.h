@@ -61,12 +61,17 @@ inline std::vector<double> flashesOf(const std::vector<ShownPicture> &pictures) 
             flashes.push_back(pictures[i].time);
     return flashes;
 }
-inline std::vector<double> clicksOf(const QString &file) {
+// At 48,000 Hz, all channels in one.
+inline std::vector<float> soundOf(const QString &file) {
     const QByteArray bytes =
         outputOf("ffmpeg", {"-v", "error", "-i", file, "-vn", "-ac", "1", "-ar", "48000", "-f", "f32le", "-"});
     std::vector<float> samples(static_cast<std::size_t>(bytes.size()) / sizeof(float));
     if (!samples.empty())
         std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
+    return samples;
+}
+inline std::vector<double> clicksOf(const QString &file) {
+    const std::vector<float> samples = soundOf(file);
     std::vector<double> clicks;
     for (std::size_t i = 0; i < samples.size(); ++i)
         if (std::abs(samples[i]) > 0.3f && (clicks.empty() || static_cast<double>(i) / 48000 - clicks.back() > 0.2))

@@ -29,15 +29,51 @@
 
 namespace cantorel::test {
 
-// The main window over software devices: music plays, time is stepped by hand, clicks and keys are real.
-class WindowFixture : public RecordingFixture {
-public:
-    explicit WindowFixture(EmbeddedWorld::Virtual installed = EmbeddedWorld::Virtual::Installed,
-                           desktop::Services desktop = {})
-        : RecordingFixture(installed), services(std::move(desktop)) {
+// The main window with all that it stands on, as the program has it.
+struct WindowParts {
+    explicit WindowParts(foundation::Clock &time, desktop::Services desktop = {})
+        : services(std::move(desktop)), clock(time) {
         list.initRecordedList();
         session.claim();
     }
+    template <class Widget> Widget *find(const char *name) {
+        auto *found = window.findChild<Widget *>(name);
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    void click(const char *name) {
+        auto *widget = find<QWidget>(name);
+        // A check box is as wide as its column, and hears clicks on its sign and text only.
+        const bool isBox = qobject_cast<QCheckBox *>(widget) != nullptr;
+        QTest::mouseClick(widget, Qt::LeftButton, {},
+                          isBox ? QPoint(8, widget->height() / 2) : widget->rect().center());
+    }
+
+    desktop::InstalledServices services;
+    foundation::Clock &clock;
+    RecorderPanel panel;
+    RecordedList list{QDir::homePath() + "/state", clock};
+    RecordingSession session{
+        panel, list, {clock, desktop::InstalledServices::current().sleep.get(), QDir::homePath() + "/state"}};
+    TaskList taskList;
+    MovieSession movies{panel, list, session.journal(), session.sleepGuard(), clock};
+    ScheduledSession recorder{session, &movies, taskList, panel, clock};
+    ZQAudioConvertManager converter{clock};
+    OwnSongs songs{AppSettings::TessolarConverterPath(), songStorePath()};
+    RecordingIdentification identification{list, [](std::stop_token stop) {
+                                               return CommAudioIdentify(AppSettings::TessolarConverterPath(),
+                                                                        RecognitionServices::fromSettings(), stop);
+                                           }};
+    ui::MainWindow window{{panel, recorder, session, list, taskList, converter, identification, songs, clock,
+                           desktop::InstalledServices::current()}};
+};
+
+// The main window over software devices: music plays, time is stepped by hand, clicks and keys are real.
+class WindowFixture : public RecordingFixture, public WindowParts {
+public:
+    explicit WindowFixture(EmbeddedWorld::Virtual installed = EmbeddedWorld::Virtual::Installed,
+                           desktop::Services desktop = {})
+        : RecordingFixture(installed), WindowParts(*world.clock, std::move(desktop)) {}
     // Lets time pass, with the window drawn and its events handled.
     void pass(int milliseconds) {
         for (int passed = 0; passed < milliseconds; passed += 50) {
@@ -51,18 +87,6 @@ public:
             return condition();
         };
         return eventually(holds, milliseconds);
-    }
-    template <class Widget> Widget *find(const char *name) {
-        auto *found = window.findChild<Widget *>(name);
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
-    void click(const char *name) {
-        auto *widget = find<QWidget>(name);
-        // A check box is as wide as its column, and hears clicks on its sign and text only.
-        const bool isBox = qobject_cast<QCheckBox *>(widget) != nullptr;
-        QTest::mouseClick(widget, Qt::LeftButton, {},
-                          isBox ? QPoint(8, widget->height() / 2) : widget->rect().center());
     }
     // Opens a page as the menu does.
     void openSettings() { window.openPreferencesWindowAndShowRecordInterface(); }
@@ -158,22 +182,6 @@ public:
             EXPECT_TRUE(widget.grab().save(folder + '/' + name + ".png"));
         }
     }
-
-    desktop::InstalledServices services;
-    RecorderPanel panel;
-    RecordedList list{QDir::homePath() + "/state", *world.clock};
-    RecordingSession session{panel, list, surroundings("state")};
-    TaskList taskList;
-    MovieSession movies{panel, list, session.journal(), *world.clock};
-    ScheduledSession recorder{session, &movies, taskList, panel, *world.clock};
-    ZQAudioConvertManager converter{*world.clock};
-    OwnSongs songs{AppSettings::TessolarConverterPath(), songStorePath()};
-    RecordingIdentification identification{list, [](std::stop_token stop) {
-                                               return CommAudioIdentify(AppSettings::TessolarConverterPath(),
-                                                                        RecognitionServices::fromSettings(), stop);
-                                           }};
-    ui::MainWindow window{{panel, recorder, session, list, taskList, converter, identification, songs, *world.clock,
-                           desktop::InstalledServices::current()}};
 };
 
 } // namespace cantorel::test

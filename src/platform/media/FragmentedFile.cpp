@@ -94,6 +94,13 @@ bool FragmentedFile::isLost() const {
     return ::fstat(mFile.get(), &state) == 0 && state.st_nlink == 0 && !QFileInfo(QFileInfo(mPath).path()).isDir();
 }
 
+QString FragmentedFile::place() const {
+    if (QFileInfo::exists(mPath))
+        return mPath;
+    const QString now = QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(mFile.get()));
+    return QFileInfo::exists(now) ? now : QString();
+}
+
 Result<void> FragmentedFile::copyTo(const QString &path) const {
     const foundation::FileDescriptor copy(
         ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));

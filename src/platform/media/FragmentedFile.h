@@ -40,6 +40,8 @@ public:
 
     // Whether the file was removed together with its folder, so that no path leads to it.
     bool isLost() const;
+    // Where the file lies now, also when its folder was renamed; empty when no path leads to it.
+    QString place() const;
     // Copies what was written, also of a lost file; nothing is replaced, and nothing is left of a copy that fails.
     foundation::Result<void> copyTo(const QString &path) const;
 

@@ -14,6 +14,7 @@ constexpr foundation::SentenceKey kNotCreated("NotCreated", "FileName", "Reason"
 constexpr foundation::SentenceKey kNoRoomLeft("NoRoomLeft", "FileName");
 constexpr foundation::SentenceKey kNotWritten("NotWritten", "FileName", "Reason");
 constexpr foundation::SentenceKey kDiskNearlyFull("DiskNearlyFull", "FileName");
+constexpr foundation::SentenceKey kFileRemoved("FileRemoved", "FileName");
 constexpr foundation::SentenceKey kNotRescued("NotRescued", "FileName");
 constexpr foundation::SentenceKey kNotOpened("NotOpened", "Device");
 constexpr foundation::SentenceKey kNoDevice("NoDevice");
@@ -35,6 +36,8 @@ Failure writeFailed(const QString &path, int error) {
 Failure reserveReached(const QString &path) {
     return {kDiskNearlyFull(path), QStringLiteral("disk reserve reached for %1").arg(path)};
 }
+
+Failure fileRemoved(const QString &path) { return {kFileRemoved(path), QStringLiteral("%1 was removed").arg(path)}; }
 
 Failure notRescued(const QString &path, const Failure &why) { return {kNotRescued(path), why.detail}; }
 

@@ -13,6 +13,7 @@ foundation::Failure cannotCreate(const QString &path, int error);
 foundation::Failure writeFailed(const QString &path, int error);
 // Told before the disk is full; the file is whole.
 foundation::Failure reserveReached(const QString &path);
+foundation::Failure fileRemoved(const QString &path);
 // Its folder was removed; why it could not be copied to another.
 foundation::Failure notRescued(const QString &path, const foundation::Failure &why);
 foundation::Failure notUnfinished(const QString &path);

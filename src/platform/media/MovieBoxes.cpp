@@ -446,6 +446,22 @@ BoxBuffer swallowingHeader(std::uint64_t moovPosition) {
     return out;
 }
 
+std::optional<double>
+finishedMovieSeconds(const std::function<std::vector<std::uint8_t>(std::uint64_t, std::uint64_t)> &read) {
+    const auto bytes = read(0, kPlaceholderPosition + kPlaceholderSize);
+    const BoxReader start(bytes);
+    if (start.text(4, 4) != "ftyp" || start.text(8, 4) != kMovieBrand || start.number(0, 4) != kPlaceholderPosition
+        || start.number(kPlaceholderPosition, 4) != kLongBox || start.text(kPlaceholderPosition + 4, 4) != "mdat")
+        return {};
+    constexpr std::uint64_t kHeaders = 8 + 8 + 32; // of moov and mvhd, with its length
+    const auto index = read(kPlaceholderPosition + start.number(kPlaceholderPosition + 8, 8), kHeaders);
+    const BoxReader moov(index);
+    const std::uint64_t timescale = moov.number(8 + 8 + 20, 4);
+    if (moov.text(4, 4) != "moov" || moov.text(8 + 4, 4) != "mvhd" || timescale == 0)
+        return {};
+    return static_cast<double>(moov.number(8 + 8 + 24, 8)) / static_cast<double>(timescale);
+}
+
 bool writeMovie(const MovieFormat &format, const MovieTable &table, std::int64_t validFrames,
                 const std::function<bool(std::span<const std::uint8_t>)> &write,
                 std::span<const std::uint8_t> userData) {

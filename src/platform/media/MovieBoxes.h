@@ -9,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <vector>
 
 // The layout of a recording. While it grows:
 //   ftyp | free (16 bytes, with a mark) | moov without samples | moof mdat | moof mdat | ...
@@ -31,6 +32,11 @@ BoxBuffer fragmentStart(std::uint32_t sequence, std::uint64_t firstFrame, const 
 
 // The header that replaces the placeholder; `moovPosition` is where the full moov begins.
 BoxBuffer swallowingHeader(std::uint64_t moovPosition);
+
+// The length of a movie that is finished, in seconds, by the header of its full moov; nothing for any other file.
+// `read` answers bytes of it, fewer behind its end.
+std::optional<double>
+finishedMovieSeconds(const std::function<std::vector<std::uint8_t>(std::uint64_t position, std::uint64_t count)> &read);
 
 // Hands the full moov to `write` in pieces of at most 64 KiB, or what the pictures' tables take, until one answers
 // false; answers whether all were taken. validFrames: what is to be heard, priming not counted. userData: whole boxes

@@ -232,6 +232,14 @@ double unfinishedSeconds(const QString &path) {
     return known > 0 ? known * all / told : all * 8 / std::max(bitRate(start->format), 1);
 }
 
+std::optional<double> movieSeconds(const QString &path) {
+    const FileDescriptor file = openToRead(path);
+    if (!file.isOpen())
+        return {};
+    return finishedMovieSeconds(
+        [&](std::uint64_t position, std::uint64_t count) { return readAt(file, position, count); });
+}
+
 Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPath) {
     const FileDescriptor file = openToRead(path);
     if (!file.isOpen())

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 
 // Recordings whose program ended before they were closed.
 namespace cantorel::media {
@@ -29,6 +30,9 @@ UnfinishedSound unfinishedSound(const QString &path);
 // The approximate length of an unfinished file, estimated from about its first minute and its size; exact for a file
 // that short. 0 for any other file. Takes the same time for every size.
 double unfinishedSeconds(const QString &path);
+
+// The length of a movie of ours that was closed; nothing for any other file. Reads a few bytes.
+std::optional<double> movieSeconds(const QString &path);
 
 // Makes an ordinary M4A or MP4 at copyPath of all whole fragments of the file; what is damaged between them is passed
 // over, but every byte of it stays in the copy. The copy appears under its name only when it is whole and on the disk.

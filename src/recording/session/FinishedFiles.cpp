@@ -1,10 +1,11 @@
 #include "recording/session/FinishedFiles.h"
 
 #include "log/Log.h"
-#include "platform/media/RecordingRepair.h"
+#include "platform/media/MediaFailures.h"
 #include "platform/media/asset/OpenAsset.h"
 #include "recording/library/RecordedList.h"
 #include "recording/session/RecordingJournal.h"
+#include "recording/session/RecordingNames.h"
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
@@ -22,9 +23,7 @@ using foundation::Failure;
 
 namespace {
 
-constexpr foundation::SentenceKey kFileRemoved("FileRemoved", "FileName");
 constexpr foundation::SentenceKey kNoSound("NoSound", "Device");
-constexpr foundation::SentenceKey kFolderRemoved("FolderRemoved", "FileName", "Folder");
 
 } // namespace
 
@@ -63,7 +62,7 @@ void FinishedFiles::complete(RecordedAudioInfo &item, const FinishedRecording &r
     item.setDuration(ToolString::stringFromDuration(recording.seconds));
     item.setSize(size);
     mList.save(item);
-    endInJournal(recording.file);
+    mJournal.settle(recording.file);
     convert(item, recording);
     Log(QStringLiteral("did stop record succ :\n{\n    Path = %1\n    Duration = %2 s\n    FileSize = %3\n}")
             .arg(recording.file, QString::number(recording.seconds, 'f', 2), size));
@@ -113,7 +112,7 @@ EndedFile FinishedFiles::drop(const FileUnderWay &file, const FinishedRecording 
     if (failure) {
         ended.trouble.sentence = failure->sentence;
     } else if (isRemoved) {
-        ended.trouble.sentence = kFileRemoved(recording.file);
+        ended.trouble.sentence = media::failures::fileRemoved(recording.file).sentence;
     } else {
         QFile::remove(recording.file);
         ended.became = EndedFile::Became::Empty;
@@ -132,7 +131,7 @@ double FinishedFiles::keep(const FileUnderWay &file, const QString &path) {
         file.item->setDuration(ToolString::stringFromDuration(seconds));
         mList.save(*file.item);
     }
-    endInJournal(path);
+    mJournal.settle(path);
     return seconds;
 }
 
@@ -143,14 +142,6 @@ void FinishedFiles::moved(FileUnderWay &file, const QString &path) {
         file.item->setFileName(path);
     mView.recordingEndsEarly(kFolderRemoved(file.path, QFileInfo(path).path()));
     file.path = path;
-}
-
-// What could not be closed, on a full disk for one, is a leftover for the next start of the program.
-void FinishedFiles::endInJournal(const QString &path) {
-    if (media::isUnfinished(path))
-        mJournal.giveUp(path);
-    else
-        mJournal.end(path);
 }
 
 } // namespace cantorel

@@ -47,7 +47,6 @@ private:
     bool filter(const FileUnderWay &file, const FinishedRecording &recording);
     void complete(RecordedAudioInfo &item, const FinishedRecording &recording);
     void convert(RecordedAudioInfo &item, const FinishedRecording &recording);
-    void endInJournal(const QString &path);
 
     RecordingSessionView &mView;
     RecordedList &mList;

@@ -51,9 +51,14 @@ std::optional<qint64> secondsLeft(const QString &folder, double seconds, qint64 
 
 } // namespace
 
-MovieSession::MovieSession(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal,
+MovieSession::MovieSession(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal, SleepGuard &sleep,
                            foundation::Clock &clock)
-    : mView(view), mList(list), mJournal(journal), mClock(clock) {}
+    : mView(view),
+      mList(list),
+      mJournal(journal),
+      mClock(clock),
+      mSleep(
+          sleep, [this](bool shutsDown) { machineWillSleep(shutsDown); }, [this] { machineDidWake(); }) {}
 
 MovieSession::~MovieSession() {
     stop();
@@ -143,10 +148,12 @@ Result<void> MovieSession::start() {
     mRecorder = recorder();
     mRecorder->delegate = this;
     mRecorder->setOutputFrameRate(mWish.picturesPerSecond);
+    mRecorder->rescue = movieRescuePath;
     bool isNoted = true;
     mRecorder->willWrite = [this, &isNoted](const QString &file) {
         mWritten = file;
-        isNoted = mJournal.begin(file);
+        // The movie has both names, one after the other.
+        isNoted = mJournal.begin(file) && mJournal.begin(mPath);
     };
     const bool started = mRecorder->startRecording(QUrl::fromLocalFile(mPath), nullptr);
     mRecorder->willWrite = {};
@@ -161,6 +168,7 @@ Result<void> MovieSession::start() {
         mRouting.begin([this](bool isHeard) { mView.recordingIsHeard(isHeard); });
     mRecorder->setIsShowAudioLevel(mRecorder->hasSound());
     mDisplay = {};
+    mSleep.hold();
     setState(State::Starting);
     if (!mRecorder->hasSound())
         mView.recordingSilent(kMovieWithoutSound());
@@ -169,12 +177,19 @@ Result<void> MovieSession::start() {
 }
 
 void MovieSession::stop() {
-    if (!isRecording())
-        return;
+    if (isOpen())
+        close(State::Closing);
+    else if (mState == State::FallingAsleep)
+        setState(State::Closing);
+    else if (mState == State::Asleep)
+        end();
+}
+
+void MovieSession::close(State next) {
     mTimer.reset();
     mDisplay = {};
     mView.recordingDisplay(mDisplay);
-    setState(State::Closing);
+    setState(next);
     mRecorder->stopRecording();
     if (includesSystemSound(mSource))
         mRouting.end();
@@ -199,7 +214,9 @@ RecorderState MovieSession::state() const {
     case State::Starting:
         return RecorderState::Preparing;
     case State::Writing:
-        return RecorderState::Recording;
+    case State::FallingAsleep:
+    case State::Asleep:
+        return RecorderState::Recording; // Between two movies it goes on.
     case State::Paused:
         return RecorderState::Paused;
     case State::Closing:
@@ -219,6 +236,10 @@ void MovieSession::setState(State state) {
 }
 
 void MovieSession::display() {
+    if (!QFileInfo::exists(mWritten) && mState != State::Starting) {
+        stop();
+        return;
+    }
     if (mState == State::Paused) {
         mDisplay.durationVisible = !mDisplay.durationVisible;
         mDisplay.badge = mDisplay.durationVisible ? mDisplay.duration : QString();
@@ -251,16 +272,22 @@ void MovieSession::captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const Q
 void MovieSession::captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url,
                                                           const media::RecordingCounts &counts,
                                                           const std::optional<Failure> &failure) {
-    stop(); // It may have ended by itself.
+    if (isOpen()) // It has ended by itself.
+        close(State::Closing);
     finish(url.toLocalFile(), counts, failure);
 }
 
 void MovieSession::finish(const QString &path, const media::RecordingCounts &counts,
                           const std::optional<Failure> &failure) {
-    const bool wasBegun = mState == State::Closing;
+    const bool wasBegun = mState == State::Closing || mState == State::FallingAsleep;
     const bool isThere = wasBegun && counts.bytes > 0 && QFileInfo::exists(path);
+    const bool isNamed = isThere && path != mWritten; // What is hidden yet is a leftover.
     AppSettings::setOutputFileName({});
-    if (isThere) {
+    if (isNamed) {
+        if (path != mPath) {
+            (void)mJournal.begin(path); // ended like any other
+            mView.recordingEndsEarly(kFolderRemoved(mPath, QFileInfo(path).path()));
+        }
         const qint64 bytes = QFileInfo(path).size();
         RecordedAudioInfo &item = mList.addRecordedFile(path, ToolString::stringFromDuration(counts.seconds()),
                                                         ToolFile::fileSizeFormatterToString(bytes));
@@ -272,13 +299,46 @@ void MovieSession::finish(const QString &path, const media::RecordingCounts &cou
             mView.recordingEndsEarly(kDroppedPictures(QString::number(counts.droppedPictures)));
     }
     if (!mWritten.isEmpty())
-        isThere || !failure ? mJournal.end(mWritten) : mJournal.giveUp(mWritten);
+        for (const QString &file : {mWritten, mPath, path})
+            mJournal.settle(file);
     letGo();
-    if (wasBegun) {
-        setState(State::Idle);
-        if (failure)
-            mView.recordingFailed({failure->sentence, isThere ? path : QString()});
-        mView.recordingSettled();
+    if (mState == State::FallingAsleep) {
+        if (failure && isThere) // Of one that was not begun yet nothing is lost: another follows.
+            mView.recordingEndsEarly(failure->sentence);
+        setState(State::Asleep);
+        mSleep.release();
+        if (!mSleep.isAsleep())
+            QMetaObject::invokeMethod(
+                this, [this] { machineDidWake(); }, Qt::QueuedConnection);
+    } else if (wasBegun) {
+        end(failure ? RecordingTrouble{failure->sentence, isThere ? path : QString()} : RecordingTrouble());
+    }
+}
+
+// Nothing follows.
+void MovieSession::end(const RecordingTrouble &trouble) {
+    setState(State::Idle);
+    mSleep.release();
+    if (!trouble.sentence.isEmpty())
+        mView.recordingFailed(trouble);
+    mView.recordingSettled();
+}
+
+// As RecordingSession does it.
+void MovieSession::machineWillSleep(bool shutsDown) {
+    if (mState == State::Paused && !shutsDown)
+        mSleep.release();
+    else if (isOpen())
+        close(State::FallingAsleep);
+}
+
+void MovieSession::machineDidWake() {
+    if (mState == State::Paused) {
+        mSleep.hold();
+    } else if (mState == State::Asleep && !mSleep.isAsleep()) {
+        mState = State::Idle;
+        if (const auto started = start(); !started)
+            end({started.failure().sentence, {}});
     }
 }
 

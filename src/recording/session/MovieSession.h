@@ -5,6 +5,7 @@
 #include "platform/foundation/Result.h"
 #include "platform/media/movie/PictureSources.h"
 #include "recording/session/RecordingSessionView.h"
+#include "recording/session/SleepGuard.h"
 #include "recording/session/SoundRouting.h"
 #include "settings/RecordingSource.h"
 
@@ -42,8 +43,9 @@ class MovieSession : public QObject, public ZQAVRecorderDelegate {
     Q_OBJECT
 
 public:
-    // All outlive it.
-    MovieSession(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal, foundation::Clock &clock);
+    // Journal and guard are those of the session that records sound; all outlive it.
+    MovieSession(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal, SleepGuard &sleep,
+                 foundation::Clock &clock);
     ~MovieSession() override;
 
     const MovieWish &wish() const { return mWish; }
@@ -61,10 +63,8 @@ public:
     // Pauses or resumes.
     void onPause();
 
-    // From the start up to the stop.
-    bool isRecording() const {
-        return mState == State::Starting || mState == State::Writing || mState == State::Paused;
-    }
+    // From the start up to the stop; also while the machine sleeps, after which another movie follows.
+    bool isRecording() const { return mState != State::Idle && mState != State::Closing; }
     bool isSettled() const { return mState == State::Idle; }
     RecorderState state() const;
     // Of the movie under way, up to now.
@@ -76,7 +76,15 @@ Q_SIGNALS:
     void wishChanged();
 
 private:
-    enum class State { Idle, Starting, Writing, Paused, Closing };
+    enum class State {
+        Idle,
+        Starting,
+        Writing,
+        Paused,
+        Closing,
+        FallingAsleep, // closing before the machine sleeps
+        Asleep         // until another movie follows
+    };
 
     void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url) override;
     void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &url, const media::RecordingCounts &counts,
@@ -86,16 +94,22 @@ private:
     MovieRecorder *recorder();
     ZQCameraRecorder *camera();
     std::vector<media::CaptureDevice> devices() const;
+    bool isOpen() const { return mState == State::Starting || mState == State::Writing || mState == State::Paused; }
     void setState(State state);
+    void close(State next);
     void display();
     void finish(const QString &path, const media::RecordingCounts &counts,
                 const std::optional<foundation::Failure> &failure);
     void letGo();
+    void end(const RecordingTrouble &trouble = {});
+    void machineWillSleep(bool shutsDown);
+    void machineDidWake();
 
     RecordingSessionView &mView;
     RecordedList &mList;
     RecordingJournal &mJournal;
     foundation::Clock &mClock;
+    SleepGuard::Holder mSleep;
     MovieWish mWish;
     State mState = State::Idle;
     RecordingSource mSource = RecordingSource::SystemSound;

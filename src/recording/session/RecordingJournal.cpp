@@ -4,9 +4,11 @@
 #include "lang/Lang.h"
 #include "log/Log.h"
 #include "platform/foundation/FileLock.h"
+#include "platform/media/MediaFailures.h"
 #include "platform/media/RecordingRepair.h"
 #include "platform/media/UnfinishedName.h"
 #include "platform/media/asset/OpenAsset.h"
+#include "recording/library/RecordedAudioInfo.h"
 #include "settings/AppSettings.h"
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
@@ -76,6 +78,13 @@ void RecordingJournal::end(const QString &file) {
 
 void RecordingJournal::giveUp(const QString &file) { mOwn.removeAll(QFileInfo(file).absoluteFilePath()); }
 
+void RecordingJournal::settle(const QString &file) {
+    if (media::isUnfinished(file) || (!media::finishedName(file).isEmpty() && QFileInfo::exists(file)))
+        giveUp(file);
+    else
+        end(file);
+}
+
 QStringList RecordingJournal::abandoned() const {
     QStringList files = read();
     files.removeDuplicates();
@@ -99,9 +108,11 @@ namespace {
 using Recovered = RecordingJournal::Recovered;
 
 // A file that is whole, or nothing.
-std::optional<Recovered> wholeSound(const QString &file) {
+std::optional<Recovered> whole(const QString &file) {
     if (!QFileInfo(file).isFile())
         return {};
+    if (const auto seconds = media::movieSeconds(file)) // it may have no sound
+        return Recovered{file, file, *seconds, {}, true};
     const auto sound = media::openAsset(QUrl::fromLocalFile(file));
     if (!sound || !sound.value()->isPlayable())
         return {};
@@ -132,6 +143,14 @@ Recovered repaired(const QFileInfo &info) {
     return failed;
 }
 
+// A movie whose program ended before it had its own name.
+Recovered named(const QString &file, double seconds) {
+    const QString path = ToolString::renameFromFilePath(media::finishedName(file), 0);
+    if (QFile::rename(file, path))
+        return {file, path, seconds, {}};
+    return {file, file, 0, media::failures::cannotCreate(path, errno).sentence};
+}
+
 } // namespace
 
 QStringList RecordingJournal::dropEmpty() {
@@ -151,8 +170,13 @@ std::vector<RecordingJournal::Recovered> RecordingJournal::recover(const QString
     const QFileInfo info(file);
     if (info.isFile() && media::isUnfinished(file))
         return {repaired(info)};
-    if (auto whole = wholeSound(file))
-        recovered.push_back(*std::move(whole));
+    auto found = whole(file);
+    if (found && !media::finishedName(file).isEmpty())
+        return {named(file, found->durationSeconds)};
+    if (found)
+        recovered.push_back(*std::move(found));
+    if (isMovieFile(file)) // It is not converted.
+        return recovered;
     // A recording takes a name that is free with every extension, so what has it was made of the recording.
     QStringList extensions;
     for (int format = 0; format < AppSettings::audioFormats().size(); ++format)
@@ -160,8 +184,8 @@ std::vector<RecordingJournal::Recovered> RecordingJournal::recover(const QString
     extensions.removeDuplicates();
     extensions.removeAll(info.suffix());
     for (const QString &extension : std::as_const(extensions))
-        if (auto whole = wholeSound(ToolFile::pathWithExtension(file, extension)))
-            recovered.push_back(*std::move(whole));
+        if (auto made = whole(ToolFile::pathWithExtension(file, extension)))
+            recovered.push_back(*std::move(made));
     return recovered;
 }
 

@@ -28,6 +28,8 @@ public:
     bool begin(const QString &file);
     void end(const QString &file);
     void giveUp(const QString &file);
+    // One of the two, as the file looks: what could not be closed, on a full disk for one, is a leftover.
+    void settle(const QString &file);
     // Whether the stored list holds the files that have ended. Until it does, the journal keeps them. If this is not
     // set, it counts as true.
     std::function<bool()> listIsStored;

@@ -48,10 +48,18 @@ QString freeMoviePath(const QString &chosen) {
     return path;
 }
 
-QString rescuePath(const QString &lost) {
+namespace {
+
+QString besideNone(const QString &lost) {
     const QString folder = AppSettings::outputPath(); // the music folder, where the chosen one is gone
     QDir().mkpath(folder);
-    return freeRecordingPath(folder + QLatin1Char('/') + QFileInfo(lost).fileName());
+    return folder + QLatin1Char('/') + QFileInfo(lost).fileName();
 }
+
+} // namespace
+
+QString rescuePath(const QString &lost) { return freeRecordingPath(besideNone(lost)); }
+
+QString movieRescuePath(const QString &lost) { return freeMoviePath(besideNone(lost)); }
 
 } // namespace cantorel

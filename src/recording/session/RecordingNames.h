@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Sentence.h"
 #include "recording/session/FileUnderWay.h"
 
 #include <QString>
@@ -23,5 +24,8 @@ QString freeMoviePath(const QString &chosen);
 // Where a recording goes whose folder was removed meanwhile: a free name in the folder that recordings go to without
 // it, which is made. Any thread.
 QString rescuePath(const QString &lost);
+QString movieRescuePath(const QString &lost);
+// What is then said: where it was, and the folder where it is.
+inline constexpr foundation::SentenceKey kFolderRemoved("FolderRemoved", "FileName", "Folder");
 
 } // namespace cantorel

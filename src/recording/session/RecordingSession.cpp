@@ -26,8 +26,9 @@ RecordingSession::RecordingSession(RecordingSessionView &view, RecordedList &lis
       mLeftovers(view, list, mJournal),
       mConditions(mJournal, view),
       mFiles(view, list, mJournal, [this] { settle(); }),
+      mSleepGuard(surroundings.sleep),
       mSleep(
-          surroundings.sleep, [this](bool shutsDown) { machineWillSleep(shutsDown); }, [this] { machineDidWake(); }) {}
+          mSleepGuard, [this](bool shutsDown) { machineWillSleep(shutsDown); }, [this] { machineDidWake(); }) {}
 
 RecordingSession::~RecordingSession() {
     if (mRecordManager) {

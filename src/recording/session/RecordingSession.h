@@ -71,6 +71,7 @@ public:
     CrashLeftovers &leftovers() { return mLeftovers; }
     // For who records beside it, one at a time.
     RecordingJournal &journal() { return mJournal; }
+    SleepGuard &sleepGuard() { return mSleepGuard; }
 
 private:
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) override;
@@ -109,7 +110,8 @@ private:
     CrashLeftovers mLeftovers;
     StartConditions mConditions;
     FinishedFiles mFiles;
-    SleepGuard mSleep;
+    SleepGuard mSleepGuard;
+    SleepGuard::Holder mSleep;
     std::unique_ptr<RecordManager> mRecordManager;
     std::unique_ptr<foundation::Timer> mTimerRestart;
     SessionPhase mPhase = SessionPhase::Idle;

@@ -2,21 +2,24 @@
 
 #include "log/GuardedAction.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace cantorel {
 
-SleepGuard::SleepGuard(desktop::SleepDelay *delay, std::function<void(bool)> willSleep, std::function<void()> didWake)
-    : mDelay(delay) {
+SleepGuard::SleepGuard(desktop::SleepDelay *delay) : mDelay(delay) {
     if (!mDelay)
         return;
-    mDelay->willSleep = [this, told = std::move(willSleep)](bool shutsDown) {
+    mDelay->willSleep = [this](bool shutsDown) {
         mIsAsleep = true;
-        (void)guarded("machineWillSleep", [&] { told(shutsDown); }); // logged there
+        for (Holder *holder : mHolders)
+            (void)guarded("machineWillSleep", [&] { holder->mWillSleep(shutsDown); }); // logged there
     };
-    mDelay->didWake = [this, told = std::move(didWake)] {
-        if (std::exchange(mIsAsleep, false))
-            (void)guarded("machineDidWake", told); // logged there
+    mDelay->didWake = [this] {
+        if (!std::exchange(mIsAsleep, false))
+            return;
+        for (Holder *holder : mHolders)
+            (void)guarded("machineDidWake", holder->mDidWake); // logged there
     };
 }
 
@@ -25,17 +28,29 @@ SleepGuard::~SleepGuard() {
         return;
     mDelay->willSleep = {};
     mDelay->didWake = {};
-    mDelay->release();
 }
 
-void SleepGuard::hold() const {
-    if (mDelay)
-        mDelay->hold(QStringLiteral("A recording is being finished"));
+SleepGuard::Holder::Holder(SleepGuard &guard, std::function<void(bool)> willSleep, std::function<void()> didWake)
+    : mGuard(guard), mWillSleep(std::move(willSleep)), mDidWake(std::move(didWake)) {
+    mGuard.mHolders.push_back(this);
 }
 
-void SleepGuard::release() const {
-    if (mDelay)
-        mDelay->release();
+SleepGuard::Holder::~Holder() {
+    release();
+    std::erase(mGuard.mHolders, this);
+}
+
+void SleepGuard::Holder::hold() {
+    mHolds = true;
+    if (mGuard.mDelay)
+        mGuard.mDelay->hold(QStringLiteral("A recording is being finished"));
+}
+
+void SleepGuard::Holder::release() {
+    mHolds = false;
+    const auto &holders = mGuard.mHolders;
+    if (mGuard.mDelay && std::none_of(holders.begin(), holders.end(), [](const Holder *one) { return one->mHolds; }))
+        mGuard.mDelay->release();
 }
 
 } // namespace cantorel

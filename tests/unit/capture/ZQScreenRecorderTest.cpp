@@ -11,7 +11,9 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <cmath>
 #include <csignal>
+#include <span>
 
 namespace cantorel {
 namespace {
@@ -75,6 +77,7 @@ TEST_F(ZQScreenRecorderTest, APauseLeavesNoGapWithOrWithoutSound) {
         listener.started = listener.ended = 0;
         recorded = 0;
         late = isHeard ? 0.3 : 1.2;
+        screen->show(0);
         if (isHeard)
             hear();
         start();
@@ -91,7 +94,9 @@ TEST_F(ZQScreenRecorderTest, APauseLeavesNoGapWithOrWithoutSound) {
         world.advance(7000); // less than the queue holds, should nobody read it meanwhile
         screen->show(200);   // what stands there when it goes on is in it
         recorder->resumeRecording();
-        pass(1000);
+        pass(500);
+        screen->show(255);
+        pass(500);
         stop();
         EXPECT_NEAR(listener.counts.seconds(), 3.5 + begun, 0.5); // the thread is seen a little late
         const auto shown = test::picturesOf(file);
@@ -101,8 +106,32 @@ TEST_F(ZQScreenRecorderTest, APauseLeavesNoGapWithOrWithoutSound) {
         EXPECT_TRUE(std::none_of(shown.begin(), shown.end(), [](const auto &one) {
             return one.grey > 50 && one.grey < 150;
         })) << "what was seen in the pause is not in the movie";
+        const auto light = std::find_if(shown.begin(), shown.end(), [](const auto &one) { return one.grey >= 150; });
+        ASSERT_NE(light, shown.end());
+        EXPECT_NEAR(light->time, 2.5 + begun, 0.5) << "what stands there when it goes on is seen at once";
+        EXPECT_TRUE(std::all_of(light, shown.end(), [](const auto &one) { return one.grey >= 150; }))
+            << "and nothing that was seen before it";
+        EXPECT_GT(shown.back().grey, 230) << "nor that again after what came later";
         EXPECT_NEAR(test::factOf(file, "v", "stream=duration").toDouble(), listener.counts.seconds(), 0.02);
     }
+}
+
+TEST_F(ZQScreenRecorderTest, APauseBeforeAnythingWasWrittenAddsNothing) {
+    hear();
+    start();
+    recorder->pauseRecording();
+    world.advance(3000);
+    recorder->resumeRecording();
+    ASSERT_TRUE(eventually([&] {
+        world.advance(10);
+        return listener.started == 1;
+    }));
+    const double begun = recorder->recordingCounts().seconds();
+    late = 0.3;
+    pass(1000);
+    stop();
+    EXPECT_NEAR(listener.counts.seconds(), 1 + begun, 0.5);
+    EXPECT_LT(begun, 0.5);
 }
 
 TEST_F(ZQScreenRecorderTest, SoundThatNeverComesIsSilenceAndTheEndIsTold) {
@@ -119,6 +148,43 @@ TEST_F(ZQScreenRecorderTest, SoundThatNeverComesIsSilenceAndTheEndIsTold) {
     EXPECT_EQ(listener.files, 1);
     EXPECT_EQ(test::factOf(file, "a", "stream=codec_name"), "aac");
     EXPECT_GT(test::factOf(file, "a", "stream=duration").toDouble(), 1.5);
+}
+
+TEST_F(ZQScreenRecorderTest, SoundOfMoreChannelsOrHigherRatesThanAacHasIsHeardAsItWas) {
+    const struct {
+        int channels;
+        double rate;
+        const char *coded;
+    } cases[] = {{4, 48000, "aac,48000,4"}, {3, 48000, "aac,48000,2"}, {2, 192000, "aac,48000,2"}};
+    for (const auto &[channels, rate, coded] : cases) {
+        SCOPED_TRACE(coded);
+        world.unplugMicrophone();
+        world.plugMicrophone(
+            [rate = rate](std::span<float> samples, int count, std::int64_t position) { // 1000 Hz
+                for (std::size_t i = 0; i < samples.size(); ++i)
+                    samples[i] = static_cast<float>(
+                        0.5 * std::sin(2000 * std::acos(-1) * (position + std::int64_t(i) / count) / rate));
+            },
+            channels, rate);
+        listener.started = listener.ended = 0;
+        recorded = 0;
+        late = 0.3;
+        hear();
+        start();
+        ASSERT_TRUE(eventually([&] {
+            world.advance(10);
+            return listener.started == 1;
+        }));
+        pass(1500);
+        stop();
+        EXPECT_EQ(test::factOf(file, "a", "stream=codec_name,sample_rate,channels"), coded);
+        const std::vector<float> heard = test::soundOf(file);
+        ASSERT_GT(heard.size(), 48000u);
+        int turns = 0; // within one second
+        for (std::size_t i = 12000; i + 1 < 60000 && i + 1 < heard.size(); ++i)
+            turns += heard[i] < 0 && heard[i + 1] >= 0 ? 1 : 0;
+        EXPECT_NEAR(turns, 1000, 10);
+    }
 }
 
 TEST_F(ZQScreenRecorderTest, WhereNothingWasWrittenThereIsNoFileAndTheEndIsToldToo) {

@@ -2,12 +2,12 @@
 #include "platform/desktop/dbus/DBusFileManagerReveal.h"
 #include "platform/desktop/dbus/DBusPowerActivity.h"
 #include "platform/desktop/dbus/DBusSleepDelay.h"
+#include "tests/support/FakeLogin.h"
 #include "tests/support/FakeService.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateWorld.h"
 
 #include <QCoreApplication>
-#include <QDBusUnixFileDescriptor>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -19,6 +19,7 @@ namespace cantorel::desktop {
 namespace {
 
 using test::eventually;
+using test::FakeLogin;
 using test::FakeService;
 using test::PrivateBus;
 using test::whileServing;
@@ -72,36 +73,6 @@ TEST(DBusPowerActivity, WithoutTheServiceOrAnyBusThereIsASentence) {
         power.release();
     }
 }
-
-// login1, which hands out a descriptor and knows whether it is still open.
-class FakeLogin : public FakeService {
-public:
-    FakeLogin() : FakeService("org.freedesktop.login1", "/org/freedesktop/login1", QDBusConnection::SystemBus) {
-        EXPECT_EQ(::pipe2(mPipe, O_CLOEXEC | O_NONBLOCK), 0);
-    }
-    ~FakeLogin() override {
-        ::close(mPipe[0]);
-        ::close(mPipe[1]);
-    }
-    bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
-        answers = {{message.member(), QVariant::fromValue(QDBusUnixFileDescriptor(mPipe[1]))}}; // a copy
-        const bool sent = FakeService::handleMessage(message, bus);
-        answers.clear();
-        ::close(std::exchange(mPipe[1], -1));
-        return sent;
-    }
-    // Nobody has the descriptor any more.
-    bool isReleased() const {
-        char byte = 0;
-        return ::read(mPipe[0], &byte, 1) == 0;
-    }
-    void tell(const char *signal, bool begins) {
-        FakeService::tell("org.freedesktop.login1.Manager", signal, {begins});
-    }
-
-private:
-    int mPipe[2] = {-1, -1};
-};
 
 TEST(DBusSleepDelay, TheMachineWaitsForTheDescriptorToBeClosed) {
     const PrivateBus bus;

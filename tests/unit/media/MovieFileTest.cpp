@@ -117,6 +117,8 @@ TEST_F(SilentMovieFileTest, PicturesAloneAreRepairedAsWell) {
     ASSERT_TRUE(repaired);
     EXPECT_NEAR(repaired.value().durationSeconds, 0.4, 1e-9);
     EXPECT_EQ(contents(copy).count("soun"), 0);
+    EXPECT_FALSE(movieSeconds(path));
+    EXPECT_EQ(movieSeconds(copy), repaired.value().durationSeconds);
 }
 
 TEST(UnfinishedName, IsHiddenFreeAndLeadsBack) {

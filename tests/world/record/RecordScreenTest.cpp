@@ -2,7 +2,9 @@
 
 #include "platform/media/RecordingRepair.h"
 #include "recording/session/RecordingJournal.h"
+#include "tests/support/FakeLogin.h"
 #include "tests/support/Movie.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateDisplay.h"
 #include "tests/world/record/RecordProgram.h"
 
@@ -60,6 +62,20 @@ TEST_F(RecordScreenTest, ASignalFinishesTheFile) {
     EXPECT_EQ(run->status(), 130);
     expectOneSentence(run->lastLine(), "kept");
     EXPECT_GE(test::picturesOf(mFile).size(), 1u);
+}
+
+TEST_F(RecordScreenTest, BeforeTheMachineSleepsTheFileIsFinished) {
+    const test::PrivateBus bus;
+    test::FakeLogin login;
+    const auto run = record({"--audio", "off"});
+    ASSERT_TRUE(run->begins());
+    ASSERT_TRUE(eventually([&] { return !login.calls.isEmpty(); }));
+    EXPECT_FALSE(login.isReleased());
+    login.tell("PrepareForSleep", true);
+    EXPECT_EQ(run->status(), 1);
+    expectOneSentence(run->lastLine(), "sleeps");
+    EXPECT_TRUE(media::movieSeconds(mFile));
+    EXPECT_TRUE(login.isReleased());
 }
 
 TEST_F(RecordScreenTest, WhatCannotBeRecordedEndsInOneSentence) {

@@ -2,10 +2,10 @@
 
 #include "app/start/DesktopPictures.h"
 #include "capture/ZQAVRecorderKit.h"
-#include "platform/hal/AudioHardware.h"
 #include "platform/hal/HardwareSystem.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
 #include "platform/media/RecordingRepair.h"
+#include "tests/support/FlashAndClick.h"
 #include "tests/support/LoopbackNames.h"
 #include "tests/support/Movie.h"
 #include "tests/support/OrdinaryFile.h"
@@ -19,87 +19,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <cmath>
-#include <thread>
 #include <tuple>
 
 namespace cantorel {
 namespace {
 
 using test::eventually;
-
-// Paints rectangles on the root of a display.
-class Painter {
-public:
-    explicit Painter(const test::PrivateDisplay &display)
-        : mConnection(xcb_connect(display.name().toLocal8Bit().constData(), nullptr)),
-          mRoot(display.root()),
-          mContext(xcb_generate_id(mConnection)) {
-        xcb_create_gc(mConnection, mContext, mRoot, 0, nullptr);
-    }
-    ~Painter() { xcb_disconnect(mConnection); }
-    void paint(std::uint32_t colour, const xcb_rectangle_t &where) const {
-        xcb_change_gc(mConnection, mContext, XCB_GC_FOREGROUND, &colour);
-        xcb_poly_fill_rectangle(mConnection, mRoot, mContext, 1, &where);
-        xcb_flush(mConnection);
-    }
-
-private:
-    xcb_connection_t *const mConnection;
-    const xcb_window_t mRoot;
-    const xcb_gcontext_t mContext;
-};
-
-// Flashes on a display, and clicks in an output at the same moments.
-class FlashAndClick : public Painter {
-public:
-    explicit FlashAndClick(const test::PrivateDisplay &display) : Painter(display) {
-        paint(0, {0, 0, 640, 480});
-        const AudioObjectPropertyAddress address = {kAudioHardwarePropertyDefaultOutputDevice,
-                                                    kAudioObjectPropertyScopeGlobal, 0};
-        std::uint32_t size = sizeof mOutput;
-        AudioObjectGetPropertyData(kAudioObjectSystemObject, &address, 0, nullptr, &size, &mOutput);
-        EXPECT_EQ(AudioDeviceCreateIOProcID(mOutput, &play, this, &mProc), kAudioHardwareNoError);
-        EXPECT_EQ(AudioDeviceStart(mOutput, mProc), kAudioHardwareNoError);
-    }
-    ~FlashAndClick() {
-        AudioDeviceStop(mOutput, mProc);
-        AudioDeviceDestroyIOProcID(mOutput, mProc);
-    }
-    // Both, a little later, and dark again after that; returns then.
-    void strike() {
-        const auto at = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
-        mClickAt = std::chrono::nanoseconds(at.time_since_epoch()).count();
-        std::this_thread::sleep_until(at);
-        paint(0xFFFFFF, {0, 0, 640, 480});
-        std::this_thread::sleep_until(at + std::chrono::milliseconds(250));
-        paint(0, {0, 0, 640, 480});
-        std::this_thread::sleep_until(at + std::chrono::milliseconds(400));
-    }
-
-private:
-    static OSStatus play(AudioObjectID, const AudioTimeStamp *, const AudioBufferList *, const AudioTimeStamp *,
-                         AudioBufferList *output, const AudioTimeStamp *outputTime, void *data) noexcept {
-        auto &self = *static_cast<FlashAndClick *>(data);
-        auto *samples = static_cast<float *>(output->mBuffers[0].mData);
-        const auto channels = output->mBuffers[0].mNumberChannels;
-        const std::size_t frames = output->mBuffers[0].mDataByteSize / sizeof(float) / channels;
-        for (std::size_t i = 0; i < frames; ++i) {
-            const auto now = static_cast<std::int64_t>(outputTime->mHostTime + i * 1'000'000'000 / 48000);
-            const std::int64_t since = now - self.mClickAt;
-            const bool sounds = since >= 0 && since < 20'000'000;
-            for (std::size_t channel = 0; channel < channels; ++channel)
-                samples[i * channels + channel] = sounds ? (i / 24 % 2 ? 0.8f : -0.8f) : 0.0f;
-        }
-        return kAudioHardwareNoError;
-    }
-
-    AudioObjectID mOutput = kAudioObjectUnknown;
-    AudioDeviceIOProcID mProc = nullptr;
-    std::atomic<std::int64_t> mClickAt{0};
-};
+using test::FlashAndClick;
+using test::Painter;
 
 struct ScreenRecorderTest : testing::Test {
     struct Listener : QObject, ZQAVRecorderDelegate {
@@ -159,7 +87,7 @@ struct ScreenRecorderTest : testing::Test {
 
 TEST_F(ScreenRecorderTest, FlashAndClickStayTogetherAcrossAPauseThatLeavesNoGap) {
     hear();
-    FlashAndClick both(display);
+    FlashAndClick both(display, {0, 0, 640, 480});
     start();
     const auto begin = std::chrono::steady_clock::now();
     pass(0.3);
@@ -267,6 +195,36 @@ TEST_F(ScreenRecorderTest, AServerThatGoesEndsTheMovieAndWhatWasSeenIsKept) {
     EXPECT_EQ(listener.failure->sentence.key(), "DisplayGone");
     EXPECT_FALSE(recorder->isRecording());
     EXPECT_GE(test::picturesOf(file).size(), 2u);
+}
+
+// By the modes of the server: a size that is neither the movie's nor of its shape.
+TEST_F(ScreenRecorderTest, ADisplayThatChangesItsSizeIsFittedIntoTheMovie) {
+    const Painter painter(display);
+    const auto change = [&](const QStringList &options) {
+        ASSERT_EQ(QProcess::execute("xrandr", QStringList{"-d", display.name()} + options), 0);
+        painter.paint(0xFFFFFF, {0, 0, 640, 480});
+        pass(1.2);
+    };
+    painter.paint(0xFFFFFF, {0, 0, 640, 480});
+    start();
+    change({"--newmode", "flat", "10", "320", "330", "340", "350", "120", "130", "140", "150"});
+    change({"--addmode", "screen", "flat"});
+    change({"--output", "screen", "--mode", "flat"});
+    change({"--output", "screen", "--mode", "640x480"});
+    EXPECT_TRUE(recorder->isRecording());
+    stop();
+    EXPECT_FALSE(listener.failure);
+    EXPECT_EQ(test::factOf(file, "v", "stream=width,height"), "640,480");
+    // The server clears what it resizes, so that all is black for a moment.
+    const auto top = test::picturesOf(file, "640:60:0:0"), middle = test::picturesOf(file, "640:60:0:210");
+    QByteArray shown;
+    for (std::size_t i = 0; i < top.size(); ++i)
+        if (const char kind = middle[i].grey < 240 ? '?'
+                              : top[i].grey < 16   ? 'f'
+                                                   : 'w';
+            kind != '?' && !shown.endsWith(kind))
+            shown += kind;
+    EXPECT_EQ(shown, "wfw") << "white, flat with black above it, and white again";
 }
 
 // An old file stays until the new one is whole; the new one is nothing until then.

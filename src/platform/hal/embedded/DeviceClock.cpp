@@ -23,7 +23,7 @@ private:
 
 std::unique_ptr<foundation::Timer> ManualClock::timer(Duration interval, bool repeats, std::function<void()> action) {
     return std::make_unique<SteppedTimer>(
-        mTimers, std::make_shared<Entry>(Entry{mNow + interval, interval, repeats, std::move(action)}));
+        mTimers, std::make_shared<Entry>(Entry{now() + interval, interval, repeats, std::move(action)}));
 }
 
 std::shared_ptr<ManualClock::Entry> ManualClock::earliestTimer() const {
@@ -34,19 +34,19 @@ std::shared_ptr<ManualClock::Entry> ManualClock::earliestTimer() const {
 
 void ManualClock::step(Duration target, bool withTimers) {
     for (;;) {
-        const Duration turn = mTurn ? mTurn(mNow) : Duration::max();
+        const Duration turn = mTurn ? mTurn(now()) : Duration::max();
         const std::shared_ptr<Entry> timer = withTimers ? earliestTimer() : nullptr;
         const Duration next = std::min(turn, timer ? timer->due : Duration::max());
         if (next > target)
             break;
-        mNow = std::max(mNow, next);
+        mNow = std::max(now(), next);
         if (timer && timer->due < turn) { // At one moment the devices come first.
             timer->due =
-                timer->repeats ? mNow + timer->interval - (mNow - timer->due) % timer->interval : Duration::max();
+                timer->repeats ? now() + timer->interval - (now() - timer->due) % timer->interval : Duration::max();
             timer->action();
         }
     }
-    mNow = std::max(mNow, target);
+    mNow = std::max(now(), target);
 }
 
 namespace {

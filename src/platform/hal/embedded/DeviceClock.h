@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Clock.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -24,14 +25,14 @@ public:
     virtual void wake() = 0;
 };
 
-// Stands still until it is stepped; a sleep steps it. The turns and the timers' calls happen on the thread that steps,
-// which must be the main thread where there are timers.
+// Stands still until it is stepped; a sleep steps it. Any thread asks what time it is; the turns and the timers' calls
+// happen on the thread that steps, which must be the main thread where there are timers.
 class ManualClock : public DeviceClock {
 public:
     Duration now() const override { return mNow; }
     // As in a program, no timer calls while somebody sleeps.
-    void sleepFor(Duration duration) override { step(mNow + duration, false); }
-    void advance(Duration duration) { step(mNow + duration, true); }
+    void sleepFor(Duration duration) override { step(now() + duration, false); }
+    void advance(Duration duration) { step(now() + duration, true); }
 
     void start(Turn turn) override { mTurn = std::move(turn); }
     void stop() override { mTurn = {}; }
@@ -49,7 +50,7 @@ private:
     std::shared_ptr<Entry> earliestTimer() const;
     std::unique_ptr<foundation::Timer> timer(Duration interval, bool repeats, std::function<void()> action) override;
 
-    Duration mNow{0};
+    std::atomic<Duration> mNow{Duration{0}};
     Turn mTurn;
     using Timers = std::vector<std::shared_ptr<Entry>>;
     std::shared_ptr<Timers> mTimers = std::make_shared<Timers>(); // in the order they were made

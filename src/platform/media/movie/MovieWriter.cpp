@@ -142,7 +142,7 @@ Result<void> MovieWriter::writeFragment() {
     return written;
 }
 
-Result<FileForm> MovieWriter::finish(MovieTime end) {
+Result<FileForm> MovieWriter::finish(MovieTime end, const std::function<QString(const QString &)> &rescue) {
     if (mPictures > 0 && !mFailed) {
         // One that is alone is seen in any case.
         const int least = mPictures > 1 ? 1 : kPictureTimescale / std::max(1, mSettings.pictures.picturesPerSecond);
@@ -163,14 +163,33 @@ Result<FileForm> MovieWriter::finish(MovieTime end) {
         frames = std::clamp<std::int64_t>(mSoundEncoder->frames(), 0, std::max<std::int64_t>(written, 0));
     }
     const auto form = mOutput->finish(frames);
-    if (!form)
+    if (!form && !mOutput->isLost())
         return form;
+    const auto named = takeName(rescue);
+    return named ? form : named.failure();
+}
+
+Result<void> MovieWriter::takeName(const std::function<QString(const QString &)> &rescue) {
+    if (rescue && mOutput->isLost()) {
+        const QString path = rescue(mPath);
+        const auto copied = mOutput->copyTo(path);
+        if (!copied)
+            return failures::notRescued(mPath, copied.failure());
+        mFile = path;
+        return {};
+    }
+    const QString place = mOutput->place();
+    if (place.isEmpty()) // Who removes only the file means it.
+        return failures::fileRemoved(mPath);
+    const QString path =
+        place == mFile ? mPath : QFileInfo(place).path() + QLatin1Char('/') + QFileInfo(mPath).fileName();
+    mFile = place;
     // One step: there is no moment without the file that had the name.
-    if (std::rename(QFile::encodeName(mFile).constData(), QFile::encodeName(mPath).constData()) != 0)
-        return failures::cannotCreate(mPath, errno);
-    mFile = mPath;
-    syncFolder(mPath);
-    return form;
+    if (std::rename(QFile::encodeName(place).constData(), QFile::encodeName(path).constData()) != 0)
+        return failures::cannotCreate(path, errno);
+    mFile = path;
+    syncFolder(path);
+    return {};
 }
 
 } // namespace cantorel::media

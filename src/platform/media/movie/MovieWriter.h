@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -42,8 +43,9 @@ public:
     foundation::Result<void> appendSound(std::span<const float> interleaved, MovieTime time);
 
     // Shows the last picture up to that time, and closes the file. Once only, also after a failure: what was written
-    // before it then plays. Fails where nothing was written; then there is no file.
-    foundation::Result<FileForm> finish(MovieTime end);
+    // before it then plays. Fails where nothing was written; then there is no file. A file whose folder was renamed is
+    // named there; where its folder was removed, it is copied to the free path that `rescue` names.
+    foundation::Result<FileForm> finish(MovieTime end, const std::function<QString(const QString &path)> &rescue = {});
 
     // Where the file lies: hidden, until finish() has given it its name.
     const QString &file() const { return mFile; }
@@ -56,6 +58,7 @@ private:
     foundation::Result<void> start();
     foundation::Result<void> code(std::span<const float> interleaved);
     foundation::Result<void> writeFragment();
+    foundation::Result<void> takeName(const std::function<QString(const QString &path)> &rescue);
 
     const QString mPath;
     QString mFile;
