@@ -212,6 +212,7 @@ void ZQAudioEditorManager::comeBack() {
 // The selections.
 
 void ZQAudioEditorManager::cutsDidChange() {
+    nameParts();
     mPlayer.setCutsPlayButtonEnable(isReady() && mPlayer.isPrepared() && !mCuts.isEmpty());
     Q_EMIT cutsChanged();
     Q_EMIT stateChanged();
@@ -583,19 +584,34 @@ void ZQAudioEditorManager::showExportInfo() {
     stopPlayback();
     mExportInfoCtrl.initialize();
     mExportInfoCtrl.setExportModePartEnable(mCuts.all().size() >= 2);
+    mExportInfoCtrl.forgetParts();
+    nameParts();
     mExportInfoCtrl.parseAudioInfo(mSourceURL);
     Q_EMIT exportInfoWanted();
 }
 
+void ZQAudioEditorManager::nameParts() {
+    QList<double> starts;
+    for (const auto &entity : mCuts.all())
+        starts << entity->startTime();
+    mExportInfoCtrl.setParts(starts, proposedName());
+}
+
 // What is exported is what a person sees now, whatever becomes of it while the name is asked for.
-void ZQAudioEditorManager::exportAudio() {
+foundation::Sentence ZQAudioEditorManager::exportAudio() {
     if (!canExport())
-        return;
+        return {};
     mExportFormat = mExportInfoCtrl.exportFormat();
+    if (const foundation::Sentence trouble = mExportFormat.namesTrouble(); !trouble.isEmpty())
+        return trouble;
     mExportRanges.clear();
     for (const auto &entity : mCuts.all())
         mExportRanges.push_back({entity->startTime(), entity->endTime()});
-    Q_EMIT fileNameWanted();
+    if (mExportFormat.namesAllParts())
+        Q_EMIT folderWanted();
+    else
+        Q_EMIT fileNameWanted();
+    return {};
 }
 
 QString ZQAudioEditorManager::proposedName() const { return QFileInfo(mName).completeBaseName(); }
@@ -605,9 +621,7 @@ void ZQAudioEditorManager::savePanelShouldClose(const QString &path) {
         return;
     const QFileInfo chosen(path);
     AppSettings::setUserExportPath(chosen.path());
-    const QString extension = chosen.suffix().toLower();
-    const bool isType = extension == mExportFormat.fileType || extension == QLatin1String("m4a");
-    const QString name = chosen.path() + QLatin1Char('/') + (isType ? chosen.completeBaseName() : chosen.fileName());
+    const QString name = chosen.path() + QLatin1Char('/') + mExportFormat.withoutExtension(chosen.fileName());
     after(kBeforeExport, [this, name] { exportAudioWithFilePath_(name); });
 }
 

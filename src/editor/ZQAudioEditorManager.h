@@ -115,7 +115,8 @@ public:
     bool canExport() const { return canInsert(); }
     void showExportInfo();
     ZQAudioEditExportController &exporting() { return mExportInfoCtrl; }
-    void exportAudio();
+    // Why it cannot be; empty when its place is asked for.
+    foundation::Sentence exportAudio();
     QString proposedName() const;
     // Path: as it was chosen, with an extension or without.
     void savePanelShouldClose(const QString &path);
@@ -140,7 +141,8 @@ Q_SIGNALS:
     void headMoved();
     void insertInfoWanted(); // how and where to insert
     void exportInfoWanted();
-    void fileNameWanted();
+    void fileNameWanted(); // for what has none yet
+    void folderWanted();   // where every part has its name
     void told(const foundation::Sentence &trouble);
     void inserted(InsertType type, const QString &fileName); // can be undone
     // The files of an export that are there.
@@ -182,6 +184,7 @@ private:
     void viewDidChange();
     void playNextCutEntity();
     void insert(const ZQAudioInsertController::Inserted &inserted);
+    void nameParts();
     void exportAudioWithFilePath_(const QString &path);
     void showPreview();
 

@@ -252,6 +252,12 @@ void EditorPage::listen() {
         mPanel->ask(EditorPanel::Asks::Export);
     });
     connect(&mManager, &Manager::fileNameWanted, this, [this] { askForName(); });
+    connect(&mManager, &Manager::folderWanted, this, [this] {
+        chooseFolder(*this, Lang::toolsEditorExportAs(), AppSettings::getUserExportPath(),
+                     [this](const QString &folder) {
+                         mManager.savePanelShouldClose(folder + QLatin1Char('/') + mManager.proposedName());
+                     });
+    });
     connect(&mManager, &Manager::openTheCompletedAudios, this, [this](const QStringList &files) {
         const QString name = QFileInfo(files.constFirst()).fileName();
         const QString more = files.size() > 1 ? QStringLiteral(" + %1").arg(files.size() - 1) : QString();

@@ -3,6 +3,7 @@
 #include "editor/views/ZQAudioCutInfoView.h"
 #include "editor/views/ZQAudioTimeView.h"
 #include "platform/desktop/recorded/RecordedServices.h"
+#include "tags/AudioIdentify.h"
 #include "tests/support/Wave.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/WaveArea.h"
@@ -12,6 +13,7 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSlider>
@@ -403,6 +405,50 @@ TEST_F(EditorPage, AnExportAsksForTypeTagsAndNameAndJoinsTheLibrary) {
     EXPECT_TRUE(passUntil([&] { return list.itemWithFile(path("Mr. Smith-2.wav")) != nullptr; }));
     EXPECT_EQ(times().size(), 4u) << "the selections stay";
     photograph(window, "editor-exported");
+}
+
+TEST_F(EditorPage, PartsAreNamedAndTaggedInATableByTheKeyboard) {
+    open(sound("Song.wav", 20));
+    select(5, 6);
+    select(10, 12);
+    click("exportAudio");
+    auto *table = find<QTableView>("exportParts");
+    EXPECT_FALSE(table->isVisible()) << "they are joined";
+    auto *mode = find<QComboBox>("exportMode");
+    mode->setCurrentIndex(1);
+    Q_EMIT mode->activated(1);
+    QTest::keyClicks(find<QLineEdit>("exportArtist"), "Choir");
+    const auto cell = [&](int row, int column) { return table->model()->index(row, column).data().toString(); };
+    EXPECT_EQ(cell(0, 0) + ", " + cell(1, 0) + ", " + cell(1, 2), "Song, Song-2, Choir");
+    const auto type = [&](const QString &text, Qt::Key last) {
+        QTest::keyClicks(QApplication::focusWidget(), text.first(1)); // which opens the cell
+        QTest::keyClicks(QApplication::focusWidget(), text.mid(1));
+        QTest::keyClick(QApplication::focusWidget(), last);
+    };
+    table->setFocus();
+    type("Intro.mp3", Qt::Key_Tab);
+    type("First", Qt::Key_Return);
+    table->setCurrentIndex(table->model()->index(1, 0));
+    type("Intro", Qt::Key_Return);
+    press(Qt::Key_Return);
+    EXPECT_EQ(find<QLabel>("editTrouble")->text(), "\"Intro\" is no free name for a file here; choose another.");
+    type("a/b", Qt::Key_Return);
+    click("confirmEdit");
+    EXPECT_EQ(find<QLabel>("editTrouble")->text(), "\"a/b\" cannot be the name of a file; choose another name.");
+    photograph(window, "editor-parts");
+    type("Mr. End", Qt::Key_Return);
+    manager().AudioPlayControlDelegate_ResetPlayCurrentTime(8);
+    manager().addNewCutEntity();
+    EXPECT_EQ(cell(0, 0) + ", " + cell(1, 0) + ", " + cell(2, 0), "Intro, Song, Mr. End") << "with their selections";
+    manager().undo();
+    click("confirmEdit");
+    answerDialog(folder.path()); // No name is asked for.
+    ASSERT_TRUE(passUntil([&] { return manager().isReady() && !find<QLabel>("editorNews")->text().isEmpty(); }, 60000));
+    const auto first = AudioIdentify::getID3TagFromFile(path("Intro.mp3")),
+               second = AudioIdentify::getID3TagFromFile(path("Mr. End.mp3"));
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(first->id3Title + ", " + first->id3Artist, "First, Choir");
+    EXPECT_EQ(second->id3Title + ", " + second->id3Artist, ", Choir");
 }
 
 TEST_F(EditorPage, ADroppedFileIsOpenedAtOnceAndWhatHoldsNoSoundSaysSo) {

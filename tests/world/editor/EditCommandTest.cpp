@@ -149,6 +149,29 @@ TEST_F(EditCommandTest, PartsAreNumberedOnAndBeginAndEndToTheFrame) {
     EXPECT_EQ(probed(result("p-2.m4a"), "stream=duration_ts").toULongLong(), frame(1001) - frame(333));
 }
 
+TEST_F(EditCommandTest, PartsHaveTheNamesAndTitlesThatTheyAreGiven) {
+    const QString source = sound("s.mp3", 2, {"-metadata", "title=Old"});
+    test::store(result("Intro.mp3"), "somebody's");
+    const QStringList parts{source,        "--select", "0-0.5",       "--select",  "0.5-1",       "--select",
+                            "1-2",         "--parts",  "--output",    result("p"), "--part-name", "Intro",
+                            "--part-name", "",         "--part-name", "A.B"};
+    for (const auto &[format, outputs] : {std::pair("mp3", QStringList{"Intro-2.mp3", "p.mp3", "A.B.mp3"}),
+                                          {"aac", {"Intro.m4a", "p.m4a", "A.B.m4a"}}}) {
+        const Ran ran = edit(parts + QStringList{"--format", format, "--part-title", "", "--part-title", "New"});
+        ASSERT_EQ(ran.status, 0) << ran.lastLine;
+        QStringList names, titles;
+        for (const QString &path : ran.outputs) {
+            names << QFileInfo(path).fileName();
+            titles << probed(path, "format_tags=title").trimmed();
+        }
+        EXPECT_EQ(names, outputs);
+        EXPECT_EQ(titles, (QStringList{"Old", "New", "Old"})) << format;
+    }
+    for (const char *refused : {"Intro", "a/b", ".hidden", "Intro.mp3"})
+        EXPECT_EQ(edit(parts.chopped(1) + QStringList{refused}).status, 2) << refused;
+    EXPECT_EQ(edit(parts + QStringList{"--part-name", "fourth"}).status, 2);
+}
+
 TEST_F(EditCommandTest, OperationsAreDoneOneAfterTheOther) {
     const QString main = sound("main.wav", 3), other = sound("o@1.wav", 1.5, {}, 2);
     const Samples a = decoded(main), b = decoded(other);
