@@ -304,15 +304,16 @@ void EditorPage::play(std::function<void()> begin) {
 }
 
 void EditorPage::open() {
-    chooseFile(*this, Lang::toolsEditormenuLoadFile(), AppSettings::getUserImportPath(), [this](const QString &file) {
-        AppSettings::setUserImportPath(QFileInfo(file).path());
-        edit(file);
-        mWave->head().setFocus(Qt::OtherFocusReason);
-    });
+    chooseFile(*this, Lang::toolsEditormenuLoadFile(), AppSettings::getUserImportPath(), soundFiles(),
+               [this](const QString &file) {
+                   AppSettings::setUserImportPath(QFileInfo(file).path());
+                   edit(file);
+                   mWave->head().setFocus(Qt::OtherFocusReason);
+               });
 }
 
 void EditorPage::chooseInsert(InsertType type) {
-    chooseFile(*this, insertText(type), AppSettings::getUserImportPath(),
+    chooseFile(*this, insertText(type), AppSettings::getUserImportPath(), soundFiles(),
                [this, type](const QString &file) { mManager.insertFile(type, file); });
 }
 

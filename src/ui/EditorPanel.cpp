@@ -305,12 +305,11 @@ void EditorPanel::changeEvent(QEvent *event) {
 }
 
 void EditorPanel::chooseImage() {
-    chooseFiles(*this, Lang::toolsID3TagsArtwork(), [this](const QStringList &files) {
-        if (!mManager.exporting().addNewArtworkImage(files.constFirst())) {
-            mTrouble->setText(Lang::commFileIncorrect().replace(QLatin1String("[#FileName#]"), files.constFirst()));
-            inkTrouble();
-            mTrouble->show();
-        }
+    const QString name = Lang::toolsID3TagsArtwork();
+    const QStringList types{QStringLiteral("png"), QStringLiteral("jpg"), QStringLiteral("jpeg")};
+    chooseFile(*this, name, {}, {name, types}, [this](const QString &file) {
+        if (!mManager.exporting().addNewArtworkImage(file))
+            tell(Lang::commFileIncorrect().replace(QLatin1String("[#FileName#]"), file));
     });
 }
 
