@@ -24,6 +24,7 @@ constexpr foundation::SentenceKey kNoSoundFile("ConvertNoSound", "FileName");
 
 constexpr double kLead = 0.05; // of the view, in front of a head that it was turned to
 
+constexpr auto kBeforeKeeping = 500ms;
 constexpr auto kAfterReading = 500ms, kBeforeExport = 250ms, kAfterExport = 250ms, kPreviewInterval = 100ms;
 
 // Without the dots that the text may end with.
@@ -35,16 +36,24 @@ QString withDots(QString text) {
 
 } // namespace
 
-ZQAudioEditorManager::ZQAudioEditorManager(foundation::Clock &clock) : mClock(clock), mPlayer(clock) {
+ZQAudioEditorManager::ZQAudioEditorManager(foundation::Clock &clock, std::shared_ptr<KeptEdit> kept)
+    : mClock(clock), mPlayer(clock), mKept(std::move(kept)) {
     mWorker.setMaxThreadCount(1);
     mReader.readingDelegate = this;
     mPlayer.delegate = this;
     connect(&mPlayer, &ZQAudioPlayer::stateChanged, this, &ZQAudioEditorManager::stateChanged);
+    for (const auto changed :
+         {&ZQAudioEditorManager::stateChanged, &ZQAudioEditorManager::cutsChanged, &ZQAudioEditorManager::headMoved})
+        connect(this, changed, this, &ZQAudioEditorManager::keepSoon);
 }
 
 ZQAudioEditorManager::~ZQAudioEditorManager() {
     ++mGeneration;
     mWorker.waitForDone();
+    if (isUnsaved())
+        keep();
+    else if (mKept && mAsset)
+        mKept->forget();
 }
 
 void ZQAudioEditorManager::setState(State state) {
@@ -381,8 +390,48 @@ void ZQAudioEditorManager::dropFound() {
 
 // Undo.
 
-ZQAudioEditorManager::Step ZQAudioEditorManager::now() const {
-    return {mAsset, mSourceURL, mName, mCuts.ranges(), mPlayTime, mGeometry.viewStart(), mGeometry.zoom()};
+EditStep ZQAudioEditorManager::now() const {
+    return {mAsset,          mSourceURL,
+            mName,           mSearch ? mSearch->before : mCuts.ranges(),
+            mPlayTime,       mGeometry.viewStart(),
+            mGeometry.zoom()};
+}
+
+// Not at each point of a movement, and not while it plays.
+void ZQAudioEditorManager::keepSoon() {
+    if (mKept && isReady() && !mPlayer.isPlaying() && !mKeeping)
+        mKeeping = mClock.after(kBeforeKeeping, [this] {
+            mKeeping.reset();
+            if (isReady())
+                keep();
+        });
+}
+
+void ZQAudioEditorManager::keep() { mKept->keep(now()); }
+
+// Something is lost if it is not kept: there are selections, or something was inserted, and both were not exported.
+bool ZQAudioEditorManager::isUnsaved() const {
+    if (!mKept || !mAsset || (mCuts.isEmpty() && !mAsset->url().isEmpty()))
+        return false;
+    return !mExported || mExported->asset != mAsset || mExported->cuts != now().cuts;
+}
+
+void ZQAudioEditorManager::continueLeft() {
+    if (!mKept || mState == State::Exporting)
+        return;
+    mWorker.start([this, left = mKept->left(), generation = mGeneration] {
+        auto step = KeptEdit::opened(left);
+        QMetaObject::invokeMethod(this, [this, generation, step = std::move(step)] {
+            if (generation != mGeneration)
+                return;
+            if (!step) {
+                Q_EMIT told(step.failure().sentence);
+                return;
+            }
+            mKept->didContinue();
+            go(step.value());
+        });
+    });
 }
 
 // what: several changes of it are one step.
@@ -411,15 +460,15 @@ void ZQAudioEditorManager::redo() {
     go(mRedo, mUndo);
 }
 
-void ZQAudioEditorManager::go(std::vector<Step> &from, std::vector<Step> &to) {
-    const Step step = std::move(from.back());
+void ZQAudioEditorManager::go(std::vector<EditStep> &from, std::vector<EditStep> &to) {
+    const EditStep step = std::move(from.back());
     from.pop_back();
     to.push_back(now());
     mLastChange = nullptr;
     go(step);
 }
 
-void ZQAudioEditorManager::go(const Step &step) {
+void ZQAudioEditorManager::go(const EditStep &step) {
     if (isReady() && step.asset == mAsset)
         return showRanges(step.cuts);
     mWanted = step;
@@ -572,7 +621,7 @@ void ZQAudioEditorManager::insertFile(InsertType type, const QString &path) {
 
 void ZQAudioEditorManager::insert(const ZQAudioInsertController::Inserted &inserted) {
     remember();
-    mWanted = Step{{}, {}, {}, {}, inserted.start, mGeometry.viewStart(), mGeometry.zoom()};
+    mWanted = EditStep{{}, {}, {}, {}, inserted.start, mGeometry.viewStart(), mGeometry.zoom()};
     editaudioWithCompositionAsset(inserted.composition, inserted.name);
 }
 
@@ -637,8 +686,10 @@ void ZQAudioEditorManager::AudioExportDelegate_ShouldEndExportWithResult(bool, c
     QStringList there;
     std::copy_if(outputPaths.begin(), outputPaths.end(), std::back_inserter(there),
                  [](const QString &path) { return QFileInfo::exists(path); });
-    if (trouble.isEmpty())
+    if (trouble.isEmpty()) {
+        mExported = now();
         setState(State::Completed);
+    }
     after(kAfterExport, [this, there, trouble] {
         setState(State::Ready);
         if (!trouble.isEmpty())

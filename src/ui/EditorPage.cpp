@@ -51,9 +51,9 @@ protected:
 
 } // namespace
 
-EditorPage::EditorPage(foundation::Clock &clock, QWidget *parent)
+EditorPage::EditorPage(foundation::Clock &clock, std::shared_ptr<KeptEdit> kept, QWidget *parent)
     : Page(parent),
-      mManager(clock),
+      mManager(clock, std::move(kept)),
       mOpen(&addAction(QStringLiteral("openAudio"))),
       mInsert(&addAction(QStringLiteral("insertAudio"))),
       mExport(&addAction(QStringLiteral("exportAudio"))),

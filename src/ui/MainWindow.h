@@ -8,11 +8,14 @@
 
 #include <QMainWindow>
 
+#include <memory>
+
 class QMenu;
 class QTabWidget;
 class QToolButton;
 
 namespace cantorel {
+class KeptEdit;
 class RecordingSession;
 class ScheduledSession;
 class OwnSongs;
@@ -64,6 +67,8 @@ public:
     void tellNoUpdate(bool isLatest);
     // Asks the person what to do with recordings that a crash left unfinished, if there are any.
     void offerLeftovers();
+    // Offers to go on with what was open in the editor of an earlier program, if there is any.
+    void offerEdit();
     void bringToFront();
     // The same when the program is started a second time; also cancels an end that waits for conversions.
     void showAgain();
@@ -124,6 +129,7 @@ private:
     void showShutdown(int seconds);
     void showAbout();
     void recoverLeftovers();
+    const std::shared_ptr<KeptEdit> &keptEdit(); // made when first needed
     void askBeforeDiscarding(const QString &named);
     void showIcons();
     void showTexts();
@@ -162,6 +168,7 @@ private:
     TasksPage *mTasks = nullptr;
     ZQAudioConvertController *mConvert = nullptr;
     ConvertStrip *mConvertStrip = nullptr;
+    std::shared_ptr<KeptEdit> mKeptEdit;
     EditorPage *mEditor = nullptr;
     std::array<QString, 3> mTriggers;
     foundation::Sentence mHotkeyTrouble;

@@ -1,5 +1,6 @@
 #include "ui/EditorPage.h"
 
+#include "editor/KeptEdit.h"
 #include "editor/views/ZQAudioCutInfoView.h"
 #include "editor/views/ZQAudioTimeView.h"
 #include "platform/desktop/recorded/RecordedServices.h"
@@ -449,6 +450,26 @@ TEST_F(EditorPage, PartsAreNamedAndTaggedInATableByTheKeyboard) {
     ASSERT_TRUE(first && second);
     EXPECT_EQ(first->id3Title + ", " + first->id3Artist, "First, Choir");
     EXPECT_EQ(second->id3Title + ", " + second->id3Artist, ", Choir");
+}
+
+TEST_F(EditorPage, WhatWasOpenIsOfferedAgainOrDiscarded) {
+    const QString file = sound("Song.wav", 20);
+    const auto work = [&] {
+        ZQAudioEditorManager earlier(*world.clock, std::make_shared<KeptEdit>());
+        earlier.waveSizeDidChange({500, 100});
+        earlier.editAudioWithURL(QUrl::fromLocalFile(file));
+        ASSERT_TRUE(passUntil([&] { return earlier.isReady(); }));
+        earlier.AudioCutInfoDelegate_UpdateSelectedCutEntityStartTime(7, 7, kStartTimeControl);
+    };
+    work();
+    window.offerEdit();
+    pass(50);
+    EXPECT_TRUE(find<QWidget>("edit1")->isVisible());
+    photograph(window, "editor-offered");
+    click("edit0");
+    ASSERT_TRUE(isReady());
+    EXPECT_TRUE(window.editorPage().isVisible());
+    EXPECT_EQ(times().at(0), 7);
 }
 
 TEST_F(EditorPage, ADroppedFileIsOpenedAtOnceAndWhatHoldsNoSoundSaysSo) {
