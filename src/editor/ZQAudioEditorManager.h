@@ -169,6 +169,7 @@ private:
     bool isUnsaved() const;
 
     void open(const QUrl &url);
+    void refuse(const QUrl &url); // which holds no sound
     void initStartEditSettings_();
     void initSettings();
     void startAudioReading();
