@@ -168,7 +168,7 @@ TEST_F(EditCommandTest, PartsHaveTheNamesAndTitlesThatTheyAreGiven) {
         EXPECT_EQ(titles, (QStringList{"Old", "New", "Old"})) << format;
     }
     for (const char *refused : {"Intro", "a/b", ".hidden", "Intro.mp3"})
-        EXPECT_EQ(edit(parts.chopped(1) + QStringList{refused}).status, 2) << refused;
+        EXPECT_EQ(edit(parts.first(parts.size() - 1) + QStringList{refused}).status, 2) << refused;
     EXPECT_EQ(edit(parts + QStringList{"--part-name", "fourth"}).status, 2);
 }
 
@@ -296,6 +296,45 @@ TEST_F(EditCommandTest, ASignalLeavesNothingBehind) {
     ASSERT_TRUE(process.waitForFinished(60000));
     EXPECT_EQ(ran(process).status, 130);
     EXPECT_EQ(results(), QStringList());
+}
+
+TEST_F(EditCommandTest, AKillLeavesNoHalfFileUnderAName) {
+    const QString source = sound("s.wav", 30), other = sound("o.wav", 30, {}, 2);
+    const QByteArray before = contents(source);
+    const struct {
+        QStringList arguments;
+        int seconds; // of each file
+    } cases[] = {{{"--select", "0-15", "--select", "15-30", "--parts", "--format", "aac"}, 15},
+                 {{"--op", "mix=" + other + "@0", "--format", "flac"}, 30}};
+    int killed = 0;
+    for (const auto &[arguments, seconds] : cases) {
+        const QStringList all = QStringList{"--json", "edit", source, "--output", result("a")} + arguments;
+        for (const qint64 bytes : {0, 100'000, 2'000'000, 7'000'000}) { // that are written by then
+            QProcess process;
+            process.start(CANTOREL_CLI, all);
+            const auto written = [this] {
+                qint64 sum = 0;
+                for (const QFileInfo &file : QDir(mResults.path()).entryInfoList(QDir::Files | QDir::Hidden))
+                    sum += file.size();
+                return sum;
+            };
+            ASSERT_TRUE(process.waitForStarted());
+            while (written() <= bytes && !process.waitForFinished(1))
+                ;
+            process.kill();
+            process.waitForFinished();
+            killed += process.exitStatus() == QProcess::CrashExit;
+            for (const QString &name : QDir(mResults.path()).entryList(QDir::Files))
+                EXPECT_NEAR(static_cast<double>(decoded(result(name)).size()) / 2, seconds * kRate, 4096)
+                    << name.toStdString() << " at " << bytes;
+            EXPECT_EQ(contents(source), before);
+            QFile::remove(result("a.m4a"));
+        }
+        EXPECT_EQ(edit(all.mid(2)).status, 0);
+        EXPECT_EQ(QDir(mResults.path()).entryList({".*"}, QDir::Files | QDir::Hidden), QStringList()) << "swept";
+        clear();
+    }
+    EXPECT_GE(killed, 4);
 }
 
 // A small disk of the test's own, which is full at any stage.
