@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/EditStep.h"
+#include "editor/EditHistory.h"
 #include "editor/KeptEdit.h"
 #include "editor/ZQAudioEditExportController.h"
 #include "editor/ZQAudioInsertController.h"
@@ -95,8 +95,8 @@ public:
     const SilenceFinder::Found *found() const { return mSearch ? &mSearch->found : nullptr; }
 
     // What a person did to the sound and the selections, step by step.
-    bool canUndo() const { return isReady() && (mSearch || !mUndo.empty()); }
-    bool canRedo() const { return isReady() && !mRedo.empty(); }
+    bool canUndo() const { return isReady() && (mSearch || mHistory.canUndo()); }
+    bool canRedo() const { return isReady() && mHistory.canRedo(); }
     void undo();
     void redo();
 
@@ -163,7 +163,6 @@ private:
     void remember(const void *what = nullptr);
     void go(const EditStep &step);
     void showRanges(const QList<CutList::Range> &ranges);
-    void go(std::vector<EditStep> &from, std::vector<EditStep> &to);
     void keepSoon();
     void keep();
     bool isUnsaved() const;
@@ -210,11 +209,10 @@ private:
     double mPlayTime = 0;
     std::optional<double> mPlayUntil; // the end of the one selection that is played
     std::optional<EditStep> mWanted;  // what to show once it is read
-    std::vector<EditStep> mUndo, mRedo;
+    EditHistory mHistory;
     const std::shared_ptr<KeptEdit> mKept;
     std::optional<EditStep> mExported; // what was, the last time
     std::optional<Search> mSearch;     // of silences; what it has found is shown
-    const void *mLastChange = nullptr; // what one step of undo takes together
     // What is exported once its place is known.
     ZQAudioExportFormat mExportFormat;
     std::vector<CutRange> mExportRanges;

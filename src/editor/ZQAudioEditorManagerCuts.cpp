@@ -98,7 +98,7 @@ CutHit ZQAudioEditorManager::AudioCutRequestDelegate_MouseDown(QPointF point, ZQ
         return CutHit::None;
     const CutHit hit = mCuts.hit(point, selectedCutEntity);
     mCuts.focus(selectedCutEntity);
-    mLastChange = nullptr;
+    mHistory.endChange();
     cutsDidChange();
     return hit;
 }
@@ -115,7 +115,7 @@ void ZQAudioEditorManager::dragEdge(ZQAudioCutEntity &entity, CutHit edge, doubl
 }
 
 void ZQAudioEditorManager::dragDidEnd() {
-    mLastChange = nullptr;
+    mHistory.endChange();
     cutsDidChange();
 }
 
@@ -170,12 +170,12 @@ void ZQAudioEditorManager::showBetweenSilences(double decibels, double leastSeco
 }
 
 void ZQAudioEditorManager::acceptFound() {
-    const auto search = std::exchange(mSearch, {});
-    if (!search || search->found.sound.isEmpty())
-        return;
-    remember();
-    mUndo.back().cuts = search->before;
-    Q_EMIT stateChanged();
+    const bool isFound = mSearch && !mSearch->found.sound.isEmpty();
+    if (isFound)
+        mHistory.remember(now(), nullptr);
+    mSearch.reset();
+    if (isFound)
+        Q_EMIT stateChanged();
 }
 
 void ZQAudioEditorManager::dropFound() {
@@ -192,14 +192,9 @@ EditStep ZQAudioEditorManager::now() const {
             mGeometry.zoom()};
 }
 
-// what: several changes of it are one step.
 void ZQAudioEditorManager::remember(const void *what) {
     acceptFound();
-    if (!what || what != mLastChange) {
-        mUndo.push_back(now());
-        mRedo.clear();
-    }
-    mLastChange = what;
+    mHistory.remember(now(), what);
 }
 
 void ZQAudioEditorManager::undo() {
@@ -208,22 +203,14 @@ void ZQAudioEditorManager::undo() {
     if (mSearch)
         dropFound();
     else
-        go(mUndo, mRedo);
+        go(mHistory.undo(now()));
 }
 
 void ZQAudioEditorManager::redo() {
     if (!canRedo())
         return;
     dropFound();
-    go(mRedo, mUndo);
-}
-
-void ZQAudioEditorManager::go(std::vector<EditStep> &from, std::vector<EditStep> &to) {
-    const EditStep step = std::move(from.back());
-    from.pop_back();
-    to.push_back(now());
-    mLastChange = nullptr;
-    go(step);
+    go(mHistory.redo(now()));
 }
 
 void ZQAudioEditorManager::go(const EditStep &step) {

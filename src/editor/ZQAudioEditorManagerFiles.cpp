@@ -1,5 +1,4 @@
 #include "editor/ZQAudioEditorManager.h"
-
 #include "platform/media/asset/OpenAsset.h"
 #include "settings/AppSettings.h"
 
