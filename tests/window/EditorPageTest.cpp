@@ -425,6 +425,7 @@ TEST_F(EditorPage, PartsAreNamedAndTaggedInATableByTheKeyboard) {
         QTest::keyClicks(QApplication::focusWidget(), text.first(1)); // which opens the cell
         QTest::keyClicks(QApplication::focusWidget(), text.mid(1));
         QTest::keyClick(QApplication::focusWidget(), last);
+        QTest::qWait(1); // The cell closes from the event loop.
     };
     table->setFocus();
     type("Intro.mp3", Qt::Key_Tab);
@@ -437,6 +438,7 @@ TEST_F(EditorPage, PartsAreNamedAndTaggedInATableByTheKeyboard) {
     click("confirmEdit");
     EXPECT_EQ(find<QLabel>("editTrouble")->text(), "\"a/b\" cannot be the name of a file; choose another name.");
     photograph(window, "editor-parts");
+    table->setFocus();
     type("Mr. End", Qt::Key_Return);
     manager().AudioPlayControlDelegate_ResetPlayCurrentTime(8);
     manager().addNewCutEntity();

@@ -1,16 +1,13 @@
 #include "app/start/Hardware.h"
-#include "editor/KeptEdit.h"
 #include "log/Log.h"
 #include "platform/desktop/dbus/DBusRemoteControl.h"
 #include "recording/control/RecordingControl.h"
-#include "recording/library/RecordedList.h"
 #include "recording/session/RecordingJournal.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaultFunctions.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateWorld.h"
-#include "tests/support/Wave.h"
 #include "tests/window/Screen.h"
 
 #include <QDataStream>
@@ -97,41 +94,6 @@ TEST_F(ProgramTest, TheWindowOpensWithinASmallLaptopsScreenHoweverLargeItsPixels
             << place.width() << "x" << place.height() << " at " << scale;
         EXPECT_TRUE(ZQUserDefaultSetValue_Object(QByteArray(), "mainWindowGeometry"));
     }
-}
-
-TEST_F(ProgramTest, WhatIsOpenInTheEditorOutlivesAKill) {
-    constexpr xcb_keysym_t kControl = 0xffe3, kDown = 0xff54, kInsert = 0xff63;
-    const QString song = QDir::homePath() + "/Song.wav";
-    ASSERT_TRUE(writeWav(song, std::vector<float>(10 * 96'000, 0.25F)));
-    {
-        foundation::WallClock clock;
-        RecordedList list(Hardware::stateFolder(), clock);
-        list.initRecordedList();
-        list.addRecordedFile(song, "00:00:10", "1.00 MB");
-    }
-    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    program.start(QStringLiteral(CANTOREL_PROGRAM), {"--backend=embedded"});
-    ASSERT_TRUE(eventually([&] { return logOf().contains("RegisterHotkey -> "); }, 30'000));
-    const QString kept = Hardware::stateFolder() + "/editor.json";
-    const auto strikeUntil = [&](std::initializer_list<std::initializer_list<xcb_keysym_t>> keys, const char *text) {
-        return eventually(
-            [&] {
-                for (const auto &chord : keys)
-                    screenOfThisProcess->strike(chord);
-                QTest::qWait(300);
-                return contents(kept).contains(text);
-            },
-            30'000);
-    };
-    ASSERT_TRUE(strikeUntil({{kControl, '2'}, {kDown}, {kControl, 'e'}}, "Song.wav"));
-    ASSERT_TRUE(strikeUntil({{kInsert}}, "\"cuts\":[[")) << contents(kept).toStdString();
-    program.kill();
-    ASSERT_TRUE(program.waitForFinished());
-    const KeptEdit left;
-    EXPECT_EQ(left.leftName(), "Song.wav");
-    const auto step = KeptEdit::opened(left.left());
-    ASSERT_TRUE(step);
-    EXPECT_FALSE(step.value().cuts.isEmpty());
 }
 
 // Programs of one session, which find each other.

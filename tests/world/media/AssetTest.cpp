@@ -181,6 +181,23 @@ TEST(Asset, NoiseOfACoderIsTheSameWhereverReadingBegins) {
     }
 }
 
+TEST(Asset, TheFirstTrackOfSoundIsTakenWhateverStandsBeforeIt) {
+    const QTemporaryDir folder;
+    for (const char *name : {"film.mp4", "film.mkv", "film.m4a"}) {
+        const QString path = folder.filePath(name);
+        ASSERT_TRUE(ffmpeg({"-f",   "lavfi", "-i",   "testsrc=d=1:s=64x64",
+                            "-f",   "lavfi", "-i",   "sine=440:r=44100:d=1",
+                            "-f",   "lavfi", "-i",   "sine=880:r=48000:d=2",
+                            "-map", "0",     "-map", "1",
+                            "-map", "2",     "-f",   QString(name).endsWith("mkv") ? "matroska" : "mp4",
+                            path}));
+        const auto asset = openAsset(QUrl::fromLocalFile(path));
+        ASSERT_TRUE(asset) << name;
+        EXPECT_EQ(asset.value()->format().rate, 44100) << name;
+        EXPECT_NEAR(asset.value()->duration().seconds(), 1, 0.1) << name;
+    }
+}
+
 TEST(Asset, ADamagedFlacKeepsWhatLiesBehindTheDamage) {
     const QTemporaryDir folder;
     const QString path = folder.filePath("whole.flac"), damaged = folder.filePath("damaged.flac");

@@ -8,7 +8,10 @@
 #include "tests/support/PrivateWorld.h"
 #include "tests/support/Wave.h"
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -96,6 +99,37 @@ TEST_F(KeptEditTest, WhatWasOpenInAKilledProgramIsContinuedWithAllThatWasInserte
     keptOnceItHolds("\"cuts\":[],");
     qInstallMessageHandler(before);
     EXPECT_EQ(printed, QStringList());
+}
+
+// Another process does this until it is killed.
+TEST_F(KeptEditTest, DISABLED_EditsForEver) {
+    restart({});
+    edit();
+    (void)until([] { return false; });
+}
+
+TEST_F(KeptEditTest, AKillAtAnyMomentLeavesAWholeState) {
+    for (const char *text : {"Main.wav", "Other.wav", "\"cuts\":[["}) {
+        const QTemporaryDir folder; // in which that process has its home
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("TMPDIR", folder.path());
+        process.setProcessEnvironment(environment);
+        process.start(QCoreApplication::applicationFilePath(),
+                      {"--gtest_filter=*DISABLED_EditsForEver", "--gtest_also_run_disabled_tests"});
+        ASSERT_TRUE(process.waitForStarted());
+        const auto state = [&folder] {
+            const QString home = QDir(folder.path()).entryList({"cantorel-test-*"}).value(0);
+            return test::contents(folder.filePath(home + "/home/state/edit"));
+        };
+        ASSERT_TRUE(test::eventually([&] { return state().contains(text); })) << text;
+        process.kill();
+        ASSERT_TRUE(process.waitForFinished());
+        restart(state());
+        manager->continueLeft();
+        ASSERT_TRUE(until([&] { return manager->isReady(); })) << text;
+        EXPECT_TRUE(manager->audioFileName().startsWith("Main"));
+    }
 }
 
 TEST_F(KeptEditTest, WhatCannotBeContinuedSaysWhyAndStays) {
