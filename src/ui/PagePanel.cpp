@@ -69,6 +69,8 @@ void PagePanel::setWide(bool isWide) {
 void PagePanel::setCovering(bool isCovering) {
     mIsCovering = isCovering;
     mTitle->setHidden(isCovering);
+    const int line = isCovering ? 0 : 1; // beside what lies in it
+    layout()->setContentsMargins(isLeftToRight() ? line : 0, 0, isLeftToRight() ? 0 : line, 0);
     const int width = qMax(Look::scaled(*this, mIsWide ? kWideWidth : kWidth),
                            qMax(mForm->minimumSizeHint().width(), mButtons->minimumSize().width()));
     setMinimumWidth(isCovering ? 0 : width);
