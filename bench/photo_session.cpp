@@ -40,6 +40,24 @@ public:
         session.stopRecording();
         ASSERT_TRUE(passUntil([&] { return session.isSettled(); }));
     }
+    // A minute and a half in the editor, with three selections of which the second is chosen.
+    void edit() {
+        std::vector<float> samples(std::size_t{90} * 96'000);
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            samples[i] = music(static_cast<std::int64_t>(i / 2), static_cast<int>(i % 2));
+        const QString file = folder.filePath("Morning concert.wav");
+        ASSERT_TRUE(test::writeWav(file, samples));
+        window.beginAudioEditWithURL(QUrl::fromLocalFile(file));
+        ZQAudioEditorManager &editor = window.editorPage().manager();
+        ASSERT_TRUE(passUntil([&] { return editor.player().isPlayButtonEnabled(); }));
+        for (const auto &[start, end] : {std::pair(6.0, 21.5), {52.0, 70.25}, {28.0, 44.75}}) {
+            editor.AudioPlayControlDelegate_ResetPlayCurrentTime(start);
+            editor.addNewCutEntity();
+            editor.AudioPlayControlDelegate_ResetPlayCurrentTime(end);
+            editor.moveEdgeToHead(CutList::Edge::End);
+        }
+        editor.AudioPlayControlDelegate_ResetPlayCurrentTime(36);
+    }
     void show(QSize size) {
         window.resize(size);
         window.show();
@@ -77,6 +95,8 @@ TEST_F(PhotoSession, InLightAndDarkRecordingAndInTheLibrary) {
         pass(1000);
         QTest::qWait(50);
     }
+    edit();
+    window.editorPage().goBack();
     ui::Look look(nullptr);
     using Scheme = desktop::AppearanceState::Scheme;
     for (const auto &[name, scheme] : {std::pair("light", Scheme::Light), {"dark", Scheme::Dark}}) {
@@ -92,6 +112,9 @@ TEST_F(PhotoSession, InLightAndDarkRecordingAndInTheLibrary) {
         openTasks();
         photograph(window, QStringLiteral("tasks-%1").arg(name));
         window.tasks().goBack();
+        window.showEditor();
+        photograph(window, QStringLiteral("editor-%1").arg(name));
+        window.editorPage().goBack();
     }
     stop();
 }

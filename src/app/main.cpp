@@ -120,6 +120,7 @@ private:
 
     void takeUpControl() {
         mWindow->offerLeftovers();
+        mWindow->offerEdit();
         mSongs.update();
         mRecorder.schedule().initScheduleTaskList();
         mControl.emplace(mSession, mList, mTasks, RecordingControl::Begins::Any,

@@ -3,6 +3,7 @@
 #include "cli/TagOptions.h"
 #include "editor/operations/ZQAudioEditor.h"
 #include "editor/operations/ZQAudioInserter.h"
+#include "lang/Lang.h"
 #include "platform/media/asset/AssetFailures.h"
 #include "platform/media/asset/OpenAsset.h"
 #include "platform/media/export/ExportSession.h"
@@ -20,11 +21,13 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <limits>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -40,7 +43,7 @@ constexpr int kProgressMilliseconds = 200;
 
 struct Arguments {
     std::string file, format = "mp3", output;
-    std::vector<std::string> operations, selections;
+    std::vector<std::string> operations, selections, names, titles; // the last two of the parts
     bool joins = false, parts = false;
     TagOptions tags;
 };
@@ -119,6 +122,26 @@ QString exportPath(const std::string &output) {
     const QString path = QFileInfo(QString::fromStdString(output)).absoluteFilePath();
     const bool hasType = types.contains(QFileInfo(path).suffix().toLower());
     return (hasType ? ToolFile::pathWithExtension(path, {}) : path) + QStringLiteral(".m4a");
+}
+
+// Gives each part the name and the title that it is told; answers why it can't have them. An empty text, or none,
+// leaves what all parts have.
+QString tellParts(ZQAudioExportFormat &format, const Arguments &arguments) {
+    const std::size_t count = std::max(arguments.names.size(), arguments.titles.size());
+    if (count > arguments.selections.size())
+        return QStringLiteral("There are more --part-name or --part-title than --select; give each selection at most "
+                              "one of each.");
+    const ZQAudioExportFormat common = format;
+    for (std::size_t part = 0; part < count; ++part) {
+        ZQAudioExportFormat own = common;
+        if (part < arguments.names.size())
+            own.fileName = own.withoutExtension(QString::fromStdString(arguments.names[part]));
+        if (part < arguments.titles.size() && !arguments.titles[part].empty())
+            own.ID3Title = QString::fromStdString(arguments.titles[part]);
+        format.parts.push_back(own);
+    }
+    const foundation::Sentence trouble = format.namesTrouble();
+    return trouble.isEmpty() ? QString() : Lang::english(trouble);
 }
 
 // One run of "edit" from the export on. Main thread.
@@ -213,6 +236,8 @@ Outcome edit(const CommandSession &session, const Arguments &arguments) {
     format.ID3Year = tag.id3Year;
     format.ID3Genre = tag.id3Genre;
     format.ID3ArtworkData = tag.id3Image;
+    if (const QString refused = tellParts(format, arguments); !refused.isEmpty())
+        return Outcome::wrongUsage(refused);
     standardUserDefaults().setArgument(QString::fromLatin1(setting::kAudioExportMergerEnable.key), format.isMerger);
     return EditRun(session, asset.value()).run(std::move(ranges), format, path);
 }
@@ -238,7 +263,17 @@ void addEditCommand(CLI::App &root, CommandSession &session) {
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     CLI::Option *join = command.add_flag("--join", arguments->joins, "All selections in one file; so without either");
-    command.add_flag("--parts", arguments->parts, "A file for each selection")->excludes(join);
+    CLI::Option *parts = command.add_flag("--parts", arguments->parts, "A file for each selection")->excludes(join);
+    for (const auto &[name, values, what] :
+         {std::tuple(
+              "--part-name", &arguments->names,
+              "What the file of each selection is called, in their order; an empty text leaves the next free name"),
+          std::tuple("--part-title", &arguments->titles, "The title of each; an empty text leaves that of all")})
+        command.add_option(name, *values, what)
+            ->type_name("TEXT")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->needs(parts);
     command.add_option("--format", arguments->format, "What to write; mp3 without it")
         ->check(CLI::IsMember({"mp3", "aac", "wav", "flac", "wma"}));
     command.add_option("--output", arguments->output, "Path of the file to be written; the format gives its extension")

@@ -10,9 +10,16 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <algorithm>
+#include <utility>
+
 namespace cantorel {
 
 namespace {
+
+constexpr QString ZQAudioExportFormat::*kTexts[] = {&ZQAudioExportFormat::ID3Title, &ZQAudioExportFormat::ID3Artist,
+                                                    &ZQAudioExportFormat::ID3Album, &ZQAudioExportFormat::ID3Year,
+                                                    &ZQAudioExportFormat::ID3Genre, &ZQAudioExportFormat::fileName};
 
 // A picture of any kind as PNG; empty for none.
 QByteArray getArtworkDataFrom(const QByteArray &picture) {
@@ -88,22 +95,66 @@ void ZQAudioEditExportController::displayID3Info() {
     Q_EMIT changed();
 }
 
-QString &ZQAudioEditExportController::textOf(Field field) {
-    QString *const texts[] = {&mFormat.ID3Title, &mFormat.ID3Artist, &mFormat.ID3Album, &mFormat.ID3Year,
-                              &mFormat.ID3Genre};
-    return *texts[field];
-}
+QString ZQAudioEditExportController::text(Field field) const { return mFormat.*kTexts[field]; }
 
-QString ZQAudioEditExportController::text(Field field) const {
-    return const_cast<ZQAudioEditExportController *>(this)->textOf(field);
+void ZQAudioEditExportController::setText(Field field, const QString &text) {
+    mFormat.*kTexts[field] = text;
+    Q_EMIT partsChanged();
 }
-
-void ZQAudioEditExportController::setText(Field field, const QString &text) { textOf(field) = text; }
 
 void ZQAudioEditExportController::clearID3Info() {
-    for (int field = 0; field < FieldCount; ++field)
-        textOf(static_cast<Field>(field)).clear();
+    for (int field = 0; field < TagCount; ++field)
+        (mFormat.*kTexts[field]).clear();
     Q_EMIT changed();
+}
+
+void ZQAudioEditExportController::setParts(const QList<double> &starts, const QString &name) {
+    const std::vector<Part> before = std::exchange(mParts, {});
+    mPartName = name;
+    const bool isMoved = before.size() == static_cast<std::size_t>(starts.size()); // none has come or gone
+    for (const double start : starts) {
+        const auto same = isMoved ? before.begin() + static_cast<std::ptrdiff_t>(mParts.size())
+                                  : std::find_if(before.begin(), before.end(),
+                                                 [start](const Part &part) { return part.start == start; });
+        mParts.push_back(same == before.end() ? Part{} : *same);
+        mParts.back().start = start;
+    }
+    if (!isMoved)
+        Q_EMIT partsChanged();
+}
+
+QString ZQAudioEditExportController::unnamed(int part) const {
+    QString name = mPartName;
+    for (int before = 0; before < part; ++before)
+        if (!isPartTyped(before, Name))
+            name = AppSettings::followingStem(name);
+    return name;
+}
+
+QString ZQAudioEditExportController::partText(int part, Field field) const {
+    const auto &typed = mParts[static_cast<std::size_t>(part)].typed[field];
+    return typed ? *typed : field == Name ? unnamed(part) : text(field);
+}
+
+void ZQAudioEditExportController::setPartText(int part, Field field, const QString &text) {
+    auto &typed = mParts[static_cast<std::size_t>(part)].typed[field];
+    const QString wanted = field == Name ? mFormat.withoutExtension(text.trimmed()) : text;
+    typed.reset();
+    if (wanted != partText(part, field) && !(field == Name && wanted.isEmpty()))
+        typed = wanted;
+    Q_EMIT partsChanged();
+}
+
+ZQAudioExportFormat ZQAudioEditExportController::exportFormat() const {
+    ZQAudioExportFormat format = mFormat;
+    if (arePartsAsked())
+        for (const Part &part : mParts) {
+            format.parts.push_back(mFormat);
+            for (int field = 0; field < FieldCount; ++field)
+                if (const auto &typed = part.typed[static_cast<std::size_t>(field)])
+                    format.parts.back().*kTexts[field] = *typed;
+        }
+    return format;
 }
 
 bool ZQAudioEditExportController::addNewArtworkImage(const QString &path) {

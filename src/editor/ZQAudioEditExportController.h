@@ -3,10 +3,15 @@
 #include "editor/operations/ZQAudioExportFormat.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
+
+#include <array>
+#include <optional>
+#include <vector>
 
 namespace cantorel {
 
@@ -35,7 +40,7 @@ public:
     // The source: its tags and its cover are what is proposed.
     void parseAudioInfo(const QUrl &source);
     // In their order: title, artist, album, year, genre.
-    enum Field { Title, Artist, Album, Year, Genre, FieldCount };
+    enum Field { Title, Artist, Album, Year, Genre, TagCount, Name = TagCount, FieldCount };
     QString text(Field field) const;
     void setText(Field field, const QString &text);
     void clearID3Info();
@@ -44,21 +49,42 @@ public:
     void deleteTheArtwotkImage(); // spelling is fixed
     const QByteArray &artwork() const { return mFormat.ID3ArtworkData; }
 
-    ZQAudioExportFormat exportFormat() const { return mFormat; }
+    // One file for each selection: what each says of its own is asked for. What nobody typed for a part is what is said
+    // of all, and its name the next one behind that of the part before.
+    bool arePartsAsked() const { return mIsPartEnabled && !mFormat.isMerger && mParts.size() >= 2; }
+    // The selections by their starts, and what the first file is called that nobody names. What was typed goes with its
+    // selection.
+    void setParts(const QList<double> &starts, const QString &name);
+    void forgetParts() { mParts.clear(); }
+    int partCount() const { return static_cast<int>(mParts.size()); }
+    QString partText(int part, Field field) const;
+    bool isPartTyped(int part, Field field) const {
+        return mParts[static_cast<std::size_t>(part)].typed[field].has_value();
+    }
+    void setPartText(int part, Field field, const QString &text);
+
+    ZQAudioExportFormat exportFormat() const;
 
 Q_SIGNALS:
     void changed();
+    void partsChanged(); // what the parts say, or how many there are
 
 private:
     void chooseMode(bool isMerger);
     void displayID3Info();
     void saveArtwotkImageFromAudioFileToCache();
     void removeCache();
-    QString &textOf(Field field);
+    struct Part {
+        double start = 0;
+        std::array<std::optional<QString>, FieldCount> typed;
+    };
+    QString unnamed(int part) const;
 
     QUrl mAudioURL;
     ZQAudioExportFormat mFormat;
     bool mIsPartEnabled = true;
+    std::vector<Part> mParts;
+    QString mPartName;
     QString mCache; // the file with the source's cover; empty for none
 };
 

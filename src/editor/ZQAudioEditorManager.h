@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editor/EditHistory.h"
+#include "editor/KeptEdit.h"
 #include "editor/ZQAudioEditExportController.h"
 #include "editor/ZQAudioInsertController.h"
 #include "editor/ZQAudioReader.h"
@@ -34,7 +36,8 @@ class ZQAudioEditorManager : public QObject,
     Q_OBJECT
 
 public:
-    explicit ZQAudioEditorManager(foundation::Clock &clock);
+    // kept: where what is open is kept; null: nowhere.
+    explicit ZQAudioEditorManager(foundation::Clock &clock, std::shared_ptr<KeptEdit> kept = {});
     ~ZQAudioEditorManager() override;
 
     // Empty: nothing was opened. Completed: what was read or exported is told for a moment.
@@ -49,6 +52,8 @@ public:
     void editAudioWithURL(const QUrl &url);
     void editaudioWithCompositionAsset(media::AssetPointer asset, const QString &assetName);
     void DrageDelegate_SendTheDrageFileList(const QStringList &paths); // spelling is fixed
+    // What an earlier program has left is opened as it was; told() says why it cannot be.
+    void continueLeft();
     const QString &audioFileName() const { return mName; }
     QString audioFileDuration() const;
     // 0 until it is known.
@@ -90,8 +95,8 @@ public:
     const SilenceFinder::Found *found() const { return mSearch ? &mSearch->found : nullptr; }
 
     // What a person did to the sound and the selections, step by step.
-    bool canUndo() const { return isReady() && (mSearch || !mUndo.empty()); }
-    bool canRedo() const { return isReady() && !mRedo.empty(); }
+    bool canUndo() const { return isReady() && (mSearch || mHistory.canUndo()); }
+    bool canRedo() const { return isReady() && mHistory.canRedo(); }
     void undo();
     void redo();
 
@@ -115,7 +120,8 @@ public:
     bool canExport() const { return canInsert(); }
     void showExportInfo();
     ZQAudioEditExportController &exporting() { return mExportInfoCtrl; }
-    void exportAudio();
+    // Why it cannot be; empty when its place is asked for.
+    foundation::Sentence exportAudio();
     QString proposedName() const;
     // Path: as it was chosen, with an extension or without.
     void savePanelShouldClose(const QString &path);
@@ -140,34 +146,29 @@ Q_SIGNALS:
     void headMoved();
     void insertInfoWanted(); // how and where to insert
     void exportInfoWanted();
-    void fileNameWanted();
+    void fileNameWanted(); // for what has none yet
+    void folderWanted();   // where every part has its name
     void told(const foundation::Sentence &trouble);
     void inserted(InsertType type, const QString &fileName); // can be undone
     // The files of an export that are there.
     void openTheCompletedAudios(const QStringList &paths);
 
 private:
-    // What undo goes back to.
-    struct Step {
-        media::AssetPointer asset;
-        QUrl url; // of a file as it was opened
-        QString name;
-        QList<CutList::Range> cuts;
-        double head = 0;
-        double viewStart = 0, zoom = 1;
-    };
     struct Search {
         SilenceFinder finder;
         QList<CutList::Range> before; // the selections
         SilenceFinder::Found found;
     };
-    Step now() const;
+    EditStep now() const;
     void remember(const void *what = nullptr);
-    void go(const Step &step);
+    void go(const EditStep &step);
     void showRanges(const QList<CutList::Range> &ranges);
-    void go(std::vector<Step> &from, std::vector<Step> &to);
+    void keepSoon();
+    void keep();
+    bool isUnsaved() const;
 
     void open(const QUrl &url);
+    void refuse(const QUrl &url); // which holds no sound
     void initStartEditSettings_();
     void initSettings();
     void startAudioReading();
@@ -182,6 +183,7 @@ private:
     void viewDidChange();
     void playNextCutEntity();
     void insert(const ZQAudioInsertController::Inserted &inserted);
+    void nameParts();
     void exportAudioWithFilePath_(const QString &path);
     void showPreview();
 
@@ -206,14 +208,15 @@ private:
     QString mName;
     double mPlayTime = 0;
     std::optional<double> mPlayUntil; // the end of the one selection that is played
-    std::optional<Step> mWanted;      // what to show once it is read
-    std::vector<Step> mUndo, mRedo;
+    std::optional<EditStep> mWanted;  // what to show once it is read
+    EditHistory mHistory;
+    const std::shared_ptr<KeptEdit> mKept;
+    std::optional<EditStep> mExported; // what was, the last time
     std::optional<Search> mSearch;     // of silences; what it has found is shown
-    const void *mLastChange = nullptr; // what one step of undo takes together
     // What is exported once its place is known.
     ZQAudioExportFormat mExportFormat;
     std::vector<CutRange> mExportRanges;
-    std::unique_ptr<foundation::Timer> mDelayed, mPreview;
+    std::unique_ptr<foundation::Timer> mDelayed, mPreview, mKeeping;
     quint64 mGeneration = 0; // of what is open
     QThreadPool mWorker;     // of one thread; opens files to be inserted
 };

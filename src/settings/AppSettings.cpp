@@ -63,19 +63,6 @@ void save(const QString &key, const QVariant &value) {
         (void)defaults.synchronize(); // a failure is logged by the domain's listener; setters report none
 }
 
-// The stem with the number at its end counted up.
-QString followingStem(const QString &stem) {
-    const auto numbered = [](qint64 n) { return QLatin1Char('-') + QString::number(n); };
-    const QString second = numbered(2);
-    if (!stem.contains(QLatin1Char('-')))
-        return stem + second;
-    const qint64 n = leadingInteger(stem.section(QLatin1Char('-'), -1));
-    const qint64 next = n == std::numeric_limits<qint64>::max() ? n : n + 1;
-    const QString counted = QString(stem).replace(numbered(n), numbered(next));
-    // A stem in which nothing was counted would be tried for ever.
-    return counted.contains(numbered(next)) && counted != stem ? counted : stem + second;
-}
-
 bool joinedListContains(const QStringList &list, const QString &extension) {
     return ToolString::isSuperString(list.join(QLatin1Char(' ')), extension.toLower());
 }
@@ -241,6 +228,18 @@ QString AppSettings::checkFilePathIsExistAndAutoReplace(const QString &path) {
         candidate.replace(stem, followingStem(stem));
     }
     return candidate;
+}
+
+QString AppSettings::followingStem(const QString &stem) {
+    const auto numbered = [](qint64 n) { return QLatin1Char('-') + QString::number(n); };
+    const QString second = numbered(2);
+    if (!stem.contains(QLatin1Char('-')))
+        return stem + second;
+    const qint64 n = leadingInteger(stem.section(QLatin1Char('-'), -1));
+    const qint64 next = n == std::numeric_limits<qint64>::max() ? n : n + 1;
+    const QString counted = QString(stem).replace(numbered(n), numbered(next));
+    // A stem in which nothing was counted would be tried for ever.
+    return counted.contains(numbered(next)) && counted != stem ? counted : stem + second;
 }
 
 QString AppSettings::freePathInFolder(const QString &path) {

@@ -192,6 +192,8 @@ public:
 
     // The same, but in the path's own folder and with its own extension, whatever its name is.
     static QString freePathInFolder(const QString &path);
+    // The name without extension that comes next: the number at its end counted up.
+    static QString followingStem(const QString &stem);
 
     // Renames a file to another extension under a free name; the new path, or empty when that failed.
     static QString changeFileToExtension(const QString &extension, const QString &atFilePath);

@@ -51,9 +51,9 @@ protected:
 
 } // namespace
 
-EditorPage::EditorPage(foundation::Clock &clock, QWidget *parent)
+EditorPage::EditorPage(foundation::Clock &clock, std::shared_ptr<KeptEdit> kept, QWidget *parent)
     : Page(parent),
-      mManager(clock),
+      mManager(clock, std::move(kept)),
       mOpen(&addAction(QStringLiteral("openAudio"))),
       mInsert(&addAction(QStringLiteral("insertAudio"))),
       mExport(&addAction(QStringLiteral("exportAudio"))),
@@ -252,6 +252,12 @@ void EditorPage::listen() {
         mPanel->ask(EditorPanel::Asks::Export);
     });
     connect(&mManager, &Manager::fileNameWanted, this, [this] { askForName(); });
+    connect(&mManager, &Manager::folderWanted, this, [this] {
+        chooseFolder(*this, Lang::toolsEditorExportAs(), AppSettings::getUserExportPath(),
+                     [this](const QString &folder) {
+                         mManager.savePanelShouldClose(folder + QLatin1Char('/') + mManager.proposedName());
+                     });
+    });
     connect(&mManager, &Manager::openTheCompletedAudios, this, [this](const QStringList &files) {
         const QString name = QFileInfo(files.constFirst()).fileName();
         const QString more = files.size() > 1 ? QStringLiteral(" + %1").arg(files.size() - 1) : QString();
@@ -298,15 +304,16 @@ void EditorPage::play(std::function<void()> begin) {
 }
 
 void EditorPage::open() {
-    chooseFile(*this, Lang::toolsEditormenuLoadFile(), AppSettings::getUserImportPath(), [this](const QString &file) {
-        AppSettings::setUserImportPath(QFileInfo(file).path());
-        edit(file);
-        mWave->head().setFocus(Qt::OtherFocusReason);
-    });
+    chooseFile(*this, Lang::toolsEditormenuLoadFile(), AppSettings::getUserImportPath(), soundFiles(),
+               [this](const QString &file) {
+                   AppSettings::setUserImportPath(QFileInfo(file).path());
+                   edit(file);
+                   mWave->head().setFocus(Qt::OtherFocusReason);
+               });
 }
 
 void EditorPage::chooseInsert(InsertType type) {
-    chooseFile(*this, insertText(type), AppSettings::getUserImportPath(),
+    chooseFile(*this, insertText(type), AppSettings::getUserImportPath(), soundFiles(),
                [this, type](const QString &file) { mManager.insertFile(type, file); });
 }
 

@@ -7,6 +7,7 @@
 #include "ui/ZQAudioHeaderView.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class QLabel;
@@ -29,7 +30,7 @@ class EditorPage : public Page {
 
 public:
     // clock: outlives the page.
-    EditorPage(foundation::Clock &clock, QWidget *parent);
+    EditorPage(foundation::Clock &clock, std::shared_ptr<KeptEdit> kept, QWidget *parent);
     ~EditorPage() override;
 
     ZQAudioEditorManager &manager() { return mManager; }

@@ -4,6 +4,7 @@
 #include "lang/Lang.h"
 #include "tags/id3Tag.h"
 #include "tags/pictures/DecodedPicture.h"
+#include "ui/ExportPartsTable.h"
 #include "ui/Fields.h"
 #include "ui/FileDialogs.h"
 #include "ui/PageParts.h"
@@ -71,6 +72,7 @@ EditorPanel::EditorPanel(ZQAudioEditorManager &manager, QWidget *parent)
       mFormat(new QComboBox(this)),
       mMode(new QComboBox(this)),
       mGenre(new QComboBox(this)),
+      mParts(new ExportPartsTable(manager.exporting(), this)),
       mImage(new QWidget(this)),
       mThreshold(new QSlider(Qt::Horizontal, this)),
       mShortest(new QDoubleSpinBox(this)),
@@ -99,6 +101,10 @@ EditorPanel::EditorPanel(ZQAudioEditorManager &manager, QWidget *parent)
     connect(&mManager.exporting(), &Exporting::changed, this, [this] {
         if (mAsks == Asks::Export)
             showExport();
+    });
+    connect(&mManager.exporting(), &Exporting::partsChanged, this, [this] {
+        if (mAsks == Asks::Export)
+            showParts();
     });
     connect(&mManager, &ZQAudioEditorManager::cutsChanged, this, [this] {
         if (mAsks == Asks::Silences)
@@ -137,6 +143,9 @@ void EditorPanel::makeExport() {
         mode == 0 ? mManager.exporting().exportMethod_Merger() : mManager.exporting().exportMethod_Part();
     });
     addGroupField(mExportParts, mModeLabel, *mMode);
+    fields().addWidget(mParts);
+    fields().addSpacing(measure::kGap);
+    mExportParts << mParts;
     mAddImage->setObjectName(QStringLiteral("addExportImage"));
     mDeleteImage->setObjectName(QStringLiteral("deleteExportImage"));
     auto *image = rowIn(mImage, measure::kGap);
@@ -197,6 +206,7 @@ void EditorPanel::ask(Asks what) {
     if (what != Asks::Silences) // which may have been asked for before
         mManager.acceptFound();
     mAsks = what;
+    setWide(false);
     for (const auto &[asks, parts] : {std::pair(Asks::Insert, &mInsertParts), std::pair(Asks::Export, &mExportParts),
                                       std::pair(Asks::Silences, &mSilenceParts)})
         for (QWidget *part : *parts)
@@ -231,6 +241,7 @@ void EditorPanel::showExport() {
     mMode->setCurrentIndex(exporting.isMerger() ? 0 : 1);
     for (QWidget *part : {static_cast<QWidget *>(mModeLabel), static_cast<QWidget *>(mMode)})
         part->setVisible(exporting.isExportModePartEnabled());
+    showParts();
     const bool hasTags = exporting.isID3ViewOpen();
     for (QWidget *part : {static_cast<QWidget *>(mCoverLabel), mImage, static_cast<QWidget *>(mClear)})
         part->setVisible(hasTags);
@@ -248,6 +259,14 @@ void EditorPanel::showExport() {
     mCover->setPixmap(cover);
     mCover->setVisible(hasTags && !image.isNull());
     mDeleteImage->setVisible(hasTags && !image.isNull());
+}
+
+void EditorPanel::showParts() {
+    const bool areAsked = mManager.exporting().arePartsAsked();
+    mParts->setVisible(areAsked);
+    setWide(areAsked);
+    if (areAsked)
+        mParts->showParts();
 }
 
 void EditorPanel::showSilences() {
@@ -286,13 +305,18 @@ void EditorPanel::changeEvent(QEvent *event) {
 }
 
 void EditorPanel::chooseImage() {
-    chooseFiles(*this, Lang::toolsID3TagsArtwork(), [this](const QStringList &files) {
-        if (!mManager.exporting().addNewArtworkImage(files.constFirst())) {
-            mTrouble->setText(Lang::commFileIncorrect().replace(QLatin1String("[#FileName#]"), files.constFirst()));
-            inkTrouble();
-            mTrouble->show();
-        }
+    const QString name = Lang::toolsID3TagsArtwork();
+    const QStringList types{QStringLiteral("png"), QStringLiteral("jpg"), QStringLiteral("jpeg")};
+    chooseFile(*this, name, {}, {name, types}, [this](const QString &file) {
+        if (!mManager.exporting().addNewArtworkImage(file))
+            tell(Lang::commFileIncorrect().replace(QLatin1String("[#FileName#]"), file));
     });
+}
+
+void EditorPanel::tell(const QString &trouble) {
+    mTrouble->setText(trouble);
+    inkTrouble();
+    mTrouble->show();
 }
 
 void EditorPanel::AudioTime_UpdateTime(ZQAudioTimeView &view, double seconds) {
@@ -308,15 +332,12 @@ void EditorPanel::confirm() {
     if (mAsks == Asks::Insert) {
         mPosition->clearTextField();
         mLength->clearTextField();
-        if (!mManager.inserting().actionForInsert()) {
-            mTrouble->setText(Lang::sentence(mManager.inserting().trouble()));
-            inkTrouble();
-            mTrouble->show();
-            return;
-        }
-    } else if (mAsks == Asks::Export)
-        mManager.exportAudio();
-    else if (!mConfirm->isHidden())
+        if (!mManager.inserting().actionForInsert())
+            return tell(Lang::sentence(mManager.inserting().trouble()));
+    } else if (mAsks == Asks::Export) {
+        if (const foundation::Sentence trouble = mManager.exportAudio(); !trouble.isEmpty())
+            return tell(Lang::sentence(trouble));
+    } else if (!mConfirm->isHidden())
         mManager.acceptFound();
     else
         return;
@@ -346,6 +367,7 @@ void EditorPanel::showTexts() {
     mMode->setAccessibleName(Lang::toolsExportMode());
     mMode->setItemText(0, Lang::toolsEditorExportMerger());
     mMode->setItemText(1, Lang::toolsEditorExportMltiple());
+    mParts->showTexts();
     mCoverLabel->setText(Lang::toolsID3TagsArtwork() + colon);
     mAddImage->setText(Lang::btnAdd());
     mAddImage->setAccessibleName(Lang::toolsID3TagsArtwork() + colon + QLatin1Char(' ') + Lang::btnAdd());

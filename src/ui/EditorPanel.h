@@ -20,6 +20,8 @@ class ZQAudioEditorManager;
 
 namespace cantorel::ui {
 
+class ExportPartsTable;
+
 // What an insert operation is called.
 QString insertText(InsertType type);
 
@@ -47,8 +49,10 @@ private:
     void addGroupField(QList<QWidget *> &group, QLabel *&label, QWidget &field);
     void showInsert();
     void showExport();
+    void showParts();
     void showSilences();
     void confirm();
+    void tell(const QString &trouble);
     void inkTrouble();
     void chooseImage();
     QLineEdit *lineOf(std::size_t field) const;
@@ -63,6 +67,7 @@ private:
     ZQAudioTimeView *mPosition, *mLength;
     QLabel *mFormatLabel = nullptr, *mModeLabel = nullptr, *mCoverLabel = nullptr, *mCover;
     QComboBox *mFormat, *mMode, *mGenre;
+    ExportPartsTable *mParts;
     QWidget *mImage;
     QSlider *mThreshold;
     QDoubleSpinBox *mShortest;

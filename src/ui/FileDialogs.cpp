@@ -1,6 +1,8 @@
 #include "ui/FileDialogs.h"
 
+#include "lang/Lang.h"
 #include "platform/desktop/Services.h"
+#include "settings/AppSettings.h"
 
 #include <QFileDialog>
 #include <QGuiApplication>
@@ -26,6 +28,14 @@ void chooseHere(QWidget &asking, const FileChooser::Question &question, const Ch
                         : question.what == What::OneFile ? QFileDialog::ExistingFile
                         : question.what == What::NewFile ? QFileDialog::AnyFile
                                                          : QFileDialog::Directory);
+    QStringList filters;
+    for (const FileChooser::Filter &filter : question.filters) {
+        const QString patterns = QStringLiteral("*.") + filter.extensions.join(QLatin1String(" *."));
+        filters << QStringLiteral("%1 (%2)").arg(filter.name,
+                                                 filter.extensions.isEmpty() ? QStringLiteral("*") : patterns);
+    }
+    if (!filters.isEmpty())
+        dialog->setNameFilters(filters);
     if (question.what == What::NewFile) {
         dialog->setAcceptMode(QFileDialog::AcceptSave);
         dialog->setOption(QFileDialog::DontConfirmOverwrite);
@@ -64,11 +74,14 @@ void chooseFolder(QWidget &asking, const QString &title, const QString &folder,
            [chosen = std::move(chosen)](const QStringList &paths) { chosen(paths.constFirst()); });
 }
 
-void chooseFile(QWidget &asking, const QString &title, const QString &folder,
+void chooseFile(QWidget &asking, const QString &title, const QString &folder, const FileChooser::Filter &filter,
                 std::function<void(const QString &)> chosen) {
-    choose(asking, {.what = What::OneFile, .title = title, .folder = folder},
+    choose(asking,
+           {.what = What::OneFile, .title = title, .folder = folder, .filters = {filter, {Lang::windowAllFiles(), {}}}},
            [chosen = std::move(chosen)](const QStringList &paths) { chosen(paths.constFirst()); });
 }
+
+FileChooser::Filter soundFiles() { return {Lang::windowSoundFiles(), AppSettings::supportAudioTypes()}; }
 
 void chooseNewFile(QWidget &asking, const QString &title, const QString &folder, const QString &name,
                    std::function<void(const QString &)> chosen) {

@@ -13,9 +13,11 @@ void chooseFiles(QWidget &asking, const QString &title, std::function<void(const
 void chooseFolder(QWidget &asking, const QString &title, const QString &folder,
                   std::function<void(const QString &)> chosen);
 
-// One file, in that folder at first.
+// One file, in that folder at first; of the filter's types, unless the person wants to see all files.
 void chooseFile(QWidget &asking, const QString &title, const QString &folder,
-                std::function<void(const QString &)> chosen);
+                const desktop::FileChooser::Filter &filter, std::function<void(const QString &)> chosen);
+// Those that the editor opens.
+desktop::FileChooser::Filter soundFiles();
 // A name for a file that is to be made; one that is there is not replaced by its maker, so nothing is asked about it.
 void chooseNewFile(QWidget &asking, const QString &title, const QString &folder, const QString &name,
                    std::function<void(const QString &)> chosen);

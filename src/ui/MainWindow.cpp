@@ -1,5 +1,6 @@
 #include "ui/MainWindow.h"
 
+#include "editor/KeptEdit.h"
 #include "lang/Lang.h"
 #include "recording/control/ScheduledSession.h"
 #include "settings/AppSettings.h"
@@ -405,7 +406,7 @@ void MainWindow::openConverter(const QStringList &files) {
 EditorPage &MainWindow::editorPage() {
     if (mEditor)
         return *mEditor;
-    mEditor = new EditorPage(mParts.clock, this);
+    mEditor = new EditorPage(mParts.clock, keptEdit(), this);
     mEditor->setRecordsSystemSound(recordsSystemSound());
     connect(mEditor, &EditorPage::playsIntoRecording, this, &MainWindow::askToPlay);
     connect(mEditor, &EditorPage::exported, this, [this](const QStringList &files) { library().add(files); });
@@ -457,6 +458,33 @@ void MainWindow::tellNoUpdate(bool isLatest) {
                              ? Lang::updateLatestVersion().replace(QLatin1String("[#AppName#]"), AppSettings::appName())
                              : Lang::windowNoUpdateAnswer();
     mAlerts->beginSheet({AlertStyle::Informational, AppSettings::appName(), text, {Lang::btnOK()}}, {});
+}
+
+const std::shared_ptr<KeptEdit> &MainWindow::keptEdit() {
+    if (!mKeptEdit)
+        mKeptEdit = std::make_shared<KeptEdit>();
+    return mKeptEdit;
+}
+
+void MainWindow::offerEdit() {
+    const QString name = keptEdit()->leftName();
+    if (name.isEmpty())
+        return;
+    const auto texts = [name] {
+        return Card::Texts{QStringLiteral("edit"),
+                           Lang::windowEditorWasOpen(),
+                           name,
+                           {Lang::windowContinueEditing(), Lang::windowDiscard()}};
+    };
+    Card &card = mRecordingTab->cards().edit();
+    connect(keptEdit().get(), &KeptEdit::overtaken, &card, &Card::putAway);
+    card.ask(texts, [this](int answer) {
+        if (answer == 0) {
+            showEditor();
+            editorPage().manager().continueLeft();
+        } else if (answer == 1)
+            keptEdit()->discard();
+    });
 }
 
 void MainWindow::askToPlay(std::function<void()> play) {

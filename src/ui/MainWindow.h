@@ -10,10 +10,13 @@
 
 #include <QMainWindow>
 
+#include <memory>
+
 class QAction;
 class QTabWidget;
 
 namespace cantorel {
+class KeptEdit;
 class RecordingSession;
 class ScheduledSession;
 class OwnSongs;
@@ -66,6 +69,8 @@ public:
     void tellNoUpdate(bool isLatest);
     // Asks the person what to do with recordings that a crash left unfinished, if there are any.
     void offerLeftovers();
+    // Offers to go on with what was open in the editor of an earlier program, if there is any.
+    void offerEdit();
     void bringToFront();
     // The same when the program is started a second time; also cancels an end that waits for conversions.
     void showAgain();
@@ -128,6 +133,7 @@ private:
     void reveal(const QStringList &files);
     void conversionDidEnd();
     void showShutdown(int seconds);
+    const std::shared_ptr<KeptEdit> &keptEdit(); // made when first needed
     void showTexts();
     void showRecordingEverywhere();
     void showTab(QWidget *tab);
@@ -154,6 +160,7 @@ private:
     TasksPage *mTasks = nullptr;
     ZQAudioConvertController *mConvert = nullptr;
     ConvertStrip *mConvertStrip = nullptr;
+    std::shared_ptr<KeptEdit> mKeptEdit;
     EditorPage *mEditor = nullptr;
     std::array<QString, 3> mTriggers;
     foundation::Sentence mHotkeyTrouble;

@@ -11,7 +11,7 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr int kWidth = 304;
+constexpr int kWidth = 304, kWideWidth = 440;
 
 } // namespace
 
@@ -64,11 +64,18 @@ QLabel &PagePanel::addField(QWidget &field) {
     return *label;
 }
 
+void PagePanel::setWide(bool isWide) {
+    mIsWide = isWide;
+    setCovering(mIsCovering);
+}
+
 void PagePanel::setCovering(bool isCovering) {
     mIsCovering = isCovering;
     mTitle->setHidden(isCovering);
-    const int width =
-        qMax(Look::scaled(*this, kWidth), qMax(mForm->minimumSizeHint().width(), mButtons->minimumSize().width()));
+    const int line = isCovering ? 0 : 1; // beside what lies in it
+    layout()->setContentsMargins(isLeftToRight() ? line : 0, 0, isLeftToRight() ? 0 : line, 0);
+    const int width = qMax(Look::scaled(*this, mIsWide ? kWideWidth : kWidth),
+                           qMax(mForm->minimumSizeHint().width(), mButtons->minimumSize().width()));
     setMinimumWidth(isCovering ? 0 : width);
     setMaximumWidth(isCovering ? QWIDGETSIZE_MAX : width);
 }

@@ -21,6 +21,8 @@ public:
     QBoxLayout &buttons() { return *mButtons; }
     // A label, and a field below it whose name it is.
     QLabel &addField(QWidget &field);
+    // Has room for a table where it stands beside the content.
+    void setWide(bool isWide);
     // Whether it covers the page, whose header says its title then.
     void setCovering(bool isCovering);
 
@@ -31,7 +33,7 @@ private:
     QLabel *mTitle;
     QWidget *mForm;
     QBoxLayout *mFields, *mNotes, *mButtons;
-    bool mIsCovering = false;
+    bool mIsCovering = false, mIsWide = false;
 };
 
 } // namespace cantorel::ui

@@ -24,11 +24,12 @@ RecordCards::RecordCards(const RecorderPanel &panel, QWidget *parent)
       mPanel(panel),
       mLeave(new Card(QStringLiteral("leave"), this)),
       mLeftovers(new Card(QStringLiteral("leftovers"), this)),
-      mDevice(new Card(QStringLiteral("deviceOffer"), this)) {
+      mDevice(new Card(QStringLiteral("deviceOffer"), this)),
+      mEdit(new Card(QStringLiteral("edit"), this)) {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 2 * measure::kGap, 0, measure::kGap);
     column->setSpacing(0);
-    for (Card *card : {mLeave, mLeftovers, mDevice}) {
+    for (Card *card : {mLeave, mLeftovers, mDevice, mEdit}) {
         column->addWidget(card);
         connect(card, &Card::changed, this, &RecordCards::showState);
     }
@@ -103,20 +104,21 @@ void RecordCards::showState() {
     const Card *first = mLeave->isAsking()                  ? mLeave
                         : mLeftovers->isAsking()            ? mLeftovers
                         : mDevice->isAsking() && !isRunning ? mDevice
+                        : mEdit->isAsking()                 ? mEdit
                                                             : nullptr;
     setVisible(first != nullptr);
-    for (Card *card : {mLeave, mLeftovers, mDevice})
+    for (Card *card : {mLeave, mLeftovers, mDevice, mEdit})
         card->setInSight(card == first);
     Q_EMIT changed();
 }
 
 void RecordCards::showTexts() {
-    for (Card *card : {mLeave, mLeftovers, mDevice})
+    for (Card *card : {mLeave, mLeftovers, mDevice, mEdit})
         card->showTexts();
 }
 
 void RecordCards::close() {
-    for (Card *card : {mLeave, mLeftovers, mDevice})
+    for (Card *card : {mLeave, mLeftovers, mDevice, mEdit})
         if (!card->isHidden()) {
             card->answer(Card::kClosed);
             return;

@@ -23,6 +23,8 @@ public:
     bool keepToLeave();
     // What a crash has left.
     Card &leftovers() { return *mLeftovers; }
+    // What was open in the editor.
+    Card &edit() { return *mEdit; }
     // Offers the virtual device. answered: true to install it, which may take a while; the card says so meanwhile. Who
     // does not want it records the output, or the microphone.
     void offerVirtualDevice(std::function<void(bool installs)> answered);
@@ -42,7 +44,7 @@ private:
     void install(const std::function<void(bool)> &answered);
 
     const RecorderPanel &mPanel;
-    Card *mLeave, *mLeftovers, *mDevice; // the most urgent first
+    Card *mLeave, *mLeftovers, *mDevice, *mEdit; // the most urgent first
     bool mIsRunning = false;
 };
 

@@ -1,8 +1,10 @@
 #include "ui/EditorPage.h"
 
+#include "editor/KeptEdit.h"
 #include "editor/views/ZQAudioCutInfoView.h"
 #include "editor/views/ZQAudioTimeView.h"
 #include "platform/desktop/recorded/RecordedServices.h"
+#include "tags/AudioIdentify.h"
 #include "tests/support/Wave.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/WaveArea.h"
@@ -12,6 +14,7 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSlider>
@@ -403,6 +406,72 @@ TEST_F(EditorPage, AnExportAsksForTypeTagsAndNameAndJoinsTheLibrary) {
     EXPECT_TRUE(passUntil([&] { return list.itemWithFile(path("Mr. Smith-2.wav")) != nullptr; }));
     EXPECT_EQ(times().size(), 4u) << "the selections stay";
     photograph(window, "editor-exported");
+}
+
+TEST_F(EditorPage, PartsAreNamedAndTaggedInATableByTheKeyboard) {
+    open(sound("Song.wav", 20));
+    select(5, 6);
+    select(10, 12);
+    click("exportAudio");
+    auto *table = find<QTableView>("exportParts");
+    EXPECT_FALSE(table->isVisible()) << "they are joined";
+    auto *mode = find<QComboBox>("exportMode");
+    mode->setCurrentIndex(1);
+    Q_EMIT mode->activated(1);
+    QTest::keyClicks(find<QLineEdit>("exportArtist"), "Choir");
+    const auto cell = [&](int row, int column) { return table->model()->index(row, column).data().toString(); };
+    EXPECT_EQ(cell(0, 0) + ", " + cell(1, 0) + ", " + cell(1, 2), "Song, Song-2, Choir");
+    const auto type = [&](const QString &text, Qt::Key last) {
+        QTest::keyClicks(QApplication::focusWidget(), text.first(1)); // which opens the cell
+        QTest::keyClicks(QApplication::focusWidget(), text.mid(1));
+        QTest::keyClick(QApplication::focusWidget(), last);
+        QTest::qWait(1); // The cell closes from the event loop.
+    };
+    table->setFocus();
+    type("Intro.mp3", Qt::Key_Tab);
+    type("First", Qt::Key_Return);
+    table->setCurrentIndex(table->model()->index(1, 0));
+    type("Intro", Qt::Key_Return);
+    press(Qt::Key_Return);
+    EXPECT_EQ(find<QLabel>("editTrouble")->text(), "\"Intro\" is no free name for a file here; choose another.");
+    type("a/b", Qt::Key_Return);
+    click("confirmEdit");
+    EXPECT_EQ(find<QLabel>("editTrouble")->text(), "\"a/b\" cannot be the name of a file; choose another name.");
+    photograph(window, "editor-parts");
+    table->setFocus();
+    type("Mr. End", Qt::Key_Return);
+    manager().AudioPlayControlDelegate_ResetPlayCurrentTime(8);
+    manager().addNewCutEntity();
+    EXPECT_EQ(cell(0, 0) + ", " + cell(1, 0) + ", " + cell(2, 0), "Intro, Song, Mr. End") << "with their selections";
+    manager().undo();
+    click("confirmEdit");
+    answerDialog(folder.path()); // No name is asked for.
+    ASSERT_TRUE(passUntil([&] { return manager().isReady() && !find<QLabel>("editorNews")->text().isEmpty(); }, 60000));
+    const auto first = AudioIdentify::getID3TagFromFile(path("Intro.mp3")),
+               second = AudioIdentify::getID3TagFromFile(path("Mr. End.mp3"));
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(first->id3Title + ", " + first->id3Artist, "First, Choir");
+    EXPECT_EQ(second->id3Title + ", " + second->id3Artist, ", Choir");
+}
+
+TEST_F(EditorPage, WhatWasOpenIsOfferedAgainOrDiscarded) {
+    const QString file = sound("Song.wav", 20);
+    const auto work = [&] {
+        ZQAudioEditorManager earlier(*world.clock, std::make_shared<KeptEdit>());
+        earlier.waveSizeDidChange({500, 100});
+        earlier.editAudioWithURL(QUrl::fromLocalFile(file));
+        ASSERT_TRUE(passUntil([&] { return earlier.isReady(); }));
+        earlier.AudioCutInfoDelegate_UpdateSelectedCutEntityStartTime(7, 7, kStartTimeControl);
+    };
+    work();
+    window.offerEdit();
+    pass(50);
+    EXPECT_TRUE(find<QWidget>("edit1")->isVisible());
+    photograph(window, "editor-offered");
+    click("edit0");
+    ASSERT_TRUE(isReady());
+    EXPECT_TRUE(window.editorPage().isVisible());
+    EXPECT_EQ(times().at(0), 7);
 }
 
 TEST_F(EditorPage, ADroppedFileIsOpenedAtOnceAndWhatHoldsNoSoundSaysSo) {

@@ -46,7 +46,7 @@ Header headerOf(const QByteArray &key, const media::Asset &asset) {
 QByteArray StoredLevels::keyOf(const media::Asset &asset) {
     QFile file(asset.url().toLocalFile());
     struct stat facts {};
-    if (!file.open(QIODevice::ReadOnly) || ::fstat(file.handle(), &facts) != 0)
+    if (!asset.url().isLocalFile() || !file.open(QIODevice::ReadOnly) || ::fstat(file.handle(), &facts) != 0)
         return {};
     QCryptographicHash hash(QCryptographicHash::Sha256);
     for (const std::int64_t number : {std::int64_t(facts.st_size), std::int64_t(facts.st_mtim.tv_sec),

@@ -66,7 +66,7 @@ void ZQAudioConvert::convertAudioPaths(const QStringList &paths, const ZQAudioEx
                 return;
             outputPaths << path;
             if (isConverted && format.fileType == QLatin1String("mp3"))
-                saveID3ToFile(path, format);
+                saveID3ToFile(path, format.ofPart(static_cast<std::size_t>(index)));
         });
     convertDelegate.AudioConvertDidDone(*this, outputPaths);
 }

@@ -101,6 +101,7 @@ void ZQAudioEditor::exportAudioWithExportFotmat(const ZQAudioExportFormat &forma
 }
 
 void ZQAudioEditor::exportToMergerWithExportFormat(Order order) {
+    order.format.parts.clear();
     work([this, order = std::move(order)] {
         auto asset = openInput();
         if (asset && !order.ranges.empty())
@@ -140,22 +141,27 @@ ZQAudioEditor::Exported ZQAudioEditor::exportParts(const Order &order,
                                                    const AssetPointer &asset) {
     const QString folder = QFileInfo(order.path).absolutePath();
     const ExportCoding coding = codingOf(order.format, asset->format().rate);
-    const auto metadata =
-        order.format.isAac() ? addNewMetadata(asset->metadata(), order.format, {}) : QList<media::MetadataItem>();
     foundation::HiddenFile::sweep(folder); // what a program that was killed has left there
     Exported result{order.format, {}, {}, {}};
-    QString path = order.path;
+    result.exportFormat.parts.clear(); // but for those that come to be
+    QString next = order.path;
     inOrder(
         0, static_cast<int>(ranges.size()), kAtOnce,
         [&](int index) {
             double before = 0;
+            const ZQAudioExportFormat &format = order.format.ofPart(static_cast<std::size_t>(index));
+            const auto metadata =
+                format.isAac() ? addNewMetadata(asset->metadata(), format, {}) : QList<media::MetadataItem>();
             return ExportSession{asset, ranges[static_cast<std::size_t>(index)], coding, metadata}.render(
                 order.path, mStop.get_token(), [&](double now) {
                     mRendered.fetch_add((now - before) / static_cast<double>(ranges.size()));
                     before = now;
                 });
         },
-        [&](int, foundation::Result<ExportedFile> part) {
+        [&](int index, foundation::Result<ExportedFile> part) {
+            const ZQAudioExportFormat &format = order.format.ofPart(static_cast<std::size_t>(index));
+            QString own = folder + QLatin1Char('/') + format.fileName + QStringLiteral(".m4a");
+            QString &path = format.fileName.isEmpty() ? next : own;
             path = AppSettings::freePathInFolder(path);
             const auto failed = [&](const Failure &why) { result.failures.push_back(why); };
             if (!part)
@@ -168,6 +174,7 @@ ZQAudioEditor::Exported ZQAudioEditor::exportParts(const Order &order,
                 Log(QStringLiteral("%1: %2 samples were limited to full scale").arg(path).arg(part.value().limited));
             result.exportPaths << path;
             result.stamps.emplace_back(path);
+            result.exportFormat.parts.push_back(format);
         });
     return result;
 }

@@ -28,6 +28,7 @@ Player::Stretch::Stretch(int channels) : queue(channels, kQueueFrames) {}
 
 Player::Player(AssetPointer asset, std::unique_ptr<FrameReader> reader)
     : mAsset(std::move(asset)), mReader(std::move(reader)) {
+    mReader->hurry();
     mTimer.setInterval(kTickMilliseconds);
     connect(&mTimer, &QTimer::timeout, this, &Player::tick);
 }
@@ -57,6 +58,7 @@ bool Player::openReader(SoundFormat format) {
         return false;
     mStart = currentTime();
     mReader = std::move(reader).value();
+    mReader->hurry();
     mStretch.reset();
     return true;
 }

@@ -1,5 +1,6 @@
 #include "platform/desktop/portal/PortalFileChooser.h"
 
+#include "platform/desktop/portal/PortalFilter.h"
 #include "tests/support/FakeService.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/PrivateWorld.h"
@@ -59,9 +60,14 @@ TEST_F(PortalFileChooserTest, EachQuestionGetsItsOwnAnswerInLocalPaths) {
     EXPECT_FALSE(desktop.options.value("directory").toBool());
     EXPECT_EQ(desktop.options.value("current_folder").toByteArray(), QByteArray("/music\0", 7));
     EXPECT_EQ(desktop.parent, "x11:1f");
-    ask({What::Folder, "Folder", {}, 0});
+    EXPECT_FALSE(desktop.options.contains("filters"));
+    ask({.what = What::Folder, .title = "Folder", .filters = {{"Sound", {"mp3"}}, {"All", {}}}});
     ASSERT_TRUE(test::eventually([&] { return desktop.requests.size() == 2; }));
     EXPECT_TRUE(desktop.options.value("directory").toBool());
+    const auto filters = qdbus_cast<QList<PortalFilter>>(desktop.options.value("filters"));
+    ASSERT_EQ(filters.size(), 2);
+    EXPECT_EQ(filters[0].name + ' ' + filters[0].patterns.at(0).pattern, "Sound *.[mM][pP]3");
+    EXPECT_EQ(filters[1].name + ' ' + filters[1].patterns.at(0).pattern, "All *");
     desktop.respond(1, 0, {"file:///tmp"});
     ASSERT_TRUE(answered(1));
     desktop.respond(0, 0, {"file:///a%20b.mp3", "https://elsewhere/c.mp3"});

@@ -149,6 +149,29 @@ TEST_F(EditCommandTest, PartsAreNumberedOnAndBeginAndEndToTheFrame) {
     EXPECT_EQ(probed(result("p-2.m4a"), "stream=duration_ts").toULongLong(), frame(1001) - frame(333));
 }
 
+TEST_F(EditCommandTest, PartsHaveTheNamesAndTitlesThatTheyAreGiven) {
+    const QString source = sound("s.mp3", 2, {"-metadata", "title=Old"});
+    test::store(result("Intro.mp3"), "somebody's");
+    const QStringList parts{source,        "--select", "0-0.5",       "--select",  "0.5-1",       "--select",
+                            "1-2",         "--parts",  "--output",    result("p"), "--part-name", "Intro",
+                            "--part-name", "",         "--part-name", "A.B"};
+    for (const auto &[format, outputs] : {std::pair("mp3", QStringList{"Intro-2.mp3", "p.mp3", "A.B.mp3"}),
+                                          {"aac", {"Intro.m4a", "p.m4a", "A.B.m4a"}}}) {
+        const Ran ran = edit(parts + QStringList{"--format", format, "--part-title", "", "--part-title", "New"});
+        ASSERT_EQ(ran.status, 0) << ran.lastLine;
+        QStringList names, titles;
+        for (const QString &path : ran.outputs) {
+            names << QFileInfo(path).fileName();
+            titles << probed(path, "format_tags=title").trimmed();
+        }
+        EXPECT_EQ(names, outputs);
+        EXPECT_EQ(titles, (QStringList{"Old", "New", "Old"})) << format;
+    }
+    for (const char *refused : {"Intro", "a/b", ".hidden", "Intro.mp3"})
+        EXPECT_EQ(edit(parts.first(parts.size() - 1) + QStringList{refused}).status, 2) << refused;
+    EXPECT_EQ(edit(parts + QStringList{"--part-name", "fourth"}).status, 2);
+}
+
 TEST_F(EditCommandTest, OperationsAreDoneOneAfterTheOther) {
     const QString main = sound("main.wav", 3), other = sound("o@1.wav", 1.5, {}, 2);
     const Samples a = decoded(main), b = decoded(other);
@@ -273,6 +296,45 @@ TEST_F(EditCommandTest, ASignalLeavesNothingBehind) {
     ASSERT_TRUE(process.waitForFinished(60000));
     EXPECT_EQ(ran(process).status, 130);
     EXPECT_EQ(results(), QStringList());
+}
+
+TEST_F(EditCommandTest, AKillLeavesNoHalfFileUnderAName) {
+    const QString source = sound("s.wav", 30), other = sound("o.wav", 30, {}, 2);
+    const QByteArray before = contents(source);
+    const struct {
+        QStringList arguments;
+        int seconds; // of each file
+    } cases[] = {{{"--select", "0-15", "--select", "15-30", "--parts", "--format", "aac"}, 15},
+                 {{"--op", "mix=" + other + "@0", "--format", "flac"}, 30}};
+    int killed = 0;
+    for (const auto &[arguments, seconds] : cases) {
+        const QStringList all = QStringList{"--json", "edit", source, "--output", result("a")} + arguments;
+        for (const qint64 bytes : {0, 100'000, 2'000'000, 7'000'000}) { // that are written by then
+            QProcess process;
+            process.start(CANTOREL_CLI, all);
+            const auto written = [this] {
+                qint64 sum = 0;
+                for (const QFileInfo &file : QDir(mResults.path()).entryInfoList(QDir::Files | QDir::Hidden))
+                    sum += file.size();
+                return sum;
+            };
+            ASSERT_TRUE(process.waitForStarted());
+            while (written() <= bytes && !process.waitForFinished(1))
+                ;
+            process.kill();
+            process.waitForFinished();
+            killed += process.exitStatus() == QProcess::CrashExit;
+            for (const QString &name : QDir(mResults.path()).entryList(QDir::Files))
+                EXPECT_NEAR(static_cast<double>(decoded(result(name)).size()) / 2, seconds * kRate, 4096)
+                    << name.toStdString() << " at " << bytes;
+            EXPECT_EQ(contents(source), before);
+            QFile::remove(result("a.m4a"));
+        }
+        EXPECT_EQ(edit(all.mid(2)).status, 0);
+        EXPECT_EQ(QDir(mResults.path()).entryList({".*"}, QDir::Files | QDir::Hidden), QStringList()) << "swept";
+        clear();
+    }
+    EXPECT_GE(killed, 4);
 }
 
 // A small disk of the test's own, which is full at any stage.

@@ -156,6 +156,48 @@ TEST(Asset, KnowsWhenSoundDependsOnAllBeforeIt) {
     }
 }
 
+TEST(Asset, NoiseOfACoderIsTheSameWhereverReadingBegins) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("noise.m4a");
+    ASSERT_TRUE(ffmpeg(test::variedSound(400000, 44100, 2, 1) + QStringList{"-b:a", "96k", "-aac_pns", "1", path}));
+    const auto asset = openAsset(QUrl::fromLocalFile(path)).value();
+    for (const int rate : {44100, 48000}) {
+        const SoundFormat format{rate, 2};
+        auto reader = asset->openReader(format).value();
+        std::vector<float> whole(2 * static_cast<std::size_t>(reader->frames())), part(2 * 90000);
+        for (std::size_t done = 0; done < whole.size();)
+            done += 2 * reader->read(whole.data() + done, whole.size() / 2 - done / 2).value();
+        const auto isTheSame = [&](FrameReader &from, std::int64_t frame) {
+            from.seek(frame);
+            EXPECT_EQ(from.read(part.data(), part.size() / 2).value(), part.size() / 2);
+            return std::equal(part.begin(), part.end(), whole.begin() + 2 * frame);
+        };
+        auto other = asset->openReader(format).value();
+        for (const std::int64_t frame : {150000, 310000, 20000, 300000, 0}) // forwards, back, within what was decoded
+            EXPECT_TRUE(isTheSame(*other, frame)) << frame << " at " << rate;
+        other = asset->openReader(format).value();
+        other->hurry();
+        EXPECT_FALSE(isTheSame(*other, 150000)) << "there is noise";
+    }
+}
+
+TEST(Asset, TheFirstTrackOfSoundIsTakenWhateverStandsBeforeIt) {
+    const QTemporaryDir folder;
+    for (const char *name : {"film.mp4", "film.mkv", "film.m4a"}) {
+        const QString path = folder.filePath(name);
+        ASSERT_TRUE(ffmpeg({"-f",   "lavfi", "-i",   "testsrc=d=1:s=64x64",
+                            "-f",   "lavfi", "-i",   "sine=440:r=44100:d=1",
+                            "-f",   "lavfi", "-i",   "sine=880:r=48000:d=2",
+                            "-map", "0",     "-map", "1",
+                            "-map", "2",     "-f",   QString(name).endsWith("mkv") ? "matroska" : "mp4",
+                            path}));
+        const auto asset = openAsset(QUrl::fromLocalFile(path));
+        ASSERT_TRUE(asset) << name;
+        EXPECT_EQ(asset.value()->format().rate, 44100) << name;
+        EXPECT_NEAR(asset.value()->duration().seconds(), 1, 0.1) << name;
+    }
+}
+
 TEST(Asset, ADamagedFlacKeepsWhatLiesBehindTheDamage) {
     const QTemporaryDir folder;
     const QString path = folder.filePath("whole.flac"), damaged = folder.filePath("damaged.flac");

@@ -1,8 +1,10 @@
 #include "platform/desktop/portal/PortalFileChooser.h"
 
 #include "platform/desktop/portal/PortalCall.h"
+#include "platform/desktop/portal/PortalFilter.h"
 
 #include <QDBusArgument>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QFile>
 #include <QFileInfo>
@@ -28,9 +30,34 @@ QStringList localPaths(const QStringList &uris, FileChooser::Question::What what
     return paths;
 }
 
+// The portal tells capital letters from small ones.
+QString patternOf(const QString &extension) {
+    QString pattern = QStringLiteral("*.");
+    for (const QChar letter : extension)
+        pattern += letter.isLetter() ? QStringLiteral("[%1%2]").arg(letter, letter.toUpper()) : QString(letter);
+    return pattern;
+}
+
+QVariant filtersOf(const QList<FileChooser::Filter> &asked) {
+    QList<PortalFilter> filters;
+    for (const FileChooser::Filter &filter : asked) {
+        filters.append({filter.name, {}});
+        for (const QString &extension : filter.extensions)
+            filters.last().patterns.append({0, patternOf(extension)});
+        if (filter.extensions.isEmpty())
+            filters.last().patterns.append({0, QStringLiteral("*")});
+    }
+    return QVariant::fromValue(filters);
+}
+
 } // namespace
 
-PortalFileChooser::PortalFileChooser(std::function<QDBusConnection()> bus) : mBus(std::move(bus)) {}
+PortalFileChooser::PortalFileChooser(std::function<QDBusConnection()> bus) : mBus(std::move(bus)) {
+    qDBusRegisterMetaType<PortalPattern>();
+    qDBusRegisterMetaType<QList<PortalPattern>>();
+    qDBusRegisterMetaType<PortalFilter>();
+    qDBusRegisterMetaType<QList<PortalFilter>>();
+}
 
 void PortalFileChooser::ask(const Question &question, Answer answered) {
     QDBusConnection bus = mBus();
@@ -49,6 +76,8 @@ void PortalFileChooser::ask(const Question &question, Answer answered) {
         options.insert(QStringLiteral("multiple"), question.what == Question::What::Files);
         options.insert(QStringLiteral("directory"), question.what == Question::What::Folder);
     }
+    if (!question.filters.isEmpty())
+        options.insert(QStringLiteral("filters"), filtersOf(question.filters));
     if (!question.folder.isEmpty()) // in bytes that end with a zero
         options.insert(QStringLiteral("current_folder"), QFile::encodeName(question.folder) + '\0');
     const QString parent =

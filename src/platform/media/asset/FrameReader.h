@@ -28,6 +28,9 @@ public:
     // The next frame read is this one, to the frame and to the bit as if all before it had been read; clamped to the
     // end.
     virtual void seek(std::int64_t frame) = 0;
+    // From now on a seek is quick in every sound: where its coder has put noise, other noise of the same loudness may
+    // be read.
+    virtual void hurry() {}
     // How many of the samples read so far were beyond full scale where several sounds met, and were limited to it.
     virtual std::int64_t limited() const { return 0; }
 };

@@ -51,6 +51,8 @@ Result<void> CompositionReader::begin(const Composition::Piece &piece) {
         if (!opened)
             return opened.failure();
         source = {piece.source, std::move(opened).value(), 0};
+        if (mHurries)
+            source.reader->hurry();
     }
     if (source.position != position)
         source.reader->seek(position);

@@ -21,6 +21,7 @@ public:
     std::int64_t frames() const override { return mFrames; }
     foundation::Result<std::size_t> read(float *interleaved, std::size_t frames) override;
     void seek(std::int64_t frame) override;
+    void hurry() override { mHurries = true; } // called before anything is read
     std::int64_t limited() const override;
 
 private:
@@ -45,6 +46,7 @@ private:
     const SoundFormat mFormat;
     const std::int64_t mFrames;
     const std::vector<Composition::Piece> mPieces;
+    bool mHurries = false;
     std::int64_t mPosition = 0;
     std::size_t mNext = 0; // the first piece that has not begun
     std::vector<Sounding> mSounding;

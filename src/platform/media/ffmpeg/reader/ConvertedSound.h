@@ -21,6 +21,8 @@ public:
     // Interleaved. As many as were asked for but at the end.
     foundation::Result<std::size_t> read(void *interleaved, std::size_t frames);
     void seek(std::int64_t frame);
+    // See FrameSource.
+    void setExact(bool isExact) { mSource->setExact(isExact); }
     // See SampleReader. Reading goes on only after a seek.
     bool needsAllBefore() {
         mOutput = -1;

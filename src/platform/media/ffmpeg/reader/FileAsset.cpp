@@ -18,7 +18,9 @@ namespace {
 class FileFrames : public FrameReader {
 public:
     FileFrames(std::shared_ptr<const SoundTrack> track, std::unique_ptr<ConvertedSound> sound)
-        : mTrack(std::move(track)), mSound(std::move(sound)) {}
+        : mTrack(std::move(track)), mSound(std::move(sound)) {
+        mSound->setExact(true);
+    }
 
     SoundFormat format() const override { return mSound->format(); }
     std::int64_t frames() const override { return mSound->frames(); }
@@ -26,6 +28,7 @@ public:
         return mSound->read(interleaved, frames);
     }
     void seek(std::int64_t frame) override { mSound->seek(frame); }
+    void hurry() override { mSound->setExact(false); }
 
 private:
     std::shared_ptr<const SoundTrack> mTrack; // the sound refers to it

@@ -14,6 +14,7 @@ using foundation::Result;
 namespace {
 
 constexpr std::size_t kWindowBytes = 256 * 1024;
+constexpr std::size_t kCheckedAtOnce = 64; // packets
 
 bool isOfKind(const AVFrame &frame, const SoundTrack &track) {
     return frame.nb_samples > 0 && frame.sample_rate == track.format.rate
@@ -46,13 +47,24 @@ void TableSource::seek(std::int64_t frame) {
         return;
     const bool isBehind = frame >= mTrack.packets.frames();
     mWanted = isBehind ? mTrack.packets.count() : mTrack.packets.at(frame);
-    const std::size_t begin = mWanted - std::min(mWanted, mTrack.packetsBefore);
-    if (mNext <= mWanted && mNext >= begin)
+    mChecked.clear();
+    const std::size_t first = mHasNoise ? 0 : mWanted - std::min(mWanted, mTrack.packetsBefore);
+    if (mNext <= mWanted && mNext >= first)
         return; // It is on its way there.
-    mNext = begin;
+    begin(first);
+}
+
+void TableSource::begin(std::size_t packet) {
+    mNext = packet;
     // A flush leaves the shape of the last window behind, which counts where nothing lies before.
-    if (begin > 0 || !open())
+    if (packet > 0 || !open())
         avcodec_flush_buffers(mDecoder.get());
+    mPast = packet == 0 ? Past::Met : Past::Unmet;
+}
+
+void TableSource::setExact(bool isExact) {
+    mIsExact = isExact && mTrack.parameters->codec_id == AV_CODEC_ID_AAC;
+    mHasNoise = mHasNoise && mIsExact;
 }
 
 bool TableSource::needsAllBefore() {
@@ -106,6 +118,45 @@ const AVFrame *TableSource::silence(int frames) {
 }
 
 Result<const AVFrame *> TableSource::next() {
+    return !mChecked.empty() || (mIsExact && mPast == Past::Unmet) ? nextChecked() : decodeNext();
+}
+
+// Some are decoded ahead; if there was noise among them, all is decoded from the beginning on.
+Result<const AVFrame *> TableSource::nextChecked() {
+    if (mChecked.size() > 1) { // The first one is what was given last.
+        mChecked.pop_front();
+        mFirst = mChecked.front().first;
+        return mChecked.front().frame.get();
+    }
+    mChecked.clear();
+    const std::size_t wanted = std::max(mNext, mWanted);
+    while (mChecked.size() < kCheckedAtOnce) {
+        const auto decoded = decodeNext();
+        if (!decoded)
+            return decoded;
+        if (!decoded.value())
+            break;
+        mChecked.push_back({FrameHandle(av_frame_clone(decoded.value())), mFirst});
+        if (!mChecked.back().frame)
+            return nullptr; // There is no memory left.
+    }
+    if (mChecked.empty())
+        return nullptr;
+    const std::size_t next = mNext;
+    mHasNoise = needsAllBefore();
+    if (mHasNoise) {
+        mChecked.clear();
+        begin(0);
+        mWanted = wanted;
+        return decodeNext();
+    }
+    mWanted = next;
+    mNext = next - std::min(next, mTrack.packetsBefore); // The probe has flushed the decoder.
+    mFirst = mChecked.front().first;
+    return mChecked.front().frame.get();
+}
+
+Result<const AVFrame *> TableSource::decodeNext() {
     while (mNext < mTrack.packets.count()) {
         const PacketTable::Packet packet = mTrack.packets.packet(mNext);
         const auto data = bytes(packet);

@@ -4,6 +4,7 @@
 #include "platform/media/ffmpeg/reader/SoundTrack.h"
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -22,6 +23,8 @@ public:
     virtual void seek(std::int64_t frame) = 0;
     // See SampleReader. next() goes on only after a seek.
     virtual bool needsAllBefore() = 0;
+    // What is read behind a seek is what it would be, had all before been read; that may be slow.
+    virtual void setExact(bool /*isExact*/) {}
 
 protected:
     std::int64_t mFirst = 0;
@@ -38,10 +41,21 @@ public:
     foundation::Result<const AVFrame *> next() override;
     void seek(std::int64_t frame) override;
     bool needsAllBefore() override;
+    void setExact(bool isExact) override;
     // How many frames the decoder made of the packet that next() gave.
     int decodedFrames() const { return mDecodedFrames; }
 
 private:
+    // Whether the decoder has met all before; if it has not, it is as good as long as it meets no noise.
+    enum class Past { Met, Unmet };
+    struct Checked {
+        FrameHandle frame;
+        std::int64_t first = 0;
+    };
+
+    foundation::Result<const AVFrame *> decodeNext();
+    foundation::Result<const AVFrame *> nextChecked();
+    void begin(std::size_t packet);
     foundation::Result<std::span<const std::uint8_t>> bytes(const PacketTable::Packet &packet);
     int decode(std::span<const std::uint8_t> bytes);
     const AVFrame *silence(int frames);
@@ -57,7 +71,10 @@ private:
     std::size_t mNext = 0;   // packet
     std::size_t mWanted = 0; // packet; those before it are only decoded
     int mDecodedFrames = 0;
-    std::unique_ptr<NoiseProbe> mProbe; // once it is asked for
+    std::unique_ptr<NoiseProbe> mProbe;       // once it is asked for
+    bool mIsExact = false, mHasNoise = false; // the latter once it is known
+    Past mPast = Past::Met;
+    std::deque<Checked> mChecked; // decoded ahead
 };
 
 // By libavformat, from the beginning.
