@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """What recording a screen costs: CPU and memory of record-screen against ffmpeg's grab of the same display with the same
 coder settings, in turns, on moving pictures and on a still screen. Goals: 1.0 moving, 0.2 still, 1.0 memory. A round in which pictures were dropped says little: take a smaller size or a quieter machine.
-usage: bench/screen.py BUILD_FOLDER [--seconds N] [--rounds N] [--size WxH]"""
+With --apart it looks instead at sound and picture of two moments so many seconds apart: within a frame of each other.
+usage: bench/screen.py BUILD_FOLDER [--seconds N] [--rounds N] [--size WxH] | BUILD_FOLDER --apart SECONDS"""
 import argparse
 import json
 import os
@@ -17,7 +18,11 @@ arguments.add_argument("build", type=Path)
 arguments.add_argument("--seconds", type=int, default=8)
 arguments.add_argument("--rounds", type=int, default=3)
 arguments.add_argument("--size", default="800x600")
+arguments.add_argument("--apart", type=int)
 options = arguments.parse_args()
+if options.apart is not None:
+    raise SystemExit(subprocess.run([options.build / "tests/screen_recorder_world_test", "--gtest_filter=*FlashAndClick*"],
+                                    env=dict(os.environ, CANTOREL_SECONDS_APART=str(options.apart))).returncode)
 
 
 def measured(command, environment):

@@ -7,9 +7,7 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <span>
-#include <vector>
 
 // The layout of a recording. While it grows:
 //   ftyp | free (16 bytes, with a mark) | moov without samples | moof mdat | moof mdat | ...
@@ -33,11 +31,6 @@ BoxBuffer fragmentStart(std::uint32_t sequence, std::uint64_t firstFrame, const 
 // The header that replaces the placeholder; `moovPosition` is where the full moov begins.
 BoxBuffer swallowingHeader(std::uint64_t moovPosition);
 
-// The length of a movie that is finished, in seconds, by the header of its full moov; nothing for any other file.
-// `read` answers bytes of it, fewer behind its end.
-std::optional<double>
-finishedMovieSeconds(const std::function<std::vector<std::uint8_t>(std::uint64_t position, std::uint64_t count)> &read);
-
 // Hands the full moov to `write` in pieces of at most 64 KiB, or what the pictures' tables take, until one answers
 // false; answers whether all were taken. validFrames: what is to be heard, priming not counted. userData: whole boxes
 // that stand in the moov beside the tracks.
@@ -60,24 +53,5 @@ struct PcmFormat {
 BoxBuffer plainMovieStart();
 // The moov of bare samples that lie at that position.
 BoxBuffer pcmMovie(const PcmFormat &format, std::uint64_t position, std::uint64_t frames);
-
-// What movieStart() wrote, read back from the start of a file; nothing for any other bytes.
-struct UnfinishedStart {
-    MovieFormat format;
-    std::uint64_t size = 0; // bytes up to the first fragment
-};
-std::optional<UnfinishedStart> readMovieStart(std::span<const std::uint8_t> fileStart);
-
-// What fragmentStart() wrote, read back; nothing for any other bytes.
-struct FragmentRuns {
-    std::vector<PictureRun::Entry> pictures;
-    std::uint64_t firstPicture = 0;
-    std::vector<std::uint32_t> packetSizes;
-    std::uint64_t firstFrame = 0;
-
-    std::uint64_t pictureBytes() const;
-    std::uint64_t packetBytes() const;
-};
-std::optional<FragmentRuns> readFragment(std::span<const std::uint8_t> moof);
 
 } // namespace cantorel::media

@@ -5,7 +5,7 @@
 #include "platform/foundation/HiddenFile.h"
 #include "platform/media/FragmentedFile.h"
 #include "platform/media/MediaFailures.h"
-#include "platform/media/MovieBoxes.h"
+#include "platform/media/MovieReading.h"
 #include "platform/media/asset/MediaTime.h"
 
 #include <QFile>

@@ -2,6 +2,7 @@
 #include "platform/media/movie/software/SoftwareScreen.h"
 #include "tests/support/EmbeddedWorld.h"
 #include "tests/support/Movie.h"
+#include "tests/support/MovieLog.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateWorld.h"
 
@@ -22,20 +23,6 @@ using test::eventually;
 
 // A display and a microphone in software, on a clock that the test moves.
 struct ZQScreenRecorderTest : testing::Test {
-    struct Listener : QObject, ZQAVRecorderDelegate {
-        void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &) override { ++started; }
-        void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &, const media::RecordingCounts &told,
-                                                    const std::optional<foundation::Failure> &why) override {
-            counts = told;
-            failure = why;
-            ++ended;
-        }
-        void AVRecorderDidFinishRecorderWithOutputFilePath(ZQAVRecorder &, const QString &) override { ++files; }
-        int started = 0, ended = 0, files = 0;
-        media::RecordingCounts counts;
-        std::optional<foundation::Failure> failure;
-    };
-
     ZQScreenRecorderTest() { recorder->delegate = &listener; }
     void hear() {
         recorder->setCaptureAudioDevices({*media::captureDeviceWithUniqueID(QStringLiteral("builtin_microphone"))});
@@ -64,7 +51,7 @@ struct ZQScreenRecorderTest : testing::Test {
     test::EmbeddedWorld world;
     media::SoftwareScreen *const screen = new media::SoftwareScreen(*world.clock, {64, 48}); // the sources' below
     const media::InstalledPictureSources pictures{std::unique_ptr<media::PictureSources>(screen)};
-    Listener listener;
+    test::MovieLog listener;
     std::unique_ptr<ZQScreenRecorder> recorder = ZQScreenRecorder::init();
     const QString file = QDir::homePath() + "/movie.mp4";
 };

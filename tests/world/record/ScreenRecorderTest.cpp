@@ -8,6 +8,7 @@
 #include "tests/support/FlashAndClick.h"
 #include "tests/support/LoopbackNames.h"
 #include "tests/support/Movie.h"
+#include "tests/support/MovieLog.h"
 #include "tests/support/OrdinaryFile.h"
 #include "tests/support/PrivateDisplay.h"
 #include "tests/support/PrivateWorld.h"
@@ -30,20 +31,6 @@ using test::FlashAndClick;
 using test::Painter;
 
 struct ScreenRecorderTest : testing::Test {
-    struct Listener : QObject, ZQAVRecorderDelegate {
-        void captureDidStartRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &) override { ++started; }
-        void captureDidFinishRecordingToOutputAtURL(ZQAVRecorder &, const QUrl &, const media::RecordingCounts &told,
-                                                    const std::optional<foundation::Failure> &why) override {
-            counts = told;
-            failure = why;
-            ++ended;
-        }
-        void AVRecorderDidFinishRecorderWithOutputFilePath(ZQAVRecorder &, const QString &) override { ++files; }
-        int started = 0, ended = 0, files = 0;
-        media::RecordingCounts counts;
-        std::optional<foundation::Failure> failure;
-    };
-
     void SetUp() override {
         ASSERT_TRUE(display.ready());
         qputenv("DISPLAY", display.name().toLocal8Bit());
@@ -78,7 +65,7 @@ struct ScreenRecorderTest : testing::Test {
     std::unique_ptr<test::PrivateWorld> world;
     std::unique_ptr<hal::HardwareSystem> system;
     const media::InstalledPictureSources pictures{desktopPictures()};
-    Listener listener;
+    test::MovieLog listener;
     std::unique_ptr<ZQScreenRecorder> recorder;
     const QString file = QDir::homePath() + "/movie.mp4";
 };

@@ -27,8 +27,8 @@ LibavFitter::LibavFitter(const VideoSettings &settings)
                                     + kAlignment,
                                 nullptr)) {}
 
-VideoFrame LibavFitter::blank() {
-    VideoFrame frame(av_frame_alloc());
+FrameHandle LibavFitter::blank() {
+    FrameHandle frame(av_frame_alloc());
     frame->format = AV_PIX_FMT_YUV420P;
     frame->width = mSize.width;
     frame->height = mSize.height;

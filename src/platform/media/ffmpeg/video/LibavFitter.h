@@ -10,7 +10,7 @@ namespace cantorel::media {
 
 // A picture in three planes, of the movie's size.
 struct LibavPicture : FittedPicture {
-    VideoFrame frame;
+    FrameHandle frame;
 
     PictureSize size() const override { return {frame->width, frame->height}; }
 };
@@ -31,7 +31,7 @@ private:
     };
 
     Place placeOf(PictureSize size) const;
-    VideoFrame blank();
+    FrameHandle blank();
 
     const PictureSize mSize;
     const bool mIsFromCamera;

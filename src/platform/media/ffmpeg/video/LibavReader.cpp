@@ -66,7 +66,7 @@ Result<LibavSource> LibavReader::decoded(const Picture &picture) {
     if (code >= 0)
         code = avcodec_receive_frame(mJpeg.get(), mJpegFrame.get());
     if (code < 0)
-        return failures::pictureUnreadable(videoError(code));
+        return failures::pictureUnreadable(ffmpegError(code));
     LibavSource source;
     std::tie(source.format, source.isFullRange) = withoutRange(static_cast<AVPixelFormat>(mJpegFrame->format));
     source.isFullRange |= mJpegFrame->color_range == AVCOL_RANGE_JPEG;

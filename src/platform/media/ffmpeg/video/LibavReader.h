@@ -25,9 +25,9 @@ public:
 private:
     foundation::Result<LibavSource> decoded(const Picture &picture);
 
-    VideoContext mJpeg;
-    VideoFrame mJpegFrame;
-    VideoPacket mJpegPacket;
+    CodecContextHandle mJpeg;
+    FrameHandle mJpegFrame;
+    PacketHandle mJpegPacket;
 };
 
 } // namespace cantorel::media

@@ -73,7 +73,7 @@ std::vector<std::uint8_t> configurationOf(std::span<const std::uint8_t> extradat
 
 } // namespace
 
-LibavVideoEncoder::LibavVideoEncoder(VideoContext context)
+LibavVideoEncoder::LibavVideoEncoder(CodecContextHandle context)
     : mContext(std::move(context)), mFrame(av_frame_alloc()), mPacket(av_packet_alloc()) {
     mFormat.width = mContext->width;
     mFormat.height = mContext->height;
@@ -101,9 +101,9 @@ int LibavVideoEncoder::addFrames(AVCodecContext &context) {
     return code;
 }
 
-Result<VideoContext> LibavVideoEncoder::open(const VideoSettings &settings, const char *name) {
+Result<CodecContextHandle> LibavVideoEncoder::open(const VideoSettings &settings, const char *name) {
     const AVCodec *codec = avcodec_find_encoder_by_name(name);
-    VideoContext context(codec ? avcodec_alloc_context3(codec) : nullptr);
+    CodecContextHandle context(codec ? avcodec_alloc_context3(codec) : nullptr);
     if (!context)
         return failures::pictureCodecs(QStringLiteral("no coder %1").arg(QString::fromLatin1(name)));
     const bool onCard = std::strcmp(name, kGraphicsCardCoder) == 0;
@@ -135,14 +135,14 @@ Result<VideoContext> LibavVideoEncoder::open(const VideoSettings &settings, cons
     if (code >= 0)
         code = avcodec_open2(context.get(), codec, nullptr);
     if (code < 0)
-        return failures::pictureCodecs(videoError(code));
+        return failures::pictureCodecs(ffmpegError(code));
     return context;
 }
 
 Result<std::unique_ptr<VideoEncoder>> LibavVideoEncoder::make(const VideoSettings &settings) {
     if (!isMovieSize(settings.size))
         return failures::movieSize(settings.size);
-    Result<VideoContext> context = failures::pictureCodecs({});
+    Result<CodecContextHandle> context = failures::pictureCodecs({});
     if (settings.coder == QLatin1String(kGraphicsCardCoder))
         context = open(settings, kGraphicsCardCoder);
     if (!context) // where the card's does not start
@@ -167,7 +167,7 @@ Result<void> LibavVideoEncoder::encode(const FittedPicture &picture, std::chrono
         code = av_frame_ref(mFrame.get(), fitted.frame.get());
     }
     if (code < 0)
-        return failures::pictureCodecs(videoError(code));
+        return failures::pictureCodecs(ffmpegError(code));
     mFrame->pts = MediaTime{time.count(), 1'000'000'000}.in(kPictureTimescale).value;
     const bool isKey = mFrame->pts - mLastKey >= kSecondsBetweenKeys * kPictureTimescale;
     mFrame->pict_type = isKey ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
@@ -175,7 +175,7 @@ Result<void> LibavVideoEncoder::encode(const FittedPicture &picture, std::chrono
     if (code >= 0)
         code = avcodec_receive_packet(mContext.get(), mPacket.get());
     if (code < 0)
-        return failures::pictureCodecs(videoError(code));
+        return failures::pictureCodecs(ffmpegError(code));
 
     PictureRun::Entry entry;
     entry.isKey = (mPacket->flags & AV_PKT_FLAG_KEY) != 0;

@@ -19,14 +19,14 @@ public:
                                     PictureRun &run) override;
 
 private:
-    explicit LibavVideoEncoder(VideoContext context);
-    static foundation::Result<VideoContext> open(const VideoSettings &settings, const char *name);
+    explicit LibavVideoEncoder(CodecContextHandle context);
+    static foundation::Result<CodecContextHandle> open(const VideoSettings &settings, const char *name);
     static int addFrames(AVCodecContext &context);
 
-    VideoContext mContext;
+    CodecContextHandle mContext;
     AvcFormat mFormat;
-    VideoFrame mFrame;
-    VideoPacket mPacket;
+    FrameHandle mFrame;
+    PacketHandle mPacket;
     std::int64_t mLastKey = 0; // when the last picture stood that needs no other, in units of kPictureTimescale
 };
 
