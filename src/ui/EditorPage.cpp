@@ -353,7 +353,7 @@ void EditorPage::showState() {
 
 void EditorPage::showCuts() {
     mWave->wave().cutsDidChange();
-    mWave->edges().update();
+    mWave->edges().cutsDidChange();
     const CutList &cuts = mManager.cuts();
     const ZQAudioCutEntity *focused = cuts.getFocusOnCutEntity();
     mCutInfo->setMinTime(0);

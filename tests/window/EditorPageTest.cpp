@@ -17,6 +17,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScreen>
 #include <QSlider>
 #include <QTabWidget>
 #include <QTableView>
@@ -221,6 +222,21 @@ TEST_F(EditorPage, ThePointerSaysWhatAPressWouldTake) {
     EXPECT_EQ(wave()->cursor().shape(), Qt::OpenHandCursor);
     EXPECT_NEAR(manager().playTime(), 7, pointWidth());
     EXPECT_FALSE(find<QLabel>("waveReadout")->text().isEmpty());
+}
+
+TEST_F(EditorPage, WhatADragLeavesOnTheScreenIsWhatAWholePaintingShows) {
+    open(sound("Short.wav", 20));
+    select(5, 6);
+    select(10, 12);
+    drag(12, 15, 2);
+    drag(10, 8, -2);
+    press(Qt::Key_Up);
+    drag(6, 4.5, 2);
+    QTest::qWait(100);
+    QWidget &area = *wave()->parentWidget();
+    const QImage screen = window.screen()->grabWindow(window.winId()).toImage();
+    const QImage shown = screen.copy(QRect(area.mapTo(&window, QPoint()), area.size()));
+    EXPECT_EQ(shown.convertToFormat(QImage::Format_RGB32), area.grab().toImage().convertToFormat(QImage::Format_RGB32));
 }
 
 TEST_F(EditorPage, TimesAreTypedSteppedAndKeptBetweenTheNeighbours) {

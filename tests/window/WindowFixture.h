@@ -126,6 +126,9 @@ public:
         ZQAudioEditorManager &editor = window.editorPage().manager();
         editor.showExportInfo();
         look("export");
+        editor.exporting().exportMethod_Part();
+        look("parts");
+        editor.exporting().exportMethod_Merger();
         window.editorPage().goBack();
         editor.actionForEditToolInsertMute();
         look("insert");

@@ -23,6 +23,11 @@ ZQAudioDrawCutView::ZQAudioDrawCutView(const WaveGeometry &geometry, const Audio
     setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
+void ZQAudioDrawCutView::cutsDidChange() {
+    const QFontMetrics number(Look::font(*this, text_size::kLabel, QFont::Bold));
+    update(0, 0, width(), kNumberTop + number.height());
+}
+
 void ZQAudioDrawCutView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     painter.setFont(Look::font(*this, text_size::kLabel, QFont::Bold));

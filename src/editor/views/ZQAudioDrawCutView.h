@@ -12,6 +12,9 @@ public:
     // Both outlive it.
     ZQAudioDrawCutView(const WaveGeometry &geometry, const AudioCutRequestDelegate &delegate, QWidget *parent);
 
+    // Its numbers are painted anew; edges are with what they part in the wave below.
+    void cutsDidChange();
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 

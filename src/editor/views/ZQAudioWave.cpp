@@ -59,7 +59,8 @@ void ZQAudioWave::paint(double from, double to) {
     const double scale = mPicture.devicePixelRatio();
     paintWave(mPicture, mGeometry, mDelegate.AudioCutRequestDelegate_GetExistCutEntitysRect(),
               static_cast<int>(std::floor(left * scale)), static_cast<int>(std::ceil(right * scale)));
-    update(left, 0, right - left, height());
+    const int handle = static_cast<int>(std::ceil(ZQAudioTools::dragHandleSize().width())); // beside its edge
+    update(left - handle, 0, right - left + 2 * handle, height());
 }
 
 void ZQAudioWave::paintEvent(QPaintEvent *event) {
