@@ -203,7 +203,7 @@ void RecordingTab::changeEvent(QEvent *event) {
         showSettings();
     if (event->type() == QEvent::FontChange)
         fit();
-    if (event->type() == QEvent::LanguageChange && isVisible()) // else showEvent() does it
+    if (event->type() == QEvent::LanguageChange)
         showTexts();
     QWidget::changeEvent(event);
 }
