@@ -1,6 +1,7 @@
 #include "editor/KeptEdit.h"
 
 #include "log/Log.h"
+#include "platform/foundation/FileLock.h"
 #include "platform/foundation/SearchPaths.h"
 #include "platform/media/asset/OpenAsset.h"
 #include "platform/media/composition/Composition.h"
@@ -13,8 +14,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -82,11 +81,9 @@ KeptEdit::KeptEdit() : KeptEdit(foundation::stateFolder() + QStringLiteral("/can
 KeptEdit::KeptEdit(QString file) : mFile(std::move(file)) {
     mWorker.setMaxThreadCount(1);
     QDir().mkpath(QFileInfo(mFile).path());
-    foundation::FileDescriptor lock(
-        ::open(QFile::encodeName(mFile + QStringLiteral(".lock")).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    if (!lock.isOpen() || ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
+    mLock = foundation::lockFile(mFile + QStringLiteral(".lock"));
+    if (!mLock.isOpen())
         return;
-    mLock = std::move(lock);
     QFile kept(mFile);
     if (kept.open(QIODevice::ReadOnly))
         mLeft = kept.read(kMostBytes);
