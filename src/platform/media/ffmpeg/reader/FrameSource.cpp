@@ -47,10 +47,12 @@ void TableSource::seek(std::int64_t frame) {
         return;
     const bool isBehind = frame >= mTrack.packets.frames();
     mWanted = isBehind ? mTrack.packets.count() : mTrack.packets.at(frame);
+    // What was decoded ahead was looked at for noise, which has flushed the decoder: nothing lies before its place.
+    const bool isOnItsWay = mChecked.empty();
     mChecked.clear();
     const std::size_t first = mHasNoise ? 0 : mWanted - std::min(mWanted, mTrack.packetsBefore);
-    if (mNext <= mWanted && mNext >= first)
-        return; // It is on its way there.
+    if (isOnItsWay && mNext <= mWanted && mNext >= first)
+        return;
     begin(first);
 }
 
