@@ -14,7 +14,7 @@ using foundation::Result;
 namespace {
 
 constexpr std::size_t kWalkedFrames = 8192; // of which only a part is visited where there are many channels
-constexpr std::size_t kBlockFrames = kGroupFrames * 1024; // read at once
+constexpr std::size_t kBlockFrames = kGroupFrames * 4096; // read at once
 constexpr std::size_t kWideBlockFrames = kGroupFrames * kWalkedFrames;
 constexpr std::size_t kSectionFrames = 16 * kWideBlockFrames; // about half a minute
 constexpr unsigned kMostWorkers = 4;
