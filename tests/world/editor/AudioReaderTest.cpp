@@ -224,6 +224,9 @@ TEST_F(AudioReader, WhatALaterReadingHasOvertakenIsNotTold) {
 TEST_F(AudioReader, ALongSeriesIsFoundAgainUntilTheFileIsAnother) {
     const QString path = inFolder("long.wav"), folder = inFolder("levels");
     ASSERT_TRUE(test::ffmpeg(test::variedSound(3000000, 44100, 1) + QStringList{path}));
+    QFile sound(path);
+    const QDateTime time = QDateTime::fromSecsSinceEpoch(1'700'000'000); // which can be set again to the nanosecond
+    ASSERT_TRUE(sound.open(QIODevice::ReadWrite) && sound.setFileTime(time, QFileDevice::FileModificationTime));
     ZQAudioReader reader(folder);
     reader.readingDelegate = &mListener;
     const auto kept = [&folder] { return QDir(folder).entryList({"*.levels"}, QDir::Files); };
@@ -246,9 +249,6 @@ TEST_F(AudioReader, ALongSeriesIsFoundAgainUntilTheFileIsAnother) {
     ASSERT_TRUE(readAgain());
     EXPECT_EQ(reader.audioWaveData().size(), 3000000 / 11 * 2);
     EXPECT_NE(reader.audioWaveData().left(2), "\x34\x12");
-    QFile sound(path);
-    ASSERT_TRUE(sound.open(QIODevice::ReadWrite));
-    const QDateTime time = sound.fileTime(QFileDevice::FileModificationTime);
     ASSERT_TRUE(sound.seek(1000) && sound.write(QByteArray(400, '\x11')) == 400 && sound.flush());
     ASSERT_TRUE(sound.setFileTime(time, QFileDevice::FileModificationTime));
     sound.close();
