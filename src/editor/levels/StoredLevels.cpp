@@ -82,6 +82,7 @@ void StoredLevels::keep(const QByteArray &key, const media::Asset &asset, LevelS
         return;
     const Header header = headerOf(key, asset);
     std::memcpy(series.header().data(), &header, sizeof header);
+    QFile::remove(pathOf(key)); // What is there was looked for before, so it is damaged, or the same.
     if (series.keep(pathOf(key)))
         makeRoom();
 }
