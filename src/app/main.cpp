@@ -53,10 +53,10 @@ public:
     explicit WindowProgram(std::unique_ptr<Hardware> hardware)
         : mHardware(std::move(hardware)),
           mList(Hardware::stateFolder(), hal::HardwareSystem::clock()),
-          mSession(mPanel, mList,
-                   {hal::HardwareSystem::clock(), desktop::InstalledServices::current().sleep.get(),
-                    Hardware::stateFolder()}),
-          mMovies(mPanel, mList, mSession.journal(), mSession.sleepGuard(), hal::HardwareSystem::clock()),
+          mCommons(Hardware::stateFolder(), hal::HardwareSystem::clock(),
+                   desktop::InstalledServices::current().sleep.get()),
+          mSession(mPanel, mList, mCommons),
+          mMovies(mPanel, mList, mCommons),
           mRecorder(mSession, &mMovies, mTasks, mPanel, hal::HardwareSystem::clock()) {}
 
     ~WindowProgram() {
@@ -65,7 +65,7 @@ public:
         ToolSystem::setAllowKeepSystemWakeEnable(false);
     }
 
-    bool claim() { return mSession.claim(); }
+    bool claim() { return mCommons.journal.claim(); }
 
     int run() {
         mWindow.emplace(ui::MainWindow::Parts{mPanel, mRecorder, mSession, mList, mTasks, mConverter, mIdentification,
@@ -159,6 +159,7 @@ private:
     RecorderPanel mPanel;
     RecordedList mList;
     TaskList mTasks;
+    RecorderCommons mCommons;
     RecordingSession mSession;
     MovieSession mMovies;
     ScheduledSession mRecorder;

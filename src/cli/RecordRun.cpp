@@ -84,6 +84,7 @@ Outcome RecordRun::run() {
     mControl.reset();
     mPlayer.reset();
     mSession.reset();
+    mCommons.reset();
     mList.reset();
     if (borrows)
         ZQAudioKextKit::giveBackAudioInputDevice();
@@ -93,11 +94,10 @@ Outcome RecordRun::run() {
 
 Outcome RecordRun::start() {
     mList = std::make_unique<RecordedList>(Hardware::stateFolder(), hal::HardwareSystem::clock());
-    mSession = std::make_unique<RecordingSession>(
-        *this, *mList,
-        RecordingSession::Surroundings{hal::HardwareSystem::clock(), desktop::InstalledServices::current().sleep.get(),
-                                       Hardware::stateFolder()});
-    if (mSession->claim()) {
+    mCommons = std::make_unique<RecorderCommons>(Hardware::stateFolder(), hal::HardwareSystem::clock(),
+                                                 desktop::InstalledServices::current().sleep.get());
+    mSession = std::make_unique<RecordingSession>(*this, *mList, *mCommons);
+    if (mCommons->journal.claim()) {
         mList->initRecordedList();
         mSession->leftovers().recover();
         mControl = std::make_unique<RecordingControl>(*mSession, *mList, mTasks, RecordingControl::Begins::None,

@@ -70,6 +70,7 @@ private:
     std::optional<InstalledAsker> mInstalledAsker;
     std::unique_ptr<RecordedList> mList;
     TaskList mTasks;
+    std::unique_ptr<RecorderCommons> mCommons;
     std::unique_ptr<RecordingSession> mSession;
     std::unique_ptr<RecordingControl> mControl;
     std::unique_ptr<ZQAVAudioPlayer> mPlayer;

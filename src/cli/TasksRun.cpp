@@ -33,6 +33,7 @@ Outcome TasksRun::run() {
     mHotkeys.reset();
     mScheduled.reset();
     mSession.reset();
+    mCommons.reset();
     mList.reset();
     mHardware.reset();
     return outcome;
@@ -41,11 +42,10 @@ Outcome TasksRun::run() {
 Outcome TasksRun::start() {
     foundation::Clock &clock = hal::HardwareSystem::clock();
     mList = std::make_unique<RecordedList>(Hardware::stateFolder(), clock);
-    mSession = std::make_unique<RecordingSession>(
-        *this, *mList,
-        RecordingSession::Surroundings{clock, desktop::InstalledServices::current().sleep.get(),
-                                       Hardware::stateFolder()});
-    if (!mSession->claim())
+    mCommons = std::make_unique<RecorderCommons>(Hardware::stateFolder(), clock,
+                                                 desktop::InstalledServices::current().sleep.get());
+    mSession = std::make_unique<RecordingSession>(*this, *mList, *mCommons);
+    if (!mCommons->journal.claim())
         return Outcome::failed(
             QStringLiteral("Another Cantorel is running and keeps the schedule; stop that one first."));
     mList->initRecordedList();

@@ -37,6 +37,7 @@ private:
     std::unique_ptr<Hardware> mHardware;
     std::unique_ptr<RecordedList> mList;
     TaskList mTasks;
+    std::unique_ptr<RecorderCommons> mCommons;
     std::unique_ptr<RecordingSession> mSession;
     std::unique_ptr<ScheduledSession> mScheduled;
     std::unique_ptr<RecordingHotkeys> mHotkeys;

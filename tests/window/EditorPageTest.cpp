@@ -298,7 +298,6 @@ TEST_F(EditorPage, SpacePlaysAndSelectionsArePlayedInTurn) {
 
 TEST_F(EditorPage, PlayingIntoARecordingIsAskedAboutOnce) {
     open(sound("Song.wav", 5));
-    session.claim();
     ASSERT_TRUE(session.startRecording());
     ASSERT_TRUE(passUntil([&] { return panel.state() == RecorderState::Recording; }));
     const auto sheets = [&] { return window.findChildren<QMessageBox *>("sheet").size(); };

@@ -34,7 +34,7 @@ struct WindowParts {
     explicit WindowParts(foundation::Clock &time, desktop::Services desktop = {})
         : services(std::move(desktop)), clock(time) {
         list.initRecordedList();
-        session.claim();
+        commons.journal.claim();
     }
     template <class Widget> Widget *find(const char *name) {
         auto *found = window.findChild<Widget *>(name);
@@ -53,10 +53,10 @@ struct WindowParts {
     foundation::Clock &clock;
     RecorderPanel panel;
     RecordedList list{QDir::homePath() + "/state", clock};
-    RecordingSession session{
-        panel, list, {clock, desktop::InstalledServices::current().sleep.get(), QDir::homePath() + "/state"}};
+    RecorderCommons commons{QDir::homePath() + "/state", clock, desktop::InstalledServices::current().sleep.get()};
+    RecordingSession session{panel, list, commons};
     TaskList taskList;
-    MovieSession movies{panel, list, session.journal(), session.sleepGuard(), clock};
+    MovieSession movies{panel, list, commons};
     ScheduledSession recorder{session, &movies, taskList, panel, clock};
     ZQAudioConvertManager converter{clock};
     OwnSongs songs{AppSettings::TessolarConverterPath(), songStorePath()};

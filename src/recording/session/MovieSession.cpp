@@ -9,7 +9,6 @@
 #include "platform/media/DiskSpace.h"
 #include "recording/library/RecordedList.h"
 #include "recording/session/RecordManager.h"
-#include "recording/session/RecordingJournal.h"
 #include "recording/session/RecordingNames.h"
 #include "recording/session/StartConditions.h"
 #include "settings/AppSettings.h"
@@ -51,14 +50,13 @@ std::optional<qint64> secondsLeft(const QString &folder, double seconds, qint64 
 
 } // namespace
 
-MovieSession::MovieSession(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal, SleepGuard &sleep,
-                           foundation::Clock &clock)
+MovieSession::MovieSession(RecordingSessionView &view, RecordedList &list, RecorderCommons &commons)
     : mView(view),
       mList(list),
-      mJournal(journal),
-      mClock(clock),
+      mJournal(commons.journal),
+      mClock(commons.clock),
       mSleep(
-          sleep, [this](bool shutsDown) { machineWillSleep(shutsDown); }, [this] { machineDidWake(); }) {}
+          commons.sleep, [this](bool shutsDown) { machineWillSleep(shutsDown); }, [this] { machineDidWake(); }) {}
 
 MovieSession::~MovieSession() {
     stop();

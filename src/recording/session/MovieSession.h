@@ -1,11 +1,10 @@
 #pragma once
 
 #include "capture/MovieRecorder.h"
-#include "platform/foundation/Clock.h"
 #include "platform/foundation/Result.h"
 #include "platform/media/movie/PictureSources.h"
+#include "recording/session/RecorderCommons.h"
 #include "recording/session/RecordingSessionView.h"
-#include "recording/session/SleepGuard.h"
 #include "recording/session/SoundRouting.h"
 #include "settings/RecordingSource.h"
 
@@ -24,7 +23,6 @@ namespace cantorel {
 class RecordedList;
 class VideoPreviewLayer;
 class ZQCameraRecorder;
-class RecordingJournal;
 
 // What a movie is to show. None: sound alone is recorded. It is remembered as long as the program runs and no longer,
 // so that nobody's screen is recorded by surprise.
@@ -43,9 +41,8 @@ class MovieSession : public QObject, public ZQAVRecorderDelegate {
     Q_OBJECT
 
 public:
-    // Journal and guard are those of the session that records sound; all outlive it.
-    MovieSession(RecordingSessionView &view, RecordedList &list, RecordingJournal &journal, SleepGuard &sleep,
-                 foundation::Clock &clock);
+    // All outlive the session.
+    MovieSession(RecordingSessionView &view, RecordedList &list, RecorderCommons &commons);
     ~MovieSession() override;
 
     const MovieWish &wish() const { return mWish; }

@@ -13,7 +13,7 @@
 namespace cantorel {
 
 // Remembers in the state folder which file is being recorded, so that the next start finds what a crash left
-// unfinished; and lets only one recorder run at a time. Owned by RecordingSession; main thread.
+// unfinished; and lets only one recorder run at a time. Main thread.
 class RecordingJournal {
 public:
     // folder: made when needed.

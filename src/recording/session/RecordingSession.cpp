@@ -18,17 +18,16 @@ constexpr foundation::SentenceKey kNotStarted("NotStarted");
 
 } // namespace
 
-RecordingSession::RecordingSession(RecordingSessionView &view, RecordedList &list, const Surroundings &surroundings)
+RecordingSession::RecordingSession(RecordingSessionView &view, RecordedList &list, RecorderCommons &commons)
     : mView(view),
       mList(list),
-      mClock(surroundings.clock),
-      mJournal(surroundings.stateFolder),
+      mClock(commons.clock),
+      mJournal(commons.journal),
       mLeftovers(view, list, mJournal),
       mConditions(mJournal, view),
       mFiles(view, list, mJournal, [this] { settle(); }),
-      mSleepGuard(surroundings.sleep),
       mSleep(
-          mSleepGuard, [this](bool shutsDown) { machineWillSleep(shutsDown); }, [this] { machineDidWake(); }) {}
+          commons.sleep, [this](bool shutsDown) { machineWillSleep(shutsDown); }, [this] { machineDidWake(); }) {}
 
 RecordingSession::~RecordingSession() {
     if (mRecordManager) {

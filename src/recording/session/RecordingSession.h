@@ -3,9 +3,9 @@
 #include "recording/session/CrashLeftovers.h"
 #include "recording/session/FinishedFiles.h"
 #include "recording/session/RecordManager.h"
+#include "recording/session/RecorderCommons.h"
 #include "recording/session/Restarts.h"
 #include "recording/session/RunningRecording.h"
-#include "recording/session/SleepGuard.h"
 #include "recording/session/StartConditions.h"
 
 namespace cantorel {
@@ -15,13 +15,8 @@ namespace cantorel {
 // application or a command; main thread.
 class RecordingSession : public QObject, public RecordManagerDelegate, private RunningRecordingOwner {
 public:
-    struct Surroundings {
-        foundation::Clock &clock;
-        desktop::SleepDelay *sleep; // null where the desktop has none
-        QString stateFolder;        // holds the journal
-    };
     // All outlive the session.
-    RecordingSession(RecordingSessionView &view, RecordedList &list, const Surroundings &surroundings);
+    RecordingSession(RecordingSessionView &view, RecordedList &list, RecorderCommons &commons);
     ~RecordingSession() override;
 
     foundation::WeakDelegate<RecordingSessionTasks> tasks;
@@ -65,13 +60,8 @@ public:
     }
     int pendingConversions() const { return mFiles.pendingConversions(); }
 
-    // Makes this process the owner of recordings, list and tasks; false when another one is.
-    bool claim() { return mJournal.claim(); }
-    // What a crash has left behind. After claim().
+    // What a crash has left behind; for the owner of the journal.
     CrashLeftovers &leftovers() { return mLeftovers; }
-    // For who records beside it, one at a time.
-    RecordingJournal &journal() { return mJournal; }
-    SleepGuard &sleepGuard() { return mSleepGuard; }
 
 private:
     void RecordManagerDidStartRecordingToOutputAtURL(RecordManager &, const QUrl &url) override;
@@ -106,11 +96,10 @@ private:
     RecordingSessionView &mView;
     RecordedList &mList;
     foundation::Clock &mClock;
-    RecordingJournal mJournal;
+    RecordingJournal &mJournal;
     CrashLeftovers mLeftovers;
     StartConditions mConditions;
     FinishedFiles mFiles;
-    SleepGuard mSleepGuard;
     SleepGuard::Holder mSleep;
     std::unique_ptr<RecordManager> mRecordManager;
     std::unique_ptr<foundation::Timer> mTimerRestart;

@@ -7,8 +7,8 @@
 
 namespace cantorel {
 
-// Has the machine wait while somebody has a file to finish, and knows whether it sleeps. Owned by RecordingSession, or
-// by a command that has none; main thread.
+// Has the machine wait while somebody has a file to finish, and knows whether it sleeps. Main
+// thread.
 class SleepGuard {
 public:
     // delay: null where the desktop has none; outlives the guard.

@@ -110,8 +110,8 @@ public:
     }
     static QString output() { return ZQAudioKextKit::getDefaultAudioOutputName(); }
     std::optional<QString> chosenOutput() const { return world.backend->configuredDefault(hal::Direction::Output); }
-    RecordingSession::Surroundings surroundings(const char *stateFolder) const {
-        return {*world.clock, desktop::InstalledServices::current().sleep.get(), QDir::homePath() + '/' + stateFolder};
+    RecorderCommons commonsIn(const char *stateFolder) const {
+        return {QDir::homePath() + '/' + stateFolder, *world.clock, desktop::InstalledServices::current().sleep.get()};
     }
     QString path(const char *name) const { return folder.filePath(name); }
 

@@ -73,9 +73,8 @@ struct Bench : RecordingSessionView {
     hal::HardwareSystem system{hal::PipeWireBackend::connect(std::chrono::seconds(10), test::kLoopbackNames).value(),
                                QDir::homePath()};
     RecordedList list{QDir::homePath() + "/library", hal::HardwareSystem::clock()};
-    std::unique_ptr<RecordingSession> session = std::make_unique<RecordingSession>(
-        *this, list,
-        RecordingSession::Surroundings{hal::HardwareSystem::clock(), nullptr, QDir::homePath() + "/journal"});
+    RecorderCommons commons{QDir::homePath() + "/journal", hal::HardwareSystem::clock(), nullptr};
+    std::unique_ptr<RecordingSession> session = std::make_unique<RecordingSession>(*this, list, commons);
 };
 
 // Where the sound comes in, and what is recorded.

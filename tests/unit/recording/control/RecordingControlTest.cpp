@@ -19,7 +19,7 @@ public:
         AppSettings::setAudioFormat(4);
         AppSettings::setAudioType(1);
         AppSettings::setAutoSkipSilence(false);
-        ASSERT_TRUE(session.claim());
+        ASSERT_TRUE(commons.journal.claim());
         list.initRecordedList();
     }
     QString state() { return ask(control::kStatus).value("state").toString(); }
@@ -30,7 +30,8 @@ public:
     bool refuses(const char *method) { return ask(method).contains("refused"); }
 
     RecordedList list{QDir::homePath() + "/state", *world.clock};
-    RecordingSession session{*this, list, surroundings("state")};
+    RecorderCommons commons = commonsIn("state");
+    RecordingSession session{*this, list, commons};
     TaskList tasks;
     RecordingControl control{session, list, tasks, RecordingControl::Begins::Any, nullptr};
 };

@@ -77,7 +77,8 @@ public:
     std::atomic<bool> loud = true;
     test::SessionLog view;
     RecordedList list{QDir::homePath() + "/state", *world.clock};
-    RecordingSession session{view, list, surroundings("state")};
+    RecorderCommons commons = commonsIn("state");
+    RecordingSession session{view, list, commons};
 
 private:
     std::shared_ptr<void> mNoise;
@@ -154,7 +155,8 @@ TEST_F(RecordingRulesTest, WhileTheDeviceIsAwayNothingIsSplit) {
 TEST_F(RecordingRulesTest, WhatGoesWrongIsSaidInTheLanguageInForce) {
     AppSettings::setAudioType(1);
     RecorderPanel panel;
-    RecordingSession watched(panel, list, surroundings("watched"));
+    RecorderCommons others = commonsIn("watched");
+    RecordingSession watched(panel, list, others);
     world.unplugMicrophone();
     const auto refused = watched.startRecording();
     ASSERT_FALSE(refused);
@@ -179,7 +181,8 @@ TEST_F(RecordingRulesTest, LostFramesAreToldWithTheLevelsAndInAll) {
     std::mutex coder;
     ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap(
         [&](std::span<const float>) { const std::lock_guard lock(coder); });
-    RecordingSession watched(panel, list, surroundings("watched"));
+    RecorderCommons others = commonsIn("watched");
+    RecordingSession watched(panel, list, others);
     ASSERT_TRUE(watched.startRecording());
     ASSERT_TRUE(stepUntil([&] { return panel.display().seconds >= 2; }));
     EXPECT_EQ(marks(), 0u);
@@ -355,7 +358,8 @@ TEST_F(RecordingRulesTest, APressWhileAFileClosesIsNotLost) {
 
 TEST_F(RecordingRulesTest, TheWordOfSilenceEndsWithTheFirstSoundAndWithTheRecording) {
     RecorderPanel panel;
-    RecordingSession watched(panel, list, surroundings("watched"));
+    RecorderCommons others = commonsIn("watched");
+    RecordingSession watched(panel, list, others);
     for (const bool isHeard : {true, false}) {
         loud = false;
         ASSERT_TRUE(watched.startRecording());

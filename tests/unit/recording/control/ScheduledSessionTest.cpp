@@ -36,7 +36,7 @@ public:
     }
     void SetUp() override {
         AppSettings::setAudioFormat(4);
-        ASSERT_TRUE(session.claim());
+        ASSERT_TRUE(commons.journal.claim());
         list.initRecordedList();
         scheduled.schedule().initScheduleTaskList();
     }
@@ -46,7 +46,8 @@ public:
     QStringList ended, missed;
     std::function<void()> onConverting; // once
     RecordedList list{QDir::homePath() + "/state", *world.clock};
-    RecordingSession session{*this, list, surroundings("state")};
+    RecorderCommons commons = commonsIn("state");
+    RecordingSession session{*this, list, commons};
     TaskList tasks;
     ScheduledSession scheduled{session, nullptr, tasks, *this, *world.clock, [this] { return now(); }};
 };

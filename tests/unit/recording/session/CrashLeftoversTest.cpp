@@ -22,7 +22,7 @@ public:
     CrashLeftoversTest() {
         test::unfinished(left);
         before = contents(left);
-        EXPECT_TRUE(session.claim());
+        EXPECT_TRUE(commons.journal.claim());
         EXPECT_TRUE(RecordingJournal(state).begin(left));
         list.initRecordedList();
         list.addRecordedFile(left, "00:00:00", {});
@@ -46,7 +46,8 @@ public:
     const QString left = path("Track1.m4a"); // the very name that the next recording would have
     QByteArray before;
     RecordedList list{state, *world.clock};
-    RecordingSession session{view, list, {*world.clock, nullptr, state}};
+    RecorderCommons commons{state, *world.clock, nullptr};
+    RecordingSession session{view, list, commons};
     CrashLeftovers &leftovers = session.leftovers();
 };
 

@@ -69,7 +69,8 @@ public:
     std::atomic<std::uint32_t> heard = 0, wrong = 0; // of them, and those that are not the next
     std::atomic<std::int64_t> tapped = 0;            // frames of the file
     RecordedList list{QDir::homePath() + "/state", *world.clock};
-    RecordingSession session{*this, list, surroundings("state")};
+    RecorderCommons commons = commonsIn("state");
+    RecordingSession session{*this, list, commons};
 
 private:
     void fill(std::span<float> samples, std::size_t channels) {

@@ -64,8 +64,9 @@ public:
     const media::InstalledPictureSources pictures{std::unique_ptr<media::PictureSources>(screen)};
     const QString stateFolder = QDir::homePath() + "/state";
     RecordedList list{stateFolder, *world.clock};
-    RecordingSession session{*this, list, surroundings("state")};
-    MovieSession movies{*this, list, session.journal(), session.sleepGuard(), *world.clock};
+    RecorderCommons commons = commonsIn("state");
+    RecordingSession session{*this, list, commons};
+    MovieSession movies{*this, list, commons};
 };
 
 } // namespace

@@ -57,7 +57,8 @@ public:
 
     View view;
     RecordedList list{QDir::homePath() + "/journal", *world.clock};
-    RecordingSession session{view, list, surroundings("journal")};
+    RecorderCommons commons = commonsIn("journal");
+    RecordingSession session{view, list, commons};
 };
 
 struct WithoutVirtualDevice : RecordingSessionTest {
@@ -214,7 +215,8 @@ TEST_F(RecordingSessionTest, AFolderThatCannotBeWrittenIsNamed) {
 
 TEST_F(RecordingSessionTest, AnotherRecorderIsRefused) {
     View other;
-    RecordingSession second(other, list, surroundings("journal"));
+    RecorderCommons others = commonsIn("journal");
+    RecordingSession second(other, list, others);
     ASSERT_EQ(refusal(1), QString());
     const auto started = second.startRecording();
     ASSERT_FALSE(started);
@@ -297,7 +299,8 @@ TEST_F(RecordingSessionTest, SoundIsNoSilence) {
 TEST_F(RecordingSessionTest, ASessionThatGoesAwayGivesTheDevicesBack) {
     {
         View other;
-        RecordingSession second(other, list, surroundings("other"));
+        RecorderCommons others = commonsIn("other");
+        RecordingSession second(other, list, others);
         AppSettings::setAudioType(0);
         ASSERT_TRUE(second.startRecording());
         EXPECT_EQ(output(), "Tessolar_AudioDevice");

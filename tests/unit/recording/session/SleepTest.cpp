@@ -16,7 +16,7 @@ public:
         AppSettings::setAudioFormat(4);
         AppSettings::setAudioType(1);
         AppSettings::setAutoSkipSilence(false);
-        ASSERT_TRUE(session.claim());
+        ASSERT_TRUE(commons.journal.claim());
         list.initRecordedList();
     }
     void start() {
@@ -34,7 +34,8 @@ public:
     std::shared_ptr<desktop::CallRecord> calls = std::make_shared<desktop::CallRecord>();
     desktop::InstalledServices services{desktop::recordedServices(calls)};
     RecordedList list{QDir::homePath() + "/state", *world.clock};
-    RecordingSession session{*this, list, surroundings("state")};
+    RecorderCommons commons = commonsIn("state");
+    RecordingSession session{*this, list, commons};
 };
 
 } // namespace
