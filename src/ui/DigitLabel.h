@@ -16,6 +16,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    QFont unshaped() const;
     // Where each character stands, and behind them the whole width.
     QVector<qreal> positions() const;
 };
