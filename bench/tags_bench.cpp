@@ -66,13 +66,9 @@ void report(const char *what, std::pair<double, double> seconds, double limit) {
 
 } // namespace
 
-// The time that is spent in waiting for the disk, by standing in front of the system's own function.
-static double flushing = 0;
-extern "C" int fsync(int file) {
-    int result = 0;
-    flushing += secondsOf([&] { result = ::fdatasync(file); });
-    return result;
-}
+// In place of the system's own function.
+static bool flushes = false;
+extern "C" int fsync(int file) { return flushes ? ::fdatasync(file) : 0; }
 
 int main(int argc, char **argv) {
     if (argc < 3)
@@ -104,33 +100,33 @@ int main(int argc, char **argv) {
                    }
                }),
            kReading);
-    double flushed = 1e9;
-    const auto times = bestOf(
-        [&](int round) {
-            std::vector<TagsOfFile> edits;
-            for (const QByteArray &path : paths) {
-                id3Tag tag;
-                tag.id3Title = QStringLiteral("Title of round %1").arg(round);
-                edits.push_back({QFile::decodeName(path), tag});
+    const auto ours = [&](int round) {
+        std::vector<TagsOfFile> edits;
+        for (const QByteArray &path : paths) {
+            id3Tag tag;
+            tag.id3Title = QStringLiteral("Title of round %1%2").arg(round).arg(flushes ? 'f' : ' ');
+            edits.push_back({QFile::decodeName(path), tag});
+        }
+        if (!writeTags(edits).failures.empty())
+            std::abort();
+    };
+    const auto peers = [&](int round) {
+        for (const QByteArray &path : paths) {
+            const std::string copy = (path + ".copy" + (path.endsWith(".m4a") ? ".m4a" : ".mp3")).toStdString();
+            std::filesystem::copy_file(path.constData(), copy);
+            {
+                const auto file = opened(QByteArray::fromStdString(copy));
+                file->tag()->setTitle(TagLib::String("Peer's title " + std::to_string(round)));
+                file->save();
             }
-            flushing = 0;
-            if (!writeTags(edits).failures.empty())
-                std::abort();
-            flushed = std::min(flushed, flushing);
-        },
-        [&](int round) {
-            for (const QByteArray &path : paths) {
-                const std::string copy = (path + ".copy" + (path.endsWith(".m4a") ? ".m4a" : ".mp3")).toStdString();
-                std::filesystem::copy_file(path.constData(), copy);
-                {
-                    const auto file = opened(QByteArray::fromStdString(copy));
-                    file->tag()->setTitle(TagLib::String("Peer's title " + std::to_string(round)));
-                    file->save();
-                }
-                std::filesystem::rename(copy, path.constData());
-            }
-        });
-    report("safe write", {times.first - flushed, times.second}, kWriting);
-    std::printf("flushing: %.1f us a file\n%zu letters\n", flushed * 1e6 / kFiles, letters);
+            std::filesystem::rename(copy, path.constData());
+        }
+    };
+    const auto times = bestOf(ours, peers);
+    report("safe write", times, kWriting);
+    flushes = true;
+    // A file that was on the disk also costs more to take away.
+    const auto flushed = bestOf(ours, [](int) {});
+    std::printf("flushing: %.1f us a file more\n%zu letters\n", (flushed.first - times.first) * 1e6 / kFiles, letters);
     return 0;
 }

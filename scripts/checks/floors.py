@@ -14,6 +14,7 @@ FOREIGN = {
     r"^libav|^libsw": ["platform/media/ffmpeg"],
     r"^pipewire/|^spa/": ["platform/pipewire", "platform/hal/pipewire", "platform/media/movie/pipewire"],
     r"^libxml/": ["platform/foundation"],
+    r"^taglib/": ["tags/taglib"],
     r"^unicode/": ["lang", "util"],
     r"^QtDBus|^QDBus": ["platform/desktop", "platform/media/movie/portal", "cli", "app"],
     r"^QtWidgets|^QWidget|^QMessageBox|^QDialog": ["ui", "app", "editor/views"],

@@ -2,7 +2,7 @@
 
 #include "platform/foundation/Console.h"
 #include "tags/Pictures.h"
-#include "tags/TagValues.h"
+#include "tags/id3Tag.h"
 
 #include <QFile>
 #include <QFileInfo>

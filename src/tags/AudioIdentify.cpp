@@ -26,12 +26,4 @@ QByteArray AudioIdentify::correctMusicCoverImage(const QByteArray &image) {
     return {};
 }
 
-TagLib::String AudioIdentify::NSStringToTagLibString(const QString &text) {
-    return text.isEmpty() ? TagLib::String() : TagLib::String(text.toStdString(), TagLib::String::UTF8);
-}
-
-QString AudioIdentify::TagLibStringToNSString(const TagLib::String &text) {
-    return QString::fromStdString(text.to8Bit(true));
-}
-
 } // namespace cantorel

@@ -5,9 +5,11 @@
 #include <QByteArray>
 #include <QString>
 
-#include <taglib/tstring.h>
-
 #include <optional>
+
+namespace TagLib {
+class String;
+}
 
 namespace cantorel {
 
@@ -28,7 +30,7 @@ public:
     // is no picture.
     static QByteArray correctMusicCoverImage(const QByteArray &image);
 
-    // Null for an empty text, which clears a field.
+    // For the module of TagLib, and defined there. Null for an empty text, which clears a field.
     static TagLib::String NSStringToTagLibString(const QString &text);
     static QString TagLibStringToNSString(const TagLib::String &text);
 };

@@ -128,34 +128,6 @@ void SplicedFile::splice(std::int64_t at, std::int64_t replaced, const QByteArra
         mPieces.insert(mPieces.begin() + first, {-1, bytes.size(), bytes});
 }
 
-TagLib::ByteVector SplicedFile::readBlock(unsigned long length) {
-    const std::int64_t left = std::max<std::int64_t>(mSize - mPosition, 0);
-    TagLib::ByteVector data(static_cast<unsigned int>(std::min<std::int64_t>(left, static_cast<std::int64_t>(length))));
-    if (!data.isEmpty())
-        data.resize(static_cast<unsigned int>(readTo(data.data(), mPosition, data.size())));
-    mPosition += data.size();
-    return data;
-}
-
-void SplicedFile::writeBlock(const TagLib::ByteVector &data) {
-    splice(mPosition, data.size(), QByteArray(data.data(), data.size()));
-    mPosition += data.size();
-}
-
-void SplicedFile::insert(const TagLib::ByteVector &data, unsigned long start, unsigned long replace) {
-    splice(static_cast<std::int64_t>(start), static_cast<std::int64_t>(replace), QByteArray(data.data(), data.size()));
-}
-
-void SplicedFile::removeBlock(unsigned long start, unsigned long length) {
-    splice(static_cast<std::int64_t>(start), static_cast<std::int64_t>(length), {});
-}
-
-void SplicedFile::seek(long offset, Position from) {
-    mPosition = std::max(0L, offset + (from == Current ? mPosition : from == End ? static_cast<long>(mSize) : 0));
-}
-
-void SplicedFile::truncate(long length) { splice(length, mSize - length, {}); }
-
 bool haveSameBytes(const SplicedFile &one, std::int64_t oneAt, const SplicedFile &other, std::int64_t otherAt,
                    std::int64_t count) {
     constexpr std::int64_t kAtOnce = 32 << 10; // what a processor keeps at hand

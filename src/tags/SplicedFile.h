@@ -4,8 +4,6 @@
 
 #include <QByteArray>
 
-#include <taglib/tiostream.h>
-
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -21,7 +19,7 @@ struct FilePiece {
 
 // A file as it is to become: stretches of what it is, and new bytes between them. Changing it moves nothing and writes
 // nothing. One thread.
-class SplicedFile : public TagLib::IOStream {
+class SplicedFile {
 public:
     // Reads through the descriptor, which outlives this.
     explicit SplicedFile(const foundation::FileDescriptor &file);
@@ -37,19 +35,6 @@ public:
     // The bytes take the place of `replaced` others.
     void splice(std::int64_t at, std::int64_t replaced, const QByteArray &bytes);
 
-    // For TagLib.
-    TagLib::FileName name() const override { return ""; }
-    TagLib::ByteVector readBlock(unsigned long length) override;
-    void writeBlock(const TagLib::ByteVector &data) override;
-    void insert(const TagLib::ByteVector &data, unsigned long start, unsigned long replace) override;
-    void removeBlock(unsigned long start, unsigned long length) override;
-    bool readOnly() const override { return false; }
-    bool isOpen() const override { return mFile.isOpen(); }
-    void seek(long offset, Position from) override;
-    long tell() const override { return mPosition; }
-    long length() override { return mSize; }
-    void truncate(long length) override;
-
 private:
     std::int64_t readOld(char *to, std::int64_t at, std::int64_t count) const;
     std::size_t cutAt(std::int64_t at);
@@ -57,7 +42,6 @@ private:
     const foundation::FileDescriptor &mFile;
     std::vector<FilePiece> mPieces;
     std::int64_t mSize = 0;
-    long mPosition = 0;
     mutable bool mHasFailed = false;
     // Stretches of the file as it is, the last one used first: most reads are short, at its start or near its end.
     struct Window {

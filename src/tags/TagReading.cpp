@@ -1,9 +1,8 @@
 #include "tags/TagReading.h"
 
 #include "platform/foundation/FileDescriptor.h"
-#include "tags/MovieTags.h"
-#include "tags/MpegTags.h"
 #include "tags/SplicedFile.h"
+#include "tags/TagFormats.h"
 #include "util/ToolFile.h"
 
 #include <QFile>
@@ -16,7 +15,8 @@ namespace cantorel {
 bool isMovieName(const QString &path) { return ToolFile::fileExtensionAtPath(path).toLower() == QLatin1String("m4a"); }
 
 std::optional<id3Tag> readTags(SplicedFile &file, bool isMovie) {
-    return isMovie ? std::optional(readMovieTags(file)) : readMpegTags(file);
+    const TagFormats *formats = tagFormats();
+    return formats ? formats->read(file, isMovie) : std::nullopt;
 }
 
 std::optional<id3Tag> readTags(const QString &path) {
@@ -27,6 +27,13 @@ std::optional<id3Tag> readTags(const QString &path) {
         return {};
     SplicedFile content(file);
     return readTags(content, isMovieName(path));
+}
+
+id3Tag songTags(const QString &path) {
+    if (auto tags = readTags(path); tags && !tags->id3Title.isEmpty())
+        return *tags;
+    const TagFormats *formats = tagFormats();
+    return formats ? formats->ofSong(path) : id3Tag();
 }
 
 } // namespace cantorel

@@ -6,11 +6,10 @@
 #include "platform/foundation/FileIdentity.h"
 #include "platform/foundation/HiddenFile.h"
 #include "platform/media/RecordingRepair.h"
-#include "tags/MovieTags.h"
-#include "tags/MpegTags.h"
+#include "tags/SameSound.h"
 #include "tags/TagFailures.h"
+#include "tags/TagFormats.h"
 #include "tags/TagReading.h"
-#include "tags/TagValues.h"
 #include "util/ToolFile.h"
 
 #include <QFile>
@@ -191,11 +190,9 @@ Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePie
 }
 
 // Whether reading gives what was to be written; a genre may be a number, and a year may not be written.
-bool givesBack(SplicedFile &made, bool isMovie, const id3Tag &wanted) {
-    const auto read = readTags(made, isMovie);
-    const auto isSame = [](const QString &text, const QString &meant) {
-        return text == AudioIdentify::TagLibStringToNSString(AudioIdentify::NSStringToTagLibString(meant));
-    };
+bool givesBack(const TagFormats &formats, SplicedFile &made, bool isMovie, const id3Tag &wanted) {
+    const auto read = formats.read(made, isMovie);
+    const auto isSame = [&](const QString &text, const QString &meant) { return text == formats.kept(meant); };
     return read && isSame(read->id3Title, wanted.id3Title) && isSame(read->id3Artist, wanted.id3Artist)
            && isSame(read->id3Album, wanted.id3Album) && read->id3Genre.isEmpty() == wanted.id3Genre.isEmpty()
            && yearToWrite(read->id3Year).value_or(0)
@@ -211,10 +208,12 @@ Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted) {
     const auto old = OldFile::open(wanted.path);
     if (!old)
         return old.failure();
+    const auto formats = loadTagFormats();
+    if (!formats)
+        return formats.failure();
     const bool isMovie = isMovieName(wanted.path);
     SplicedFile content(old.value().descriptor());
-    const auto edited =
-        isMovie ? editMovieTags(content, wanted.tag, wanted.path) : editMpegTags(content, wanted.tag, wanted.path);
+    const auto edited = formats.value()->edit(content, isMovie, wanted.tag, wanted.path);
     if (!edited)
         return edited.failure();
     if (content.hasFailed())
@@ -225,7 +224,7 @@ Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted) {
     TagUndo::File undo{old.value().path(), inversePieces(content.pieces(), before), {}, old.value().status().st_mtim};
     const auto version = replaceBy(old.value(), content.pieces(), nullptr, [&](SplicedFile &made) {
         return (isMovie ? haveSameMovieSound(before, made) : haveSameMpegSound(before, made))
-               && givesBack(made, isMovie, wanted.tag) && !before.hasFailed();
+               && givesBack(*formats.value(), made, isMovie, wanted.tag) && !before.hasFailed();
     });
     if (!version)
         return version.failure();

@@ -1,10 +1,15 @@
 #include "tags/id3Tag.h"
 
-#include "tags/AudioIdentify.h"
-
-#include <taglib/id3v1genres.h>
+#include "tags/TagFormats.h"
+#include "util/tools/Tools.h"
 
 namespace cantorel {
+
+namespace {
+
+constexpr unsigned kLastYear = 9999; // four digits are read back
+
+} // namespace
 
 QString id3Tag::description() const {
     return QStringLiteral("id3 tag: \n title: %1 \n artist: %2 \n album: %3 \n genre: %4 \n year: %5 \n image path: %6")
@@ -12,10 +17,20 @@ QString id3Tag::description() const {
 }
 
 QStringList id3Tag::getAllGenreList() {
-    QStringList genres;
-    for (const TagLib::String &genre : TagLib::ID3v1::genreList())
-        genres << AudioIdentify::TagLibStringToNSString(genre);
-    return genres;
+    const TagFormats *formats = tagFormats();
+    return formats ? formats->genres() : QStringList();
+}
+
+std::optional<unsigned> yearToWrite(const QString &text) {
+    if (!Tools::isNumerice(text))
+        return {};
+    unsigned year = 0;
+    for (const char32_t digit : text.toUcs4()) { // of any script
+        year = 10 * year + static_cast<unsigned>(QChar::digitValue(digit));
+        if (year > kLastYear)
+            return {};
+    }
+    return year;
 }
 
 id3Tag id3TagEdit::applied(id3Tag tag) const {

@@ -26,6 +26,9 @@ struct id3Tag {
     static QStringList getAllGenreList();
 };
 
+// The year to be written; nothing for a text that is no number, and for a number that a tag can't hold.
+std::optional<unsigned> yearToWrite(const QString &text);
+
 // What somebody changes of the tags of one or of several files: the fields that were touched.
 struct id3TagEdit {
     std::optional<QString> title, artist, album, genre, year;

@@ -56,7 +56,6 @@ TagFields::TagFields(ID3EditWindowController &tags, QWidget *parent)
     column->addWidget(mImage);
     mGenre->setEditable(true);
     mGenre->setInsertPolicy(QComboBox::NoInsert);
-    mGenre->addItems(id3Tag::getAllGenreList());
     mGenre->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     for (int field = 0; field < Tags::FieldCount; ++field) {
         const auto at = static_cast<std::size_t>(field);
@@ -113,8 +112,11 @@ void TagFields::showTags() {
     const auto state = mTags.state();
     if (state != Tags::State::Reading)
         setVisible(state == Tags::State::Editable || state == Tags::State::Saving);
-    if (state == Tags::State::Editable)
+    if (state == Tags::State::Editable) {
         mImage->setVisible(mTags.canEditImage());
+        if (mGenre->count() == 0) // What knows the genres is loaded with the first tag.
+            mGenre->addItems(id3Tag::getAllGenreList());
+    }
     mDeleteImage->setEnabled(!mTags.image().isEmpty() || !mTags.isImageTouched());
     for (int field = 0; field < Tags::FieldCount; ++field) {
         QLineEdit *line = lineOf(field);

@@ -2,10 +2,10 @@
 
 #include "log/Log.h"
 #include "settings/AppSettings.h"
+#include "tags/TagReading.h"
 #include "tags/identify/DecodedSound.h"
 #include "tags/identify/Fingerprint.h"
 #include "tags/identify/LeadingSilence.h"
-#include "tags/identify/SongTags.h"
 #include "tags/index/SongIndex.h"
 
 #include <algorithm>

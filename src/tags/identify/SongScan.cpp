@@ -5,9 +5,9 @@
 #include "platform/foundation/ErrorReason.h"
 #include "platform/foundation/FileLock.h"
 #include "recording/library/RecordingsAdding.h"
+#include "tags/TagReading.h"
 #include "tags/identify/DecodedSound.h"
 #include "tags/identify/Fingerprint.h"
-#include "tags/identify/SongTags.h"
 #include "tags/index/SongStore.h"
 #include "util/ToolFile.h"
 

@@ -1,7 +1,6 @@
 #include "log/Log.h"
 #include "tags/AudioIdentify.h"
 #include "tags/Id3Frames.h"
-#include "tags/TagValues.h"
 #include "tags/TagWriting.h"
 #include "tests/unit/tags/TagFiles.h"
 

@@ -1,11 +1,12 @@
-#include "tags/MpegTags.h"
+#include "tags/taglib/MpegTags.h"
 
 #include "tags/Id3Frames.h"
 #include "tags/MpegSound.h"
 #include "tags/Pictures.h"
 #include "tags/SplicedFile.h"
 #include "tags/TagFailures.h"
-#include "tags/TagValues.h"
+#include "tags/taglib/SplicedStream.h"
+#include "tags/taglib/TagValues.h"
 
 #include <taglib/apetag.h>
 #include <taglib/attachedpictureframe.h>
@@ -108,7 +109,8 @@ std::optional<id3Tag> readMpegTags(SplicedFile &file) {
     if (kind == SoundKind::Wave)
         return id3Tag();
     putShownFrames(file, tagInFrontOf(file));
-    TagLib::MPEG::File mpeg(&file, TagLib::ID3v2::FrameFactory::instance(), false);
+    SplicedStream stream(file);
+    TagLib::MPEG::File mpeg(&stream, TagLib::ID3v2::FrameFactory::instance(), false);
     return mpeg.isValid() ? std::optional(recordOfFile(mpeg)) : std::nullopt;
 }
 
@@ -117,7 +119,8 @@ foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, cons
         return tag_failures::noMpeg(path);
     const QByteArray old = tagInFrontOf(file);
     putShownFrames(file, old);
-    TagLib::MPEG::File mpeg(&file, TagLib::ID3v2::FrameFactory::instance(), false);
+    SplicedStream stream(file);
+    TagLib::MPEG::File mpeg(&stream, TagLib::ID3v2::FrameFactory::instance(), false);
     if (!mpeg.isValid())
         return tag_failures::noMpeg(path);
     const TagChanges changes(recordOfFile(mpeg), tag);
@@ -149,12 +152,6 @@ foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, cons
     frames.frames = added + frames.frames;
     file.splice(0, tagInFrontOf(file).size(), frames.joined(old.size()));
     return true;
-}
-
-bool haveSameMpegSound(const SplicedFile &one, const SplicedFile &other) {
-    const MpegSound first = findMpegSound(one), second = findMpegSound(other);
-    return first.kind == second.kind && first.end - first.begin == second.end - second.begin
-           && haveSameBytes(one, first.begin, other, second.begin, first.end - first.begin);
 }
 
 } // namespace cantorel

@@ -30,9 +30,6 @@ inline QByteArray pictureOf(const TagLib::ByteVector &data) {
     return pictureKind(bytes) != nullptr && bytes.size() <= kLargestPicture ? bytes : QByteArray();
 }
 
-// The year to be written; nothing for a text that is no number, and for a number that a tag can't hold.
-std::optional<unsigned> yearToWrite(const QString &text);
-
 // What of a file's tag becomes another value; no value clears.
 struct TagChanges {
     std::optional<TagLib::String> title, artist, album, genre;

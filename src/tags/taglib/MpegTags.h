@@ -18,7 +18,4 @@ std::optional<id3Tag> readMpegTags(SplicedFile &file);
 // differs; the path is for sentences.
 foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, const QString &path);
 
-// Whether all that is no tag is the same.
-bool haveSameMpegSound(const SplicedFile &one, const SplicedFile &other);
-
 } // namespace cantorel

@@ -15,7 +15,4 @@ id3Tag readMovieTags(SplicedFile &file);
 // False when nothing differs; the path is for sentences.
 foundation::Result<bool> editMovieTags(SplicedFile &file, const id3Tag &tag, const QString &path);
 
-// Whether all tracks have the same description and the same sound, wherever in the file it stands.
-bool haveSameMovieSound(const SplicedFile &one, const SplicedFile &other);
-
 } // namespace cantorel

@@ -1,0 +1,26 @@
+#include "tags/TagFormats.h"
+
+#include "log/CommLog.h"
+#include "platform/foundation/LoadedModule.h"
+
+namespace cantorel {
+
+foundation::Result<const TagFormats *> loadTagFormats() {
+    static const auto formats = []() -> foundation::Result<const TagFormats *> {
+        const auto entry = foundation::loadEntryPoint("cantorel-tags.so", kTagFormatsEntryPoint);
+        if (!entry)
+            return entry.failure();
+        return reinterpret_cast<TagFormatsEntryPoint>(entry.value())();
+    }();
+    return formats;
+}
+
+const TagFormats *tagFormats() {
+    const auto formats = loadTagFormats();
+    if (formats)
+        return formats.value();
+    CommLog::E(formats.failure().detail);
+    return nullptr;
+}
+
+} // namespace cantorel
