@@ -76,13 +76,15 @@ bool ListJournal::create() {
     return mDescriptor.isOpen() && ::fsync(folder.get()) == 0;
 }
 
-bool ListJournal::append(const QJsonObject &change) {
-    QByteArray lines = lineOf(change);
+bool ListJournal::append(const std::vector<QJsonObject> &changes) {
+    QByteArray lines;
     if (!mDescriptor.isOpen()) {
         if (!create())
             return false;
-        lines.prepend(lineOf({{kArchiveKey, QString::fromLatin1(mDigest)}}));
+        lines = lineOf({{kArchiveKey, QString::fromLatin1(mDigest)}});
     }
+    for (const QJsonObject &change : changes)
+        lines += lineOf(change);
     mSize += lines.size();
     return ::write(mDescriptor.get(), lines.constData(), static_cast<std::size_t>(lines.size())) == lines.size()
            && ::fdatasync(mDescriptor.get()) == 0;

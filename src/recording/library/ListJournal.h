@@ -24,8 +24,8 @@ public:
     void begin(const QByteArray &archive);
     // Removes the journal once the archive on the disk holds its changes.
     void remove();
-    // On the disk before this returns; false when it could not be brought there.
-    bool append(const QJsonObject &change);
+    // All of them are on the disk before this returns; false when they could not be brought there.
+    bool append(const std::vector<QJsonObject> &changes);
     qint64 size() const { return mSize; } // bytes since begin()
 
 private:

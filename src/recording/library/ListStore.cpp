@@ -120,12 +120,17 @@ void ListStore::save(const Items &items) {
     mJournal.begin(archive);
 }
 
-void ListStore::save(const Items &items, Change change, std::size_t at) {
-    if (mJournalFits && mArchiveSize > kSmallArchive && mJournal.size() < mArchiveSize / 4) {
-        QJsonObject line{{QStringLiteral("op"), nameOf(change)}, {QStringLiteral("at"), static_cast<qint64>(at)}};
-        if (change != Change::Remove)
-            line.insert(QStringLiteral("item"), jsonOf(items[at]->fields()));
-        if (mJournal.append(line))
+void ListStore::save(const Items &items, Change change, const std::vector<std::size_t> &places) {
+    const bool areFew = places.size() <= 1 || places.size() < items.size() / 8;
+    if (mJournalFits && mArchiveSize > kSmallArchive && mJournal.size() < mArchiveSize / 4 && areFew) {
+        std::vector<QJsonObject> lines;
+        for (const std::size_t at : places) {
+            QJsonObject line{{QStringLiteral("op"), nameOf(change)}, {QStringLiteral("at"), static_cast<qint64>(at)}};
+            if (change != Change::Remove)
+                line.insert(QStringLiteral("item"), jsonOf(items[at]->fields()));
+            lines.push_back(std::move(line));
+        }
+        if (mJournal.append(lines))
             return;
     }
     save(items);

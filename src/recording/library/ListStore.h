@@ -27,9 +27,9 @@ public:
     Items load();
     // Stores the whole list.
     void save(const Items &items);
-    // Stores one change that has led to these items: in the journal, or with all of them where that is as quick or must
-    // be. The item that was removed stood there.
-    void save(const Items &items, Change change, std::size_t at);
+    // Stores changes of one kind, one after the other, that have led to these items: in the journal, or with all of
+    // them where that is as quick or must be. An item that was removed stood there.
+    void save(const Items &items, Change change, const std::vector<std::size_t> &places);
     // One sentence on why the disk lacks the latest changes; empty if it has them. What is missing is stored with the
     // next change.
     const foundation::Sentence &unsaved() const { return mUnsaved; }

@@ -134,7 +134,7 @@ RecordedAudioInfo &RecordedList::addRecordedFile(const QString &path, const QStr
     item->setDateAdded(QDateTime::currentDateTime().toString(kDateFormat));
     finishLoading();
     mItems.push_back(std::move(item));
-    mStore.save(mItems, ListStore::Change::Insert, mItems.size() - 1);
+    mStore.save(mItems, ListStore::Change::Insert, {mItems.size() - 1});
     changed();
     return *mItems.back();
 }
@@ -147,17 +147,17 @@ QStringList RecordedList::append(std::vector<RecordedAudioFields> recordings) {
     std::erase_if(recordings, [&](const RecordedAudioFields &fields) { return listed.contains(fields._fileName); });
     const QString now = QDateTime::currentDateTime().toString(kDateFormat);
     QStringList files;
+    std::vector<std::size_t> places;
     for (RecordedAudioFields &fields : recordings) {
         files << fields._fileName;
         fields._dateAdded = now;
+        places.push_back(mItems.size());
         mItems.push_back(std::make_unique<RecordedAudioInfo>(fields));
     }
-    if (files.size() == 1)
-        mStore.save(mItems, ListStore::Change::Insert, mItems.size() - 1);
-    else if (!files.isEmpty())
-        saveRecordedList();
-    if (!files.isEmpty())
-        changed();
+    if (files.isEmpty())
+        return files;
+    mStore.save(mItems, ListStore::Change::Insert, places);
+    changed();
     return files;
 }
 
@@ -165,7 +165,7 @@ void RecordedList::insert(std::size_t at, RecordedAudioFields fields) {
     finishLoading();
     at = std::min(at, mItems.size());
     mItems.insert(mItems.begin() + static_cast<std::ptrdiff_t>(at), std::make_unique<RecordedAudioInfo>(fields));
-    mStore.save(mItems, ListStore::Change::Insert, at);
+    mStore.save(mItems, ListStore::Change::Insert, {at});
     changed();
 }
 
@@ -175,7 +175,7 @@ void RecordedList::remove(RecordedAudioInfo &item) {
         return;
     const auto gone = std::move(mItems[at]); // The caller may still use it while the view hears of the change.
     mItems.erase(mItems.begin() + static_cast<std::ptrdiff_t>(at));
-    mStore.save(mItems, ListStore::Change::Remove, at);
+    mStore.save(mItems, ListStore::Change::Remove, {at});
     changed();
 }
 
@@ -192,7 +192,7 @@ void RecordedList::removeFiles(const QStringList &files) {
 
 void RecordedList::save(const RecordedAudioInfo &item) {
     if (const std::size_t at = indexOf(item); at < mItems.size())
-        mStore.save(mItems, ListStore::Change::Set, at);
+        mStore.save(mItems, ListStore::Change::Set, {at});
 }
 
 struct RecordedList::Tagged {
@@ -218,8 +218,7 @@ void RecordedList::read(std::vector<Tagged> &tagged) {
 }
 
 void RecordedList::take(const std::vector<Tagged> &tagged) {
-    const RecordedAudioInfo *last = nullptr;
-    int count = 0;
+    QSet<const RecordedAudioInfo *> retagged;
     QStringList renamed;
     for (const Tagged &one : tagged) {
         RecordedAudioInfo *item = one.item;
@@ -232,15 +231,16 @@ void RecordedList::take(const std::vector<Tagged> &tagged) {
         item->setYear(one.tag->id3Year);
         item->setCover(one.tag->id3Image);
         item->setSize(one.size);
-        last = item;
-        ++count;
+        retagged.insert(item);
     }
-    if (count == 1)
-        save(*last);
-    else if (count > 1)
-        saveRecordedList();
-    if (count > 0)
+    std::vector<std::size_t> places;
+    for (std::size_t at = 0; at < mItems.size() && !retagged.isEmpty(); ++at)
+        if (retagged.contains(mItems[at].get()))
+            places.push_back(at);
+    if (!places.empty()) {
+        mStore.save(mItems, ListStore::Change::Set, places);
         changed();
+    }
     if (!renamed.isEmpty())
         takeTagsBehind(renamed);
 }
