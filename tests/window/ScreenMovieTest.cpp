@@ -165,7 +165,7 @@ TEST_F(SharedScreenMovie, RefusedItSaysSoAndGrantedItJoinsTheLibraryWithSoundAnd
     }
 }
 
-TEST_F(SharedScreenMovie, WhoStopsSharingKeepsTheMovieAndWhoStopsWhileBeingAskedRecordsNothing) {
+TEST_F(SharedScreenMovie, WhoStopsSharingKeepsTheMovieAndIsAskedAnewOnlyIfThatIsWanted) {
     portal.pace = test::FakeScreenCast::Pace::WhenTold;
     parts->click("record");
     ASSERT_TRUE(eventually([&] { return portal.hasHeld(); }));
@@ -183,6 +183,19 @@ TEST_F(SharedScreenMovie, WhoStopsSharingKeepsTheMovieAndWhoStopsWhileBeingAsked
     EXPECT_NE(said().find("stopped sharing"), std::string::npos) << said();
     ASSERT_EQ(parts->list.items().size(), 1u);
     EXPECT_GT(numbersIn(parts->list.items().front()->getFileName()).size(), 5u);
+
+    auto *choices = parts->find<QComboBox>("moviePicture");
+    ASSERT_GE(choices->count(), 2);
+    for (const int choice : {0, 1}) { // as before, or asked anew
+        choices->setCurrentIndex(choice);
+        Q_EMIT choices->activated(choice);
+        parts->click("record");
+        ASSERT_TRUE(isState(RecorderState::Recording));
+        EXPECT_EQ(choices->currentIndex(), choice);
+        EXPECT_EQ(portal.selected.contains("restore_token"), choice == 0);
+        parts->click("record");
+        ASSERT_TRUE(isState(RecorderState::Idle));
+    }
 }
 
 } // namespace
