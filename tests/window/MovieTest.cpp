@@ -1,3 +1,4 @@
+
 #include "platform/desktop/recorded/RecordedServices.h"
 #include "platform/media/asset/OpenAsset.h"
 #include "tests/window/WindowFixture.h"
@@ -120,11 +121,13 @@ TEST_F(Movie, AScreenIsRecordedWithItsSoundPausedAndListedAndNothingIsConverted)
     photograph(window, "movie-idle");
     find<QComboBox>("movieRate")->setCurrentIndex(0);
     Q_EMIT find<QComboBox>("movieRate")->activated(0);
-    click("record");
+    find<QWidget>("screenToggle")->setFocus();
+    QTest::keyClick(&window, Qt::Key_R, Qt::ControlModifier);
     ASSERT_TRUE(isState(RecorderState::Recording));
     const auto begin = world.clock->now();
     EXPECT_FALSE(find<QWidget>("split")->isVisible());
     EXPECT_FALSE(find<QWidget>("screenToggle")->isVisible());
+    EXPECT_EQ(window.focusWidget(), find<QWidget>("record")) << "what had it is gone";
     EXPECT_TRUE(passUntil([&] { return panel.display().seconds >= 2; }));
     photograph(window, "movie-recording");
     click("pause");
