@@ -90,6 +90,8 @@ void MovieChips::showChoices() {
         return;
     const MovieWish now = mMovies.wish();
     const auto displays = mMovies.displays();
+    // Where the desktop itself asks what is shown, no place of it is known.
+    const bool isAsked = !displays.empty() && displays.front().frame.isEmpty();
     QStringList texts;
     mWishes.clear();
     const auto add = [&](MovieWish::Picture picture, const QString &text, std::uint32_t display = 0,
@@ -101,13 +103,11 @@ void MovieChips::showChoices() {
         mWishes.push_back(wish);
         texts.append(text);
     };
-    if (displays.size() == 1)
-        add(MovieWish::Picture::Screen, Lang::windowWholeScreen());
-    else
-        for (const media::Display &display : displays)
-            add(MovieWish::Picture::Screen, display.name, display.id);
-    // Where the desktop itself asks what is shown, no place of it is known.
-    if (!displays.empty() && !displays.front().frame.isEmpty())
+    const bool isOnly = displays.size() == 1 && !isAsked;
+    for (const media::Display &display : displays) // The main one stays that, whichever it is by then.
+        add(MovieWish::Picture::Screen, isOnly ? Lang::windowWholeScreen() : display.name,
+            display == displays.front() && now.display != display.id ? 0 : display.id);
+    if (!displays.empty() && !isAsked)
         add(MovieWish::Picture::Area, now.picture == MovieWish::Picture::Area
                                           ? QStringLiteral("%1 \u00d7 %2").arg(now.area.width()).arg(now.area.height())
                                           : Lang::windowAreaOfScreen());
@@ -122,6 +122,12 @@ void MovieChips::showChoices() {
     const QSignalBlocker rate(mRate);
     mRate->setCurrentIndex(
         static_cast<int>(ZQAVRecorderKit::FPSList().indexOf(QString::number(now.picturesPerSecond))));
+}
+
+// Meanwhile others may have come; and what was shared can be shared again.
+void MovieChips::showEvent(QShowEvent *event) {
+    showChoices();
+    QWidget::showEvent(event);
 }
 
 void MovieChips::showTexts() {

@@ -22,6 +22,7 @@ public:
 private:
     void choose(int index);
     void pickArea();
+    void showEvent(QShowEvent *event) override;
 
     MovieSession &mMovies;
     QComboBox *mPicture, *mRate;

@@ -150,6 +150,7 @@ void RecordingTab::showSettings() {
 void RecordingTab::showState() {
     if (!isVisible())
         return;
+    const QWidget *const focused = window()->focusWidget();
     // What a card offers for the source stands for the lines that would say the same.
     const bool isOffering = mCards->isOfferingDevice();
     mSourceLine->setVisible(!isOffering);
@@ -163,6 +164,8 @@ void RecordingTab::showState() {
     mHeadline->showState();
     mStrips->showState();
     mDeck->showState();
+    if (focused && isAncestorOf(focused) && !focused->isVisibleTo(this)) // Else it would leave the page.
+        begin();
 }
 
 void RecordingTab::showTexts() {

@@ -111,7 +111,8 @@ void SourceLine::offerMicrophones(QMenu &menu) {
 void SourceLine::showSource() {
     const int type = chosenType();
     mSources->choices().button(type)->setChecked(true);
-    mSource->setText(kSources[type].text());
+    const bool isScreen = mMovies && mMovies->isRecording() && mMovies->wish().picture != MovieWish::Picture::Camera;
+    mSource->setText((isScreen ? Lang::windowScreen() + QStringLiteral(" + ") : QString()) + kSources[type].text());
     mDevice->setText(type == 2 && !mOutput.isEmpty() ? mOutput + QStringLiteral(" + ") : mOutput);
     mDevice->setVisible(type != 1);
     mMicrophone->setVisible(type != 0);

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <thread>
 
 namespace cantorel::test {
@@ -50,12 +51,13 @@ public:
         AudioDeviceStop(mOutput, mProc);
         AudioDeviceDestroyIOProcID(mOutput, mProc);
     }
-    // Both, a little later, and dark again after that; returns then.
-    void strike() {
+    // Both, a little later, and dark again after that; returns then. seen: called at the moment of both.
+    void strike(const std::function<void()> &seen = [] {}) {
         const auto at = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
         mClickAt = std::chrono::nanoseconds(at.time_since_epoch()).count();
         std::this_thread::sleep_until(at);
         paint(0xFFFFFF, mWhere);
+        seen();
         std::this_thread::sleep_until(at + std::chrono::milliseconds(250));
         paint(0, mWhere);
         std::this_thread::sleep_until(at + std::chrono::milliseconds(400));

@@ -1,9 +1,12 @@
+#include "tests/support/Movie.h"
+
 #include "platform/desktop/recorded/RecordedServices.h"
 #include "platform/media/asset/OpenAsset.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/AreaPicker.h"
 
 #include <QLabel>
+#include <QProcess>
 #include <QPushButton>
 
 #include <chrono>
@@ -120,11 +123,13 @@ TEST_F(Movie, AScreenIsRecordedWithItsSoundPausedAndListedAndNothingIsConverted)
     photograph(window, "movie-idle");
     find<QComboBox>("movieRate")->setCurrentIndex(0);
     Q_EMIT find<QComboBox>("movieRate")->activated(0);
-    click("record");
+    find<QWidget>("screenToggle")->setFocus();
+    QTest::keyClick(&window, Qt::Key_R, Qt::ControlModifier);
     ASSERT_TRUE(isState(RecorderState::Recording));
     const auto begin = world.clock->now();
     EXPECT_FALSE(find<QWidget>("split")->isVisible());
     EXPECT_FALSE(find<QWidget>("screenToggle")->isVisible());
+    EXPECT_EQ(window.focusWidget(), find<QWidget>("record")) << "what had it is gone";
     EXPECT_TRUE(passUntil([&] { return panel.display().seconds >= 2; }));
     photograph(window, "movie-recording");
     click("pause");
@@ -196,6 +201,44 @@ TEST_F(Movie, AnAreaIsDrawnMovedByKeysAndLeft) {
     ASSERT_TRUE(isState(RecorderState::Idle));
     ASSERT_EQ(asked.requests.size(), 1u);
     EXPECT_EQ(asked.requests.front().region, QRect(20, 20, 100, 90));
+}
+
+// Run once more in a process that sees a small disk of its own.
+TEST_F(Movie, AFullDiskEndsItInASentenceAndTheMoviePlaysAndTheNextIsRefused) {
+    const QString disk = qEnvironmentVariable("CANTOREL_SMALL_DISK");
+    if (disk.isEmpty()) {
+        if (QProcess::execute("unshare", {"-Urm", "mount", "-t", "tmpfs", "none", "/mnt"}) != 0)
+            GTEST_SKIP() << "this machine gives no namespace to mount a small disk in";
+        qputenv("CANTOREL_SMALL_DISK", folder.path().toLocal8Bit());
+        EXPECT_EQ(
+            QProcess::execute("unshare", {"-Urm", "sh", "-c", "mount -t tmpfs -o size=48m none \"$0\" && exec \"$@\"",
+                                          folder.path(), QCoreApplication::applicationFilePath(),
+                                          "--gtest_filter=Movie.AFullDisk*"}),
+            0);
+        return;
+    }
+    standardUserDefaults().setArgument(setting::kOutputFolderPath.key, disk);
+    ZQAVRecorderKit::sharedInstance().getScreenRecorder()->diskReserve = 0; // else it would end before
+    click("screenToggle");
+    click("record");
+    ASSERT_TRUE(isState(RecorderState::Recording));
+    EXPECT_TRUE(passUntil([&] { return panel.display().seconds >= 3; }));
+    QFile rest(disk + "/rest");
+    ASSERT_TRUE(rest.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (rest.write(QByteArray(4096, 'x')) > 0) {
+    }
+    ASSERT_TRUE(isState(RecorderState::Idle)) << "nobody has to stop it";
+    EXPECT_TRUE(panel.sentence().contains("no room left")) << panel.sentence().toStdString();
+    ASSERT_EQ(list.items().size(), 1u);
+    const QString file = list.items().front()->getFileName();
+    EXPECT_EQ(QDir(disk).entryList(QDir::Files | QDir::Hidden), QStringList({"rest", "Track1.mp4"}));
+    EXPECT_GE(test::picturesOf(file).size(), 3u);
+    EXPECT_GT(test::soundOf(file).size(), 48000u);
+    click("record");
+    EXPECT_TRUE(passUntil([&] { return panel.sentence().contains("is full"); })) << panel.sentence().toStdString();
+    EXPECT_EQ(panel.state(), RecorderState::Idle);
+    EXPECT_EQ(QDir(disk).entryList(QDir::Files | QDir::Hidden).size(), 2);
+    photograph(window, "movie-disk-full");
 }
 
 TEST_F(Movie, WithoutADisplayOneSentenceSaysSoAndSoundCanBeRecordedAtOnce) {

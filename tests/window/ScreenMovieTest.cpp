@@ -1,10 +1,14 @@
-// The window over a real sound server and the screen that it stands on, clicked through to a movie that ffmpeg decodes.
+// The window over a real sound server and the screen that it stands on, or one that the desktop's portal shares,
+// clicked through to a movie that ffmpeg decodes.
 
 #include "app/start/DesktopPictures.h"
 #include "platform/hal/pipewire/PipeWireBackend.h"
+#include "tests/support/FakeScreenCast.h"
 #include "tests/support/FlashAndClick.h"
 #include "tests/support/LoopbackNames.h"
 #include "tests/support/Movie.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/VideoNode.h"
 #include "tests/window/Screen.h"
 #include "tests/window/WindowFixture.h"
 
@@ -86,6 +90,112 @@ TEST_F(ScreenMovie, IsClickedAndPausedWithSoundAndPictureTogetherAndJoinsTheLibr
     ASSERT_EQ(clicks.size(), 4u);
     for (std::size_t i = 0; i < flashes.size(); ++i)
         EXPECT_NEAR(flashes[i], clicks[i], 1.0 / 30) << "strike " << i;
+}
+
+// As under Wayland: the desktop asks the person, and shares a node of its sound server.
+struct SharedScreenMovie : ScreenMovie {
+    void SetUp() override {
+        ScreenMovie::SetUp();
+        qputenv("WAYLAND_DISPLAY", "as if");
+        ASSERT_TRUE(eventually([&] { return shared.id() != 0; }));
+        portal.node = shared.id();
+        parts->click("screenToggle");
+    }
+    std::string said() const { return parts->panel.sentence().toStdString(); }
+    QStringList files() const { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden); }
+    // The number that each picture of the movie shows.
+    static std::vector<int> numbersIn(const QString &file) {
+        const QString line = QStringLiteral("crop=192:16:0:0,scale=192:1:flags=area,format=bgr0");
+        const QByteArray lines = test::outputOf(
+            "ffmpeg", {"-v", "error", "-i", file, "-vf", line, "-vsync", "passthrough", "-f", "rawvideo", "-"});
+        std::vector<int> numbers;
+        for (qsizetype at = 0; at + 192 * 4 <= lines.size(); at += 192 * 4)
+            numbers.push_back(test::VideoNode::numberOf(reinterpret_cast<const std::uint8_t *>(lines.data() + at)));
+        return numbers;
+    }
+
+    const test::PrivateBus bus;
+    test::FakeScreenCast portal;
+    test::VideoNode shared{"shared", "Shared", {640, 400}};
+};
+
+TEST_F(SharedScreenMovie, RefusedItSaysSoAndGrantedItJoinsTheLibraryWithSoundAndPictureTogether) {
+    portal.responses["Start"] = 1;
+    parts->click("record");
+    ASSERT_TRUE(eventually([&] { return !said().empty(); }));
+    EXPECT_NE(said().find("not allowed"), std::string::npos) << said();
+    ASSERT_TRUE(isState(RecorderState::Idle));
+    EXPECT_TRUE(files().isEmpty() && parts->list.items().empty()) << files().join(' ').toStdString();
+
+    portal.responses.clear();
+    portal.pace = test::FakeScreenCast::Pace::WhenTold; // the person looks at what is asked
+    parts->click("record");
+    for (int answers = 0; answers < 3; ++answers) {
+        ASSERT_TRUE(eventually([&] { return portal.hasHeld(); })) << answers;
+        EXPECT_EQ(parts->panel.state(), RecorderState::Preparing);
+        portal.answerNow();
+    }
+    ASSERT_TRUE(isState(RecorderState::Recording));
+    EXPECT_TRUE(said().empty()) << said();
+    std::vector<int> seen;
+    {
+        test::FlashAndClick sound(*test::screenOfThisProcess, {1000, 700, 500, 400});
+        for (int i = 0; i < 2; ++i)
+            sound.strike([&] { seen.push_back(shared.number()); });
+    }
+    parts->click("record");
+    ASSERT_TRUE(isState(RecorderState::Idle));
+    EXPECT_TRUE(eventually([&] { return portal.calls.constLast() == "CloseSession"; })) << "nothing is shared any more";
+
+    ASSERT_EQ(parts->list.items().size(), 1u) << said();
+    const QString file = parts->list.items().front()->getFileName();
+    EXPECT_EQ(files(), QStringList(QFileInfo(file).fileName()));
+    EXPECT_EQ(test::factOf(file, "v", "stream=codec_name,width,height"), "h264,640,400");
+    const std::vector<int> numbers = numbersIn(file);
+    EXPECT_GT(numbers.size(), 15u);
+    EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
+    const auto shown = test::picturesOf(file);
+    const auto clicks = test::clicksOf(file);
+    ASSERT_EQ(shown.size(), numbers.size());
+    ASSERT_EQ(clicks.size(), seen.size());
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+        const auto picture = std::lower_bound(numbers.begin(), numbers.end(), seen[i]);
+        ASSERT_NE(picture, numbers.end());
+        EXPECT_NEAR(shown[static_cast<std::size_t>(picture - numbers.begin())].time, clicks[i], 2.0 / 30) << i;
+    }
+}
+
+TEST_F(SharedScreenMovie, WhoStopsSharingKeepsTheMovieAndIsAskedAnewOnlyIfThatIsWanted) {
+    portal.pace = test::FakeScreenCast::Pace::WhenTold;
+    parts->click("record");
+    ASSERT_TRUE(eventually([&] { return portal.hasHeld(); }));
+    parts->click("record");
+    ASSERT_TRUE(isState(RecorderState::Idle));
+    EXPECT_TRUE(eventually([&] { return portal.calls.contains("Close"); })) << "the question is taken back";
+    EXPECT_TRUE(files().isEmpty());
+
+    portal.pace = test::FakeScreenCast::Pace::AfterReply;
+    parts->click("record");
+    ASSERT_TRUE(isState(RecorderState::Recording));
+    ASSERT_TRUE(eventually([&] { return parts->panel.display().seconds >= 1; }));
+    portal.closeSession();
+    ASSERT_TRUE(isState(RecorderState::Idle)) << "nobody has to stop it";
+    EXPECT_NE(said().find("stopped sharing"), std::string::npos) << said();
+    ASSERT_EQ(parts->list.items().size(), 1u);
+    EXPECT_GT(numbersIn(parts->list.items().front()->getFileName()).size(), 5u);
+
+    auto *choices = parts->find<QComboBox>("moviePicture");
+    ASSERT_GE(choices->count(), 2);
+    for (const int choice : {0, 1}) { // as before, or asked anew
+        choices->setCurrentIndex(choice);
+        Q_EMIT choices->activated(choice);
+        parts->click("record");
+        ASSERT_TRUE(isState(RecorderState::Recording));
+        EXPECT_EQ(choices->currentIndex(), choice);
+        EXPECT_EQ(portal.selected.contains("restore_token"), choice == 0);
+        parts->click("record");
+        ASSERT_TRUE(isState(RecorderState::Idle));
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "app/start/DesktopPictures.h"
 
+#include "lang/Lang.h"
 #include "platform/media/movie/MovieFailures.h"
 #include "platform/media/movie/ScreenModule.h"
 #include "platform/media/movie/camera/CameraSources.h"
@@ -14,13 +15,27 @@ namespace {
 // Under Wayland an X server would show the windows of X programs alone.
 bool isWayland() { return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"); }
 
-std::unique_ptr<media::PictureSource> sharedScreen(bool showsCursor) {
-    const QString key = QString::fromLatin1(setting::kScreenShareToken);
+// There the desktop asks what it shares, unless that is what it was the last time.
+constexpr std::uint32_t kAsked = 1, kAsBefore = 2;
+
+QString shareToken() {
+    return AppSettings::getFromUserDefaults_String(QString::fromLatin1(setting::kScreenShareToken), {});
+}
+
+std::vector<media::Display> sharedDisplays() {
+    std::vector<media::Display> found{{kAsked, Lang::windowAskWhatToShare(), {}, 1}};
+    if (!shareToken().isEmpty())
+        found.insert(found.begin(), {kAsBefore, Lang::windowSharedAsBefore(), {}, 1});
+    return found;
+}
+
+std::unique_ptr<media::PictureSource> sharedScreen(const media::DisplayRequest &request) {
     media::PortalScreenSource::Options options;
-    options.showsCursor = showsCursor;
-    options.restoreToken = [key] { return AppSettings::getFromUserDefaults_String(key, {}); };
-    options.keepRestoreToken = [key](const QString &token) {
-        AppSettings::saveToUserDefaultsForKeyObjectValue(key, token);
+    options.showsCursor = request.showsCursor;
+    if (request.display != kAsked)
+        options.restoreToken = shareToken;
+    options.keepRestoreToken = [](const QString &token) {
+        AppSettings::saveToUserDefaultsForKeyObjectValue(QString::fromLatin1(setting::kScreenShareToken), token);
     };
     return std::make_unique<media::PortalScreenSource>([] { return QDBusConnection::sessionBus(); },
                                                        std::move(options));
@@ -29,8 +44,8 @@ std::unique_ptr<media::PictureSource> sharedScreen(bool showsCursor) {
 class DesktopPictures : public media::PictureSources {
 public:
     foundation::Result<std::vector<media::Display>> displays() override {
-        if (isWayland()) // The person chooses, when the desktop asks.
-            return std::vector<media::Display>{{1, QStringLiteral("Wayland"), {}, 1}};
+        if (isWayland())
+            return sharedDisplays();
         auto *const screens = found();
         return screens ? screens->displays() : media::failures::noDisplay(mMissing);
     }
@@ -41,7 +56,7 @@ public:
                                                       "choose what is shared; leave the region out."),
                                        QStringLiteral("a region under Wayland")};
         if (isWayland())
-            return sharedScreen(request.showsCursor);
+            return sharedScreen(request);
         auto *const screens = found();
         if (!screens)
             return media::failures::noDisplay(mMissing);

@@ -129,7 +129,7 @@ OSStatus CaptureStream::cycle(AudioObjectID, const AudioTimeStamp *, const Audio
     }
     if (inputTime) {
         const double duration = static_cast<double>(frames) / self.mSampleRate * 1e9;
-        self.mExpected.store(inputTime->mHostTime + static_cast<std::uint64_t>(duration), std::memory_order_relaxed);
+        self.mExpected.store(inputTime->mHostTime + static_cast<std::uint64_t>(duration), std::memory_order_release);
     }
     self.mCycles.fetch_add(1);
     self.mMeter.feed(samples, frames);
@@ -152,8 +152,8 @@ void CaptureStream::meetHole(FrameQueue &queue, const AudioTimeStamp &time) noex
 std::optional<CaptureStream::Moment> CaptureStream::moment(const FrameQueue &queue) const {
     for (;;) {
         const std::uint32_t cycle = mCycles.load();
-        const Moment moment{queue.accepted(), mExpected.load(std::memory_order_relaxed)};
-        std::atomic_thread_fence(std::memory_order_acquire);
+        // Both acquired, so that the cycles are looked at again behind them.
+        const Moment moment{queue.accepted(), mExpected.load(std::memory_order_acquire)};
         if (cycle % 2 == 0 && mCycles.load() == cycle)
             return moment.accepted > 0 && moment.hostTime > 0 ? std::optional(moment) : std::nullopt;
         std::this_thread::yield(); // a cycle's copying is under way

@@ -15,6 +15,8 @@
 #include "util/ToolFile.h"
 #include "util/ToolString.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -60,7 +62,13 @@ MovieSession::MovieSession(RecordingSessionView &view, RecordedList &list, Recor
 
 MovieSession::~MovieSession() {
     stop();
+    MovieRecorder *const writing = mRecorder;
     letGo();
+    if (!writing)
+        return;
+    RecorderRelease(writing);
+    // The clock and the sources may go next, so its file is waited for.
+    QCoreApplication::sendPostedEvents(writing, QEvent::DeferredDelete);
 }
 
 void MovieSession::setWish(const MovieWish &wish) {

@@ -203,20 +203,36 @@ TEST_F(ZQScreenRecorderTest, ADisplayOfAnotherSizeIsFittedIntoTheMovie) {
 
 TEST_F(ZQScreenRecorderTest, WhenWritingFailsItStopsSaysWhyAndKeepsWhatWasWritten) {
     std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{6000, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
     hear();
-    start();
-    for (int i = 0; i < 400 && listener.ended == 0; ++i) {
-        screen->show(static_cast<std::uint8_t>(i * 37));
-        world.advance(100);
-        (void)eventually([&] { return listener.ended > 0; }, 20);
+    for (const rlim_t most : {100, 2000, 6000}) {
+        SCOPED_TRACE(most);
+        const bool wasThere = most > 100;
+        if (wasThere)
+            test::store(file, "old");
+        listener.ended = listener.files = 0;
+        const rlimit limit{most, RLIM_INFINITY};
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+        start();
+        for (int i = 0; i < 400 && listener.ended == 0; ++i) {
+            screen->show(static_cast<std::uint8_t>(i * 37));
+            world.advance(100);
+            (void)eventually([&] { return listener.ended > 0; }, 20);
+        }
+        const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
+        ASSERT_EQ(listener.ended, 1);
+        EXPECT_EQ(listener.failure->sentence.key(), "NoRoomLeft");
+        EXPECT_FALSE(recorder->isRecording());
+        if (most < 6000) { // not even the first fragment has room
+            EXPECT_EQ(QFileInfo::exists(file), wasThere);
+            EXPECT_EQ(test::contents(file), wasThere ? "old" : "");
+            EXPECT_EQ(listener.files, 0);
+        } else {
+            EXPECT_EQ(listener.files, 1);
+            EXPECT_GE(test::picturesOf(file).size(), 2u);
+        }
+        EXPECT_TRUE(QDir::home().entryList({".movie*"}, QDir::Files | QDir::Hidden).isEmpty());
     }
-    ASSERT_EQ(listener.ended, 1);
-    EXPECT_EQ(listener.failure->sentence.key(), "NoRoomLeft");
-    EXPECT_FALSE(recorder->isRecording());
-    EXPECT_EQ(listener.files, 1);
-    EXPECT_GE(test::picturesOf(file).size(), 2u);
 }
 
 TEST_F(ZQScreenRecorderTest, AReleasedOneIsMadeAnew) {

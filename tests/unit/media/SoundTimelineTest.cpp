@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <numeric>
 
@@ -117,6 +118,12 @@ TEST(SoundTimeline, OthersAreMixedInWhereTheyWereHeardAtTheirOwnRate) {
     EXPECT_EQ(mixed[150], 151 + 101);
     EXPECT_EQ(mixed[250], 251 + 301);
     EXPECT_EQ(mixed[350], 351);
+    first.sent = other.sent = 8000; // as loud as can be
+    first.bring(190, 590);
+    other.bring(380, 590);
+    const auto loud = taken(timeline, 650);
+    ASSERT_FALSE(loud.empty());
+    EXPECT_EQ(*std::max_element(loud.begin(), loud.end()), 8192);
 }
 
 TEST(SoundTimeline, OnlyWhatAFileCanTellKeepsItsChannels) {

@@ -54,7 +54,7 @@ public:
     virtual ~PictureSources() = default;
 
     // The main one first. Fails with one sentence where none can be recorded; where the desktop asks the person which
-    // one, it is a single display without a frame, and its size is known with its first picture.
+    // one, they are ways to ask without a frame, and the size is known with the first picture.
     virtual foundation::Result<std::vector<Display>> displays();
     // Fails for a display that is not there and for a region outside of it.
     virtual foundation::Result<std::unique_ptr<PictureSource>> openDisplay(const DisplayRequest &request);

@@ -4,14 +4,19 @@
 #include "platform/media/RecordingRepair.h"
 #include "platform/media/UnfinishedName.h"
 #include "platform/media/movie/software/SoftwareScreen.h"
+#include "tests/support/Movie.h"
 #include "tests/unit/recording/RecordingFixture.h"
 #include "util/ToolFile.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
 
+#include <cmath>
+#include <complex>
 #include <cstdint>
 #include <limits>
+#include <numbers>
+#include <tuple>
 #include <utility>
 
 namespace cantorel {
@@ -130,6 +135,42 @@ TEST_F(MovieSessionTest, ItsEndLeavesTheMachineHeldForSoundAndTheOtherWayRound) 
     session.stopRecording();
     ASSERT_TRUE(stepUntil([&] { return session.isSettled(); }));
     EXPECT_FALSE(isHeld());
+}
+
+TEST_F(MovieSessionTest, WhatIsChosenIsHeardAndBothAreHeardInOneTrack) {
+    constexpr double kSystem = 1000, kMicrophone = 3000; // Hz
+    const auto turn = [](double hertz, std::int64_t frame) { return 2 * std::numbers::pi * hertz * frame / 48'000; };
+    const auto tone = [&](double hertz) -> hal::SoundSource {
+        return [=](std::span<float> samples, int channels, std::int64_t position) {
+            for (std::size_t i = 0; i < samples.size(); ++i)
+                samples[i] = static_cast<float>(0.25 * std::sin(turn(hertz, position + std::int64_t(i) / channels)));
+        };
+    };
+    silencePlayer();
+    const auto player = world.backend->play(tone(kSystem));
+    world.backend->setSource("builtin_microphone", tone(kMicrophone));
+    for (const auto &[type, system, microphone] : {std::tuple(0, 0.25, 0.0), {1, 0.0, 0.25}, {2, 0.25, 0.25}}) {
+        SCOPED_TRACE(type);
+        AppSettings::setAudioType(type);
+        record(2);
+        movies.stop();
+        ASSERT_TRUE(settles());
+        const QString file = list.items().back()->getFileName();
+        EXPECT_EQ(test::factOf(file, "a", "stream=channels"), "2");
+        const std::vector<float> heard = test::soundOf(file);
+        ASSERT_GT(heard.size(), 72'000u);
+        for (const auto &[hertz, level] : {std::pair(kSystem, system), {kMicrophone, microphone}}) {
+            double strength = 0; // of 100 stretches, since one device may be drawn near to the other all the while
+            for (std::int64_t begin = 24'000; begin < 72'000; begin += 480) {
+                std::complex<double> sum;
+                for (std::int64_t i = begin; i < begin + 480; ++i)
+                    sum += static_cast<double>(heard[static_cast<std::size_t>(i)]) * std::polar(1.0, turn(hertz, i));
+                strength += std::abs(sum) / 24'000;
+            }
+            // ffmpeg makes one of two that are alike by the root of two.
+            EXPECT_NEAR(strength / std::numbers::sqrt2, level, 0.02) << hertz;
+        }
+    }
 }
 
 TEST_F(MovieSessionTest, ADiskThatFillsEndsItInASentenceAndTheMovieIsKept) {
