@@ -330,24 +330,6 @@ void MovieSession::end(const RecordingTrouble &trouble) {
     mView.recordingSettled();
 }
 
-// As RecordingSession does it.
-void MovieSession::machineWillSleep(bool shutsDown) {
-    if (mState == State::Paused && !shutsDown)
-        mSleep.release();
-    else if (isOpen())
-        close(State::FallingAsleep);
-}
-
-void MovieSession::machineDidWake() {
-    if (mState == State::Paused) {
-        mSleep.hold();
-    } else if (mState == State::Asleep && !mSleep.isAsleep()) {
-        mState = State::Idle;
-        if (const auto started = start(); !started)
-            end({started.failure().sentence, {}});
-    }
-}
-
 // The recorder stays with the kit: a camera may be looked at on.
 void MovieSession::letGo() {
     if (mRecorder)
