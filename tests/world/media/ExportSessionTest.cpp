@@ -129,6 +129,9 @@ TEST_F(ExportSessionTest, WhatFailsOrIsStoppedLeavesNothing) {
     const auto source = MemoryAsset::level(480000, 0.1F, {48000, 2});
     EXPECT_EQ(exported(source, {{{20, 1}, {1, 1}}}, ExportCoding::Aac), QString()); // behind the end
     EXPECT_EQ(exported(source, {{{1, 1}, {}}}, ExportCoding::Aac), QString());
+    source->isProtected = true;
+    EXPECT_EQ(exported(source, {}, ExportCoding::Aac), QString());
+    source->isProtected = false;
     for (const std::int64_t promised : {500'000, 600'000}) {
         source->promisedFrames = promised;
         EXPECT_EQ(exported(source, {}, ExportCoding::Pcm16), QString()); // ends early
