@@ -17,9 +17,9 @@ QString openInput(const char *path, InputHandle &opened) {
     // A plain file only: a name is never taken for an address of the network.
     const std::string name = std::string("file:") + path;
     AVDictionary *options = nullptr;
-    av_dict_set(&options, "max_size", kSamplesAtOnce, 0); // of a WAV; others leave it there
+    av_dict_set(&options, "max_size", kSamplesAtOnce, 0); // of a WAV; other formats leave it there
     int error = avformat_open_input(&input, name.c_str(), nullptr, &options);
-    av_dict_free(&options);
+    const OptionsHandle others{options};
     if (error < 0)
         return ffmpegError(error);
     opened.reset(input);
