@@ -1,7 +1,8 @@
 // What the editor exports against ffmpeg, in one run: three selections of ten minutes in all of a file of an hour,
-// joined, by its atrim and concat with the same coder and settings. Prints the median of the ratios of wall time, pair
-// by pair. Limits on two idle cores: WAV 0.25, MP3 0.82, M4A 0.94; M4A, each selection for itself, 0.55.
-// Arguments: FILE of an hour, rounds (3).
+// joined, by its atrim and concat with the same coder and settings. Prints the median of the ratios of wall time and of
+// CPU, pair by pair. Limits of the former on two idle cores: WAV 0.25, MP3 0.82, M4A 0.94; M4A, each selection for
+// itself, 0.55.
+// Arguments: FILE of an hour, rounds (3), what the names of the cases wanted hold (all).
 
 #include "editor/operations/ZQAudioEditor.h"
 #include "platform/media/asset/OpenAsset.h"
@@ -13,9 +14,12 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <vector>
 
@@ -25,14 +29,36 @@ using namespace cantorel;
 
 const std::vector<CutRange> kSelections{{300, 500}, {1500.5, 1700.5}, {3100, 3300}};
 
-double secondsOf(const std::function<bool()> &action) {
+struct Cost {
+    double wall = 0, cpu = 0; // seconds
+};
+
+// Of this process and of all that it has waited for.
+double cpuSeconds() {
+    double sum = 0;
+    for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+        rusage used = {};
+        ::getrusage(who, &used);
+        for (const timeval &time : {used.ru_utime, used.ru_stime})
+            sum += static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    }
+    return sum;
+}
+
+Cost costOf(const std::function<bool()> &action) {
+    const double before = cpuSeconds();
     QElapsedTimer timer;
     timer.start();
     if (!action()) {
         std::fputs("an export failed\n", stderr);
         std::exit(1);
     }
-    return static_cast<double>(timer.nsecsElapsed()) / 1e9;
+    return {static_cast<double>(timer.nsecsElapsed()) / 1e9, cpuSeconds() - before};
+}
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
 }
 
 bool exportByEditor(const QString &file, const char *type, bool joins) {
@@ -74,7 +100,7 @@ bool exportByFfmpeg(const QString &file, const char *extension, const QStringLis
 int main(int argc, char **argv) {
     QCoreApplication application(argc, argv);
     if (argc < 2)
-        return std::fputs("usage: export_bench FILE [rounds]\n", stderr), 2;
+        return std::fputs("usage: export_bench FILE [rounds] [case]\n", stderr), 2;
     const QString file = QString::fromLocal8Bit(argv[1]);
     const int rounds = argc > 2 ? std::atoi(argv[2]) : 3;
     const QStringList converted{"-ab", "320K", "-ac", "2", "-ar", "44100"};
@@ -90,16 +116,18 @@ int main(int argc, char **argv) {
                  {"joined M4A", "aac", "m4a", true, aac, 0.94},
                  {"M4A one by one", "aac", "m4a", false, aac, 0.55}};
     for (const auto &[name, type, extension, joins, coder, limit] : cases) {
-        std::vector<double> ratios;
-        double ours = 0, peers = 0;
+        if (argc > 3 && !std::strstr(name, argv[3]))
+            continue;
+        std::vector<double> wall, cpu;
+        Cost ours, peers;
         for (int round = 0; round < rounds; ++round) {
-            peers = secondsOf([&] { return exportByFfmpeg(file, extension, coder); });
-            ours = secondsOf([&] { return exportByEditor(file, type, joins); });
-            ratios.push_back(ours / peers);
+            peers = costOf([&] { return exportByFfmpeg(file, extension, coder); });
+            ours = costOf([&] { return exportByEditor(file, type, joins); });
+            wall.push_back(ours.wall / peers.wall);
+            cpu.push_back(ours.cpu / peers.cpu);
         }
-        std::sort(ratios.begin(), ratios.end());
-        std::printf("%-15s x%.2f (limit %.2f; last round %.2f s against %.2f s)\n", name, ratios[ratios.size() / 2],
-                    limit, ours, peers);
+        std::printf("%-15s wall x%.2f (limit %.2f), CPU x%.2f; last round %.2f s against %.2f s\n", name, median(wall),
+                    limit, median(cpu), ours.wall, peers.wall);
         std::fflush(stdout);
     }
 }

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <future>
 
 namespace cantorel {
 
@@ -124,12 +125,13 @@ std::optional<HiddenFile> Converter::make(const QStringList &arguments, const QS
     // that can't be read to its end for one that ends there.
     if (complete)
         complete(file.path());
-    QString lack;
-    if (const int error = file.flush())
+    QString lack = QStringLiteral("it is empty");
+    auto flushed = std::async(std::launch::async, [&file] { return file.flush(); }); // beside the proof
+    if (QFileInfo(file.path()).size() > 0)
+        lack = proof(file.path());
+    if (const int error = flushed.get())
         lack = QStringLiteral("flushing it: errno %1").arg(error);
-    else if (QFileInfo(file.path()).size() == 0)
-        lack = QStringLiteral("it is empty");
-    else if (lack = proof(file.path()); lack.isEmpty())
+    if (lack.isEmpty())
         return file;
     trouble.detail.prepend(lack + QStringLiteral("; "));
     if (media::freeBytes(file.path()).value_or(kNoRoom) < kNoRoom)

@@ -37,13 +37,14 @@ public:
     }
     media::SoundFormat format() const override { return mFormat; }
     bool isPlayable() const override { return !mSamples->empty(); }
-    bool hasProtectedContent() const override { return false; }
+    bool hasProtectedContent() const override { return isProtected; }
     QList<media::MetadataItem> metadata() const override { return {}; }
     foundation::Result<std::unique_ptr<media::FrameReader>> openReader(media::SoundFormat format) const override {
         return std::unique_ptr<media::FrameReader>(std::make_unique<Reader>(*this, format));
     }
 
     std::int64_t promisedFrames = -1; // another length than the true one
+    bool isProtected = false;
 
 private:
     struct Reader : media::FrameReader {

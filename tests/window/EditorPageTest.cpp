@@ -4,8 +4,10 @@
 #include "editor/views/ZQAudioCutInfoView.h"
 #include "editor/views/ZQAudioTimeView.h"
 #include "platform/desktop/recorded/RecordedServices.h"
+#include "platform/foundation/SearchPaths.h"
 #include "tags/AudioIdentify.h"
 #include "tests/support/Wave.h"
+#include "tests/window/Screen.h"
 #include "tests/window/WindowFixture.h"
 #include "ui/WaveArea.h"
 
@@ -13,9 +15,13 @@
 #include <QDoubleSpinBox>
 #include <QDropEvent>
 #include <QFileDialog>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QProcess>
 #include <QPushButton>
 #include <QScreen>
 #include <QSlider>
@@ -487,6 +493,47 @@ TEST_F(EditorPage, WhatWasOpenIsOfferedAgainOrDiscarded) {
     ASSERT_TRUE(isReady());
     EXPECT_TRUE(window.editorPage().isVisible());
     EXPECT_EQ(times().at(0), 7);
+}
+
+// The program itself, led by keys; what it leaves is taken up by the window of this test.
+TEST_F(EditorPage, WhatIsSelectedOutlivesAKillOfTheProgram) {
+    constexpr xcb_keysym_t kControl = 0xffe3, kInsert = 0xff63, kRight = 0xff53, kDown = 0xff54;
+    list.addRecordedFile(sound("Song.wav", 20), "00:00:20", "3.66 MB");
+    list.saveRecordedList();
+    window.hide();
+    qputenv("CANTOREL_DEBUG", "1"); // nothing is asked of the maker
+    QProcess program;
+    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    program.start(QStringLiteral(CANTOREL_PROGRAM), {"--backend=embedded"});
+    const auto kept = [] { return test::contents(foundation::stateFolder() + "/cantorel/editor.json"); };
+    // Struck again where the program was not ready for it.
+    const auto until = [&](std::initializer_list<std::initializer_list<xcb_keysym_t>> strikes, const QByteArray &text) {
+        return test::eventually(
+            [&] {
+                for (const auto &keys : strikes)
+                    test::screenOfThisProcess->strike(keys);
+                return test::eventually([&] { return kept().contains(text); }, 4000);
+            },
+            60'000);
+    };
+    ASSERT_TRUE(until({{kControl, '2'}, {kDown}, {kControl, 'e'}}, "Song.wav")) << kept().toStdString();
+    ASSERT_TRUE(until({{kRight}, {kInsert}, {kRight}, {kRight}, {']'}}, "]],")) << kept().toStdString();
+    ASSERT_TRUE(until({{kRight}, {kInsert}, {kRight}, {']'}}, "],[")) << kept().toStdString();
+    program.kill();
+    ASSERT_TRUE(program.waitForFinished());
+    const QJsonObject left = QJsonDocument::fromJson(kept()).object();
+    window.show();
+    window.offerEdit();
+    ASSERT_TRUE(passUntil([&] { return find<QWidget>("edit0")->isVisible(); }));
+    click("edit0");
+    ASSERT_TRUE(isReady());
+    QJsonArray cuts;
+    for (const CutList::Range &cut : manager().cuts().ranges())
+        cuts << QJsonArray{cut.start, cut.end, cut.isFocusOn};
+    EXPECT_EQ(manager().audioFileName(), "Song.wav");
+    EXPECT_GE(cuts.size(), 2);
+    EXPECT_EQ(cuts, left["cuts"].toArray());
+    EXPECT_EQ(manager().playTime(), left["head"].toDouble());
 }
 
 TEST_F(EditorPage, ADroppedFileIsOpenedAtOnceAndWhatHoldsNoSoundSaysSo) {

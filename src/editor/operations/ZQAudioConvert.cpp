@@ -29,8 +29,6 @@ namespace {
 
 constexpr foundation::SentenceKey kExportKept("ExportKept", "Reason", "FileName");
 
-constexpr int kAtOnce = 2;
-
 void flush(const QString &path) {
     const foundation::FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
     if (file.isOpen())
@@ -49,7 +47,7 @@ void ZQAudioConvert::convertAudioPaths(const QStringList &paths, const ZQAudioEx
     const auto wanted = [&](int index) { return ToolFile::pathWithExtension(paths[index], format.fileType); };
     std::atomic<double> done = 0;
     inOrder(
-        startIndex, static_cast<int>(paths.size()), kAtOnce,
+        startIndex, static_cast<int>(paths.size()), kPartsAtOnce,
         [&](int index) {
             double before = 0;
             return AudioConverter::convertExported(

@@ -28,7 +28,6 @@ namespace {
 
 constexpr foundation::SentenceKey kExportEnded("ExportEnded");
 
-constexpr int kAtOnce = 2;
 constexpr double kRenderingShare = 0.25; // of the time, where a conversion follows
 
 // All but AAC is converted afterwards, to 44.1 kHz; WAV then has 16 bits.
@@ -146,7 +145,7 @@ ZQAudioEditor::Exported ZQAudioEditor::exportParts(const Order &order,
     result.exportFormat.parts.clear(); // but for those that come to be
     QString next = order.path;
     inOrder(
-        0, static_cast<int>(ranges.size()), kAtOnce,
+        0, static_cast<int>(ranges.size()), kPartsAtOnce,
         [&](int index) {
             double before = 0;
             const ZQAudioExportFormat &format = order.format.ofPart(static_cast<std::size_t>(index));

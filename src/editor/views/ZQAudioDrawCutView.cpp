@@ -12,7 +12,6 @@ namespace cantorel::ui {
 
 namespace {
 
-constexpr float kLine = 0.55F; // how much of its colour an edge shows
 constexpr int kNumberTop = 8, kNumberLeft = 8;
 
 } // namespace
@@ -38,10 +37,6 @@ void ZQAudioDrawCutView::paintEvent(QPaintEvent *) {
     for (const ZQAudioCutEntity *entity : mDelegate.AudioCutRequestDelegate_GetExistCutEntitysRect()) {
         const double left = entity->leftPoint().x(), right = entity->rightPoint().x();
         const QColor colour = colourOf(entity->rectColor());
-        QColor edge = colour;
-        edge.setAlphaF(kLine);
-        for (const double x : {left, right - 1})
-            painter.fillRect(QRectF(qRound(x), 0, 1, height()), edge);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
         painter.setBrush(colour);

@@ -6,13 +6,13 @@
 
 namespace cantorel::ui {
 
-// The edges of the selections, their handles and their numbers, over the wave. Takes no mouse.
+// The handles of the selections and their numbers, over the wave. Takes no mouse.
 class ZQAudioDrawCutView : public QWidget {
 public:
     // Both outlive it.
     ZQAudioDrawCutView(const WaveGeometry &geometry, const AudioCutRequestDelegate &delegate, QWidget *parent);
 
-    // Its numbers are painted anew; edges are with what they part in the wave below.
+    // Its numbers are painted anew; handles are with what they part in the wave below.
     void cutsDidChange();
 
 protected:

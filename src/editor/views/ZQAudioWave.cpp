@@ -11,13 +11,19 @@
 
 namespace cantorel::ui {
 
+namespace {
+
+constexpr float kLine = 0.55F; // how much of its colour an edge shows
+
+} // namespace
+
 ZQAudioWave::ZQAudioWave(const WaveGeometry &geometry, AudioCutRequestDelegate &delegate, QWidget *parent)
     : QWidget(parent), mGeometry(geometry), mDelegate(delegate) {
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 void ZQAudioWave::waveDidChange() {
-    mPicture = {};
+    mIsPainted = false;
     update();
 }
 
@@ -53,14 +59,28 @@ void ZQAudioWave::cutsDidChange() {
 }
 
 void ZQAudioWave::paint(double from, double to) {
-    if (mPicture.isNull())
+    if (!mIsPainted)
         return; // all of it is about to be
     const int left = static_cast<int>(std::floor(from)) - 1, right = static_cast<int>(std::ceil(to)) + 1;
     const double scale = mPicture.devicePixelRatio();
-    paintWave(mPicture, mGeometry, mDelegate.AudioCutRequestDelegate_GetExistCutEntitysRect(),
-              static_cast<int>(std::floor(left * scale)), static_cast<int>(std::ceil(right * scale)));
+    paintColumns(static_cast<int>(std::floor(left * scale)), static_cast<int>(std::ceil(right * scale)));
     const int handle = static_cast<int>(std::ceil(ZQAudioTools::dragHandleSize().width())); // beside its edge
     update(left - handle, 0, right - left + 2 * handle, height());
+}
+
+// The edges are part of the picture: over a large one that was just copied, upright lines take as long as the copy.
+void ZQAudioWave::paintColumns(int first, int end) {
+    const auto entities = mDelegate.AudioCutRequestDelegate_GetExistCutEntitysRect();
+    paintWave(mPicture, mGeometry, entities, first, end);
+    QPainter painter(&mPicture);
+    const double scale = mPicture.devicePixelRatio();
+    painter.setClipRect(QRectF(first / scale, 0, (end - first) / scale, height()));
+    for (const ZQAudioCutEntity *entity : entities) {
+        QColor edge = colourOf(entity->rectColor());
+        edge.setAlphaF(kLine);
+        for (const double x : {entity->leftPoint().x(), entity->rightPoint().x() - 1})
+            painter.fillRect(QRectF(qRound(x), 0, 1, height()), edge);
+    }
 }
 
 void ZQAudioWave::paintEvent(QPaintEvent *event) {
@@ -68,15 +88,17 @@ void ZQAudioWave::paintEvent(QPaintEvent *event) {
     if (mPicture.size() != pixels || mPicture.devicePixelRatio() != devicePixelRatioF()) {
         mPicture = QImage(pixels, QImage::Format_RGB32);
         mPicture.setDevicePixelRatio(devicePixelRatioF());
-        paintWave(mPicture, mGeometry, mDelegate.AudioCutRequestDelegate_GetExistCutEntitysRect(), 0, pixels.width());
+        mIsPainted = false;
     }
+    if (!std::exchange(mIsPainted, true))
+        paintColumns(0, pixels.width());
     QPainter painter(this);
     painter.setClipRegion(event->region());
     painter.drawImage(0, 0, mPicture);
 }
 
 void ZQAudioWave::resizeEvent(QResizeEvent *event) {
-    mPicture = {};
+    mIsPainted = false;
     mDelegate.waveSizeDidChange(size());
     QWidget::resizeEvent(event);
 }

@@ -9,7 +9,8 @@
 
 namespace cantorel::ui {
 
-// The whole sound as bars, with the selections in their colours, kept as a picture. Its edges are dragged here.
+// The whole sound as bars, with the selections and their edges in their colours, kept as a picture. The edges are
+// dragged here.
 class ZQAudioWave : public QWidget {
     Q_OBJECT
 
@@ -48,11 +49,13 @@ private:
         bool isFocusOn = false;
         bool operator==(const Shown &) const = default;
     };
-    void paint(double from, double to); // in points
+    void paint(double from, double to);    // in points
+    void paintColumns(int first, int end); // of the picture, in its pixels
 
     const WaveGeometry &mGeometry;
     AudioCutRequestDelegate &mDelegate;
     QImage mPicture;
+    bool mIsPainted = false; // the picture shows what it should
     std::vector<Shown> mShown;
     // The press that is being dragged: on what, and how far beside the edge.
     CutHit mHit = CutHit::None;

@@ -240,23 +240,19 @@ BoxBuffer fileType(bool hasPictures = false) {
     return out;
 }
 
-void durations(BoxBuffer &out, std::uint64_t packets, std::uint64_t lastPacketFrames) {
+// Of so many packets, the last of which may be shorter.
+void durations(BoxBuffer &out, std::uint64_t packets, std::uint64_t lastPacketFrames,
+               std::uint64_t framesPerPacket = kFramesPerPacket) {
     const std::size_t stts = out.openFull("stts", 0, 0);
-    if (packets == 0 || lastPacketFrames == kFramesPerPacket) {
-        out.u32(packets ? 1 : 0);
-        if (packets) {
-            out.u32(packets);
-            out.u32(kFramesPerPacket);
+    const bool isShorter = packets > 0 && lastPacketFrames != framesPerPacket;
+    const std::uint64_t whole = packets - isShorter;
+    out.u32((whole > 0) + isShorter);
+    for (const auto &[count, frames] :
+         {std::pair(whole, framesPerPacket), {std::uint64_t(isShorter), lastPacketFrames}})
+        if (count > 0) {
+            out.u32(count);
+            out.u32(frames);
         }
-    } else {
-        out.u32(packets > 1 ? 2 : 1);
-        if (packets > 1) {
-            out.u32(packets - 1);
-            out.u32(kFramesPerPacket);
-        }
-        out.u32(1);
-        out.u32(lastPacketFrames);
-    }
     out.close(stts);
 }
 
@@ -502,22 +498,27 @@ bool writeMovie(const MovieFormat &format, const MovieTable &table, std::int64_t
 }
 
 BoxBuffer pcmMovie(const PcmFormat &format, std::uint64_t position, std::uint64_t frames) {
-    // A file counts its samples in 32 bits; where they do not suffice, many frames stand for one.
-    const std::uint64_t framesPerSample = frames <= std::numeric_limits<std::uint32_t>::max() ? 1 : 1 << 20;
-    const std::uint64_t samples = (frames + framesPerSample - 1) / framesPerSample;
+    // Many frames are one sample: a reader that takes a sample at a time is done in half the time.
+    constexpr std::uint64_t kFramesPerSample = 1 << 15;
+    const std::uint64_t samples = (frames + kFramesPerSample - 1) / kFramesPerSample;
+    const std::uint64_t last = frames - (samples - 1) * kFramesPerSample; // frames
     BoxBuffer out;
     const std::size_t moov = out.open("moov");
     movieHeader(out, format.rate, frames);
-    const TrackMarks marks = openTrack(out, format, {format.rate, 0, frames, samples * framesPerSample, frames});
-    const auto table = [&](const char *type, std::initializer_list<std::uint64_t> values) {
+    const TrackMarks marks = openTrack(out, format, {format.rate, 0, frames, frames, frames});
+    durations(out, samples, last, kFramesPerSample);
+    const auto table = [&](const char *type, const std::vector<std::uint64_t> &values) {
         const std::size_t box = out.openFull(type, 0, 0);
         for (const std::uint64_t value : values)
             out.u32(value);
         out.close(box);
     };
-    table("stts", {1, samples, framesPerSample});
     table("stsc", {1, 1, samples, 1});
-    table("stsz", {framesPerSample * static_cast<std::uint64_t>(format.bytesPerFrame()), samples});
+    const auto bytes = static_cast<std::uint64_t>(format.bytesPerFrame());
+    std::vector<std::uint64_t> sizes{0, samples}; // 0: they differ
+    sizes.resize(2 + samples, kFramesPerSample * bytes);
+    sizes.back() = last * bytes;
+    table("stsz", sizes);
     table("co64", {1, position >> 32, position});
     closeTrack(out, marks);
     out.close(moov);

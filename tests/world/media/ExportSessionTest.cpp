@@ -33,6 +33,7 @@ protected:
             return {};
         EXPECT_EQ(progress, 1);
         mFrames = made.value().frames;
+        mLimited = made.value().limited;
         const QString path = mFolder.filePath(QString("%1.m4a").arg(++mNumber));
         EXPECT_EQ(made.value().file.take(path), 0);
         return path;
@@ -42,17 +43,26 @@ protected:
     QTemporaryDir mFolder;
     std::stop_source mStop;
     foundation::Sentence mWhy;
-    std::int64_t mFrames = 0;
+    std::int64_t mFrames = 0, mLimited = 0;
     int mNumber = 0;
 };
 
 TEST_F(ExportSessionTest, BareSamplesAreTheSourceToTheBit) {
-    const auto mono = MemoryAsset::numbered(30000, {8000, 1});
-    const std::vector<float> whole = test::decoded(exported(mono, {}, ExportCoding::PcmFloat));
-    ASSERT_EQ(whole.size(), 60000U);
-    for (std::size_t i = 0; i < 30000; ++i)
-        ASSERT_TRUE(whole[2 * i] == whole[2 * i + 1] && test::stampOf(whole[2 * i]) == static_cast<std::int64_t>(i))
-            << i;
+    // The longer one is rendered by two threads.
+    for (const std::size_t frames : {std::size_t{30000}, std::size_t{700001}}) {
+        const auto mono = MemoryAsset::numbered(static_cast<std::int64_t>(frames), {8000, 1}, -1000);
+        const std::vector<float> whole = test::decoded(exported(mono, {{{1, 8}, {999, 1}}}, ExportCoding::PcmFloat));
+        ASSERT_EQ(whole.size(), 2 * (frames - 1000));
+        for (std::size_t i = 0; i < frames - 1000; ++i)
+            ASSERT_TRUE(whole[2 * i] == whole[2 * i + 1] && test::stampOf(whole[2 * i]) == static_cast<std::int64_t>(i))
+                << i;
+    }
+    CompositionBuilder both;
+    for (int track = 0; track < 2; ++track)
+        ASSERT_TRUE(
+            both.insertTimeRange({{}, {600'000, 1000}}, MemoryAsset::level(600'000, 0.75F), {}, both.addTrack()));
+    EXPECT_FALSE(exported(both.build(), {}, ExportCoding::Pcm16).isEmpty());
+    EXPECT_EQ(mLimited, 1'200'000);
     // Integers are rounded as everybody does, and the stretch begins and ends at the nearest frames.
     std::vector<float> samples(44100 * 2);
     for (std::size_t i = 0; i < samples.size(); ++i)
@@ -119,8 +129,13 @@ TEST_F(ExportSessionTest, WhatFailsOrIsStoppedLeavesNothing) {
     const auto source = MemoryAsset::level(480000, 0.1F, {48000, 2});
     EXPECT_EQ(exported(source, {{{20, 1}, {1, 1}}}, ExportCoding::Aac), QString()); // behind the end
     EXPECT_EQ(exported(source, {{{1, 1}, {}}}, ExportCoding::Aac), QString());
-    source->promisedFrames = 500000;
-    EXPECT_EQ(exported(source, {}, ExportCoding::Pcm16), QString()); // ends early
+    source->isProtected = true;
+    EXPECT_EQ(exported(source, {}, ExportCoding::Aac), QString());
+    source->isProtected = false;
+    for (const std::int64_t promised : {500'000, 600'000}) {
+        source->promisedFrames = promised;
+        EXPECT_EQ(exported(source, {}, ExportCoding::Pcm16), QString()); // ends early
+    }
     source->promisedFrames = kMostFrames;
     EXPECT_EQ(exported(source, {}, ExportCoding::Pcm16), QString()); // no disk has such room
     EXPECT_EQ(mWhy, kDiskFull(mFolder.path()));

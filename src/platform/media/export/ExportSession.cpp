@@ -10,7 +10,9 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <future>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -25,7 +27,8 @@ namespace {
 constexpr foundation::SentenceKey kExportNothing("ExportNothing");
 constexpr foundation::SentenceKey kExportIncomplete("ExportIncomplete", "FileName");
 
-constexpr std::size_t kBlock = 32768; // frames
+constexpr std::size_t kBlock = 32768;               // frames
+constexpr std::int64_t kWorthSharing = 16 * kBlock; // frames
 
 double bytesPerFrame(ExportCoding coding, int rate) {
     return coding == ExportCoding::Aac ? recordingBytesPerSecond(rate) / rate : coding == ExportCoding::Pcm16 ? 4 : 8;
@@ -54,6 +57,53 @@ QString lackOfLasting(const foundation::HiddenFile &file, MediaTime wanted) {
                : QStringLiteral("%1 s of %2 s can be read").arg(facts.value().seconds).arg(wanted.seconds());
 }
 
+// A stretch of sound on its way into a file. Threads render parts of it; where one fails, the others end.
+class Rendering {
+public:
+    // from: the frame of the sound that is the first of the stretch. incomplete: what is said where it ends early.
+    Rendering(MovieSink &sink, std::int64_t from, std::stop_token stop, foundation::Sentence incomplete)
+        : mSink(sink), mFrom(from), mStop(std::move(stop)), mIncomplete(std::move(incomplete)) {}
+
+    // The frames of the stretch from first up to end. Tells how many all threads have done.
+    Result<void> render(const Result<std::unique_ptr<FrameReader>> &reader, std::int64_t first, std::int64_t end,
+                        const std::function<void(std::int64_t done)> &progressed) {
+        auto rendered = reader ? read(*reader.value(), first, end, progressed) : reader.failure();
+        mIsFailed = mIsFailed || !rendered;
+        return rendered;
+    }
+
+private:
+    Result<void> read(FrameReader &reader, std::int64_t first, std::int64_t end,
+                      const std::function<void(std::int64_t done)> &progressed) {
+        std::vector<float> block(kBlock * 2);
+        if (mFrom + first > 0)
+            reader.seek(mFrom + first);
+        while (first < end && !mIsFailed) {
+            if (mStop.stop_requested())
+                return Failure{kExportStopped(), QStringLiteral("stopped")};
+            const auto got =
+                reader.read(block.data(), static_cast<std::size_t>(std::min<std::int64_t>(kBlock, end - first)));
+            if (!got)
+                return got.failure();
+            if (got.value() == 0)
+                return Failure{mIncomplete, QStringLiteral("%1 of %2 frames").arg(first).arg(end)};
+            if (auto taken = mSink.put(first, {block.data(), got.value() * 2}); !taken)
+                return taken;
+            const auto frames = static_cast<std::int64_t>(got.value());
+            first += frames;
+            progressed(mDone += frames);
+        }
+        return {};
+    }
+
+    MovieSink &mSink;
+    const std::int64_t mFrom;
+    const std::stop_token mStop;
+    const foundation::Sentence mIncomplete;
+    std::atomic<std::int64_t> mDone = 0;
+    std::atomic<bool> mIsFailed = false;
+};
+
 } // namespace
 
 Result<ExportedFile> ExportSession::render(const QString &path, const std::stop_token &stop,
@@ -63,9 +113,7 @@ Result<ExportedFile> ExportSession::render(const QString &path, const std::stop_
         return Failure{kExportNothing(), QStringLiteral("no sound in the asset that can be read")};
     const QFileInfo target(path);
     const QString folder = target.absolutePath();
-    const auto incomplete = [&](const QString &detail) {
-        return Failure{kExportIncomplete(target.fileName()), detail};
-    };
+    const foundation::Sentence incomplete = kExportIncomplete(target.fileName());
     auto opened = asset->openReader({rate, 2});
     if (!opened)
         return opened.failure();
@@ -85,30 +133,37 @@ Result<ExportedFile> ExportSession::render(const QString &path, const std::stop_
     if (!made)
         return made.failure();
     MovieSink &sink = *made.value();
-    std::vector<float> block(kBlock * 2);
-    if (from > 0)
-        reader.seek(from);
-    for (std::int64_t done = 0; done < frames;) {
-        if (stop.stop_requested())
-            return Failure{kExportStopped(), QStringLiteral("stopped")};
-        const auto got =
-            reader.read(block.data(), static_cast<std::size_t>(std::min<std::int64_t>(kBlock, frames - done)));
-        if (!got)
-            return got.failure();
-        if (got.value() == 0)
-            return incomplete(QStringLiteral("%1 of %2 frames").arg(done).arg(frames));
-        if (const auto taken = sink.append({block.data(), got.value() * 2}); !taken)
-            return taken.failure();
-        done += static_cast<std::int64_t>(got.value());
+    // Bare samples have their places, so that another thread begins in the middle.
+    const bool isShared = coding != ExportCoding::Aac && frames >= kWorthSharing;
+    const std::int64_t middle = isShared ? frames / 2 : frames;
+    Rendering rendering(sink, from, stop, incomplete);
+    std::int64_t limited = 0;
+    std::future<Result<void>> second;
+    if (isShared)
+        second = std::async(std::launch::async, [&] {
+            const auto other = asset->openReader({rate, 2});
+            auto rendered = rendering.render(other, middle, frames, [](std::int64_t) {});
+            limited = other ? other.value()->limited() : 0;
+            return rendered;
+        });
+    auto rendered = rendering.render(opened, 0, middle, [&](std::int64_t done) {
         progress(static_cast<double>(done) / static_cast<double>(frames));
+    });
+    if (isShared) {
+        const auto rest = second.get();
+        if (rendered)
+            rendered = rest;
+        progress(1);
     }
+    if (!rendered)
+        return rendered.failure();
     if (const auto finished = sink.finish(frames, itemList(metadata).data()); !finished)
         return finished.failure();
-    ExportedFile exported{std::move(sink).take(), frames, reader.limited()};
+    ExportedFile exported{std::move(sink).take(), frames, reader.limited() + limited};
     QString lack = lackOf(exported.file.path(), {frames, rate});
     if (lack.isEmpty() && coding == ExportCoding::Aac)
         lack = lackOfLasting(exported.file, {frames, rate});
-    return lack.isEmpty() ? Result(std::move(exported)) : incomplete(lack);
+    return lack.isEmpty() ? Result(std::move(exported)) : Failure{incomplete, lack};
 }
 
 } // namespace cantorel::media

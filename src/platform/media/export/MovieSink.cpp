@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <utility>
@@ -25,7 +26,7 @@ public:
     AacSink(HiddenFile file, std::unique_ptr<AacEncoder> encoder, int rate)
         : MovieSink(std::move(file)), mEncoder(std::move(encoder)), mRate(rate) {}
 
-    Result<void> append(std::span<const float> interleaved) override {
+    Result<void> put(std::int64_t, std::span<const float> interleaved) override {
         mPackets.clear();
         const auto coded = mEncoder->encode(interleaved, mPackets);
         return coded ? writePackets() : coded;
@@ -70,27 +71,44 @@ class PcmSink : public MovieSink {
 public:
     PcmSink(HiddenFile file, int rate, bool isFloat) : MovieSink(std::move(file)), mFormat{rate, 2, isFloat} {}
 
-    Result<void> append(std::span<const float> interleaved) override {
+    Result<void> put(std::int64_t frame, std::span<const float> interleaved) override {
+        std::uint64_t position = positionOf(frame);
         if (mFormat.isFloat)
-            return write({reinterpret_cast<const std::uint8_t *>(interleaved.data()), interleaved.size_bytes()});
-        mIntegers.resize(interleaved.size());
-        // Limited before it is rounded, so that nothing has to be asked in between.
-        std::transform(interleaved.begin(), interleaved.end(), mIntegers.begin(), [](float sample) {
-            return static_cast<std::int16_t>(std::lrint(std::clamp(sample * 32768.0F, -32768.0F, 32767.0F)));
-        });
-        return write({reinterpret_cast<const std::uint8_t *>(mIntegers.data()), mIntegers.size() * 2});
+            return writeAt(position, bytesOf(interleaved));
+        std::array<std::int16_t, 1 << 14> integers;
+        Result<void> written;
+        while (written && !interleaved.empty()) {
+            const std::size_t count = std::min(interleaved.size(), integers.size());
+            // Limited before it is rounded, so that nothing has to be asked in between.
+            std::transform(interleaved.begin(), interleaved.begin() + static_cast<std::ptrdiff_t>(count),
+                           integers.begin(), [](float sample) {
+                               return static_cast<std::int16_t>(
+                                   std::lrint(std::clamp(sample * 32768.0F, -32768.0F, 32767.0F)));
+                           });
+            written = writeAt(position, bytesOf(std::span<const std::int16_t>(integers).first(count)));
+            position += count * sizeof(std::int16_t);
+            interleaved = interleaved.subspan(count);
+        }
+        return written;
     }
 
     Result<void> finish(std::int64_t frames, std::span<const std::uint8_t>) override {
-        const std::uint64_t begin = plainMovieStart().size();
+        mEnd = positionOf(frames);
         if (const auto closed = closeData(); !closed)
             return closed;
-        return write(pcmMovie(mFormat, begin, static_cast<std::uint64_t>(frames)).data());
+        return write(pcmMovie(mFormat, positionOf(0), static_cast<std::uint64_t>(frames)).data());
     }
 
 private:
+    template <class Sample> static std::span<const std::uint8_t> bytesOf(std::span<const Sample> samples) {
+        return {reinterpret_cast<const std::uint8_t *>(samples.data()), samples.size_bytes()};
+    }
+    std::uint64_t positionOf(std::int64_t frame) const {
+        return mBegin + static_cast<std::uint64_t>(frame) * static_cast<std::uint64_t>(mFormat.bytesPerFrame());
+    }
+
     const PcmFormat mFormat;
-    std::vector<std::int16_t> mIntegers;
+    const std::uint64_t mBegin = plainMovieStart().size(); // of the samples
 };
 
 } // namespace
@@ -128,7 +146,7 @@ Result<std::unique_ptr<MovieSink>> MovieSink::pcm(const QString &folder, int rat
     return begun ? Result(std::move(sink)) : begun.failure();
 }
 
-Result<void> MovieSink::writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
+Result<void> MovieSink::writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes) const {
     while (!bytes.empty()) {
         const ssize_t written = ::pwrite(mDescriptor.get(), bytes.data(), bytes.size(), static_cast<off_t>(position));
         if (written < 0 && errno == EINTR)

@@ -17,8 +17,7 @@
 
 namespace cantorel::media {
 
-// Takes stereo sound from its beginning to its end and makes an ordinary M4A of it in a hidden file, which is gone when
-// it is not finished. One thread at a time.
+// Takes stereo sound and makes an ordinary M4A of it in a hidden file, which is gone when it is not finished.
 class MovieSink {
 public:
     static foundation::Result<std::unique_ptr<MovieSink>> aac(const QString &folder, int rate);
@@ -26,9 +25,10 @@ public:
     static foundation::Result<std::unique_ptr<MovieSink>> pcm(const QString &folder, int rate, bool isFloat);
     virtual ~MovieSink() = default;
 
-    // Interleaved stereo.
-    virtual foundation::Result<void> append(std::span<const float> interleaved) = 0;
-    // Once only; what was appended are that many frames. userData: see writeMovie().
+    // Interleaved stereo that lies from that frame on. What is coded comes one stretch after the other, on one thread;
+    // bare samples come in any order, from several threads at a time.
+    virtual foundation::Result<void> put(std::int64_t frame, std::span<const float> interleaved) = 0;
+    // Once only, after all of the frames. userData: see writeMovie().
     virtual foundation::Result<void> finish(std::int64_t frames, std::span<const std::uint8_t> userData) = 0;
     // Only after finish().
     foundation::HiddenFile take() && { return std::move(mFile); }
@@ -37,6 +37,7 @@ protected:
     explicit MovieSink(foundation::HiddenFile file) : mFile(std::move(file)), mDescriptor(mFile.descriptor()) {}
     // Behind what is there.
     foundation::Result<void> write(std::span<const std::uint8_t> bytes);
+    foundation::Result<void> writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes) const;
     // The moov begins here.
     foundation::Result<void> closeData();
 
@@ -46,7 +47,6 @@ protected:
 
 private:
     static foundation::Result<foundation::HiddenFile> makeFile(const QString &folder);
-    foundation::Result<void> writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
 };
 
 } // namespace cantorel::media

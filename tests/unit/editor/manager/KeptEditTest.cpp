@@ -9,6 +9,7 @@
 #include "tests/support/Wave.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -25,7 +26,13 @@ struct KeptEditTest : testing::Test {
     KeptEditTest() { manager->waveSizeDidChange({210, 120}); }
     QUrl sound(const QString &name, int seconds, float level) const {
         EXPECT_TRUE(test::writeWav(path(name), std::vector<float>(static_cast<std::size_t>(seconds) * 96000, level)));
+        date(name, 1'000'000);
         return QUrl::fromLocalFile(path(name));
+    }
+    static void date(const QString &name, qint64 seconds) {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite)
+                    && file.setFileTime(QDateTime::fromSecsSinceEpoch(seconds), QFileDevice::FileModificationTime));
     }
     static QString path(const QString &name) { return QDir::homePath() + '/' + name; }
     bool until(const std::function<bool()> &holds) {
@@ -133,12 +140,21 @@ TEST_F(KeptEditTest, AKillAtAnyMomentLeavesAWholeState) {
 }
 
 TEST_F(KeptEditTest, WhatCannotBeContinuedSaysWhyAndStays) {
-    const QByteArray left = edit();
-    sound("Main.wav", 3, 0.25F);
-    restart(left);
-    manager->continueLeft();
-    ASSERT_TRUE(until([&] { return !told.isEmpty(); }));
-    EXPECT_EQ(told.last(), "What was edited can't be continued, since \"Main.wav\" is gone or was changed.");
+    const QByteArray first = edit();
+    const auto isRefused = [this](const QByteArray &left) {
+        restart(left);
+        told.clear();
+        manager->continueLeft();
+        ASSERT_TRUE(until([&] { return !told.isEmpty(); }));
+        EXPECT_EQ(told.last(), "What was edited can't be continued, since \"Main.wav\" is gone or was changed.");
+    };
+    date("Main.wav", 2'000'000);
+    select(1.5, 2); // what is kept after the change is what was opened before it
+    const QByteArray left = keptOnceItHolds("2,true]");
+    isRefused(left);
+    sound("Main.wav", 3, 0.25F); // with the old date
+    isRefused(first);
+    isRefused(left);
     open(sound("Third.wav", 2, 0.5F));
     world.advance(1000);
     EXPECT_EQ(kept->leftName(), "Main + Other + empty");
@@ -158,6 +174,7 @@ TEST_F(KeptEditTest, ATornOrForeignFileIsNothing) {
     }
     const auto opens = [](const QByteArray &bytes) { return KeptEdit::opened(bytes).ok(); };
     EXPECT_TRUE(opens(left));
+    EXPECT_EQ(KeptEdit::opened(QByteArray(left).replace("\"head\":3,", "\"head\":9e9,")).value().head, 4.5);
     for (const auto &[what, instead] :
          std::initializer_list<std::pair<const char *, const char *>>{{"\"version\":1", "\"version\":2"},
                                                                       {"\"rate\":48000", "\"rate\":0"},
@@ -165,7 +182,8 @@ TEST_F(KeptEditTest, ATornOrForeignFileIsNothing) {
                                                                       {"[0,0,0,", "[9,0,0,"},  // of no sound
                                                                       {"[0,0,0,", "[0,-5,0,"}, // before its beginning
                                                                       {"[0,0,0,", "[0,0,9e9,"}, // behind the end
-                                                                      {"[1,2.5,true]", "[1,0.5,true]"}}) {
+                                                                      {"[1,2.5,true]", "[1,0.5,true]"},
+                                                                      {"[1,2.5,true]", "[4.5,5,true]"}}) {
         const QByteArray changed = QByteArray(left).replace(what, instead);
         ASSERT_NE(changed, left) << what;
         EXPECT_FALSE(opens(changed)) << instead;

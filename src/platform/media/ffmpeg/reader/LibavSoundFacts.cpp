@@ -9,15 +9,21 @@ namespace cantorel::media {
 
 namespace {
 
+constexpr const char *kSamplesAtOnce = "32768"; // bytes
+
 // An empty text when it could be opened.
 QString openInput(const char *path, InputHandle &opened) {
     AVFormatContext *input = nullptr;
     // A plain file only: a name is never taken for an address of the network.
     const std::string name = std::string("file:") + path;
-    if (const int error = avformat_open_input(&input, name.c_str(), nullptr, nullptr); error < 0)
+    AVDictionary *options = nullptr;
+    av_dict_set(&options, "max_size", kSamplesAtOnce, 0); // of a WAV; other formats leave it there
+    int error = avformat_open_input(&input, name.c_str(), nullptr, &options);
+    const OptionsHandle others{options};
+    if (error < 0)
         return ffmpegError(error);
     opened.reset(input);
-    const int error = avformat_find_stream_info(input, nullptr);
+    error = avformat_find_stream_info(input, nullptr);
     return error < 0 ? ffmpegError(error) : QString();
 }
 
