@@ -132,12 +132,13 @@ TEST_F(FaultsTest, ARecordingWithoutLinksIsToldAndPickedUpAgain) {
     world.killSessionManager();
     EXPECT_TRUE(eventually([&] { return run->has("deviceLost"); }));
     world.killServer(); // A session manager alone does not link what it has not made itself.
+    eventually([] { return false; }, 600);
     ASSERT_TRUE(world.startServer());
     EXPECT_TRUE(eventually([&] { return run->has("deviceBack"); })) << run->out.constData();
-    eventually([] { return false; }, 300);
+    eventually([] { return false; }, 200);
     run->signal(SIGINT);
     EXPECT_EQ(run->status(), 130);
-    EXPECT_GT(framesOf(run->event("finished"), "file"), 24000u) << "the hole is filled";
+    EXPECT_GT(framesOf(run->event("finished"), "file"), 30000u) << "the hole is filled";
 }
 
 // A machine with nothing but the virtual device: system sound is recorded, unheard; a microphone is asked for.
