@@ -35,6 +35,8 @@ CoverPictures::CoverPictures() : mDecoded(kKept) { mDecoding.setMaxThreadCount(1
 QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale) {
     if (item.isRecording)
         return drawn(QStringLiteral("record"), Look::tokens().red, size, scale);
+    if (item.cover().isEmpty() && isMovieFile(item.getFileName()))
+        return drawn(QStringLiteral("screen"), Look::tokens().text2, size, scale);
     const Source source{item.cover(), item.cover().isEmpty() ? item.getFileName() : QString(),
                         item.cover().isEmpty() ? item.size() : QString(), static_cast<int>(size * scale)};
     return picture(source, size, scale);
