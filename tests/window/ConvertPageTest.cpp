@@ -178,6 +178,7 @@ TEST_F(ConvertPage, ManyFilesComeInOneGoBesideWhatIsChosen) {
     ASSERT_TRUE(drop(many));
     ASSERT_TRUE(hasRows(1001));
     EXPECT_EQ(table->selectionModel()->selectedRows().value(0).row(), 0);
+    ASSERT_TRUE(passUntil([&] { return table->verticalScrollBar()->maximum() >= 2000; })) << "they are laid out";
     table->verticalScrollBar()->setValue(2000);
     ASSERT_TRUE(drop({path("Two.wav")}));
     ASSERT_TRUE(hasRows(1002));
