@@ -93,7 +93,8 @@ TEST(CompositionTest, RoundingDoesNotAddUp) {
     for (int i = 0; i < 300; ++i, cursor += 4)
         ASSERT_TRUE(builder.insertTimeRange({{3 * i, 1000}, {3, 1000}}, source, {cursor, 1000}, builder.addTrack()));
     EXPECT_EQ(builder.duration(), (MediaTime{(1199 * 44100 + 500) / 1000, 44100}));
-    for (const auto &piece : builder.build()->pieces()) {
+    const auto composition = builder.build();
+    for (const auto &piece : composition->pieces()) {
         const auto i = static_cast<std::int64_t>(piece.track);
         EXPECT_EQ(piece.start, (4 * i * 44100 + 500) / 1000);
         EXPECT_EQ(piece.length, ((4 * i + 3) * 44100 + 500) / 1000 - piece.start);
