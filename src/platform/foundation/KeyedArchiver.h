@@ -4,6 +4,7 @@
 #include <QRectF>
 #include <QVariant>
 
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <utility>
@@ -52,6 +53,10 @@ QByteArray archivedData(const QVariant &rootObject);
 // What an archive holds, in the same shape; nothing when it is damaged in any way, holds itself, or is nested beyond
 // use. Whatever the bytes are, this neither crashes nor runs away.
 std::optional<QVariant> unarchivedObject(const QByteArray &archive);
+
+// Gives the items of an archived list in their order, each made only then, so that a long list is never in memory as
+// values. False when the archive is damaged or holds no list: what was given before that was found counts for nothing.
+bool unarchiveItems(const QByteArray &archive, const std::function<void(const QVariant &item)> &take);
 
 } // namespace cantorel::foundation
 

@@ -4,28 +4,34 @@
 #include <QDateTime>
 #include <QStringList>
 
+#include <algorithm>
+#include <utility>
+
 namespace cantorel::foundation {
 
 namespace {
 
 constexpr int kDeepest = 100;
 
+const QString kItems = QStringLiteral("NS.objects");
+
+// Makes objects as they are named. One that is named again is made a second time and kept from then on, so that an
+// archive whose objects are named once, as almost all are, is read without keeping any.
 class Unarchiver {
 public:
     explicit Unarchiver(BinaryPlistReader &reader) : mReader(reader) {}
 
-    std::optional<QVariant> unarchive() {
-        const auto whole = fields(mReader.item(mReader.top()));
-        if (!whole)
-            return std::nullopt;
-        const auto objects = itemAt(*whole, QStringLiteral("$objects"));
-        const auto top = fields(itemAt(*whole, QStringLiteral("$top")));
-        if (objects.kind != Kind::Array || !top)
-            return std::nullopt;
-        mObjects = objects.refs;
-        mDone.resize(mObjects.size());
-        mState.assign(mObjects.size(), State::Unread);
-        return referenced(itemAt(*top, QStringLiteral("root")), 0);
+    std::optional<QVariant> unarchive() { return referenced(root(), 0); }
+
+    bool unarchiveItems(const std::function<void(const QVariant &)> &take) {
+        const Item list = root();
+        if (list.kind != Kind::Uid || list.uid >= mObjects.size())
+            return false;
+        const auto number = static_cast<std::size_t>(list.uid);
+        mState[number] = State::Open;
+        const auto values = fields(mReader.item(mObjects[number]));
+        const auto className = values ? classNameOf(*values) : std::nullopt;
+        return className && isList(*className) && eachItem(*values, kItems, 0, take);
     }
 
 private:
@@ -43,7 +49,21 @@ private:
             return std::nullopt;
         }
     };
-    enum class State : std::uint8_t { Unread, Open, Done };
+    enum class State : std::uint8_t { Unread, Open, NamedOnce, Kept };
+
+    // The reference to the object that was archived; invalid when there is none.
+    Item root() {
+        const auto whole = fields(mReader.item(mReader.top()));
+        if (!whole)
+            return {};
+        auto objects = itemAt(*whole, QStringLiteral("$objects"));
+        const auto top = fields(itemAt(*whole, QStringLiteral("$top")));
+        if (objects.kind != Kind::Array || !top)
+            return {};
+        mObjects = std::move(objects.refs);
+        mState.assign(mObjects.size(), State::Unread);
+        return itemAt(*top, QStringLiteral("root"));
+    }
 
     std::optional<Fields> fields(const Item &item) {
         if (item.kind != Kind::Dictionary)
@@ -73,17 +93,25 @@ private:
         const auto number = static_cast<std::size_t>(item.uid);
         if (number == 0)
             return QVariant();
-        if (mState[number] == State::Open)
+        if (mState[number] == State::Kept)
+            return mKept.value(number);
+        const State before = std::exchange(mState[number], State::Open);
+        auto value = before == State::Open ? std::nullopt : object(mReader.item(mObjects[number]), depth);
+        if (!value)
             return std::nullopt;
-        if (mState[number] == State::Unread) {
-            mState[number] = State::Open;
-            auto value = object(mReader.item(mObjects[number]), depth);
-            if (!value)
-                return std::nullopt;
-            mDone[number] = *std::move(value);
-            mState[number] = State::Done;
-        }
-        return mDone[number];
+        if (before == State::NamedOnce)
+            mKept.insert(number, *value);
+        mState[number] = before == State::NamedOnce ? State::Kept : State::NamedOnce;
+        return value;
+    }
+
+    static bool isOneOf(const QString &className, std::initializer_list<const char *> names) {
+        return std::any_of(names.begin(), names.end(),
+                           [&](const char *name) { return className == QLatin1String(name); });
+    }
+
+    static bool isList(const QString &className) {
+        return isOneOf(className, {"NSArray", "NSMutableArray", "NSSet", "NSMutableSet"});
     }
 
     std::optional<QVariant> object(const Item &item, int depth) {
@@ -95,23 +123,19 @@ private:
         const auto className = classNameOf(*values);
         if (!className)
             return std::nullopt;
-        const auto isOneOf = [&](std::initializer_list<const char *> names) {
-            return std::any_of(names.begin(), names.end(),
-                               [&](const char *name) { return *className == QLatin1String(name); });
-        };
-        if (isOneOf({"NSArray", "NSMutableArray", "NSSet", "NSMutableSet"}))
-            return list(*values, QStringLiteral("NS.objects"), depth);
-        if (isOneOf({"NSDictionary", "NSMutableDictionary"}))
+        if (isList(*className))
+            return list(*values, kItems, depth);
+        if (isOneOf(*className, {"NSDictionary", "NSMutableDictionary"}))
             return map(*values, depth);
-        if (isOneOf({"NSDate"})) {
+        if (isOneOf(*className, {"NSDate"})) {
             const auto time = scalar(*values, QStringLiteral("NS.time"), QMetaType::Double);
             return time ? std::optional<QVariant>(dateFromReference(time->toDouble())) : std::nullopt;
         }
-        if (isOneOf({"NSString", "NSMutableString"}))
+        if (isOneOf(*className, {"NSString", "NSMutableString"}))
             return scalar(*values, QStringLiteral("NS.string"), QMetaType::QString);
-        if (isOneOf({"NSData", "NSMutableData"}))
+        if (isOneOf(*className, {"NSData", "NSMutableData"}))
             return scalar(*values, QStringLiteral("NS.data"), QMetaType::QByteArray);
-        if (isOneOf({"NSValue"}))
+        if (isOneOf(*className, {"NSValue"}))
             return rectangle(*values, depth);
         return archivedObject(*className, *values, depth);
     }
@@ -138,23 +162,31 @@ private:
         return item.value;
     }
 
-    std::optional<QVariantList> list(const Fields &values, const QString &key, int depth) {
+    // Whether there is a list under the key and all its items could be made; those before the first that could not were
+    // given.
+    bool eachItem(const Fields &values, const QString &key, int depth,
+                  const std::function<void(const QVariant &)> &take) {
         const Item items = itemAt(values, key);
         if (items.kind != Kind::Array)
-            return std::nullopt;
-        QVariantList result;
+            return false;
         for (const Ref ref : items.refs) {
-            auto value = referenced(mReader.item(ref), depth + 1);
+            const auto value = referenced(mReader.item(ref), depth + 1);
             if (!value)
-                return std::nullopt;
-            result << *std::move(value);
+                return false;
+            take(*value);
         }
-        return result;
+        return true;
+    }
+
+    std::optional<QVariantList> list(const Fields &values, const QString &key, int depth) {
+        QVariantList result;
+        const bool isWhole = eachItem(values, key, depth, [&](const QVariant &value) { result << value; });
+        return isWhole ? std::optional(result) : std::nullopt;
     }
 
     std::optional<QVariant> map(const Fields &values, int depth) {
         const auto keys = list(values, QStringLiteral("NS.keys"), depth);
-        const auto items = list(values, QStringLiteral("NS.objects"), depth);
+        const auto items = list(values, kItems, depth);
         if (!keys || !items || keys->size() != items->size())
             return std::nullopt;
         QVariantMap result;
@@ -202,8 +234,8 @@ private:
 
     BinaryPlistReader &mReader;
     std::vector<Ref> mObjects;
-    std::vector<QVariant> mDone;
     std::vector<State> mState;
+    QHash<std::size_t, QVariant> mKept;
     QHash<Ref, QString> mClassNames;
 };
 
@@ -212,6 +244,11 @@ private:
 std::optional<QVariant> unarchivedObject(const QByteArray &archive) {
     auto reader = BinaryPlistReader::open(archive);
     return reader ? Unarchiver(*reader).unarchive() : std::nullopt;
+}
+
+bool unarchiveItems(const QByteArray &archive, const std::function<void(const QVariant &item)> &take) {
+    auto reader = BinaryPlistReader::open(archive);
+    return reader && Unarchiver(*reader).unarchiveItems(take);
 }
 
 } // namespace cantorel::foundation

@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <optional>
 #include <tuple>
 
 namespace cantorel {
@@ -52,6 +53,11 @@ RecordedAudioFields fieldsOf(const QJsonArray &json) {
             json.at(4).toString(), json.at(5).toString(), json.at(6).toString()};
 }
 
+std::optional<ListStore::Items::value_type> storedItem(const QVariant &archived) {
+    const auto fields = recordedAudioFields(archived);
+    return fields ? std::optional(std::make_unique<RecordedAudioInfo>(*fields)) : std::nullopt;
+}
+
 void replay(const std::vector<QJsonObject> &changes, ListStore::Items &items) {
     for (const QJsonObject &change : changes) {
         const QString operation = change.value(QStringLiteral("op")).toString();
@@ -74,28 +80,22 @@ ListStore::ListStore(const QString &stateFolder)
 
 ListStore::Items ListStore::load() {
     // Archive and journal are read one after the other, while their owner may fold the one into the other.
-    StoredList stored;
+    StoredList<Items::value_type> stored;
     std::vector<QJsonObject> changes;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         const auto before = stampOfSettings();
-        stored = loadStoredList(storedKey(), mStateFolder);
+        stored = loadStoredList<Items::value_type>(storedKey(), mStateFolder, storedItem);
         changes = mJournal.changesTo(stored.archive);
         if (!changes.empty() || before == stampOfSettings())
             break;
     }
-    Items items;
-    items.reserve(static_cast<std::size_t>(stored.items.size()));
-    for (QVariant &archived : stored.items) {
-        if (auto fields = recordedAudioFields(archived))
-            items.push_back(std::make_unique<RecordedAudioInfo>(*fields));
-        archived.clear(); // What it held serves the next items.
-    }
+    Items items = std::move(stored.items);
     // Once there are changes, the next one stores the whole list, and the journal begins anew.
-    mJournalFits = changes.empty() && items.size() == static_cast<std::size_t>(stored.items.size());
+    mJournalFits = changes.empty() && stored.isWhole;
     replay(changes, items);
     mJournal.begin(stored.archive);
     mArchiveSize = stored.archive.size();
-    if (std::erase_if(items, [](const auto &item) { return !QFile::exists(item->getFileName()); }) > 0)
+    if (std::erase_if(items, [](const auto &item) { return !item->fileExists(); }) > 0)
         mJournalFits = false;
     return items;
 }

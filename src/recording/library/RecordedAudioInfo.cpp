@@ -7,6 +7,8 @@
 #include <QStringEncoder>
 #include <QVarLengthArray>
 
+#include <unistd.h>
+
 namespace cantorel {
 
 namespace {
@@ -117,6 +119,10 @@ RecordedAudioFields RecordedAudioInfo::fields() const {
         begin = end + 1;
     }
     return fields;
+}
+
+bool RecordedAudioInfo::fileExists() const {
+    return ::access(piece(FileNameField).toByteArray().constData(), F_OK) == 0;
 }
 
 QByteArrayView RecordedAudioInfo::folder() const {

@@ -75,6 +75,8 @@ public:
     QString FileName() const { return getFileName(); }
     // Whether it is this file; quicker than its name.
     bool hasFile(const QByteArray &utf8Path) const { return piece(FileNameField) == utf8Path; }
+    // Whether its file is there; quicker than by its name.
+    bool fileExists() const;
     // The path of its folder, as UTF-8.
     QByteArrayView folder() const;
     // The path as first created.

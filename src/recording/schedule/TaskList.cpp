@@ -41,13 +41,14 @@ TaskList::~TaskList() {
 TaskList *TaskList::current() { return living; }
 
 void TaskList::LoadTasks() {
-    const StoredList stored = loadStoredList(QString::fromLatin1(setting::kScheduleTaskList),
-                                             foundation::stateFolder() + QStringLiteral("/cantorel"));
-    mTasks.clear();
-    for (const QVariant &item : stored.items) {
-        if (const auto task = taskFromArchive(item))
-            mTasks.push_back(std::make_shared<ScheduleTaskInfo>(*task));
-    }
+    mTasks =
+        loadStoredList<Task>(QString::fromLatin1(setting::kScheduleTaskList),
+                             foundation::stateFolder() + QStringLiteral("/cantorel"),
+                             [](const QVariant &archived) -> std::optional<Task> {
+                                 const auto task = taskFromArchive(archived);
+                                 return task ? std::optional(std::make_shared<ScheduleTaskInfo>(*task)) : std::nullopt;
+                             })
+            .items;
     mIsLoaded = true;
 }
 

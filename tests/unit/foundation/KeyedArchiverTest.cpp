@@ -56,6 +56,10 @@ TEST(KeyedArchiver, WhatIsArchivedComesBack) {
         const auto back = unarchivedObject(archivedData(value));
         ASSERT_TRUE(back.has_value());
         EXPECT_TRUE(*back == value);
+        QVariantList items;
+        EXPECT_EQ(unarchiveItems(archivedData(value), [&](const QVariant &item) { items << item; }),
+                  value.typeId() == QMetaType::QVariantList);
+        EXPECT_TRUE(items == value.toList());
     }
 }
 
@@ -115,7 +119,21 @@ TEST(KeyedArchiver, HostileArchivesGiveNothing) {
         {"empty", {}},
     };
     for (const auto &c : cases)
-        EXPECT_FALSE(unarchivedObject(c.bytes).has_value()) << c.what;
+        EXPECT_FALSE(unarchivedObject(c.bytes).has_value() || unarchiveItems(c.bytes, [](const QVariant &) {}))
+            << c.what;
+}
+
+// Lists that hold the next one twice each: made at each naming, the last would be made 2^60 times.
+TEST(KeyedArchiver, WhatIsNamedAgainAndAgainIsMadeTwiceAtMost) {
+    constexpr quint64 kLevels = 60;
+    QVariantList lists;
+    for (quint64 level = 1; level < kLevels; ++level)
+        lists << arrayOf({uid(level + 1), uid(level + 1)}, kLevels + 1);
+    lists << "the end" << classNamed("NSArray");
+    auto inner = unarchivedObject(archiveOf(lists));
+    for (quint64 level = 1; level < kLevels && inner; ++level)
+        inner = inner->toList().value(1);
+    EXPECT_EQ(inner, "the end");
 }
 
 // Counts and offsets that point beyond the file, in a list that is otherwise whole.
