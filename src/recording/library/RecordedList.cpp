@@ -1,6 +1,7 @@
 #include "recording/library/RecordedList.h"
 
 #include "log/GuardedAction.h"
+#include "platform/foundation/Background.h"
 #include "recording/library/NotedRename.h"
 #include "tags/AudioIdentify.h"
 #include "util/ToolFile.h"
@@ -52,6 +53,7 @@ void RecordedList::initRecordedList() {
 void RecordedList::initRecordedListBehind(std::function<void()> loaded) {
     mInvalidFiles.clear();
     mLoading = std::async(std::launch::async, [this, loaded = std::move(loaded)] {
+        foundation::standBack(); // The window is painted first.
         Items items = load();
         (void)::malloc_trim(0); // Reading takes several times what stays; it goes back to the system.
         QMetaObject::invokeMethod(&mTold, [this, loaded] {
