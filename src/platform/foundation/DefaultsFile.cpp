@@ -19,6 +19,8 @@ namespace {
 constexpr qsizetype kChunk = 256 * 1024;
 constexpr qsizetype kLarge = 64 * 1024;
 const QByteArray kDataTag = QByteArrayLiteral("<data>");
+// Stands before the list and tells how long its large data are, in their order.
+const QByteArray kLengths = QByteArrayLiteral("<?large-data"), kLengthsEnd = QByteArrayLiteral("?>");
 
 // A list's text, where short data that occur nowhere else stand in the place of large ones.
 struct Skimmed {
@@ -72,7 +74,18 @@ bool copy(int source, const LargeData &where, int target) {
     return true;
 }
 
-// Only data that reach beyond a chunk of the file are passed over: they need no more than to find their end.
+// The lengths that the text tells, as far as it does.
+QList<QByteArray> lengthsIn(const QByteArray &text) {
+    const qsizetype begin = text.indexOf(kLengths), end = text.indexOf(kLengthsEnd, begin);
+    return begin < 0 || end < 0
+               ? QList<QByteArray>()
+               : text.mid(begin + kLengths.size(), end - begin - kLengths.size()).simplified().split(' ');
+}
+
+qint64 base64Length(const QByteArray &data) { return (data.size() + 2) / 3 * 4; }
+
+// Only data that reach beyond a chunk of the file are passed over. Their end is looked for where the list does not tell
+// their length. A length that is wrong, since another program has changed them, leaves more than a mark in their place.
 std::optional<Skimmed> skim(int file) {
     Skimmed skimmed;
     QByteArray &text = skimmed.text;
@@ -100,11 +113,16 @@ std::optional<Skimmed> skim(int file) {
         const qsizetype body = tag + kDataTag.size();
         if (!passing && tag >= 0 && text.size() - body > kLarge
             && QByteArrayView(text).sliced(tag).startsWith(kDataTag)) {
-            const qint64 length = text.size() - body;
-            skimmed.large.push_back({newMark(), {at - length, length}});
+            LargeData data = {at - (text.size() - body), text.size() - body};
             text.truncate(body);
+            const int told = lengthsIn(text).value(static_cast<qsizetype>(skimmed.large.size())).toInt(); // 0 for none
+            passing = told <= 0;
+            if (!passing) {
+                data.length = told;
+                at = data.at + told;
+            }
+            skimmed.large.push_back({newMark(), data});
             text += skimmed.large.back().first.toBase64();
-            passing = true;
         }
     }
 }
@@ -178,7 +196,16 @@ std::optional<DefaultsContent> writeDefaults(int file, const DefaultsContent &co
     for (auto large = content.large.begin(); large != content.large.end(); ++large)
         marked.insert(large.key(), marks.insert(large.key(), newMark()).value());
 
-    const QByteArray text = propertyListXml(marked);
+    QByteArray lengths = kLengths;
+    for (auto mark = marks.begin(); mark != marks.end(); ++mark) {
+        const auto value = content.values.constFind(mark.key());
+        const bool isNew = value != content.values.constEnd();
+        lengths +=
+            ' ' + QByteArray::number(isNew ? base64Length(value->toByteArray()) : content.large[mark.key()].length);
+    }
+    QByteArray text = propertyListXml(marked);
+    if (!marks.isEmpty())
+        text.insert(text.indexOf("<plist"), lengths + kLengthsEnd + '\n');
     // In the order of their keys, as the list has them.
     qsizetype done = 0;
     qint64 at = 0;
