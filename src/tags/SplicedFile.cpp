@@ -13,12 +13,13 @@ namespace {
 
 constexpr std::int64_t kShort = 4096, kWindow = 2 * kShort;
 
-// Up to the end of the file, or to a fault of the disk.
-std::int64_t readAll(int file, char *to, std::int64_t at, std::int64_t count) {
+} // namespace
+
+std::int64_t readAll(const foundation::FileDescriptor &file, char *to, std::int64_t at, std::int64_t count) {
     constexpr std::int64_t kShortOnlyAtTheEnd = 2 * kShort; // a read so short is not interrupted half-way
     std::int64_t done = 0;
     while (done < count) {
-        const ssize_t got = ::pread(file, to + done, static_cast<std::size_t>(count - done), at + done);
+        const ssize_t got = ::pread(file.get(), to + done, static_cast<std::size_t>(count - done), at + done);
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
@@ -29,8 +30,6 @@ std::int64_t readAll(int file, char *to, std::int64_t at, std::int64_t count) {
     }
     return done;
 }
-
-} // namespace
 
 SplicedFile::SplicedFile(const foundation::FileDescriptor &file) : mFile(file) {
     struct stat status {};
@@ -49,13 +48,13 @@ std::int64_t SplicedFile::readOld(char *to, std::int64_t at, std::int64_t count)
         if (!holds(window)) {
             window.at = at / kShort * kShort;
             window.bytes.resize(kWindow);
-            window.bytes.truncate(readAll(mFile.get(), window.bytes.data(), window.at, kWindow));
+            window.bytes.truncate(readAll(mFile, window.bytes.data(), window.at, kWindow));
         }
         count = std::clamp<std::int64_t>(window.at + window.bytes.size() - at, 0, count);
         std::memcpy(to, window.bytes.constData() + (at - window.at), static_cast<std::size_t>(count));
         return count;
     }
-    return readAll(mFile.get(), to, at, count);
+    return readAll(mFile, to, at, count);
 }
 
 std::int64_t SplicedFile::readTo(char *to, std::int64_t at, std::int64_t count) const {
@@ -128,10 +127,24 @@ void SplicedFile::splice(std::int64_t at, std::int64_t replaced, const QByteArra
         mPieces.insert(mPieces.begin() + first, {-1, bytes.size(), bytes});
 }
 
+// Where in the file a stretch stands as it is; below 0 when it was put together.
+std::int64_t SplicedFile::oldPlace(std::int64_t at, std::int64_t count) const {
+    std::int64_t begin = 0;
+    for (const FilePiece &piece : mPieces) {
+        if (piece.at >= 0 && begin <= at && at + count <= begin + piece.length)
+            return piece.at + at - begin;
+        begin += piece.length;
+    }
+    return -1;
+}
+
 bool haveSameBytes(const SplicedFile &one, std::int64_t oneAt, const SplicedFile &other, std::int64_t otherAt,
                    std::int64_t count) {
+    const std::int64_t place = &one.mFile == &other.mFile ? one.oldPlace(oneAt, count) : -1;
+    if (place >= 0 && place == other.oldPlace(otherAt, count))
+        return true;
     constexpr std::int64_t kAtOnce = 32 << 10; // what a processor keeps at hand
-    std::vector<char> bytes(kAtOnce), others(kAtOnce);
+    std::array<char, kAtOnce> bytes, others;
     for (std::int64_t done = 0; done < count; done += kAtOnce) {
         const std::int64_t length = std::min(kAtOnce, count - done);
         if (one.readTo(bytes.data(), oneAt + done, length) != length

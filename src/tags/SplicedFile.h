@@ -34,8 +34,12 @@ public:
     QByteArray read(std::int64_t at, std::int64_t count) const;
     // The bytes take the place of `replaced` others.
     void splice(std::int64_t at, std::int64_t replaced, const QByteArray &bytes);
+    // Reads both, unless it is one stretch of the file that both are made from.
+    friend bool haveSameBytes(const SplicedFile &one, std::int64_t oneAt, const SplicedFile &other,
+                              std::int64_t otherAt, std::int64_t count);
 
 private:
+    std::int64_t oldPlace(std::int64_t at, std::int64_t count) const;
     std::int64_t readOld(char *to, std::int64_t at, std::int64_t count) const;
     std::size_t cutAt(std::int64_t at);
 
@@ -51,8 +55,8 @@ private:
     mutable std::array<Window, 2> mWindows;
 };
 
-bool haveSameBytes(const SplicedFile &one, std::int64_t oneAt, const SplicedFile &other, std::int64_t otherAt,
-                   std::int64_t count);
+// Up to the end of the file, or to a fault of the disk.
+std::int64_t readAll(const foundation::FileDescriptor &file, char *to, std::int64_t at, std::int64_t count);
 
 // What makes the file of before from the one that is made of these pieces of it. `before` is the file that the pieces
 // were taken from.

@@ -21,8 +21,10 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
-#include <functional>
+#include <cstring>
 #include <optional>
 #include <utility>
 
@@ -48,7 +50,8 @@ public:
         const QByteArray name = QFile::encodeName(file.mPath);
         if (::faccessat(AT_FDCWD, name.constData(), R_OK | W_OK, AT_EACCESS) != 0)
             return tag_failures::notAllowed(path, errno);
-        if (!file.mFile.isOpen() || ::fstat(file.mFile.get(), &file.mStatus) != 0 || !S_ISREG(file.mStatus.st_mode))
+        if (!file.descriptor().isOpen() || ::fstat(file.descriptor().get(), &file.mStatus) != 0
+            || !S_ISREG(file.mStatus.st_mode))
             return tag_failures::noFile(path);
         if (media::isUnfinished(file.mPath))
             return tag_failures::stillRecorded(path);
@@ -56,63 +59,76 @@ public:
     }
 
     const QString &path() const { return mPath; }
-    const FileDescriptor &descriptor() const { return mFile; }
+    const FileDescriptor &descriptor() const { return mIdentity.file(); }
     const struct stat &status() const { return mStatus; }
 
     bool isStillTheSame() const {
         struct stat now {};
-        return ::fstat(mFile.get(), &now) == 0 && versionOf(now) == versionOf(mStatus);
+        return ::fstat(descriptor().get(), &now) == 0 && versionOf(now) == versionOf(mStatus);
     }
     const foundation::FileIdentity &identity() const { return mIdentity; }
 
 private:
-    explicit OldFile(const QString &path)
-        : mPath(path),
-          mIdentity(path),
-          mFile(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+    explicit OldFile(const QString &path) : mPath(path), mIdentity(path) {}
 
     QString mPath;
     foundation::FileIdentity mIdentity;
-    FileDescriptor mFile;
     struct stat mStatus {};
 };
 
-int writeAll(int file, const char *bytes, std::int64_t count) {
+int writeAll(const FileDescriptor &file, const char *bytes, std::int64_t at, std::int64_t count) {
     while (count > 0) {
-        const ssize_t written = ::write(file, bytes, static_cast<std::size_t>(count));
+        const ssize_t written = ::pwrite(file.get(), bytes, static_cast<std::size_t>(count), at);
         if (written < 0 && errno == EINTR)
             continue;
         if (written < 0)
             return errno;
         bytes += written;
+        at += written;
         count -= written;
     }
     return 0;
 }
 
-// By the kernel where it can, which may then share the disk's blocks instead of copying them.
-int copyRange(int from, int to, std::int64_t at, std::int64_t count) {
-    QByteArray buffer;
-    while (count > 0) {
-        loff_t position = at;
-        ssize_t copied =
-            buffer.isEmpty() ? ::copy_file_range(from, &position, to, nullptr, static_cast<std::size_t>(count), 0) : -1;
-        if (copied <= 0) {
-            if (buffer.isEmpty() && copied < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EIO))
-                return errno;
-            buffer.resize(1 << 20);
-            copied = ::pread(from, buffer.data(),
-                             static_cast<std::size_t>(std::min<std::int64_t>(count, buffer.size())), at);
-            if (copied < 0 && errno == EINTR)
-                continue;
-            if (copied <= 0)
-                return copied < 0 ? errno : EIO; // It has become shorter meanwhile.
-            if (const int error = writeAll(to, buffer.constData(), copied))
-                return error;
-        }
-        at += copied;
-        count -= copied;
+constexpr std::int64_t kAtOnce = 128 << 10; // what a processor keeps at hand
+constexpr int kNotProved = EBADMSG;
+
+// Writes a part of a piece and reads it back.
+int writePart(const FilePiece &piece, std::int64_t part, std::int64_t count, const FileDescriptor &from,
+              const FileDescriptor &to, std::int64_t at) {
+    std::array<char, kAtOnce> old, written;
+    const char *bytes = piece.bytes.constData() + part;
+    ssize_t copied = 0;
+    if (piece.at >= 0) {
+        // By the kernel where it can, which may then share the disk's blocks instead of copying them.
+        loff_t source = piece.at + part, target = at;
+        copied = std::max<ssize_t>(
+            ::copy_file_range(from.get(), &source, to.get(), &target, static_cast<std::size_t>(count), 0), 0);
+        bytes = old.data();
+        if (readAll(from, old.data(), piece.at + part, count) != count)
+            return EIO; // It has become shorter meanwhile.
     }
+    if (const int error = writeAll(to, bytes + copied, at + copied, count - copied))
+        return error;
+    return readAll(to, written.data(), at, count) == count
+                   && std::memcmp(bytes, written.data(), static_cast<std::size_t>(count)) == 0
+               ? 0
+               : kNotProved;
+}
+
+int writePieces(const std::vector<FilePiece> &pieces, const FileDescriptor &from, const FileDescriptor &to) {
+    std::int64_t at = 0;
+    for (const FilePiece &piece : pieces)
+        at += piece.length;
+    (void)::fallocate(to.get(), 0, 0, at); // saves time; where it can't be done, writing tells why
+    at = 0;
+    for (const FilePiece &piece : pieces)
+        for (std::int64_t part = 0; part < piece.length; part += kAtOnce) {
+            const std::int64_t count = std::min(kAtOnce, piece.length - part);
+            if (const int error = writePart(piece, part, count, from, to, at))
+                return error;
+            at += count;
+        }
     return 0;
 }
 
@@ -149,21 +165,17 @@ int makeAlike(const struct stat &status, int from, int to) {
     return ::fchmod(to, status.st_mode & 07777) == 0 ? 0 : errno;
 }
 
-// Replaces the file by what the pieces of it make, once that has been proved. Answers which file that is.
-Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePiece> &pieces, const timespec *modified,
-                                   const std::function<bool(SplicedFile &made)> &proves) {
+// Replaces the file by what the pieces of it make, each of which is read back. Answers which file that is.
+Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePiece> &pieces, const timespec *modified) {
     int error = 0;
     auto made = foundation::HiddenFile::create(QFileInfo(old.path()).path(), QStringLiteral("tags"), error);
     if (!made)
         return error == EACCES || error == EPERM || error == EROFS ? tag_failures::notAllowed(old.path(), error)
                                                                    : tag_failures::notWritten(old.path(), error);
     const FileDescriptor file = made->descriptor();
-    for (const FilePiece &piece : pieces) {
-        error = piece.at < 0 ? writeAll(file.get(), piece.bytes.constData(), piece.length)
-                             : copyRange(old.descriptor().get(), file.get(), piece.at, piece.length);
-        if (error)
-            return tag_failures::notWritten(old.path(), error);
-    }
+    error = writePieces(pieces, old.descriptor(), file);
+    if (error)
+        return error == kNotProved ? tag_failures::notProved(old.path()) : tag_failures::notWritten(old.path(), error);
     error = makeAlike(old.status(), old.descriptor().get(), file.get());
     if (error)
         return tag_failures::notAllowed(old.path(), error);
@@ -174,9 +186,6 @@ Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePie
     error = made->flush();
     if (error)
         return tag_failures::notWritten(old.path(), error);
-    SplicedFile content(file);
-    if (!proves(content) || content.hasFailed())
-        return tag_failures::notProved(old.path());
     struct stat status {};
     if (!old.isStillTheSame() || ::fstat(file.get(), &status) != 0)
         return tag_failures::changedMeanwhile(old.path());
@@ -189,8 +198,8 @@ Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePie
     return versionOf(status);
 }
 
-// Whether reading gives what was to be written; a genre may be a number, and a year may not be written.
-bool givesBack(const TagFormats &formats, SplicedFile &made, bool isMovie, const id3Tag &wanted) {
+// Whether reading gives what is to be written; a genre may be a number, and a year may not be written.
+bool givesBack(const TagFormats &formats, SplicedFile made, bool isMovie, const id3Tag &wanted) {
     const auto read = formats.read(made, isMovie);
     const auto isSame = [&](const QString &text, const QString &meant) { return text == formats.kept(meant); };
     return read && isSame(read->id3Title, wanted.id3Title) && isSame(read->id3Artist, wanted.id3Artist)
@@ -221,11 +230,12 @@ Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted) {
     if (!edited.value())
         return std::optional<TagUndo::File>();
     const SplicedFile before(old.value().descriptor());
+    const bool isProved = (isMovie ? haveSameMovieSound(before, content) : haveSameMpegSound(before, content))
+                          && givesBack(*formats.value(), content, isMovie, wanted.tag);
     TagUndo::File undo{old.value().path(), inversePieces(content.pieces(), before), {}, old.value().status().st_mtim};
-    const auto version = replaceBy(old.value(), content.pieces(), nullptr, [&](SplicedFile &made) {
-        return (isMovie ? haveSameMovieSound(before, made) : haveSameMpegSound(before, made))
-               && givesBack(*formats.value(), made, isMovie, wanted.tag) && !before.hasFailed();
-    });
+    if (!isProved || content.hasFailed() || before.hasFailed())
+        return tag_failures::notProved(wanted.path);
+    const auto version = replaceBy(old.value(), content.pieces(), nullptr);
     if (!version)
         return version.failure();
     undo.written = version.value();
@@ -238,11 +248,7 @@ Result<void> undoTagsOf(const TagUndo::File &undo) {
         return now.failure();
     if (!(versionOf(now.value().status()) == undo.written))
         return tag_failures::changedMeanwhile(undo.path);
-    std::int64_t size = 0;
-    for (const FilePiece &piece : undo.pieces)
-        size += piece.length;
-    const auto version = replaceBy(now.value(), undo.pieces, &undo.modified,
-                                   [&](const SplicedFile &made) { return made.size() == size; });
+    const auto version = replaceBy(now.value(), undo.pieces, &undo.modified);
     if (!version)
         return version.failure();
     return {};

@@ -137,11 +137,8 @@ bool putItems(SplicedFile &file, const MovieFile &movie, const QByteArray &items
     return true;
 }
 
-} // namespace
-
-id3Tag readMovieTags(SplicedFile &file) {
-    if (!MovieFile::read(file))
-        return {};
+// Of one whose boxes are known to be whole.
+id3Tag recordOfMovie(SplicedFile &file) {
     SplicedStream stream(file);
     TagLib::MP4::File movie(&stream, false);
     if (!movie.isValid() || movie.tag() == nullptr || movie.tag()->isEmpty())
@@ -155,12 +152,16 @@ id3Tag readMovieTags(SplicedFile &file) {
     return record;
 }
 
+} // namespace
+
+id3Tag readMovieTags(SplicedFile &file) { return MovieFile::read(file) ? recordOfMovie(file) : id3Tag(); }
+
 foundation::Result<bool> editMovieTags(SplicedFile &file, const id3Tag &tag, const QString &path) {
     const auto movie = MovieFile::read(file);
     if (!movie || !movie->canMove || movie->tracks.empty())
         return tag_failures::noMovie(path);
     // The cover stays as it is: Tools::canEditM4ACover() is deliberately false.
-    const TagChanges changes(readMovieTags(file), tag);
+    const TagChanges changes(recordOfMovie(file), tag);
     if (changes.isEmpty())
         return false;
     if (!putItems(file, *movie, itemsAfter(file, *movie, changes)))

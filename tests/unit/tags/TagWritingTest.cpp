@@ -12,12 +12,32 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+
+namespace {
+enum class Copying { Whole, InParts, NotAtAll, Spoilt } copying = Copying::Whole;
+} // namespace
+
+// In place of the system's own.
+extern "C" ssize_t copy_file_range(int from, off64_t *source, int to, off64_t *target, std::size_t count,
+                                   unsigned flags) {
+    if (copying == Copying::NotAtAll)
+        return -1;
+    const off64_t at = *target;
+    if (copying == Copying::InParts)
+        count = (count + 1) / 2;
+    const auto copied = static_cast<ssize_t>(::syscall(SYS_copy_file_range, from, source, to, target, count, flags));
+    char sign = 0;
+    if (copying == Copying::Spoilt && copied > 0 && ::pread(to, &sign, 1, at + copied - 1) == 1 && ++sign)
+        return ::pwrite(to, &sign, 1, at + copied - 1) == 1 ? copied : -1;
+    return copied;
+}
 
 namespace cantorel {
 namespace {
@@ -103,6 +123,25 @@ TEST_F(TagFiles, AFullDiskAndARunningRecordingLeaveTheFileAsItWas) {
     EXPECT_EQ(contents(recording), until);
     QFile::remove(recording);
     EXPECT_EQ(namesIn(mFolder.path()), names);
+}
+
+TEST_F(TagFiles, ACopyThatIsAnotherSoundNeverTakesTheFilesPlace) {
+    for (const char *name : {"v23.mp3", "front.m4a"}) {
+        const QString path = file(name);
+        for (const Copying how : {Copying::InParts, Copying::NotAtAll, Copying::Spoilt}) {
+            const QByteArray before = contents(path), sound = test::packetsIn(path);
+            const QStringList names = namesIn(mFolder.path());
+            id3Tag tag = titled(path, QString(int(how), 'n'));
+            tag.id3Image.clear(); // which ffmpeg would not read
+            copying = how;
+            const auto failures = writeTags({{path, tag}}).failures;
+            copying = Copying::Whole;
+            EXPECT_EQ(failures.empty(), how != Copying::Spoilt);
+            EXPECT_EQ(contents(path) == before, how == Copying::Spoilt);
+            EXPECT_EQ(test::packetsIn(path), sound);
+            EXPECT_EQ(namesIn(mFolder.path()), names);
+        }
+    }
 }
 
 // A program that writes tags is killed at any moment: the file is the old one or a new one, and the next write clears
