@@ -69,7 +69,7 @@ public:
         if (mTried++ == 0)
             mFirstPosition = packet.pos;
         if (avcodec_send_packet(mDecoder.get(), &packet) < 0 || avcodec_receive_frame(mDecoder.get(), mFrame.get()) < 0
-            || mFrame->nb_samples <= 0 || !SoundTrack::isSound({mFrame->sample_rate, mFrame->ch_layout.nb_channels}))
+            || mFrame->nb_samples <= 0 || !SoundFormat{mFrame->sample_rate, mFrame->ch_layout.nb_channels}.isSound())
             return;
         mTrack.isPlayable = true;
         mTrack.format = {mFrame->sample_rate, mFrame->ch_layout.nb_channels};
