@@ -247,7 +247,8 @@ void trimMovie(SoundTrack &track, const MovieTrack &movie, const AVStream &strea
 
 // Where the samples of a plain file begin and end.
 Result<void> takeBlocks(SoundTrack &track, Demuxer &demuxer, const AVStream &stream) {
-    const int frameBytes = stream.codecpar->block_align;
+    const int frameBytes =
+        av_get_exact_bits_per_sample(stream.codecpar->codec_id) / 8 * stream.codecpar->ch_layout.nb_channels;
     const PacketHandle packet{av_packet_alloc()};
     demuxer.select(stream);
     if (avformat_seek_file(&demuxer.context(), stream.index, 0, 0, 0, 0) < 0)
