@@ -79,7 +79,6 @@ AssetPointer composed(const QJsonObject &sound, const std::vector<AssetPointer> 
 KeptEdit::KeptEdit() : KeptEdit(foundation::stateFolder() + QStringLiteral("/cantorel/editor.json")) {}
 
 KeptEdit::KeptEdit(QString file) : mFile(std::move(file)) {
-    mWorker.setMaxThreadCount(1);
     QDir().mkpath(QFileInfo(mFile).path());
     mLock = foundation::lockFile(mFile + QStringLiteral(".lock"));
     if (!mLock.isOpen())
@@ -90,8 +89,6 @@ KeptEdit::KeptEdit(QString file) : mFile(std::move(file)) {
     if (leftName().isEmpty()) // nothing of ours
         mLeft.clear();
 }
-
-KeptEdit::~KeptEdit() { mWorker.waitForDone(); }
 
 QString KeptEdit::leftName() const { return objectIn(mLeft).value(QLatin1String("name")).toString(); }
 
