@@ -8,7 +8,7 @@ namespace cantorel::media {
 
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 constexpr int kMostChunks = 1000;
 constexpr std::int64_t kStreamed = 0xFFFFFFFF; // as a size: its writer did not come to know it
