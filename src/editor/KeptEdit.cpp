@@ -58,7 +58,7 @@ AssetPointer composed(const QJsonObject &sound, const std::vector<AssetPointer> 
     if (!rate || !channels || !frames || sounds.empty() || numbers.isEmpty())
         return nullptr;
     std::vector<Composition::Piece> pieces;
-    for (const QJsonValue &piece : numbers) {
+    for (const QJsonValue piece : numbers) {
         const auto source = within(piece[0], 0, static_cast<std::int64_t>(sounds.size()) - 1);
         const auto from = within(piece[1], 0, *frames), start = within(piece[2], 0, *frames);
         const auto length = within(piece[3], 1, *frames);
@@ -107,7 +107,7 @@ Result<EditStep> KeptEdit::opened(const QByteArray &left) {
     step.viewStart = object[QLatin1String("viewStart")].toDouble();
     step.zoom = object[QLatin1String("zoom")].toDouble(1);
     std::vector<AssetPointer> sounds;
-    for (const QJsonValue &value : object[QLatin1String("sounds")].toArray()) {
+    for (const QJsonValue value : object[QLatin1String("sounds")].toArray()) {
         const QJsonObject sound = value.toObject();
         const QString path = sound[QLatin1String("file")].toString();
         if (path.isEmpty()) {
@@ -130,7 +130,7 @@ Result<EditStep> KeptEdit::opened(const QByteArray &left) {
     step.asset = sounds.back();
     const double end = step.asset->duration().seconds();
     step.head = std::clamp(object[QLatin1String("head")].toDouble(), 0.0, end);
-    for (const QJsonValue &cut : object[QLatin1String("cuts")].toArray()) {
+    for (const QJsonValue cut : object[QLatin1String("cuts")].toArray()) {
         const CutList::Range range{cut[0].toDouble(-1), cut[1].toDouble(-1), cut[2].toBool()};
         if (range.start < 0 || range.end <= range.start || range.start >= end)
             return damaged(step.name);
