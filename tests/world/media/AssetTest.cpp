@@ -1,4 +1,5 @@
 #include "platform/media/asset/OpenAsset.h"
+#include "platform/media/asset/WaveFile.h"
 #include "tests/support/MadeSound.h"
 #include "tests/support/TestHome.h"
 
@@ -303,6 +304,11 @@ TEST(Asset, AWaveFileIsWhatItsHeadersSayHoweverStrangeTheyAre) {
     const QString path = folder.filePath("strange.wav");
     for (const auto &[name, bytes] : cases) {
         test::store(path, bytes);
+        if (QStringList{"whole", "8 bit", "32 bit", "extensible", "texts around it", "odd, with more behind",
+                        "more promised than there is", "long"}
+                .contains(name)) {
+            EXPECT_TRUE(findWaveSound(*SourceFile::open(path).value())) << name << ": without the module";
+        }
         const auto expected = test::decodedSamples(path);
         const auto asset = openAsset(QUrl::fromLocalFile(path));
         const auto reader =
@@ -332,6 +338,10 @@ TEST(Asset, CodedSoundInAWaveFileIsDecoded) {
         const auto asset = openAsset(QUrl::fromLocalFile(path));
         ASSERT_TRUE(asset);
         EXPECT_NEAR(asset.value()->duration().value, 200000, 10000) << coder.join(' ').toStdString();
+        std::vector<std::int16_t> own(2 * 50000), expected = test::decodedSamples(path);
+        ASSERT_EQ(asset.value()->openSampleReader().value()->read(own.data(), 50000).value(), 50000u);
+        expected.resize(own.size());
+        EXPECT_EQ(own, expected) << coder.join(' ').toStdString();
     }
 }
 
