@@ -58,7 +58,7 @@ AssetPointer composed(const QJsonObject &sound, const std::vector<AssetPointer> 
     if (!rate || !channels || !frames || sounds.empty() || numbers.isEmpty())
         return nullptr;
     std::vector<Composition::Piece> pieces;
-    for (const QJsonValue &piece : numbers) {
+    for (const QJsonValue piece : numbers) {
         const auto source = within(piece[0], 0, static_cast<std::int64_t>(sounds.size()) - 1);
         const auto from = within(piece[1], 0, *frames), start = within(piece[2], 0, *frames);
         const auto length = within(piece[3], 1, *frames);
@@ -79,7 +79,6 @@ AssetPointer composed(const QJsonObject &sound, const std::vector<AssetPointer> 
 KeptEdit::KeptEdit() : KeptEdit(foundation::stateFolder() + QStringLiteral("/cantorel/editor.json")) {}
 
 KeptEdit::KeptEdit(QString file) : mFile(std::move(file)) {
-    mWorker.setMaxThreadCount(1);
     QDir().mkpath(QFileInfo(mFile).path());
     mLock = foundation::lockFile(mFile + QStringLiteral(".lock"));
     if (!mLock.isOpen())
@@ -90,8 +89,6 @@ KeptEdit::KeptEdit(QString file) : mFile(std::move(file)) {
     if (leftName().isEmpty()) // nothing of ours
         mLeft.clear();
 }
-
-KeptEdit::~KeptEdit() { mWorker.waitForDone(); }
 
 QString KeptEdit::leftName() const { return objectIn(mLeft).value(QLatin1String("name")).toString(); }
 
@@ -110,7 +107,7 @@ Result<EditStep> KeptEdit::opened(const QByteArray &left) {
     step.viewStart = object[QLatin1String("viewStart")].toDouble();
     step.zoom = object[QLatin1String("zoom")].toDouble(1);
     std::vector<AssetPointer> sounds;
-    for (const QJsonValue &value : object[QLatin1String("sounds")].toArray()) {
+    for (const QJsonValue value : object[QLatin1String("sounds")].toArray()) {
         const QJsonObject sound = value.toObject();
         const QString path = sound[QLatin1String("file")].toString();
         if (path.isEmpty()) {
@@ -133,7 +130,7 @@ Result<EditStep> KeptEdit::opened(const QByteArray &left) {
     step.asset = sounds.back();
     const double end = step.asset->duration().seconds();
     step.head = std::clamp(object[QLatin1String("head")].toDouble(), 0.0, end);
-    for (const QJsonValue &cut : object[QLatin1String("cuts")].toArray()) {
+    for (const QJsonValue cut : object[QLatin1String("cuts")].toArray()) {
         const CutList::Range range{cut[0].toDouble(-1), cut[1].toDouble(-1), cut[2].toBool()};
         if (range.start < 0 || range.end <= range.start || range.start >= end)
             return damaged(step.name);

@@ -3,11 +3,11 @@
 #include "editor/EditStep.h"
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Result.h"
+#include "platform/foundation/SerialWorker.h"
 
 #include <QByteArray>
 #include <QObject>
 #include <QString>
-#include <QThreadPool>
 
 #include <cstdint>
 #include <map>
@@ -24,7 +24,7 @@ class KeptEdit : public QObject {
 public:
     KeptEdit(); // in the state folder
     explicit KeptEdit(QString file);
-    ~KeptEdit() override; // waits for what is being written
+    ~KeptEdit() override = default; // waits for what is being written
 
     // What an earlier program has left: the name of the sound, empty for nothing. It stays until it is continued,
     // discarded or overtaken by other work.
@@ -56,7 +56,7 @@ private:
     // The worker's: what was written last, and the sounds as they were when they were first kept.
     QByteArray mWritten;
     std::map<std::weak_ptr<const media::Asset>, Stamp, std::owner_less<>> mStamps;
-    QThreadPool mWorker; // of one thread
+    foundation::SerialWorker mWorker; // last: it uses the above
 };
 
 } // namespace cantorel

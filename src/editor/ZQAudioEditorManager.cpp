@@ -28,7 +28,6 @@ QString withDots(QString text) {
 
 ZQAudioEditorManager::ZQAudioEditorManager(foundation::Clock &clock, std::shared_ptr<KeptEdit> kept)
     : mClock(clock), mPlayer(clock), mKept(std::move(kept)) {
-    mWorker.setMaxThreadCount(1);
     mReader.readingDelegate = this;
     mPlayer.delegate = this;
     connect(&mPlayer, &ZQAudioPlayer::stateChanged, this, &ZQAudioEditorManager::stateChanged);
@@ -39,7 +38,7 @@ ZQAudioEditorManager::ZQAudioEditorManager(foundation::Clock &clock, std::shared
 
 ZQAudioEditorManager::~ZQAudioEditorManager() {
     ++mGeneration;
-    mWorker.waitForDone();
+    mWorker.finish();
     if (isUnsaved())
         keep();
     else if (mKept && mAsset)
@@ -234,8 +233,8 @@ bool ZQAudioEditorManager::isUnsaved() const {
 void ZQAudioEditorManager::continueLeft() {
     if (!mKept || mState == State::Exporting)
         return;
-    mWorker.start([this, left = mKept->left(), generation = mGeneration] {
-        auto step = KeptEdit::opened(left);
+    mWorker.start([this, left = mKept->left(), generation = mGeneration]() mutable {
+        auto step = KeptEdit::opened(std::exchange(left, {}));
         QMetaObject::invokeMethod(this, [this, generation, step = std::move(step)] {
             if (generation != mGeneration)
                 return;

@@ -11,9 +11,9 @@
 #include "editor/models/WaveGeometry.h"
 #include "editor/operations/ZQAudioEditor.h"
 #include "editor/playback/ZQAudioPlayer.h"
+#include "platform/foundation/SerialWorker.h"
 
 #include <QObject>
-#include <QThreadPool>
 #include <QUrl>
 
 #include <chrono>
@@ -217,8 +217,8 @@ private:
     ZQAudioExportFormat mExportFormat;
     std::vector<CutRange> mExportRanges;
     std::unique_ptr<foundation::Timer> mDelayed, mPreview, mKeeping;
-    quint64 mGeneration = 0; // of what is open
-    QThreadPool mWorker;     // of one thread; opens files to be inserted
+    quint64 mGeneration = 0;          // of what is open
+    foundation::SerialWorker mWorker; // opens files to be inserted
 };
 
 } // namespace cantorel

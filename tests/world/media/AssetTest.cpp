@@ -1,4 +1,5 @@
 #include "platform/media/asset/OpenAsset.h"
+#include "platform/media/asset/WaveFile.h"
 #include "tests/support/MadeSound.h"
 #include "tests/support/TestHome.h"
 
@@ -218,6 +219,130 @@ TEST(Asset, ADamagedFlacKeepsWhatLiesBehindTheDamage) {
     ASSERT_EQ(whole.value()->read(expected.data(), 50000).value(), 50000u);
     ASSERT_EQ(part.value()->read(end.data(), 50000).value(), 50000u);
     EXPECT_EQ(end, expected);
+}
+
+QByteArray little(std::int64_t number, int bytes) {
+    QByteArray text;
+    for (int i = 0; i < bytes; ++i, number >>= 8)
+        text += static_cast<char>(number);
+    return text;
+}
+QByteArray chunk(const char *name, const QByteArray &bytes, std::int64_t size = -1) {
+    return name + little(size < 0 ? bytes.size() : size, 4) + bytes + QByteArray(bytes.size() % 2, '\0');
+}
+QByteArray format(int kind, int channels, int rate, int bits) {
+    const int frame = channels * bits / 8;
+    return little(kind, 2) + little(channels, 2) + little(rate, 4) + little(rate * frame, 4) + little(frame, 2)
+           + little(bits, 2);
+}
+QByteArray riff(const QByteArray &chunks) { return chunk("RIFF", "WAVE" + chunks); }
+QByteArray extensible(int channels, int bits, int valid, const char *guid = "0100000000001000800000aa00389b71") {
+    return format(0xFFFE, channels, 48000, bits) + little(22, 2) + little(valid, 2) + little(0, 4)
+           + QByteArray::fromHex(guid);
+}
+
+// Whoever reads it, by the module or without: what ffmpeg decodes of it, or nothing where ffmpeg refuses it.
+TEST(Asset, AWaveFileIsWhatItsHeadersSayHoweverStrangeTheyAre) {
+    std::mt19937 random(3);
+    QByteArray noise(30011, '\0');
+    for (char &byte : noise)
+        byte = static_cast<char>(random());
+    noise[0] = 1; // no coder's mark
+    const QByteArray even = noise.left(30000), data = chunk("data", even),
+                     stereo = chunk("fmt ", format(1, 2, 44100, 16));
+    const auto longHeader = [&](std::int64_t bytes, int size = 28) {
+        return "RF64" + little(-1, 4) + "WAVE"
+               + chunk("ds64", (little(0, 8) + little(bytes, 8) + little(0, 12)).leftJustified(size, '\0', true));
+    };
+    QByteArray slow = format(1, 2, 44100, 16), wide = slow;
+    slow.replace(8, 4, little(44100, 4));
+    wide.replace(12, 2, little(8, 2));
+    const struct {
+        const char *name;
+        QByteArray bytes;
+    } cases[] = {
+        {"whole", riff(stereo + data)},
+        {"8 bit", riff(chunk("fmt ", format(1, 1, 8000, 8)) + data)},
+        {"24 bit of three channels, and a part of a frame", riff(chunk("fmt ", format(1, 3, 96000, 24)) + data)},
+        {"32 bit", riff(chunk("fmt ", format(1, 2, 48000, 32) + little(0, 2)) + data)},
+        {"floats", riff(chunk("fmt ", format(3, 2, 48000, 32)) + data)},
+        {"logarithms", riff(chunk("fmt ", format(7, 2, 8000, 8)) + data)},
+        {"extensible", riff(chunk("fmt ", extensible(2, 16, 16)) + data)},
+        {"extensible, 20 of 24 bit", riff(chunk("fmt ", extensible(2, 24, 20)) + data)},
+        {"extensible floats", riff(chunk("fmt ", extensible(2, 32, 32, "0300000000001000800000aa00389b71")) + data)},
+        {"extensible, of nobody knows what",
+         riff(chunk("fmt ", extensible(2, 16, 16, "0100000000001000800000aa00389b70")) + data)},
+        {"texts around it", riff(chunk("JUNK", "abc") + stereo + chunk("LIST", "INFOINAM" + little(3, 4) + "abc") + data
+                                 + chunk("LIST", "INFO"))},
+        {"a text that is none", riff(stereo + chunk("LIST", "abc") + data)},
+        {"a short history", riff(stereo + chunk("bext", "abc") + data)},
+        {"odd, with more behind",
+         riff(chunk("fmt ", format(1, 1, 8000, 8)) + chunk("data", noise) + chunk("LIST", "INFO"))},
+        {"more promised than there is", riff(stereo + chunk("data", noise, 1000000))},
+        {"less told than there is", riff(stereo + chunk("data", even, 20000))},
+        {"of unknown size", riff(stereo + chunk("data", even, 0xFFFFFFFF))},
+        {"of no size", riff(stereo + chunk("data", even, 0))},
+        {"less than a frame", riff(stereo + chunk("data", "abc"))},
+        {"nothing", riff(stereo + chunk("data", ""))},
+        {"sound before its format", riff(data + stereo)},
+        {"two formats", riff(stereo + chunk("fmt ", format(1, 1, 8000, 8)) + data)},
+        {"two sounds", riff(stereo + data + chunk("data", even.right(10000)))},
+        {"two sounds, the first one empty", riff(stereo + chunk("data", "ab") + data)},
+        {"no format", riff(data)},
+        {"no channels", riff(chunk("fmt ", format(1, 0, 44100, 16)) + data)},
+        {"bytes a second that are not true", riff(chunk("fmt ", slow) + data)},
+        {"frames that are not true", riff(chunk("fmt ", wide) + data)},
+        {"a length that is not true", riff(stereo + chunk("fact", little(100, 4)) + data)},
+        {"long", longHeader(even.size()) + stereo + chunk("data", even, -1 & 0xFFFFFFFF)},
+        {"long, with another length", longHeader(10000) + stereo + data},
+        {"long, with a length beyond all", longHeader(INT64_MAX) + stereo + data},
+        {"long, with a length below 0", longHeader(-4) + stereo + data},
+        {"long, with too little", longHeader(even.size(), 20) + stereo + data},
+        {"with its highest byte first", "RIFX" + riff(stereo + data).mid(4)},
+    };
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("strange.wav");
+    for (const auto &[name, bytes] : cases) {
+        test::store(path, bytes);
+        if (QStringList{"whole", "8 bit", "32 bit", "extensible", "texts around it", "odd, with more behind",
+                        "more promised than there is", "long"}
+                .contains(name)) {
+            EXPECT_TRUE(findWaveSound(*SourceFile::open(path).value())) << name << ": without the module";
+        }
+        const auto expected = test::decodedSamples(path);
+        const auto asset = openAsset(QUrl::fromLocalFile(path));
+        const auto reader =
+            asset && asset.value()->isPlayable() ? asset.value()->openSampleReader() : foundation::Failure{};
+        if (!reader) {
+            EXPECT_TRUE(expected.empty()) << name;
+            continue;
+        }
+        std::vector<std::int16_t> own(expected.size() + 1000);
+        const auto channels = static_cast<std::size_t>(reader.value()->format().channels);
+        own.resize(channels * reader.value()->read(own.data(), own.size() / channels).value());
+        EXPECT_EQ(own, expected) << name;
+        EXPECT_EQ(asset.value()->duration().value * std::int64_t(channels), std::int64_t(expected.size())) << name;
+    }
+}
+
+// What is burnt on a disc for a decoder behind it.
+TEST(Asset, CodedSoundInAWaveFileIsDecoded) {
+    const QTemporaryDir folder;
+    const QString raw = folder.filePath("raw"), path = folder.filePath("coded.wav");
+    for (const QStringList &coder :
+         {QStringList{"-c:a", "dca", "-strict", "-2", "-f", "dts"}, QStringList{"-c:a", "ac3", "-f", "ac3"},
+          QStringList{"-c:a", "ac3", "-f", "spdif"},
+          QStringList{"-c:a", "libmp3lame", "-write_xing", "0", "-id3v2_version", "0", "-f", "mp3"}}) {
+        ASSERT_TRUE(ffmpeg(test::variedSound(200000, 48000, 2) + coder + QStringList{raw}));
+        test::store(path, riff(chunk("fmt ", format(1, 2, 48000, 16)) + chunk("data", test::contents(raw))));
+        const auto asset = openAsset(QUrl::fromLocalFile(path));
+        ASSERT_TRUE(asset);
+        EXPECT_NEAR(asset.value()->duration().value, 200000, 10000) << coder.join(' ').toStdString();
+        std::vector<std::int16_t> own(2 * 50000), expected = test::decodedSamples(path);
+        ASSERT_EQ(asset.value()->openSampleReader().value()->read(own.data(), 50000).value(), 50000u);
+        expected.resize(own.size());
+        EXPECT_EQ(own, expected) << coder.join(' ').toStdString();
+    }
 }
 
 } // namespace

@@ -11,6 +11,12 @@ struct SoundFormat {
     int rate = 0;     // frames a second
     int channels = 0; // 0: no sound
 
+    // What is beyond is no sound: a resampler takes for ever there.
+    static constexpr int kLowestRate = 100, kHighestRate = 1 << 20;
+    static constexpr int kMostChannels = 64;
+    bool isSound() const {
+        return rate >= kLowestRate && rate <= kHighestRate && channels > 0 && channels <= kMostChannels;
+    }
     bool operator==(const SoundFormat &) const = default;
 };
 

@@ -31,7 +31,7 @@ ConvertedSound::ConvertedSound(const SoundTrack &track, AVSampleFormat sample, S
 
 Result<std::unique_ptr<ConvertedSound>> ConvertedSound::open(const SoundTrack &track, AVSampleFormat sample,
                                                              SoundFormat format) {
-    if (!track.isPlayable || !SoundTrack::isSound(format))
+    if (!track.isPlayable || !format.isSound())
         return failures::notSound(track.file->path(), QStringLiteral("no sound in it"));
     std::unique_ptr<ConvertedSound> sound(new ConvertedSound(track, sample, format)); // Its constructor is private.
     auto source = openSource(track);
@@ -120,7 +120,7 @@ Result<std::size_t> ConvertedSound::convertMore(std::uint8_t *room, std::size_t 
         if (mSource->first() + mFrame->nb_samples <= mTrack.start + mInput)
             mFrame = nullptr;
     }
-    const std::uint8_t *planes[SoundTrack::kMostChannels] = {};
+    const std::uint8_t *planes[SoundFormat::kMostChannels] = {};
     int count = static_cast<int>(std::min<std::int64_t>(mTrack.frames - mInput, kSilentFrames));
     std::vector<std::uint8_t> silence;
     if (count > 0) {

@@ -1,13 +1,12 @@
 #include "platform/media/ffmpeg/reader/FileAsset.h"
 
 #include "platform/media/asset/OpenAsset.h"
+#include "platform/media/asset/PlainSamples.h"
 #include "platform/media/ffmpeg/reader/ConvertedSound.h"
 
-#include <array>
-#include <bit>
-#include <mutex>
-#include <span>
+#include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace cantorel::media {
 
@@ -51,33 +50,6 @@ public:
 private:
     std::shared_ptr<const SoundTrack> mTrack; // the sound refers to it
     std::unique_ptr<ConvertedSound> mSound;
-};
-
-// What lies in the file as it is to be read.
-class PlainSamples : public SampleReader {
-public:
-    explicit PlainSamples(std::shared_ptr<const SoundTrack> track) : mTrack(std::move(track)) {}
-
-    SoundFormat format() const override { return mTrack->format; }
-    std::int64_t frames() const override { return mTrack->frames; }
-    Result<std::size_t> read(std::int16_t *interleaved, std::size_t frames) override {
-        const auto frameBytes = sizeof(std::int16_t) * static_cast<std::size_t>(mTrack->format.channels);
-        frames = static_cast<std::size_t>(std::min<std::int64_t>(
-            static_cast<std::int64_t>(std::min<std::size_t>(frames, INT32_MAX)), mTrack->frames - mNext));
-        auto got =
-            mTrack->file->read(mTrack->packets.packet(0).position + mNext * static_cast<std::int64_t>(frameBytes),
-                               {reinterpret_cast<std::uint8_t *>(interleaved), frames * frameBytes});
-        if (got) {
-            got.value() /= frameBytes;
-            mNext += static_cast<std::int64_t>(got.value());
-        }
-        return got;
-    }
-    void seek(std::int64_t frame) override { mNext = std::clamp<std::int64_t>(frame, 0, mTrack->frames); }
-
-private:
-    std::shared_ptr<const SoundTrack> mTrack;
-    std::int64_t mNext = 0;
 };
 
 template <class Reader, class Interface>
@@ -153,25 +125,19 @@ QList<MetadataItem> metadataOf(const AVFormatContext &context) {
 
 } // namespace
 
-Result<AssetPointer> FileAsset::open(const QString &path) {
-    auto file = SourceFile::open(path);
-    if (!file)
-        return file.failure();
-    auto demuxer = Demuxer::open(file.value(), Edits::Applied);
+Result<AssetPointer> FileAsset::open(std::shared_ptr<const SourceFile> file) {
+    auto demuxer = Demuxer::open(file, Edits::Applied);
     if (!demuxer)
         return demuxer.failure();
     QList<MetadataItem> metadata = metadataOf(demuxer.value()->context());
-    auto track = readTrack(file.value(), std::move(demuxer).value());
+    auto track = readTrack(std::move(file), std::move(demuxer).value());
     if (!track)
         return track.failure();
     return AssetPointer(new FileAsset(std::move(track).value(), std::move(metadata))); // Its constructor is private.
 }
 
-Result<QList<MetadataItem>> readMetadataOf(const QString &path) {
-    auto file = SourceFile::open(path);
-    if (!file)
-        return file.failure();
-    auto demuxer = Demuxer::open(std::move(file).value(), Edits::Applied);
+Result<QList<MetadataItem>> readMetadataOf(std::shared_ptr<const SourceFile> file) {
+    auto demuxer = Demuxer::open(std::move(file), Edits::Applied);
     if (!demuxer)
         return demuxer.failure();
     return metadataOf(demuxer.value()->context());
@@ -184,8 +150,10 @@ Result<std::unique_ptr<FrameReader>> FileAsset::openReader(SoundFormat format) c
 }
 
 Result<std::unique_ptr<SampleReader>> FileAsset::openSampleReader() const {
-    if (mTrack->isPlain() && std::endian::native == std::endian::little)
-        return std::unique_ptr<SampleReader>(std::make_unique<PlainSamples>(mTrack));
+    if (mTrack->isPlain())
+        return std::unique_ptr<SampleReader>(std::make_unique<PlainSamples>(
+            mTrack->file,
+            PlainSound{mTrack->format, int(sizeof(std::int16_t)), mTrack->packets.packet(0).position, mTrack->frames}));
     return opened<FileSamples, SampleReader>(mTrack, AV_SAMPLE_FMT_S16, mTrack->format);
 }
 
@@ -202,13 +170,13 @@ void prepareLibraries() {
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) cantorel::foundation::Result<cantorel::media::AssetPointer>
-cantorel_open_asset(const QString &path) {
+cantorel_open_asset(std::shared_ptr<const cantorel::media::SourceFile> file) {
     prepareLibraries();
-    return cantorel::media::FileAsset::open(path);
+    return cantorel::media::FileAsset::open(std::move(file));
 }
 
 extern "C" __attribute__((visibility("default"))) cantorel::foundation::Result<QList<cantorel::media::MetadataItem>>
-cantorel_read_metadata(const QString &path) {
+cantorel_read_metadata(std::shared_ptr<const cantorel::media::SourceFile> file) {
     prepareLibraries();
-    return cantorel::media::readMetadataOf(path);
+    return cantorel::media::readMetadataOf(std::move(file));
 }

@@ -8,7 +8,7 @@ namespace cantorel::media {
 // A file as an asset. Its readers share what is known of its track, and each has a decoder of its own.
 class FileAsset : public Asset {
 public:
-    static foundation::Result<AssetPointer> open(const QString &path);
+    static foundation::Result<AssetPointer> open(std::shared_ptr<const SourceFile> file);
 
     QUrl url() const override { return QUrl::fromLocalFile(mTrack->file->path()); }
     MediaTime duration() const override;
@@ -29,6 +29,6 @@ private:
 };
 
 // Reads no more of the file than that needs.
-foundation::Result<QList<MetadataItem>> readMetadataOf(const QString &path);
+foundation::Result<QList<MetadataItem>> readMetadataOf(std::shared_ptr<const SourceFile> file);
 
 } // namespace cantorel::media

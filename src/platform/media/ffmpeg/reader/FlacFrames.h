@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/media/asset/SourceFile.h"
 #include "platform/media/ffmpeg/reader/PacketTable.h"
-#include "platform/media/ffmpeg/reader/SourceFile.h"
 
 #include <cstdint>
 

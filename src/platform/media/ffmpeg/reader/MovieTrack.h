@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/media/ffmpeg/reader/SourceFile.h"
+#include "platform/media/asset/SourceFile.h"
 
 #include <cstdint>
 #include <optional>

@@ -69,7 +69,7 @@ public:
         if (mTried++ == 0)
             mFirstPosition = packet.pos;
         if (avcodec_send_packet(mDecoder.get(), &packet) < 0 || avcodec_receive_frame(mDecoder.get(), mFrame.get()) < 0
-            || mFrame->nb_samples <= 0 || !SoundTrack::isSound({mFrame->sample_rate, mFrame->ch_layout.nb_channels}))
+            || mFrame->nb_samples <= 0 || !SoundFormat{mFrame->sample_rate, mFrame->ch_layout.nb_channels}.isSound())
             return;
         mTrack.isPlayable = true;
         mTrack.format = {mFrame->sample_rate, mFrame->ch_layout.nb_channels};
@@ -247,7 +247,8 @@ void trimMovie(SoundTrack &track, const MovieTrack &movie, const AVStream &strea
 
 // Where the samples of a plain file begin and end.
 Result<void> takeBlocks(SoundTrack &track, Demuxer &demuxer, const AVStream &stream) {
-    const int frameBytes = stream.codecpar->block_align;
+    const int frameBytes =
+        av_get_exact_bits_per_sample(stream.codecpar->codec_id) / 8 * stream.codecpar->ch_layout.nb_channels;
     const PacketHandle packet{av_packet_alloc()};
     demuxer.select(stream);
     if (avformat_seek_file(&demuxer.context(), stream.index, 0, 0, 0, 0) < 0)

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/media/asset/FrameReader.h"
+#include "platform/media/asset/SourceFile.h"
 #include "platform/media/ffmpeg/reader/Demuxer.h"
 #include "platform/media/ffmpeg/reader/PacketTable.h"
-#include "platform/media/ffmpeg/reader/SourceFile.h"
 
 #include <cstdint>
 #include <limits>
@@ -13,13 +13,6 @@ namespace cantorel::media {
 
 // All that is known of the first track of sound of a file. Never changes once it is made; any thread.
 struct SoundTrack {
-    // What is beyond is no sound: a resampler takes for ever there.
-    static constexpr int kLowestRate = 100, kHighestRate = 1 << 20; // frames a second
-    static constexpr int kMostChannels = 64;
-    static bool isSound(SoundFormat format) {
-        return format.rate >= kLowestRate && format.rate <= kHighestRate && format.channels > 0
-               && format.channels <= kMostChannels;
-    }
     // As a number of packets: decoding begins at the first one, wherever sound is wanted from.
     static constexpr std::size_t kAllBefore = std::numeric_limits<std::size_t>::max();
 

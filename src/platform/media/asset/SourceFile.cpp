@@ -1,4 +1,4 @@
-#include "platform/media/ffmpeg/reader/SourceFile.h"
+#include "platform/media/asset/SourceFile.h"
 
 #include "platform/media/asset/AssetFailures.h"
 
