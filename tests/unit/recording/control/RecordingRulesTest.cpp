@@ -179,8 +179,12 @@ TEST_F(RecordingRulesTest, LostFramesAreToldWithTheLevelsAndInAll) {
         return marks;
     };
     std::mutex coder;
-    ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap(
-        [&](std::span<const float>) { const std::lock_guard lock(coder); });
+    std::atomic<bool> holdsOne = false;
+    ZQAVRecorderKit::sharedInstance().getAudioRecorder()->setTap([&](std::span<const float>) {
+        holdsOne = true;
+        const std::lock_guard lock(coder);
+        holdsOne = false;
+    });
     RecorderCommons others = commonsIn("watched");
     RecordingSession watched(panel, list, others);
     ASSERT_TRUE(watched.startRecording());
@@ -189,6 +193,7 @@ TEST_F(RecordingRulesTest, LostFramesAreToldWithTheLevelsAndInAll) {
     EXPECT_EQ(panel.display().lostFrames, 0);
     {
         const std::lock_guard stands(coder);
+        ASSERT_TRUE(stepUntil([&] { return holdsOne.load(); })) << "and takes nothing more from the queue";
         world.advance(40'000);
     }
     EXPECT_GT(marks(), 0u);
