@@ -36,6 +36,9 @@ using foundation::Failure;
 using foundation::FileDescriptor;
 using foundation::Result;
 
+// The folders that hold nothing any more of what a program of ours that was killed has left.
+using Swept = QSet<QString>;
+
 TagUndo::Version versionOf(const struct stat &status) {
     return {status.st_dev, status.st_ino, status.st_size, status.st_mtim};
 }
@@ -53,7 +56,7 @@ public:
         if (!file.descriptor().isOpen() || ::fstat(file.descriptor().get(), &file.mStatus) != 0
             || !S_ISREG(file.mStatus.st_mode))
             return tag_failures::noFile(path);
-        if (media::isUnfinished(file.mPath))
+        if (media::isUnfinished(file.descriptor()))
             return tag_failures::stillRecorded(path);
         return file;
     }
@@ -97,18 +100,10 @@ constexpr int kNotProved = EBADMSG;
 int writePart(const FilePiece &piece, std::int64_t part, std::int64_t count, const FileDescriptor &from,
               const FileDescriptor &to, std::int64_t at) {
     std::array<char, kAtOnce> old, written;
-    const char *bytes = piece.bytes.constData() + part;
-    ssize_t copied = 0;
-    if (piece.at >= 0) {
-        // By the kernel where it can, which may then share the disk's blocks instead of copying them.
-        loff_t source = piece.at + part, target = at;
-        copied = std::max<ssize_t>(
-            ::copy_file_range(from.get(), &source, to.get(), &target, static_cast<std::size_t>(count), 0), 0);
-        bytes = old.data();
-        if (readAll(from, old.data(), piece.at + part, count) != count)
-            return EIO; // It has become shorter meanwhile.
-    }
-    if (const int error = writeAll(to, bytes + copied, at + copied, count - copied))
+    const char *bytes = piece.at >= 0 ? old.data() : piece.bytes.constData() + part;
+    if (piece.at >= 0 && readAll(from, old.data(), piece.at + part, count) != count)
+        return EIO; // It has become shorter meanwhile.
+    if (const int error = writeAll(to, bytes, at, count))
         return error;
     return readAll(to, written.data(), at, count) == count
                    && std::memcmp(bytes, written.data(), static_cast<std::size_t>(count)) == 0
@@ -166,9 +161,14 @@ int makeAlike(const struct stat &status, int from, int to) {
 }
 
 // Replaces the file by what the pieces of it make, each of which is read back. Answers which file that is.
-Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePiece> &pieces, const timespec *modified) {
+Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePiece> &pieces, const timespec *modified,
+                                   Swept &swept) {
+    const QString folder = QFileInfo(old.path()).path();
+    if (!swept.contains(folder))
+        foundation::HiddenFile::sweep(folder);
+    swept.insert(folder);
     int error = 0;
-    auto made = foundation::HiddenFile::create(QFileInfo(old.path()).path(), QStringLiteral("tags"), error);
+    auto made = foundation::HiddenFile::create(folder, QStringLiteral("tags"), error);
     if (!made)
         return error == EACCES || error == EPERM || error == EROFS ? tag_failures::notAllowed(old.path(), error)
                                                                    : tag_failures::notWritten(old.path(), error);
@@ -208,7 +208,7 @@ bool givesBack(const TagFormats &formats, SplicedFile made, bool isMovie, const 
                   == yearToWrite(wanted.id3Year).value_or(yearToWrite(read->id3Year).value_or(0));
 }
 
-Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted) {
+Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted, Swept &swept) {
     if (!ToolFile::isFileExistsAtPath(wanted.path))
         return tag_failures::noFile(wanted.path);
     const QString extension = ToolFile::fileExtensionAtPath(wanted.path).toLower();
@@ -235,29 +235,23 @@ Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted) {
     TagUndo::File undo{old.value().path(), inversePieces(content.pieces(), before), {}, old.value().status().st_mtim};
     if (!isProved || content.hasFailed() || before.hasFailed())
         return tag_failures::notProved(wanted.path);
-    const auto version = replaceBy(old.value(), content.pieces(), nullptr);
+    const auto version = replaceBy(old.value(), content.pieces(), nullptr, swept);
     if (!version)
         return version.failure();
     undo.written = version.value();
     return std::optional(std::move(undo));
 }
 
-Result<void> undoTagsOf(const TagUndo::File &undo) {
+Result<void> undoTagsOf(const TagUndo::File &undo, Swept &swept) {
     const auto now = OldFile::open(undo.path);
     if (!now)
         return now.failure();
     if (!(versionOf(now.value().status()) == undo.written))
         return tag_failures::changedMeanwhile(undo.path);
-    const auto version = replaceBy(now.value(), undo.pieces, &undo.modified);
+    const auto version = replaceBy(now.value(), undo.pieces, &undo.modified, swept);
     if (!version)
         return version.failure();
     return {};
-}
-
-// What a program of ours that was killed has left beside the files.
-void sweep(const QSet<QString> &folders) {
-    for (const QString &folder : folders)
-        foundation::HiddenFile::sweep(folder);
 }
 
 // Runs the action for one file; a failure is logged and kept.
@@ -278,14 +272,11 @@ bool TagUndo::Version::operator==(const Version &other) const {
 }
 
 TagsWritten writeTags(const std::vector<TagsOfFile> &files) {
-    QSet<QString> folders;
-    for (const TagsOfFile &file : files)
-        folders.insert(QFileInfo(QFileInfo(file.path).canonicalFilePath()).path());
-    sweep(folders);
+    Swept swept;
     TagsWritten written;
     for (const TagsOfFile &file : files)
         attempt(file.path, written.failures, [&]() -> std::optional<Failure> {
-            auto done = writeTagsOf(file);
+            auto done = writeTagsOf(file, swept);
             if (!done)
                 return done.failure();
             if (done.value())
@@ -305,14 +296,11 @@ bool hasSoundOf(const foundation::FileDescriptor &before, const QString &path) {
 }
 
 std::vector<TagsWritten::Failed> undoTags(const TagUndo &undo) {
-    QSet<QString> folders;
-    for (const TagUndo::File &file : undo.files)
-        folders.insert(QFileInfo(file.path).path());
-    sweep(folders);
+    Swept swept;
     std::vector<TagsWritten::Failed> failures;
     for (const TagUndo::File &file : undo.files)
         attempt(file.path, failures, [&]() -> std::optional<Failure> {
-            const auto done = undoTagsOf(file);
+            const auto done = undoTagsOf(file, swept);
             return done ? std::nullopt : std::optional(done.failure());
         });
     return failures;

@@ -200,10 +200,9 @@ std::uint64_t sizeOf(const FileDescriptor &file) {
 
 } // namespace
 
-bool isUnfinished(const QString &path) {
-    const FileDescriptor file = openToRead(path);
-    return file.isOpen() && startOf(file);
-}
+bool isUnfinished(const FileDescriptor &file) { return file.isOpen() && startOf(file); }
+
+bool isUnfinished(const QString &path) { return isUnfinished(openToRead(path)); }
 
 UnfinishedSound unfinishedSound(const QString &path) {
     const FileDescriptor file = openToRead(path);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Result.h"
 
 #include <QString>
@@ -18,6 +19,7 @@ struct RepairedFile {
 // Whether the file is a recording of ours that was not closed. Reads a few hundred bytes; false for what it cannot
 // read.
 bool isUnfinished(const QString &path);
+bool isUnfinished(const foundation::FileDescriptor &file);
 
 // What such a file holds.
 enum class UnfinishedSound {
