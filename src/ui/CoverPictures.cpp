@@ -30,7 +30,7 @@ QIcon unmixed(const QPixmap &picture) {
 
 } // namespace
 
-CoverPictures::CoverPictures() : mDecoded(kKept) { mDecoding.setMaxThreadCount(1); }
+CoverPictures::CoverPictures() : mDecoded(kKept) {}
 
 QIcon CoverPictures::picture(const RecordedAudioInfo &item, int size, qreal scale) {
     if (item.isRecording)

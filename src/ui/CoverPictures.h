@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/foundation/SerialWorker.h"
+
 #include <QCache>
 #include <QIcon>
+#include <QObject>
 #include <QString>
-#include <QThreadPool>
 
 #include <cstddef>
 
@@ -21,7 +23,7 @@ class CoverPictures : public QObject {
 
 public:
     CoverPictures();
-    ~CoverPictures() override { mDecoding.waitForDone(); }
+    ~CoverPictures() override { mDecoding.finish(); }
 
     // size: of its sides, in the pixels of a screen without scaling. It stays itself in a selected row.
     QIcon picture(const RecordedAudioInfo &item, int size, qreal scale);
@@ -52,7 +54,7 @@ private:
 
     QHash<QString, QIcon> mDrawn;
     QCache<Source, QIcon> mDecoded; // null while it is decoded, or for what is no picture
-    QThreadPool mDecoding;
+    foundation::SerialWorker mDecoding;
 };
 
 } // namespace cantorel::ui

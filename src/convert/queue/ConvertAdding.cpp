@@ -26,11 +26,11 @@ QStringList filesIn(const QString &folder, const std::stop_token &stop) {
 
 } // namespace
 
-ConvertAdding::ConvertAdding() { mWorker.setMaxThreadCount(1); }
+ConvertAdding::ConvertAdding() = default;
 
 ConvertAdding::~ConvertAdding() {
     mStop.request_stop();
-    mWorker.waitForDone();
+    mWorker.finish();
 }
 
 void ConvertAdding::find(const QStringList &paths, std::function<void(const QList<QUrl> &)> found) {

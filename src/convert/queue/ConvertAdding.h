@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/foundation/SerialWorker.h"
+
 #include <QObject>
 #include <QStringList>
-#include <QThreadPool>
 #include <QUrl>
 
 #include <functional>
@@ -23,7 +24,7 @@ public:
 
 private:
     std::stop_source mStop;
-    QThreadPool mWorker; // of one thread
+    foundation::SerialWorker mWorker;
 };
 
 } // namespace cantorel

@@ -229,7 +229,7 @@ private:
                 return std::nullopt;
             result.values[key] = *std::move(value);
         }
-        return QVariant::fromValue(std::move(result));
+        return QVariant::fromValue(result);
     }
 
     BinaryPlistReader &mReader;

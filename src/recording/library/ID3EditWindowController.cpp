@@ -75,11 +75,11 @@ private:
     bool mIsFirst = true, mIsKnown = true, mIsPlain = false, mIsSameImage = true;
 };
 
-ID3EditWindowController::ID3EditWindowController(RecordedList &list) : mList(list) { mWorker.setMaxThreadCount(1); }
+ID3EditWindowController::ID3EditWindowController(RecordedList &list) : mList(list) {}
 
 ID3EditWindowController::~ID3EditWindowController() {
     ++mAsked;
-    mWorker.waitForDone();
+    mWorker.finish();
 }
 
 void ID3EditWindowController::edit(const QStringList &files) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Sentence.h"
+#include "platform/foundation/SerialWorker.h"
 #include "tags/TagWriting.h"
 #include "tags/id3Tag.h"
 
@@ -8,7 +9,6 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QThreadPool>
 
 #include <array>
 #include <atomic>
@@ -100,7 +100,7 @@ private:
     State mState = State::Unknown;
     Shown mShown;
     std::atomic<int> mAsked = 0; // the latest reading; others end early
-    QThreadPool mWorker;         // of one thread
+    foundation::SerialWorker mWorker;
 };
 
 } // namespace cantorel

@@ -36,12 +36,10 @@ const QString kDateFormat = QStringLiteral("yyyy-MM-dd HH:mm:ss");
 } // namespace
 
 RecordedList::RecordedList(const QString &stateFolder, foundation::Clock &clock)
-    : mStateFolder(stateFolder), mClock(clock), mStore(stateFolder) {
-    mReader.setMaxThreadCount(1);
-}
+    : mStateFolder(stateFolder), mClock(clock), mStore(stateFolder) {}
 
 RecordedList::~RecordedList() {
-    mReader.waitForDone();
+    mReader.finish();
     QCoreApplication::sendPostedEvents(&mTold, QEvent::MetaCall); // What was read is stored.
 }
 

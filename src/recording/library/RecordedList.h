@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/Result.h"
+#include "platform/foundation/SerialWorker.h"
 #include "recording/library/ListStore.h"
 #include "recording/library/RecordedAudioInfo.h"
 
@@ -9,7 +10,6 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
-#include <QThreadPool>
 
 #include <functional>
 #include <future>
@@ -109,7 +109,7 @@ private:
     QSet<QString> mInvalidFiles;
     std::unique_ptr<foundation::Timer> mTimerInvalid;
     QObject mTold;
-    QThreadPool mReader;         // of one thread
+    foundation::SerialWorker mReader;
     std::future<Items> mLoading; // while it runs, the store is its own
 };
 

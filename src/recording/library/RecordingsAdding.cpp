@@ -39,11 +39,11 @@ const QStringList &soundFilePatterns() {
     return patterns;
 }
 
-RecordingsAdding::RecordingsAdding(RecordedList &list) : mList(list) { mWorker.setMaxThreadCount(1); }
+RecordingsAdding::RecordingsAdding(RecordedList &list) : mList(list) {}
 
 RecordingsAdding::~RecordingsAdding() {
     mStop.request_stop();
-    mWorker.waitForDone();
+    mWorker.finish();
 }
 
 RecordingsAdding::Found RecordingsAdding::lookInto(const QStringList &paths, const std::stop_token &stop) {

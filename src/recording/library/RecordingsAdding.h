@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/foundation/Sentence.h"
+#include "platform/foundation/SerialWorker.h"
 #include "recording/library/RecordedAudioInfo.h"
 
 #include <QObject>
 #include <QStringList>
-#include <QThreadPool>
 
 #include <functional>
 #include <stop_token>
@@ -51,7 +51,7 @@ private:
     RecordedList &mList;
     QStringList mAdded;
     std::stop_source mStop;
-    QThreadPool mWorker; // of one thread
+    foundation::SerialWorker mWorker;
 };
 
 } // namespace cantorel

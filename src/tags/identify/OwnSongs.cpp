@@ -13,13 +13,11 @@
 
 namespace cantorel {
 
-OwnSongs::OwnSongs(QString program, QString store) : mProgram(std::move(program)), mStore(std::move(store)) {
-    mWorker.setMaxThreadCount(1);
-}
+OwnSongs::OwnSongs(QString program, QString store) : mProgram(std::move(program)), mStore(std::move(store)) {}
 
 OwnSongs::~OwnSongs() {
     mStop.request_stop();
-    mWorker.waitForDone();
+    mWorker.finish();
 }
 
 QStringList OwnSongs::folders() {

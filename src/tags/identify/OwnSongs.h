@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/foundation/Sentence.h"
+#include "platform/foundation/SerialWorker.h"
 
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QThreadPool>
 
 #include <functional>
 #include <stop_token>
@@ -50,7 +50,7 @@ private:
     bool mIsReading = false;
     int mKnown = 0;
     foundation::Sentence mTrouble;
-    QThreadPool mWorker; // of one thread
+    foundation::SerialWorker mWorker;
 };
 
 } // namespace cantorel

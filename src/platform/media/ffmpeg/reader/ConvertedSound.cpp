@@ -96,7 +96,7 @@ void ConvertedSound::seek(std::int64_t frame) {
     // comes to the same once its filter is full.
     const std::int64_t common = std::gcd(mFormat.rate, mTrack.format.rate);
     const std::int64_t in = mTrack.format.rate / common;
-    const std::int64_t out = mFormat.rate / common;
+    const auto out = std::max<std::int64_t>(1, mFormat.rate / common);
     const std::int64_t filter = kFilterFrames * std::max<std::int64_t>(1, (in + out - 1) / out);
     const std::int64_t block = std::max<std::int64_t>(wanted / out - (filter + in - 1) / in, 0);
     begin(block * in, block * out, wanted);
