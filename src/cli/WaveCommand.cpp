@@ -55,7 +55,7 @@ bool write(const QByteArray &bytes, const QString &path) {
     if (!hidden)
         return false;
     QFile file;
-    const foundation::FileDescriptor descriptor = hidden->descriptor();
+    const foundation::FileDescriptor &descriptor = hidden->descriptor();
     if (!file.open(descriptor.get(), QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush()
         || hidden->flush() != 0)
         return false;

@@ -39,6 +39,12 @@ SplicedFile::SplicedFile(const foundation::FileDescriptor &file) : mFile(file) {
         mPieces.push_back({0, mSize, {}});
 }
 
+SplicedFile SplicedFile::original() const {
+    SplicedFile original(mFile);
+    original.mWindows = mWindows;
+    return original;
+}
+
 std::int64_t SplicedFile::readOld(char *to, std::int64_t at, std::int64_t count) const {
     if (count <= kShort) {
         const auto holds = [&](const Window &one) { return at >= one.at && at + count <= one.at + one.bytes.size(); };

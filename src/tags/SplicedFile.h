@@ -24,6 +24,9 @@ public:
     // Reads through the descriptor, which outlives this.
     explicit SplicedFile(const foundation::FileDescriptor &file);
 
+    // The file as it is.
+    SplicedFile original() const;
+
     const std::vector<FilePiece> &pieces() const { return mPieces; }
     // Whether what it was read from could not be read.
     bool hasFailed() const { return mHasFailed; }

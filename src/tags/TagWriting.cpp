@@ -47,8 +47,9 @@ TagUndo::Version versionOf(const struct stat &status) {
 class OldFile {
 public:
     static Result<OldFile> open(const QString &path) {
-        OldFile file(QFileInfo(path).canonicalFilePath());
-        if (file.mPath.isEmpty())
+        const QFileInfo info(path);
+        OldFile file(info.isAbsolute() && !info.isSymLink() ? path : info.canonicalFilePath());
+        if (!file.descriptor().isOpen() && !info.exists())
             return tag_failures::noFile(path);
         const QByteArray name = QFile::encodeName(file.mPath);
         if (::faccessat(AT_FDCWD, name.constData(), R_OK | W_OK, AT_EACCESS) != 0)
@@ -118,11 +119,10 @@ int writePieces(const std::vector<FilePiece> &pieces, const FileDescriptor &from
     (void)::fallocate(to.get(), 0, 0, at); // saves time; where it can't be done, writing tells why
     at = 0;
     for (const FilePiece &piece : pieces)
-        for (std::int64_t part = 0; part < piece.length; part += kAtOnce) {
-            const std::int64_t count = std::min(kAtOnce, piece.length - part);
+        for (std::int64_t part = 0, count = 0; part < piece.length; part += count, at += count) {
+            count = std::min(kAtOnce - at % kAtOnce, piece.length - part); // whole pages are written quicker
             if (const int error = writePart(piece, part, count, from, to, at))
                 return error;
-            at += count;
         }
     return 0;
 }
@@ -157,7 +157,7 @@ int makeAlike(const struct stat &status, int from, int to) {
         return errno;
     if (const int error = copyAttributes(from, to))
         return error;
-    return ::fchmod(to, status.st_mode & 07777) == 0 ? 0 : errno;
+    return made.st_mode == status.st_mode || ::fchmod(to, status.st_mode & 07777) == 0 ? 0 : errno;
 }
 
 // Replaces the file by what the pieces of it make, each of which is read back. Answers which file that is.
@@ -172,7 +172,7 @@ Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePie
     if (!made)
         return error == EACCES || error == EPERM || error == EROFS ? tag_failures::notAllowed(old.path(), error)
                                                                    : tag_failures::notWritten(old.path(), error);
-    const FileDescriptor file = made->descriptor();
+    const FileDescriptor &file = made->descriptor();
     error = writePieces(pieces, old.descriptor(), file);
     if (error)
         return error == kNotProved ? tag_failures::notProved(old.path()) : tag_failures::notWritten(old.path(), error);
@@ -209,10 +209,9 @@ bool givesBack(const TagFormats &formats, SplicedFile made, bool isMovie, const 
 }
 
 Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted, Swept &swept) {
-    if (!ToolFile::isFileExistsAtPath(wanted.path))
-        return tag_failures::noFile(wanted.path);
     const QString extension = ToolFile::fileExtensionAtPath(wanted.path).toLower();
-    if (extension == QLatin1String("wav") || extension == QLatin1String("aac"))
+    if ((extension == QLatin1String("wav") || extension == QLatin1String("aac"))
+        && ToolFile::isFileExistsAtPath(wanted.path))
         return tag_failures::noTagsIn(wanted.path, extension);
     const auto old = OldFile::open(wanted.path);
     if (!old)
@@ -229,7 +228,7 @@ Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted, Swept
         return tag_failures::notWritten(wanted.path, EIO);
     if (!edited.value())
         return std::optional<TagUndo::File>();
-    const SplicedFile before(old.value().descriptor());
+    const SplicedFile before = content.original();
     const bool isProved = (isMovie ? haveSameMovieSound(before, content) : haveSameMpegSound(before, content))
                           && givesBack(*formats.value(), content, isMovie, wanted.tag);
     TagUndo::File undo{old.value().path(), inversePieces(content.pieces(), before), {}, old.value().status().st_mtim};
@@ -256,8 +255,9 @@ Result<void> undoTagsOf(const TagUndo::File &undo, Swept &swept) {
 
 // Runs the action for one file; a failure is logged and kept.
 template <class Action> void attempt(const QString &path, std::vector<TagsWritten::Failed> &failures, Action &&action) {
-    std::optional<Failure> failure = tag_failures::notWritten(path, EIO); // what is thrown is logged
-    (void)guarded("writeTags", [&] { failure = action(); });
+    std::optional<Failure> failure;
+    if (!guarded("writeTags", [&] { failure = action(); })) // what is thrown is logged
+        failure = tag_failures::notWritten(path, EIO);
     if (!failure)
         return;
     CommLog::E(failure->detail);

@@ -29,7 +29,7 @@ std::shared_ptr<LevelSeries> LevelSeries::make(std::size_t values, const QString
         if (auto file = foundation::HiddenFile::create(folder, QStringLiteral("levels"), error))
             series->mFile.emplace(std::move(*file));
     if (series->mFile) {
-        const foundation::FileDescriptor file = series->mFile->descriptor();
+        const foundation::FileDescriptor &file = series->mFile->descriptor();
         // With its room reserved no write to the memory can fail.
         if (::posix_fallocate(file.get(), 0, static_cast<off_t>(kHeaderBytes + bytes)) == 0
             && series->map(file.get(), kHeaderBytes + bytes, true))

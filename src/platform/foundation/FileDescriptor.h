@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <utility>
@@ -24,6 +25,8 @@ public:
     }
     bool isOpen() const { return mDescriptor >= 0; }
     int get() const { return mDescriptor; }
+    // Another one of the same open file.
+    FileDescriptor duplicate() const { return FileDescriptor(::fcntl(mDescriptor, F_DUPFD_CLOEXEC, 0)); }
 
 private:
     int mDescriptor = -1;

@@ -62,8 +62,6 @@ std::optional<HiddenFile> HiddenFile::create(const QString &folder, const QStrin
     }
 }
 
-FileDescriptor HiddenFile::descriptor() const { return FileDescriptor(::fcntl(mFile.get(), F_DUPFD_CLOEXEC, 0)); }
-
 int HiddenFile::flush() const {
     if (!isAt(mFile, mPath))
         return EIO;

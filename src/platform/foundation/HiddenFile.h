@@ -22,8 +22,8 @@ public:
     ~HiddenFile();
 
     const QString &path() const { return mPath; }
-    // Another descriptor of the file, open to read and write.
-    FileDescriptor descriptor() const;
+    // Open to read and write.
+    const FileDescriptor &descriptor() const { return mFile; }
 
     // Waits until all of it is on the disk. EIO when another file stands under its name by now.
     int flush() const;

@@ -259,11 +259,11 @@ Result<RepairedFile> repairUnfinished(const QString &path, const QString &copyPa
                                    start->format.pictures ? QStringLiteral("mp4") : QStringLiteral("m4a"), error);
     if (!copy)
         return failures::cannotCreate(copyPath, error);
-    FileDescriptor bytes = copy->descriptor();
-    error = copyBytes(file, bytes, size);
+    error = copyBytes(file, copy->descriptor(), size);
     if (error)
         return failures::writeFailed(copyPath, error);
-    const auto whole = FragmentedFile::resume(copyPath, std::move(bytes), start->format, found.table, size);
+    const auto whole =
+        FragmentedFile::resume(copyPath, copy->descriptor().duplicate(), start->format, found.table, size);
     const auto form = whole->finish(std::max<std::int64_t>(heardFrames(found, start->format), 0));
     if (!form)
         return form.failure();

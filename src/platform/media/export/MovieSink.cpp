@@ -148,7 +148,8 @@ Result<std::unique_ptr<MovieSink>> MovieSink::pcm(const QString &folder, int rat
 
 Result<void> MovieSink::writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes) const {
     while (!bytes.empty()) {
-        const ssize_t written = ::pwrite(mDescriptor.get(), bytes.data(), bytes.size(), static_cast<off_t>(position));
+        const ssize_t written =
+            ::pwrite(mFile.descriptor().get(), bytes.data(), bytes.size(), static_cast<off_t>(position));
         if (written < 0 && errno == EINTR)
             continue;
         if (written < 0)

@@ -34,7 +34,7 @@ public:
     foundation::HiddenFile take() && { return std::move(mFile); }
 
 protected:
-    explicit MovieSink(foundation::HiddenFile file) : mFile(std::move(file)), mDescriptor(mFile.descriptor()) {}
+    explicit MovieSink(foundation::HiddenFile file) : mFile(std::move(file)) {}
     // Behind what is there.
     foundation::Result<void> write(std::span<const std::uint8_t> bytes);
     foundation::Result<void> writeAt(std::uint64_t position, std::span<const std::uint8_t> bytes) const;
@@ -42,7 +42,6 @@ protected:
     foundation::Result<void> closeData();
 
     foundation::HiddenFile mFile;
-    const foundation::FileDescriptor mDescriptor;
     std::uint64_t mEnd = 0;
 
 private:
