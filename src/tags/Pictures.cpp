@@ -5,13 +5,10 @@
 namespace cantorel {
 
 foundation::Result<const Pictures *> loadPictures() {
-    static const auto pictures = []() -> foundation::Result<const Pictures *> {
-        const auto entry = foundation::loadEntryPoint("cantorel-pictures.so", kPicturesEntryPoint);
-        if (!entry)
-            return entry.failure();
-        return reinterpret_cast<PicturesEntryPoint>(entry.value())();
-    }();
-    return pictures;
+    static const auto entry = foundation::loadFunction<PicturesEntryPoint>("cantorel-pictures.so", kPicturesEntryPoint);
+    if (!entry)
+        return entry.failure();
+    return entry.value()();
 }
 
 } // namespace cantorel

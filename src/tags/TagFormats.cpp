@@ -6,13 +6,10 @@
 namespace cantorel {
 
 foundation::Result<const TagFormats *> loadTagFormats() {
-    static const auto formats = []() -> foundation::Result<const TagFormats *> {
-        const auto entry = foundation::loadEntryPoint("cantorel-tags.so", kTagFormatsEntryPoint);
-        if (!entry)
-            return entry.failure();
-        return reinterpret_cast<TagFormatsEntryPoint>(entry.value())();
-    }();
-    return formats;
+    static const auto entry = foundation::loadFunction<TagFormatsEntryPoint>("cantorel-tags.so", kTagFormatsEntryPoint);
+    if (!entry)
+        return entry.failure();
+    return entry.value()();
 }
 
 const TagFormats *tagFormats() {

@@ -5,10 +5,10 @@
 namespace cantorel {
 
 foundation::Result<void> writeWave(const QByteArray &levels, std::int32_t seconds, QSize size, const QString &path) {
-    static const auto entry = foundation::loadEntryPoint("cantorel-wave.so", kWaveFileEntryPoint);
+    static const auto entry = foundation::loadFunction<WaveFileEntryPoint>("cantorel-wave.so", kWaveFileEntryPoint);
     if (!entry)
         return entry.failure();
-    if (!reinterpret_cast<WaveFileEntryPoint>(entry.value())(levels, seconds, size, path))
+    if (!entry.value()(levels, seconds, size, path))
         return foundation::Failure{QStringLiteral("The picture \"%1\" could not be written.").arg(path), path};
     return {};
 }

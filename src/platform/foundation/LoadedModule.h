@@ -14,4 +14,10 @@ QString partPath(const char *fileName);
 // objects may live anywhere. Any thread.
 Result<void *> loadEntryPoint(const char *fileName, const char *function);
 
+// The same as a pointer to a function of that type, which the part promises in a header of ours.
+template <class Function> Result<Function> loadFunction(const char *fileName, const char *function) {
+    const auto entry = loadEntryPoint(fileName, function);
+    return entry ? Result<Function>(reinterpret_cast<Function>(entry.value())) : entry.failure();
+}
+
 } // namespace cantorel::foundation

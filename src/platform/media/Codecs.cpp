@@ -6,13 +6,10 @@
 namespace cantorel::media {
 
 foundation::Result<const Codecs *> loadCodecs() {
-    static const auto codecs = []() -> foundation::Result<const Codecs *> {
-        const auto entry = foundation::loadEntryPoint("cantorel-ffmpeg.so", kCodecsEntryPoint);
-        if (!entry)
-            return failures::codecsMissing(entry.failure().detail);
-        return reinterpret_cast<CodecsEntryPoint>(entry.value())();
-    }();
-    return codecs;
+    static const auto entry = foundation::loadFunction<CodecsEntryPoint>("cantorel-ffmpeg.so", kCodecsEntryPoint);
+    if (!entry)
+        return failures::codecsMissing(entry.failure().detail);
+    return entry.value()();
 }
 
 } // namespace cantorel::media

@@ -16,13 +16,12 @@ foundation::Failure cannotBePlayed(const QString &path, const QString &why) {
 }
 
 foundation::Result<SoundFacts> readFacts(const QString &path, bool asPromised) {
-    static const auto entry = foundation::loadEntryPoint(kModule, kSoundFactsEntryPoint);
+    static const auto entry = foundation::loadFunction<SoundFactsEntryPoint>(kModule, kSoundFactsEntryPoint);
     if (!entry)
         return failures::codecsMissing(entry.failure().detail);
     SoundFacts facts;
     QString why;
-    const auto read = reinterpret_cast<SoundFactsEntryPoint>(entry.value());
-    if (!read(QFile::encodeName(path).constData(), asPromised, &facts, &why))
+    if (!entry.value()(QFile::encodeName(path).constData(), asPromised, &facts, &why))
         return cannotBePlayed(path, why);
     return facts;
 }

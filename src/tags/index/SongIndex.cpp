@@ -82,10 +82,10 @@ Result<std::optional<FoundSong>> best(SongStore &store, const SongSearch &search
 QString songStorePath() { return foundation::stateFolder() + QStringLiteral("/cantorel/songs.db"); }
 
 Result<std::unique_ptr<SongStore>> openSongStore(const QString &path, SongStore::Opening opening) {
-    static const auto entry = foundation::loadEntryPoint("cantorel-songs.so", kSongStoreEntryPoint);
+    static const auto entry = foundation::loadFunction<SongStoreEntryPoint>("cantorel-songs.so", kSongStoreEntryPoint);
     if (!entry)
         return entry.failure();
-    return reinterpret_cast<SongStoreEntryPoint>(entry.value())(path, opening);
+    return entry.value()(path, opening);
 }
 
 Result<std::optional<FoundSong>> findSong(SongStore &store, FingerprintItems piece) {

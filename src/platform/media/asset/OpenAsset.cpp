@@ -19,10 +19,10 @@ constexpr const char *kModule = "cantorel-ffmpeg-reader.so";
 // What one of the module's functions answers of a file.
 template <class Function>
 auto askModule(const char *name, std::shared_ptr<const SourceFile> file) -> decltype(std::declval<Function>()(file)) {
-    static const auto entry = foundation::loadEntryPoint(kModule, name);
+    static const auto entry = foundation::loadFunction<Function>(kModule, name);
     if (!entry)
         return failures::codecsMissing(entry.failure().detail);
-    return reinterpret_cast<Function>(entry.value())(std::move(file));
+    return entry.value()(std::move(file));
 }
 
 Result<std::shared_ptr<const SourceFile>> openFile(const QUrl &url) {

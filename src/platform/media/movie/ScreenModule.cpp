@@ -6,10 +6,10 @@
 namespace cantorel::media {
 
 foundation::Result<std::unique_ptr<PictureSources>> loadX11Screens() {
-    const auto entry = foundation::loadEntryPoint("cantorel-x11-screen.so", kX11ScreensEntryPoint);
+    const auto entry = foundation::loadFunction<X11ScreensEntryPoint>("cantorel-x11-screen.so", kX11ScreensEntryPoint);
     if (!entry)
         return failures::noDisplay(entry.failure().detail);
-    return std::unique_ptr<PictureSources>(reinterpret_cast<X11ScreensEntryPoint>(entry.value())());
+    return std::unique_ptr<PictureSources>(entry.value()());
 }
 
 } // namespace cantorel::media

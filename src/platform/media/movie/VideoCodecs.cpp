@@ -24,13 +24,11 @@ bool isMovieSize(PictureSize size) {
 }
 
 foundation::Result<const VideoCodecs *> loadVideoCodecs() {
-    static const auto codecs = []() -> foundation::Result<const VideoCodecs *> {
-        const auto entry = foundation::loadEntryPoint("cantorel-ffmpeg-video.so", kVideoCodecsEntryPoint);
-        if (!entry)
-            return failures::pictureCodecs(entry.failure().detail);
-        return reinterpret_cast<VideoCodecsEntryPoint>(entry.value())();
-    }();
-    return codecs;
+    static const auto entry =
+        foundation::loadFunction<VideoCodecsEntryPoint>("cantorel-ffmpeg-video.so", kVideoCodecsEntryPoint);
+    if (!entry)
+        return failures::pictureCodecs(entry.failure().detail);
+    return entry.value()();
 }
 
 } // namespace cantorel::media
