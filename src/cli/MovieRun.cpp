@@ -1,11 +1,11 @@
 #include "cli/MovieRun.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "cli/RunningInstance.h"
 #include "lang/Lang.h"
 #include "platform/desktop/Services.h"
 #include "platform/hal/HardwareBackend.h"
 #include "recording/session/RecordingNames.h"
-#include "recording/session/StartConditions.h"
 
 #include <QFileInfo>
 
@@ -35,7 +35,7 @@ MovieRun::MovieRun(const CommandSession &command, MovieOptions options)
 
 Outcome MovieRun::open(HeardOtherwise otherwise) {
     if (!mJournal.claim())
-        return Outcome::failed(kAnotherRecorder());
+        return refusedByOwner();
     if (mOptions.isSilent)
         return Outcome::done();
     auto hardware = Hardware::open(mCommand.backend, mOptions.audio.isEmpty() ? kShortPatience : Hardware::kPatience);

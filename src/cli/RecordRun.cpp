@@ -1,6 +1,7 @@
 #include "cli/RecordRun.h"
 
 #include "audio_device/ZQAudioKextKit.h"
+#include "cli/RunningInstance.h"
 #include "lang/Lang.h"
 #include "platform/desktop/Services.h"
 #include "platform/foundation/Console.h"
@@ -56,6 +57,12 @@ Outcome RecordRun::run() {
     for (const auto &[key, value] : mOptions.settings)
         standardUserDefaults().setArgument(key, value);
 
+    // Before any device is touched: the one that records may use it.
+    if (!RecordingJournal(Hardware::stateFolder()).claim()) {
+        Outcome refused = refusedByOwner();
+        tellEvent("failed", {{QStringLiteral("reason"), refused.sentence}}, {});
+        return refused;
+    }
     auto hardware = Hardware::open(command().backend);
     if (!hardware)
         return Outcome::failed(hardware.failure().sentence);

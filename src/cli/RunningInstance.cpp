@@ -2,7 +2,9 @@
 
 #include "app/start/Hardware.h"
 #include "platform/desktop/Services.h"
+#include "recording/control/RecordingControl.h"
 #include "recording/session/RecordingJournal.h"
+#include "recording/session/StartConditions.h"
 
 #include <chrono>
 #include <thread>
@@ -19,6 +21,15 @@ constexpr std::chrono::milliseconds kInterval(20);
 std::optional<foundation::Result<QVariantMap>> askRunningInstance(const char *method, const QStringList &arguments) {
     const auto &remote = desktop::InstalledServices::current().remote;
     return remote ? remote->ask(QString::fromLatin1(method), arguments) : std::nullopt;
+}
+
+Outcome refusedByOwner() {
+    const QString state = QStringLiteral("state");
+    const auto status = askRunningInstance(control::kStatus);
+    if (status && *status && status->value()[state] == RecordingControl::stoppedStatus()[state])
+        return Outcome::failed(QStringLiteral("Cantorel is open already and records nothing; record there, which "
+                                              "\"cantorel-cli start\" does from here, or close it."));
+    return Outcome::failed(kAnotherRecorder());
 }
 
 Outcome changeOwnedList(const QString &what, const std::function<Outcome()> &action, const char *method,

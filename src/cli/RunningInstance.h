@@ -15,6 +15,9 @@ namespace cantorel {
 std::optional<foundation::Result<QVariantMap>> askRunningInstance(const char *method,
                                                                   const QStringList &arguments = {});
 
+// Why nothing can be recorded: another Cantorel has the recorder. One that is only open is where it can be.
+Outcome refusedByOwner();
+
 // Changes a list that one process owns: by the action when nobody else owns it, which then does while it runs; else by
 // asking the one that does. what: the list, for a sentence. shown: what follows a change by the other one.
 Outcome changeOwnedList(const QString &what, const std::function<Outcome()> &action, const char *method,

@@ -149,6 +149,9 @@ TEST_F(ControlTest, TheListsOfARunningRecorderAreChangedThroughIt) {
 TEST_F(ControlTest, TheScheduleRecordsByHandToo) {
     const auto run = schedule();
     EXPECT_EQ(ask("pause").status, 1);
+    // The way that leads on is named.
+    for (const QStringList &command : {QStringList{"record"}, {"record-screen", "--output", mFolder.filePath("a.mp4")}})
+        expectOneSentence(cli(command + QStringList{"--backend", "embedded"}).lastLine, "cantorel-cli start");
     const Answer started = ask("start");
     EXPECT_EQ(started.status, 0) << started.lastLine.toStdString();
     EXPECT_EQ(started.state(), "starting");
