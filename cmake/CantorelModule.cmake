@@ -52,11 +52,31 @@ function(cantorel_headers TARGET SCOPE HEADERS SOURCES)
   endif()
 endfunction()
 
-# cantorel_module(NAME [LOADED_AS file] [SOURCES ...] [HEADERS ...] [LINKS ...] [PRIVATE_LINKS ...])
+# Half of the time that a source takes to build goes into the headers of Qt and of the standard library: the release
+# build reads the common ones once, those of the foundation or the target's own. All other presets build each source by
+# itself, which shows what it does not include.
+function(cantorel_precompiled TARGET HEADER)
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo" OR CANTOREL_SANITIZE)
+    return()
+  endif()
+  if(HEADER)
+    target_precompile_headers(${TARGET} PRIVATE ${HEADER})
+  else()
+    target_precompile_headers(${TARGET} REUSE_FROM cantorel_foundation)
+  endif()
+  # What PipeWire defines for whoever uses it: headers that were precompiled without it don't serve with it.
+  target_compile_definitions(${TARGET} PRIVATE _REENTRANT)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # It forgets which attributes are meant where headers are precompiled.
+    target_compile_options(${TARGET} PRIVATE -Wno-attributes)
+  endif()
+endfunction()
+
+# cantorel_module(NAME [LOADED_AS file] [PRECOMPILED header] [SOURCES ...] [HEADERS ...] [LINKS ...] [PRIVATE_LINKS ...])
 # The static library cantorel_NAME of the current folder. Its headers are included by their path below src/. With
 # LOADED_AS it is a shared object of that name in lib/cantorel instead, which the program loads when it first needs it.
 function(cantorel_module NAME)
-  cmake_parse_arguments(M "" "LOADED_AS" "SOURCES;HEADERS;LINKS;PRIVATE_LINKS" ${ARGN})
+  cmake_parse_arguments(M "" "LOADED_AS;PRECOMPILED" "SOURCES;HEADERS;LINKS;PRIVATE_LINKS" ${ARGN})
   set(kind STATIC)
   set(scope PUBLIC)
   if(M_LOADED_AS)
@@ -72,6 +92,7 @@ function(cantorel_module NAME)
   # Product code says what a text is; tests may write plain literals.
   if(M_SOURCES)
     target_compile_definitions(cantorel_${NAME} PRIVATE QT_NO_CAST_FROM_ASCII)
+    cantorel_precompiled(cantorel_${NAME} "${M_PRECOMPILED}")
   endif()
   if(M_LOADED_AS)
     set_target_properties(cantorel_${NAME} PROPERTIES PREFIX "" OUTPUT_NAME ${M_LOADED_AS}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 namespace cantorel::media {
@@ -17,8 +18,8 @@ struct RecordingCounts {
     double secondsAway = 0;           // how long the device was away when it came back last
 
     double seconds() const { return rate < 1 ? 0 : static_cast<double>(frames) / rate; }
-    // The integer division is deliberate: whole seconds are what splits and displays go by.
-    double wholeSeconds() const { return rate < 1 ? 0 : static_cast<double>(frames / rate); }
+    // What splits and displays go by.
+    double wholeSeconds() const { return std::floor(seconds()); }
 };
 
 } // namespace cantorel::media
