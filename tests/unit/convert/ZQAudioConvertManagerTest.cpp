@@ -210,7 +210,7 @@ TEST_F(ZQAudioConvertManagerTest, PartsGoOnlyWhenTheyAreOursAndJoined) {
     } cases[] = {
         {{"a.mp3", "bad.mp3", "c.mp3"}, twice, {"a-merge.wav"}, ""},
         {{"a.mp3", "b.mp3", "c.mp3"}, thrice, {"a-merge.wav"}, ""},
-        {{"a.mp3", "b.mp3", "c.mp3"}, twice, {"a.wav", "b.wav", "c.wav"}, "ConvertIncomplete"},
+        {{"a.mp3", "b.mp3", "c.mp3"}, twice, {"a.wav", "b.wav", "c.wav"}, "JoinIncomplete"},
         {{"a.mp3", "bad.mp3"}, twice, {"a.wav"}, "JoinTooFew"},
         {{"a.mp3"}, mSound, {"a.wav"}, ""},
     };
