@@ -152,6 +152,8 @@ Converter::Proof asLongAs(const QString &input) {
         const auto made = media::soundFacts(path);
         if (!made)
             return made.failure().detail;
+        if (made.value().seconds <= 0) // as long as an input of which nothing can be read
+            return QStringLiteral("no sound is in it");
         const auto differs = [&](const media::SoundFacts &wanted) {
             return std::abs(wanted.seconds - made.value().seconds) > wanted.padding + made.value().padding;
         };

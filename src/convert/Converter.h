@@ -77,7 +77,7 @@ struct Converter {
                                                const LineListener &listener, ConvertTrouble &trouble) const;
 };
 
-// For a result that has to be as long as its input, but for what coders add.
+// For a result that has to hold sound, as long as that of its input, but for what coders add.
 Converter::Proof asLongAs(const QString &input);
 
 // Gives the result the name wanted or the next free one; an errno, and the name that was tried last, when that fails.

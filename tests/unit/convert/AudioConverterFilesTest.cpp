@@ -139,6 +139,8 @@ TEST_F(AudioConverterFilesTest, FailuresAreToldByWhatTheConverterSays) {
          {std::pair("echo '[x @ 0x5] something odd'; echo 'Conversion failed!'; exit 69", "something odd"),
           {"exit 126", "its exit status was 126"}})
         EXPECT_EQ(convert("song.mp3", line).failure().sentence.arguments()[1].value.plainEnglish(), reason);
+    test::store(mFolder.filePath("none.mp3"), mSound.first(44)); // as long as its result, which is nothing
+    EXPECT_EQ(convert("none.mp3").failure().sentence.key(), "ConvertIncomplete");
 
     Converter hangs = converter("exec sleep 600");
     hangs.limit = 100ms;
