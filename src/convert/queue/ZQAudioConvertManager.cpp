@@ -193,10 +193,12 @@ void ZQAudioConvertManager::goOn() {
         if (row->isReading()) // EntityDelegateReadMedaInfoDone leads on.
             return;
         mState = State::Converting;
-        return row->convertWithPreset(mRunPreset, mFolder, mConverters, mMerges);
+        row->convertWithPreset(mRunPreset, mFolder, mConverters, mMerges);
+        return delegate->ConvertManagerDelegate_QueueDidGoOn();
     }
     if (!mMerges || !merge())
-        end();
+        return end();
+    delegate->ConvertManagerDelegate_QueueDidGoOn();
 }
 
 // False when there is nothing to join.
