@@ -206,9 +206,8 @@ bool ZQAudioConvertManager::merge() {
     std::vector<QPointer<ZQAudioConvertEntity>> parts;
     QStringList paths;
     for (const auto &row : mAudioEntitys) {
-        const bool isOfRun = std::find(mRun.begin(), mRun.end(), row.get()) != mRun.end();
-        if (!isOfRun || row->convertStatus() != ConvertStatus::Completed)
-            continue;
+        if (row->convertStatus() != ConvertStatus::Completed)
+            continue; // Rows that came after the start have not been converted.
         parts.emplace_back(row.get());
         paths << row->outputPath();
     }
