@@ -107,6 +107,9 @@ foundation::Sentence sentenceOf(const ConvertTrouble &trouble, const QString &pa
 
 Failure fileFailed(const ConvertTrouble &trouble, const QString &path, const QString &folder = {}) {
     Log(QStringLiteral("%1: %2").arg(path, trouble.detail));
+    const bool isUnexplained = trouble.fault == ConvertFault::Other || trouble.fault == ConvertFault::Incomplete;
+    if (isUnexplained && !folder.isEmpty() && !QFileInfo(folder).isDir())
+        return media::folderFailed(folder, ENOENT); // It went while the converter wrote into it.
     return {sentenceOf(trouble, path, folder), trouble.detail};
 }
 

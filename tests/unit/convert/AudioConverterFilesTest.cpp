@@ -156,6 +156,11 @@ TEST_F(AudioConverterFilesTest, FailuresAreToldByWhatTheConverterSays) {
     EXPECT_EQ(
         AudioConverter::convertFile({song.path, "/proc/none", kWave, 2}, converter("exit 1")).failure().sentence.key(),
         "ConvertFolder");
+    EXPECT_EQ(AudioConverter::convertFile({song.path, mFolder.filePath("folder"), kWave, 2},
+                                          converter("rm -r \"${out%/*}\"; exit 1"))
+                  .failure()
+                  .sentence.key(),
+              "ConvertFolder");
     EXPECT_EQ(convert("song.mp3", "rm \"$in\"; exit 1").failure().sentence.key(), "ConvertGone");
     EXPECT_EQ(results(), QStringList());
 }
