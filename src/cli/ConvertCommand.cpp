@@ -108,20 +108,19 @@ private:
         if (mIsStopped)
             return {kStoppedBySignal, QStringLiteral("Stopped by a signal; what was converted by then is kept.")};
         const auto summary = mManager.summary();
-        if (!mFailed.isEmpty() && !summary.mergedPath.isEmpty()) {
-            foundation::printToConsole(mReason + QLatin1Char('\n'));
+        if (mFailed.isEmpty())
+            return summary.mergeFailure.isEmpty() ? Outcome::done() : Outcome::failed(summary.mergeFailure);
+        if (mFailed.size() == 1 && summary.mergedPath.isEmpty() && summary.mergeFailure.isEmpty())
+            return Outcome::failed(mReason);
+        foundation::printToConsole(mReason + QLatin1Char('\n'));
+        if (!summary.mergedPath.isEmpty())
             return Outcome::failed(QStringLiteral("\"%1\" lacks what could not be converted: %2.")
                                        .arg(summary.mergedPath, mFailed.join(QStringLiteral(", "))));
-        }
-        if (mFailed.size() > 1) {
-            foundation::printToConsole(mReason + QLatin1Char('\n'));
-            return Outcome::failed(QStringLiteral("%1 of %2 files were not converted; the lines above say why.")
-                                       .arg(mFailed.size())
-                                       .arg(mManager.numberOfAudioEntitys()));
-        }
-        if (!mFailed.isEmpty())
-            return Outcome::failed(mReason);
-        return summary.mergeFailure.isEmpty() ? Outcome::done() : Outcome::failed(summary.mergeFailure);
+        if (!summary.mergeFailure.isEmpty())
+            return Outcome::failed(summary.mergeFailure);
+        return Outcome::failed(QStringLiteral("%1 of %2 files were not converted; the lines above say why.")
+                                   .arg(mFailed.size())
+                                   .arg(mManager.numberOfAudioEntitys()));
     }
 
     void clearProgressLine() {

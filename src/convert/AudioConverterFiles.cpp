@@ -18,6 +18,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstddef>
@@ -39,6 +40,7 @@ namespace {
 constexpr foundation::SentenceKey kConvertGone("ConvertGone", "FileName");
 constexpr foundation::SentenceKey kConvertNotAllowed("ConvertNotAllowed", "FileName");
 constexpr foundation::SentenceKey kConvertNoSound("ConvertNoSound", "FileName");
+constexpr foundation::SentenceKey kConvertNoLength("ConvertNoLength", "FileName");
 constexpr foundation::SentenceKey kConvertNoEncoder("ConvertNoEncoder");
 constexpr foundation::SentenceKey kConvertNoProgram("ConvertNoProgram");
 constexpr foundation::SentenceKey kConvertTimedOut("ConvertTimedOut", "FileName");
@@ -46,6 +48,7 @@ constexpr foundation::SentenceKey kConvertEnded("ConvertEnded", "FileName");
 constexpr foundation::SentenceKey kConvertIncomplete("ConvertIncomplete", "FileName");
 constexpr foundation::SentenceKey kConvertOther("ConvertOther", "FileName", "Reason");
 constexpr foundation::SentenceKey kJoinChannels("JoinChannels", "FileName");
+constexpr foundation::SentenceKey kJoinIncomplete("JoinIncomplete");
 
 constexpr double kLongWave = 6 * 3600;  // seconds; a WAV of the queue comes to 4 GiB after 6.7 hours
 constexpr qsizetype kLongestName = 255; // bytes
@@ -85,6 +88,8 @@ foundation::Sentence sentenceOf(const ConvertTrouble &trouble, const QString &pa
         return media::kDiskFull(folder);
     case ConvertFault::NoSound:
         return kConvertNoSound(file);
+    case ConvertFault::NoLength:
+        return kConvertNoLength(file);
     case ConvertFault::NoEncoder:
         return kConvertNoEncoder();
     case ConvertFault::Empty:
@@ -102,6 +107,9 @@ foundation::Sentence sentenceOf(const ConvertTrouble &trouble, const QString &pa
 
 Failure fileFailed(const ConvertTrouble &trouble, const QString &path, const QString &folder = {}) {
     Log(QStringLiteral("%1: %2").arg(path, trouble.detail));
+    const bool isUnexplained = trouble.fault == ConvertFault::Other || trouble.fault == ConvertFault::Incomplete;
+    if (isUnexplained && !folder.isEmpty() && !QFileInfo(folder).isDir())
+        return media::folderFailed(folder, ENOENT); // It went while the converter wrote into it.
     return {sentenceOf(trouble, path, folder), trouble.detail};
 }
 
@@ -204,7 +212,7 @@ Result<MediaInformation> AudioConverter::readMediaInformation(const QString &fil
         return information;
     ConvertTrouble trouble = converter.troubleIn(run.value(), {file});
     if (trouble.fault == ConvertFault::Other)
-        trouble.fault = ConvertFault::NoSound;
+        trouble.fault = hasSound ? ConvertFault::NoLength : ConvertFault::NoSound;
     return fileFailed(trouble, file);
 }
 
@@ -317,8 +325,13 @@ Result<QString> AudioConverter::startMerge(const QStringList &paths, const Conve
         [](const QByteArray &line) { Log(QStringLiteral("*** %1").arg(QString::fromUtf8(line))); }, trouble);
     removeCachesFileWithPath(list);
     Log(QStringLiteral("Merge output :%1").arg(trouble.detail));
-    if (!result)
-        return failed(fileFailed(trouble, withOutputFile, folder));
+    if (!result) {
+        if (trouble.fault == ConvertFault::Empty || trouble.fault == ConvertFault::Incomplete)
+            return failed({kJoinIncomplete(), trouble.detail});
+        const auto gone =
+            std::find_if_not(paths.begin(), paths.end(), [](const QString &p) { return QFile::exists(p); });
+        return failed(fileFailed(trouble, gone == paths.end() ? withOutputFile : *gone, folder));
+    }
     QString output = withOutputFile;
     if ((error = takeFreeName(*result, output, AppSettings::freePathInFolder)))
         return failed(media::folderFailed(folder, error));

@@ -56,9 +56,9 @@ ConvertFault faultOf(const Converter &converter, const Converter::Run &run, cons
         return ConvertFault::Signalled;
     if (says("Unknown encoder") || says("Unable to find a suitable output format"))
         return ConvertFault::NoEncoder;
-    const bool isOpened = says("Input #");
-    if (says("does not contain any stream") || says("Invalid data found when processing input")
-        || (!isOpened && says(": Invalid argument")))
+    const bool isUnknown =
+        says(": Invalid data found when processing input") || says(": Invalid argument") || says(": End of file");
+    if (says("does not contain any stream") || (!run.isOpened && isUnknown))
         return ConvertFault::NoSound;
     return ConvertFault::Other;
 }
@@ -96,6 +96,7 @@ foundation::Result<Converter::Run> Converter::run(const QStringList &arguments, 
                 listener(line);
             if (line.startsWith("size="))
                 return;
+            run.isOpened |= line.startsWith("Input #");
             run.said += line + '\n';
             if (run.said.size() > 2 * kKept)
                 run.said = run.said.right(kKept);
@@ -106,8 +107,9 @@ foundation::Result<Converter::Run> Converter::run(const QStringList &arguments, 
 }
 
 ConvertTrouble Converter::troubleIn(const Run &run, const QStringList &inputs) const {
-    return {faultOf(*this, run, inputs), reasonIn(run.said),
-            QStringLiteral("%1: %2").arg(describe(run.ending), QString::fromUtf8(run.said.right(2000)))};
+    const QString reason = reasonIn(run.said), ending = describe(run.ending);
+    return {faultOf(*this, run, inputs), reason.isEmpty() ? ending : reason,
+            QStringLiteral("%1: %2").arg(ending, QString::fromUtf8(run.said.right(2000)))};
 }
 
 std::optional<HiddenFile> Converter::make(const QStringList &arguments, const QStringList &inputs, HiddenFile file,
@@ -134,7 +136,9 @@ std::optional<HiddenFile> Converter::make(const QStringList &arguments, const QS
     if (lack.isEmpty())
         return file;
     trouble.detail.prepend(lack + QStringLiteral("; "));
-    if (media::freeBytes(file.path()).value_or(kNoRoom) < kNoRoom)
+    if (stop.stop_requested())
+        trouble.fault = ConvertFault::Stopped;
+    else if (media::freeBytes(file.path()).value_or(kNoRoom) < kNoRoom)
         trouble.fault = ConvertFault::NoRoom;
     else if (QFileInfo(file.path()).size() == 0)
         trouble.fault = ConvertFault::Empty;
@@ -148,6 +152,8 @@ Converter::Proof asLongAs(const QString &input) {
         const auto made = media::soundFacts(path);
         if (!made)
             return made.failure().detail;
+        if (made.value().seconds <= 0) // as long as an input of which nothing can be read
+            return QStringLiteral("no sound is in it");
         const auto differs = [&](const media::SoundFacts &wanted) {
             return std::abs(wanted.seconds - made.value().seconds) > wanted.padding + made.value().padding;
         };

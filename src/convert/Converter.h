@@ -23,6 +23,7 @@ enum class ConvertFault {
     NoProgram,  // ffmpeg itself
     NoRoom,
     NoSound,   // in the source
+    NoLength,  // is told by the source
     NoEncoder, // for that format
     Empty,
     Incomplete,
@@ -33,7 +34,7 @@ enum class ConvertFault {
 
 struct ConvertTrouble {
     ConvertFault fault = ConvertFault::Other;
-    QString reason; // for Other: the one line of the converter's text that matters
+    QString reason; // for Other: the one line of the converter's text that matters, or how it ended
     QString detail; // for the log
 };
 
@@ -56,7 +57,8 @@ struct Converter {
     // What came of a run.
     struct Run {
         foundation::ChildProcess::Ending ending;
-        QByteArray said; // the last 16 KiB of its lines, without those of progress
+        QByteArray said;       // the last 16 KiB of its lines, without those of progress
+        bool isOpened = false; // the converter has seen what an input is
     };
     // Fails when there is no such program.
     foundation::Result<Run> run(const QStringList &arguments, const QStringList &inputs, const QString &output,
@@ -75,7 +77,7 @@ struct Converter {
                                                const LineListener &listener, ConvertTrouble &trouble) const;
 };
 
-// For a result that has to be as long as its input, but for what coders add.
+// For a result that has to hold sound, as long as that of its input, but for what coders add.
 Converter::Proof asLongAs(const QString &input);
 
 // Gives the result the name wanted or the next free one; an errno, and the name that was tried last, when that fails.

@@ -38,7 +38,8 @@ void ConvertStatusDelegate::paint(QPainter *painter, const QStyleOptionViewItem 
                        : status == ConvertStatus::Waiting ? tokens.text2
                                                           : tokens.accent;
     const int side = Look::scaled(*option.widget, kPicture);
-    painter->drawPixmap(option.rect.right() - measure::kGap - side, option.rect.center().y() - side / 2,
+    const QRect place(option.rect.right() - measure::kGap - side, option.rect.center().y() - side / 2, side, side);
+    painter->drawPixmap(QStyle::visualRect(option.direction, option.rect, place),
                         drawing(picture, ink, side, painter->device()->devicePixelRatioF()));
 }
 
@@ -83,12 +84,13 @@ void ConvertRowDelegate::paintName(QPainter &painter, const QStyleOptionViewItem
     if (isUnderWay && room >= measure::kControl) {
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        QRectF bar(left, line.center().y() - kBar / 2.0 + 0.5, room, kBar);
-        painter.setBrush(tokens.track);
-        painter.drawRoundedRect(bar, kBar / 2.0, kBar / 2.0);
-        bar.setWidth(bar.width() * index.data(ConvertModel::ProgressRole).toDouble() / 100);
-        painter.setBrush(tokens.accent);
-        painter.drawRoundedRect(bar, kBar / 2.0, kBar / 2.0);
+        const double done = room * index.data(ConvertModel::ProgressRole).toDouble() / 100;
+        for (const auto &[width, colour] : {std::pair<double, QColor>(room, tokens.track), {done, tokens.accent}}) {
+            const double begin = option.direction == Qt::RightToLeft ? line.left() + line.right() - left - width : left;
+            painter.setBrush(colour);
+            painter.drawRoundedRect(QRectF(begin, line.center().y() - kBar / 2.0 + 0.5, width, kBar), kBar / 2.0,
+                                    kBar / 2.0);
+        }
     }
     paintCellFocus(painter, option);
 }

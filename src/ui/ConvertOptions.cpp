@@ -135,7 +135,9 @@ void ConvertOptions::fit() {
     const int columns = width() < Look::scaled(*this, kRoomForAll) ? 2 : 4;
     for (int at = 0; at < static_cast<int>(mCells.size()); ++at)
         mGrid->addWidget(mCells[static_cast<std::size_t>(at)].box, at / columns, at % columns);
-    mGrid->addWidget(mNote, 2, 0, 1, 4);
+    for (int column = 0; column < 4; ++column)
+        mGrid->setColumnStretch(column, column < columns ? 1 : 0);
+    mGrid->addWidget(mNote, 2, 0, 1, columns);
 }
 
 void ConvertOptions::resizeEvent(QResizeEvent *event) {

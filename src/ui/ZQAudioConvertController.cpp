@@ -184,6 +184,13 @@ void ZQAudioConvertController::start() {
     Q_EMIT progressed();
 }
 
+// What is under way may take a moment to end.
+void ZQAudioConvertController::stop() {
+    mQueue.stopConvert();
+    mModel.allDidChange();
+    showState();
+}
+
 QList<int> ZQAudioConvertController::selected() const {
     QList<int> rows;
     for (const QModelIndex &index : mTable->selectionModel()->selectedRows())
@@ -397,6 +404,12 @@ void ZQAudioConvertController::ConvertManagerDelegate_UpdateConvertEntiyInfoWith
 
 void ZQAudioConvertController::ConvertManagerDelegate_UpdateConvertEntiyInfoWithIndexForSuccess(int index, bool) {
     mModel.rowDidChange(index);
+    showProgress();
+    Q_EMIT progressed();
+}
+
+void ZQAudioConvertController::ConvertManagerDelegate_QueueDidGoOn() {
+    mModel.allDidChange();
     showProgress();
     Q_EMIT progressed();
 }

@@ -31,7 +31,7 @@ public:
     void add(const QStringList &paths);
     ZQAudioConvertManager &queue() { return mQueue; }
     void begin() override;
-    void stop() { mQueue.stopConvert(); }
+    void stop();
     QString progressText() const;
     // The files that the last run has made, and in one line what has become of it; empty while there is none.
     QStringList results() const;
@@ -65,6 +65,7 @@ private:
     void ConvertManagerDelegate_StartConvertEntiyInfoWithIndex(int index) override;
     void ConvertManagerDelegate_UpdateConvertEntiyInfoWithIndexForProgress(int index, double progress) override;
     void ConvertManagerDelegate_UpdateConvertEntiyInfoWithIndexForSuccess(int index, bool success) override;
+    void ConvertManagerDelegate_QueueDidGoOn() override;
     void ConvertManagerDelegate_ConvertDidDone() override;
     void ConvertManagerDelegate_ConvertDidCancel() override;
 

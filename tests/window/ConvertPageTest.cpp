@@ -208,6 +208,7 @@ TEST_F(ConvertPage, WhileAnotherPageIsShownAStripTellsHowFarItIsAndStopsIt) {
     EXPECT_TRUE(window.convertPage().isVisible());
     window.convertPage().goBack();
     click("stopConvert");
+    EXPECT_FALSE(find<QPushButton>("startConvert")->isEnabled()) << "it is being stopped";
     ASSERT_TRUE(isDone());
     EXPECT_EQ(window.convertPage().summaryText(), "Failed: 3");
     EXPECT_EQ(find<QLabel>("convertStripText")->text(), "Failed: 3") << find<QLabel>("convertStripText")->isVisible();
@@ -260,9 +261,13 @@ TEST_F(ConvertPage, TwoFilesAreJoinedIntoOneThatIsNamed) {
     openFromLibrary(sound("One.wav"));
     ASSERT_TRUE(drop({sound("Two.wav", 2)}));
     ASSERT_TRUE(hasRows(2));
+    QStringList told;
+    QObject::connect(&window.convertPage(), &ui::ZQAudioConvertController::progressed,
+                     [&] { told << find<QLabel>("convertCount")->text(); });
     click("convertJoin");
     click("startConvert");
     ASSERT_TRUE(isDone());
+    EXPECT_EQ(told.last(), Lang::commMerging());
     EXPECT_EQ(find<QLabel>("convertCount")->text(), "2 files converted. One-merge.mp3");
     EXPECT_EQ(window.convertPage().results(), QStringList(path("One-merge.mp3")));
     const auto facts = media::soundFacts(path("One-merge.mp3"));

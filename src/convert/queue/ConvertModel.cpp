@@ -96,7 +96,7 @@ QString ConvertModel::lineOf(const ZQAudioConvertEntity &row) const {
 
 QString ConvertModel::actionOf(const ZQAudioConvertEntity &row) const {
     const ConvertStatus status = row.convertStatus();
-    if (mQueue.isStopping())
+    if (mQueue.isStopping() || mQueue.isMerging())
         return {};
     if (status == ConvertStatus::Failed)
         return Lang::windowTryAgain();

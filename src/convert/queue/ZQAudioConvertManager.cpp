@@ -193,10 +193,12 @@ void ZQAudioConvertManager::goOn() {
         if (row->isReading()) // EntityDelegateReadMedaInfoDone leads on.
             return;
         mState = State::Converting;
-        return row->convertWithPreset(mRunPreset, mFolder, mConverters, mMerges);
+        row->convertWithPreset(mRunPreset, mFolder, mConverters, mMerges);
+        return delegate->ConvertManagerDelegate_QueueDidGoOn();
     }
     if (!mMerges || !merge())
-        end();
+        return end();
+    delegate->ConvertManagerDelegate_QueueDidGoOn();
 }
 
 // False when there is nothing to join.
@@ -204,9 +206,8 @@ bool ZQAudioConvertManager::merge() {
     std::vector<QPointer<ZQAudioConvertEntity>> parts;
     QStringList paths;
     for (const auto &row : mAudioEntitys) {
-        const bool isOfRun = std::find(mRun.begin(), mRun.end(), row.get()) != mRun.end();
-        if (!isOfRun || row->convertStatus() != ConvertStatus::Completed)
-            continue;
+        if (row->convertStatus() != ConvertStatus::Completed)
+            continue; // Rows that came after the start have not been converted.
         parts.emplace_back(row.get());
         paths << row->outputPath();
     }

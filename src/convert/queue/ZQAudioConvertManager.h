@@ -33,6 +33,8 @@ public:
     virtual void ConvertManagerDelegate_UpdateConvertEntiyInfoWithIndexForProgress(int /*index*/, double /*progress*/) {
     }
     virtual void ConvertManagerDelegate_UpdateConvertEntiyInfoWithIndexForSuccess(int /*index*/, bool /*success*/) {}
+    // The next row is being converted now, or the results are being joined.
+    virtual void ConvertManagerDelegate_QueueDidGoOn() {}
     // The queue has ended: by itself, or, in place of that, by a stop. No row changes after it.
     virtual void ConvertManagerDelegate_ConvertDidDone() {}
     virtual void ConvertManagerDelegate_ConvertDidCancel() {}

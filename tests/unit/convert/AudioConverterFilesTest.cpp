@@ -110,6 +110,8 @@ TEST_F(AudioConverterFilesTest, FailuresAreToldByWhatTheConverterSays) {
         const char *line, *key;
     } cases[] = {
         {"echo 'song.mp3: Invalid data found when processing input'; exit 1", "ConvertNoSound"},
+        {"echo 'song.mp3: End of file'; exit 1", "ConvertNoSound"},
+        {"echo 'Input #0'; echo 'stream #0: Invalid data found when processing input'; exit 1", "ConvertOther"},
         {"echo 'Output #0 does not contain any stream'; exit 1", "ConvertNoSound"},
         {"echo \"Unknown encoder 'x'\"; exit 1", "ConvertNoEncoder"},
         {"echo 'av_interleaved_write_frame(): No space left on device'; exit 1", "DiskFull"},
@@ -133,8 +135,12 @@ TEST_F(AudioConverterFilesTest, FailuresAreToldByWhatTheConverterSays) {
         for (const QString &left : results())
             EXPECT_TRUE(QFile::remove(mResults.filePath(left)) && !left.endsWith("song.wav")) << line;
     }
-    auto odd = convert("song.mp3", cases[6].line);
-    EXPECT_EQ(odd.failure().sentence.arguments()[1].value.plainEnglish(), "something odd");
+    for (const auto &[line, reason] :
+         {std::pair("echo '[x @ 0x5] something odd'; echo 'Conversion failed!'; exit 69", "something odd"),
+          {"exit 126", "its exit status was 126"}})
+        EXPECT_EQ(convert("song.mp3", line).failure().sentence.arguments()[1].value.plainEnglish(), reason);
+    test::store(mFolder.filePath("none.mp3"), mSound.first(44)); // as long as its result, which is nothing
+    EXPECT_EQ(convert("none.mp3").failure().sentence.key(), "ConvertIncomplete");
 
     Converter hangs = converter("exec sleep 600");
     hangs.limit = 100ms;
@@ -150,6 +156,11 @@ TEST_F(AudioConverterFilesTest, FailuresAreToldByWhatTheConverterSays) {
     EXPECT_EQ(
         AudioConverter::convertFile({song.path, "/proc/none", kWave, 2}, converter("exit 1")).failure().sentence.key(),
         "ConvertFolder");
+    EXPECT_EQ(AudioConverter::convertFile({song.path, mFolder.filePath("folder"), kWave, 2},
+                                          converter("rm -r \"${out%/*}\"; exit 1"))
+                  .failure()
+                  .sentence.key(),
+              "ConvertFolder");
     EXPECT_EQ(convert("song.mp3", "rm \"$in\"; exit 1").failure().sentence.key(), "ConvertGone");
     EXPECT_EQ(results(), QStringList());
 }
@@ -190,7 +201,7 @@ TEST_F(AudioConverterFilesTest, MediaInformationNeedsALengthAndSound) {
                                                                                  "echo '  Stream #0:0: Audio: x'";
     for (const auto &[line, key] : {std::pair{QByteArray(duration) + "; " + sound + "; exit 1", ""},
                                     {QByteArray(duration) + "; exit 1", "ConvertNoSound"},
-                                    {QByteArray(sound) + "; exit 1", "ConvertNoSound"},
+                                    {QByteArray(sound) + "; exit 1", "ConvertNoLength"},
                                     {"exit 127", "ConvertNoProgram"}}) {
         const auto read = AudioConverter::readMediaInformation(file, converter(line));
         EXPECT_EQ(read ? "" : read.failure().sentence.key(), key) << line.constData();
@@ -209,8 +220,7 @@ TEST_F(AudioConverterFilesTest, JoinedFilesAreDecodedBeforeTheyCount) {
     const auto join = [&](const QByteArray &line, const ConvertPreset &preset = kWave) {
         return AudioConverter::startMerge({one, two}, preset, output, converter(line));
     };
-    EXPECT_EQ(join(keep + "cp \"" + QFile::encodeName(one) + "\" \"$out\"").failure().sentence.key(),
-              "ConvertIncomplete");
+    EXPECT_EQ(join(keep + "cp \"" + QFile::encodeName(one) + "\" \"$out\"").failure().sentence.key(), "JoinIncomplete");
     EXPECT_EQ(results(), QStringList());
     const QList<QByteArray> lines = contents(list).split('\n');
     ASSERT_EQ(lines.size(), 3) << contents(list).constData();
@@ -225,8 +235,16 @@ TEST_F(AudioConverterFilesTest, JoinedFilesAreDecodedBeforeTheyCount) {
          {std::pair{"m4a", "JoinChannels"}, {"wma", "JoinChannels"}, {"alac", "JoinChannels"}})
         EXPECT_EQ(join(whole, {format, ConvertQuality::High}).failure().sentence.key(), key) << format;
     EXPECT_TRUE(join(whole));
-    EXPECT_TRUE(QFile::remove(two));
-    EXPECT_EQ(join(whole).failure().sentence.key(), "ConvertGone");
+    std::stop_source stopped;
+    Converter stops = converter(whole);
+    stops.stop = stopped.get_token();
+    stops.complete = [&](const QString &) { stopped.request_stop(); }; // before it is decoded
+    EXPECT_EQ(AudioConverter::startMerge({one, two}, kWave, output, stops).failure().sentence.key(), "ConvertStopped");
+    for (const QByteArray &line : {"rm '" + QFile::encodeName(two) + "'; exit 1", whole}) {
+        const auto gone = join(line).failure().sentence;
+        EXPECT_EQ(gone.key(), "ConvertGone");
+        EXPECT_EQ(gone.arguments()[0].value.plainEnglish(), "two\nlines.wav");
+    }
     EXPECT_EQ(QDir(foundation::searchPath(foundation::SearchPath::Caches)).entryList({"*.txt"}), QStringList());
 }
 

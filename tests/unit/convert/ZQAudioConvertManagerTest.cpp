@@ -118,6 +118,7 @@ cp "$in" "$out"
 };
 
 TEST_F(ZQAudioConvertManagerTest, RowsAreConvertedInOrderAndAFailureEndsNoOther) {
+    store(mResults.filePath(".cantorel-0123456789abcdef.wav"), "left by a program that was killed");
     add({"a.mp3", "bad.mp3", "c.mp3"});
     mManager.startConvertWithMergeStatus(false);
     EXPECT_FALSE(mManager.moveEntityAtIndex(0, 2) || mManager.removeSelectedAudioIndexSet({0}));
@@ -139,6 +140,7 @@ TEST_F(ZQAudioConvertManagerTest, RowsAreConvertedInOrderAndAFailureEndsNoOther)
     ASSERT_TRUE(untilIdle());
     EXPECT_EQ(results().size(), 2);
     mManager.startConvertWithMergeStatus(false);
+    EXPECT_TRUE(row(0).outputPath().isEmpty() && row(1).failure().isEmpty()) << "what they were is over";
     ASSERT_TRUE(untilIdle());
     EXPECT_EQ(results(), QStringList({"a-2.wav", "a.wav", "c-2.wav", "c.wav"}));
 }
@@ -179,6 +181,7 @@ TEST_F(ZQAudioConvertManagerTest, AStopIsHeardAtAnyTime) {
     mManager.startConvertWithMergeStatus(true);
     ASSERT_TRUE(until([&] { return QFile::exists(path("joining")); }));
     EXPECT_TRUE(mManager.isMerging());
+    EXPECT_FALSE(mManager.retryEntityAtIndex(0));
     mManager.stopConvert();
     ASSERT_TRUE(untilIdle());
     EXPECT_EQ(mCalls.last(), "cancelled");
@@ -210,7 +213,7 @@ TEST_F(ZQAudioConvertManagerTest, PartsGoOnlyWhenTheyAreOursAndJoined) {
     } cases[] = {
         {{"a.mp3", "bad.mp3", "c.mp3"}, twice, {"a-merge.wav"}, ""},
         {{"a.mp3", "b.mp3", "c.mp3"}, thrice, {"a-merge.wav"}, ""},
-        {{"a.mp3", "b.mp3", "c.mp3"}, twice, {"a.wav", "b.wav", "c.wav"}, "ConvertIncomplete"},
+        {{"a.mp3", "b.mp3", "c.mp3"}, twice, {"a.wav", "b.wav", "c.wav"}, "JoinIncomplete"},
         {{"a.mp3", "bad.mp3"}, twice, {"a.wav"}, "JoinTooFew"},
         {{"a.mp3"}, mSound, {"a.wav"}, ""},
     };

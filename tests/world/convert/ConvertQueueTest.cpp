@@ -176,6 +176,9 @@ TEST_F(ConvertQueueTest, WhatCannotBeConvertedIsLeftOutAndNamed) {
     EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.lastLine.contains("channels")) << ran.lastLine.toStdString();
     EXPECT_EQ(results().filter("m4a"), QStringList({"a.m4a", "wide.m4a"}));
+    ran = convert({files[0], path("none.mp3")}, "wav", {"--merge"});
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_TRUE(ran.lastLine.contains("Nothing was joined")) << ran.lastLine.toStdString();
 }
 
 TEST_F(ConvertQueueTest, InformationIsThatOfTheConverter) {

@@ -86,6 +86,8 @@ QString readFacts(const char *path, bool asPromised, SoundFacts &facts) {
             lengths.add(*packet);
         av_packet_unref(packet.get());
     }
+    if (input->pb && input->pb->error < 0) // The disk refused a part; that is no end.
+        return ffmpegError(input->pb->error);
     const AVCodecDescriptor *codec = avcodec_descriptor_get(stream.codecpar->codec_id);
     const bool isExact = codec && !(codec->props & AV_CODEC_PROP_LOSSY);
     const double unit = av_q2d(stream.time_base);
