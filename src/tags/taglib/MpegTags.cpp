@@ -27,19 +27,13 @@ namespace {
 
 constexpr std::string_view kPicture = "APIC";
 
-constexpr int kOldestVersion = 2; // whose frames only TagLib knows
-
 QByteArray bytesOf(const TagLib::ByteVector &data) { return QByteArray(data.data(), data.size()); }
 
 QByteArray tagInFrontOf(const SplicedFile &file) { return file.read(0, id3Size(file.read(0, kId3Head))); }
 
-bool isOldest(const QByteArray &tag) { return tag.size() > 3 && tag[3] == kOldestVersion; }
-
 // Puts a tag of only those frames that are shown in front of the sound, where TagLib always finds it: what else may
 // stand in a file of anybody's is let alone.
 void putShownFrames(SplicedFile &file, const QByteArray &tag) {
-    if (isOldest(tag))
-        return;
     Id3Frames shown = Id3Frames::split(tag);
     shown.frames = shown.having({"TIT2", "TPE1", "TALB", "TCON", "TDRC", "TYER", kPicture});
     shown.rest = QByteArray(1, '\0');
@@ -128,7 +122,7 @@ foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, cons
     if (!picture)
         return picture.failure();
 
-    Id3Frames frames = Id3Frames::split(isOldest(old) ? bytesOf(mpeg.ID3v2Tag()->render(TagLib::ID3v2::v3)) : old);
+    Id3Frames frames = Id3Frames::split(old);
     const QList<Id3Frames::Frame> added = newFrames(changes, picture.value(), frames.version);
     const auto isPicture = [](const Id3Frames::Frame &frame) { return frame.id() == kPicture; };
     QList<Id3Frames::Frame> newPicture;

@@ -28,7 +28,7 @@ std::vector<Kind> kinds() {
     return {
         {"none.mp3", tag(""), "2.3"},
         {"v1.mp3", tag("Old", "One", "Album", "Rock", "2009"), "2.3"},
-        {"v22.mp3", tag("Old"), "2.3"},
+        {"v22.mp3", tag("Old", "", "", "", "2009"), "2.3", true},
         {"v23.mp3", tag("Old", "One/Two", "Album", "Rock My Rock", "2009"), "2.3", true},
         {"v24.mp3", tag("Old", "One Two", "Album", "Rock My Rock", "2009"), "2.4", true},
         {"huge.mp3", tag(""), "2.3", true},
