@@ -106,7 +106,9 @@ Id3Frames Id3Frames::split(QByteArray tag) {
         if (size < 0)
             break;
         const QByteArrayView bytes = left.first((isOld ? kOldHead : kHead) + size);
-        const Frame frame{isOld ? laterFrame(bytes) : bytes.toByteArray()};
+        Frame frame{isOld ? laterFrame(bytes) : bytes.toByteArray()};
+        if (version == 4 && isSafe)
+            frame.bytes[9] = static_cast<char>(frame.bytes[9] | 2); // The tag said so of each of them.
         if (!frame.bytes.isEmpty())
             split.frames.append(frame);
         left = left.sliced(bytes.size());

@@ -34,6 +34,7 @@ std::vector<Kind> kinds() {
         {"huge.mp3", tag(""), "2.3", true},
         {"plain_sizes.mp3", tag(QByteArray("A title that is longer than 127 letters ").repeated(4).trimmed()), "2.4"},
         {"unsafe.mp3", tag("Old"), "2.3"},
+        {"unsafe_tag.mp3", tag("Old"), "2.4"},
         {"none.m4a", tag(""), "M4A"},
         {"end.m4a", tag("Old", "", "", "", "2009"), "M4A"},
         {"front.m4a", tag("Old"), "M4A", true},

@@ -51,6 +51,9 @@ def make(folder):
     (folder / "plain_sizes.mp3").write_bytes(framed(b"ID3\4\0\0", [b"TIT2" + len(text).to_bytes(4, "big") + b"\0\0" + text,
                                                                    b"TCOM\0\0\0\5\0\0\0Bach"]))
     (folder / "unsafe.mp3").write_bytes(framed(b"ID3\3\0\x80", [b"TIT2\0\0\0\4\0\0\0Old", b"PRIV\0\0\0\4\0\0o\0\xff\0\xfb"]))
+    # Version 4 with these marks, said of the whole tag.
+    (folder / "unsafe_tag.mp3").write_bytes(framed(b"ID3\4\0\x80", [b"TIT2\0\0\0\4\0\0\0Old",
+                                                                   b"PRIV\0\0\0\5\0\0o\0\xff\0\xfb"]))
     (folder / "v1.mp3").write_bytes(plain.read_bytes() + b"TAG" + b"Old".ljust(30, b"\0") + b"One".ljust(30, b"\0")
                                     + b"Album".ljust(30, b"\0") + b"2009" + b"comment".ljust(30, b"\0") + b"\x11")
 
