@@ -84,6 +84,14 @@ TEST_F(TagFiles, RightsAttributesAndLinksStay) {
     const QByteArray name = QFile::encodeName(path), before = contents(path);
     ASSERT_EQ(::chmod(name.constData(), 0640), 0);
     const bool takesAttributes = ::setxattr(name.constData(), "user.note", "mine", 4, 0) == 0;
+    // New files of the folder may be written by another user too.
+    const char rights[] = "\2\0\0\0"
+                          "\1\0\7\0\xff\xff\xff\xff"
+                          "\2\0\6\0\1\0\0\0"
+                          "\4\0\5\0\xff\xff\xff\xff"
+                          "\x10\0\6\0\xff\xff\xff\xff"
+                          "\x20\0\0\0\xff\xff\xff\xff";
+    (void)::setxattr(QFile::encodeName(mFolder.path()).constData(), "system.posix_acl_default", rights, 44, 0);
     ASSERT_TRUE(QFile::link(path, link));
     ASSERT_EQ(::link(name.constData(), QFile::encodeName(twin).constData()), 0);
     ASSERT_TRUE(AudioIdentify::saveID3ToFile(titled(path, "New"), link));
@@ -92,6 +100,7 @@ TEST_F(TagFiles, RightsAttributesAndLinksStay) {
     EXPECT_EQ(status.st_mode, S_IFREG | 0640U);
     char value[8] = {};
     EXPECT_EQ(::getxattr(name.constData(), "user.note", value, sizeof value), takesAttributes ? 4 : -1);
+    EXPECT_LT(::getxattr(name.constData(), "system.posix_acl_access", nullptr, 0), 0);
     EXPECT_TRUE(QFileInfo(link).isSymLink());
     EXPECT_EQ(AudioIdentify::getID3TagFromFile(path)->id3Title, "New");
     EXPECT_EQ(contents(twin), before); // the other name keeps what it had
