@@ -17,21 +17,36 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <functional>
+#include <utility>
 
 namespace {
 enum class Writing { Whole, InParts, Spoilt } writing = Writing::Whole;
+std::function<void()> meanwhile; // done once, before something is written
+int goodReads = -1;              // before one that fails; below 0 none does
 } // namespace
 
 // In place of the system's own.
 extern "C" ssize_t pwrite(int to, const void *bytes, std::size_t count, off_t at) {
+    if (const auto action = std::exchange(meanwhile, {}))
+        action();
     const auto written = ::syscall(SYS_pwrite64, to, bytes, writing == Writing::InParts ? (count + 1) / 2 : count, at);
     if (writing == Writing::Spoilt && written > 0) {
         const char other = static_cast<char>(static_cast<const char *>(bytes)[written - 1] + 1);
         (void)::syscall(SYS_pwrite64, to, &other, 1, at + written - 1);
     }
     return written;
+}
+
+extern "C" ssize_t pread(int from, void *bytes, std::size_t count, off_t at) {
+    if (goodReads >= 0 && goodReads-- == 0) {
+        errno = EIO;
+        return -1;
+    }
+    return ::syscall(SYS_pread64, from, bytes, count, at);
 }
 
 namespace cantorel {
@@ -127,6 +142,41 @@ TEST_F(TagFiles, AFullDiskAndARunningRecordingLeaveTheFileAsItWas) {
     EXPECT_EQ(contents(recording), until);
     QFile::remove(recording);
     EXPECT_EQ(namesIn(mFolder.path()), names);
+}
+
+TEST_F(TagFiles, AFaultOfTheDiskAtAnyReadingLeavesTheFileAsItWas) {
+    for (const char *name : {"v1.mp3", "v24.mp3", "foreign.m4a"}) {
+        const QByteArray before = contents(file(name));
+        const TagsOfFile edit{file(name), titled(file(name), "New")};
+        const TagUndo undo = writeTags({edit}).undo;
+        const QByteArray after = contents(file(name));
+        ASSERT_TRUE(undoTags(undo).empty());
+        int failures = 0;
+        for (int good = 0, left = -1; left < 0; ++good) {
+            goodReads = good;
+            const TagsWritten written = writeTags({edit});
+            left = std::exchange(goodReads, -1);
+            failures += static_cast<int>(written.failures.size());
+            ASSERT_EQ(contents(file(name)), written.failures.empty() ? after : before) << name << good;
+            ASSERT_TRUE(undoTags(written.undo).empty());
+        }
+        EXPECT_GT(failures, 3);
+    }
+}
+
+TEST_F(TagFiles, WhatSomebodyElseWritesMeanwhileStays) {
+    const QString path = file("v23.mp3");
+    const QByteArray changed = contents(path) + "more";
+    for (const bool isReplaced : {false, true}) {
+        const TagsOfFile edit{path, titled(path, QString(5, isReplaced ? 'r' : 'w'))};
+        meanwhile = [&] {
+            if (isReplaced)
+                QFile::rename(path, file("other.mp3"));
+            store(path, changed);
+        };
+        EXPECT_EQ(writeTags({edit}).failures.size(), 1U);
+        EXPECT_EQ(contents(path), changed);
+    }
 }
 
 TEST_F(TagFiles, ACopyThatIsAnotherSoundNeverTakesTheFilesPlace) {
