@@ -226,7 +226,7 @@ Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted, Swept
         return formats.failure();
     const bool isMovie = isMovieName(wanted.path);
     SplicedFile content(old.value().descriptor());
-    const auto edited = formats.value()->edit(content, isMovie, wanted.tag, wanted.path);
+    const auto edited = formats.value()->edit(content, isMovie, wanted.edit, wanted.path);
     if (!edited)
         return edited.failure();
     if (content.hasFailed())
@@ -235,7 +235,7 @@ Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted, Swept
         return std::optional<TagUndo::File>();
     const SplicedFile before = content.original();
     const bool isProved = (isMovie ? haveSameMovieSound(before, content) : haveSameMpegSound(before, content))
-                          && givesBack(*formats.value(), content, isMovie, wanted.tag);
+                          && givesBack(*formats.value(), content, isMovie, *edited.value());
     TagUndo::File undo{old.value().path(), inversePieces(content.pieces(), before), {}, old.value().status().st_mtim};
     if (!isProved || content.hasFailed() || before.hasFailed())
         return tag_failures::notProved(wanted.path);

@@ -196,9 +196,10 @@ void ID3EditWindowController::save(const Unsaved &unsaved) {
         bool isYearKept = false;
         const bool hasEnded = guarded("saveID3tag", [&] {
             for (const QString &file : unsaved.files) {
-                const id3Tag tag = AudioIdentify::getID3TagFromFile(file).value_or(id3Tag());
-                isYearKept = isYearKept || (unsaved.edit.year && !yearToWrite(year) && year != tag.id3Year);
-                TagsWritten one = writeTags({{file, unsaved.edit.applied(tag)}});
+                if (unsaved.edit.year && !yearToWrite(year))
+                    isYearKept =
+                        isYearKept || AudioIdentify::getID3TagFromFile(file).value_or(id3Tag()).id3Year != year;
+                TagsWritten one = writeTags({{file, unsaved.edit}});
                 std::move(one.undo.files.begin(), one.undo.files.end(), std::back_inserter(done.undo.files));
                 std::move(one.failures.begin(), one.failures.end(), std::back_inserter(done.failures));
             }

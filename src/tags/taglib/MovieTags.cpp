@@ -161,7 +161,8 @@ id3Tag readMovieTags(SplicedFile &file) {
     return MovieFile::read(file) ? recordOfMovie(file).value_or(id3Tag()) : id3Tag();
 }
 
-foundation::Result<bool> editMovieTags(SplicedFile &file, const id3Tag &tag, const QString &path) {
+foundation::Result<std::optional<id3Tag>> editMovieTags(SplicedFile &file, const id3TagEdit &edit,
+                                                        const QString &path) {
     const auto movie = MovieFile::read(file);
     if (!movie || !movie->canMove || movie->tracks.empty())
         return tag_failures::noMovie(path);
@@ -169,12 +170,13 @@ foundation::Result<bool> editMovieTags(SplicedFile &file, const id3Tag &tag, con
     if (!now)
         return tag_failures::noMovie(path);
     // The cover stays as it is: Tools::canEditM4ACover() is deliberately false.
-    const TagChanges changes(*now, tag);
+    const id3Tag wanted = edit.applied(*now);
+    const TagChanges changes(*now, wanted);
     if (changes.isEmpty())
-        return false;
+        return std::optional<id3Tag>();
     if (!putItems(file, *movie, itemsAfter(file, *movie, changes)))
         return tag_failures::noMovie(path);
-    return true;
+    return std::optional(wanted);
 }
 
 } // namespace cantorel

@@ -107,7 +107,7 @@ std::optional<id3Tag> readMpegTags(SplicedFile &file) {
     return mpeg.isValid() ? std::optional(recordOfFile(mpeg)) : std::nullopt;
 }
 
-foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, const QString &path) {
+foundation::Result<std::optional<id3Tag>> editMpegTags(SplicedFile &file, const id3TagEdit &edit, const QString &path) {
     if (findMpegSound(file).kind != SoundKind::Mpeg)
         return tag_failures::noMpeg(path);
     const QByteArray old = tagInFrontOf(file);
@@ -116,8 +116,9 @@ foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, cons
     TagLib::MPEG::File mpeg(&stream, TagLib::ID3v2::FrameFactory::instance(), false);
     if (!mpeg.isValid())
         return tag_failures::noMpeg(path);
-    const TagChanges changes(recordOfFile(mpeg), tag);
-    const auto picture = pictureToWrite(tag.id3Image);
+    const id3Tag now = recordOfFile(mpeg), wanted = edit.applied(now);
+    const TagChanges changes(now, wanted);
+    const auto picture = pictureToWrite(wanted.id3Image);
     if (!picture)
         return picture.failure();
 
@@ -127,7 +128,7 @@ foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, cons
     QList<Id3Frames::Frame> newPicture;
     std::copy_if(added.begin(), added.end(), std::back_inserter(newPicture), isPicture);
     if (changes.isEmpty() && frames.having({kPicture}) == newPicture)
-        return false;
+        return std::optional<id3Tag>();
     if (!editBehind(mpeg, changes))
         return tag_failures::noMpeg(path);
     std::vector<std::string_view> gone{kPicture};
@@ -144,7 +145,7 @@ foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, cons
     frames.remove(gone);
     frames.frames = added + frames.frames;
     file.splice(0, tagInFrontOf(file).size(), frames.joined(old.size()));
-    return true;
+    return std::optional(wanted);
 }
 
 } // namespace cantorel

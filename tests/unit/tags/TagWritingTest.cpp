@@ -21,6 +21,7 @@
 #include <chrono>
 #include <csignal>
 #include <functional>
+#include <new>
 #include <utility>
 
 namespace {
@@ -74,7 +75,7 @@ TEST_F(TagFiles, UndoGivesBackEveryByteOfManyFiles) {
         before[file(name)] = contents(file(name));
         edits.push_back({file(name), titled(file(name), "A new and longer title")});
     }
-    edits.push_back({file("gone.mp3"), {}});
+    edits.push_back({file("gone.mp3"), id3Tag()});
     const QStringList names = namesIn(mFolder.path());
     const qint64 time = QFileInfo(file("v23.mp3")).lastModified().toMSecsSinceEpoch();
     const TagsWritten written = writeTags(edits);
@@ -147,7 +148,7 @@ TEST_F(TagFiles, AFullDiskAndARunningRecordingLeaveTheFileAsItWas) {
 TEST_F(TagFiles, AFaultOfTheDiskAtAnyReadingLeavesTheFileAsItWas) {
     for (const char *name : {"v1.mp3", "v24.mp3", "foreign.m4a"}) {
         const QByteArray before = contents(file(name));
-        const TagsOfFile edit{file(name), titled(file(name), "New")};
+        const TagsOfFile edit{file(name), id3TagEdit{"New", {}, {}, {}, {}, {}}};
         const TagUndo undo = writeTags({edit}).undo;
         const QByteArray after = contents(file(name));
         ASSERT_TRUE(undoTags(undo).empty());
@@ -177,6 +178,9 @@ TEST_F(TagFiles, WhatSomebodyElseWritesMeanwhileStays) {
         EXPECT_EQ(writeTags({edit}).failures.size(), 1U);
         EXPECT_EQ(contents(path), changed);
     }
+    meanwhile = [] { throw std::bad_alloc(); };
+    EXPECT_EQ(writeTags({{path, titled(path, "New")}}).failures.size(), 1U);
+    EXPECT_EQ(contents(path), changed);
 }
 
 TEST_F(TagFiles, ACopyThatIsAnotherSoundNeverTakesTheFilesPlace) {

@@ -4,6 +4,7 @@
 #include "tags/TagWriting.h"
 #include "tests/unit/tags/TagFiles.h"
 
+#include <QDir>
 #include <QFile>
 
 namespace cantorel {
@@ -156,9 +157,14 @@ TEST_F(TagFiles, WhatTakesNoTagsIsRefusedAndStaysAsItIs) {
         EXPECT_TRUE(contents(GetLogFilePath()).endsWith(QByteArray("E: ") + message + '\n'));
     }
     EXPECT_FALSE(AudioIdentify::getID3TagFromFile(file("gone.mp3")));
-    EXPECT_FALSE(AudioIdentify::saveID3ToFile({}, file("gone.mp3")));
-    EXPECT_TRUE(contents(GetLogFilePath()).endsWith("file can not found - " + file("gone.mp3").toUtf8() + '\n'));
-    store(file("Song.M4A"), movie);
+    for (const char *name : {"gone.mp3", "gone.wav"}) {
+        EXPECT_FALSE(AudioIdentify::saveID3ToFile({}, file(name)));
+        EXPECT_TRUE(contents(GetLogFilePath()).endsWith("file can not found - " + file(name).toUtf8() + '\n'));
+    }
+    QDir().mkdir(file("folder.mp3"));
+    EXPECT_FALSE(AudioIdentify::saveID3ToFile({}, file("folder.mp3")));
+    EXPECT_TRUE(contents(GetLogFilePath()).endsWith(QByteArray(noMpeg) + '\n'));
+    store(file("Song.M4A"), movie + "xyz"); // a few bytes more than its boxes
     EXPECT_TRUE(AudioIdentify::saveID3ToFile({"New", "", "", "", "", {}, {}}, file("Song.M4A")));
     EXPECT_EQ(AudioIdentify::getID3TagFromFile(file("Song.M4A"))->id3Title, "New");
 }
