@@ -99,8 +99,14 @@ int runCommandLine(const QStringList &arguments, std::span<const AddCommand> com
     composeCommandLine(root, session, commands);
 
     std::vector<std::string> reversed; // the order in which CLI11 takes them
-    for (const QString &argument : arguments)
-        reversed.push_back(argument.toStdString());
+    for (const QString &argument : arguments) {
+        // CLI11 would take the next argument for a value that is empty.
+        const bool isEmptyValue = argument.startsWith(QLatin1String("--")) && argument.endsWith(QLatin1Char('='))
+                                  && argument.count(QLatin1Char('=')) == 1;
+        reversed.push_back(argument.chopped(isEmptyValue ? 1 : 0).toStdString());
+        if (isEmptyValue)
+            reversed.emplace_back();
+    }
     std::reverse(reversed.begin(), reversed.end());
     try {
         root.parse(reversed);

@@ -45,8 +45,7 @@ void show(const CommandSession &session, const QString &file, const id3Tag &tag,
 
 // Why the file's tags can't be read or written as is wished; empty for none. What is wished is written.
 QString handle(const QString &file, const std::optional<id3TagEdit> &edit) {
-    const auto now = AudioIdentify::getID3TagFromFile(file);
-    if (!now && !edit)
+    if (!edit && !AudioIdentify::getID3TagFromFile(file))
         return QFileInfo::exists(file)
                    ? QStringLiteral("\"%1\" holds no tags that can be read; check that it is a sound file.").arg(file)
                    : QStringLiteral("There is no file \"%1\".").arg(file);
@@ -54,7 +53,7 @@ QString handle(const QString &file, const std::optional<id3TagEdit> &edit) {
         return {};
     if (edit->image && isMovieName(file))
         return QStringLiteral("The cover of an M4A such as \"%1\" stays as it is; leave out --cover.").arg(file);
-    const TagsWritten written = writeTags({{file, edit->applied(now.value_or(id3Tag()))}});
+    const TagsWritten written = writeTags({{file, *edit}});
     return written.failures.empty() ? QString() : Outcome::failed(written.failures.front().failure.sentence).sentence;
 }
 

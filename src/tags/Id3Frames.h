@@ -8,7 +8,8 @@
 
 namespace cantorel {
 
-// The frames of an ID3v2 tag of version 3 or 4, each with its header, byte for byte as they stand in it.
+// The frames of an ID3v2 tag, each with its header, byte for byte as they stand in it; those of version 2 as they stand
+// in one of version 3.
 struct Id3Frames {
     struct Frame {
         QByteArray bytes;

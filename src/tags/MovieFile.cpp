@@ -40,7 +40,7 @@ public:
             const auto box = boxAt(mFile, at, end);
             if (!box)
                 // Some programs end user data with a number of 0, and files with a few bytes more.
-                return depth > 0 && end - at < 8;
+                return end - at < 8;
             if (++mBoxes > kMostBoxes || !note(*box, above, depth))
                 return false;
             at = box->end;

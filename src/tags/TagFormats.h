@@ -21,10 +21,10 @@ public:
 
     // A blank record for an M4A that is none, or has no list of items; nothing for what should be MPEG and isn't.
     virtual std::optional<id3Tag> read(SplicedFile &file, bool isMovie) const = 0;
-    // Changes what differs from what reading gives; all else stays byte for byte. False when nothing differs; the path
-    // is for sentences.
-    virtual foundation::Result<bool> edit(SplicedFile &file, bool isMovie, const id3Tag &tag,
-                                          const QString &path) const = 0;
+    // Changes what differs from what reading gives; all else stays byte for byte. Answers what the file is to hold
+    // then; nothing when nothing differs. The path is for sentences.
+    virtual foundation::Result<std::optional<id3Tag>> edit(SplicedFile &file, bool isMovie, const id3TagEdit &edit,
+                                                           const QString &path) const = 0;
     // The text as a tag gives it back.
     virtual QString kept(const QString &text) const = 0;
     // See id3Tag::getAllGenreList().

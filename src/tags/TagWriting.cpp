@@ -54,9 +54,10 @@ public:
         const QByteArray name = QFile::encodeName(file.mPath);
         if (::faccessat(AT_FDCWD, name.constData(), R_OK | W_OK, AT_EACCESS) != 0)
             return tag_failures::notAllowed(path, errno);
-        if (!file.descriptor().isOpen() || ::fstat(file.descriptor().get(), &file.mStatus) != 0
-            || !S_ISREG(file.mStatus.st_mode))
+        if (!file.descriptor().isOpen() || ::fstat(file.descriptor().get(), &file.mStatus) != 0)
             return tag_failures::noFile(path);
+        if (!S_ISREG(file.mStatus.st_mode))
+            return isMovieName(path) ? tag_failures::noMovie(path) : tag_failures::noMpeg(path);
         if (media::isUnfinished(file.descriptor()))
             return tag_failures::stillRecorded(path);
         return file;
@@ -149,6 +150,7 @@ int copyAttributes(int from, int to) {
 }
 
 int makeAlike(const struct stat &status, int from, int to) {
+    (void)::fremovexattr(to, "system.posix_acl_access"); // what the folder gives to all its new files
     struct stat made {};
     if (::fstat(to, &made) != 0)
         return errno;
@@ -168,17 +170,21 @@ Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePie
         foundation::HiddenFile::sweep(folder);
     swept.insert(folder);
     int error = 0;
-    auto made = foundation::HiddenFile::create(folder, QStringLiteral("tags"), error);
-    if (!made)
+    const auto refused = [&] {
         return error == EACCES || error == EPERM || error == EROFS ? tag_failures::notAllowed(old.path(), error)
                                                                    : tag_failures::notWritten(old.path(), error);
+    };
+    auto made = foundation::HiddenFile::create(folder, QStringLiteral("tags"), error);
+    if (!made)
+        return refused();
     const FileDescriptor &file = made->descriptor();
+    // Before it holds anything, so that nobody reads in it what the old one keeps from them.
+    error = makeAlike(old.status(), old.descriptor().get(), file.get());
+    if (error)
+        return refused();
     error = writePieces(pieces, old.descriptor(), file);
     if (error)
         return error == kNotProved ? tag_failures::notProved(old.path()) : tag_failures::notWritten(old.path(), error);
-    error = makeAlike(old.status(), old.descriptor().get(), file.get());
-    if (error)
-        return tag_failures::notAllowed(old.path(), error);
     if (modified != nullptr) {
         const timespec times[] = {old.status().st_atim, *modified};
         (void)::futimens(file.get(), times); // a time is no reason to fail
@@ -191,8 +197,7 @@ Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePie
         return tag_failures::changedMeanwhile(old.path());
     error = made->replace(old.path(), old.identity());
     if (error)
-        return error == ESTALE ? tag_failures::changedMeanwhile(old.path())
-                               : tag_failures::notAllowed(old.path(), error);
+        return error == ESTALE ? tag_failures::changedMeanwhile(old.path()) : refused();
     if (old.status().st_nlink > 1)
         CommLog::W(QStringLiteral("%1 had other names, which keep the tags of before").arg(old.path()));
     return versionOf(status);
@@ -221,7 +226,7 @@ Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted, Swept
         return formats.failure();
     const bool isMovie = isMovieName(wanted.path);
     SplicedFile content(old.value().descriptor());
-    const auto edited = formats.value()->edit(content, isMovie, wanted.tag, wanted.path);
+    const auto edited = formats.value()->edit(content, isMovie, wanted.edit, wanted.path);
     if (!edited)
         return edited.failure();
     if (content.hasFailed())
@@ -230,7 +235,7 @@ Result<std::optional<TagUndo::File>> writeTagsOf(const TagsOfFile &wanted, Swept
         return std::optional<TagUndo::File>();
     const SplicedFile before = content.original();
     const bool isProved = (isMovie ? haveSameMovieSound(before, content) : haveSameMpegSound(before, content))
-                          && givesBack(*formats.value(), content, isMovie, wanted.tag);
+                          && givesBack(*formats.value(), content, isMovie, *edited.value());
     TagUndo::File undo{old.value().path(), inversePieces(content.pieces(), before), {}, old.value().status().st_mtim};
     if (!isProved || content.hasFailed() || before.hasFailed())
         return tag_failures::notProved(wanted.path);

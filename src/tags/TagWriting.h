@@ -10,14 +10,20 @@
 #include <sys/types.h>
 
 #include <ctime>
+#include <utility>
 #include <vector>
 
 namespace cantorel {
 
-// One file and the whole record that it is to have.
+// One file and what of its tags is to change, or the whole record that it is to have.
 struct TagsOfFile {
+    TagsOfFile(QString file, id3TagEdit changes) : path(std::move(file)), edit(std::move(changes)) {}
+    TagsOfFile(QString file, const id3Tag &whole)
+        : path(std::move(file)), edit{whole.id3Title, whole.id3Artist, whole.id3Album,
+                                      whole.id3Genre, whole.id3Year,   whole.id3Image} {}
+
     QString path;
-    id3Tag tag;
+    id3TagEdit edit;
 };
 
 // What makes files again what they were before their tags were written. A value, as long as anybody wants to keep it.

@@ -19,6 +19,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QTextBoundaryFinder>
 #include <QToolButton>
 
 #include <utility>
@@ -29,16 +30,20 @@ namespace {
 
 constexpr int kWidth = 304, kCover = 88;
 
-// A word that is wider than its line may be broken anywhere, by signs of no width.
+// A part of the text that is wider than its line may be broken where the line ends, by a sign of no width. Nowhere
+// else: letters that are joined would fall apart, and copies of the text have the signs.
 QString breakable(const QString &text, const QFontMetrics &metrics, int width) {
-    QString broken;
-    for (const QString &word : text.split(QLatin1Char(' '))) {
-        broken += broken.isEmpty() ? QString() : QStringLiteral(" ");
-        if (metrics.horizontalAdvance(word) <= width)
-            broken += word;
-        else
-            for (const QChar sign : word)
-                broken += sign.isLowSurrogate() || broken.isEmpty() ? QString(sign) : QChar(0x200B) + QString(sign);
+    QString broken, part;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    for (qsizetype begin = 0, end; (end = finder.toNextBoundary()) > 0; begin = end) {
+        const QString sign = text.mid(begin, end - begin);
+        if (sign == QLatin1String(" ") || sign == QLatin1String("/"))
+            part.clear();
+        else if (metrics.horizontalAdvance(part += sign) > width && part != sign) {
+            broken += QChar(0x200B);
+            part = sign;
+        }
+        broken += sign;
     }
     return broken;
 }
@@ -87,6 +92,7 @@ DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
     auto *head = new QHBoxLayout(mHead);
     head->setContentsMargins({});
     head->setSpacing(2 * measure::kGap);
+    mCover->setAlignment(Qt::AlignCenter);
     head->addWidget(mCover, 0, Qt::AlignTop);
     head->addLayout(beside, 1);
     mRows->setSpacing(measure::kGap / 4);
@@ -119,6 +125,8 @@ DetailsPanel::DetailsPanel(ID3EditWindowController &tags, QWidget *parent)
     connect(&mTags, &ID3EditWindowController::written, this, [this](const TagsWritten &written) {
         if (written.failures.empty())
             mSaved->play();
+        else
+            mSaved->hide(); // what was saved just before
     });
     changeLanguageText();
     dress();
@@ -161,6 +169,7 @@ void DetailsPanel::show(const RecordedAudioInfo *item, qsizetype count, const QP
     Rows rows;
     if (item) {
         const QFileInfo file(item->getFileName());
+        mCover->setFixedSize(QSize(1, 1) * coverSide()); // Whatever the picture's form, nothing below it moves.
         mCover->setPixmap(cover);
         const QString more = count > 1 ? QStringLiteral(" + %1").arg(count - 1) : QString();
         mName->setText(breakable(file.fileName() + more, mName->fontMetrics(),

@@ -48,7 +48,9 @@ LibraryStrip::LibraryStrip(ID3EditWindowController &tags, QWidget *parent)
         report({});
     });
     connect(&mTags, &ID3EditWindowController::written, this,
-            [this](const auto &written, const auto &unsaved) { reportWritten(written, unsaved); });
+            [this](const auto &written, const auto &unsaved, bool isYearKept) {
+                reportWritten(written, unsaved, isYearKept);
+            });
     showTexts();
 }
 
@@ -125,14 +127,17 @@ void LibraryStrip::reportAdded(RecordingsAdding &adding, const RecordingsAdding:
         report(Kind::Result, text, takeOut);
 }
 
-void LibraryStrip::reportWritten(const TagsWritten &written, const ID3EditWindowController::Unsaved &unsaved) {
+void LibraryStrip::reportWritten(const TagsWritten &written, const ID3EditWindowController::Unsaved &unsaved,
+                                 bool isYearKept) {
     if (!unsaved.files.isEmpty())
         mLeft.push_back(unsaved);
     std::function<void()> undo;
     if (!written.undo.files.empty())
         undo = [this, before = written.undo] { mTags.undo(before); };
     if (written.failures.empty())
-        report(Kind::Result, Lang::toolsID3TagsSuccess(), std::move(undo));
+        report(Kind::Result,
+               Lang::toolsID3TagsSuccess() + (isYearKept ? QLatin1Char(' ') + Lang::windowYearStays() : QString()),
+               std::move(undo));
     else
         report(Kind::Error,
                Lang::windowTagsFailed() + QLatin1Char(' ') + Lang::sentence(written.failures.front().failure.sentence),

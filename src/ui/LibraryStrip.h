@@ -42,7 +42,7 @@ public:
     void undo();
 
 private:
-    void reportWritten(const TagsWritten &written, const ID3EditWindowController::Unsaved &unsaved);
+    void reportWritten(const TagsWritten &written, const ID3EditWindowController::Unsaved &unsaved, bool isYearKept);
     void showTexts();
     void changeEvent(QEvent *event) override;
 

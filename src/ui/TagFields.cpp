@@ -57,6 +57,8 @@ TagFields::TagFields(ID3EditWindowController &tags, QWidget *parent)
     mGenre->setEditable(true);
     mGenre->setInsertPolicy(QComboBox::NoInsert);
     mGenre->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    auto *last = new QHBoxLayout; // the year and, wider, the genre
+    last->setSpacing(3 * measure::kGap / 2);
     for (int field = 0; field < Tags::FieldCount; ++field) {
         const auto at = static_cast<std::size_t>(field);
         mFields[at] = field == Tags::Genre ? static_cast<QWidget *>(mGenre) : new QLineEdit(this);
@@ -64,9 +66,15 @@ TagFields::TagFields(ID3EditWindowController &tags, QWidget *parent)
         mLabels[at] = new QLabel(this);
         mLabels[at]->setBuddy(mFields[at]);
         small(*mLabels[at]);
-        column->addSpacing(measure::kGap / 2);
-        column->addWidget(mLabels[at]);
-        column->addWidget(mFields[at]);
+        auto *place = new QVBoxLayout;
+        place->setSpacing(measure::kGap / 2);
+        place->addWidget(mLabels[at]);
+        place->addWidget(mFields[at]);
+        if (field < Tags::Year) {
+            column->addSpacing(measure::kGap / 2);
+            column->addLayout(place);
+        } else
+            last->addLayout(place, field == Tags::Year ? 1 : 2);
         QLineEdit *line = lineOf(field);
         line->setAcceptDrops(false); // A picture may be dropped here as well.
         const auto touch = [this, field](const QString &text) { mTags.setText(static_cast<Tags::Field>(field), text); };
@@ -74,6 +82,8 @@ TagFields::TagFields(ID3EditWindowController &tags, QWidget *parent)
         if (field == Tags::Genre)
             connect(mGenre, &QComboBox::textActivated, this, touch);
     }
+    column->addSpacing(measure::kGap / 2);
+    column->addLayout(last);
     mSave = button("saveTags", this);
     mSave->setDefault(true);
     mClear = button("clearTags", this);
@@ -129,6 +139,7 @@ void TagFields::showTags() {
             line->setCursorPosition(0);
         }
         line->setPlaceholderText(mTags.isMixed(known) ? Lang::windowMixedTags() : QString());
+        line->setToolTip(line->placeholderText()); // The year's field is narrow.
     }
 }
 

@@ -174,6 +174,14 @@ TEST_F(TagEditor, WhatIsLeftUnsavedOrFailsIsToldAndNotLost) {
     photograph(window, "tags-failed");
     EXPECT_TRUE(shows("tagTitle", "Mine"));
     EXPECT_EQ(test::contents(path("Two.mp3")), "no sound");
+    EXPECT_FALSE(find<QWidget>("savedOK")->isVisible());
+
+    select({"One.mp3"});
+    ASSERT_TRUE(shows("tagYear", "2001"));
+    type("tagYear", "");
+    click("saveTags");
+    ASSERT_TRUE(isTold(Lang::windowYearStays()));
+    EXPECT_TRUE(shows("tagYear", "2001"));
 }
 
 TEST_F(TagEditor, AProposedSongIsUsedAndTakenBack) {

@@ -192,17 +192,21 @@ void ID3EditWindowController::saveID3tag() {
 void ID3EditWindowController::save(const Unsaved &unsaved) {
     mWorker.start([this, unsaved] {
         TagsWritten done;
+        const QString year = unsaved.edit.year.value_or(QString());
+        bool isYearKept = false;
         const bool hasEnded = guarded("saveID3tag", [&] {
             for (const QString &file : unsaved.files) {
-                const id3Tag tag = AudioIdentify::getID3TagFromFile(file).value_or(id3Tag());
-                TagsWritten one = writeTags({{file, unsaved.edit.applied(tag)}});
+                if (unsaved.edit.year && !yearToWrite(year))
+                    isYearKept =
+                        isYearKept || AudioIdentify::getID3TagFromFile(file).value_or(id3Tag()).id3Year != year;
+                TagsWritten one = writeTags({{file, unsaved.edit}});
                 std::move(one.undo.files.begin(), one.undo.files.end(), std::back_inserter(done.undo.files));
                 std::move(one.failures.begin(), one.failures.end(), std::back_inserter(done.failures));
             }
         });
         if (!hasEnded)
             done.failures.push_back({unsaved.files.constFirst(), {QString(), QString()}});
-        QMetaObject::invokeMethod(this, [this, done, unsaved] {
+        QMetaObject::invokeMethod(this, [this, done, unsaved, isYearKept] {
             const bool isShown = mFiles == unsaved.files;
             if (done.failures.empty())
                 Log(QStringLiteral("save id3 tag ok"));
@@ -210,7 +214,7 @@ void ID3EditWindowController::save(const Unsaved &unsaved) {
             for (const TagsWritten::Failed &failure : done.failures)
                 left = {left.files + QStringList(failure.path), unsaved.edit};
             settle(unsaved.files, done.failures.empty());
-            Q_EMIT written(done, isShown ? Unsaved() : left);
+            Q_EMIT written(done, isShown ? Unsaved() : left, isYearKept);
         });
     });
 }

@@ -72,8 +72,9 @@ public:
 Q_SIGNALS:
     void changed(); // the state or what is shown, but by setText()
     void left(const ID3EditWindowController::Unsaved &unsaved);
-    // unsaved: of the files that failed, where others are shown by now.
-    void written(const TagsWritten &written, const ID3EditWindowController::Unsaved &unsaved);
+    // unsaved: of the files that failed, where others are shown by now. isYearKept: what was given as the year is none,
+    // so that of some file stays.
+    void written(const TagsWritten &written, const ID3EditWindowController::Unsaved &unsaved, bool isYearKept);
     void failed(const foundation::Sentence &why);
 
 private:

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -137,12 +138,14 @@ bool putItems(SplicedFile &file, const MovieFile &movie, const QByteArray &items
     return true;
 }
 
-// Of one whose boxes are known to be whole.
-id3Tag recordOfMovie(SplicedFile &file) {
+// Of one whose boxes are known to be whole; nothing where TagLib takes it for none.
+std::optional<id3Tag> recordOfMovie(SplicedFile &file) {
     SplicedStream stream(file);
     TagLib::MP4::File movie(&stream, false);
-    if (!movie.isValid() || movie.tag() == nullptr || movie.tag()->isEmpty())
+    if (!movie.isValid() || movie.tag() == nullptr)
         return {};
+    if (movie.tag()->isEmpty())
+        return id3Tag();
     id3Tag record = recordOf(*movie.tag());
     if (movie.tag()->contains("covr")) {
         const TagLib::MP4::CoverArtList covers = movie.tag()->item("covr").toCoverArtList();
@@ -154,19 +157,26 @@ id3Tag recordOfMovie(SplicedFile &file) {
 
 } // namespace
 
-id3Tag readMovieTags(SplicedFile &file) { return MovieFile::read(file) ? recordOfMovie(file) : id3Tag(); }
+id3Tag readMovieTags(SplicedFile &file) {
+    return MovieFile::read(file) ? recordOfMovie(file).value_or(id3Tag()) : id3Tag();
+}
 
-foundation::Result<bool> editMovieTags(SplicedFile &file, const id3Tag &tag, const QString &path) {
+foundation::Result<std::optional<id3Tag>> editMovieTags(SplicedFile &file, const id3TagEdit &edit,
+                                                        const QString &path) {
     const auto movie = MovieFile::read(file);
     if (!movie || !movie->canMove || movie->tracks.empty())
         return tag_failures::noMovie(path);
+    const auto now = recordOfMovie(file);
+    if (!now)
+        return tag_failures::noMovie(path);
     // The cover stays as it is: Tools::canEditM4ACover() is deliberately false.
-    const TagChanges changes(recordOfMovie(file), tag);
+    const id3Tag wanted = edit.applied(*now);
+    const TagChanges changes(*now, wanted);
     if (changes.isEmpty())
-        return false;
+        return std::optional<id3Tag>();
     if (!putItems(file, *movie, itemsAfter(file, *movie, changes)))
         return tag_failures::noMovie(path);
-    return true;
+    return std::optional(wanted);
 }
 
 } // namespace cantorel

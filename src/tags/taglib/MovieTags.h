@@ -13,6 +13,6 @@ id3Tag readMovieTags(SplicedFile &file);
 
 // Changes what differs from what reading gives; other items stay byte for byte, the cover too.
 // False when nothing differs; the path is for sentences.
-foundation::Result<bool> editMovieTags(SplicedFile &file, const id3Tag &tag, const QString &path);
+foundation::Result<std::optional<id3Tag>> editMovieTags(SplicedFile &file, const id3TagEdit &edit, const QString &path);
 
 } // namespace cantorel

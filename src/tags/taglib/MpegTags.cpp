@@ -12,7 +12,6 @@
 #include <taglib/attachedpictureframe.h>
 #include <taglib/id3v1tag.h>
 #include <taglib/id3v2framefactory.h>
-#include <taglib/id3v2header.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/mpegfile.h>
 
@@ -27,19 +26,13 @@ namespace {
 
 constexpr std::string_view kPicture = "APIC";
 
-constexpr int kOldestVersion = 2; // whose frames only TagLib knows
-
 QByteArray bytesOf(const TagLib::ByteVector &data) { return QByteArray(data.data(), data.size()); }
 
 QByteArray tagInFrontOf(const SplicedFile &file) { return file.read(0, id3Size(file.read(0, kId3Head))); }
 
-bool isOldest(const QByteArray &tag) { return tag.size() > 3 && tag[3] == kOldestVersion; }
-
 // Puts a tag of only those frames that are shown in front of the sound, where TagLib always finds it: what else may
 // stand in a file of anybody's is let alone.
 void putShownFrames(SplicedFile &file, const QByteArray &tag) {
-    if (isOldest(tag))
-        return;
     Id3Frames shown = Id3Frames::split(tag);
     shown.frames = shown.having({"TIT2", "TPE1", "TALB", "TCON", "TDRC", "TYER", kPicture});
     shown.rest = QByteArray(1, '\0');
@@ -114,7 +107,7 @@ std::optional<id3Tag> readMpegTags(SplicedFile &file) {
     return mpeg.isValid() ? std::optional(recordOfFile(mpeg)) : std::nullopt;
 }
 
-foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, const QString &path) {
+foundation::Result<std::optional<id3Tag>> editMpegTags(SplicedFile &file, const id3TagEdit &edit, const QString &path) {
     if (findMpegSound(file).kind != SoundKind::Mpeg)
         return tag_failures::noMpeg(path);
     const QByteArray old = tagInFrontOf(file);
@@ -123,18 +116,19 @@ foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, cons
     TagLib::MPEG::File mpeg(&stream, TagLib::ID3v2::FrameFactory::instance(), false);
     if (!mpeg.isValid())
         return tag_failures::noMpeg(path);
-    const TagChanges changes(recordOfFile(mpeg), tag);
-    const auto picture = pictureToWrite(tag.id3Image);
+    const id3Tag now = recordOfFile(mpeg), wanted = edit.applied(now);
+    const TagChanges changes(now, wanted);
+    const auto picture = pictureToWrite(wanted.id3Image);
     if (!picture)
         return picture.failure();
 
-    Id3Frames frames = Id3Frames::split(isOldest(old) ? bytesOf(mpeg.ID3v2Tag()->render(TagLib::ID3v2::v3)) : old);
+    Id3Frames frames = Id3Frames::split(old);
     const QList<Id3Frames::Frame> added = newFrames(changes, picture.value(), frames.version);
     const auto isPicture = [](const Id3Frames::Frame &frame) { return frame.id() == kPicture; };
     QList<Id3Frames::Frame> newPicture;
     std::copy_if(added.begin(), added.end(), std::back_inserter(newPicture), isPicture);
     if (changes.isEmpty() && frames.having({kPicture}) == newPicture)
-        return false;
+        return std::optional<id3Tag>();
     if (!editBehind(mpeg, changes))
         return tag_failures::noMpeg(path);
     std::vector<std::string_view> gone{kPicture};
@@ -151,7 +145,7 @@ foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, cons
     frames.remove(gone);
     frames.frames = added + frames.frames;
     file.splice(0, tagInFrontOf(file).size(), frames.joined(old.size()));
-    return true;
+    return std::optional(wanted);
 }
 
 } // namespace cantorel

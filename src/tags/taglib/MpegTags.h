@@ -16,6 +16,6 @@ std::optional<id3Tag> readMpegTags(SplicedFile &file);
 // Changes what differs from what reading gives, in the version that the tag has (version 2 becomes 3); other frames
 // stay byte for byte. Pictures are all replaced by the record's, as a TIFF under "image/jpeg". False when nothing
 // differs; the path is for sentences.
-foundation::Result<bool> editMpegTags(SplicedFile &file, const id3Tag &tag, const QString &path);
+foundation::Result<std::optional<id3Tag>> editMpegTags(SplicedFile &file, const id3TagEdit &edit, const QString &path);
 
 } // namespace cantorel

@@ -38,9 +38,9 @@ public:
         return isMovie ? std::optional(readMovieTags(file)) : readMpegTags(file);
     }
 
-    foundation::Result<bool> edit(SplicedFile &file, bool isMovie, const id3Tag &tag,
-                                  const QString &path) const override {
-        return isMovie ? editMovieTags(file, tag, path) : editMpegTags(file, tag, path);
+    foundation::Result<std::optional<id3Tag>> edit(SplicedFile &file, bool isMovie, const id3TagEdit &edit,
+                                                   const QString &path) const override {
+        return isMovie ? editMovieTags(file, edit, path) : editMpegTags(file, edit, path);
     }
 
     QString kept(const QString &text) const override {

@@ -114,7 +114,7 @@ TEST(TagsCommand, ShowsAndWritesWhatIsNamedAndHasTheListKnow) {
     EXPECT_EQ(listed["year"], "1999");
     EXPECT_NE(listed["size"], "1.00 MB");
 
-    const CommandRun cleared = tags({one, two, "--title", "", "--year", "19x9", "--cover", "none"});
+    const CommandRun cleared = tags({one, two, "--title=", "--year", "19x9", "--cover", "none"});
     EXPECT_EQ(cleared.status, 0);
     EXPECT_EQ(cleared.error.size(), 1); // that the year stays
     EXPECT_EQ(json(cleared.out.value(0))["title"], "");

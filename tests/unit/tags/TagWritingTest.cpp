@@ -17,21 +17,37 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <functional>
+#include <new>
+#include <utility>
 
 namespace {
 enum class Writing { Whole, InParts, Spoilt } writing = Writing::Whole;
+std::function<void()> meanwhile; // done once, before something is written
+int goodReads = -1;              // before one that fails; below 0 none does
 } // namespace
 
 // In place of the system's own.
 extern "C" ssize_t pwrite(int to, const void *bytes, std::size_t count, off_t at) {
+    if (const auto action = std::exchange(meanwhile, {}))
+        action();
     const auto written = ::syscall(SYS_pwrite64, to, bytes, writing == Writing::InParts ? (count + 1) / 2 : count, at);
     if (writing == Writing::Spoilt && written > 0) {
         const char other = static_cast<char>(static_cast<const char *>(bytes)[written - 1] + 1);
         (void)::syscall(SYS_pwrite64, to, &other, 1, at + written - 1);
     }
     return written;
+}
+
+extern "C" ssize_t pread(int from, void *bytes, std::size_t count, off_t at) {
+    if (goodReads >= 0 && goodReads-- == 0) {
+        errno = EIO;
+        return -1;
+    }
+    return ::syscall(SYS_pread64, from, bytes, count, at);
 }
 
 namespace cantorel {
@@ -59,7 +75,7 @@ TEST_F(TagFiles, UndoGivesBackEveryByteOfManyFiles) {
         before[file(name)] = contents(file(name));
         edits.push_back({file(name), titled(file(name), "A new and longer title")});
     }
-    edits.push_back({file("gone.mp3"), {}});
+    edits.push_back({file("gone.mp3"), id3Tag()});
     const QStringList names = namesIn(mFolder.path());
     const qint64 time = QFileInfo(file("v23.mp3")).lastModified().toMSecsSinceEpoch();
     const TagsWritten written = writeTags(edits);
@@ -84,6 +100,14 @@ TEST_F(TagFiles, RightsAttributesAndLinksStay) {
     const QByteArray name = QFile::encodeName(path), before = contents(path);
     ASSERT_EQ(::chmod(name.constData(), 0640), 0);
     const bool takesAttributes = ::setxattr(name.constData(), "user.note", "mine", 4, 0) == 0;
+    // New files of the folder may be written by another user too.
+    const char rights[] = "\2\0\0\0"
+                          "\1\0\7\0\xff\xff\xff\xff"
+                          "\2\0\6\0\1\0\0\0"
+                          "\4\0\5\0\xff\xff\xff\xff"
+                          "\x10\0\6\0\xff\xff\xff\xff"
+                          "\x20\0\0\0\xff\xff\xff\xff";
+    (void)::setxattr(QFile::encodeName(mFolder.path()).constData(), "system.posix_acl_default", rights, 44, 0);
     ASSERT_TRUE(QFile::link(path, link));
     ASSERT_EQ(::link(name.constData(), QFile::encodeName(twin).constData()), 0);
     ASSERT_TRUE(AudioIdentify::saveID3ToFile(titled(path, "New"), link));
@@ -92,6 +116,7 @@ TEST_F(TagFiles, RightsAttributesAndLinksStay) {
     EXPECT_EQ(status.st_mode, S_IFREG | 0640U);
     char value[8] = {};
     EXPECT_EQ(::getxattr(name.constData(), "user.note", value, sizeof value), takesAttributes ? 4 : -1);
+    EXPECT_LT(::getxattr(name.constData(), "system.posix_acl_access", nullptr, 0), 0);
     EXPECT_TRUE(QFileInfo(link).isSymLink());
     EXPECT_EQ(AudioIdentify::getID3TagFromFile(path)->id3Title, "New");
     EXPECT_EQ(contents(twin), before); // the other name keeps what it had
@@ -118,6 +143,44 @@ TEST_F(TagFiles, AFullDiskAndARunningRecordingLeaveTheFileAsItWas) {
     EXPECT_EQ(contents(recording), until);
     QFile::remove(recording);
     EXPECT_EQ(namesIn(mFolder.path()), names);
+}
+
+TEST_F(TagFiles, AFaultOfTheDiskAtAnyReadingLeavesTheFileAsItWas) {
+    for (const char *name : {"v1.mp3", "v24.mp3", "foreign.m4a"}) {
+        const QByteArray before = contents(file(name));
+        const TagsOfFile edit{file(name), id3TagEdit{"New", {}, {}, {}, {}, {}}};
+        const TagUndo undo = writeTags({edit}).undo;
+        const QByteArray after = contents(file(name));
+        ASSERT_TRUE(undoTags(undo).empty());
+        int failures = 0;
+        for (int good = 0, left = -1; left < 0; ++good) {
+            goodReads = good;
+            const TagsWritten written = writeTags({edit});
+            left = std::exchange(goodReads, -1);
+            failures += static_cast<int>(written.failures.size());
+            ASSERT_EQ(contents(file(name)), written.failures.empty() ? after : before) << name << good;
+            ASSERT_TRUE(undoTags(written.undo).empty());
+        }
+        EXPECT_GT(failures, 3);
+    }
+}
+
+TEST_F(TagFiles, WhatSomebodyElseWritesMeanwhileStays) {
+    const QString path = file("v23.mp3");
+    const QByteArray changed = contents(path) + "more";
+    for (const bool isReplaced : {false, true}) {
+        const TagsOfFile edit{path, titled(path, QString(5, isReplaced ? 'r' : 'w'))};
+        meanwhile = [&] {
+            if (isReplaced)
+                QFile::rename(path, file("other.mp3"));
+            store(path, changed);
+        };
+        EXPECT_EQ(writeTags({edit}).failures.size(), 1U);
+        EXPECT_EQ(contents(path), changed);
+    }
+    meanwhile = [] { throw std::bad_alloc(); };
+    EXPECT_EQ(writeTags({{path, titled(path, "New")}}).failures.size(), 1U);
+    EXPECT_EQ(contents(path), changed);
 }
 
 TEST_F(TagFiles, ACopyThatIsAnotherSoundNeverTakesTheFilesPlace) {

@@ -4,6 +4,7 @@
 #include "tags/TagWriting.h"
 #include "tests/unit/tags/TagFiles.h"
 
+#include <QDir>
 #include <QFile>
 
 namespace cantorel {
@@ -28,12 +29,13 @@ std::vector<Kind> kinds() {
     return {
         {"none.mp3", tag(""), "2.3"},
         {"v1.mp3", tag("Old", "One", "Album", "Rock", "2009"), "2.3"},
-        {"v22.mp3", tag("Old"), "2.3"},
+        {"v22.mp3", tag("Old", "", "", "", "2009"), "2.3", true},
         {"v23.mp3", tag("Old", "One/Two", "Album", "Rock My Rock", "2009"), "2.3", true},
         {"v24.mp3", tag("Old", "One Two", "Album", "Rock My Rock", "2009"), "2.4", true},
         {"huge.mp3", tag(""), "2.3", true},
         {"plain_sizes.mp3", tag(QByteArray("A title that is longer than 127 letters ").repeated(4).trimmed()), "2.4"},
         {"unsafe.mp3", tag("Old"), "2.3"},
+        {"unsafe_tag.mp3", tag("Old"), "2.4"},
         {"none.m4a", tag(""), "M4A"},
         {"end.m4a", tag("Old", "", "", "", "2009"), "M4A"},
         {"front.m4a", tag("Old"), "M4A", true},
@@ -155,9 +157,14 @@ TEST_F(TagFiles, WhatTakesNoTagsIsRefusedAndStaysAsItIs) {
         EXPECT_TRUE(contents(GetLogFilePath()).endsWith(QByteArray("E: ") + message + '\n'));
     }
     EXPECT_FALSE(AudioIdentify::getID3TagFromFile(file("gone.mp3")));
-    EXPECT_FALSE(AudioIdentify::saveID3ToFile({}, file("gone.mp3")));
-    EXPECT_TRUE(contents(GetLogFilePath()).endsWith("file can not found - " + file("gone.mp3").toUtf8() + '\n'));
-    store(file("Song.M4A"), movie);
+    for (const char *name : {"gone.mp3", "gone.wav"}) {
+        EXPECT_FALSE(AudioIdentify::saveID3ToFile({}, file(name)));
+        EXPECT_TRUE(contents(GetLogFilePath()).endsWith("file can not found - " + file(name).toUtf8() + '\n'));
+    }
+    QDir().mkdir(file("folder.mp3"));
+    EXPECT_FALSE(AudioIdentify::saveID3ToFile({}, file("folder.mp3")));
+    EXPECT_TRUE(contents(GetLogFilePath()).endsWith(QByteArray(noMpeg) + '\n'));
+    store(file("Song.M4A"), movie + "xyz"); // a few bytes more than its boxes
     EXPECT_TRUE(AudioIdentify::saveID3ToFile({"New", "", "", "", "", {}, {}}, file("Song.M4A")));
     EXPECT_EQ(AudioIdentify::getID3TagFromFile(file("Song.M4A"))->id3Title, "New");
 }

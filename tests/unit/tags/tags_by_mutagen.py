@@ -43,12 +43,17 @@ def make(folder):
         size = sum(map(len, frames))
         return head + bytes(size >> shift & 127 for shift in (21, 14, 7, 0)) + b"".join(frames) + plain.read_bytes()
     text = b"\0" + b"A title that is longer than 127 letters " * 4
-    oldest = [b"TT2" + (4).to_bytes(3, "big") + b"\0Old", b"TCM" + (5).to_bytes(3, "big") + b"\0Bach"]
-    (folder / "v22.mp3").write_bytes(framed(b"ID3\2\0\0", oldest))
+    oldest = {b"TT2": b"\0Old", b"TCM": b"\0Bach", b"TYE": b"\x002009", b"TDA": b"\x000105", b"TRD": b"\0June", b"TOA": b"\0He",
+              b"PIC": b"\0PNG\3\0" + picture.read_bytes()}
+    (folder / "v22.mp3").write_bytes(framed(b"ID3\2\0\0", [name + len(content).to_bytes(3, "big") + content
+                                                          for name, content in oldest.items()]))
     # Version 4 with the plain sizes of version 3, and version 3 with the marks that keep old players from its bytes.
     (folder / "plain_sizes.mp3").write_bytes(framed(b"ID3\4\0\0", [b"TIT2" + len(text).to_bytes(4, "big") + b"\0\0" + text,
                                                                    b"TCOM\0\0\0\5\0\0\0Bach"]))
     (folder / "unsafe.mp3").write_bytes(framed(b"ID3\3\0\x80", [b"TIT2\0\0\0\4\0\0\0Old", b"PRIV\0\0\0\4\0\0o\0\xff\0\xfb"]))
+    # Version 4 with these marks, said of the whole tag.
+    (folder / "unsafe_tag.mp3").write_bytes(framed(b"ID3\4\0\x80", [b"TIT2\0\0\0\4\0\0\0Old",
+                                                                   b"PRIV\0\0\0\5\0\0o\0\xff\0\xfb"]))
     (folder / "v1.mp3").write_bytes(plain.read_bytes() + b"TAG" + b"Old".ljust(30, b"\0") + b"One".ljust(30, b"\0")
                                     + b"Album".ljust(30, b"\0") + b"2009" + b"comment".ljust(30, b"\0") + b"\x11")
 
