@@ -74,7 +74,7 @@ QString identify(const CommandSession &session, const Arguments &arguments, cons
         return renameInList(file, name).status == 0;
     });
     QString trouble;
-    const auto written = writeTags({{now, recognisedTags(readTags(now).value_or(id3Tag()), *music)}});
+    const auto written = writeTags({{now, recognisedTags(*music)}});
     if (!written.failures.empty())
         trouble = Lang::english(written.failures.front().failure.sentence);
     else if (const Outcome taken = takeTagsIntoList({now}); taken.status != 0)

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdint>
 #include <future>
+#include <utility>
 
 namespace cantorel {
 
@@ -90,12 +91,16 @@ foundation::Result<Converter::Run> Converter::run(const QStringList &arguments, 
     ChildProcess &child = *started.value();
     const std::stop_callback ender(stop, [&child] { child.kill(); }); // at once where it was asked for before
     Run run;
+    QByteArray progress;
     run.ending = child.wait(
         [&](const QByteArray &line) {
             if (listener)
                 listener(line);
-            if (line.startsWith("size="))
+            if (line.startsWith("size=")) {
+                if (std::exchange(progress, line) != line)
+                    child.goesOn(); // One that gives way to others may take long.
                 return;
+            }
             run.isOpened |= line.startsWith("Input #");
             run.said += line + '\n';
             if (run.said.size() > 2 * kKept)

@@ -41,7 +41,7 @@ struct ConvertTrouble {
 // The converter program, and what holds for one run of it. A value; its operations block, so they run on workers.
 struct Converter {
     QString program; // writes into the file that CANTOREL_CONVERT_INTO names
-    // How long a run may take; usualLimit() of its inputs by default.
+    // How long a run may go on without progress; usualLimit() of its inputs by default.
     std::optional<foundation::Clock::Duration> limit = {};
     std::stop_token stop = {}; // ends the run at once, or before it begins
     // What is added to a result before it is flushed and proved.

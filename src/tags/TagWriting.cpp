@@ -174,11 +174,11 @@ Result<TagUndo::Version> replaceBy(const OldFile &old, const std::vector<FilePie
         return error == EACCES || error == EPERM || error == EROFS ? tag_failures::notAllowed(old.path(), error)
                                                                    : tag_failures::notWritten(old.path(), error);
     };
-    auto made = foundation::HiddenFile::create(folder, QStringLiteral("tags"), error);
+    // Nobody reads in it what the old one keeps from them: it is ours alone until it has the rights of that.
+    auto made = foundation::HiddenFile::create(folder, QStringLiteral("tags"), error, S_IRUSR | S_IWUSR);
     if (!made)
         return refused();
     const FileDescriptor &file = made->descriptor();
-    // Before it holds anything, so that nobody reads in it what the old one keeps from them.
     error = makeAlike(old.status(), old.descriptor().get(), file.get());
     if (error)
         return refused();

@@ -236,6 +236,8 @@ ChildProcess::Ending ChildProcess::drain(const ChunkListener &listener, std::opt
         ::poll(waiting, 2, timeout);
         if ((waiting[1].revents & (POLLIN | POLLHUP | POLLERR)) != 0)
             readChunk(listener);
+        if (std::exchange(mGoesOn, false) && limit && !timedOut)
+            deadline = now() + *limit;
         if ((waiting[0].revents & POLLIN) != 0) {
             // The pipe is emptied; output that a grandchild still writes is not waited for.
             qsizetype left = kPipeCapacity;

@@ -53,9 +53,12 @@ public:
     ChildProcess(const ChildProcess &) = delete;
     ChildProcess &operator=(const ChildProcess &) = delete;
 
-    // Drains the output until the child has ended, and reaps it. After the limit the whole group is asked to end,
-    // two seconds later killed. Once only; the calling thread calls the listener.
+    // Drains the output until the child has ended, and reaps it. After the limit, or so long after goesOn(), the whole
+    // group is asked to end, two seconds later killed. Once only; the calling thread calls the listener.
     Ending wait(const LineListener &listener = {}, std::optional<Clock::Duration> limit = {});
+
+    // For the listener: the child has shown that it is not stuck.
+    void goesOn() { mGoesOn = true; }
 
     // Asks the child and all that it started to end. Any thread, at any time, also when it has ended already.
     void terminate() { signalGroup(false); }
@@ -84,6 +87,7 @@ private:
     FileDescriptor mOutput;
     FileDescriptor mProcess; // readable once the child has ended
     Guarded<bool> mReaped{false};
+    bool mGoesOn = false; // since the limit was reckoned last
 };
 
 } // namespace cantorel::foundation

@@ -45,11 +45,12 @@ HiddenFile::~HiddenFile() {
         ::unlink(QFile::encodeName(mPath).constData());
 }
 
-std::optional<HiddenFile> HiddenFile::create(const QString &folder, const QString &extension, int &error) {
+std::optional<HiddenFile> HiddenFile::create(const QString &folder, const QString &extension, int &error,
+                                             mode_t rights) {
     for (;;) {
         const QString path = QDir(folder).absoluteFilePath(hiddenName(extension));
         FileDescriptor file(
-            ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+            ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, rights));
         error = file.isOpen() ? 0 : errno;
         if (error == EEXIST)
             continue;

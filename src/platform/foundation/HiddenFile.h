@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <sys/types.h>
+
 #include <optional>
 
 namespace cantorel::foundation {
@@ -15,8 +17,9 @@ namespace cantorel::foundation {
 class HiddenFile {
 public:
     // A new and empty one. The extension goes without its full stop. Nothing, with an errno in `error`, when the folder
-    // does not take it.
-    static std::optional<HiddenFile> create(const QString &folder, const QString &extension, int &error);
+    // does not take it. rights: what the person's umask takes from is left.
+    static std::optional<HiddenFile> create(const QString &folder, const QString &extension, int &error,
+                                            mode_t rights = 0666);
     HiddenFile(HiddenFile &&other) noexcept;
     HiddenFile &operator=(HiddenFile &&) = delete;
     ~HiddenFile();

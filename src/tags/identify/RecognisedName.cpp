@@ -36,19 +36,10 @@ QString renamedFreely(const QString &filePath, const QString &base,
     return filePath;
 }
 
-id3Tag recognisedTags(id3Tag tags, const RecognisedMusic &music) {
-    const auto take = [](QString &field, const QString &text) {
-        if (!text.isEmpty())
-            field = text;
-    };
-    take(tags.id3Title, music.Title());
-    take(tags.id3Artist, music.Artist());
-    take(tags.id3Album, music.Album());
-    take(tags.id3Genre, music.Gener());
-    take(tags.id3Year, music.Year());
-    if (!music.CoverImage().isEmpty())
-        tags.id3Image = music.CoverImage();
-    return tags;
+id3TagEdit recognisedTags(const RecognisedMusic &music) {
+    const auto known = [](const auto &value) { return value.isEmpty() ? std::nullopt : std::optional(value); };
+    return {known(music.Title()), known(music.Artist()), known(music.Album()),
+            known(music.Gener()), known(music.Year()),   known(music.CoverImage())};
 }
 
 } // namespace cantorel

@@ -17,7 +17,7 @@ QString recognisedName(const QString &filePath, const RecognisedMusic &music);
 // rename: answers false where the name was not taken. The path by then, which stays where the folder takes no other.
 QString renamedFreely(const QString &filePath, const QString &base, const std::function<bool(const QString &)> &rename);
 
-// The record to write into a file with those tags: what was recognised, and of the rest what it has.
-id3Tag recognisedTags(id3Tag tags, const RecognisedMusic &music);
+// What of a file's tags is to change: all that is known of the music.
+id3TagEdit recognisedTags(const RecognisedMusic &music);
 
 } // namespace cantorel

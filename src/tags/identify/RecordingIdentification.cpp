@@ -106,7 +106,7 @@ bool RecordingIdentification::identify(const QString &path, Asked asked) {
             of.trouble = recogniser.trouble();
             of.wantsAgreement = recogniser.wantsAgreement();
             if (of.music)
-                of.tags = recognisedTags(readTags(of.before).value_or(id3Tag()), *of.music);
+                of.tags = recognisedTags(*of.music).applied(readTags(of.before).value_or(id3Tag()));
         },
         &RecordingIdentification::answered);
     return true;
@@ -125,7 +125,7 @@ void RecordingIdentification::use(const QString &file, const RecognisedMusic &mu
         return;
     work->music = music;
     behind(
-        work, [](Work &of) { of.tags = recognisedTags(readTags(of.before).value_or(id3Tag()), *of.music); },
+        work, [](Work &of) { of.tags = recognisedTags(*of.music).applied(readTags(of.before).value_or(id3Tag())); },
         &RecordingIdentification::answered);
 }
 
@@ -158,7 +158,7 @@ void RecordingIdentification::answered(const std::shared_ptr<Work> &work) {
     behind(
         work,
         [](Work &of) {
-            of.result = writeTags({{of.file, of.tags}});
+            of.result = writeTags({{of.file, recognisedTags(*of.music)}});
         },
         &RecordingIdentification::written);
 }

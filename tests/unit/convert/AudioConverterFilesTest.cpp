@@ -142,10 +142,13 @@ TEST_F(AudioConverterFilesTest, FailuresAreToldByWhatTheConverterSays) {
     test::store(mFolder.filePath("none.mp3"), mSound.first(44)); // as long as its result, which is nothing
     EXPECT_EQ(convert("none.mp3").failure().sentence.key(), "ConvertIncomplete");
 
-    Converter hangs = converter("exec sleep 600");
+    Converter hangs = converter("while sleep 0.02; do echo size= 9kB; done"); // says always the same
     hangs.limit = 100ms;
     const FileToConvert song{mFolder.filePath("song.mp3"), mResults.path(), kWave, 2};
     EXPECT_EQ(AudioConverter::convertFile(song, hangs).failure().sentence.key(), "ConvertTimedOut");
+    Converter slow = converter("for i in 1 2 3 4 5 6; do sleep 0.5; echo size= ${i}kB; done; cp \"$in\" \"$out\"");
+    slow.limit = 2s;
+    EXPECT_TRUE(AudioConverter::convertFile(song, slow) && QFile::remove(mResults.filePath("song.wav")));
     std::stop_source stopped;
     stopped.request_stop(); // before there is a child
     EXPECT_EQ(AudioConverter::convertFile(song, {hangs.program, 30s, stopped.get_token()}).failure().sentence.key(),
