@@ -54,7 +54,7 @@ void RecordedList::initRecordedListBehind(std::function<void()> loaded) {
         foundation::standBack(); // The window is painted first.
         Items items = load();
         (void)::malloc_trim(0); // Reading takes several times what stays; it goes back to the system.
-        QMetaObject::invokeMethod(&mTold, [this, loaded] {
+        QMetaObject::invokeMethod(&mLoaded, [this, loaded] {
             (void)guarded("initRecordedList", [&] { finishLoading(); });
             loaded();
         });

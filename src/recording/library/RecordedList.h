@@ -109,6 +109,7 @@ private:
     QSet<QString> mInvalidFiles;
     std::unique_ptr<foundation::Timer> mTimerInvalid;
     QObject mTold;
+    QObject mLoaded; // told that the list is there; not by one that ends
     foundation::SerialWorker mReader;
     std::future<Items> mLoading; // while it runs, the store is its own
 };
